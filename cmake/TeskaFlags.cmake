@@ -1,0 +1,47 @@
+# Flags in two targets: teska_flags for what correctness needs, teska_warnings for developers.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+add_library(teska_flags INTERFACE)
+target_compile_options(
+  teska_flags
+  INTERFACE # Results are compared bit by bit between machines: no product and sum may be fused behind our back.
+            -ffp-contract=off -fno-fast-math
+            # __FILE__ reaches messages: relative to the root, the same text on every machine.
+            "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=" "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+if(MINGW)
+  # The compiler's own formatted output rounds exact ties to even, as on every other host.
+  target_compile_definitions(teska_flags INTERFACE __USE_MINGW_ANSI_STDIO=1 _WIN32_WINNT=0x0A00)
+else()
+  target_compile_definitions(teska_flags INTERFACE _GNU_SOURCE)
+endif()
+if(TESKA_SANITIZE)
+  target_compile_options(teska_flags INTERFACE "-fsanitize=${TESKA_SANITIZE}" -fno-sanitize-recover=all
+                                               -fno-omit-frame-pointer)
+  target_link_options(teska_flags INTERFACE "-fsanitize=${TESKA_SANITIZE}")
+endif()
+
+add_library(teska_warnings INTERFACE)
+target_compile_options(
+  teska_warnings
+  INTERFACE -Wall
+            -Wextra
+            -Wshadow
+            -Wconversion
+            -Wpointer-arith
+            -Wcast-qual
+            -Wformat=2
+            -Wundef
+            $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>
+            $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+            $<$<COMPILE_LANGUAGE:CXX>:-Wextra-semi>)
+if(TESKA_DEVELOPER)
+  target_compile_options(teska_warnings INTERFACE -Werror)
+endif()

@@ -1,0 +1,79 @@
+# The verbs the map, the companions and the tests are written with.
+
+# teska_subsystem(<key> <title> [module...])
+#
+# Registers the modules of one subsystem. A module is a triad, include/x.h, Private/Source/x.cpp and
+# tests/<key>/x_test.cpp, with a line in Private/Source/README.md; one that lacks a piece stops the build.
+function(teska_subsystem key title)
+  set(index "${PROJECT_SOURCE_DIR}/Private/Source/README.md")
+  set_property(DIRECTORY "${PROJECT_SOURCE_DIR}" APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${index}")
+  file(READ "${index}" index_text)
+  set(sources)
+  foreach(module IN LISTS ARGN)
+    foreach(piece "include/${module}.h" "Private/Source/${module}.cpp" "tests/${key}/${module}_test.cpp")
+      if(NOT EXISTS "${PROJECT_SOURCE_DIR}/${piece}")
+        message(FATAL_ERROR "module ${module} (${title}) lacks ${piece}")
+      endif()
+    endforeach()
+    if(NOT index_text MATCHES "`${module}`")
+      message(FATAL_ERROR "module ${module} (${title}) lacks a line in Private/Source/README.md")
+    endif()
+    list(APPEND sources "${PROJECT_SOURCE_DIR}/Private/Source/${module}.cpp")
+    list(APPEND headers "${PROJECT_SOURCE_DIR}/include/${module}.h")
+  endforeach()
+  if(sources AND NOT EXISTS "${PROJECT_SOURCE_DIR}/include/teska_${key}.h")
+    message(FATAL_ERROR "subsystem ${key} lacks include/teska_${key}.h")
+  endif()
+  source_group("${title}" FILES ${sources} ${headers})
+  set_property(GLOBAL APPEND PROPERTY TESKA_SUBSYSTEMS ${key})
+  set_property(GLOBAL PROPERTY TESKA_MODULES_${key} ${ARGN})
+  set_property(GLOBAL APPEND PROPERTY TESKA_SOURCES ${sources})
+endfunction()
+
+# teska_companion(<target> <folder-key> SOURCES <file...>)
+#
+# A companion is a shared library, because it holds process-wide state that must exist once. Its objects are
+# also there on their own (<target>_objects), for the tests that fail its allocations.
+function(teska_companion target key)
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "SOURCES")
+  string(TOUPPER "${key}" upper)
+  add_library(${target}_objects OBJECT ${arg_SOURCES})
+  target_include_directories(${target}_objects PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
+  target_compile_definitions(${target}_objects PUBLIC ${upper}_BUILD)
+  target_link_libraries(${target}_objects PRIVATE teska_flags teska_warnings)
+  add_library(${target} SHARED)
+  target_link_libraries(${target} PRIVATE ${target}_objects teska_flags)
+  target_include_directories(
+    ${target} PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>"
+                     "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/teska>")
+  teska_shared_library(${target} "${CMAKE_CURRENT_SOURCE_DIR}/${key}.map")
+endfunction()
+
+# teska_shared_library(<target> <version-script>)
+#
+# What every shared library of the house has in common: version, hidden names, one folder for all binaries.
+function(teska_shared_library target version_script)
+  set_target_properties(${target} PROPERTIES VERSION "${PROJECT_VERSION}" SOVERSION "${PROJECT_VERSION_MAJOR}"
+                                             LINKER_LANGUAGE CXX)
+  if(MINGW)
+    set_target_properties(${target} PROPERTIES PREFIX "")
+  else()
+    target_link_options(${target} PRIVATE "-Wl,--version-script=${version_script}" -Wl,-Bsymbolic-functions)
+    if(NOT TESKA_SANITIZE)
+      target_link_options(${target} PRIVATE -Wl,--no-undefined)
+    endif()
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS "${version_script}")
+  endif()
+endfunction()
+
+# teska_test(<name> LABEL <label> SOURCES <file...> [LIBRARIES <target...>])
+#
+# One test program, one CTest entry. Its results go to a report beside the build, from which the total is counted.
+function(teska_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL" "SOURCES;LIBRARIES")
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} teska_test_support GTest::gtest_main teska_flags
+                                        teska_warnings)
+  add_test(NAME "${arg_LABEL}.${name}" COMMAND ${name} "--gtest_output=xml:${PROJECT_BINARY_DIR}/reports/${name}.xml")
+  set_tests_properties("${arg_LABEL}.${name}" PROPERTIES LABELS "${arg_LABEL}" TIMEOUT 600)
+endfunction()

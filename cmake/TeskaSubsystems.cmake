@@ -1,0 +1,11 @@
+# The map of the library: every module once, under its subsystem. It feeds the build, the IDE groups, the test labels
+# and the check of the index in Private/Source/README.md.
+
+teska_subsystem(core "Core frame and containers" error_mess list)
+teska_subsystem(text "Text and numbers" str_utils)
+teska_subsystem(files "Files, streams and devices")
+teska_subsystem(numerics "Numerical methods")
+teska_subsystem(curves "Curves and one-dimensional tables")
+teska_subsystem(colour "Colour lookup tables and multidimensional interpolation")
+teska_subsystem(image "Image processing, line by line")
+teska_subsystem(geometry "Geometry and gamut")

@@ -1,0 +1,5 @@
+/* teska_text.h - gathers the headers of one subsystem: text and numbers */
+#ifndef TESKA_TEXT_H
+#define TESKA_TEXT_H
+#include "str_utils.h"
+#endif

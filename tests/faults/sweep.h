@@ -1,0 +1,61 @@
+// sweep - lets every allocation of a call fail in turn
+//
+// A row describes one call: how to set it up, what it reports when its n-th allocation fails. The sweep runs it for
+// n = 0, 1, 2 .. until no allocation is left to fail, once with only that allocation failing and once with all later
+// ones failing too. After each failure: the promised lines and nothing else, the object unchanged, nothing leaked, and
+// the same call succeeds when tried again.
+//
+//     SweepRow{.name = "list_insert",
+//              .make = [] {
+//                  std::shared_ptr<list_rec> list(list_new(1, 4, nullptr), list_kill);
+//                  list_insert(list.get(), "abc");
+//                  return SweepCase{.call = [list] { return list_insert(list.get(), "def") == 1; },
+//                                   .state = [list] { return std::to_string(list_num(list.get())); }};
+//              },
+//              .failures = {{.count = 1, .once = {"list_insert : Unable to extend list, insufficient resources"}}}}
+
+#ifndef TESKA_TESTS_SWEEP_H
+#define TESKA_TESTS_SWEEP_H
+
+#include "support/reports.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace teska_test
+{
+
+// One fresh set-up. What it owns is released when its functions are destroyed (shared_ptr in the captures).
+struct SweepCase {
+    // Makes the call; true: success, false: the promised failure value. Any other result is an EXPECT failure inside.
+    // A constructor's call frees what it got before it returns. Allocates nothing of its own.
+    std::function<bool()> call;
+    // Describes what a failure must leave unchanged; may be empty.
+    std::function<std::string()> state = nullptr;
+};
+
+// What `count` consecutive allocations of the call report when they fail, in ascending order of text.
+struct SweepFailures {
+    int count;
+    lines once;
+    lines sticky = once;  // when all later ones fail too
+};
+
+struct SweepRow {
+    std::string name;
+    std::function<SweepCase()> make;
+    std::vector<SweepFailures> failures;  // in the order of the allocations; their counts are part of the check
+};
+
+// Rows of one file; a file of rows ends with `const SweepRows rows({...});` at namespace scope.
+class SweepRows
+{
+public:
+    explicit SweepRows(std::vector<SweepRow> rows);
+    static const std::vector<SweepRow> &all();
+};
+
+}  // namespace teska_test
+
+#endif
