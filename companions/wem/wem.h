@@ -165,7 +165,7 @@ WEM_API int dattim(int *date, int *time_of_day) WEM_NOTHROW;
  *
  * date  yyyymmdd, years 1 to 9999
  * text  12 bytes
- * Returns 0; for a date that the calendar does not have -1 and "??-???-????".
+ * Returns 0; for a date that the calendar does not have -1 and "unknown".
  */
 WEM_API int cvtdta(int date, char *text) WEM_NOTHROW;
 
@@ -173,7 +173,7 @@ WEM_API int cvtdta(int date, char *text) WEM_NOTHROW;
  *
  * time_of_day  hhmmss, 000000 to 235960 (second 60 is a leap second)
  * text         9 bytes
- * Returns 0; for a time that the day does not have -1 and "??:??:??".
+ * Returns 0; for a time that the day does not have -1 and "unknown".
  */
 WEM_API int cvttma(int time_of_day, char *text) WEM_NOTHROW;
 

@@ -2,14 +2,14 @@
 //
 // A line is a template with its values set in:
 //
-//     template                 values        line
-//     ERROR : '                "x 100%"      ERROR : 'x 100%'     no mark: the text is appended, the quote closed
-//     nr_items = #             7             nr_items = 7         '#': int as "%d"
-//     xc1 % yc1 %              0.5, 2        xc1 0.5 yc1 2        '%': double as "%g"
+//     template       values      line
+//     ERROR : '      "x 100%"    ERROR : 'x 100%'    no mark: the text is appended, the quote closed
+//     nr_items = #   7           nr_items = 7        '#': int as "%d"
+//     xc1 % yc1 %    0.5, 2.0    xc1 0.5 yc1 2       '%': double as "%g"
 //
-// Only the template is ever scanned. A text value is data: it comes from file names and user input and may hold any
-// mark. Lines are built in a local buffer that cannot be overrun and copied out at the end, so that a value may lie in
-// the destination.
+// Only the template is ever scanned. A text value is data: it comes from file names and user input and may
+// hold any mark. Lines are built in a local buffer that cannot be overrun and copied out at the end, so that
+// a value may lie in the destination.
 //
 // Process-wide state: the two handlers.
 #include "wem.h"
