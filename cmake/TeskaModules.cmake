@@ -41,6 +41,7 @@ function(teska_companion target key)
   target_include_directories(${target}_objects PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
   target_compile_definitions(${target}_objects PUBLIC ${upper}_BUILD)
   target_link_libraries(${target}_objects PRIVATE teska_flags teska_warnings)
+  set_target_properties(${target}_objects PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   add_library(${target} SHARED)
   target_link_libraries(${target} PRIVATE ${target}_objects teska_flags)
   target_include_directories(
