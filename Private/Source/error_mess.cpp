@@ -1,10 +1,11 @@
 // error_mess - error and diagnostic reporting (core)
 //
-// Process-wide state, without locks: one struct below. The queue exists exactly while the mode is 2; it is a sorted list
-// of 256-byte texts. The last-message buffer serves error_get in every mode and holds the kept line of mode 3.
+// Process-wide state, without locks: one struct below. The queue exists exactly while the mode is 2; it is a
+// sorted list of 256-byte texts. The last-message buffer serves error_get in every mode and holds the kept
+// line of mode 3.
 //
-// A report that cannot be queued makes the list report in turn, so reports nest. max_depth bounds that: on a dead heap,
-// and when the queue has reached the list's 65535 elements, nothing else would end it.
+// A report that cannot be queued makes the list report in turn, so reports nest. max_depth bounds that: on a
+// dead heap, and when the queue has reached the list's 65535 elements, nothing else would end it.
 
 #include "error_mess.h"
 
@@ -22,10 +23,10 @@ constexpr int mode_print = 1;
 constexpr int mode_queue = 2;
 constexpr int mode_keep_last = 3;
 
-constexpr int queue_step = 50;        // lines
-constexpr unsigned slot_size = 256;   // bytes of a queued line
+constexpr int queue_step = 50;          // lines
+constexpr unsigned slot_size = 256;     // bytes of a queued line
 constexpr std::size_t line_size = 512;  // bytes of a line, the terminating zero included
-constexpr int max_depth = 16;         // nested reports
+constexpr int max_depth = 16;           // nested reports
 
 struct reporting_state {
     int mode = mode_print;
@@ -81,7 +82,8 @@ char *fetch_queued()
 
 }  // namespace
 
-// ---- Errors ---------------------------------------------------------------------------------------------------------
+// ---- Errors
+// ---------------------------------------------------------------------------------------------------------
 
 int error_mess_fl(const char *message, const char * /*file*/, int /*line*/) TESKA_NOTHROW
 {
@@ -140,7 +142,8 @@ int error_exit(const char *message)
     return errexit(line.text);
 }
 
-// ---- Warnings and debugging -----------------------------------------------------------------------------------------
+// ---- Warnings and debugging
+// -----------------------------------------------------------------------------------------
 
 void teska_warn(int level, const char *message) TESKA_NOTHROW
 {

@@ -17,8 +17,8 @@ public:
 
     std::uint64_t next();
     std::uint8_t byte() { return static_cast<std::uint8_t>(next() >> 56); }
-    int below(int limit) { return static_cast<int>(next() >> 33) % limit; }   // 0 .. limit - 1
-    double unit() { return static_cast<double>(next() >> 11) * 0x1p-53; }     // 0 <= u < 1
+    int below(int limit) { return static_cast<int>(next() >> 33) % limit; }  // 0 .. limit - 1
+    double unit() { return static_cast<double>(next() >> 11) * 0x1p-53; }    // 0 <= u < 1
     double between(double lo, double hi) { return lo + unit() * (hi - lo); }
 
 private:
