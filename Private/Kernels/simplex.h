@@ -1,0 +1,40 @@
+// simplex - what the kernels that interpolate over a simplex have in common
+//
+// A point of a cell has one fraction per dimension. In descending order they say along which dimension the
+// path from the lower to the far corner of the cell steps next, and the weights of its N + 1 vertices are
+// their differences.
+//
+// In an unnamed namespace on purpose: every kernel source gets a copy of its own, built for its instruction
+// set.
+
+#ifndef TESKA_SIMPLEX_H
+#define TESKA_SIMPLEX_H
+
+namespace teska
+{
+
+namespace
+{
+
+// Sorts n fractions in descending order and carries the strides along. Equal fractions keep their order.
+template <class Fraction, class Stride>
+inline void sort_descending(Fraction *fraction, Stride *stride, int n) noexcept
+{
+    for (int i = 1; i < n; ++i) {
+        const Fraction f = fraction[i];
+        const Stride s = stride[i];
+        int k = i;
+        for (; k > 0 && fraction[k - 1] < f; --k) {
+            fraction[k] = fraction[k - 1];
+            stride[k] = stride[k - 1];
+        }
+        fraction[k] = f;
+        stride[k] = s;
+    }
+}
+
+}  // namespace
+
+}  // namespace teska
+
+#endif
