@@ -1,11 +1,10 @@
 // error_mess - error and diagnostic reporting (core)
 //
-// Process-wide state, without locks: one struct below. The queue exists exactly while the mode is 2; it is a
-// sorted list of 256-byte texts. The last-message buffer serves error_get in every mode and holds the kept
-// line of mode 3.
+// Process-wide state, without locks: one struct below. The queue exists exactly while the mode is 2; it is a sorted
+// list of 256-byte texts. The last-message buffer serves error_get in every mode and holds the kept line of mode 3.
 //
-// A report that cannot be queued makes the list report in turn, so reports nest. max_depth bounds that: on a
-// dead heap, and when the queue has reached the list's 65535 elements, nothing else would end it.
+// A report that cannot be queued makes the list report in turn, so reports nest. max_depth bounds that: on a dead heap,
+// and when the queue has reached the list's 65535 elements, nothing else would end it.
 
 #include "error_mess.h"
 
@@ -82,8 +81,7 @@ char *fetch_queued()
 
 }  // namespace
 
-// ---- Errors
-// ---------------------------------------------------------------------------------------------------------
+// ---- Errors ---------------------------------------------------------------------------------------------------------
 
 int error_mess_fl(const char *message, const char * /*file*/, int /*line*/) TESKA_NOTHROW
 {
@@ -142,8 +140,7 @@ int error_exit(const char *message)
     return errexit(line.text);
 }
 
-// ---- Warnings and debugging
-// -----------------------------------------------------------------------------------------
+// ---- Warnings and debugging -----------------------------------------------------------------------------------------
 
 void teska_warn(int level, const char *message) TESKA_NOTHROW
 {

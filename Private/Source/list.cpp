@@ -1,18 +1,15 @@
 // list - growable array of fixed-size elements (core)
 //
-// One record and one block. Slots 0 .. count - 1 hold elements, the rest of the block is zero where no
-// element has been:
+// One record and one block. Slots 0 .. count - 1 hold elements; the rest is zero where no element has been:
 //
 //     |<- count * el_size ->|<- (cap - count) * el_size ->|<- el_size ->|
 //     | elements            | free slots                  | spare slot  |
 //
-// The spare slot is not counted in the capacity and is zero between calls. It ends every text that fills its
-// slot, so that the order for texts never reads past the block, and it holds an element of the list's own
-// while slots shift.
+// The spare slot is not counted in the capacity and is zero between calls. It ends every text that fills its slot, so
+// that the order for texts never reads past the block, and it holds an element of the list's own while slots shift.
 //
-// The four numbers are 16 bit wide and come first, in this order. Growing allocates a new block, copies and
-// only then lets go of the old one: a failure leaves the list as it was. Insertion O(log n) comparisons and
-// O(n) bytes moved.
+// The four numbers are 16 bit wide and come first, in this order. Growing allocates a new block, copies and only then
+// lets go of the old one: a failure leaves the list as it was. Insertion O(log n) comparisons and O(n) bytes moved.
 
 #include "list.h"
 
@@ -53,9 +50,8 @@ heap_block<char> new_block(std::size_t slots, std::size_t el_size)
     return teska::zeroed_block<char>((slots + 1) * el_size);
 }
 
-// Moves the elements to a block of the wanted capacity, at most max_slots, which must hold `needed` slots.
-// Returns the former block: an element given by the caller may lie in it, so it lives until the caller has
-// copied. Empty: reported.
+// Moves the elements to a block of the wanted capacity, at most max_slots, which must hold `needed` slots. Returns the
+// former block: an element given by the caller may lie in it, so it lives until the caller has copied. Empty: reported.
 heap_block<char> grow(list_rec &list, unsigned wanted, unsigned needed)
 {
     const unsigned capacity = std::min(wanted, max_slots);
@@ -72,8 +68,7 @@ heap_block<char> grow(list_rec &list, unsigned wanted, unsigned needed)
     return block;
 }
 
-// While slots shift, an element of the list's own would change under the caller's pointer: it waits in the
-// spare slot.
+// While slots shift, an element of the list's own would change under the caller's pointer: it waits in the spare slot.
 class settled_element
 {
 public:
@@ -125,8 +120,7 @@ int halve(const list_rec &list, const void *key, int l, int h, list_order_fn fn)
 
 }  // namespace
 
-// ---- Life
-// -----------------------------------------------------------------------------------------------------------
+// ---- Life -----------------------------------------------------------------------------------------------------------
 
 list_rec *list_new(int initial, unsigned size, list_order_fn fn) TESKA_NOTHROW
 {
@@ -154,8 +148,7 @@ int list_kill(list_rec *list) TESKA_NOTHROW
     return 0;
 }
 
-// ---- Change
-// ---------------------------------------------------------------------------------------------------------
+// ---- Change ---------------------------------------------------------------------------------------------------------
 
 int list_insert(list_rec *list, const void *element) TESKA_NOTHROW
 {
@@ -224,8 +217,7 @@ int list_alloc(list_rec *list, int capacity) TESKA_NOTHROW
     return grow(*list, slots, slots) ? 0 : -1;
 }
 
-// ---- Query
-// ----------------------------------------------------------------------------------------------------------
+// ---- Query ----------------------------------------------------------------------------------------------------------
 
 int list_pos_range(list_rec *list, const void *key, int lo, int hi, list_order_fn fn) TESKA_NOTHROW
 {

@@ -1,8 +1,7 @@
 // str_utils - helpers for zero-terminated texts (text)
 //
-// Case is folded by hand: the standard classification depends on the locale, and its tables are indexed by
-// bytes that are negative here. Comparison is of signed bytes on every host, whatever the sign of char. No
-// state.
+// Case is folded by hand: the standard classification depends on the locale, and its tables are indexed by bytes that
+// are negative here. Comparison is of signed bytes on every host, whatever the sign of char. No state.
 
 #include "str_utils.h"
 
@@ -27,8 +26,7 @@ char *found(const char *position) { return const_cast<char *>(position); }
 
 }  // namespace
 
-// ---- Compare
-// --------------------------------------------------------------------------------------------------------
+// ---- Compare --------------------------------------------------------------------------------------------------------
 
 int strcmp_ci(const char *a, const char *b) TESKA_NOTHROW
 {
@@ -58,8 +56,7 @@ int str_ins(const void *element, const void *key) TESKA_NOTHROW
     return strcmp_ci(static_cast<const char *>(element), static_cast<const char *>(key)) >= 0 ? 1 : 0;
 }
 
-// ---- Copy, trim, split
-// ----------------------------------------------------------------------------------------------
+// ---- Copy, trim, split ----------------------------------------------------------------------------------------------
 
 int strncpy_w0(char *destination, const char *source, int n) TESKA_NOTHROW
 {
@@ -130,8 +127,7 @@ int str_remove_multiple_blanks(char *text) TESKA_NOTHROW
     return 0;
 }
 
-// ---- Search
-// ---------------------------------------------------------------------------------------------------------
+// ---- Search ---------------------------------------------------------------------------------------------------------
 
 char *str_str(const char *text, const char *pattern) TESKA_NOTHROW
 {
@@ -155,8 +151,7 @@ char *strstr_ci(const char *text, const char *pattern) TESKA_NOTHROW
     return nullptr;
 }
 
-// ---- Cursors
-// --------------------------------------------------------------------------------------------------------
+// ---- Cursors --------------------------------------------------------------------------------------------------------
 
 void str_go_to_next_line(const char **cursor) TESKA_NOTHROW
 {

@@ -1,7 +1,7 @@
 // checked_size - products and sums of sizes that cannot wrap
 //
-// Table sizes are powers of caller-given numbers; a product that wraps would turn into a small block and a
-// large write. A checked_size remembers that it left its range and stays invalid from then on.
+// Table sizes are powers of caller-given numbers; a product that wraps would turn into a small block and a large
+// write. A checked_size remembers that it left its range and stays invalid from then on.
 
 #ifndef TESKA_SUPPORT_CHECKED_SIZE_H
 #define TESKA_SUPPORT_CHECKED_SIZE_H

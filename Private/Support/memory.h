@@ -1,8 +1,7 @@
 // memory - owners of heap storage
 //
-// Records and arrays come from calloc and go back to free. While an object is being built it sits in an
-// owner, so that every early return releases what was already made; the last line of a constructor hands it
-// out with release().
+// Records and arrays come from calloc and go back to free. While an object is being built it sits in an owner, so that
+// every early return releases what was already made; the last line of a constructor hands it out with release().
 
 #ifndef TESKA_SUPPORT_MEMORY_H
 #define TESKA_SUPPORT_MEMORY_H
@@ -24,8 +23,8 @@ struct free_delete {
 template <class T>
 using heap_block = std::unique_ptr<T[], free_delete>;
 
-// A zeroed array of count values, or an empty owner when memory or the address space runs out. A count of 0
-// gives a block too, because an empty owner always means failure.
+// A zeroed array of count values, or an empty owner when memory or the address space runs out. A count of 0 gives a
+// block too, because an empty owner always means failure.
 template <class T>
 heap_block<T> zeroed_block(std::size_t count) noexcept
 {

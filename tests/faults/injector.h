@@ -1,7 +1,7 @@
 // injector - lets the n-th call of a kind fail
 //
-// The programs that use it are linked with --wrap for every function named in CMakeLists.txt, so each call
-// from the library's objects passes through here first. Not for several threads.
+// The programs that use it are linked with --wrap for every function named in CMakeLists.txt, so each call from the
+// library's objects passes through here first. Not for several threads.
 
 #ifndef TESKA_TESTS_INJECTOR_H
 #define TESKA_TESTS_INJECTOR_H
@@ -14,8 +14,8 @@ enum class fault_kind {
     files    // fopen, fwrite, fflush, fclose, open, write, fsync, rename
 };
 
-// From now on the call with index n of this kind fails, and all later ones too when sticky. Memory fails with
-// ENOMEM, a write with ENOSPC, other file calls with EIO; a failing fclose still closes.
+// From now on the call with index n of this kind fails, and all later ones too when sticky. Memory fails with ENOMEM, a
+// write with ENOSPC, other file calls with EIO; a failing fclose still closes.
 void arm(fault_kind kind, int n, bool sticky);
 
 // No more failures. Returns how many were injected since arm.

@@ -82,8 +82,7 @@ class AllocationSweep : public testing::TestWithParam<std::tuple<std::size_t, bo
 
 std::string test_name(const testing::TestParamInfo<AllocationSweep::ParamType> &info)
 {
-    std::string name =
-        SweepRows::all()[std::get<0>(info.param)].name + (std::get<1>(info.param) ? "_sticky" : "_once");
+    std::string name = SweepRows::all()[std::get<0>(info.param)].name + (std::get<1>(info.param) ? "_sticky" : "_once");
     for (char &c : name)
         if (!std::isalnum(static_cast<unsigned char>(c)))
             c = '_';
@@ -106,8 +105,7 @@ TEST_P(AllocationSweep, EveryFailureIsCleanAndReported)
     const bool sticky = std::get<1>(GetParam());
     int n = 0;
     for (bool fired = true; fired && n < endless; n += fired ? 1 : 0) {
-        SCOPED_TRACE(row.name + (sticky ? ", sticky, allocation " : ", once, allocation ") +
-                     std::to_string(n));
+        SCOPED_TRACE(row.name + (sticky ? ", sticky, allocation " : ", once, allocation ") + std::to_string(n));
         fired = step(row, n, sticky);
     }
     const int listed = std::accumulate(row.failures.begin(), row.failures.end(), 0,
@@ -118,8 +116,7 @@ TEST_P(AllocationSweep, EveryFailureIsCleanAndReported)
 
 // The rows register themselves while the program starts; the parameters are read when main has begun.
 INSTANTIATE_TEST_SUITE_P(Rows, AllocationSweep,
-                         testing::Combine(testing::Range<std::size_t>(0, SweepRows::all().size()),
-                                          testing::Bool()),
+                         testing::Combine(testing::Range<std::size_t>(0, SweepRows::all().size()), testing::Bool()),
                          test_name);
 
 }  // namespace teska_test

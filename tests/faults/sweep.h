@@ -1,9 +1,9 @@
 // sweep - lets every allocation of a call fail in turn
 //
-// A row describes one call: how to set it up, what it reports when its n-th allocation fails. The sweep runs
-// it for n = 0, 1, 2 .. until no allocation is left to fail, once with only that allocation failing and once
-// with all later ones failing too. After each failure: the promised lines and nothing else, the object
-// unchanged, nothing leaked, and the same call succeeds when tried again.
+// A row describes one call: how to set it up, what it reports when its n-th allocation fails. The sweep runs it for
+// n = 0, 1, 2 .. until no allocation is left to fail, once with only that allocation failing and once with all later
+// ones failing too. After each failure: the promised lines and nothing else, the object unchanged, nothing leaked, and
+// the same call succeeds when tried again.
 //
 //     SweepRow{.name = "list_insert",
 //              .make = [] {
@@ -12,8 +12,7 @@
 //                  return SweepCase{.call = [list] { return list_insert(list.get(), "def") == 1; },
 //                                   .state = [list] { return std::to_string(list_num(list.get())); }};
 //              },
-//              .failures = {{.count = 1, .once = {"list_insert : Unable to extend list, insufficient
-//              resources"}}}}
+//              .failures = {{.count = 1, .once = {"list_insert : Unable to extend list, insufficient resources"}}}}
 
 #ifndef TESKA_TESTS_SWEEP_H
 #define TESKA_TESTS_SWEEP_H
@@ -29,8 +28,8 @@ namespace teska_test
 
 // One fresh set-up. What it owns is released when its functions are destroyed (shared_ptr in the captures).
 struct SweepCase {
-    // Makes the call; true: success, false: the promised failure value. Any other result is an EXPECT failure
-    // inside. A constructor's call frees what it got before it returns. Allocates nothing of its own.
+    // Makes the call; true: success, false: the promised failure value. Any other result is an EXPECT failure inside.
+    // A constructor's call frees what it got before it returns. Allocates nothing of its own.
     std::function<bool()> call;
     // Describes what a failure must leave unchanged; may be empty.
     std::function<std::string()> state = nullptr;
@@ -46,8 +45,7 @@ struct SweepFailures {
 struct SweepRow {
     std::string name;
     std::function<SweepCase()> make;
-    std::vector<SweepFailures>
-        failures;  // in the order of the allocations; their counts are part of the check
+    std::vector<SweepFailures> failures;  // in the order of the allocations; their counts are part of the check
 };
 
 // Rows of one file; a file of rows ends with `const SweepRows rows({...});` at namespace scope.

@@ -11,8 +11,8 @@ namespace teska_test
 
 using lines = std::vector<std::string>;
 
-// Collects by the library's queue, so equal lines appear once and the order is that of their text. The
-// reporting mode is put back at the end of the object's life.
+// Collects by the library's queue, so equal lines appear once and the order is that of their text. The reporting mode
+// is put back at the end of the object's life.
 class Reports
 {
 public:
