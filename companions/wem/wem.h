@@ -1,7 +1,7 @@
 /* wem - runtime services: report lines, fatal exit, logical names, record pools, clocks.
  *
- * The library and its hosts share one copy of these services, so WEMShared is always a shared library: handlers and
- * logical names exist once in a process.
+ * The library and its hosts share one copy of these services, so WEMShared is always a shared library:
+ * handlers and logical names exist once in a process.
  *
  *     char line[WEM_LINE_SIZE];
  *     wem_set_errexit(my_exit);                             a host decides what a fatal error does
@@ -17,42 +17,43 @@
  * Rules common to all functions:
  * - Text is zero-terminated bytes; a null text counts as the empty text. Output buffers belong to the caller.
  * - No exception leaves, except one thrown by the host's own handler through errexit.
- * - Handlers, logical names and each pool are not locked: callers on several threads serialise their use. fmtstr and the
- *   clocks touch no shared state.
+ * - Handlers, logical names and each pool are not locked: callers on several threads serialise their use.
+ *   fmtstr and the clocks touch no shared state.
  * - Numbers are printed by the C library: the host leaves the locale category LC_NUMERIC at "C".
  */
 #ifndef WEM_H
 #define WEM_H
 
 #if defined(_WIN32)
-#  if defined(WEM_BUILD)
-#    define WEM_API __declspec(dllexport)
-#  else
-#    define WEM_API __declspec(dllimport)
-#  endif
+#    if defined(WEM_BUILD)
+#        define WEM_API __declspec(dllexport)
+#    else
+#        define WEM_API __declspec(dllimport)
+#    endif
 #else
-#  define WEM_API __attribute__((visibility("default")))
+#    define WEM_API __attribute__((visibility("default")))
 #endif
 
 #ifdef __cplusplus
-#  define WEM_NOTHROW noexcept
+#    define WEM_NOTHROW noexcept
 extern "C" {
 #else
-#  define WEM_NOTHROW
+#    define WEM_NOTHROW
 #endif
 
 /* Bytes of a line buffer with its zero; bytes of a translation buffer with its zero. */
 #define WEM_LINE_SIZE 512
 #define WEM_NAME_SIZE 256
 
-/* A line without its newline, from typefl or errexit. The text is valid during the call only. The handler may call any
- * function of this header. A handler of typefl must return normally; a handler of errexit may also throw or longjmp. */
+/* A line without its newline, from typefl or errexit. The text is valid during the call only. The handler
+ * may call any function of this header. A handler of typefl must return normally; a handler of errexit may
+ * also throw or longjmp. */
 typedef int (*wem_line_fn)(const char *line);
 
-/* ---- Lines -------------------------------------------------------------------------------------------------------
+/* ---- Lines -------------------------------------------------------------------------------------------
  *
- * Templates: '#' is replaced by the next argument, an int, as "%d" prints it; '%' by the next argument, a double, as
- * "%g" prints it. Everything else is copied. There is no way to write the marks themselves.
+ * Templates: '#' is replaced by the next argument, an int, as "%d" prints it; '%' by the next argument, a
+ * double, as "%g" prints it. Everything else is copied. There is no way to write the marks themselves.
  */
 
 /* fmtstr - build a line from a template and its values.
@@ -60,8 +61,9 @@ typedef int (*wem_line_fn)(const char *line);
  *     fmtstr(d, "ERROR : '", "x 100%")  ->  ERROR : 'x 100%'
  *     fmtstr(d, "nr_items = #", 7)      ->  nr_items = 7
  *
- * A template with neither mark takes one text, which is appended as it is: marks in the text mean nothing. When the
- * template leaves a quote (') open, the line closes it. An apostrophe between two letters is no quote.
+ * A template with neither mark takes one text, which is appended as it is: marks in the text mean nothing.
+ * When the template leaves a quote (') open, the line closes it. An apostrophe between two letters is no
+ * quote.
  *
  * destination  at least WEM_LINE_SIZE bytes; not null; may be one of the texts
  * templ        template
@@ -74,8 +76,8 @@ WEM_API int fmtstr(char *destination, const char *templ, ...) WEM_NOTHROW;
  *
  * templ  template; with neither mark it is the whole line, and no value follows
  * ...    one int or double for each mark in turn
- * Returns what the handler returns; without a handler the line goes to standard output with a newline, the stream is
- * flushed, and the result is 0. Lines are cut at 511 characters.
+ * Returns what the handler returns; without a handler the line goes to standard output with a newline, the
+ * stream is flushed, and the result is 0. Lines are cut at 511 characters.
  */
 WEM_API int typefl(const char *templ, ...) WEM_NOTHROW;
 
@@ -85,8 +87,9 @@ WEM_API wem_line_fn wem_set_typefl(wem_line_fn handler) WEM_NOTHROW;
 
 /* errexit - end the program because of a fatal error.
  *
- * Without a handler: writes the line and a newline to standard output and calls exit(1). With one: whatever the handler
- * does, so the call may return, throw or jump; callers hold no object with a destructor across it.
+ * Without a handler: writes the line and a newline to standard output and calls exit(1). With one: whatever
+ * the handler does, so the call may return, throw or jump; callers hold no object with a destructor across
+ * it.
  * Returns what the handler returns.
  */
 WEM_API int errexit(const char *line);
@@ -95,16 +98,17 @@ WEM_API int errexit(const char *line);
  * Returns the handler set before, null for the exit. */
 WEM_API wem_line_fn wem_set_errexit(wem_line_fn handler) WEM_NOTHROW;
 
-/* ---- Logical names -----------------------------------------------------------------------------------------------
+/* ---- Logical names -----------------------------------------------------------------------------------
  *
- * One table in the process, empty at the start. Names are compared without regard to the case of the letters A to Z.
+ * One table in the process, empty at the start. Names are compared without regard to the case of the
+ * letters A to Z.
  */
 
 /* lognam - translate a logical name.
  *
  * name         the name, without a colon
- * translation  WEM_NAME_SIZE bytes; receives the translation, or for an unknown name the name as given and ":", cut at
- *              255 characters; may be the name's own buffer when that is large enough
+ * translation  WEM_NAME_SIZE bytes; receives the translation, or for an unknown name the name as given and
+ *              ":", cut at 255 characters; may be the name's own buffer when that is large enough
  * Returns 1 when the name is defined, otherwise 0.
  */
 WEM_API int lognam(const char *name, char *translation) WEM_NOTHROW;
@@ -113,18 +117,18 @@ WEM_API int lognam(const char *name, char *translation) WEM_NOTHROW;
  *
  * name         1 to 255 characters
  * translation  at most 255 characters, copied as it is, not translated further; null removes the name
- * Returns 0, also when a name to be removed is unknown; -1 when a text is too long, the name is empty or memory is
- * short: the table is then unchanged.
+ * Returns 0, also when a name to be removed is unknown; -1 when a text is too long, the name is empty or
+ * memory is short: the table is then unchanged.
  */
 WEM_API int wem_lognam_set(const char *name, const char *translation) WEM_NOTHROW;
 
 /* wem_lognam_clear - remove every logical name. Returns 0. */
 WEM_API int wem_lognam_clear(void) WEM_NOTHROW;
 
-/* ---- Record pools ------------------------------------------------------------------------------------------------
+/* ---- Record pools ------------------------------------------------------------------------------------
  *
- * A pool hands out records of one size. It takes memory from the heap in blocks and gives it back only when the pool is
- * destroyed; freed records are handed out again.
+ * A pool hands out records of one size. It takes memory from the heap in blocks and gives it back only when
+ * the pool is destroyed; freed records are handed out again.
  */
 typedef struct wem_pool wem_pool;
 
@@ -137,20 +141,22 @@ typedef struct wem_pool wem_pool;
 WEM_API wem_pool *wem_zcreate(int record_words, int block_bytes) WEM_NOTHROW;
 
 /* wem_zalloc - take a record: zero-filled, also when it was used before, and aligned to 16 bytes.
- * Returns the record, valid until wem_zfree or wem_zdestroy; null when memory is short or the pool is null. O(1), but
- * for the call that takes a new block. */
+ * Returns the record, valid until wem_zfree or wem_zdestroy; null when memory is short or the pool is null.
+ * O(1), but for the call that takes a new block. */
 WEM_API void *wem_zalloc(wem_pool *pool) WEM_NOTHROW;
 
 /* wem_zfree - give a record back to the pool it came from. A null record is accepted. Returns 0. O(1). */
 WEM_API int wem_zfree(wem_pool *pool, void *record) WEM_NOTHROW;
 
-/* wem_zdestroy - free the pool with all its blocks; every record becomes invalid. Null is accepted. Returns 0. */
+/* wem_zdestroy - free the pool with all its blocks; every record becomes invalid. Null is accepted. Returns
+ * 0. */
 WEM_API int wem_zdestroy(wem_pool *pool) WEM_NOTHROW;
 
-/* ---- Clocks ------------------------------------------------------------------------------------------------------ */
+/* ---- Clocks ------------------------------------------------------------------------------------------ */
 
-/* elapsed - milliseconds of a clock that is never set back, the same for all processes of the host. Counts from an
- * arbitrary moment and starts again at 0 after 2^31 - 1 ms (24.8 days). Never negative; cannot fail. */
+/* elapsed - milliseconds of a clock that is never set back, the same for all processes of the host. Counts
+ * from an arbitrary moment and starts again at 0 after 2^31 - 1 ms (24.8 days). Never negative; cannot
+ * fail. */
 WEM_API int elapsed(void) WEM_NOTHROW;
 
 /* cputime - processor time this process has used on all its threads, in ms, kept to 31 bits as elapsed is. */
@@ -177,7 +183,8 @@ WEM_API int cvtdta(int date, char *text) WEM_NOTHROW;
  */
 WEM_API int cvttma(int time_of_day, char *text) WEM_NOTHROW;
 
-/* dayweek - day of the week, "Monday" to "Sunday", in English whatever the locale; Gregorian calendar throughout.
+/* dayweek - day of the week, "Monday" to "Sunday", in English whatever the locale; Gregorian calendar
+ * throughout.
  *
  * date  yyyymmdd, years 1 to 9999
  * text  10 bytes

@@ -52,8 +52,7 @@ bool local_time(std::time_t now, std::tm &local) { return localtime_r(&now, &loc
 
 constexpr const char *month_names[12] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-constexpr const char *day_names[7] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
-                                      "Thursday", "Friday", "Saturday"};
+constexpr const char *day_names[7] = {"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
 
 // Fits every buffer of this module.
 int answer_unknown(char *text)

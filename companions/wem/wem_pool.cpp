@@ -6,8 +6,7 @@
 //     pool -> record -> record -> ...                               free records, the last freed first
 //
 // Every record occupies a multiple of 16 bytes, and so does a block's link: heap blocks are aligned to 16
-// bytes, and thus is each record. A new block threads all its records on the free chain in rising order of
-// address.
+// bytes, and thus is each record. A new block's records go on the free chain in rising order of address.
 #include "wem.h"
 
 #include <cstddef>
@@ -63,8 +62,7 @@ namespace
 
 bool add_block(wem_pool &pool)
 {
-    auto *block =
-        static_cast<unsigned char *>(std::malloc(record_alignment + pool.per_block * pool.record_size));
+    auto *block = static_cast<unsigned char *>(std::malloc(record_alignment + pool.per_block * pool.record_size));
     if (!block)
         return false;
     push(pool.blocks, block);

@@ -39,10 +39,7 @@ TEST(Fmtstr, AppendsTheTextAndClosesTheQuoteTheTemplateOpens)
     EXPECT_EQ(line("DEBUG : '", static_cast<const char *>(nullptr)), "DEBUG : ''");
 }
 
-TEST(Fmtstr, NeverScansTheText)
-{
-    EXPECT_EQ(line("ERROR : '", "100% #1 %s %n it's"), "ERROR : '100% #1 %s %n it's'");
-}
+TEST(Fmtstr, NeverScansTheText) { EXPECT_EQ(line("ERROR : '", "100% #1 %s %n it's"), "ERROR : '100% #1 %s %n it's'"); }
 
 TEST(Fmtstr, SetsNumbersInAtTheMarks)
 {
@@ -181,8 +178,7 @@ TEST(Pool, HandsOutSeparateAlignedZeroedRecordsAndReusesThem)
                 ASSERT_NE(record, nullptr);
                 EXPECT_EQ(reinterpret_cast<std::uintptr_t>(record) % 16, 0u);
                 // A record that overlapped an earlier one would not be zero: each is filled at once.
-                EXPECT_EQ(std::vector<unsigned char>(record, record + bytes),
-                          std::vector<unsigned char>(bytes));
+                EXPECT_EQ(std::vector<unsigned char>(record, record + bytes), std::vector<unsigned char>(bytes));
                 std::memset(record, 0xff, bytes);
                 records.push_back(record);
                 if (round == 0)
@@ -288,8 +284,7 @@ TEST(TimeTexts, AreTwoDigitsEach)
                       {INT_MAX, "unknown"}, {INT_MIN, "unknown"}};
     for (const auto &row : rows) {
         char text[9];
-        EXPECT_EQ(cvttma(row.time_of_day, text), std::strcmp(row.text, "unknown") == 0 ? -1 : 0)
-            << row.time_of_day;
+        EXPECT_EQ(cvttma(row.time_of_day, text), std::strcmp(row.text, "unknown") == 0 ? -1 : 0) << row.time_of_day;
         EXPECT_STREQ(text, row.text) << row.time_of_day;
     }
 }

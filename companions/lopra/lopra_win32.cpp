@@ -1,0 +1,206 @@
+// lopra_win32 - file calls that take UTF-8 paths, on Windows (lopra)
+//
+// Each call turns its paths into UTF-16 and calls the host's wide form of the same stem. Text that is not
+// UTF-8 is refused rather than mended: two different wrong paths must not reach one file. The host removes
+// temporary files and excludes other openers by itself; what is left to do here is to say why a directory was
+// refused, and to put the system's error codes into errno where the runtime does not.
+//
+// Process-wide state: none.
+#include "lopra.h"
+#include "lopra_arguments.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include <io.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <windows.h>
+
+namespace
+{
+
+struct free_memory {
+    void operator()(void *block) const { std::free(block); }
+};
+
+using owned_text = std::unique_ptr<wchar_t, free_memory>;
+
+int fail(int error)
+{
+    errno = error;
+    return -1;
+}
+
+// The host's form of a path; null with errno set.
+owned_text host_path(const char *path)
+{
+    if (!path) {
+        errno = EINVAL;
+        return nullptr;
+    }
+    const int units = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, nullptr, 0);
+    if (units <= 0) {
+        errno = EILSEQ;
+        return nullptr;
+    }
+    owned_text wide(static_cast<wchar_t *>(std::malloc(static_cast<std::size_t>(units) * sizeof(wchar_t))));
+    if (!wide) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide.get(), units);
+    return wide;
+}
+
+int errno_of(DWORD error)
+{
+    switch (error) {
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+    case ERROR_INVALID_NAME:
+        return ENOENT;
+    case ERROR_ACCESS_DENIED:
+    case ERROR_SHARING_VIOLATION:
+    case ERROR_LOCK_VIOLATION:
+        return EACCES;
+    case ERROR_FILE_EXISTS:
+    case ERROR_ALREADY_EXISTS:
+        return EEXIST;
+    case ERROR_NOT_SAME_DEVICE:
+        return EXDEV;
+    case ERROR_FILENAME_EXCED_RANGE:
+        return ENAMETOOLONG;
+    case ERROR_NOT_ENOUGH_MEMORY:
+    case ERROR_OUTOFMEMORY:
+        return ENOMEM;
+    case ERROR_DISK_FULL:
+        return ENOSPC;
+    case ERROR_INVALID_HANDLE:
+        return EBADF;
+    default:
+        return EINVAL;
+    }
+}
+
+// The host says "access denied" to an open of a directory.
+void name_the_directory(const wchar_t *path)
+{
+    if (errno != EACCES)
+        return;
+    const DWORD attributes = GetFileAttributesW(path);
+    errno = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) ? EISDIR : EACCES;
+}
+
+int host_permission(int permission) { return permission & LOPRA_S_IWRITE ? _S_IREAD | _S_IWRITE : _S_IREAD; }
+
+}  // namespace
+
+FILE *fopen_utf8(const char *path, const char *mode) noexcept
+{
+    if (!lopra::is_stream_mode(mode)) {
+        errno = EINVAL;
+        return nullptr;
+    }
+    const owned_text name = host_path(path);
+    if (!name)
+        return nullptr;
+    wchar_t host_mode[lopra::mode_length_max + 2] = {};
+    *std::copy(mode, mode + std::strlen(mode), host_mode) = L'N';  // not inherited
+    FILE *stream = _wfopen(name.get(), host_mode);
+    if (!stream)
+        name_the_directory(name.get());
+    return stream;
+}
+
+int open_utf8(const char *path, int flags, ...) noexcept
+{
+    int permission = 0;
+    if (flags & LOPRA_O_CREAT) {
+        std::va_list rest;
+        va_start(rest, flags);
+        permission = host_permission(va_arg(rest, int));
+        va_end(rest);
+    }
+    const owned_text name = host_path(path);
+    if (!name)
+        return -1;
+    const int descriptor = _wopen(name.get(), flags | _O_NOINHERIT, permission);
+    if (descriptor < 0)
+        name_the_directory(name.get());
+    return descriptor;
+}
+
+int close_utf8(int descriptor) noexcept { return descriptor < 0 ? fail(EBADF) : _close(descriptor); }
+
+lopra_handle CreateFile_utf8(const char *path, unsigned access, unsigned share, void *security, unsigned disposition,
+                             unsigned flags, void *templ) noexcept
+{
+    if (!lopra::is_handle_request(access, disposition)) {
+        errno = EINVAL;
+        return LOPRA_INVALID_HANDLE;
+    }
+    const owned_text name = host_path(path);
+    if (!name)
+        return LOPRA_INVALID_HANDLE;
+    const lopra_handle handle =
+        CreateFileW(name.get(), access, share, static_cast<SECURITY_ATTRIBUTES *>(security), disposition, flags, templ);
+    if (handle == LOPRA_INVALID_HANDLE) {
+        errno = errno_of(GetLastError());
+        name_the_directory(name.get());
+    }
+    return handle;
+}
+
+int CloseFile_utf8(lopra_handle handle) noexcept
+{
+    if (handle == LOPRA_INVALID_HANDLE)
+        return fail(EBADF);
+    return CloseHandle(handle) ? 0 : fail(errno_of(GetLastError()));
+}
+
+int chmod_utf8(const char *path, int permission) noexcept
+{
+    const owned_text name = host_path(path);
+    return name ? _wchmod(name.get(), host_permission(permission)) : -1;
+}
+
+int stat32_utf8(const char *path, lopra_stat32 *st) noexcept
+{
+    const owned_text name = host_path(path);
+    struct _stat64 status;
+    if (!name || _wstat64(name.get(), &status) != 0)
+        return -1;
+    if (status.st_size > INT32_MAX)
+        return fail(EOVERFLOW);
+    st->st_size = static_cast<int32_t>(status.st_size);
+    st->st_mode = status.st_mode;
+    st->st_mtime32 = static_cast<int32_t>(std::clamp<std::int64_t>(status.st_mtime, INT32_MIN, INT32_MAX));
+    return 0;
+}
+
+int rename_utf8(const char *from, const char *to) noexcept
+{
+    const owned_text old_name = host_path(from);
+    const owned_text new_name = old_name ? host_path(to) : nullptr;
+    if (!new_name)
+        return -1;
+    return MoveFileExW(old_name.get(), new_name.get(), MOVEFILE_REPLACE_EXISTING) ? 0 : fail(errno_of(GetLastError()));
+}
+
+int remove_utf8(const char *path) noexcept
+{
+    const owned_text name = host_path(path);
+    if (!name)
+        return -1;
+    const int result = _wremove(name.get());
+    if (result != 0)
+        name_the_directory(name.get());
+    return result;
+}
