@@ -241,7 +241,7 @@ TEST(ListPosRange, FindsTheFirstElementAtOrAfterTheKey)
     EXPECT_EQ(list_pos_range(new_list(1, sizeof(int)).get(), &key, 3, 9, at_or_after), 0) << "empty";
 }
 
-TEST(ListPosRange, AsksLowHighAndTheOneBeforeHighFirst)
+TEST(ListPosRange, AsksLowHighAndTheOneBeforeHighThenHalves)
 {
     static std::vector<int> asked;
     asked.clear();
@@ -253,7 +253,7 @@ TEST(ListPosRange, AsksLowHighAndTheOneBeforeHighFirst)
     fill(list, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
     const int key = 3;
     EXPECT_EQ(list_pos_range(list.get(), &key, 0, 9, spy), 3);
-    EXPECT_EQ(asked, (std::vector{0, 9, 8, 4, 3, 2}));
+    EXPECT_EQ(asked, (std::vector{0, 9, 8, 4, 3, 2, 3, 2}));
 }
 
 TEST(ListPosRange, EndsInsideTheRangeWhenTheOrderContradictsTheElements)
@@ -325,5 +325,6 @@ TEST(ListInsert, OrdersTextsThatFillTheirSlots)
     EXPECT_EQ(list_pos(list.get(), "zzz"), 0);
     EXPECT_EQ(list_pos(list.get(), "zzzz"), 1);
     list_insert(list.get(), list_get_element(list.get(), 0));
-    EXPECT_EQ(list_pos(list.get(), "zzzzzz"), 1) << "slot 1 alone ends at the end of the block";
+    EXPECT_EQ(list_pos(list.get(), "zzzzzz"), 0) << "the text of slot 0 goes on in slot 1";
+    EXPECT_EQ(list_pos(list.get(), "zzzzzzz"), 2) << "and ends with the block";
 }
