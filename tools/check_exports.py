@@ -1,0 +1,144 @@
+#!/usr/bin/env python3
+"""Compares what the shared libraries of a build tree export with the headers and the version scripts.
+
+    check_exports.py <build tree>
+
+Exactly the names declared with the export macro may be visible: a function by its name, a class by all members that it
+does not define in its body, and the data the language needs for it. Every line of a version script must let through at
+least one of them, and every one must have a line. On Windows, where there are no version scripts, the names of the DLL
+are compared with the headers.
+"""
+
+import fnmatch
+import re
+import subprocess
+import sys
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+
+
+class Library:
+    def __init__(self, name, macro, headers, script):
+        self.name, self.macro, self.headers, self.script = name, macro, headers, script
+
+
+def libraries():
+    yield Library("TESKAShared", "TESKA_API", sorted((ROOT / "include").glob("*.h")), ROOT / "Private/teska.map")
+    for script in sorted((ROOT / "companions").glob("*/*.map")):
+        key = script.stem
+        yield Library(f"{key.upper()}Shared", f"{key.upper()}_API", [script.with_suffix(".h")], script)
+
+
+# ---- Headers ---------------------------------------------------------------------------------------------------------
+
+
+def without_comments(text):
+    text = re.sub(r"/\*.*?\*/|//[^\n]*", " ", text, flags=re.S)
+    return re.sub(r"^[ \t]*#(?:[^\n\\]|\\\n)*", "", text, flags=re.M)
+
+
+def body_of(text, start):
+    """What stands between the braces of which the first opens at or after start."""
+    start = text.index("{", start)
+    depth = 0
+    for i in range(start, len(text)):
+        depth += {"{": 1, "}": -1}.get(text[i], 0)
+        if depth == 0:
+            return text[start + 1 : i]
+    raise ValueError("a class without an end")
+
+
+def members_of(name, body):
+    """The exported names of a class: its functions without a body, and vtable and type when one of them is virtual."""
+    body = re.sub(r"\b(public|protected|private)\s*:", " ", body)
+    body = re.sub(r"\{[^{}]*\}", "{};", body)
+    names = set()
+    for declaration in (part.strip() for part in body.split(";")):
+        match = re.match(r"[^()]*?(~?\w+|operator\s*(?:\[\]|\(\)|[^\s\w(]+))\s*\((?!\s*\*)", declaration)
+        if match and not re.search(r"\{\}$|=\s*(default|delete)$", declaration):
+            names.add(f"{name}::{match[1].replace(' ', '')}")
+        if declaration.startswith("virtual"):
+            names |= {f"vtable for {name}", f"typeinfo for {name}", f"typeinfo name for {name}"}
+    return names
+
+
+def declared(library):
+    names = set()
+    for header in library.headers:
+        text = without_comments(header.read_text())
+        for match in re.finditer(rf"(class|struct)?\s*\b{library.macro}\b\s*([^;{{(]*)", text):
+            if match[1]:
+                name = re.match(r"\w+", match[2])[0]
+                names |= members_of(name, body_of(text, match.end()))
+            elif text[match.end()] == "(" and re.search(r"\w+\s*$", match[2]):
+                names.add(re.search(r"(\w+)\s*$", match[2])[1])
+            else:
+                raise ValueError(f"{header.name}: cannot read the declaration of '{match[2].strip()}'")
+    return names
+
+
+# ---- Libraries -------------------------------------------------------------------------------------------------------
+
+
+def output_of(*command, text=None):
+    return subprocess.run(command, input=text, check=True, capture_output=True, text=True).stdout
+
+
+def exported_by_elf(path):
+    return [line.split()[0] for line in output_of("nm", "-D", "--defined-only", "-P", str(path)).splitlines()]
+
+
+def exported_by_dll(path):
+    listing = output_of("x86_64-w64-mingw32-objdump", "-p", str(path))
+    table = listing.partition("[Ordinal/Name Pointer] Table")[2].partition("\n\n")[0]
+    return re.findall(r"^\s*\[\s*\d+\](?:\s\+base\[\s*\d+\])?\s+(?:[0-9a-f]+\s+)?(\S+)$", table, re.M)
+
+
+def demangled(tool, names):
+    """Names as in the source, without arguments, each with the linker's name."""
+    readable = output_of(tool, text="\n".join(names)).splitlines()
+    return {linker: re.sub(r"(?<=.)\((?!\)\().*$", "", name) for linker, name in zip(names, readable)}
+
+
+def check_script(script, names):
+    """Every pattern of the version script fits a name, every name fits a pattern."""
+    text = re.sub(r"/\*.*?\*/|#[^\n]*", " ", script.read_text(), flags=re.S)
+    text = text.partition("global:")[2].partition("local:")[0]
+    patterns = re.findall(r'"([^"]+)"\s*;|([\w*?:~\[\]]+)\s*;', text)
+    patterns = [quoted or plain for quoted, plain in patterns]
+    fits = {name: {p for p in patterns if any(fnmatch.fnmatchcase(n, p) for n in (name, readable))}
+            for name, readable in names.items()}
+    for pattern in sorted(set(patterns) - set().union(*fits.values())):
+        yield f"{script.name} lists {pattern}, which is not exported"
+    for name in sorted(name for name, found in fits.items() if not found):
+        yield f"{script.name} lacks {name}"
+
+
+def check_library(library, tree):
+    dll = tree / "bin" / f"{library.name}.dll"
+    if dll.exists():
+        names = demangled("x86_64-w64-mingw32-c++filt", exported_by_dll(dll))
+    else:
+        names = demangled("c++filt", exported_by_elf(next(tree.rglob(f"lib{library.name}.so"))))
+        yield from check_script(library.script, names)
+    promised, exported = declared(library), set(names.values())
+    if not promised:
+        yield f"no declaration with {library.macro} was found"
+    for name in sorted(exported - promised):
+        yield f"exports {name}, which no header declares"
+    for name in sorted(promised - exported):
+        yield f"does not export {name}, which a header declares"
+
+
+def main(tree):
+    faults = 0
+    for library in libraries():
+        found = [f"{library.name}: {fault}" for fault in check_library(library, tree)]
+        print("\n".join(found) or f"{library.name}: {len(declared(library))} names")
+        faults += len(found)
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(Path(sys.argv[1])))
