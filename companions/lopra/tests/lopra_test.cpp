@@ -193,8 +193,9 @@ TEST_F(Lopra, PassesStreamModesOn)
     FILE *stream = fopen_utf8("f", "rt");
     ASSERT_NE(stream, nullptr);
     EXPECT_EQ(std::fgetc(stream), 'n');
-    EXPECT_EQ(std::fputc('x', stream), EOF);
+    std::fputc('x', stream);
     std::fclose(stream);
+    EXPECT_EQ(content("f"), "new");
 }
 
 TEST_F(Lopra, ReplacesTheTargetOfARename)
@@ -416,7 +417,12 @@ TEST_F(Lopra, OpensTerminalsExclusivelyAndWithoutWaiting)
     EXPECT_EQ(ioctl(handle, TIOCGEXCL, &closed_to_others), 0);
     EXPECT_EQ(closed_to_others, 1);
     EXPECT_EQ(open_line(), LOPRA_INVALID_HANDLE);
+    // Open to others again although a copy of the handle lives on.
+    const int copy = dup(handle);
     EXPECT_EQ(CloseFile_utf8(handle), 0);
+    EXPECT_EQ(ioctl(copy, TIOCGEXCL, &closed_to_others), 0);
+    EXPECT_EQ(closed_to_others, 0);
+    close(copy);
     EXPECT_EQ(CloseFile_utf8(open_line()), 0);
     close(control);
 }

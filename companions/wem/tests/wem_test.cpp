@@ -126,7 +126,9 @@ TEST_F(Lognam, FindsNamesInAnyCase)
     EXPECT_EQ(translated("DISK", 1), "C:\\data\\");
     EXPECT_EQ(translated("dISK2", 1), "D:");
     EXPECT_EQ(translated("dis", 0), "dis:");
-    EXPECT_EQ(translated("[isk", 0), "[isk:");
+    // "[" and "{" lie 32 apart, as the cases of a letter do.
+    EXPECT_EQ(wem_lognam_set("{", "x"), 0);
+    EXPECT_EQ(translated("[", 0), "[:");
 }
 
 TEST_F(Lognam, RedefinesAndRemoves)
