@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstring>
 #include <string>
 
@@ -30,7 +31,7 @@ Split split(const char *text, char separator)
     return {result, left, right};
 }
 
-long offset(const char *found, const char *text) { return found != nullptr ? found - text : -1; }
+std::ptrdiff_t offset(const char *found, const char *text) { return found != nullptr ? found - text : -1; }
 
 }  // namespace
 
