@@ -5,8 +5,7 @@
  *
  *     func *names = func_new(16, 8, sizeof(double), text_after);       8-byte texts to doubles
  *     if (func_insert(names, "cyan\0\0\0", &density) < 0)
- *         ...                                                          out of memory: reported, no point
- *         added
+ *         ...                                                          out of memory: reported
  *     void *x, *y;
  *     for (int i = 0; func_get_point(names, i, &x, &y) == 0; i++)
  *         printf("%s %g\n", (char *)x, *(double *)y);
@@ -19,8 +18,7 @@
  *   x element.
  *   The addresses that func_get_point and func_search_el hand back lie in the function's storage and are
  *   valid until the next call that inserts, removes, reserves or kills.
- *   Sizes and capacities are those of list.h, 16 bits: at most 65535 points of elements of at most 65535
- *   bytes.
+ *   Sizes and capacities are those of list.h, 16 bits: at most 65535 points, elements of at most 65535 bytes.
  *   Failures are reported through error_mess_fl (error_mess.h). Except where a block says so, a func must not
  *   be null.
  *   A func is used by one thread at a time.
@@ -40,8 +38,7 @@ typedef int (*func_order)(const void *element, const void *key);
 /* Match: 0 when the stored element is the one the key asks for. Same rules. */
 typedef int (*func_match)(const void *element, const void *key);
 
-/* ---- Life ------------------------------------------------------------------------------------------------
- * */
+/* ---- Life -------------------------------------------------------------------------------------------------------- */
 
 /* func_new - create a function without points.
  *
@@ -61,8 +58,7 @@ TESKA_API func *func_new(int ext, unsigned int x_size, unsigned int y_size, func
  */
 TESKA_API int func_kill(func *f) TESKA_NOTHROW;
 
-/* ---- Change ----------------------------------------------------------------------------------------------
- * */
+/* ---- Change ------------------------------------------------------------------------------------------------------ */
 
 /* func_insert - add a point at the position of its x.
  *
@@ -89,16 +85,14 @@ TESKA_API int func_rem_point(func *f, int index) TESKA_NOTHROW;
 
 /* func_alloc - reserve room.
  *
- * count  number of points that can then be stored without further allocation; less than the present room does
- *        nothing
+ * count  number of points that then fit without further allocation; less than the present room does nothing
  * Returns 0.
  * Kept: 0 also when memory runs out, which shows only in the report
  * "list_insert : Unable to extend list, insufficient resources"; the points are unchanged.
  */
 TESKA_API int func_alloc(func *f, int count) TESKA_NOTHROW;
 
-/* ---- Query -----------------------------------------------------------------------------------------------
- * */
+/* ---- Query ------------------------------------------------------------------------------------------------------- */
 
 /* func_num - number of points. Cannot fail. */
 TESKA_API int func_num(const func *f) TESKA_NOTHROW;
@@ -128,8 +122,7 @@ TESKA_API int func_get_point(const func *f, int index, void **x, void **y) TESKA
  */
 TESKA_API int func_search_el(const func *f, const void *key, void **y, func_match match) TESKA_NOTHROW;
 
-/* ---- Process ---------------------------------------------------------------------------------------------
- * */
+/* ---- Process ----------------------------------------------------------------------------------------------------- */
 
 /* func_invert - a new function with x and y exchanged.
  *

@@ -39,8 +39,7 @@ struct func {
     func_order order = nullptr;  // what x was created with
 };
 
-// ---- Life
-// ---------------------------------------------------------------------------------------------------
+// ---- Life ----------------------------------------------------------------------------------------------------------
 
 func *func_new(int ext, unsigned int x_size, unsigned int y_size, func_order order) TESKA_NOTHROW
 {
@@ -63,8 +62,7 @@ int func_kill(func *f) TESKA_NOTHROW
     return 0;
 }
 
-// ---- Change
-// -------------------------------------------------------------------------------------------------
+// ---- Change --------------------------------------------------------------------------------------------------------
 
 int func_insert(func *f, const void *x, const void *y) TESKA_NOTHROW
 {
@@ -104,8 +102,7 @@ int func_alloc(func *f, int count) TESKA_NOTHROW
     return 0;
 }
 
-// ---- Query
-// --------------------------------------------------------------------------------------------------
+// ---- Query ---------------------------------------------------------------------------------------------------------
 
 int func_num(const func *f) TESKA_NOTHROW { return list_num(f->x.get()); }
 
@@ -132,8 +129,7 @@ int func_search_el(const func *f, const void *key, void **y, func_match match) T
     return index;
 }
 
-// ---- Process
-// ------------------------------------------------------------------------------------------------
+// ---- Process -------------------------------------------------------------------------------------------------------
 
 func *func_invert(const func *f, func_order order) TESKA_NOTHROW
 {

@@ -1,0 +1,5 @@
+/* teska_curves.h - gathers the headers of one subsystem: curves and one-dimensional tables */
+#ifndef TESKA_CURVES_H
+#define TESKA_CURVES_H
+#include "func.h"
+#endif
