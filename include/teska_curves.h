@@ -2,4 +2,5 @@
 #ifndef TESKA_CURVES_H
 #define TESKA_CURVES_H
 #include "func.h"
+#include "interp_double.h"
 #endif
