@@ -69,12 +69,16 @@ endfunction()
 
 # teska_test(<name> LABEL <label> SOURCES <file...> [LIBRARIES <target...>])
 #
-# One test program, one CTest entry. Its results go to a report beside the build, from which the total is counted.
+# One test program, one CTest entry. Its results go to a report in the build tree, from which the total is counted; the
+# path is relative, because a Windows program does not know the host's.
 function(teska_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL" "SOURCES;LIBRARIES")
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} teska_test_support GTest::gtest_main teska_flags
                                         teska_warnings)
-  add_test(NAME "${arg_LABEL}.${name}" COMMAND ${name} "--gtest_output=xml:${PROJECT_BINARY_DIR}/reports/${name}.xml")
+  add_test(
+    NAME "${arg_LABEL}.${name}"
+    COMMAND ${name} "--gtest_output=xml:reports/${name}.xml"
+    WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
   set_tests_properties("${arg_LABEL}.${name}" PROPERTIES LABELS "${arg_LABEL}" TIMEOUT 600)
 endfunction()

@@ -3,14 +3,30 @@
 
     count_tests.py <build tree>
 
-CTest's report (ctest.xml) says which entries ran. An entry that is a GoogleTest program left its own report in
-reports/<program>.xml and counts with each of its tests; any other entry counts as one. A program that died, leaked or
-ran no test counts as a failure whatever its report says. The exit code is 1 when anything failed or nothing ran.
+CTest's report (ctest.xml) says which entries ran. An entry that is a GoogleTest program counts with each test of the
+report that it was told to write, any other entry counts as one. A GoogleTest program that wrote no report, ran no test,
+died or leaked counts as a failure whatever else it says. The exit code is 1 when anything failed or nothing ran.
 """
 
+import json
+import subprocess
 import sys
 import xml.etree.ElementTree as ElementTree
 from pathlib import Path
+
+REPORT_OPTION = "--gtest_output=xml:"
+
+
+def reports_of(tree):
+    """The report of each entry that is a GoogleTest program."""
+    command = ["ctest", "--test-dir", str(tree), "--show-only=json-v1"]
+    listing = json.loads(subprocess.run(command, check=True, capture_output=True, text=True).stdout)
+    return {
+        entry["name"]: tree / argument.removeprefix(REPORT_OPTION)
+        for entry in listing["tests"]
+        for argument in entry.get("command", [])
+        if argument.startswith(REPORT_OPTION)
+    }
 
 
 def count_program(report):
@@ -26,17 +42,16 @@ def count_program(report):
     return passed, failed, skipped
 
 
-def count_entry(entry, reports):
-    """Passed, failed, skipped of one CTest entry; the program's name follows the label and a dot."""
-    ran_well = entry.get("status") == "run" and entry.find("failure") is None
+def count_entry(entry, report):
+    """Passed, failed, skipped of one CTest entry; report is None when it is not a GoogleTest program."""
     if entry.find("skipped") is not None or entry.get("status") == "disabled":
         return 0, 0, 1
-    report = reports / (entry.get("name").partition(".")[2] + ".xml")
-    if not report.exists():
+    ran_well = entry.get("status") == "run" and entry.find("failure") is None
+    if report is None:
         return (1, 0, 0) if ran_well else (0, 1, 0)
     try:
         passed, failed, skipped = count_program(report)
-    except ElementTree.ParseError:
+    except (OSError, ElementTree.ParseError):
         return 0, 1, 0
     if failed == 0 and (not ran_well or passed + skipped == 0):
         failed = 1
@@ -44,12 +59,13 @@ def count_entry(entry, reports):
 
 
 def main(tree):
-    totals = [0, 0, 0]
+    passed = failed = skipped = 0
     results = tree / "ctest.xml"
     if results.exists():
+        reports = reports_of(tree)
         for entry in ElementTree.parse(results).getroot().iter("testcase"):
-            totals = [a + b for a, b in zip(totals, count_entry(entry, tree / "reports"))]
-    passed, failed, skipped = totals
+            counts = count_entry(entry, reports.get(entry.get("name")))
+            passed, failed, skipped = (a + b for a, b in zip((passed, failed, skipped), counts))
     print(f"{passed} passed, {failed} failed" + (f", {skipped} skipped" if skipped else ""))
     return 1 if failed or not passed else 0
 
