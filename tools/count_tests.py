@@ -32,7 +32,8 @@ def reports_of(tree):
 def count_program(report):
     """Passed, failed, skipped of one GoogleTest program."""
     passed = failed = skipped = 0
-    for case in ElementTree.parse(report).getroot().iter("testcase"):
+    # A message may hold any byte.
+    for case in ElementTree.fromstring(report.read_text(errors="replace")).iter("testcase"):
         if case.find("failure") is not None:
             failed += 1
         elif case.get("result") == "completed":
@@ -43,8 +44,12 @@ def count_program(report):
 
 
 def count_entry(entry, report):
-    """Passed, failed, skipped of one CTest entry; report is None when it is not a GoogleTest program."""
-    if entry.find("skipped") is not None or entry.get("status") == "disabled":
+    """Passed, failed, skipped of one CTest entry; report is None when it is not a GoogleTest program.
+
+    A program that could not be started is "skipped" as well, but not for a reason of its own (SKIP_...).
+    """
+    skipped = entry.find("skipped")
+    if entry.get("status") == "disabled" or (skipped is not None and skipped.get("message").startswith("SKIP_")):
         return 0, 0, 1
     ran_well = entry.get("status") == "run" and entry.find("failure") is None
     if report is None:
