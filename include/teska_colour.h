@@ -1,0 +1,5 @@
+/* teska_colour.h - gathers the headers of one subsystem: colour lookup tables and multidimensional interpolation */
+#ifndef TESKA_COLOUR_H
+#define TESKA_COLOUR_H
+#include "md_tetrab.h"
+#endif
