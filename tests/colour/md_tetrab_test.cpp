@@ -514,12 +514,12 @@ TEST(MdTetrabNew, KeptNamesARelativeInItsMessages)
     EXPECT_EQ(md_tetrab_kill(nullptr), nullptr);
 }
 
-TEST(MdTetrabExpand, ReportsItsOwnFailureBehindThatOfCreation)
+TEST(MdTetrabExpand, ReportsTheFailureOfCreationAndItsOwn)
 {
     Reports reports;
     const Table table = make({2, 1, 3});
     EXPECT_EQ(md_tetrab_expand(table.get(), 1), nullptr);
-    EXPECT_EQ(reports.take(), (lines{"md_tetra_new: illegal dimension", "md_tetrab_expand: error in md_tetrab_new"}));
+    EXPECT_EQ(reports.take(), (lines{"md_tetrab_expand: error in md_tetrab_new", "md_tetra_new: illegal dimension"}));
 }
 
 }  // namespace
