@@ -20,6 +20,13 @@ void add_points(Digest &digest, const lin_interp_double *li)
     }
 }
 
+// Two statements: compilers differ in which argument of a call they compute first.
+void insert_point(lin_interp_double *li, Generator &input)
+{
+    const double x = input.between(-1, 1);
+    lin_interp_double_insert(li, x, input.between(-1, 1));
+}
+
 // 1000 values of either kind of continuation, a quarter of them outside the points.
 void add_values(Digest &digest, const lin_interp_double *li, Generator &input)
 {
@@ -37,7 +44,7 @@ const Operation curve_values("lin_interp_double_inter and inextp, 200 points and
                              [](Generator &input, Digest &digest) {
                                  lin_interp_double *li = lin_interp_double_new(16, nullptr);
                                  for (int i = 0; i < 200; ++i)
-                                     lin_interp_double_insert(li, input.between(-1, 1), input.between(-1, 1));
+                                     insert_point(li, input);
                                  lin_interp_double *inverse = lin_interp_double_invert(li, nullptr);
                                  add_values(digest, li, input);
                                  add_points(digest, inverse);
@@ -48,8 +55,10 @@ const Operation curve_values("lin_interp_double_inter and inextp, 200 points and
 
 const Operation nearest_points("lin_interp_double_subst, 500 points", [](Generator &input, Digest &digest) {
     lin_interp_double *li = lin_interp_double_new(16, nullptr);
-    for (int i = 0; i < 500; ++i)
-        lin_interp_double_subst(li, input.between(-1, 1), input.unit(), 0.01);
+    for (int i = 0; i < 500; ++i) {
+        const double x = input.between(-1, 1);
+        lin_interp_double_subst(li, x, input.unit(), 0.01);
+    }
     add_points(digest, li);
     lin_interp_double_kill(li);
 });
