@@ -1,0 +1,36 @@
+// peer - the same grid in Little CMS, as a device link through which whole lines go
+
+#ifndef BENCH_PEER_H
+#define BENCH_PEER_H
+
+#include <cstdint>
+#include <vector>
+
+namespace bench
+{
+
+enum class Samples {
+    bytes,  // 0 .. 255
+    floats  // 0 .. 1, ink amounts 0 .. 100
+};
+
+// Three channels are RGB, four are CMYK. The transform is optimised as the library likes, on as many points as the grid
+// has, and without its cache of the last pixel, which would only measure repetitions.
+class Peer
+{
+public:
+    // grid: bytes as make_grid gives them. Ends the program when the transform cannot be made.
+    Peer(int inputs, int outputs, int points, const std::vector<std::uint8_t> &grid, Samples samples);
+    Peer(const Peer &) = delete;
+    Peer &operator=(const Peer &) = delete;
+    ~Peer();
+
+    void convert(const void *in, void *out, int pixels) const;
+
+private:
+    void *transform_;
+};
+
+}  // namespace bench
+
+#endif
