@@ -123,12 +123,15 @@ TEST(LinInterpDoubleInter, AgreesWithAWalkOverThePointsBitForBit)
     int refused = 0;
     for (int round = 0; round < 500; ++round) {
         Points points;
-        for (int n = 2 + random.below(12); n > 0; --n)
-            points.emplace_back(coordinate(random), random.below(20) == 0 ? no_number : coordinate(random));
+        for (int n = 2 + random.below(12); n > 0; --n) {
+            const double x = coordinate(random);
+            points.emplace_back(x, random.below(20) == 0 ? no_number : coordinate(random));
+        }
         const Curve li = curve(points, nullptr, random.below(4));
         std::stable_sort(points.begin(), points.end(), [](auto &a, auto &b) { return a.first < b.first; });
         for (int query = 0; query < 40; ++query) {
-            const double x = query == 0 ? no_number : query % 3 == 0 ? points[0].first : coordinate(random);
+            const double own = points[static_cast<std::size_t>(query) % points.size()].first;
+            const double x = query == 0 ? no_number : query % 3 == 0 ? own : coordinate(random);
             const Value inter = value_of(lin_interp_double_inter, li, x, reports);
             const Value inextp = value_of(lin_interp_double_inextp, li, x, reports);
             ASSERT_TRUE(same_bits(inter, model(points, x, true))) << "round " << round << ", x " << x;
