@@ -1,0 +1,76 @@
+#include "faults/sweep.h"
+
+#include "md_tetrab.h"
+
+#include <memory>
+
+namespace teska_test
+{
+
+namespace
+{
+
+constexpr const char *no_memory = "md_tetra_new: insufficient memory";  // record, curves, work
+constexpr const char *no_grid = "md_tetrab_new: malloc failure";        // data, positions
+constexpr const char *no_products = "md_tetrab_new: insuff. mem.";
+constexpr const char *no_expansion = "md_tetrab_expand: error in md_tetrab_new";
+
+SweepRow creation(const char *name, md_tetrab *(*create)(), std::vector<SweepFailures> failures)
+{
+    return {.name = name,
+            .make =
+                [=] {
+                    return SweepCase{.call = [=] {
+                        md_tetrab *table = create();
+                        const bool made = table != nullptr;
+                        md_tetrab_kill(table);
+                        return made;
+                    }};
+                },
+            .failures = std::move(failures)};
+}
+
+std::string contents(md_tetrab *table)
+{
+    int size = 0;
+    const unsigned char *data = md_tetrab_dataptr(table, &size);
+    return {data, data + size};
+}
+
+SweepRow expansion(const char *name, int inputs, int resolution)
+{
+    return {.name = name,
+            .make =
+                [=] {
+                    std::shared_ptr<md_tetrab> source(md_tetrab_new(inputs, 3, 3), md_tetrab_kill);
+                    md_tetrab_dataptr(source.get(), nullptr)[5] = 55;
+                    return SweepCase{.call =
+                                         [=] {
+                                             md_tetrab *target = md_tetrab_expand(source.get(), resolution);
+                                             const bool made = target != nullptr;
+                                             md_tetrab_kill(target);
+                                             return made;
+                                         },
+                                     .state = [=] { return contents(source.get()); }};
+                },
+            .failures = {{.count = 1, .once = {no_expansion, no_memory}},
+                         {.count = 2, .once = {no_expansion, no_grid}},
+                         {.count = 3, .once = {no_expansion, no_memory}}}};
+}
+
+const SweepRows rows({
+    creation("md_tetrab_new, 3 inputs", [] { return md_tetrab_new(3, 4, 5); },
+             {{.count = 1, .once = {no_memory}}, {.count = 2, .once = {no_grid}}, {.count = 3, .once = {no_memory}}}),
+    creation("md_tetrab_new_special, other weights", [] { return md_tetrab_new_special(5, 3, 2, 16, 235, 0); },
+             {{.count = 1, .once = {no_memory}},
+              {.count = 2, .once = {no_grid}},
+              {.count = 2, .once = {no_memory}},
+              {.count = 1, .once = {no_products}},
+              {.count = 1, .once = {no_memory}}}),
+    expansion("md_tetrab_expand, 3 inputs, whole ratio", 3, 5),
+    expansion("md_tetrab_expand, 5 inputs, other ratio", 5, 4),
+});
+
+}  // namespace
+
+}  // namespace teska_test
