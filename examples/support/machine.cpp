@@ -1,0 +1,21 @@
+// machine - what the figures were measured on
+
+#include "support/machine.h"
+
+#include <fstream>
+
+namespace examples
+{
+
+std::string processor_name()
+{
+    std::ifstream info("/proc/cpuinfo");
+    for (std::string line; std::getline(info, line);) {
+        const auto colon = line.find(": ");
+        if (line.starts_with("model name") && colon != std::string::npos)
+            return line.substr(colon + 2);
+    }
+    return {};
+}
+
+}  // namespace examples
