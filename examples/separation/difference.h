@@ -1,0 +1,30 @@
+// difference - how far two pictures lie apart
+
+#ifndef EXAMPLES_DIFFERENCE_H
+#define EXAMPLES_DIFFERENCE_H
+
+#include "support/picture.h"
+
+#include <vector>
+
+namespace examples
+{
+
+// Of the absolute differences between samples. The unit is that of the values: steps of 255, or colour difference.
+struct difference {
+    double mean = 0;
+    double percentile_95 = 0;  // the smallest value that at least 95 of 100 samples do not exceed
+    double largest = 0;
+};
+
+difference summarise(std::vector<double> values);
+
+// All channels together; the pictures have the same size and channels.
+difference compare(const picture &a, const picture &b);
+
+// Absolute difference of every sample, times a factor, cut at 255.
+picture magnified_difference(const picture &a, const picture &b, int factor);
+
+}  // namespace examples
+
+#endif
