@@ -1,0 +1,24 @@
+// sections - what the gallery shows, one function per section
+
+#ifndef EXAMPLES_SECTIONS_H
+#define EXAMPLES_SECTIONS_H
+
+#include "gallery/page.h"
+
+#include <filesystem>
+
+namespace examples
+{
+
+struct gallery_inputs {
+    std::filesystem::path photo;
+    std::filesystem::path profile;
+    std::filesystem::path output;
+};
+
+// A photograph on its way to the press and back: byte tables.
+section separation_section(const gallery_inputs &inputs);
+
+}  // namespace examples
+
+#endif

@@ -1,0 +1,136 @@
+// style - the look of the gallery
+//
+// System fonts, two colour schemes, and one accent: the inks of the colour bar. Pictures always stand on white paper,
+// because their colours are judged against it. Measures in rem follow the reader's font size; the columns fold where a
+// figure would become narrower than 15 rem.
+
+#include "gallery/style.h"
+
+namespace examples
+{
+
+const char *const page_style = R"(
+:root {
+  color-scheme: light dark;
+  --page: #f6f5f2; --card: #ffffff; --text: #1d1f23; --soft: #5c6068; --rule: #dcdad4; --link: #00618f;
+  --cyan: #00aeef; --magenta: #ec148d; --yellow: #fff200; --black: #231f20;
+}
+@media (prefers-color-scheme: dark) {
+  :root { --page: #16181c; --card: #1f2228; --text: #e8e8e4; --soft: #a2a6ae; --rule: #363a42; --link: #6cc5f0; }
+}
+* { box-sizing: border-box; }
+html { scroll-behavior: smooth; -webkit-text-size-adjust: 100%; }
+body {
+  margin: 0; background: var(--page); color: var(--text);
+  font: 1.0625rem/1.6 system-ui, "Segoe UI", "Helvetica Neue", "Noto Sans", "DejaVu Sans", sans-serif;
+}
+header, main, footer { max-width: 76rem; margin: 0 auto; padding: 0 clamp(1rem, 4vw, 3rem); }
+.colour-bar { display: flex; height: .5rem; margin: 0 calc(50% - 50vw); }
+.colour-bar i { flex: 1; }
+.colour-bar i:nth-child(1) { background: var(--cyan); }
+.colour-bar i:nth-child(2) { background: #2e3192; }
+.colour-bar i:nth-child(3) { background: var(--magenta); }
+.colour-bar i:nth-child(4) { background: #ed1c24; }
+.colour-bar i:nth-child(5) { background: var(--yellow); }
+.colour-bar i:nth-child(6) { background: #00a651; }
+.colour-bar i:nth-child(7) { background: var(--black); }
+h1 { margin: 1.5rem 0 0; font-size: 1.0625rem; font-weight: 650; letter-spacing: .01em; }
+h1 span { color: var(--soft); font-weight: 400; }
+nav ol { display: flex; flex-wrap: wrap; gap: .25rem 1.5rem; margin: .5rem 0 0; padding: 0; list-style: none; }
+a { color: var(--link); text-underline-offset: .15em; }
+a:focus-visible, input:focus-visible + label { outline: .15rem solid var(--link); outline-offset: .15rem; }
+section { padding: clamp(1.5rem, 4vw, 3rem) 0 2rem; }
+section + section { border-top: 1px solid var(--rule); }
+h2 { margin: 0 0 .75rem; font-size: clamp(1.9rem, 4.6vw, 3.1rem); line-height: 1.12; letter-spacing: -.02em;
+     font-weight: 700; text-wrap: balance; }
+h3 { margin: 3.5rem 0 .5rem; font-size: 1.5rem; line-height: 1.25; letter-spacing: -.01em; }
+p { margin: 0 0 1rem; max-width: 44rem; text-wrap: pretty; }
+.lead { font-size: clamp(1.1rem, 1.8vw, 1.3rem); line-height: 1.5; color: var(--soft); max-width: 48rem; }
+code { font: .9em ui-monospace, "SF Mono", Menlo, Consolas, "DejaVu Sans Mono", monospace; }
+
+.key-figures { display: grid; grid-template-columns: repeat(auto-fit, minmax(13rem, 1fr)); gap: 1rem; margin: 2rem 0 0; }
+.key-figures div { display: flex; flex-direction: column-reverse; justify-content: flex-end; padding: 1rem 1.25rem;
+  background: var(--card); border: 1px solid var(--rule); border-top: .25rem solid var(--accent);
+  border-radius: .25rem; }
+.key-figures div:nth-child(1) { --accent: var(--cyan); }
+.key-figures div:nth-child(2) { --accent: var(--magenta); }
+.key-figures div:nth-child(3) { --accent: #f5d800; }
+.key-figures div:nth-child(4) { --accent: var(--text); }
+.key-figures dt { color: var(--soft); font-size: .95rem; line-height: 1.4; }
+.key-figures dd { margin: 0; font-size: 2rem; font-weight: 680; line-height: 1.25; letter-spacing: -.02em;
+  font-variant-numeric: tabular-nums; white-space: nowrap; }
+.key-figures small { font-size: 1rem; font-weight: 500; letter-spacing: 0; }
+
+figure { margin: 0; }
+figure img, .press img { display: block; width: 100%; height: auto; background: #fff; }
+figure > a, .press { display: block; background: #fff; border: 1px solid var(--rule); border-radius: .25rem;
+  overflow: hidden; }
+figcaption { margin-top: .6rem; color: var(--soft); font-size: .95rem; line-height: 1.45; }
+figcaption b { color: var(--text); }
+.pair { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 24rem), 1fr)); gap: 1.75rem 2rem;
+  margin-top: 1.5rem; }
+.plates { display: grid; grid-template-columns: 1fr 1fr; gap: 1.25rem; align-content: start; }
+.plates b::before, .mixer label::before { content: ""; display: inline-block; width: .7em; height: .7em;
+  margin-right: .45em; border-radius: 50%; background: var(--ink); border: 1px solid var(--soft); }
+.cyan { --ink: var(--cyan); } .magenta { --ink: var(--magenta); }
+.yellow { --ink: var(--yellow); } .black { --ink: var(--black); }
+
+.mixer input { position: absolute; opacity: 0; }
+.mixer label { display: inline-block; margin: .75rem .4rem 0 0; padding: .3rem .9rem; border: 1px solid var(--rule);
+  border-radius: 2rem; background: var(--card); font-size: .95rem; cursor: pointer; user-select: none; }
+.mixer input:not(:checked) + label { color: var(--soft); text-decoration: line-through; }
+.mixer input:not(:checked) + label::before { background: none; }
+.mixer { display: grid; grid-template-columns: repeat(4, auto) 1fr; position: relative; align-content: start; }
+.mixer .press, .mixer figcaption { grid-column: 1 / -1; }
+.mixer .press { position: relative; isolation: isolate; order: -1; }
+.press img + img { position: absolute; inset: 0; mix-blend-mode: multiply; }
+#ink-cyan:not(:checked) ~ .press .cyan, #ink-magenta:not(:checked) ~ .press .magenta,
+#ink-yellow:not(:checked) ~ .press .yellow, #ink-black:not(:checked) ~ .press .black { visibility: hidden; }
+
+.scroll { overflow-x: auto; margin: 1.25rem 0 .5rem; background: var(--card); border: 1px solid var(--rule);
+  border-radius: .25rem; }
+table { border-collapse: collapse; width: 100%; font-size: .97rem; font-variant-numeric: tabular-nums; }
+caption { padding: .9rem 1rem .35rem; text-align: left; font-weight: 650; }
+caption span { color: var(--soft); font-weight: 400; }
+th, td { padding: .5rem 1rem; text-align: right; border-top: 1px solid var(--rule); white-space: nowrap; }
+thead th, thead td { border-top: 0; }
+thead th { color: var(--soft); font-weight: 500; font-size: .9rem; vertical-align: bottom; }
+thead th[colspan] { text-align: center; }
+tbody th { text-align: left; font-weight: 500; }
+.ours { font-weight: 650; }
+.steps { padding-left: 1.2rem; max-width: 46rem; }
+.steps li { margin-bottom: .6rem; padding-left: .35rem; }
+.steps li::marker { color: var(--soft); font-weight: 650; }
+footer { padding-bottom: 3rem; color: var(--soft); font-size: .92rem; }
+footer p { border-top: 1px solid var(--rule); padding-top: 1rem; max-width: none; }
+
+@media (max-width: 30rem) {
+  body { font-size: 1rem; }
+  h3 { margin-top: 2.5rem; }
+  .key-figures { grid-template-columns: 1fr 1fr; gap: .7rem; }
+  .key-figures div { padding: .7rem .8rem; }
+  .key-figures dd { font-size: 1.45rem; }
+  .key-figures dt { font-size: .85rem; }
+  th, td { padding: .4rem .25rem; font-size: .8rem; white-space: normal; }
+  th:first-child { padding-left: .6rem; }
+  td:last-child, th:last-child { padding-right: .6rem; }
+  thead th { font-size: .78rem; }
+  caption { padding: .7rem .6rem .3rem; font-size: .9rem; }
+  .mixer label { padding: .3rem .6rem; font-size: .85rem; }
+}
+@media print {
+  :root { --page: #fff; --card: #fff; --text: #000; --soft: #444; --rule: #bbb; --link: #000; }
+  body { font-size: 10pt; print-color-adjust: exact; -webkit-print-color-adjust: exact; }
+  header, main, footer { max-width: none; padding: 0; }
+  .colour-bar { margin: 0; }
+  figure, .scroll, .key-figures div, li { break-inside: avoid; }
+  h3 { break-after: avoid; margin-top: 1.5rem; }
+  .pair { grid-template-columns: 1fr 1fr; gap: 1rem; }
+  .key-figures { grid-template-columns: repeat(4, 1fr); gap: .5rem; }
+  .key-figures dd { font-size: 1.2rem; }
+  .scroll { overflow: visible; }
+  th, td { padding: .25rem .4rem; font-size: 8.5pt; white-space: normal; }
+}
+)";
+
+}  // namespace examples
