@@ -48,11 +48,14 @@ function(teska_companion target key)
     ${target} PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>"
                      "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/teska>")
   teska_shared_library(${target} "${CMAKE_CURRENT_SOURCE_DIR}/${key}.map")
+  set_property(GLOBAL APPEND PROPERTY TESKA_COMPANIONS ${target})
+  set_property(GLOBAL APPEND PROPERTY TESKA_COMPANION_HEADERS "${CMAKE_CURRENT_SOURCE_DIR}/${key}.h")
 endfunction()
 
 # teska_shared_library(<target> <version-script>)
 #
-# What every shared library of the house has in common: version, hidden names, one folder for all binaries.
+# What every shared library of the house has in common: version, hidden names, and that it finds the others beside it
+# once installed.
 function(teska_shared_library target version_script)
   set_target_properties(${target} PROPERTIES VERSION "${PROJECT_VERSION}" SOVERSION "${PROJECT_VERSION_MAJOR}"
                                              LINKER_LANGUAGE CXX)
@@ -63,22 +66,29 @@ function(teska_shared_library target version_script)
     if(NOT TESKA_SANITIZE)
       target_link_options(${target} PRIVATE -Wl,--no-undefined)
     endif()
-    set_target_properties(${target} PROPERTIES LINK_DEPENDS "${version_script}")
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS "${version_script}" INSTALL_RPATH "$ORIGIN")
   endif()
 endfunction()
 
 # teska_test(<name> LABEL <label> SOURCES <file...> [LIBRARIES <target...>])
 #
-# One test program, one CTest entry. Its results go to a report in the build tree, from which the total is counted; the
-# path is relative, because a Windows program does not know the host's.
+# One test program, one CTest entry.
 function(teska_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL" "SOURCES;LIBRARIES")
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} teska_test_support GTest::gtest_main teska_flags
                                         teska_warnings)
+  teska_test_entry(${name} ${arg_LABEL})
+endfunction()
+
+# teska_test_entry(<program> <label>)
+#
+# The results of a GoogleTest program go to a report in the build tree, from which the total is counted; the path is
+# relative, because a Windows program does not know the host's.
+function(teska_test_entry program label)
   add_test(
-    NAME "${arg_LABEL}.${name}"
-    COMMAND ${name} "--gtest_output=xml:reports/${name}.xml"
+    NAME "${label}.${program}"
+    COMMAND ${program} "--gtest_output=xml:reports/${program}.xml"
     WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
-  set_tests_properties("${arg_LABEL}.${name}" PROPERTIES LABELS "${arg_LABEL}" TIMEOUT 600)
+  set_tests_properties("${label}.${program}" PROPERTIES LABELS "${label}" TIMEOUT 600)
 endfunction()

@@ -1,0 +1,133 @@
+/* application - the library used from C11, through the shared libraries' public headers alone */
+#include "application.h"
+
+#include <lopra.h>
+#include <stdio.h>
+#include <string.h>
+#include <teska_colour.h>
+#include <teska_core.h>
+#include <teska_curves.h>
+#include <teska_text.h>
+#include <wem.h>
+
+#define STRINGIFIED(x) #x
+#define AT_LINE(line, text) "line " STRINGIFIED(line) ": " text
+#define EXPECT(condition)                                                                                              \
+    if (!(condition))                                                                                                  \
+    return AT_LINE(__LINE__, #condition)
+
+static const char *use_error_mess(void)
+{
+    const int before = error_set(2);
+    EXPECT(md_tetrab_new(0, 1, 2) == NULL);
+    EXPECT(strcmp(error_get(), "ERROR : 'md_tetra_new: illegal dimension'") == 0);
+    EXPECT(error_get() == NULL);
+    EXPECT(error_set(before) == 2);
+    return NULL;
+}
+
+static int same_text(const void *element, const void *key) { return strcmp_ci(element, key) != 0; }
+
+static const char *use_list(void)
+{
+    list_rec *names = list_new(1, 16, str_ins);
+    char key[16] = "Magenta";
+    EXPECT(names != NULL);
+    list_insert(names, key);
+    strcpy(key, "cyan");
+    list_insert(names, key);
+    EXPECT(list_num(names) == 2);
+    EXPECT(strcmp(list_get_element(names, 0), "cyan") == 0);
+    EXPECT(list_search_el(names, "MAGENTA", same_text) == 1);
+    list_kill(names);
+    return NULL;
+}
+
+static const char *use_str_utils(void)
+{
+    char key[32], value[32];
+    const char *cursor = "one two";
+    EXPECT(strsplit(" Resolution = 600 ", '=', key, value) == 0);
+    EXPECT(strcmp(key, "Resolution") == 0 && strcmp(value, "600") == 0);
+    EXPECT(str_go_to_next_word(&cursor) == 't');
+    return NULL;
+}
+
+static int not_below(const void *element, const void *key) { return *(const short *)element >= *(const short *)key; }
+
+static const char *use_func(void)
+{
+    func *f = func_new(0, sizeof(short), sizeof(char), not_below);
+    void *x, *y;
+    EXPECT(f != NULL);
+    for (short i = 3; i > 0; --i) {
+        const char letter = (char)('a' + i);
+        func_insert(f, &i, &letter);
+    }
+    EXPECT(func_num(f) == 3 && func_get_point(f, 2, &x, &y) == 0);
+    EXPECT(*(short *)x == 3 && *(char *)y == 'd');
+    func_kill(f);
+    return NULL;
+}
+
+static const char *use_interp_double(void)
+{
+    lin_interp_double *curve = lin_interp_double_new(0, NULL);
+    double y = 0.0;
+    EXPECT(curve != NULL);
+    lin_interp_double_insert(curve, 2.0, 30.0);
+    lin_interp_double_insert(curve, 1.0, 10.0);
+    EXPECT(lin_interp_double_inter(curve, 1.75, &y) == 0 && y == 25.0);
+    EXPECT(lin_interp_double_kill(curve) == 0);
+    return NULL;
+}
+
+static const char *use_md_tetrab(void)
+{
+    md_tetrab *table = md_tetrab_new(2, 1, 2);
+    unsigned char pixels[] = {255, 0, 0, 255}, sums[2];
+    unsigned char *in[] = {pixels, pixels + 1}, *out[] = {sums};
+    int at[2] = {0, 0};
+    EXPECT(table != NULL);
+    do
+        *md_tetrab_vertex_get(table, at, NULL) = (unsigned char)(100 * at[0] + 10 * at[1]);
+    while (md_tetrab_scan_vertex(table, at) != 0);
+    EXPECT(md_tetrab_interp(table, in, 2, out, 1, 2, NULL, 0.0) == 1);
+    EXPECT(sums[0] == 100 && sums[1] == 10 && out[0] == sums + 2);
+    EXPECT(md_tetrab_kill(table) == NULL);
+    return NULL;
+}
+
+static const char *use_wem(void)
+{
+    char line[WEM_LINE_SIZE], translation[WEM_NAME_SIZE];
+    EXPECT(fmtstr(line, "# points in % mm", 12, 2.5) == 19 && strcmp(line, "12 points in 2.5 mm") == 0);
+    wem_lognam_set("DISK", "data");
+    EXPECT(lognam("disk", translation) == 1 && strcmp(translation, "data") == 0);
+    wem_lognam_clear();
+    return NULL;
+}
+
+static const char *use_lopra(void)
+{
+    static const char name[] = "api_\xc3\xa4\xe2\x82\xac.txt";
+    lopra_stat32 status;
+    FILE *file = fopen_utf8(name, "wb");
+    EXPECT(file != NULL);
+    EXPECT(fputs("four", file) >= 0 && fclose(file) == 0);
+    EXPECT(stat32_utf8(name, &status) == 0 && status.st_size == 4);
+    EXPECT(remove_utf8(name) == 0);
+    return NULL;
+}
+
+const c_use c_uses[] = {
+    {"error_mess", use_error_mess},
+    {"list", use_list},
+    {"str_utils", use_str_utils},
+    {"func", use_func},
+    {"interp_double", use_interp_double},
+    {"md_tetrab", use_md_tetrab},
+    {"wem", use_wem},
+    {"lopra", use_lopra},
+    {NULL, NULL},
+};
