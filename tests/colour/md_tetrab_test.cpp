@@ -9,7 +9,6 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <numeric>
 #include <string>
@@ -63,6 +62,7 @@ public:
 
     std::vector<Bytes> &in_curves() { return in_; }
     std::vector<Bytes> &out_curves() { return out_; }
+    const Bytes &data() const { return data_; }
 
     // The output before the output curves, at fractions of the cell with the given lower vertex.
     Bytes simplex(const std::vector<int> &vertex, const std::vector<int> &fraction) const
@@ -160,6 +160,7 @@ struct Layout {
     unsigned skipped = 0;  // one bit per output
     const unsigned char *mask = nullptr;
     double threshold = 0;
+    bool in_place = false;
 };
 
 constexpr int count = 97;
@@ -183,9 +184,10 @@ void expect_conversion(const Table &table, const Shape &s, const Reference &refe
 {
     Lines in(s.N, count, layout.in_step, 0);
     put_pixels(in, layout.in_step, random);
-    Lines out(s.M, count, layout.out_step, 77);
+    Lines apart(s.M, count, layout.out_step, 77);
+    Lines &out = layout.in_place ? in : apart;
     Bytes expected = out.buffer;
-    std::vector<unsigned char *> call = out.at;
+    std::vector<unsigned char *> call(out.at.begin(), out.at.begin() + s.M);
     std::vector<unsigned char *> behind;
     for (std::size_t c = 0; c < call.size(); ++c) {
         call[c] = (layout.skipped >> c & 1) != 0 ? nullptr : call[c];
@@ -227,10 +229,12 @@ TEST_P(MdTetrabInterp, EqualsTheDefinitionWithAndWithoutCurves)
     expect_conversion(table, s, reference, {.in_step = 1, .out_step = 1}, random);
 }
 
-TEST_P(MdTetrabInterp, FollowsStepsOfAnySign)
+TEST_P(MdTetrabInterp, FollowsStepsOfAnySignAndWorksInPlace)
 {
     for (const Layout &layout : {Layout{s.N, s.M}, Layout{2, -1}, Layout{-3, s.M}, Layout{0, 2}, Layout{1, 0}})
         expect_conversion(table, s, reference, layout, random);
+    if (s.M <= s.N)
+        expect_conversion(table, s, reference, {.in_step = s.N, .out_step = s.N, .in_place = true}, random);
 }
 
 TEST_P(MdTetrabInterp, LeavesSkippedOutputsAndMaskedPixelsAlone)
@@ -239,7 +243,7 @@ TEST_P(MdTetrabInterp, LeavesSkippedOutputsAndMaskedPixelsAlone)
     Bytes mask(count);
     std::generate(mask.begin(), mask.end(), [&] { return static_cast<unsigned char>(127 + random.below(3)); });
     for (const unsigned skipped : {0U, 1U, 10U, 0xFFU})
-        for (const double threshold : {127.0, 127.5, 128.0})
+        for (const double threshold : {127.0, 127.5, 128.0, 1e300, -1e300, std::nan("")})
             expect_conversion(table, s, reference, {s.N, 1, skipped, mask.data(), threshold}, random);
 }
 
@@ -276,62 +280,23 @@ void fill_evenly(const Table &table, int value)
     std::memset(data, value, static_cast<std::size_t>(size));
 }
 
-TEST(MdTetrabInterpValues, ConvertsLinesInPlace)
+TEST(MdTetrabInterpValues, AreThoseComputedByHand)
 {
-    for (const Shape &s : {Shape{3, 3, 17}, Shape{4, 3, 6}, Shape{5, 5, 3}, Shape{3, 2, 5, 16, 235}}) {
-        Generator random(5);
-        const Table table = make(s);
-        const Reference reference = fill(table, s, random);
-        Lines line(s.N, count, s.N, 0);
-        put_pixels(line, s.N, random);
-        Bytes expected = line.buffer;
-        for (std::size_t p = 0; p < count; ++p) {
-            const auto at = expected.begin() + static_cast<std::ptrdiff_t>(p) * s.N;
-            const Bytes result = reference.pixel(Bytes(at, at + s.N));
-            std::copy(result.begin(), result.end(), at);
-        }
-        std::vector<unsigned char *> out(line.at.begin(), line.at.begin() + s.M);
-        md_tetrab_interp(table.get(), line.at.data(), s.N, out.data(), s.N, count, nullptr, 0);
-        EXPECT_EQ(line.buffer, expected);
+    // One byte of an empty grid with one input is set, one pixel converted.
+    const struct {
+        int R, at, value, pixel, result;
+    } rows[] = {
+        {2, 1, 200, 128, 100},   // 200 * 128 / 255 = 100.39
+        {2, 1, 200, 127, 100},   // 99.61
+        {3, 2, 255, 129, 2},     // doubles as they stand: (129 / 127.5 - 1) * 255 comes out just below 3
+        {17, 7, 255, 112, 249},  // just below 7 likewise: the lower vertex keeps 255 - 6
+        {14, 13, 255, 255, 255}, {27, 26, 255, 255, 255}, {32, 31, 255, 255, 255},  // 255 is the top vertex
+    };
+    for (const auto &row : rows) {
+        const Table table = make({1, 1, row.R});
+        md_tetrab_dataptr(table.get(), nullptr)[row.at] = static_cast<unsigned char>(row.value);
+        EXPECT_EQ(convert(table, {static_cast<unsigned char>(row.pixel)}, 1)[0], row.result) << row.R;
     }
-}
-
-TEST(MdTetrabInterpValues, GivesBackVerticesWhoseInputIsExact)
-{
-    for (const int R : {2, 3, 4, 6, 16, 18}) {
-        const Shape s{2, 2, R};
-        Generator random(static_cast<std::uint64_t>(R));
-        const Table table = make(s);
-        fill(table, s, random);
-        int coord[2] = {0, 0};
-        do {
-            Bytes input(2);
-            const unsigned char *vertex = md_tetrab_vertex_get(table.get(), coord, input.data());
-            EXPECT_EQ(convert(table, input, 2), Bytes(vertex, vertex + 2));
-        } while (md_tetrab_scan_vertex(table.get(), coord) != 0);
-    }
-}
-
-TEST(MdTetrabInterpValues, TakesTheTopVertexForTheTopByte)
-{
-    for (const int R : {14, 27, 32, 53, 17}) {
-        const Table table = make({1, 1, R});
-        *md_tetrab_vertex_get(table.get(), std::vector<int>{R - 1}.data(), nullptr) = 255;
-        EXPECT_EQ(convert(table, {255}, 1), Bytes{255}) << R;
-    }
-}
-
-TEST(MdTetrabInterpValues, RoundsEachProductByItself)
-{
-    const Table line = make({1, 1, 2});
-    md_tetrab_dataptr(line.get(), nullptr)[1] = 200;
-    EXPECT_EQ(convert(line, {128}, 1), Bytes{100});  // 200 * 128 / 255 = 100.39
-    EXPECT_EQ(convert(line, {127}, 1), Bytes{100});  // 200 * 127 / 255 = 99.61
-
-    // Doubles as they stand: 129 lies at 1.01176.. of step 127.5, times 255 just below 3.
-    const Table half = make({1, 1, 3});
-    md_tetrab_dataptr(half.get(), nullptr)[2] = 255;
-    EXPECT_EQ(convert(half, {129}, 1), Bytes{2});
 }
 
 TEST(MdTetrabInterpValues, KeptAnEvenGridIsEvenOnlyForOneInputAndTheEndsOfTheRange)
@@ -351,24 +316,15 @@ TEST(MdTetrabInterpValues, KeptAnEvenGridIsEvenOnlyForOneInputAndTheEndsOfTheRan
     }
 }
 
-TEST(MdTetrabInterpValues, ConvertsNothingForAnEmptyRunOrAThresholdThatIsNoNumber)
+TEST(MdTetrabInterpValues, ConvertsNothingForAnEmptyRun)
 {
     const Table table = make({1, 1, 2});
-    unsigned char input[2] = {1, 2};
-    unsigned char output[2] = {77, 77};
-    const unsigned char mask[2] = {255, 255};
-    unsigned char *in = input;
-    unsigned char *out = output;
+    unsigned char byte = 77;
+    unsigned char *in = &byte;
+    unsigned char *out = &byte;
     for (const int pixels : {0, -1})
         EXPECT_EQ(md_tetrab_interp(table.get(), &in, 1, &out, 1, pixels, nullptr, 0), 1);
-    EXPECT_EQ(out, output);
-    const double no_number = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_EQ(md_tetrab_interp(table.get(), &in, 1, &out, 1, 2, mask, no_number), 1);
-    EXPECT_EQ(out, output + 2);
-    EXPECT_EQ(output[0] + output[1], 2 * 77);
-    out = output;
-    EXPECT_EQ(md_tetrab_interp(table.get(), &in, 1, &out, 1, 2, mask, -1e300), 1);
-    EXPECT_EQ(output[0] + output[1], 0);
+    EXPECT_EQ(out, &byte);
 }
 
 TEST(MdTetrabLut, SetsCopiesAndResetsCurves)
@@ -386,21 +342,20 @@ TEST(MdTetrabLut, SetsCopiesAndResetsCurves)
     md_tetrab_LUT(table.get(), curves, nullptr);
     EXPECT_EQ(curve(md_tetrab_ilutptr(table.get(), 1)), inverse);
     EXPECT_EQ(curve(md_tetrab_olutptr(table.get(), 1)), Reference::identity());
-    for (const int outside : {-1, 2}) {
-        EXPECT_EQ(md_tetrab_ilutptr(table.get(), outside), nullptr);
-        EXPECT_EQ(md_tetrab_olutptr(table.get(), outside), nullptr);
-    }
 }
 
-TEST(MdTetrabLut, BytesWrittenThroughThePointersCountAtOnce)
+TEST(MdTetrabLut, PointersShowTheCurvesInForce)
 {
     const Table table = make({1, 1, 2});
     md_tetrab_dataptr(table.get(), nullptr)[1] = 255;
     EXPECT_EQ(convert(table, {9}, 1), Bytes{9});
     md_tetrab_ilutptr(table.get(), 0)[9] = 200;
-    EXPECT_EQ(convert(table, {9}, 1), Bytes{200});
     md_tetrab_olutptr(table.get(), 0)[200] = 33;
     EXPECT_EQ(convert(table, {9}, 1), Bytes{33});
+    for (const int outside : {-1, 1}) {
+        EXPECT_EQ(md_tetrab_ilutptr(table.get(), outside), nullptr);
+        EXPECT_EQ(md_tetrab_olutptr(table.get(), outside), nullptr);
+    }
 }
 
 TEST(MdTetrabScanVertex, WalksTheFilledVerticesFirstCoordinateFastest)
@@ -434,82 +389,75 @@ TEST(MdTetrabVertexGet, KeptRoundsInputBytesInDoubles)
     }
 }
 
-// ---- Expansion
-
-TEST(MdTetrabExpand, SubdividesCellsExactlyAtWholeRatios)
+// Compares every vertex of an expanded table with the values expected at its coordinates and input bytes.
+template <class Expected>
+void expect_vertices(const Table &table, const Shape &s, Expected expected)
 {
-    for (const auto &[s, ratio] : {std::pair{Shape{1, 2, 5}, 1},
-                                   {Shape{2, 3, 4}, 3},
-                                   {Shape{3, 3, 3}, 4},
-                                   {Shape{4, 4, 2}, 5},
-                                   {Shape{5, 1, 2}, 2},
-                                   {Shape{3, 2, 3, 16, 235, 0}, 2},
-                                   {Shape{1, 1, 2}, 700}}) {
-        SCOPED_TRACE(testing::PrintToString(s));
-        Generator random(11);
-        const Table source = make(s);
-        Reference reference = fill(source, s, random);
-        set_random_curves(source, reference, random);  // must not count
-        int size = 0;
-        const unsigned char *data = md_tetrab_dataptr(source.get(), &size);
-        const Reference grid({s.N, s.M, s.R, 0, 255, s.E}, Bytes(data, data + size));
+    std::vector<int> coord(static_cast<std::size_t>(s.N), 0);
+    do {
+        Bytes input(coord.size());
+        const unsigned char *vertex = md_tetrab_vertex_get(table.get(), coord.data(), input.data());
+        ASSERT_EQ(Bytes(vertex, vertex + s.M), expected(coord, input)) << testing::PrintToString(s);
+    } while (md_tetrab_scan_vertex(table.get(), coord.data()) != 0);
+}
 
-        const Table fine{md_tetrab_expand(source.get(), ratio * (s.R - 1) + 1), md_tetrab_kill};
-        std::vector<int> coord(static_cast<std::size_t>(s.N), 0);
-        do {
+// A table of random vertices and curves, what it must do, and the same grid with weights 0 .. 255 and no curves.
+struct Source {
+    explicit Source(const Shape &s)
+        : table(make(s)), reference(fill(table, s, random)), grid({s.N, s.M, s.R, 0, 255, s.E}, reference.data())
+    {
+        set_random_curves(table, reference, random);
+    }
+
+    Generator random{11};
+    Table table;
+    Reference reference;
+    Reference grid;
+};
+
+TEST(MdTetrabExpand, KeptSubdividesCellsAtWholeRatiosWithoutCurves)
+{
+    const Shape shapes[] = {{1, 2, 5}, {2, 3, 4}, {3, 3, 3}, {5, 1, 2}, {3, 2, 3, 16, 235, 0}, {1, 1, 2}};
+    const int ratios[] = {1, 3, 4, 2, 2, 700};
+    for (std::size_t i = 0; i < std::size(shapes); ++i) {
+        const Source source(shapes[i]);
+        const int ratio = ratios[i];
+        const Table fine{md_tetrab_expand(source.table.get(), ratio * (shapes[i].R - 1) + 1), md_tetrab_kill};
+        expect_vertices(fine, shapes[i], [&](const std::vector<int> &coord, const Bytes &) {
             std::vector<int> cell;
             std::vector<int> fraction;
             for (const int g : coord) {
                 cell.push_back(g / ratio);
                 fraction.push_back(255 * (g % ratio) / ratio);
             }
-            const unsigned char *vertex = md_tetrab_vertex_get(fine.get(), coord.data(), nullptr);
-            ASSERT_EQ(Bytes(vertex, vertex + s.M), grid.simplex(cell, fraction));
-        } while (md_tetrab_scan_vertex(fine.get(), coord.data()) != 0);
+            return source.grid.simplex(cell, fraction);
+        });
     }
 }
 
 TEST(MdTetrabExpand, KeptConvertsThroughTheCurvesAtOtherRatios)
 {
     for (const auto &[s, newR] : {std::pair{Shape{3, 3, 5}, 8}, {Shape{2, 5, 17}, 9}, {Shape{5, 4, 3, 0, 100}, 4}}) {
-        Generator random(12);
-        const Table source = make(s);
-        Reference reference = fill(source, s, random);
-        set_random_curves(source, reference, random);
-
-        const Table target{md_tetrab_expand(source.get(), newR), md_tetrab_kill};
-        std::vector<int> coord(static_cast<std::size_t>(s.N), 0);
-        do {
-            Bytes input(coord.size());
-            const unsigned char *vertex = md_tetrab_vertex_get(target.get(), coord.data(), input.data());
-            ASSERT_EQ(Bytes(vertex, vertex + s.M), reference.pixel(input));
-        } while (md_tetrab_scan_vertex(target.get(), coord.data()) != 0);
+        const Source source(s);
+        const Table target{md_tetrab_expand(source.table.get(), newR), md_tetrab_kill};
+        expect_vertices(target, s,
+                        [&](const std::vector<int> &, const Bytes &input) { return source.reference.pixel(input); });
         EXPECT_EQ(std::memcmp(md_tetrab_ilutptr(target.get(), 0), Reference::identity().data(), 256), 0);
     }
 }
 
-// ---- Messages
-
 TEST(MdTetrabNew, KeptNamesARelativeInItsMessages)
 {
     Reports reports;
-    const char *dimension = "md_tetra_new: illegal dimension";
-    const char *memory = "md_tetrab_new: malloc failure";
-    const std::pair<Shape, const char *> rows[] = {{{0, 3, 17}, dimension},
-                                                   {{3, 0, 17}, dimension},
-                                                   {{3, 3, 1}, dimension},
-                                                   {{3, 3, 17, -1}, dimension},
-                                                   {{3, 3, 17, 0, 256}, dimension},
-                                                   {{3, 3, 17, 8, 8}, dimension},
-                                                   {{3, 3, 17, 0, 255, -1}, dimension},
-                                                   {{31, 1, 2}, memory},
-                                                   {{INT_MAX, 1, 2}, memory},
-                                                   {{4, 1, 300}, memory},
-                                                   {{1, INT_MAX, 2}, memory},
-                                                   {{2, 1, 2, 0, 255, INT_MAX}, memory}};
-    for (const auto &[shape, message] : rows) {
-        EXPECT_EQ(make(shape), nullptr);
-        EXPECT_EQ(reports.take(), lines{message}) << testing::PrintToString(shape);
+    for (const Shape &s : {Shape{0, 3, 17}, Shape{3, 0, 17}, Shape{3, 3, 1}, Shape{3, 3, 17, -1},
+                           Shape{3, 3, 17, 0, 256}, Shape{3, 3, 17, 8, 8}, Shape{3, 3, 17, 0, 255, -1}}) {
+        EXPECT_EQ(make(s), nullptr);
+        EXPECT_EQ(reports.take(), lines{"md_tetra_new: illegal dimension"}) << testing::PrintToString(s);
+    }
+    for (const Shape &s : {Shape{31, 1, 2}, Shape{INT_MAX, 1, 2}, Shape{4, 1, 300}, Shape{1, INT_MAX, 2},
+                           Shape{2, 1, 2, 0, 255, INT_MAX}}) {
+        EXPECT_EQ(make(s), nullptr);
+        EXPECT_EQ(reports.take(), lines{"md_tetrab_new: malloc failure"}) << testing::PrintToString(s);
     }
     EXPECT_EQ(md_tetrab_kill(nullptr), nullptr);
 }
