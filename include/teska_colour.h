@@ -1,5 +1,8 @@
 /* teska_colour.h - gathers the headers of one subsystem: colour lookup tables and multidimensional interpolation */
 #ifndef TESKA_COLOUR_H
 #define TESKA_COLOUR_H
+#ifdef __cplusplus
+#    include "clut.h"
+#endif
 #include "md_tetrab.h"
 #endif

@@ -20,7 +20,26 @@ namespace teska
 // In rising order; each includes those before it.
 enum class simd_level : int { scalar = 0, sse41 = 1, avx2 = 2, avx512 = 3 };
 
+// One point of a float table, located in its cell.
+struct clut_point {
+    const float *cell;            // the cell's lowest corner, channel 0
+    const std::uint32_t *corner;  // offset of every corner from there, in elements
+    std::size_t channels;
+    double *out;
+    double (*clamp)(float);  // for every result; null: the clamp to 0 .. 1
+};
+
 struct clut_kernels {
+    // Along a path from corner 0 by two middle corners (offsets a, b) to corner 7, with one fraction for each edge. By
+    // value: a fraction stored alone and read back as part of a vector would wait for the store.
+    void (*tetra)(const clut_point &point, std::uint32_t a, std::uint32_t b, float q0, float q1, float q2);
+    // Over the 2^n corners, by one fraction per input.
+    void (*linear3)(const clut_point &point, const float *fraction);
+    void (*linear4)(const clut_point &point, const float *fraction);
+    void (*linear5)(const clut_point &point, const float *fraction);
+    void (*linear6)(const clut_point &point, const float *fraction);
+    // Over any number of corners, by one weight per corner.
+    void (*weighted)(const clut_point &point, const float *weight, std::size_t corners);
 };
 
 // A byte table as the kernels see it. The data is followed by readable padding, so that four bytes may be read at any

@@ -1,0 +1,292 @@
+// clut - colour lookup table over a grid of floats (colour)
+//
+// A point is located in its cell by one multiplication per input; what follows works on the cell's lowest corner and a
+// list of corner offsets made once, and is done by the kernels. With three inputs the six tetrahedra of a cell meet in
+// the diagonal from corner 0 to corner 7; comparing the fractions chooses one, and its path visits two corners between.
+//
+// Example: N = 3, 17 points, M = 4, so strides 1156, 68, 4. in = (0.25, 0.5, 0.53125): x = 4, 8, 8.5, the cell starts at
+// element 4 * 1156 + 8 * 68 + 8 * 4 = 5200; fx = fy = 0, fz = 0.5: the path is 0, 4, 5, 7 and the result lies
+// halfway between grid points (4, 8, 8) and (4, 8, 9).
+//
+// The arrays are shared by copies and never freed, so the object holds plain pointers. No process-wide state.
+
+#include "clut.h"
+
+#include "Kernels/kernels.h"
+#include "Support/checked_size.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <new>
+
+using teska::clut_point;
+
+namespace
+{
+
+constexpr std::size_t max_inputs = 16;
+
+double unit_clamp(float value)
+{
+    if (value < 0.0F)
+        return 0.0;
+    return static_cast<double>(value > 1.0F ? 1.0F : value);
+}
+
+// Where an input lies: the index of the lower grid point of its cell and the fraction behind it.
+struct location {
+    float scaled;
+    int index;
+    float fraction;
+};
+
+// Clamps first: 0 and 1 stay what they are, so inputs that are clamped already come to no harm, and the callers need no
+// clamped copy. A NaN takes index 0 and stays in the fraction.
+location locate(unsigned char max_index, double in)
+{
+    const double not_below = in < 0.0 ? 0.0 : in;
+    const double clamped = not_below > 1.0 ? 1.0 : not_below;
+    const auto x = static_cast<float>(static_cast<double>(max_index) * clamped);
+    const int i = static_cast<int>(x > 0.0F ? x : 0.0F);
+    // The top grid point is the far end of the last cell.
+    if (i == max_index)
+        return {x, i - 1, 1.0F};
+    return {x, i, x - static_cast<float>(i)};
+}
+
+// A path through the cell: its two corners between 0 and 7, and the inputs along its three edges.
+struct path_rule {
+    std::uint8_t corner[2];
+    std::uint8_t input[3];
+};
+
+// By the answers to fz < fy, "z over x" and fy < fx, the first one in the highest bit; a table, because on a noisy image
+// the branches would be guessed wrong half of the time.
+constexpr path_rule path_rules[8] = {
+    {{1, 5}, {0, 2, 1}},  // x, z, y
+    {{1, 5}, {0, 2, 1}},
+    // Kept: the middle corners of these two are exchanged against the order of the fractions.
+    {{4, 5}, {2, 0, 1}},
+    {{4, 6}, {2, 1, 0}},
+    {{2, 3}, {1, 0, 2}},  // y, x, z
+    {{1, 3}, {0, 1, 2}},  // x, y, z
+    {{2, 6}, {1, 2, 0}},  // y, z, x
+    {{2, 6}, {1, 2, 0}},
+};
+
+// fz = fx counts as "z over x" only when z is not below y. A NaN takes some rule or other: every one gives NaN.
+const path_rule &choose_path(float fx, float fy, float fz)
+{
+    const bool z_below_y = fz < fy;
+    const bool z_over_x = (z_below_y & (fz > fx)) | (!z_below_y & !(fz < fx));
+    return path_rules[4 * z_below_y + 2 * z_over_x + (fy < fx)];
+}
+
+// The lowest corner of the cell that holds a point; fraction[k] is that of input k.
+template <std::size_t Inputs>
+const float *find_cell(const float *data, const unsigned char *max_index, const unsigned int *stride, const double *in,
+                       float *fraction)
+{
+    std::size_t base = 0;
+    for (std::size_t k = 0; k < Inputs; ++k) {
+        const location at = locate(max_index[k], in[k]);
+        base += static_cast<std::size_t>(at.index) * stride[k];
+        fraction[k] = at.fraction;
+    }
+    return data + base;
+}
+
+// The kernels know the unit clamp themselves.
+double (*kernel_clamp(double (*clamp)(float)))(float) { return clamp == unit_clamp ? nullptr : clamp; }
+
+// Corner c: the strides of the inputs whose bit is set in c.
+void fill_corners(unsigned int *corner, const unsigned int *stride, std::size_t inputs)
+{
+    corner[0] = 0;
+    for (std::size_t k = 0; k < inputs; ++k) {
+        const std::size_t half = std::size_t{1} << k;
+        for (std::size_t c = 0; c < half; ++c)
+            corner[half + c] = corner[c] + stride[k];
+    }
+}
+
+// Puts a new array in the place of a former one.
+template <class T>
+void replace(T *&array, std::unique_ptr<T[]> &fresh)
+{
+    delete[] array;
+    array = fresh.release();
+}
+
+}  // namespace
+
+// ---- Life -----------------------------------------------------------------------------------------------------------
+
+CLUT::CLUT(unsigned char inputs, unsigned char *counts, unsigned char outputs, unsigned char aux, float *values)
+    : clampFn(unit_clamp), inputDim(static_cast<unsigned char>(std::min<std::size_t>(inputs, max_inputs))),
+      outputChannels(outputs), auxByte(aux), gridPoints{}, numPoints(0), dimSize{},
+      data(nullptr), maxIndex{}, corner3{}, cornerN(nullptr), cornerCount(0), workScaled(nullptr),
+      workFraction(nullptr), workIndex(nullptr), workWeight(nullptr), bitPeriod{}
+{
+    if (inputDim == 0)
+        return;
+    std::copy_n(counts, inputDim, gridPoints);
+
+    constexpr std::uint64_t limit = std::numeric_limits<unsigned int>::max();
+    teska::checked_size points(1, limit);
+    teska::checked_size elements(outputs, limit);
+    for (std::size_t k = inputDim; k-- > 0;) {
+        dimSize[k] = static_cast<unsigned int>(elements.get());
+        points *= gridPoints[k];
+        elements *= gridPoints[k];
+        if (!points.valid() || !elements.valid())
+            throw std::bad_alloc();
+    }
+    numPoints = static_cast<unsigned int>(points.get());
+
+    std::unique_ptr<float[]> block(new float[elements.get()]);
+    std::copy_n(values, elements.get(), block.get());
+    data = block.get();
+    Begin();
+    block.release();
+}
+
+CLUT::CLUT(const CLUT &other) = default;
+
+CLUT &CLUT::operator=(const CLUT &other) = default;
+
+// Kept: releases nothing, since copies share the arrays. Out of line: the virtual table is emitted here, once.
+CLUT::~CLUT() = default;
+
+// ---- Query ----------------------------------------------------------------------------------------------------------
+
+unsigned int CLUT::NumPoints() const { return numPoints; }
+
+unsigned char CLUT::GridPoints() const { return gridPoints[0]; }
+
+unsigned char CLUT::GridPoint(int i) const { return gridPoints[i]; }
+
+unsigned int CLUT::GetDimSize(unsigned char i) const { return dimSize[i]; }
+
+unsigned char CLUT::GetInputDim() const { return inputDim; }
+
+unsigned char CLUT::GetOutputChannels() const { return outputChannels; }
+
+// ---- Change ---------------------------------------------------------------------------------------------------------
+
+float &CLUT::operator[](int i) { return data[i]; }
+
+float *CLUT::GetData(int i) { return data + i; }
+
+// ---- Process --------------------------------------------------------------------------------------------------------
+
+// Every routine locates the whole point, clamping it, before it writes a result: out may overlap in.
+void CLUT::Interpolate(double *out, const double *in)
+{
+    switch (inputDim) {
+    case 0:
+        return;
+    case 3:
+        return Interp3dTetra(out, in);
+    case 4:
+        return Interp4d(out, in);
+    case 5:
+        return Interp5d(out, in);
+    case 6:
+        return Interp6d(out, in);
+    default:
+        return InterpND(out, in);
+    }
+}
+
+// Everything that can fail comes first.
+void CLUT::Begin()
+{
+    const std::size_t corners = std::size_t{1} << inputDim;
+    const bool general = inputDim < 3 || inputDim > 6;
+    std::unique_ptr<unsigned int[]> corner(new unsigned int[corners]);
+    std::unique_ptr<float[]> scaled(general ? new float[inputDim] : nullptr);
+    std::unique_ptr<float[]> fraction(general ? new float[inputDim] : nullptr);
+    std::unique_ptr<int[]> index(general ? new int[inputDim] : nullptr);
+    std::unique_ptr<float[]> weight(general ? new float[corners] : nullptr);
+
+    for (std::size_t k = 0; k < inputDim; ++k)
+        maxIndex[k] = static_cast<unsigned char>(gridPoints[k] - 1);
+    cornerCount = static_cast<unsigned int>(corners);
+    fill_corners(corner.get(), dimSize, inputDim);
+    if (inputDim == 3)
+        std::copy_n(corner.get(), std::size(corner3), corner3);
+    for (std::size_t i = 0; general && i < inputDim; ++i)
+        bitPeriod[i] = 1U << (inputDim - 1 - i);
+
+    replace(cornerN, corner);
+    replace(workScaled, scaled);
+    replace(workFraction, fraction);
+    replace(workIndex, index);
+    replace(workWeight, weight);
+}
+
+void CLUT::Interp3dTetra(double *out, const double *in)
+{
+    float f[3];
+    const float *cell = find_cell<3>(data, maxIndex, dimSize, in, f);
+    const path_rule &rule = choose_path(f[0], f[1], f[2]);
+    teska::kernels().clut.tetra({cell, corner3, outputChannels, out, kernel_clamp(clampFn)}, corner3[rule.corner[0]],
+                                corner3[rule.corner[1]], f[rule.input[0]], f[rule.input[1]], f[rule.input[2]]);
+}
+
+void CLUT::Interp3d(double *out, const double *in)
+{
+    float f[3];
+    const float *cell = find_cell<3>(data, maxIndex, dimSize, in, f);
+    teska::kernels().clut.linear3({cell, corner3, outputChannels, out, kernel_clamp(clampFn)}, f);
+}
+
+void CLUT::Interp4d(double *out, const double *in)
+{
+    float f[4];
+    const float *cell = find_cell<4>(data, maxIndex, dimSize, in, f);
+    teska::kernels().clut.linear4({cell, cornerN, outputChannels, out, kernel_clamp(clampFn)}, f);
+}
+
+void CLUT::Interp5d(double *out, const double *in)
+{
+    float f[5];
+    const float *cell = find_cell<5>(data, maxIndex, dimSize, in, f);
+    teska::kernels().clut.linear5({cell, cornerN, outputChannels, out, kernel_clamp(clampFn)}, f);
+}
+
+void CLUT::Interp6d(double *out, const double *in)
+{
+    float f[6];
+    const float *cell = find_cell<6>(data, maxIndex, dimSize, in, f);
+    teska::kernels().clut.linear6({cell, cornerN, outputChannels, out, kernel_clamp(clampFn)}, f);
+}
+
+void CLUT::InterpND(double *out, const double *in)
+{
+    const std::size_t n = inputDim;
+    std::size_t base = 0;
+    for (std::size_t k = 0; k < n; ++k) {
+        const location at = locate(maxIndex[k], in[k]);
+        base += static_cast<std::size_t>(at.index) * dimSize[k];
+        workScaled[k] = at.scaled;
+        workIndex[k] = at.index;
+        workFraction[n - 1 - k] = at.fraction;
+    }
+    // Position i splits every corner that has a weight so far into two, bitPeriod[i] apart: each weight is multiplied
+    // in the order of the positions, from the last input to the first.
+    workWeight[0] = 1.0F;
+    for (std::size_t i = 0; i < n; ++i) {
+        const std::size_t period = bitPeriod[i];
+        for (std::size_t c = 0; c < cornerCount; c += 2 * period) {
+            workWeight[c + period] = workWeight[c] * workFraction[i];
+            workWeight[c] = workWeight[c] * (1.0F - workFraction[i]);
+        }
+    }
+    teska::kernels().clut.weighted({data + base, cornerN, outputChannels, out, kernel_clamp(clampFn)}, workWeight,
+                                   cornerCount);
+}

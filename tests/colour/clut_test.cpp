@@ -1,0 +1,420 @@
+#include "clut.h"
+
+#include "support/generator.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <new>
+#include <vector>
+
+using teska_test::Generator;
+
+namespace
+{
+
+using Counts = std::vector<unsigned char>;
+using Floats = std::vector<float>;
+using Doubles = std::vector<double>;
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr float nan_f = std::numeric_limits<float>::quiet_NaN();
+constexpr float inf_f = std::numeric_limits<float>::infinity();
+
+// A table that can be given back: the class itself keeps its arrays.
+class Table : public CLUT
+{
+public:
+    Table(Counts counts, int channels, Floats values, int aux = 0)
+        : CLUT(static_cast<unsigned char>(counts.size()), counts.data(), static_cast<unsigned char>(channels),
+               static_cast<unsigned char>(aux), values.data())
+    {
+    }
+    Table(const Table &) = delete;
+    Table &operator=(const Table &) = delete;
+    ~Table() override
+    {
+        delete[] data;
+        delete[] cornerN;
+        delete[] workScaled;
+        delete[] workFraction;
+        delete[] workIndex;
+        delete[] workWeight;
+    }
+
+    Doubles at(const Doubles &in)
+    {
+        Doubles out(outputChannels);
+        Interpolate(out.data(), in.data());
+        return out;
+    }
+    void set_clamp(double (*clamp)(float)) { clampFn = clamp; }
+    unsigned char aux() const { return auxByte; }
+
+    using CLUT::Begin;
+    using CLUT::Interp3d;
+};
+
+// The definition once more: no offsets, no doubling, every result of a float operation stored as a float.
+class Reference
+{
+public:
+    Reference(Counts counts, int channels, Floats values)
+        : counts_(std::move(counts)), channels_(static_cast<std::size_t>(channels)), values_(std::move(values))
+    {
+    }
+
+    Doubles at(const Doubles &in) { return evaluate(in, counts_.size() == 3); }
+    Doubles multilinear(const Doubles &in) { return evaluate(in, false); }
+
+private:
+    Doubles evaluate(const Doubles &in, bool tetrahedral)
+    {
+        locate(in);
+        Doubles out;
+        for (channel_ = 0; channel_ < channels_; ++channel_) {
+            const float v = tetrahedral ? path_value() : corner_sum();
+            out.push_back(static_cast<double>(v < 0 ? 0.0F : v > 1 ? 1.0F : v));
+        }
+        return out;
+    }
+
+    void locate(const Doubles &in)
+    {
+        cell_.clear();
+        f_.clear();
+        for (std::size_t k = 0; k < counts_.size(); ++k) {
+            const int top = counts_[k] - 1;
+            const double clamped = in[k] < 0 ? 0 : in[k] > 1 ? 1 : in[k];
+            const auto x = static_cast<float>(static_cast<double>(top) * clamped);
+            const int i = std::isnan(x) ? 0 : static_cast<int>(std::trunc(x));
+            cell_.push_back(static_cast<std::size_t>(i == top ? i - 1 : i));
+            f_.push_back(i == top ? 1.0F : x - static_cast<float>(i));
+        }
+    }
+
+    // The value at a corner of the cell: bit k of the corner steps along input k.
+    float P(std::size_t corner) const
+    {
+        std::size_t point = 0;
+        for (std::size_t k = 0; k < counts_.size(); ++k)
+            point = point * counts_[k] + cell_[k] + (corner >> k & 1);
+        return values_[point * channels_ + channel_];
+    }
+
+    float path(std::size_t a, float q0, std::size_t b, float q1, float q2) const
+    {
+        volatile float term = (P(a) - P(0)) * q0;
+        volatile float sum = P(0) + term;
+        term = (P(b) - P(a)) * q1;
+        sum = sum + term;
+        term = (P(7) - P(b)) * q2;
+        return sum + term;
+    }
+
+    float path_value() const
+    {
+        const float fx = f_[0], fy = f_[1], fz = f_[2];
+        if (fz < fy && fz > fx)
+            return path(2, fy, 6, fz, fx);
+        if (fz < fy && fy < fx)
+            return path(1, fx, 3, fy, fz);
+        if (fz < fy)
+            return path(2, fy, 3, fx, fz);
+        if (fz < fx)
+            return path(1, fx, 5, fz, fy);
+        return fy < fx ? path(4, fz, 6, fy, fx) : path(4, fz, 5, fx, fy);
+    }
+
+    float corner_sum() const
+    {
+        const std::size_t n = counts_.size();
+        const bool upwards = n >= 3 && n <= 6;  // the order in which a weight is multiplied
+        float sum = 0;
+        for (std::size_t c = 0; c < std::size_t{1} << n; ++c) {
+            volatile float weight = 1;
+            for (std::size_t i = 0; i < n; ++i) {
+                const std::size_t k = upwards ? i : n - 1 - i;
+                weight = weight * (c >> k & 1 ? f_[k] : 1.0F - f_[k]);
+            }
+            volatile const float term = weight * P(c);
+            sum = c == 0 ? term : sum + term;
+        }
+        return sum;
+    }
+
+    Counts counts_;
+    std::size_t channels_;
+    Floats values_;
+    std::size_t channel_ = 0;
+    std::vector<std::size_t> cell_;
+    Floats f_;
+};
+
+// Bits, but one NaN is as good as another.
+std::vector<std::uint64_t> bits(const Doubles &values)
+{
+    std::vector<std::uint64_t> result;
+    for (const double v : values)
+        result.push_back(std::isnan(v) ? std::uint64_t{0x7ff8} << 48 : std::bit_cast<std::uint64_t>(v));
+    return result;
+}
+
+Floats random_values(Generator &random, const Counts &counts, int channels, double lo = -0.2, double hi = 1.2)
+{
+    std::size_t size = static_cast<std::size_t>(channels);
+    for (const unsigned char count : counts)
+        size *= count;
+    Floats values(size);
+    for (float &v : values)
+        v = static_cast<float>(random.between(lo, hi));
+    return values;
+}
+
+// Inside, outside, on grid points of any count, equal to another input.
+double random_input(Generator &random)
+{
+    switch (random.below(6)) {
+    case 0:
+        return random.below(5) / 4.0;
+    case 1:
+        return random.below(3) / 3.0;
+    case 2:
+        return random.between(-0.5, 1.5);
+    default:
+        return random.unit();
+    }
+}
+
+// Eight values of a 2 x 2 x 2 table in the order of the corners, where bit 0 steps along the slowest input.
+Floats by_corner(const Floats &p) { return {p[0], p[4], p[2], p[6], p[1], p[5], p[3], p[7]}; }
+
+TEST(CLUTQuery, TellsShapeStridesAndElements)
+{
+    Table table({2, 3, 4}, 2, Floats(48, 0.5F), 77);
+    EXPECT_EQ(table.NumPoints(), 24U);
+    EXPECT_EQ(table.GridPoints(), 2);
+    EXPECT_EQ(table.GridPoint(2), 4);
+    EXPECT_EQ(table.GetInputDim(), 3);
+    EXPECT_EQ(table.GetOutputChannels(), 2);
+    EXPECT_EQ(table.aux(), 77);
+    const unsigned strides[] = {24, 8, 2};
+    for (unsigned char k = 0; k < 16; ++k) {
+        EXPECT_EQ(table.GetDimSize(k), k < 3 ? strides[k] : 0) << int{k};
+        EXPECT_EQ(table.GridPoint(k), k < 3 ? k + 2 : 0) << int{k};
+    }
+    table[47] = 0.25F;
+    EXPECT_EQ(table.GetData(47), &table[47]);
+    EXPECT_EQ(table.at({1, 1, 1})[1], 0.25);
+}
+
+TEST(CLUTInterpolate, EqualsTheDefinitionBitForBit)
+{
+    Generator random(61);
+    for (int n = 1; n <= 8; ++n)
+        for (int m : {0, 1, 2, 3, 4, 5, 9}) {
+            SCOPED_TRACE(testing::Message() << n << " to " << m);
+            Counts counts(static_cast<std::size_t>(n));
+            for (unsigned char &count : counts)
+                count = static_cast<unsigned char>(2 + random.below(n < 5 ? 6 : 2));
+            const Floats values = random_values(random, counts, m);
+            Table table(counts, m, values);
+            Reference reference(counts, m, values);
+            for (int i = 0; i < 300; ++i) {
+                Doubles in(counts.size());
+                for (double &x : in)
+                    x = i % 7 == 0 && &x != in.data() ? in.front() : random_input(random);
+                ASSERT_EQ(bits(table.at(in)), bits(reference.at(in))) << testing::PrintToString(in);
+            }
+        }
+}
+
+TEST(CLUTInterpolate, TakesSixteenInputs)
+{
+    Generator random(62);
+    const Counts counts(16, 2);
+    const Floats values = random_values(random, counts, 2);
+    Table table(counts, 2, values);
+    Doubles in(16);
+    for (double &x : in)
+        x = random.unit();
+    EXPECT_EQ(bits(table.at(in)), bits(Reference(counts, 2, values).at(in)));
+    EXPECT_EQ(table.at(Doubles(16, 1))[1], std::clamp(static_cast<double>(values.back()), 0.0, 1.0));
+}
+
+// All orders of three fractions and all ties, the top of the cell included.
+TEST(CLUTInterpolate, TakesThePathOfEachOrderOfThreeFractions)
+{
+    Generator random(63);
+    const Floats values = random_values(random, {2, 2, 2}, 4);
+    Table table({2, 2, 2}, 4, values);
+    Reference reference({2, 2, 2}, 4, values);
+    for (int i = 0; i < 125; ++i) {
+        const Doubles in = {i / 25 * 0.25, i / 5 % 5 * 0.25, i % 5 * 0.25};
+        EXPECT_EQ(bits(table.at(in)), bits(reference.at(in))) << testing::PrintToString(in);
+    }
+}
+
+TEST(CLUTInterpolate, KeptCrossesThePathWhereTheThirdFractionIsLargest)
+{
+    const float p[] = {0.125F, 0.25F, 0.5F, 0.0F, 0.5F, 1.0F, 0.25F, 0.375F};
+    Table table({2, 2, 2}, 1, by_corner({std::begin(p), std::end(p)}));
+    EXPECT_EQ(table.at({1, 0, 1})[0], p[4] - p[6] + p[7]);  // and not corner 5
+    EXPECT_EQ(table.at({0, 1, 1})[0], p[4] - p[5] + p[7] < 0 ? 0 : p[4] - p[5] + p[7]);
+    EXPECT_EQ(table.at({0.5, 0.25, 0.75})[0], p[0] + (p[4] - p[0]) * 0.75 + (p[6] - p[4]) * 0.25 + (p[7] - p[6]) * 0.5);
+    EXPECT_EQ(table.at({0.25, 0.5, 0.75})[0], p[0] + (p[4] - p[0]) * 0.75 + (p[5] - p[4]) * 0.25 + (p[7] - p[5]) * 0.5);
+    // On the diagonal all paths agree.
+    EXPECT_EQ(table.at({0.5, 0.5, 0.5})[0], 0.25);
+}
+
+TEST(CLUTInterpolate, KeptRoundsTheTopOfThreeInputsOnTheWay)
+{
+    Table table({2, 2, 2}, 1, by_corner({.25935403F, 0, 0, 0, .23433097F, .47635320F, 0, .15061642F}));
+    EXPECT_EQ(static_cast<float>(table.at({1, 1, 1})[0]), .15061644F);
+}
+
+TEST(CLUTInterpolate, ReachesTheLastCellFromOneAndFromJustBelow)
+{
+    for (const Counts &counts : {Counts{17}, Counts{17, 17}, Counts{17, 3, 5, 2}}) {
+        Generator random(64);
+        const Floats values = random_values(random, counts, 3, 0, 1);
+        Table table(counts, 3, values);
+        const Doubles top(values.end() - 3, values.end());
+        EXPECT_EQ(table.at(Doubles(counts.size(), 1)), top);
+        EXPECT_EQ(table.at(Doubles(counts.size(), std::nextafter(1.0, 0.0))), top);
+        EXPECT_EQ(table.at(Doubles(counts.size(), 1e300)), top);
+        EXPECT_EQ(table.at(Doubles(counts.size(), -1e300)), Doubles(values.begin(), values.begin() + 3));
+    }
+}
+
+TEST(CLUTInterpolate, MakesEveryOutputNaNFromANaNInput)
+{
+    for (std::size_t n = 1; n <= 8; ++n)
+        for (std::size_t k = 0; k < n; ++k) {
+            Table table(Counts(n, 3), 5, Floats(static_cast<std::size_t>(5 * std::pow(3, n)), 0.5F));
+            Doubles in(n, 1);
+            in[k] = nan;
+            for (const double v : table.at(in))
+                EXPECT_TRUE(std::isnan(v)) << n << " inputs, number " << k;
+        }
+}
+
+TEST(CLUTInterpolate, KeptLetsNaNAndInfinityThroughFromCornersOfWeightZero)
+{
+    for (const float value : {nan_f, inf_f}) {
+        Table four(Counts(4, 2), 1, Floats(16, 0.5F));
+        four[15] = value;
+        EXPECT_TRUE(std::isnan(four.at({0, 0, 0, 0})[0]));
+        Table one({2}, 2, {0.5F, 0.5F, 0.5F, value});
+        EXPECT_EQ(one.at({0})[0], 0.5);
+        EXPECT_TRUE(std::isnan(one.at({0})[1]));
+    }
+    // With three inputs the path must visit it: corner 1 lies on two of the six.
+    Table three({2, 2, 2}, 1, by_corner({0.5F, nan_f, 0.5F, 0.5F, 0.5F, 0.5F, 0.5F, 0.5F}));
+    EXPECT_TRUE(std::isnan(three.at({0.5, 0.25, 0.125})[0]));
+    EXPECT_TRUE(std::isnan(three.at({0.5, 0.125, 0.25})[0]));
+    EXPECT_EQ(three.at({0.125, 0.5, 0.25})[0], 0.5);
+    EXPECT_EQ(three.at({0.25, 0.125, 0.5})[0], 0.5);
+}
+
+TEST(CLUTInterpolate, ReadsTheWholeInputBeforeItWrites)
+{
+    for (const std::size_t n : {2U, 3U, 4U}) {
+        Generator random(65);
+        const Counts counts(n, 4);
+        const Floats values = random_values(random, counts, 6);
+        Table table(counts, 6, values);
+        Doubles both(6, 0.3);
+        const Doubles apart = table.at(Doubles(n, 0.3));
+        table.Interpolate(both.data(), both.data());
+        EXPECT_EQ(both, apart) << n;
+    }
+}
+
+TEST(CLUTInterpolate, PutsEveryValueThroughTheObjectsClampFunction)
+{
+    static Floats seen;
+    Generator random(66);
+    for (const std::size_t n : {2U, 3U, 4U, 5U, 6U}) {
+        Table table(Counts(n, 2), 5, random_values(random, Counts(n, 2), 5, 3, 4));
+        table.set_clamp([](float v) {
+            seen.push_back(v);
+            return static_cast<double>(seen.size()) * 10;
+        });
+        seen.clear();
+        EXPECT_EQ(table.at(Doubles(n, 0)), (Doubles{10, 20, 30, 40, 50})) << n;
+        EXPECT_EQ(seen, Floats(table.GetData(0), table.GetData(5))) << n;
+    }
+}
+
+TEST(CLUTInterp3d, IsTrilinearForDerivedClasses)
+{
+    Generator random(67);
+    const Counts counts = {3, 4, 5};
+    const Floats values = random_values(random, counts, 5);
+    Table table(counts, 5, values);
+    for (int i = 0; i < 200; ++i) {
+        const Doubles in = {random.unit(), i % 9 == 0 ? 1 : random.unit(), random.below(5) / 4.0};
+        Doubles out(5);
+        table.Interp3d(out.data(), in.data());
+        ASSERT_EQ(bits(out), bits(Reference(counts, 5, values).multilinear(in)));
+    }
+}
+
+TEST(CLUTCopy, KeptSharesItsArraysWithTheSource)
+{
+    for (const std::size_t n : {2U, 3U, 4U}) {
+        Table source(Counts(n, 2), 1, Floats(std::size_t{1} << n, 0.5F));
+        Table other(Counts(n, 2), 1, Floats(std::size_t{1} << n, 0.25F));
+        double out = 0;
+        const Doubles in(n, 0.75);
+        {
+            CLUT copy(source);
+            CLUT assigned(other);
+            EXPECT_EQ(&(assigned = copy), &assigned);
+            assigned[0] = 1.0F;
+            EXPECT_EQ(source[0], 1.0F);
+            assigned.Interpolate(&out, in.data());
+        }
+        // The copies are gone, the arrays are not.
+        EXPECT_EQ(source.at(in)[0], out);
+        EXPECT_EQ(other.at(in)[0], 0.25);
+    }
+}
+
+TEST(CLUTBegin, ReplacesTheArraysOfAFormerCall)
+{
+    for (const std::size_t n : {1U, 3U, 5U, 7U}) {
+        Generator random(68);
+        Table table(Counts(n, 3), 2, random_values(random, Counts(n, 3), 2));
+        const Doubles before = table.at(Doubles(n, 0.3));
+        table.Begin();
+        EXPECT_EQ(table.at(Doubles(n, 0.3)), before);
+    }
+}
+
+TEST(CLUTConstructor, StaysInsideItsFieldsWithNoInputOrTooMany)
+{
+    Table many(Counts(21, 2), 1, Floats(65536, 0.5F));
+    EXPECT_EQ(many.GetInputDim(), 16);
+    EXPECT_EQ(many.NumPoints(), 65536U);
+    EXPECT_EQ(many.at(Doubles(16, 0.3)).size(), 1U);
+
+    Table none({}, 1, {0.5F});
+    EXPECT_EQ(none.NumPoints(), 0U);
+    EXPECT_EQ(none.at({}), Doubles{0});
+}
+
+TEST(CLUTConstructor, ThrowsBadAllocWhenTheTableCannotBeCounted)
+{
+    EXPECT_THROW(Table(Counts(5, 255), 1, {}), std::bad_alloc);                // points
+    EXPECT_THROW(Table({255, 255, 255, 255}, 2, {}), std::bad_alloc);          // values
+    EXPECT_THROW(Table({0, 255, 255, 255, 255, 255}, 1, {}), std::bad_alloc);  // a stride
+    EXPECT_THROW(Table(Counts(16, 255), 0, {}), std::bad_alloc);               // points, without any value
+}
+
+}  // namespace
