@@ -117,4 +117,25 @@ TEST(Application, ConvertsALineThroughATableOfBytes)
     md_tetrab_kill(table);
 }
 
+class InkTable : public CLUT
+{
+public:
+    InkTable(unsigned char *grid, float *values) : CLUT(1, grid, 1, 0, values)
+    {
+        clampFn = [](float v) { return static_cast<double>(v) * 100.0; };
+    }
+};
+
+TEST(Application, DerivesItsOwnColourTable)
+{
+    unsigned char grid[] = {2};
+    float values[] = {1.0F, 3.0F};
+    static CLUT *const table = new InkTable(grid, values);  // tables live as long as the program
+    const double in = 0.25;
+    double out = 0.0;
+    table->Interpolate(&out, &in);
+    EXPECT_EQ(out, 150.0);
+    EXPECT_NE(dynamic_cast<InkTable *>(table), nullptr);
+}
+
 }  // namespace
