@@ -77,7 +77,7 @@ figcaption b { color: var(--text); }
 
 .mixer input { position: absolute; opacity: 0; }
 .mixer label { display: inline-block; margin: .75rem .4rem 0 0; padding: .3rem .9rem; border: 1px solid var(--rule);
-  border-radius: 2rem; background: var(--card); font-size: .95rem; cursor: pointer; user-select: none; }
+  border-radius: 2rem; background: var(--card); font-size: .95rem; white-space: nowrap; cursor: pointer; user-select: none; }
 .mixer input:not(:checked) + label { color: var(--soft); text-decoration: line-through; }
 .mixer input:not(:checked) + label::before { background: none; }
 .mixer { display: grid; grid-template-columns: repeat(4, auto) 1fr; position: relative; align-content: start; }
@@ -129,6 +129,7 @@ footer p { border-top: 1px solid var(--rule); padding-top: 1rem; max-width: none
   .key-figures { grid-template-columns: repeat(4, 1fr); gap: .5rem; }
   .key-figures dd { font-size: 1.2rem; }
   .scroll { overflow: visible; }
+  .mixer label { display: none; }
   th, td { padding: .25rem .4rem; font-size: 8.5pt; white-space: normal; }
 }
 )";
