@@ -91,7 +91,7 @@ TEST(Application, LooksUpByAnOrderOfItsOwn)
     };
     func *f = func_new(2, sizeof(int), sizeof(char), by_size);
     for (const int x : {5, 1, 3})
-        func_insert(f, &x, "abcdef" + x);
+        func_insert(f, &x, &"abcdef"[x]);
     const int key = 3;
     void *y = nullptr;
     const func_match equal = [](const void *element, const void *k) -> int {
