@@ -7,7 +7,8 @@
 //
 //     N = 2, weights 200 and 60:   (H - 200) * P00 + (200 - 60) * P10 + 60 * P11
 //
-// Each product is rounded by itself: the sum is not the rounded exact value, and a variant must not make it so.
+// Kept: each product is rounded by itself. The sum is not the rounded exact value, and a variant must not make it so.
+// Kept: with weights other than 0 .. 255 products may be 255 for a weight of 0, and sums wrap.
 //
 // A dimension is sorted as one number, weight << 32 | stride. Strides fall from dimension to dimension, so no two are equal
 // and the descending order of these numbers is the stable order of the weights, whichever way it is found.

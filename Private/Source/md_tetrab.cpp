@@ -13,7 +13,7 @@
 //
 //     offsets[d][u] = i * stride[d]        fractions[u] = floor((t - i) * (H - L) + L)
 //
-// in doubles as they stand; exact rational numbers would give other bytes for some u (R = 3, u = 129: 3 instead of 2).
+// Kept: in doubles as they stand, exact rational numbers would give other bytes for some u (R = 3, u = 129: 3 for 2).
 // Example with R = 17, L = 0, H = 255: step 15.9375, u = 100 lies at 6.27, index 6, fraction 69.
 //
 // No process-wide state. Creation takes O((R + E)^N * M), conversion O(N * M) per pixel and a sort of N numbers.
@@ -329,6 +329,7 @@ unsigned char *md_tetrab_vertex_get(md_tetrab *table, const int *coord, unsigned
     uint8_t *vertex = table->data.get();
     for (int k = 0; k < table->shape.inputs; ++k) {
         vertex += static_cast<ptrdiff_t>(coord[k]) * static_cast<ptrdiff_t>(table->strides[k]);
+        // Kept: doubles again; R = 51 and coordinate 25, exactly 127.5, gives 127.
         if (inBytes != nullptr)
             inBytes[k] = static_cast<uint8_t>(std::floor(coord[k] * table->input_step + input_low + 0.5));
     }
