@@ -4,8 +4,8 @@
 // bits. The table starts with all scalar entries; every instruction set the processor has overrides what it offers, in
 // rising order. It is filled once, at the first use.
 //
-// Kernel sources are islands: intrinsics, <cstdint>, <cstddef> and this header, no other; everything else stands in
-// unnamed namespaces. A function that a kernel source shared with others by an inline definition would be merged by the
+// Kernel sources are islands: intrinsics, <cstdint>, <cstddef>, this header and simplex.h, no other; everything else
+// stands in unnamed namespaces. A function that a kernel source shared with others by an inline definition would be merged by the
 // linker, possibly to the copy built for a newer processor.
 
 #ifndef TESKA_KERNELS_H
