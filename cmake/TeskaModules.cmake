@@ -52,6 +52,18 @@ function(teska_companion target key)
   set_property(GLOBAL APPEND PROPERTY TESKA_COMPANION_HEADERS "${CMAKE_CURRENT_SOURCE_DIR}/${key}.h")
 endfunction()
 
+# teska_kernel_flags(<source> <flag...>)
+#
+# The flags of an instruction set, for one kernel file and no other.
+function(teska_kernel_flags source)
+  set(flags ${ARGN})
+  if(MINGW)
+    # Windows aligns the stack to 16 bytes; the compiler stores 32-byte registers there as if they were aligned.
+    list(APPEND flags -Wa,-muse-unaligned-vector-move)
+  endif()
+  set_source_files_properties("${source}" PROPERTIES COMPILE_OPTIONS "${flags}")
+endfunction()
+
 # teska_shared_library(<target> <version-script>)
 #
 # What every shared library of the house has in common: version, hidden names, and that it finds the others beside it
