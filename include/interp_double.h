@@ -103,10 +103,12 @@ TESKA_API int lin_interp_double_num(const lin_interp_double *li) TESKA_NOTHROW;
  *     y = y_i + ((x - x_i) * (y_j - y_i)) / (x_j - x_i)
  *
  * in this order of operations. So x on a point uses the line to its right, on the last point the one to its
- * left. y  receives the value, in the unit of the points' y; untouched on failure
+ * left.
+ *
+ * y  receives the value, in the unit of the points' y; untouched on failure
  * Returns 0, or -1 with "lin_interp : too little function points" (less than 2 points) or
- * "lin_interp : not a function !!" (points i and j too close). NaN evaluates to NaN on the last line. O(log
- * n).
+ * "lin_interp : not a function !!" (points i and j too close). NaN evaluates to NaN on the last line.
+ * O(log n).
  */
 TESKA_API int lin_interp_double_inter(const lin_interp_double *li, double x, double *y) TESKA_NOTHROW;
 
@@ -117,8 +119,8 @@ TESKA_API int lin_interp_double_inter(const lin_interp_double *li, double x, dou
  *
  * y  receives the value, in the unit of the points' y; untouched on failure
  * Returns 0, or -1 with "lin_interp : too little function points" (less than 2 points) or
- * "lin_interp : not a function !!" (points i and i - 1 too close). NaN evaluates to the last point's y. O(log
- * n).
+ * "lin_interp : not a function !!" (points i and i - 1 too close). NaN evaluates to the last point's y.
+ * O(log n).
  * Kept: one point is too few here as well, although its value could continue to both sides.
  */
 TESKA_API int lin_interp_double_inextp(const lin_interp_double *li, double x, double *y) TESKA_NOTHROW;
