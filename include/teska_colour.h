@@ -5,4 +5,5 @@
 #    include "clut.h"
 #endif
 #include "md_tetrab.h"
+#include "md_tetrad.h"
 #endif
