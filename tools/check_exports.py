@@ -22,6 +22,11 @@ class Library:
     def __init__(self, name, macro, headers, script):
         self.name, self.macro, self.headers, self.script = name, macro, headers, script
 
+    def built_in(self, tree):
+        """On Windows all DLLs stand in one folder, elsewhere each is where its version script is in the sources."""
+        dll = tree / "bin" / f"{self.name}.dll"
+        return dll if dll.exists() else tree / self.script.parent.relative_to(ROOT) / f"lib{self.name}.so"
+
 
 def libraries():
     yield Library("TESKAShared", "TESKA_API", sorted((ROOT / "include").glob("*.h")), ROOT / "Private/teska.map")
@@ -116,11 +121,11 @@ def check_script(script, names):
 
 
 def check_library(library, tree):
-    dll = tree / "bin" / f"{library.name}.dll"
-    if dll.exists():
-        names = demangled("x86_64-w64-mingw32-c++filt", exported_by_dll(dll))
+    path = library.built_in(tree)
+    if path.suffix == ".dll":
+        names = demangled("x86_64-w64-mingw32-c++filt", exported_by_dll(path))
     else:
-        names = demangled("c++filt", exported_by_elf(next(tree.rglob(f"lib{library.name}.so"))))
+        names = demangled("c++filt", exported_by_elf(path))
         yield from check_script(library.script, names)
     promised, exported = declared(library), set(names.values())
     if not promised:

@@ -31,7 +31,7 @@ def faults():
     for key, modules in subsystems():
         known.update(modules)
         gather = ROOT / f"include/teska_{key}.h"
-        included = set(re.findall(r'#include "(\w+)\.h"', gather.read_text())) if gather.exists() else set()
+        included = set(re.findall(r'#\s*include "(\w+)\.h"', gather.read_text())) if gather.exists() else set()
         for module in sorted(included ^ set(modules)):
             yield f"{gather.name} and the map disagree about {module}"
         for module in modules:

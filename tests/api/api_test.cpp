@@ -11,8 +11,9 @@
 #include <teska_text.h>
 #include <wem.h>
 
-#include <cstdlib>
+#include <algorithm>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -136,6 +137,56 @@ TEST(Application, DerivesItsOwnColourTable)
     table->Interpolate(&out, &in);
     EXPECT_EQ(out, 150.0);
     EXPECT_NE(dynamic_cast<InkTable *>(table), nullptr);
+}
+
+// Reaches the protected routines and fields, and takes the clamp away.
+class OpenTable : public CLUT
+{
+public:
+    using CLUT::CLUT;
+    void unclamp()
+    {
+        clampFn = [](float value) { return static_cast<double>(value); };
+    }
+    using CLUT::Interp3d;
+};
+
+TEST(Application, DerivesFromTheTableClass)
+{
+    unsigned char grid[3] = {2, 2, 2};
+    float values[8] = {0, 1, 1, 2, 1, 2, 2, 3};
+    OpenTable table(3, grid, 1, 0, values);
+    const double centre[3] = {0.5, 0.5, 0.5};
+    double out = 0.0;
+    table.Interp3d(&out, centre);
+    EXPECT_EQ(out, 1.0);
+    table.unclamp();
+    table.Interpolate(&out, centre);
+    EXPECT_EQ(out, 1.5);
+    EXPECT_NE(dynamic_cast<OpenTable *>(static_cast<CLUT *>(&table)), nullptr);
+}
+
+// The exception is thrown by the library and caught here: both use the same copy of the language's runtime.
+TEST(Application, CatchesTheTableThatIsTooLarge)
+{
+    unsigned char grid[6] = {255, 255, 255, 255, 255, 255};
+    float value = 0;
+    EXPECT_THROW(CLUT(6, grid, 3, 0, &value), std::bad_alloc);
+}
+
+TEST(Application, FillsATableOfDoublesInPlace)
+{
+    md_tetrad *table = md_tetrad_new(2, 1, 2, 0.0, 1.0);
+    int size = 0;
+    double *data = md_tetrad_dataptr(table, &size);
+    std::fill_n(data, size, 0.25);
+    double point[2] = {0.3, 0.9};
+    double value = 0.0;
+    double *in[] = {point, point + 1};
+    double *out[] = {&value};
+    md_tetrad_interp(table, in, 2, out, 1, 1);
+    EXPECT_DOUBLE_EQ(value, 0.25);
+    md_tetrad_kill(table);
 }
 
 }  // namespace

@@ -98,6 +98,23 @@ static const char *use_md_tetrab(void)
     return NULL;
 }
 
+static const char *use_md_tetrad(void)
+{
+    md_tetrad *table = md_tetrad_new(1, 1, 3, 0.0, 2.0);
+    double x[] = {0.5, 2.0}, y[2], at_vertex;
+    double *in[] = {x}, *out[] = {y};
+    int at[1] = {0};
+    EXPECT(table != NULL);
+    do {
+        double *value = md_tetrad_vertex_get(table, at, &at_vertex);
+        *value = 10.0 * at_vertex;
+    } while (md_tetrad_scan_vertex(table, at) != 0);
+    EXPECT(md_tetrad_interp(table, in, 1, out, 1, 2) == 1);
+    EXPECT(y[0] == 5.0 && y[1] == 20.0);
+    EXPECT(md_tetrad_kill(table) == NULL);
+    return NULL;
+}
+
 static const char *use_wem(void)
 {
     char line[WEM_LINE_SIZE], translation[WEM_NAME_SIZE];
@@ -127,6 +144,7 @@ const c_use c_uses[] = {
     {"func", use_func},
     {"interp_double", use_interp_double},
     {"md_tetrab", use_md_tetrab},
+    {"md_tetrad", use_md_tetrad},
     {"wem", use_wem},
     {"lopra", use_lopra},
     {NULL, NULL},
