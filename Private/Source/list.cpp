@@ -173,8 +173,9 @@ int list_insert_index(list_rec *list, const void *element, unsigned index, int m
 {
     heap_block<char> former;
     if (list->count >= list->cap || index >= list->cap) {
-        const unsigned needed = std::max(list->count + 1U, index < max_slots ? index + 1 : max_slots + 1);
-        former = grow(*list, std::max(unsigned{list->cap}, needed) + list->ext, needed);
+        const unsigned through_index = std::min(index, max_slots) + 1;
+        former = grow(*list, std::max(unsigned{list->cap}, through_index) + list->ext,
+                      std::max(list->count + 1U, through_index));
         if (!former)
             return -1;
     }

@@ -59,6 +59,16 @@ void fill(const List &list, std::initializer_list<int> values)
         list_insert(list.get(), &value);
 }
 
+// How many elements fit behind the last one: a list without room moves, and never to where it stood. Adds one more.
+int room(const List &list)
+{
+    const void *block = list_get_element(list.get(), 0);
+    int fitting = -1;
+    for (; list_get_element(list.get(), 0) == block; ++fitting)
+        fill(list, {0});
+    return fitting;
+}
+
 int search(const List &list, int key) { return list_search_el(list.get(), &key, differs); }
 int position(const List &list, int key) { return list_pos(list.get(), &key); }
 
@@ -183,6 +193,22 @@ TEST(ListInsertIndex, KeptCountsOneMoreInTheModesThatStoreOver)
     EXPECT_EQ(contents(down), (std::vector{20, 30, 99, 0}));
 }
 
+TEST(ListInsertIndex, KeptGrowsByItsStepFromTheIndexWhenThisLiesBehindTheRoom)
+{
+    const struct {
+        unsigned index;
+        int room;  // 4 slots, 4 more, and those up to the index
+    } cases[] = {{0, 3}, {3, 3}, {4, 4}, {6, 6}};
+    for (const auto &[index, expected] : cases)
+        for (const int mode : {1, 0, -1}) {
+            const List list = new_list(4, sizeof(int));
+            fill(list, {1, 2, 3, 4});
+            list_insert_index(list.get(), &mode, index, mode);
+            EXPECT_EQ(room(list), expected) << index;
+            EXPECT_EQ(room(list), 3) << "list_insert adds the step alone";
+        }
+}
+
 TEST(ListInsertIndex, LeavesZeroedSlotsBeforeAFarIndexAndRefusesOneTooFar)
 {
     const List list = new_list(2, sizeof(int));
@@ -286,23 +312,26 @@ TEST(ListSearchEl, KeptLooksOnlyAtThePositionInASortedList)
     fill(lower, {1, 2, 3});
     EXPECT_EQ(search(lower, 2), 1);
     EXPECT_EQ(search(lower, 4), -1);
+    list_rem_element(lower.get(), 2);
+    EXPECT_EQ(search(lower, 3), -1) << "a removed element is not asked, though its bytes remain";
     const List upper = new_list(10, sizeof(int), after);
     fill(upper, {1, 2, 3});
     EXPECT_EQ(search(upper, 2), -1);
 }
 
-TEST(ListAlloc, OnlyEverEnlarges)
+TEST(ListAlloc, KeptMovesTheElementsForAnEqualCapacityAndIgnoresALesserOne)
 {
-    const List list = new_list(4, sizeof(int));
-    fill(list, {1, 2});
-    for (const int capacity : {-1, 2, 4, 9, 65535})
+    for (const int capacity : {-1, 3, 4, 9, 65534}) {
+        const List list = new_list(4, sizeof(int));
+        fill(list, {1, 2});
+        const void *block = list_get_element(list.get(), 0);
         EXPECT_EQ(list_alloc(list.get(), capacity), 0) << capacity;
-    EXPECT_EQ(contents(list), (std::vector{1, 2}));
-    EXPECT_EQ(list_get_ext(list.get()), 4);
-    const void *block = list_get_element(list.get(), 0);
-    while (list_num(list.get()) < 65535)
-        fill(list, {3});
-    EXPECT_EQ(list_get_element(list.get(), 0), block) << "the room was there";
+        EXPECT_EQ(list_get_element(list.get(), 0) == block, capacity < 4) << capacity;
+        EXPECT_EQ(contents(list), (std::vector{1, 2}));
+        EXPECT_EQ(list_get_ext(list.get()), 4);
+        EXPECT_EQ(room(list), std::max(capacity, 4) - 2);
+    }
+    const List list = new_list(4, sizeof(int));
     Reports reports;
     EXPECT_EQ(list_alloc(list.get(), 65536), -1);
     EXPECT_EQ(reports.take(), lines{no_room});
@@ -320,7 +349,7 @@ TEST(ListGetElement, GivesNullOutsideTheCount)
 TEST(ListInsert, OrdersTextsThatFillTheirSlots)
 {
     // No terminating zero in the last slot: the comparison must end inside the block.
-    const List list = new_list(1, 3, str_ins);
+    const List list = new_list(2, 3, str_ins);
     list_insert(list.get(), "zzz");
     EXPECT_EQ(list_pos(list.get(), "zzz"), 0);
     EXPECT_EQ(list_pos(list.get(), "zzzz"), 1);
