@@ -5,12 +5,20 @@
 #include <gtest/gtest.h>
 
 #include <csetjmp>
+#include <cstdio>
 #include <string>
+
+#include <unistd.h>
 
 namespace
 {
 
-void report(const std::string &message) { error_mess_fl(message.c_str(), __FILE__, __LINE__); }
+// Taken before any test sets them.
+const int initial_mode = error_set(1);
+const int initial_threshold = teska_warn_level(0);
+const int initial_debug = dbg_set(0);
+
+void report(const std::string &message) { EXPECT_EQ(error_mess_fl(message.c_str(), __FILE__, __LINE__), 0); }
 
 std::string take()
 {
@@ -25,6 +33,19 @@ std::string printed(Body &&body)
     testing::internal::CaptureStdout();
     body();
     return testing::internal::GetCapturedStdout();
+}
+
+// Whether all that body printed has reached the file behind standard output.
+template <class Body>
+bool flushes(Body &&body)
+{
+    testing::internal::CaptureStdout();
+    body();
+    const long arrived = lseek(1, 0, SEEK_CUR);
+    std::fflush(stdout);
+    const long written = lseek(1, 0, SEEK_CUR);
+    testing::internal::GetCapturedStdout();
+    return written > 0 && arrived == written;
 }
 
 class Reporting : public testing::Test
@@ -49,9 +70,21 @@ using Dbg = Reporting;
 
 TEST_F(ErrorMess, PrintsAtOnceInTheInitialMode)
 {
+    EXPECT_EQ(initial_mode, 1);
     EXPECT_EQ(printed([] { report("list_new : 100% #1"); }), "ERROR : 'list_new : 100% #1'\n");
     EXPECT_EQ(take(), "(none)");
     EXPECT_EQ(printed([] { EXPECT_EQ(error_display_all_msgs(), 0); }), "");
+}
+
+TEST_F(ErrorMess, FlushesWhatItPrints)
+{
+    EXPECT_TRUE(flushes([] { report("ink"); }));
+    EXPECT_TRUE(flushes([] { teska_warn(1, "ink"); }));
+    dbg_set(1);
+    EXPECT_TRUE(flushes([] { dbg("ink"); }));
+    error_set(2);
+    report("ink");
+    EXPECT_TRUE(flushes([] { error_display_all_msgs(); }));
 }
 
 TEST_F(ErrorMess, CutsALineAt511Characters)
@@ -148,6 +181,7 @@ TEST_F(TeskaWarn, PrintsAboveTheThresholdInEveryMode)
 {
     const auto warn = [](int level) { return printed([=] { teska_warn(level, "ink"); }); };
     const std::string line = "WARNING  : 'ink'\n";
+    EXPECT_EQ(initial_threshold, 0);
     error_set(2);
     EXPECT_EQ(warn(0), "");
     EXPECT_EQ(warn(1), line);
@@ -161,11 +195,12 @@ TEST_F(TeskaWarn, PrintsAboveTheThresholdInEveryMode)
 TEST_F(Dbg, PrintsWhileSwitchedOn)
 {
     const auto debug = [] { return printed([] { dbg("ink"); }); };
+    EXPECT_EQ(initial_debug, 0);
     EXPECT_EQ(debug(), "");
-    EXPECT_EQ(dbg_set(5), 0);
+    EXPECT_EQ(dbg_set(-5), 0);
     error_set(0);
     EXPECT_EQ(debug(), "DEBUG : 'ink'\n");
-    EXPECT_EQ(dbg_set(0), 5);
+    EXPECT_EQ(dbg_set(0), -5);
 }
 
 TEST_F(ErrorExit, HandsTheLineToTheRuntimeWhateverTheMode)
