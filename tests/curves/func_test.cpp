@@ -117,6 +117,17 @@ TEST(FuncChangep, KeptLeavesAMovedPointWhereItIsAndOnlyItReportsAMissingOne)
     EXPECT_EQ(contents(f), (Points{{9, 90}, {2, 20}}));
 }
 
+TEST(FuncChangep, ReportsAMissingPointOnce)
+{
+    // Printed: a queue holds equal lines once.
+    const Func f = filled(4, after<X>, {{1, 10}});
+    const X x = 2;
+    const Y y = 20;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(func_changep(f.get(), 1, &x, &y), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "ERROR : 'list_changep : index out of bound'\n");
+}
+
 TEST(FuncSearchEl, KeptNeverFindsAnEqualElementWithAStrictOrder)
 {
     const struct {

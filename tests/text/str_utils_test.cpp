@@ -122,7 +122,7 @@ TEST(Normstr, TrimsWhiteSpaceAndFolds)
     } cases[] = {{"  Hello World\r\n", "Hello World", "hello world"},
                  {"\t \n\r", "", ""},
                  {"", "", ""},
-                 {"\vA\xc4[", "\vA\xc4[", "\va\xc4["}};
+                 {"\v@AZ\xc4[", "\v@AZ\xc4[", "\v@az\xc4["}};
     for (const auto &c : cases) {
         EXPECT_EQ(changed(c.text, normstr_wc), c.trimmed);
         EXPECT_EQ(changed(c.text, normstr), c.folded);
