@@ -61,7 +61,8 @@ public:
     }
     void fill(Generator &random) const
     {
-        for (std::size_t i = 0; i < contents().size(); ++i)
+        const std::size_t count = contents().size();
+        for (std::size_t i = 0; i < count; ++i)
             data()[i] = random.between(-100, 100);
     }
 
