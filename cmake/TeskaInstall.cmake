@@ -9,20 +9,12 @@ set(package "${CMAKE_INSTALL_LIBDIR}/cmake/TESKAShared")
 install(TARGETS TESKAShared teska_static ${companions} EXPORT TESKAShared)
 install(FILES ${TESKA_RUNTIME_DLLS} TYPE BIN)
 install(FILES ${companion_headers} DESTINATION "${headers}")
-install(
-  DIRECTORY "${PROJECT_SOURCE_DIR}/include/"
-  DESTINATION "${headers}"
-  FILES_MATCHING
-  PATTERN "*.h")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/" DESTINATION "${headers}" FILES_MATCHING PATTERN "*.h")
 
 include(CMakePackageConfigHelpers)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/TESKASharedConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/TESKASharedConfigVersion.cmake" DESTINATION "${package}")
-install(
-  EXPORT TESKAShared
-  FILE TESKASharedConfig.cmake
-  NAMESPACE TESKA::
-  DESTINATION "${package}")
+install(EXPORT TESKAShared FILE TESKASharedConfig.cmake NAMESPACE TESKA:: DESTINATION "${package}")
 
 file(RELATIVE_PATH prefix_from_package "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 list(TRANSFORM companions PREPEND "-l" OUTPUT_VARIABLE companion_options)

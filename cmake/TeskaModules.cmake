@@ -44,9 +44,8 @@ function(teska_companion target key)
   set_target_properties(${target}_objects PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   add_library(${target} SHARED)
   target_link_libraries(${target} PRIVATE ${target}_objects teska_flags)
-  target_include_directories(
-    ${target} PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>"
-                     "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/teska>")
+  target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>"
+                                              "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/teska>")
   teska_shared_library(${target} "${CMAKE_CURRENT_SOURCE_DIR}/${key}.map")
   set_property(GLOBAL APPEND PROPERTY TESKA_COMPANIONS ${target})
   set_property(GLOBAL APPEND PROPERTY TESKA_COMPANION_HEADERS "${CMAKE_CURRENT_SOURCE_DIR}/${key}.h")
@@ -98,9 +97,7 @@ endfunction()
 # The results of a GoogleTest program go to a report in the build tree, from which the total is counted; the path is
 # relative, because a Windows program does not know the host's.
 function(teska_test_entry program label)
-  add_test(
-    NAME "${label}.${program}"
-    COMMAND ${program} "--gtest_output=xml:reports/${program}.xml"
-    WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
+  add_test(NAME "${label}.${program}" COMMAND ${program} "--gtest_output=xml:reports/${program}.xml"
+           WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
   set_tests_properties("${label}.${program}" PROPERTIES LABELS "${label}" TIMEOUT 600)
 endfunction()
