@@ -1,0 +1,35 @@
+#include "faults/sweep.h"
+
+#include "md_tetrad.h"
+
+namespace teska_test
+{
+
+namespace
+{
+
+constexpr const char *no_memory = "md_tetra_new: insufficient memory";  // record, data; work arrays
+
+SweepRow creation(const char *name, int inputs)
+{
+    return {.name = name,
+            .make =
+                [=] {
+                    return SweepCase{.call = [=] {
+                        md_tetrad *table = md_tetrad_new(inputs, 2, 3, 0.0, 1.0);
+                        const bool made = table != nullptr;
+                        md_tetrad_kill(table);
+                        return made;
+                    }};
+                },
+            .failures = {{.count = 2, .once = {no_memory}},
+                         {.count = 1, .once = {"md_tetrab_new: malloc failure"}},
+                         {.count = 1, .once = {"md_tetrad_new: insuff. mem."}},
+                         {.count = 4, .once = {no_memory}}}};
+}
+
+const SweepRows rows({creation("md_tetrad_new, 1 input", 1), creation("md_tetrad_new, 6 inputs", 6)});
+
+}  // namespace
+
+}  // namespace teska_test
