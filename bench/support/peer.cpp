@@ -20,33 +20,43 @@ cmsUInt32Number format(int channels, Samples samples)
     return channels == 3 ? TYPE_RGB_FLT : TYPE_CMYK_FLT;
 }
 
-cmsHPROFILE make_link(int inputs, int outputs, int points, const std::vector<std::uint8_t> &grid)
+cmsStage *make_stage(int inputs, int outputs, int points, const std::vector<std::uint8_t> &grid, Samples samples)
 {
-    std::vector<cmsUInt16Number> wide;
+    const auto n = static_cast<cmsUInt32Number>(inputs);
+    const auto m = static_cast<cmsUInt32Number>(outputs);
+    const auto r = static_cast<cmsUInt32Number>(points);
+    if (samples == Samples::bytes) {
+        std::vector<cmsUInt16Number> wide;
+        for (const std::uint8_t value : grid)
+            wide.push_back(static_cast<cmsUInt16Number>(value * 257));
+        return cmsStageAllocCLut16bit(nullptr, r, n, m, wide.data());
+    }
+    std::vector<cmsFloat32Number> wide;
     for (const std::uint8_t value : grid)
-        wide.push_back(static_cast<cmsUInt16Number>(value * 257));
+        wide.push_back(static_cast<cmsFloat32Number>(value) / 255.0F);
+    return cmsStageAllocCLutFloat(nullptr, r, n, m, wide.data());
+}
 
+cmsHPROFILE make_link(int inputs, int outputs, cmsPipeline *pipeline, Samples samples)
+{
     cmsHPROFILE link = cmsCreateProfilePlaceholder(nullptr);
     cmsSetProfileVersion(link, 4.3);
     cmsSetDeviceClass(link, cmsSigLinkClass);
     cmsSetColorSpace(link, space(inputs));
     cmsSetPCS(link, space(outputs));
-    cmsPipeline *pipeline =
-        cmsPipelineAlloc(nullptr, static_cast<cmsUInt32Number>(inputs), static_cast<cmsUInt32Number>(outputs));
-    cmsPipelineInsertStage(pipeline, cmsAT_BEGIN,
-                           cmsStageAllocCLut16bit(nullptr, static_cast<cmsUInt32Number>(points),
-                                                  static_cast<cmsUInt32Number>(inputs),
-                                                  static_cast<cmsUInt32Number>(outputs), wide.data()));
-    cmsWriteTag(link, cmsSigAToB0Tag, pipeline);
-    cmsPipelineFree(pipeline);
+    cmsWriteTag(link, samples == Samples::bytes ? cmsSigAToB0Tag : cmsSigDToB0Tag, pipeline);
     return link;
 }
 
 }  // namespace
 
 Peer::Peer(int inputs, int outputs, int points, const std::vector<std::uint8_t> &grid, Samples samples)
+    : inputs_(inputs), outputs_(outputs),
+      pipeline_(cmsPipelineAlloc(nullptr, static_cast<cmsUInt32Number>(inputs), static_cast<cmsUInt32Number>(outputs)))
 {
-    cmsHPROFILE link = make_link(inputs, outputs, points, grid);
+    auto *pipeline = static_cast<cmsPipeline *>(pipeline_);
+    cmsPipelineInsertStage(pipeline, cmsAT_BEGIN, make_stage(inputs, outputs, points, grid, samples));
+    cmsHPROFILE link = make_link(inputs, outputs, pipeline, samples);
     transform_ = cmsCreateMultiprofileTransform(&link, 1, format(inputs, samples), format(outputs, samples),
                                                 INTENT_PERCEPTUAL, cmsFLAGS_NOCACHE | cmsFLAGS_GRIDPOINTS(points));
     cmsCloseProfile(link);
@@ -56,11 +66,21 @@ Peer::Peer(int inputs, int outputs, int points, const std::vector<std::uint8_t> 
     }
 }
 
-Peer::~Peer() { cmsDeleteTransform(transform_); }
+Peer::~Peer()
+{
+    cmsDeleteTransform(transform_);
+    cmsPipelineFree(static_cast<cmsPipeline *>(pipeline_));
+}
 
 void Peer::convert(const void *in, void *out, int pixels) const
 {
     cmsDoTransform(transform_, in, out, static_cast<cmsUInt32Number>(pixels));
+}
+
+void Peer::evaluate(const float *in, float *out, int points) const
+{
+    for (int p = 0; p < points; ++p, in += inputs_, out += outputs_)
+        cmsPipelineEvalFloat(in, out, static_cast<cmsPipeline *>(pipeline_));
 }
 
 }  // namespace bench

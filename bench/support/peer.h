@@ -10,8 +10,8 @@ namespace bench
 {
 
 enum class Samples {
-    bytes,  // 0 .. 255
-    floats  // 0 .. 1, ink amounts 0 .. 100
+    bytes,  // 0 .. 255, through a grid of 16-bit values
+    floats  // 0 .. 1, ink amounts 0 .. 100, through a grid of floats
 };
 
 // Three channels are RGB, four are CMYK. The transform is optimised as the library likes, on as many points as the grid
@@ -27,8 +27,14 @@ public:
 
     void convert(const void *in, void *out, int pixels) const;
 
+    // Point by point through the grid alone; all values 0 .. 1, ink amounts too. With floats only.
+    void evaluate(const float *in, float *out, int points) const;
+
 private:
+    int inputs_;
+    int outputs_;
     void *transform_;
+    void *pipeline_;
 };
 
 }  // namespace bench
