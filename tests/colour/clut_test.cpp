@@ -1,6 +1,5 @@
-#include "clut.h"
-
 #include "support/generator.h"
+#include "support/owned_clut.h"
 
 #include <gtest/gtest.h>
 
@@ -22,29 +21,11 @@ using Floats = std::vector<float>;
 using Doubles = std::vector<double>;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr float nan_f = std::numeric_limits<float>::quiet_NaN();
-constexpr float inf_f = std::numeric_limits<float>::infinity();
 
-// A table that can be given back: the class itself keeps its arrays.
-class Table : public CLUT
+class Table : public teska_test::OwnedClut
 {
 public:
-    Table(Counts counts, int channels, Floats values, int aux = 0)
-        : CLUT(static_cast<unsigned char>(counts.size()), counts.data(), static_cast<unsigned char>(channels),
-               static_cast<unsigned char>(aux), values.data())
-    {
-    }
-    Table(const Table &) = delete;
-    Table &operator=(const Table &) = delete;
-    ~Table() override
-    {
-        delete[] data;
-        delete[] cornerN;
-        delete[] workScaled;
-        delete[] workFraction;
-        delete[] workIndex;
-        delete[] workWeight;
-    }
+    using OwnedClut::OwnedClut;
 
     Doubles at(const Doubles &in)
     {
@@ -52,12 +33,14 @@ public:
         Interpolate(out.data(), in.data());
         return out;
     }
-    void set_clamp(double (*clamp)(float)) { clampFn = clamp; }
-    unsigned char aux() const { return auxByte; }
-
-    using CLUT::Begin;
-    using CLUT::Interp3d;
 };
+
+Doubles clamped(Doubles in)
+{
+    for (double &x : in)
+        x = x < 0 ? 0 : x > 1 ? 1 : x;
+    return in;
+}
 
 // The definition once more: no offsets, no doubling, every result of a float operation stored as a float.
 class Reference
@@ -89,8 +72,7 @@ private:
         f_.clear();
         for (std::size_t k = 0; k < counts_.size(); ++k) {
             const int top = counts_[k] - 1;
-            const double clamped = in[k] < 0 ? 0 : in[k] > 1 ? 1 : in[k];
-            const auto x = static_cast<float>(static_cast<double>(top) * clamped);
+            const auto x = static_cast<float>(static_cast<double>(top) * clamped(in)[k]);
             const int i = std::isnan(x) ? 0 : static_cast<int>(std::trunc(x));
             cell_.push_back(static_cast<std::size_t>(i == top ? i - 1 : i));
             f_.push_back(i == top ? 1.0F : x - static_cast<float>(i));
@@ -175,19 +157,14 @@ Floats random_values(Generator &random, const Counts &counts, int channels, doub
     return values;
 }
 
-// Inside, outside, on grid points of any count, equal to another input.
+// Inside, outside, on grid points of many counts.
 double random_input(Generator &random)
 {
-    switch (random.below(6)) {
-    case 0:
-        return random.below(5) / 4.0;
-    case 1:
-        return random.below(3) / 3.0;
-    case 2:
-        return random.between(-0.5, 1.5);
-    default:
-        return random.unit();
-    }
+    const int kind = random.below(6);
+    return kind == 0   ? random.below(5) / 4.0
+           : kind == 1 ? random.below(4) / 3.0
+           : kind == 2 ? random.between(-0.5, 1.5)
+                       : random.unit();
 }
 
 // Eight values of a 2 x 2 x 2 table in the order of the corners, where bit 0 steps along the slowest input.
@@ -201,7 +178,7 @@ TEST(CLUTQuery, TellsShapeStridesAndElements)
     EXPECT_EQ(table.GridPoint(2), 4);
     EXPECT_EQ(table.GetInputDim(), 3);
     EXPECT_EQ(table.GetOutputChannels(), 2);
-    EXPECT_EQ(table.aux(), 77);
+    EXPECT_EQ(table.auxByte, 77);
     const unsigned strides[] = {24, 8, 2};
     for (unsigned char k = 0; k < 16; ++k) {
         EXPECT_EQ(table.GetDimSize(k), k < 3 ? strides[k] : 0) << int{k};
@@ -215,35 +192,33 @@ TEST(CLUTQuery, TellsShapeStridesAndElements)
 TEST(CLUTInterpolate, EqualsTheDefinitionBitForBit)
 {
     Generator random(61);
-    for (int n = 1; n <= 8; ++n)
-        for (int m : {0, 1, 2, 3, 4, 5, 9}) {
+    for (const std::size_t n : {1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 16U})
+        for (const int m : {0, 1, 2, 3, 4, 5, 9}) {
             SCOPED_TRACE(testing::Message() << n << " to " << m);
-            Counts counts(static_cast<std::size_t>(n));
+            Counts counts(n);
             for (unsigned char &count : counts)
-                count = static_cast<unsigned char>(2 + random.below(n < 5 ? 6 : 2));
+                count = static_cast<unsigned char>(2 + random.below(n < 5 ? 6 : n < 9 ? 2 : 1));
             const Floats values = random_values(random, counts, m);
             Table table(counts, m, values);
             Reference reference(counts, m, values);
-            for (int i = 0; i < 300; ++i) {
-                Doubles in(counts.size());
+            for (int i = 0; i < (n < 9 ? 300 : 2); ++i) {
+                Doubles in(n);
                 for (double &x : in)
                     x = i % 7 == 0 && &x != in.data() ? in.front() : random_input(random);
-                ASSERT_EQ(bits(table.at(in)), bits(reference.at(in))) << testing::PrintToString(in);
+                const auto expected = bits(reference.at(in));
+                ASSERT_EQ(bits(table.at(in)), expected) << testing::PrintToString(in);
+                // In place, too: the whole input is read before anything is written.
+                Doubles both = in;
+                both.resize(n + 9);
+                table.Interpolate(both.data(), both.data());
+                both.resize(static_cast<std::size_t>(m));
+                ASSERT_EQ(bits(both), expected);
+                if (n == 3) {
+                    table.Interp3d(both.data(), clamped(in).data());
+                    ASSERT_EQ(bits(both), bits(reference.multilinear(in))) << testing::PrintToString(in);
+                }
             }
         }
-}
-
-TEST(CLUTInterpolate, TakesSixteenInputs)
-{
-    Generator random(62);
-    const Counts counts(16, 2);
-    const Floats values = random_values(random, counts, 2);
-    Table table(counts, 2, values);
-    Doubles in(16);
-    for (double &x : in)
-        x = random.unit();
-    EXPECT_EQ(bits(table.at(in)), bits(Reference(counts, 2, values).at(in)));
-    EXPECT_EQ(table.at(Doubles(16, 1))[1], std::clamp(static_cast<double>(values.back()), 0.0, 1.0));
 }
 
 // All orders of three fractions and all ties, the top of the cell included.
@@ -303,36 +278,19 @@ TEST(CLUTInterpolate, MakesEveryOutputNaNFromANaNInput)
         }
 }
 
-TEST(CLUTInterpolate, KeptLetsNaNAndInfinityThroughFromCornersOfWeightZero)
+TEST(CLUTInterpolate, KeptLetsNaNThroughFromCornersOfWeightZero)
 {
-    for (const float value : {nan_f, inf_f}) {
-        Table four(Counts(4, 2), 1, Floats(16, 0.5F));
-        four[15] = value;
-        EXPECT_TRUE(std::isnan(four.at({0, 0, 0, 0})[0]));
-        Table one({2}, 2, {0.5F, 0.5F, 0.5F, value});
-        EXPECT_EQ(one.at({0})[0], 0.5);
-        EXPECT_TRUE(std::isnan(one.at({0})[1]));
-    }
+    const auto spoil = std::numeric_limits<float>::quiet_NaN();
+    Table four(Counts(4, 2), 1, Floats(16, 0.5F));
+    four[15] = spoil;
+    EXPECT_TRUE(std::isnan(four.at({0, 0, 0, 0})[0]));
+    Table one({2}, 2, {0.5F, 0.5F, 0.5F, spoil});
+    EXPECT_EQ(one.at({0})[0], 0.5);
+    EXPECT_TRUE(std::isnan(one.at({0})[1]));
     // With three inputs the path must visit it: corner 1 lies on two of the six.
-    Table three({2, 2, 2}, 1, by_corner({0.5F, nan_f, 0.5F, 0.5F, 0.5F, 0.5F, 0.5F, 0.5F}));
+    Table three({2, 2, 2}, 1, by_corner({0.5F, spoil, 0.5F, 0.5F, 0.5F, 0.5F, 0.5F, 0.5F}));
     EXPECT_TRUE(std::isnan(three.at({0.5, 0.25, 0.125})[0]));
-    EXPECT_TRUE(std::isnan(three.at({0.5, 0.125, 0.25})[0]));
-    EXPECT_EQ(three.at({0.125, 0.5, 0.25})[0], 0.5);
     EXPECT_EQ(three.at({0.25, 0.125, 0.5})[0], 0.5);
-}
-
-TEST(CLUTInterpolate, ReadsTheWholeInputBeforeItWrites)
-{
-    for (const std::size_t n : {2U, 3U, 4U}) {
-        Generator random(65);
-        const Counts counts(n, 4);
-        const Floats values = random_values(random, counts, 6);
-        Table table(counts, 6, values);
-        Doubles both(6, 0.3);
-        const Doubles apart = table.at(Doubles(n, 0.3));
-        table.Interpolate(both.data(), both.data());
-        EXPECT_EQ(both, apart) << n;
-    }
 }
 
 TEST(CLUTInterpolate, PutsEveryValueThroughTheObjectsClampFunction)
@@ -341,27 +299,10 @@ TEST(CLUTInterpolate, PutsEveryValueThroughTheObjectsClampFunction)
     Generator random(66);
     for (const std::size_t n : {2U, 3U, 4U, 5U, 6U}) {
         Table table(Counts(n, 2), 5, random_values(random, Counts(n, 2), 5, 3, 4));
-        table.set_clamp([](float v) {
-            seen.push_back(v);
-            return static_cast<double>(seen.size()) * 10;
-        });
+        table.clampFn = [](float v) { return seen.push_back(v), static_cast<double>(seen.size()) * 10; };
         seen.clear();
         EXPECT_EQ(table.at(Doubles(n, 0)), (Doubles{10, 20, 30, 40, 50})) << n;
         EXPECT_EQ(seen, Floats(table.GetData(0), table.GetData(5))) << n;
-    }
-}
-
-TEST(CLUTInterp3d, IsTrilinearForDerivedClasses)
-{
-    Generator random(67);
-    const Counts counts = {3, 4, 5};
-    const Floats values = random_values(random, counts, 5);
-    Table table(counts, 5, values);
-    for (int i = 0; i < 200; ++i) {
-        const Doubles in = {random.unit(), i % 9 == 0 ? 1 : random.unit(), random.below(5) / 4.0};
-        Doubles out(5);
-        table.Interp3d(out.data(), in.data());
-        ASSERT_EQ(bits(out), bits(Reference(counts, 5, values).multilinear(in)));
     }
 }
 

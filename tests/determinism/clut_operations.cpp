@@ -1,6 +1,6 @@
 #include "determinism/operations.h"
 
-#include "clut.h"
+#include "support/owned_clut.h"
 
 #include <vector>
 
@@ -10,38 +10,28 @@ namespace teska_test
 namespace
 {
 
-class Table : public CLUT
+// Values and points reach a little beyond 0 .. 1.
+void evaluate(Generator &input, Digest &digest, std::size_t inputs, int outputs, unsigned char points)
 {
-public:
-    using CLUT::CLUT;
-    using CLUT::Interp3d;
-};
-
-// Values and points reach a little beyond 0 .. 1. The tables stay, and are never out
-// of reach: the class keeps its arrays.
-void evaluate(Generator &input, Digest &digest, unsigned char inputs, unsigned char outputs, unsigned char points)
-{
-    std::vector<unsigned char> grid(inputs, points);
-    std::size_t size = outputs;
-    for (const unsigned char count : grid)
-        size *= count;
+    std::size_t size = static_cast<std::size_t>(outputs);
+    for (std::size_t k = 0; k < inputs; ++k)
+        size *= points;
     std::vector<float> values(size);
     for (float &value : values)
         value = static_cast<float>(input.between(-0.1, 1.1));
-    static auto &tables = *new std::vector<Table *>;
-    tables.push_back(new Table(inputs, grid.data(), outputs, 0, values.data()));
+    OwnedClut table(std::vector<unsigned char>(inputs, points), outputs, values);
 
     std::vector<double> in(inputs);
-    std::vector<double> out(outputs);
+    std::vector<double> out(static_cast<std::size_t>(outputs));
     for (int i = 0; i < 1000; ++i) {
         for (double &x : in)
             x = i % 10 == 0 ? input.below(5) / 4.0 : input.between(-0.1, 1.1);
-        tables.back()->Interpolate(out.data(), in.data());
+        table.Interpolate(out.data(), in.data());
         digest.add(out.data(), out.size() * sizeof(double));
         if (inputs == 3) {
             for (double &x : in)
                 x = input.unit();
-            tables.back()->Interp3d(out.data(), in.data());
+            table.Interp3d(out.data(), in.data());
             digest.add(out.data(), out.size() * sizeof(double));
         }
     }

@@ -1,6 +1,6 @@
 #include "faults/sweep.h"
 
-#include "clut.h"
+#include "support/owned_clut.h"
 
 #include <new>
 
@@ -10,41 +10,20 @@ namespace teska_test
 namespace
 {
 
-// Gives back what the class itself keeps for its copies.
-class Table : public CLUT
-{
-public:
-    Table(unsigned char inputs, unsigned char *grid, float *values) : CLUT(inputs, grid, 2, 0, values) {}
-    Table(const Table &) = delete;
-    Table &operator=(const Table &) = delete;
-    ~Table() override
-    {
-        delete[] data;
-        delete[] cornerN;
-        delete[] workScaled;
-        delete[] workFraction;
-        delete[] workIndex;
-        delete[] workWeight;
-    }
-};
-
 // Nothing is reported: the failure is an exception.
 SweepRow constructor(const char *name, unsigned char inputs, int allocations)
 {
+    const auto build = [inputs] {
+        unsigned char grid[] = {2, 2, 2, 2, 2, 2, 2};
+        float values[128] = {};
+        try {
+            return OwnedClut(inputs, grid, 1, 0, values).NumPoints() == 1U << inputs;
+        } catch (const std::bad_alloc &) {
+            return false;
+        }
+    };
     return {.name = name,
-            .make =
-                [=] {
-                    return SweepCase{.call = [=] {
-                        unsigned char grid[] = {2, 2, 2, 2, 2, 2, 2};
-                        float values[256] = {};
-                        try {
-                            const Table table(inputs, grid, values);
-                            return table.NumPoints() == 1U << inputs;
-                        } catch (const std::bad_alloc &) {
-                            return false;
-                        }
-                    }};
-                },
+            .make = [=] { return SweepCase{.call = build}; },
             .failures = {{.count = allocations, .once = {}}}};
 }
 
