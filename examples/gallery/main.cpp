@@ -48,6 +48,8 @@ void make_gallery(const gallery_inputs &inputs)
     for (const auto make : {separation_section})
         sections.push_back(make(inputs));
     write_page(inputs.output, sections);
+    for (const section &shown : sections)
+        std::printf("%s\n%s", shown.title.c_str(), shown.summary.c_str());
 }
 
 }  // namespace

@@ -20,9 +20,10 @@ namespace examples
 {
 
 struct section {
-    std::string id;     // name of its folder and of its place in the page
-    std::string title;  // plain text
-    std::string html;   // everything below the title
+    std::string id;       // name of its folder and of its place in the page
+    std::string title;    // plain text
+    std::string summary;  // what was measured, in a line or two for the terminal
+    std::string html;     // everything below the title
 };
 
 // Where one section puts its pictures.

@@ -286,6 +286,25 @@ proof: in integers only, the same bytes on every machine.</li>
                     {{"press", escaped(r.press)}});
 }
 
+std::string speed_line(const char *name, const speeds &measured)
+{
+    return expanded("  {name}: {ours} Mpx/s, Little CMS {peer} Mpx/s: {ratio} times as fast\n",
+                    {{"name", name},
+                     {"ours", decimals(measured.library.median, 1)},
+                     {"peer", decimals(measured.peer.median, 1)},
+                     {"ratio", decimals(measured.library.median / measured.peer.median, 2)}});
+}
+
+std::string summary(const separation_results &r)
+{
+    return speed_line("RGB to CMYK", r.separation_speed) + speed_line("CMYK to RGB", r.proofing_speed) +
+           expanded(
+               "  proof against direct evaluation: mean {mean}, 95 % within {most}, largest {largest} steps of 255\n",
+               {{"mean", decimals(r.chain.library.mean, 2)},
+                {"most", decimals(r.chain.library.percentile_95, 0)},
+                {"largest", decimals(r.chain.library.largest, 0)}});
+}
+
 constexpr const char *lead =
     R"(<p class="lead">A photograph is separated into four inks for a printing press and proofed
 back on the screen. Both conversions run through multidimensional byte tables of the library, and both are compared with
@@ -304,7 +323,7 @@ section separation_section(const gallery_inputs &inputs)
     const section_folder folder(inputs.output, "separation");
 
     const separation_results r = run_separation(std::move(photograph), press, engine, measured_rounds);
-    return {"separation", "From photograph to press and back",
+    return {"separation", "From photograph to press and back", summary(r),
             lead + key_figures(r) + before_and_after(r, text, folder) + plates(r, folder) + differences(r, folder) +
                 figures(r) + method(r)};
 }
