@@ -163,7 +163,7 @@ TEST(ListInsert, StopsAt65535Elements)
     Reports reports;
     EXPECT_EQ(list_insert(list.get(), "y"), -1);
     EXPECT_EQ(list_insert_index(list.get(), "y", 0, 0), -1);
-    EXPECT_EQ(reports.take(), lines{no_room});
+    EXPECT_EQ(reports.take(), lines(2, no_room));
     EXPECT_EQ(list_num(list.get()), 65535);
     EXPECT_EQ(*static_cast<char *>(list_get_element(list.get(), 65534)), 'x');
 }
@@ -220,7 +220,7 @@ TEST(ListInsertIndex, LeavesZeroedSlotsBeforeAFarIndexAndRefusesOneTooFar)
     Reports reports;
     for (const unsigned index : {65535U, 65536U, 0xffffffffU})
         EXPECT_EQ(list_insert_index(list.get(), &value, index, 1), -1) << index;
-    EXPECT_EQ(reports.take(), lines{no_room});
+    EXPECT_EQ(reports.take(), lines(3, no_room));
     EXPECT_EQ(list_num(list.get()), 3);
 }
 

@@ -155,7 +155,7 @@ TEST(FuncAlloc, KeptReturnsZeroAlsoWithoutRoom)
     void *y = nullptr;
     func_get_point(f.get(), 0, &x, &y);
     EXPECT_EQ(func_alloc(f.get(), 65536), 0);
-    EXPECT_EQ(reports.take(), lines{no_room});
+    EXPECT_EQ(reports.take(), lines(2, no_room));
     for (X i = 1; i < 50; ++i)
         func_insert(f.get(), &i, y);
     EXPECT_TRUE(at<X>(x) == 0 && at<Y>(y) == 7) << "the address lasts while the room does";

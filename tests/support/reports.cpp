@@ -1,29 +1,45 @@
 #include "support/reports.h"
 
 #include "error_mess.h"
+#include "str_utils.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iostream>
+#include <sstream>
 
 namespace teska_test
 {
 
-Reports::Reports() : previous_(error_set(2)) {}
+Reports::Reports() : previous_(error_set(1)) { testing::internal::CaptureStdout(); }
 
-Reports::~Reports() { error_set(previous_); }
+Reports::~Reports()
+{
+    collect();
+    error_set(previous_);
+}
 
 lines Reports::take()
 {
-    const std::string prefix = "ERROR : '";
-    lines taken;
-    while (const char *line = error_get()) {
-        std::string text = line;
-        // A line of another form is left whole, so that a comparison shows it.
-        if (text.size() > prefix.size() && text.starts_with(prefix) && text.ends_with('\''))
-            text = text.substr(prefix.size(), text.size() - prefix.size() - 1);
-        taken.push_back(text);
-    }
-    std::reverse(taken.begin(), taken.end());
+    lines taken = collect();
+    testing::internal::CaptureStdout();
     return taken;
+}
+
+lines Reports::collect()
+{
+    const std::string prefix = "ERROR : '";
+    std::istringstream printed(testing::internal::GetCapturedStdout());
+    lines collected;
+    for (std::string line; std::getline(printed, line);)
+        if (line.starts_with(prefix) && line.ends_with('\''))
+            collected.push_back(line.substr(prefix.size(), line.size() - prefix.size() - 1));
+        else
+            std::cout << line << std::endl;  // what the tests themselves print
+    std::sort(collected.begin(), collected.end(),
+              [](const std::string &a, const std::string &b) { return strcmp_ci(a.c_str(), b.c_str()) < 0; });
+    return collected;
 }
 
 }  // namespace teska_test

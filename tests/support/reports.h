@@ -11,8 +11,8 @@ namespace teska_test
 
 using lines = std::vector<std::string>;
 
-// Collects by the library's queue, so equal lines appear once and the order is that of their text. The reporting mode
-// is put back at the end of the object's life.
+// Collects what the printing mode writes on standard output: the queue would hold equal lines once. The reporting mode
+// is put back at the end of the object's life. One object at a time.
 class Reports
 {
 public:
@@ -25,6 +25,8 @@ public:
     lines take();
 
 private:
+    static lines collect();
+
     int previous_;
 };
 
