@@ -18,7 +18,7 @@
  *   Inputs, outputs, coordinates and pixels count from 0. Bytes are the whole range 0 .. 255 of their channel.
  *   Vertex data: the M bytes of vertex (g[0] .. g[N-1]) start at byte sum g[k] * s[k], with s[N-1] = M and
  *   s[k] = (R + E) * s[k+1]; E = 1 for md_tetrab_new. The vertices with an index R and above are never filled by the
- *   walk and never count.
+ *   walk. Conversion reads those with an index R at weight L, the lowest; with weights 0 .. 255 they never count.
  *   A table owns its data and curves; pointers into it are valid until md_tetrab_kill. They may be written to at any
  *   time between calls: the next conversion uses the new bytes.
  *   Failures of creation are reported through error_mess_fl (error_mess.h); all other functions cannot fail.
@@ -98,8 +98,9 @@ TESKA_API int md_tetrab_get_nrpoints(md_tetrab *table) TESKA_NOTHROW;
  * coord    N indices in 0 .. R - 1
  * inBytes  receives N bytes; may be null
  * Returns the address of the vertex's M output bytes.
- * These input bytes, converted, give back exactly the vertex when 255 is a multiple of R - 1 (R = 2, 4, 6,
- * 16, 18, 52, 86, 256) and for R = 3; for other R they are rounded and the result lies beside the vertex.
+ * With weights 0 .. 255 and identity curves these input bytes, converted, give back exactly the vertex when 255 is a
+ * multiple of R - 1 (R = 2, 4, 6, 16, 18, 52, 86, 256) and for R = 3; for other R they are rounded and the result lies
+ * beside the vertex.
  */
 TESKA_API unsigned char *md_tetrab_vertex_get(md_tetrab *table, const int *coord, unsigned char *inBytes) TESKA_NOTHROW;
 
@@ -114,11 +115,15 @@ TESKA_API int md_tetrab_scan_vertex(md_tetrab *table, int *coord) TESKA_NOTHROW;
 
 /* md_tetrab_interp - convert a run of pixels.
  *
- * With u[d] the input byte behind input curve d, each u[d] has a lower vertex index and a fraction f[d] in the weights
- * L .. H. The fractions in descending order, equal ones in the order of their dimensions, give N + 1 weights H - f0,
- * f0 - f1, .. f[N-1] for the vertices on the path that starts at the lower vertex of the cell and steps along the
- * dimensions in that order. The output is output curve c at the sum of the products of vertex value and weight. Each
- * product is rounded by itself.
+ * With u[d] the input byte behind input curve d, each u[d] has a lower vertex index i and a fraction f[d] in the
+ * weights L .. H, calculated in doubles:
+ *
+ *     t = u[d] / (255 / (R - 1));  i = floor(t);  f[d] = floor((t - i) * (H - L) + L);  u[d] = 255: i = R - 1, f[d] = L
+ *
+ * The fractions in descending order, equal ones in the order of their dimensions, give N + 1 weights H - f0, f0 - f1,
+ * .. f[N-1] for the vertices on the path that starts at the lower vertex of the cell and steps along the dimensions in
+ * that order. The output is output curve c at the sum of the products of vertex value and weight. Each product is
+ * rounded by itself.
  *
  * in         N pointers to the first byte of each input; not changed
  * inStep     bytes from one pixel of an input to the next; 0 and negative steps are fine
@@ -141,9 +146,10 @@ TESKA_API int md_tetrab_interp(md_tetrab *table, unsigned char **in, int inStep,
 
 /* md_tetrab_expand - a new table with another resolution and the same contents.
  *
- * The new table has weights 0 .. 255, extension 1 and identity curves. When newR - 1 is a multiple of R - 1,
- * its vertices are interpolated between those of the given table at exact fractions; vertices that coincide
- * are equal. Otherwise every new vertex is the conversion of its input bytes by md_tetrab_interp.
+ * The new table has weights 0 .. 255, extension 1 and identity curves. When newR - 1 is k times R - 1, its vertices are
+ * interpolated between those of the given table with weights 0 .. 255: the j-th of the k steps from a vertex to the
+ * next has the fraction 255 * j / k, rounded down, and vertices that coincide are equal. Otherwise every new vertex is
+ * the conversion of its input bytes by md_tetrab_interp.
  *
  * newR  at least 2
  * Returns the new table, owned by the caller, or NULL with the line of md_tetrab_new_special followed by

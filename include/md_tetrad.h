@@ -36,12 +36,13 @@ typedef struct md_tetrad md_tetrad;
  *
  * N, M    inputs and outputs; at least 1
  * R       vertices along each input; at least 2
- * lo, hi  the value of every input at index 0 and at index R - 1
+ * lo, hi  the value of every input at index 0 and at index R - 1; hi may lie below lo, and when both are equal only
+ *         that one input lies inside
  * Returns the table, owned by the caller (md_tetrad_kill), or NULL with one of
- * "md_tetra_new: illegal dimension"      N, M or R is too small
- * "md_tetrab_new: malloc failure"        no memory for the list of position tables
- * "md_tetrad_new: insuff. mem."          no memory for the position tables
- * "md_tetra_new: insufficient memory"    no memory for anything else, or more than INT_MAX values
+ *     "md_tetra_new: illegal dimension"       N, M or R is too small
+ *     "md_tetrab_new: malloc failure"         no memory for the list of position tables
+ *     "md_tetrad_new: insuff. mem."           no memory for the position tables
+ *     "md_tetra_new: insufficient memory"     no memory for anything else, or more than INT_MAX values
  * Kept: the texts name other functions.
  */
 TESKA_API md_tetrad *md_tetrad_new(int N, int M, int R, double lo, double hi) TESKA_NOTHROW;
