@@ -5,8 +5,8 @@
 // rising order. It is filled once, at the first use.
 //
 // Kernel sources are islands: intrinsics, <cstdint>, <cstddef>, this header and simplex.h, no other; everything else
-// stands in unnamed namespaces. A function that a kernel source shared with others by an inline definition would be merged by the
-// linker, possibly to the copy built for a newer processor.
+// stands in unnamed namespaces. A function that a kernel source shared with others by an inline definition would be
+// merged by the linker, possibly to the copy built for a newer processor.
 
 #ifndef TESKA_KERNELS_H
 #define TESKA_KERNELS_H

@@ -1,22 +1,22 @@
 // md_tetrab_scalar - conversion of bytes over a simplex: the definition
 //
 // One pixel: every input byte passes its curve and gives a lower vertex index and a weight inside the cell. The lower
-// indices together are the base vertex. From there a path of N + 1 vertices leads to the far corner, along the dimension
-// of the largest weight first; vertex i counts with the difference of the weights i - 1 and i. An output is its curve at
-// the sum, modulo 256, of the products of vertex value and difference:
+// indices together are the base vertex. From there a path of N + 1 vertices leads to the far corner, along the
+// dimension of the largest weight first; vertex i counts with the difference of the weights i - 1 and i. An output is
+// its curve at the sum, modulo 256, of the products of vertex value and difference:
 //
 //     N = 2, weights 200 and 60:   (H - 200) * P00 + (200 - 60) * P10 + 60 * P11
 //
 // Kept: each product is rounded by itself. The sum is not the rounded exact value, and a variant must not make it so.
 // Kept: with weights other than 0 .. 255 products may be 255 for a weight of 0, and sums wrap.
 //
-// A dimension is sorted as one number, weight << 32 | stride. Strides fall from dimension to dimension, so no two are equal
-// and the descending order of these numbers is the stable order of the weights, whichever way it is found.
+// A dimension is sorted as one number, weight << 32 | stride. Strides fall from dimension to dimension, so no two are
+// equal and the descending order of these numbers is the stable order of the weights, whichever way it is found.
 //
-// Four outputs are summed at once, in the four 16-bit lanes of a word. With weights 0 .. 255 the products are multiplied:
-// round(a * w / 255) = (t + (t >> 8)) >> 8 with t = a * w + 128, for all bytes a and w; t + (t >> 8) is at most 65407
-// and the differences sum to 255, so no lane carries into the next, in the sum either. Products from a table of 64 KiB,
-// which other weights need, take half as much time again.
+// Four outputs are summed at once, in the four 16-bit lanes of a word. With weights 0 .. 255 the products are
+// multiplied: round(a * w / 255) = (t + (t >> 8)) >> 8 with t = a * w + 128, for all bytes a and w; t + (t >> 8) is at
+// most 65407 and the differences sum to 255, so no lane carries into the next, in the sum either. Products from a table
+// of 64 KiB, which other weights need, take half as much time again.
 
 #include "Kernels/kernels.h"
 
@@ -41,7 +41,7 @@ struct path_vertex {
     uint64_t weight;
 };
 
-// ---- Sums of products: four outputs from `at + channel` on, in 16-bit lanes -------------------------------------------
+// ---- Sums of products: four outputs from `at + channel` on, in 16-bit lanes -----------------------------------------
 
 [[gnu::always_inline]] inline uint64_t four_bytes_in_lanes(const uint8_t *at) noexcept
 {
@@ -92,7 +92,7 @@ private:
     const uint8_t *products_;
 };
 
-// ---- The path ---------------------------------------------------------------------------------------------------------
+// ---- The path -------------------------------------------------------------------------------------------------------
 
 [[gnu::always_inline]] inline void order(uint64_t &first, uint64_t &second) noexcept
 {
@@ -162,7 +162,7 @@ template <int N>
     return change != 0;
 }
 
-// ---- Runs -------------------------------------------------------------------------------------------------------------
+// ---- Runs -----------------------------------------------------------------------------------------------------------
 
 // N inputs and M outputs, both 1 .. 4, no output null, weights 0 .. 255.
 template <int N, int M>

@@ -24,9 +24,9 @@ struct place {
     double fraction;
 };
 
-// Quotients miss the grid by a rounding at many vertices, for R = 50 in 0 .. 1 even at the upper end; therefore an input
-// that is the product a vertex was filled from counts as that vertex. The index is limited before it becomes an integer,
-// in an order by which not-a-number gives 0.
+// Quotients miss the grid by a rounding at many vertices, for R = 50 in 0 .. 1 even at the upper end; therefore an
+// input that is the product a vertex was filled from counts as that vertex. The index is limited before it becomes an
+// integer, in an order by which not-a-number gives 0.
 [[gnu::always_inline]] inline place locate(const tetrad_table &table, double x) noexcept
 {
     const int top = table.resolution - 1;
@@ -42,11 +42,11 @@ struct place {
     return {i, t - i};
 }
 
-// ---- The path ---------------------------------------------------------------------------------------------------------
+// ---- The path -------------------------------------------------------------------------------------------------------
 
 // The order of N fractions by the answers to "fraction e < fraction d" for all e < d, one bit each: dimension e stands
-// behind d where the answer is yes. Answers that contradict each other come from not-a-number; any order will do then, as
-// long as no fraction is lost.
+// behind d where the answer is yes. Answers that contradict each other come from not-a-number; any order will do then,
+// as long as no fraction is lost.
 template <int N>
 struct order_table {
     static constexpr unsigned answers = 1U << (N * (N - 1) / 2);
@@ -133,7 +133,7 @@ template <int N>
     return value;
 }
 
-// ---- Runs -------------------------------------------------------------------------------------------------------------
+// ---- Runs -----------------------------------------------------------------------------------------------------------
 
 // N inputs and M outputs, both 1 .. 4, no output null.
 template <int N, int M>

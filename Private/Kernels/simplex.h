@@ -1,11 +1,9 @@
 // simplex - what the kernels that interpolate over a simplex have in common
 //
-// A point of a cell has one fraction per dimension. In descending order they say along which dimension the
-// path from the lower to the far corner of the cell steps next, and the weights of its N + 1 vertices are
-// their differences.
+// A point of a cell has one fraction per dimension. In descending order they say along which dimension the path from
+// the lower to the far corner of the cell steps next, and the weights of its N + 1 vertices are their differences.
 //
-// In an unnamed namespace on purpose: every kernel source gets a copy of its own, built for its instruction
-// set.
+// In an unnamed namespace on purpose: every kernel source gets a copy of its own, built for its instruction set.
 
 #ifndef TESKA_SIMPLEX_H
 #define TESKA_SIMPLEX_H

@@ -4,8 +4,8 @@
 // list of corner offsets made once, and is done by the kernels. With three inputs the six tetrahedra of a cell meet in
 // the diagonal from corner 0 to corner 7; comparing the fractions chooses one, and its path visits two corners between.
 //
-// Example: N = 3, 17 points, M = 4, so strides 1156, 68, 4. in = (0.25, 0.5, 0.53125): x = 4, 8, 8.5, the cell starts at
-// element 4 * 1156 + 8 * 68 + 8 * 4 = 5200; fx = fy = 0, fz = 0.5: the path is 0, 4, 5, 7 and the result lies
+// Example: N = 3, 17 points, M = 4, so strides 1156, 68, 4. in = (0.25, 0.5, 0.53125): x = 4, 8, 8.5, the cell starts
+// at element 4 * 1156 + 8 * 68 + 8 * 4 = 5200; fx = fy = 0, fz = 0.5: the path is 0, 4, 5, 7 and the result lies
 // halfway between grid points (4, 8, 8) and (4, 8, 9).
 //
 // The arrays are shared by copies and never freed, so the object holds plain pointers. No process-wide state.
@@ -63,8 +63,8 @@ struct path_rule {
     std::uint8_t input[3];
 };
 
-// By the answers to fz < fy, "z over x" and fy < fx, the first one in the highest bit; a table, because on a noisy image
-// the branches would be guessed wrong half of the time.
+// By the answers to fz < fy, "z over x" and fy < fx, the first one in the highest bit; a table, because on a noisy
+// image the branches would be guessed wrong half of the time.
 constexpr path_rule path_rules[8] = {
     {{1, 5}, {0, 2, 1}},  // x, z, y
     {{1, 5}, {0, 2, 1}},

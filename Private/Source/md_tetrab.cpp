@@ -5,8 +5,8 @@
 //
 //     |<- (R + E)^N * M: vertices, dimension 0 slowest ->|<- far corner + 64 ->|
 //
-// The padding is zero and not counted. It lets kernels read whole words at the last vertex, and with E = 0 it stands for
-// the missing layer of dimension 0 (that of the others is the next row of the grid).
+// The padding is zero and not counted. It lets kernels read whole words at the last vertex, and with E = 0 it stands
+// for the missing layer of dimension 0 (that of the others is the next row of the grid).
 //
 // What conversion needs of a byte u behind its input curve is looked up. With step = 255 / (R - 1), t = u / step and
 // i = floor(t):
@@ -69,7 +69,7 @@ struct md_tetrab {
 namespace
 {
 
-// ---- Creation, in its order -------------------------------------------------------------------------------------------
+// ---- Creation, in its order -----------------------------------------------------------------------------------------
 
 bool legal(const teska::grid_shape &shape, int low, int high)
 {
@@ -168,7 +168,7 @@ bool make_lines(md_tetrab &table)
     return static_cast<bool>(table.lines);
 }
 
-// ---- Conversion -------------------------------------------------------------------------------------------------------
+// ---- Conversion -----------------------------------------------------------------------------------------------------
 
 teska::tetrab_table kernel_view(const md_tetrab &table)
 {
@@ -198,7 +198,7 @@ int first_above(double threshold)
     return threshold < 0 ? 0 : static_cast<int>(std::floor(threshold)) + 1;
 }
 
-// ---- Expansion --------------------------------------------------------------------------------------------------------
+// ---- Expansion ------------------------------------------------------------------------------------------------------
 
 // The values at one vertex of a grid that is `ratio` times as fine: its place in the source's cell is exact, j / ratio.
 void subdivide(const md_tetrab &source, const int *coord, int ratio, uint8_t *vertex)

@@ -1,7 +1,7 @@
 // md_tetrad - evaluation of points through a regular grid of doubles (colour)
 //
-// The grid has R vertices per dimension that callers fill and one further layer behind them, so that the cell that begins
-// at a top vertex exists; it is read with weight 0:
+// The grid has R vertices per dimension that callers fill and one further layer behind them, so that the cell that
+// begins at a top vertex exists; it is read with weight 0:
 //
 //     |<- (R + 1)^N * M doubles, dimension 0 slowest ->|
 //
@@ -44,7 +44,7 @@ struct md_tetrad {
 namespace
 {
 
-// ---- Creation, in its order -------------------------------------------------------------------------------------------
+// ---- Creation, in its order -----------------------------------------------------------------------------------------
 
 bool make_data(md_tetrad &table)
 {

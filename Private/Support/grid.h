@@ -1,12 +1,12 @@
 // grid - shape, storage and walk of a regular N-dimensional grid of vertices
 //
-// The values of vertex (g[0] .. g[N-1]) start at element sum g[k] * stride[k]; the values of one vertex are
-// adjacent and dimension 0 varies slowest:
+// The values of vertex (g[0] .. g[N-1]) start at element sum g[k] * stride[k]; the values of one vertex are adjacent
+// and dimension 0 varies slowest:
 //
 //     stride[N-1] = outputs,   stride[k] = (resolution + extension) * stride[k+1]
 //
-// Strides fall strictly from dimension to dimension. The walk over the vertices runs the other way,
-// coordinate 0 fastest.
+// Strides fall strictly from dimension to dimension. The walk over the vertices runs the other way, coordinate 0
+// fastest.
 //
 //     const grid_shape shape{.inputs = 3, .outputs = 4, .resolution = 17, .extension = 1};
 //     if (grid_fits(shape))
@@ -22,8 +22,8 @@
 namespace teska
 {
 
-// A grid that fits has at least two points per dimension and at most INT_MAX points, so its coordinates fit
-// local arrays.
+// A grid that fits has at least two points per dimension and at most INT_MAX points, so its coordinates fit local
+// arrays.
 constexpr int grid_max_inputs = 30;
 
 struct grid_shape {
@@ -73,8 +73,7 @@ constexpr Stride grid_strides(const grid_shape &shape, Stride *stride) noexcept
     return sum;
 }
 
-// The walk: steps coord to the next vertex (all zeros after the last) and returns how many follow the one it
-// was at.
+// The walk: steps coord to the next vertex (all zeros after the last) and returns how many follow the one it was at.
 constexpr int grid_scan(const grid_shape &shape, int *coord) noexcept
 {
     std::int64_t number = 1;
