@@ -7,45 +7,48 @@
 #include <csetjmp>
 #include <cstdio>
 #include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 #include <unistd.h>
 
 namespace
 {
 
+using lines = std::vector<std::string>;
+
 // Taken before any test sets them.
 const int initial_mode = error_set(1);
 const int initial_threshold = teska_warn_level(0);
 const int initial_debug = dbg_set(0);
 
-void report(const std::string &message) { EXPECT_EQ(error_mess_fl(message.c_str(), __FILE__, __LINE__), 0); }
-
-std::string take()
+void report(const lines &messages)
 {
-    const char *line = error_get();
-    return line != nullptr ? line : "(none)";
+    for (const std::string &message : messages)
+        EXPECT_EQ(error_mess_fl(message.c_str(), __FILE__, __LINE__), 0);
 }
 
-// Runs body and gives what it printed on standard output.
+lines take()
+{
+    lines taken;
+    while (const char *line = error_get())
+        taken.emplace_back(line);
+    return taken;
+}
+
+// Runs body and gives what it printed on standard output, all of which must have reached the file behind it.
 template <class Body>
 std::string printed(Body &&body)
-{
-    testing::internal::CaptureStdout();
-    body();
-    return testing::internal::GetCapturedStdout();
-}
-
-// Whether all that body printed has reached the file behind standard output.
-template <class Body>
-bool flushes(Body &&body)
 {
     testing::internal::CaptureStdout();
     body();
     const long arrived = lseek(1, 0, SEEK_CUR);
     std::fflush(stdout);
     const long written = lseek(1, 0, SEEK_CUR);
-    testing::internal::GetCapturedStdout();
-    return written > 0 && arrived == written;
+    std::string text = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(arrived, written) << "not flushed";
+    return text;
 }
 
 class Reporting : public testing::Test
@@ -64,167 +67,88 @@ using ErrorMess = Reporting;
 using ErrorSet = Reporting;
 using ErrorExit = Reporting;
 using TeskaWarn = Reporting;
-using Dbg = Reporting;
 
 }  // namespace
 
-TEST_F(ErrorMess, PrintsAtOnceInTheInitialMode)
+TEST_F(ErrorMess, PrintsKeepsOrDropsALineAsTheModeSays)
 {
+    const std::string long_message(600, 'x');
+    const std::string cut = "ERROR : '" + std::string(502, 'x');
+    const std::tuple<int, lines, std::string, lines> cases[] = {
+        {1, {"list_new : 100% #1"}, "ERROR : 'list_new : 100% #1'\n", {}},
+        {1, {long_message}, cut + '\n', {}},
+        {2, {"Abc", "Abc", "abc"}, "", {"ERROR : 'Abc'"}},
+        {3, {"first", "second"}, "", {"ERROR : 'second'"}},
+        {3, {long_message}, "", {cut}},
+        {0, {"lost"}, "", {}},
+        {4, {"lost"}, "", {}},
+        {-1, {"lost"}, "", {}}};
     EXPECT_EQ(initial_mode, 1);
-    EXPECT_EQ(printed([] { report("list_new : 100% #1"); }), "ERROR : 'list_new : 100% #1'\n");
-    EXPECT_EQ(take(), "(none)");
-    EXPECT_EQ(printed([] { EXPECT_EQ(error_display_all_msgs(), 0); }), "");
-}
-
-TEST_F(ErrorMess, FlushesWhatItPrints)
-{
-    EXPECT_TRUE(flushes([] { report("ink"); }));
-    EXPECT_TRUE(flushes([] { teska_warn(1, "ink"); }));
-    dbg_set(1);
-    EXPECT_TRUE(flushes([] { dbg("ink"); }));
-    error_set(2);
-    report("ink");
-    EXPECT_TRUE(flushes([] { error_display_all_msgs(); }));
-}
-
-TEST_F(ErrorMess, CutsALineAt511Characters)
-{
-    const std::string line = printed([] { report(std::string(600, 'x')); });
-    EXPECT_EQ(line, "ERROR : '" + std::string(502, 'x') + "\n");
-    error_set(3);
-    report(std::string(600, 'x'));
-    EXPECT_EQ(take() + "\n", line);
-}
-
-TEST_F(ErrorMess, QueuesEqualLinesOnce)
-{
-    error_set(2);
-    for (const char *message : {"Abc", "Abc", "abc"})
-        report(message);
-    EXPECT_EQ(take(), "ERROR : 'Abc'");
-    EXPECT_EQ(take(), "(none)");
-}
-
-TEST_F(ErrorMess, KeptHandsQueuedLinesOutInDescendingOrder)
-{
-    error_set(2);
-    for (const char *message : {"b", "A", "c"})
-        report(message);
-    EXPECT_EQ(take(), "ERROR : 'c'");
-    report("B2");
-    EXPECT_EQ(printed([] { error_display_all_msgs(); }), "ERROR : 'B2'\nERROR : 'b'\nERROR : 'A'\n");
-    EXPECT_EQ(take(), "(none)");
-}
-
-TEST_F(ErrorMess, KeptCutsAQueuedLineAt256CharactersAndTakesItForAnother)
-{
-    error_set(2);
-    for (int i = 0; i < 2; ++i)
-        report(std::string(300, 'x'));
-    const std::string first_256 = "ERROR : '" + std::string(247, 'x');
-    EXPECT_EQ(take(), first_256);
-    EXPECT_EQ(take(), first_256);
-    EXPECT_EQ(take(), "(none)");
-}
-
-TEST_F(ErrorMess, QueuesMoreLinesThanTheQueueHoldsAtFirst)
-{
-    error_set(2);
-    for (int i = 0; i < 120; ++i)
-        report(std::to_string(1000 + i));
-    for (int i = 119; i >= 0; --i)
-        EXPECT_EQ(take(), "ERROR : '" + std::to_string(1000 + i) + "'");
-}
-
-TEST_F(ErrorMess, KeepsTheLastLineInMode3)
-{
-    error_set(3);
-    report("first");
-    report("second");
-    EXPECT_EQ(take(), "ERROR : 'second'");
-    EXPECT_EQ(take(), "(none)");
-}
-
-TEST_F(ErrorMess, DropsLinesInOtherModes)
-{
-    for (const int mode : {0, 4, 77, -1}) {
+    for (const auto &[mode, reported, expected, fetched] : cases) {
         error_set(mode);
-        EXPECT_EQ(printed([] { report("lost"); }), "");
-        EXPECT_EQ(take(), "(none)");
+        EXPECT_EQ(printed([&] { report(reported); }), expected) << mode;
+        EXPECT_EQ(take(), fetched) << mode;
     }
 }
 
-TEST_F(ErrorSet, KeepsTheQueueInMode2AndDropsItOnLeaving)
+TEST_F(ErrorMess, KeptCutsQueuedLinesAt256CharactersAndHandsThemOutInDescendingOrder)
 {
-    EXPECT_EQ(error_set(2), 1);
-    report("kept");
-    EXPECT_EQ(error_set(2), 2);
-    EXPECT_EQ(take(), "ERROR : 'kept'");
-    report("lost");
-    EXPECT_EQ(error_set(77), 2);
-    EXPECT_EQ(error_set(2), 77);
-    EXPECT_EQ(take(), "(none)");
-}
-
-TEST_F(ErrorSet, KeptForgetsTheKeptLineWhenMode3IsSetAgain)
-{
-    error_set(3);
-    report("lost");
-    error_set(3);
-    EXPECT_EQ(take(), "(none)");
-    report("kept");
-    error_set(1);
-    EXPECT_EQ(take(), "(none)");
-}
-
-TEST_F(TeskaWarn, PrintsAboveTheThresholdInEveryMode)
-{
-    const auto warn = [](int level) { return printed([=] { teska_warn(level, "ink"); }); };
-    const std::string line = "WARNING  : 'ink'\n";
-    EXPECT_EQ(initial_threshold, 0);
+    const std::string first_256 = "ERROR : '" + std::string(247, 'x');
+    const std::string cut(300, 'x');
+    lines expected = {first_256, first_256, "ERROR : 'c'", "ERROR : 'B'", "ERROR : 'a'"};
     error_set(2);
-    EXPECT_EQ(warn(0), "");
-    EXPECT_EQ(warn(1), line);
-    EXPECT_EQ(teska_warn_level(-3), 0);
-    EXPECT_EQ(warn(-3), "");
-    EXPECT_EQ(warn(-2), line);
-    EXPECT_EQ(teska_warn_level(0), -3);
-    EXPECT_EQ(take(), "(none)");
+    report({"B", cut, "a", "c", cut});
+    for (int i = 999; i >= 900; --i) {
+        report({std::to_string(i)});
+        expected.push_back("ERROR : '" + std::to_string(i) + "'");
+    }
+    EXPECT_EQ(take(), expected);
+    report({"a", "b"});
+    EXPECT_EQ(printed([] { error_display_all_msgs(); }), "ERROR : 'b'\nERROR : 'a'\n");
+    EXPECT_EQ(take(), lines{});
 }
 
-TEST_F(Dbg, PrintsWhileSwitchedOn)
+TEST_F(ErrorSet, KeptForgetsTheKeptLineWhenMode3IsSetAgainAndTheQueueOnLeavingMode2)
 {
-    const auto debug = [] { return printed([] { dbg("ink"); }); };
-    EXPECT_EQ(initial_debug, 0);
-    EXPECT_EQ(debug(), "");
-    EXPECT_EQ(dbg_set(-5), 0);
-    error_set(0);
-    EXPECT_EQ(debug(), "DEBUG : 'ink'\n");
-    EXPECT_EQ(dbg_set(0), -5);
+    const std::tuple<int, int, lines> cases[] = {{2, 2, {"ERROR : 'ink'"}}, {2, 77, {}}, {3, 3, {}}, {3, 1, {}}};
+    for (const auto &[mode, next, kept] : cases) {
+        error_set(mode);
+        report({"ink"});
+        EXPECT_EQ(error_set(next), mode);
+        EXPECT_EQ(error_set(mode), next);
+        EXPECT_EQ(take(), kept) << mode << ", " << next;
+    }
 }
 
-TEST_F(ErrorExit, HandsTheLineToTheRuntimeWhateverTheMode)
+TEST_F(TeskaWarn, PrintsAboveTheThresholdAndDbgWhileSwitchedOnInEveryMode)
 {
-    static std::string line;
-    wem_set_errexit([](const char *text) {
-        line = text;
-        return 42;
-    });
-    error_set(2);
-    EXPECT_EQ(error_exit("out of ink"), 42);
-    EXPECT_EQ(line, "ERROR  : 'out of ink'");
-    EXPECT_EQ(take(), "(none)");
+    const std::tuple<int, int, int, std::string> cases[] = {{0, 0, 0, ""},
+                                                            {0, 1, 0, "WARNING  : 'ink'\n"},
+                                                            {-3, -3, -5, "DEBUG : 'ink'\n"},
+                                                            {-3, -2, 1, "WARNING  : 'ink'\nDEBUG : 'ink'\n"}};
+    int threshold = initial_threshold;
+    int debug = initial_debug;
+    EXPECT_TRUE(threshold == 0 && debug == 0);
+    for (const auto &[new_threshold, level, new_debug, expected] : cases)
+        for (const int mode : {0, 1, 2, 3}) {
+            error_set(mode);
+            EXPECT_EQ(teska_warn_level(new_threshold), std::exchange(threshold, new_threshold));
+            EXPECT_EQ(dbg_set(new_debug), std::exchange(debug, new_debug));
+            EXPECT_EQ(printed([&] { teska_warn(level, "ink"), dbg("ink"); }), expected);
+            EXPECT_EQ(take(), lines{});
+        }
 }
 
-TEST_F(ErrorExit, LetsTheHandlerLeaveByThrowingOrJumping)
+TEST_F(ErrorExit, HandsTheLineToTheRuntimeWhateverTheModeAndLetsTheHandlerJump)
 {
-    wem_set_errexit([](const char *text) -> int { throw std::string(text); });
-    EXPECT_THROW(error_exit("thrown"), std::string);
-
     static std::jmp_buf back;
-    wem_set_errexit([](const char *) -> int { std::longjmp(back, 7); });
+    static std::string line;
+    wem_set_errexit([](const char *text) -> int { line = text, std::longjmp(back, 7); });
+    error_set(2);
     const int code = setjmp(back);
     if (code == 0)
         error_exit("jumped");
     EXPECT_EQ(code, 7);
+    EXPECT_EQ(line, "ERROR  : 'jumped'");
+    EXPECT_EQ(take(), lines{});
 }
