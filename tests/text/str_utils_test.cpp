@@ -3,70 +3,37 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstring>
 #include <string>
+#include <tuple>
 
 namespace
 {
 
-// Applies an in-place change to a copy.
-template <class Change>
-std::string changed(std::string text, Change change)
-{
-    change(text.data());
-    return text.c_str();
-}
+using Text = const char *;
 
-struct Split {
-    int result;
-    std::string left, right;
-    bool operator==(const Split &) const = default;
-};
-
-Split split(const char *text, char separator)
-{
-    char left[64] = "untouched";
-    char right[64] = "untouched";
-    const int result = strsplit(text, separator, left, right);
-    return {result, left, right};
-}
-
-std::ptrdiff_t offset(const char *found, const char *text) { return found != nullptr ? found - text : -1; }
+std::ptrdiff_t offset(Text found, Text text) { return found != nullptr ? found - text : -1; }
 
 }  // namespace
 
-TEST(StrcmpCi, ComparesSignedBytesFoldedToUpperCase)
+TEST(StrcmpCi, KeptTakesTheLongerTextForTheGreaterAndComparesSignedBytesFoldedToUpperCase)
 {
-    const struct {
-        const char *a, *b;
-        int result;
-    } cases[] = {{"abc", "ABD", -1}, {"abc", "ABC", 0},   {"ab", "a", 1},     {"", "", 0},
-                 {"", "a", -1},      {"_", "a", 1},       {"_", "Z", 1},      {"@", "a", -1},
-                 {"{", "z", 1},      {"a\x80", "ab", -1}, {"\xff", "\x80", 1}};
-    for (const auto &c : cases) {
-        EXPECT_EQ(strcmp_ci(c.a, c.b), c.result) << c.a << " | " << c.b;
-        EXPECT_EQ(strcmp_ci(c.b, c.a), -c.result) << c.b << " | " << c.a;
-        EXPECT_EQ(str_ins(c.a, c.b), c.result >= 0 ? 1 : 0) << c.a << " | " << c.b;
+    const std::tuple<Text, Text, int> cases[] = {
+        {"abc", "ABD", -1}, {"abc", "ABC", 0}, {"ab", "a", 1},  {"", "", 0},         {"_", "a", 1},      {"_", "Z", 1},
+        {"@", "a", -1},     {"{", "z", 1},     {"\x80", "", 1}, {"a\x80", "ab", -1}, {"\xff", "\x80", 1}};
+    for (const auto &[a, b, result] : cases) {
+        EXPECT_EQ(strcmp_ci(a, b), result) << a << " | " << b;
+        EXPECT_EQ(strcmp_ci(b, a), -result) << b << " | " << a;
+        EXPECT_EQ(str_ins(a, b), result >= 0 ? 1 : 0) << a << " | " << b;
     }
 }
 
-TEST(StrcmpCi, KeptTakesTheLongerTextForTheGreaterWhateverItsByte)
+TEST(StrncmpCi, KeptGoesOnBehindATerminatingZero)
 {
-    EXPECT_EQ(strcmp_ci("\x80", ""), 1);
-    EXPECT_EQ(strcmp_ci("", "\x80"), -1);
+    const std::tuple<Text, Text, int, int> cases[] = {
+        {"a\0x", "a\0y", 3, 1}, {"a\0x", "A\0y", 2, 0}, {"[", "{", 1, 1}, {"a", "b", 0, 0}, {"a", "b", -1, 0}};
+    for (const auto &[a, b, n, result] : cases)
+        EXPECT_EQ(strncmp_ci(a, b, n), result) << a << " | " << b;
 }
-
-TEST(StrncmpCi, ComparesExactlyNBytes)
-{
-    EXPECT_EQ(strncmp_ci("Ab", "aB", 2), 0);
-    EXPECT_EQ(strncmp_ci("Abx", "aBy", 2), 0);
-    EXPECT_EQ(strncmp_ci("Abx", "aBy", 3), 1);
-    EXPECT_EQ(strncmp_ci("[", "{", 1), 1) << "only letters are folded";
-    for (const int n : {0, -1})
-        EXPECT_EQ(strncmp_ci("a", "b", n), 0);
-}
-
-TEST(StrncmpCi, KeptGoesOnBehindATerminatingZero) { EXPECT_EQ(strncmp_ci("a\0x", "a\0y", 3), 1); }
 
 TEST(ChrEqCi, FoldsTheLettersOfAsciiOnly)
 {
@@ -79,119 +46,85 @@ TEST(ChrEqCi, FoldsTheLettersOfAsciiOnly)
 
 TEST(StrncpyW0, EndsWithAZeroAndWritesNoFurther)
 {
-    const struct {
-        const char *source;
-        int n;
-        std::string written;
-    } cases[] = {
+    const std::tuple<Text, int, std::string> cases[] = {
         {"abcdef", 3, {"abc\0#", 5}}, {"ab", 3, {"ab\0##", 5}}, {"ab", 0, {"\0####", 5}}, {"ab", -2, {"\0####", 5}}};
-    for (const auto &c : cases) {
-        char destination[5] = {'#', '#', '#', '#', '#'};
-        EXPECT_EQ(strncpy_w0(destination, c.source, c.n), 0);
-        EXPECT_EQ(std::string(destination, 5), c.written) << c.n;
-    }
-    const char unterminated[2] = {'x', 'y'};
-    char destination[3];
-    strncpy_w0(destination, unterminated, 2);
-    EXPECT_STREQ(destination, "xy");
-}
-
-TEST(StrStr, FindsTheFirstOccurrence)
-{
-    const struct {
-        const char *text, *pattern;
-        long exact, without_case;
-    } cases[] = {{"abcabc", "bc", 1, 1}, {"aBcabc", "bc", 4, 1}, {"abC", "Bc", -1, 1},  {"aab", "AB", -1, 1},
-                 {"ab", "abc", -1, -1},  {"a", "", 0, 0},        {"[\x80{", "{", 2, 2}, {"x[", "{", -1, -1}};
-    for (const auto &c : cases) {
-        EXPECT_EQ(offset(str_str(c.text, c.pattern), c.text), c.exact) << c.text << " | " << c.pattern;
-        EXPECT_EQ(offset(strstr_ci(c.text, c.pattern), c.text), c.without_case) << c.text << " | " << c.pattern;
+    for (const auto &[source, n, written] : cases) {
+        char destination[] = "#####";
+        EXPECT_EQ(strncpy_w0(destination, source, n), 0);
+        EXPECT_EQ(std::string(destination, 5), written) << n;
     }
 }
 
 TEST(StrStr, KeptFindsNothingInAnEmptyText)
 {
-    EXPECT_EQ(str_str("", ""), nullptr);
-    EXPECT_EQ(strstr_ci("", ""), nullptr);
+    const std::tuple<Text, Text, int, int> cases[] = {
+        {"abcabc", "bc", 1, 1}, {"aBcabc", "bc", 4, 1}, {"abC", "Bc", -1, 1},
+        {"aab", "AB", -1, 1},   {"ab", "abc", -1, -1},  {"a", "", 0, 0},
+        {"[\x80{", "{", 2, 2},  {"x[", "{", -1, -1},    {"", "", -1, -1}};
+    for (const auto &[text, pattern, exact, without_case] : cases) {
+        EXPECT_EQ(offset(str_str(text, pattern), text), exact) << text << " | " << pattern;
+        EXPECT_EQ(offset(strstr_ci(text, pattern), text), without_case) << text << " | " << pattern;
+    }
 }
 
 TEST(Normstr, TrimsWhiteSpaceAndFolds)
 {
-    const struct {
-        const char *text, *trimmed, *folded;
-    } cases[] = {{"  Hello World\r\n", "Hello World", "hello world"},
-                 {"\t \n\r", "", ""},
-                 {"", "", ""},
-                 {"\v@AZ\xc4[", "\v@AZ\xc4[", "\v@az\xc4["}};
-    for (const auto &c : cases) {
-        EXPECT_EQ(changed(c.text, normstr_wc), c.trimmed);
-        EXPECT_EQ(changed(c.text, normstr), c.folded);
+    const std::tuple<Text, Text, Text> cases[] = {{" \r\n\tHello World\r\n \t", "Hello World", "hello world"},
+                                                  {"\t \n\r", "", ""},
+                                                  {"", "", ""},
+                                                  {"\v@AZ\xc4[", "\v@AZ\xc4[", "\v@az\xc4["}};
+    for (const auto &[text, trimmed, folded] : cases) {
         char copy[32];
-        normstr_wc_cp(c.text, copy);
-        EXPECT_STREQ(copy, c.trimmed);
-        normstr_cp(c.text, copy);
-        EXPECT_STREQ(copy, c.folded);
+        normstr_wc_cp(text, copy);
+        EXPECT_STREQ(copy, trimmed);
+        normstr_cp(text, copy);
+        EXPECT_STREQ(copy, folded);
     }
 }
 
 TEST(Strsplit, SplitsAtTheFirstSeparatorAndTrims)
 {
-    EXPECT_EQ(split("key = value", '='), (Split{0, "key", "value"}));
-    EXPECT_EQ(split("a=b=c", '='), (Split{0, "a", "b=c"}));
-    EXPECT_EQ(split("=", '='), (Split{0, "", ""}));
-    EXPECT_EQ(split("key value", '='), (Split{1, "untouched", "untouched"}));
-    EXPECT_EQ(split("key", '\0'), (Split{1, "untouched", "untouched"}));
-}
-
-TEST(Strsplit, RefusesNullAndLetsLeftBeTheTextItself)
-{
-    char text[] = " key = value ";
-    char right[16];
-    EXPECT_EQ(strsplit(nullptr, '=', text, right), 1);
-    EXPECT_EQ(strsplit(text, '=', nullptr, right), 1);
-    EXPECT_EQ(strsplit(text, '=', right, nullptr), 1);
-    EXPECT_EQ(strsplit(text, '=', text, right), 0);
-    EXPECT_STREQ(text, "key");
-    EXPECT_STREQ(right, "value");
+    const std::tuple<Text, char, int, Text, Text> cases[] = {{" key = value ", '=', 0, "key", "value"},
+                                                             {"a=b=c", '=', 0, "a", "b=c"},
+                                                             {"=", '=', 0, "", ""},
+                                                             {"key value", '=', 1, "key value", "untouched"},
+                                                             {"key", '\0', 1, "key", "untouched"}};
+    for (const auto &[text, separator, result, left, right] : cases) {
+        std::string given = text;  // the left side replaces it
+        char behind[16] = "untouched";
+        EXPECT_EQ(strsplit(given.data(), separator, given.data(), behind), result);
+        EXPECT_STREQ(given.c_str(), left);
+        EXPECT_STREQ(behind, right);
+    }
+    char side[2];
+    EXPECT_EQ(strsplit(nullptr, '=', side, side), 1);
+    EXPECT_EQ(strsplit("=", '=', nullptr, side), 1);
+    EXPECT_EQ(strsplit("=", '=', side, nullptr), 1);
 }
 
 TEST(StrRemoveMultipleBlanks, KeepsOneBlankOfARunAndAllTabs)
 {
-    const auto remove = [](const char *text) { return changed(text, str_remove_multiple_blanks); };
-    EXPECT_EQ(remove("a   b  c"), "a b c");
-    EXPECT_EQ(remove("   "), " ");
-    EXPECT_EQ(remove("  a\t\t b  "), " a\t\t b ");
+    const std::tuple<std::string, Text> cases[] = {{"a   b  c", "a b c"}, {"   ", " "}, {"  a\t\t b  ", " a\t\t b "}};
+    for (auto [text, expected] : cases) {
+        EXPECT_EQ(str_remove_multiple_blanks(text.data()), 0);
+        EXPECT_STREQ(text.c_str(), expected);
+    }
 }
 
-TEST(StrGoToNextLine, StepsOverOneLineEnd)
+TEST(StrGoToNextWord, KeptStepsOverTheEndOfTheTextWhereTheNextLineStops)
 {
-    const struct {
-        const char *text;
-        int offset;
-    } cases[] = {{"ab\r\ncd", 4}, {"ab\ncd", 3}, {"ab\rcd", 3}, {"\r\rx", 1}, {"\n\rx", 1}, {"ab", 2}, {"", 0}};
-    for (const auto &c : cases) {
-        const char *cursor = c.text;
+    // The offsets of the next line and of the next word; "!" stands two zeros behind the text.
+    const std::tuple<std::string, int, int> cases[] = {
+        {"ab\r\ncd", 4, 2}, {"ab\ncd", 3, 2}, {"ab\rcd", 3, 2}, {"\r\rx", 1, 0},    {"\n\rx", 1, 0}, {"ab", 2, 4},
+        {"", 0, 2},         {"ab cd", 5, 3},  {"  cd", 4, 2},   {"ab \t cd", 7, 5}, {" \r", 2, 1},   {"\tcd", 3, 1}};
+    for (const auto &[text, line, word] : cases) {
+        const std::string continued = text + std::string("\0\0!", 3);
+        Text cursor = continued.data();
         str_go_to_next_line(&cursor);
-        EXPECT_EQ(cursor - c.text, c.offset) << c.text;
+        EXPECT_EQ(cursor - continued.data(), line) << text;
+        cursor = continued.data();
+        const char reached = str_go_to_next_word(&cursor);
+        EXPECT_EQ(reached, *cursor) << text;
+        EXPECT_EQ(cursor - continued.data(), word) << text;
     }
-}
-
-TEST(StrGoToNextWord, StopsAtTheNextWordOrLineEnd)
-{
-    const struct {
-        const char *text;
-        int offset;
-    } cases[] = {{"ab cd", 3}, {"  cd", 2}, {"ab \t cd", 5}, {"ab\ncd", 2}, {" \r", 1}, {"\tcd", 1}};
-    for (const auto &c : cases) {
-        std::string text = c.text;
-        char *cursor = text.data();
-        EXPECT_EQ(str_go_to_next_word(&cursor), c.text[c.offset]);
-        EXPECT_EQ(cursor - text.data(), c.offset) << c.text;
-    }
-}
-
-TEST(StrGoToNextWord, KeptStepsOverTheEndOfTheText)
-{
-    const char *cursor = "ab\0\0cd";
-    EXPECT_EQ(str_go_to_next_word(&cursor), 'c');
 }
