@@ -10,52 +10,34 @@ namespace teska_test
 namespace
 {
 
-constexpr const char *no_list = "list_new : Not enough resources to create list";
-constexpr const char *no_room = "list_insert : Unable to extend list, insufficient resources";
+using List = std::shared_ptr<list_rec>;
 
 // A list of one full slot: every insertion has to grow it.
-std::shared_ptr<list_rec> full_list()
+List full_list()
 {
-    std::shared_ptr<list_rec> list(list_new(1, 4, nullptr), list_kill);
+    List list(list_new(1, 4, nullptr), list_kill);
     list_insert(list.get(), "abc");
     return list;
 }
 
-std::string contents(const std::shared_ptr<list_rec> &list)
+std::string contents(const List &list)
 {
     return std::to_string(list_num(list.get())) + ": " + static_cast<char *>(list_get_element(list.get(), 0));
 }
 
-SweepRow growing(const char *name, int (*change)(list_rec *list), int success)
+SweepRow growing(const char *name, bool (*grow)(const List &list))
 {
-    return {.name = name,
-            .make =
-                [=] {
-                    const auto list = full_list();
-                    return SweepCase{.call = [=] { return change(list.get()) == success; },
-                                     .state = [=] { return contents(list); }};
-                },
-            .failures = {{.count = 1, .once = {no_room}}}};
+    return changing<List>(name, full_list, grow, contents,
+                          {{.count = 1, .once = {"list_insert : Unable to extend list, insufficient resources"}}});
 }
 
 const SweepRows rows({
     {.name = "list_new",
-     .make =
-         [] {
-             return SweepCase{.call = [] {
-                 list_rec *list = list_new(3, 8, nullptr);
-                 const bool made = list != nullptr;
-                 list_kill(list);
-                 return made;
-             }};
-         },
-     .failures = {{.count = 2, .once = {no_list}}}},
-    growing(
-        "list_insert", [](list_rec *list) { return list_insert(list, "def"); }, 1),
-    growing(
-        "list_insert_index", [](list_rec *list) { return list_insert_index(list, "def", 0, 1); }, 0),
-    growing(
-        "list_alloc", [](list_rec *list) { return list_alloc(list, 7); }, 0),
+     .make = [] { return SweepCase{.call = [] { return made(list_new(3, 8, nullptr), list_kill); }}; },
+     .failures = {{.count = 2, .once = {"list_new : Not enough resources to create list"}}}},
+    growing("list_insert", [](const List &list) { return gave(1, list_insert(list.get(), "def")); }),
+    growing("list_insert_index", [](const List &list) { return gave(0, list_insert_index(list.get(), "def", 0, 1)); }),
+    growing("list_alloc", [](const List &list) { return gave(0, list_alloc(list.get(), 7)); }),
 });
 
 }  // namespace

@@ -101,6 +101,12 @@ SweepRows::SweepRows(std::vector<SweepRow> rows)
 
 const std::vector<SweepRow> &SweepRows::all() { return registry(); }
 
+bool gave(int success, int result)
+{
+    EXPECT_TRUE(result == success || result == -1) << result;
+    return result == success;
+}
+
 TEST_P(AllocationSweep, EveryFailureIsCleanAndReported)
 {
     const SweepRow &row = SweepRows::all()[std::get<0>(GetParam())];

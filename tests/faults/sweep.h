@@ -21,6 +21,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace teska_test
@@ -47,6 +48,30 @@ struct SweepRow {
     std::function<SweepCase()> make;
     std::vector<SweepFailures> failures;  // in the order of the allocations; their counts are part of the check
 };
+
+// The row of a call that changes an object; Object owns it, as a shared_ptr does.
+template <class Object>
+SweepRow changing(std::string name, std::function<Object()> make, std::function<bool(const Object &)> call,
+                  std::string (*state)(const Object &), std::vector<SweepFailures> failures)
+{
+    const auto fresh = [=] {
+        const Object object = make();
+        return SweepCase{.call = [=] { return call(object); }, .state = [=] { return state(object); }};
+    };
+    return {.name = std::move(name), .make = fresh, .failures = std::move(failures)};
+}
+
+// Whether a call gave `success`; its only other result is -1.
+bool gave(int success, int result);
+
+// Whether a constructor's call succeeded; what it made is killed.
+template <class Record>
+bool made(Record *record, int (*kill)(Record *))
+{
+    const bool success = record != nullptr;
+    kill(record);
+    return success;
+}
 
 // Rows of one file; a file of rows ends with `const SweepRows rows({...});` at namespace scope.
 class SweepRows
