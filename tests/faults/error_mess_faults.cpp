@@ -1,5 +1,3 @@
-#include "faults/sweep.h"
-
 #include "faults/injector.h"
 
 #include "error_mess.h"
@@ -14,58 +12,50 @@ namespace teska_test
 namespace
 {
 
-// The queue itself is under test here, so the sweep's own collecting cannot serve: these tests arm the
-// injector directly.
-class FullQueue : public testing::Test
+// The queue itself is under test here: these tests arm the injector directly.
+void fill_queue()
 {
-protected:
-    FullQueue() : previous_(error_set(2))
-    {
-        for (int i = 0; i < 50; ++i)
-            report(std::to_string(100 + i));
-    }
-    ~FullQueue() override { error_set(previous_); }
+    error_set(2);
+    for (int i = 100; i < 150; ++i)
+        error_mess_fl(std::to_string(i).c_str(), "", 0);
+}
 
-    static void report(const std::string &message) { error_mess_fl(message.c_str(), "", 0); }
-
-    static int drain()
-    {
-        int count = 0;
-        while (error_get() != nullptr)
-            ++count;
-        return count;
-    }
-
-private:
-    int previous_;
-};
-
-TEST_F(FullQueue, KeptLosesTheLineAndQueuesTheListsComplaint)
+int drain()
 {
-    const std::string lost = "z";
+    int count = 0;
+    while (error_get() != nullptr)
+        ++count;
+    return count;
+}
+
+TEST(ErrorMess, KeptLosesTheLineAndQueuesTheListsComplaintWhenTheQueueCannotGrow)
+{
+    fill_queue();
     arm(fault_kind::memory, 0, false);
-    report(lost);
+    error_mess_fl("z", "", 0);
     EXPECT_EQ(disarm(), 1);
     // Descending order: the complaint of the list comes before the numbers.
     EXPECT_STREQ(error_get(), "ERROR : 'list_insert : Unable to extend list, insufficient resources'");
     EXPECT_STREQ(error_get(), "ERROR : '149'");
     EXPECT_EQ(drain(), 49);
+    error_set(1);
 }
 
-TEST_F(FullQueue, StopsNestingWhenMemoryStaysShort)
+TEST(ErrorMess, StopsNestingWhenMemoryStaysShort)
 {
-    const std::string lost = "z";
+    fill_queue();
     arm(fault_kind::memory, 0, true);
-    report(lost);
+    error_mess_fl("z", "", 0);
     EXPECT_EQ(disarm(), 16);
     EXPECT_EQ(drain(), 50);
-    report(lost);
+    error_mess_fl("z", "", 0);
     EXPECT_STREQ(error_get(), "ERROR : 'z'");
+    error_set(1);
 }
 
 TEST(ErrorSet, StaysInItsModeWhenTheQueueCannotBeMade)
 {
-    const int before = error_set(3);
+    error_set(3);
     for (const int n : {0, 1}) {
         arm(fault_kind::memory, n, false);
         EXPECT_EQ(error_set(2), 3);
@@ -73,7 +63,7 @@ TEST(ErrorSet, StaysInItsModeWhenTheQueueCannotBeMade)
         EXPECT_EQ(error_get(), nullptr) << "the list's complaint is dropped";
         EXPECT_EQ(error_set(3), 3);
     }
-    error_set(before);
+    error_set(1);
 }
 
 }  // namespace
