@@ -1,23 +1,25 @@
-// Wrappers for allocation and file calls. -Wl,--wrap=f sends every undefined reference to f here as __wrap_f;
-// the original is __real_f. Mangled names are wrapped like any others.
+// Wrappers for allocation and file calls. -Wl,--wrap=f sends every undefined reference to f here as __wrap_f; the
+// original is __real_f. Mangled names are wrapped like any others.
 
 #include "faults/injector.h"
 
-#include <array>
 #include <cerrno>
 #include <cstdarg>
-#include <cstdint>
 #include <cstdio>
+#include <memory_resource>
 #include <new>
+#include <unordered_set>
 
 #include <sys/types.h>
 
 namespace
 {
 
+using teska_test::fault_kind;
+
 struct fault_state {
     bool armed = false;
-    teska_test::fault_kind kind{};
+    fault_kind kind{};
     int remaining = 0;  // calls that still succeed
     bool sticky = false;
     int injected = 0;
@@ -25,57 +27,12 @@ struct fault_state {
 
 fault_state faults;
 
-// Addresses of the blocks that live, in an open-addressed table: the tracker must not allocate. 0: free, 1:
-// removed.
-class block_table
-{
-public:
-    void clear()
-    {
-        slots_.fill(0);
-        live_ = 0;
-    }
-
-    void insert(const void *block)
-    {
-        std::size_t at = start(block);
-        while (slots_[at] > removed)
-            at = (at + 1) % slots_.size();
-        slots_[at] = reinterpret_cast<std::uintptr_t>(block);
-        ++live_;
-    }
-
-    void erase(const void *block)
-    {
-        const auto address = reinterpret_cast<std::uintptr_t>(block);
-        for (std::size_t at = start(block), seen = 0; slots_[at] != 0 && seen < slots_.size(); ++seen) {
-            if (slots_[at] == address) {
-                slots_[at] = removed;
-                --live_;
-                return;
-            }
-            at = (at + 1) % slots_.size();
-        }
-    }
-
-    [[nodiscard]] int live() const { return live_; }
-
-private:
-    static constexpr std::uintptr_t removed = 1;
-
-    std::size_t start(const void *block) const
-    {
-        return (reinterpret_cast<std::uintptr_t>(block) >> 4) % slots_.size();
-    }
-
-    std::array<std::uintptr_t, 1U << 18> slots_{};
-    int live_ = 0;
-};
-
-block_table blocks;
+// The blocks that live. Its own memory comes through the shared runtime, which is not wrapped; never destroyed, because
+// blocks are freed until the very end of the program.
+auto &blocks = *new std::pmr::unordered_set<const void *>;
 bool tracking = false;
 
-bool fails(teska_test::fault_kind kind)
+bool fails(fault_kind kind)
 {
     if (!faults.armed || faults.kind != kind)
         return false;
@@ -86,25 +43,40 @@ bool fails(teska_test::fault_kind kind)
     if (faults.injected > 0 && !faults.sticky)
         return false;
     ++faults.injected;
-    errno = kind == teska_test::fault_kind::memory ? ENOMEM : EIO;
+    errno = kind == fault_kind::memory ? ENOMEM : EIO;
     return true;
 }
 
-bool memory_fails() { return fails(teska_test::fault_kind::memory); }
-bool file_fails() { return fails(teska_test::fault_kind::files); }
-
-template <class Pointer>
-Pointer tracked(Pointer block)
+template <auto real, class... Argument>
+void *allocate(const Argument &...arguments)
 {
+    if (fails(fault_kind::memory))
+        return nullptr;
+    void *block = real(arguments...);
     if (tracking && block != nullptr)
         blocks.insert(block);
     return block;
 }
 
-void untrack(const void *block)
+template <auto real>
+void *allocate_or_throw(std::size_t size)
 {
-    if (tracking && block != nullptr)
+    void *block = allocate<real>(size);
+    return block != nullptr ? block : throw std::bad_alloc();
+}
+
+template <auto real, class... Size>
+void release(void *block, Size... size)
+{
+    if (tracking)
         blocks.erase(block);
+    real(block, size...);
+}
+
+template <auto real, auto failure, class... Argument>
+auto file_call(Argument... arguments) -> decltype(real(arguments...))
+{
+    return fails(fault_kind::files) ? failure : real(arguments...);
 }
 
 }  // namespace
@@ -129,7 +101,7 @@ void track_memory()
     tracking = true;
 }
 
-int live_blocks() { return blocks.live(); }
+int live_blocks() { return static_cast<int>(blocks.size()); }
 
 }  // namespace teska_test
 
@@ -141,18 +113,17 @@ int live_blocks() { return blocks.live(); }
 
 extern "C" {
 
-void *__real_malloc(std::size_t size);
+using sized = void *(std::size_t size);
+using sized_nothrow = void *(std::size_t size, const std::nothrow_t &tag);
+using freeing = void(void *block);
+using freeing_sized = void(void *block, std::size_t size);
+
+sized __real_malloc, __real__Znwm, __real__Znam;
+sized_nothrow __real__ZnwmRKSt9nothrow_t, __real__ZnamRKSt9nothrow_t;
+freeing __real_free, __real__ZdlPv, __real__ZdaPv;
+freeing_sized __real__ZdlPvm, __real__ZdaPvm;
 void *__real_calloc(std::size_t count, std::size_t size);
 void *__real_realloc(void *block, std::size_t size);
-void __real_free(void *block);
-void *__real__Znwm(std::size_t size);
-void *__real__Znam(std::size_t size);
-void *__real__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag);
-void *__real__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag);
-void __real__ZdlPv(void *block);
-void __real__ZdaPv(void *block);
-void __real__ZdlPvm(void *block, std::size_t size);
-void __real__ZdaPvm(void *block, std::size_t size);
 std::FILE *__real_fopen(const char *path, const char *mode);
 std::size_t __real_fwrite(const void *data, std::size_t size, std::size_t count, std::FILE *file);
 int __real_fflush(std::FILE *file);
@@ -162,97 +133,49 @@ ssize_t __real_write(int descriptor, const void *data, std::size_t size);
 int __real_fsync(int descriptor);
 int __real_rename(const char *from, const char *to);
 
-void *__wrap_malloc(std::size_t size) { return memory_fails() ? nullptr : tracked(__real_malloc(size)); }
-
-void *__wrap_calloc(std::size_t count, std::size_t size)
-{
-    return memory_fails() ? nullptr : tracked(__real_calloc(count, size));
-}
+void *__wrap_malloc(std::size_t size) { return allocate<__real_malloc>(size); }
+void *__wrap_calloc(std::size_t count, std::size_t size) { return allocate<__real_calloc>(count, size); }
+void __wrap_free(void *block) { release<__real_free>(block); }
 
 void *__wrap_realloc(void *block, std::size_t size)
 {
-    if (memory_fails())
-        return nullptr;
-    untrack(block);
-    return tracked(__real_realloc(block, size));
+    void *moved = allocate<__real_realloc>(block, size);
+    if (tracking && moved != nullptr && moved != block)
+        blocks.erase(block);
+    return moved;
 }
 
-void __wrap_free(void *block)
-{
-    untrack(block);
-    __real_free(block);
-}
-
-void *__wrap__Znwm(std::size_t size)
-{
-    if (memory_fails())
-        throw std::bad_alloc();
-    return tracked(__real__Znwm(size));
-}
-
-void *__wrap__Znam(std::size_t size)
-{
-    if (memory_fails())
-        throw std::bad_alloc();
-    return tracked(__real__Znam(size));
-}
+void *__wrap__Znwm(std::size_t size) { return allocate_or_throw<__real__Znwm>(size); }
+void *__wrap__Znam(std::size_t size) { return allocate_or_throw<__real__Znam>(size); }
 
 void *__wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag)
 {
-    return memory_fails() ? nullptr : tracked(__real__ZnwmRKSt9nothrow_t(size, tag));
+    return allocate<__real__ZnwmRKSt9nothrow_t>(size, tag);
 }
 
 void *__wrap__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag)
 {
-    return memory_fails() ? nullptr : tracked(__real__ZnamRKSt9nothrow_t(size, tag));
+    return allocate<__real__ZnamRKSt9nothrow_t>(size, tag);
 }
 
-void __wrap__ZdlPv(void *block)
-{
-    untrack(block);
-    __real__ZdlPv(block);
-}
+void __wrap__ZdlPv(void *block) { release<__real__ZdlPv>(block); }
+void __wrap__ZdaPv(void *block) { release<__real__ZdaPv>(block); }
+void __wrap__ZdlPvm(void *block, std::size_t size) { release<__real__ZdlPvm>(block, size); }
+void __wrap__ZdaPvm(void *block, std::size_t size) { release<__real__ZdaPvm>(block, size); }
 
-void __wrap__ZdaPv(void *block)
-{
-    untrack(block);
-    __real__ZdaPv(block);
-}
-
-void __wrap__ZdlPvm(void *block, std::size_t size)
-{
-    untrack(block);
-    __real__ZdlPvm(block, size);
-}
-
-void __wrap__ZdaPvm(void *block, std::size_t size)
-{
-    untrack(block);
-    __real__ZdaPvm(block, size);
-}
-
-std::FILE *__wrap_fopen(const char *path, const char *mode)
-{
-    return file_fails() ? nullptr : __real_fopen(path, mode);
-}
+std::FILE *__wrap_fopen(const char *path, const char *mode) { return file_call<__real_fopen, nullptr>(path, mode); }
 
 std::size_t __wrap_fwrite(const void *data, std::size_t size, std::size_t count, std::FILE *file)
 {
-    if (!file_fails())
-        return __real_fwrite(data, size, count, file);
-    errno = ENOSPC;
-    return 0;
+    return file_call<__real_fwrite, 0>(data, size, count, file);
 }
 
-int __wrap_fflush(std::FILE *file) { return file_fails() ? EOF : __real_fflush(file); }
+int __wrap_fflush(std::FILE *file) { return file_call<__real_fflush, EOF>(file); }
 
 int __wrap_fclose(std::FILE *file)
 {
-    const bool failing = file_fails();
     const int result = __real_fclose(file);
-    if (failing)
-        errno = EIO;
-    return failing ? EOF : result;
+    return fails(fault_kind::files) ? EOF : result;
 }
 
 int __wrap_open(const char *path, int flags, ...)
@@ -261,18 +184,14 @@ int __wrap_open(const char *path, int flags, ...)
     va_start(rest, flags);
     const int permission = va_arg(rest, int);
     va_end(rest);
-    return file_fails() ? -1 : __real_open(path, flags, permission);
+    return file_call<__real_open, -1>(path, flags, permission);
 }
 
 ssize_t __wrap_write(int descriptor, const void *data, std::size_t size)
 {
-    if (!file_fails())
-        return __real_write(descriptor, data, size);
-    errno = ENOSPC;
-    return -1;
+    return file_call<__real_write, -1>(descriptor, data, size);
 }
 
-int __wrap_fsync(int descriptor) { return file_fails() ? -1 : __real_fsync(descriptor); }
-
-int __wrap_rename(const char *from, const char *to) { return file_fails() ? -1 : __real_rename(from, to); }
+int __wrap_fsync(int descriptor) { return file_call<__real_fsync, -1>(descriptor); }
+int __wrap_rename(const char *from, const char *to) { return file_call<__real_rename, -1>(from, to); }
 }

@@ -14,8 +14,8 @@ enum class fault_kind {
     files    // fopen, fwrite, fflush, fclose, open, write, fsync, rename
 };
 
-// From now on the call with index n of this kind fails, and all later ones too when sticky. Memory fails with ENOMEM, a
-// write with ENOSPC, other file calls with EIO; a failing fclose still closes.
+// From now on the call with index n of this kind fails, and all later ones too when sticky. Memory fails with ENOMEM,
+// a file call with EIO; a failing fclose still closes.
 void arm(fault_kind kind, int n, bool sticky);
 
 // No more failures. Returns how many were injected since arm.
