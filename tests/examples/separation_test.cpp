@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -21,28 +20,6 @@ namespace
 
 using namespace examples;
 namespace fs = std::filesystem;
-
-// A folder that is gone with the test.
-class Folder
-{
-public:
-    Folder()
-    {
-        std::string name = (fs::temp_directory_path() / "gallery-XXXXXX").string();
-        path = mkdtemp(name.data());
-    }
-    Folder(const Folder &) = delete;
-    Folder &operator=(const Folder &) = delete;
-    ~Folder() { fs::remove_all(path); }
-
-    std::string write(const std::string &name, const std::string &bytes) const
-    {
-        std::ofstream(path / name, std::ios::binary) << bytes;
-        return (path / name).string();
-    }
-
-    fs::path path;
-};
 
 std::string bytes_of(const fs::path &file)
 {
@@ -65,8 +42,7 @@ picture colours(int width, int height, int channels)
 int print_inks(const cmsUInt16Number in[], cmsUInt16Number out[], void *)
 {
     const double c = in[0] / 65535.0, m = in[1] / 65535.0, y = in[2] / 65535.0, k = in[3] / 65535.0;
-    const double paper = (1 - 0.85 * k) * (1 - 0.3 * c * c) * (1 - 0.4 * m);
-    out[0] = static_cast<cmsUInt16Number>(60000 * paper);
+    out[0] = static_cast<cmsUInt16Number>(60000 * (1 - 0.85 * k) * (1 - 0.3 * c * c) * (1 - 0.4 * m));
     out[1] = static_cast<cmsUInt16Number>(32768 + 20000 * (m - 0.6 * c) * (1 - k));
     out[2] = static_cast<cmsUInt16Number>(32768 + 24000 * (y - 0.5 * c) * (1 - k));
     return 1;
@@ -75,53 +51,64 @@ int print_inks(const cmsUInt16Number in[], cmsUInt16Number out[], void *)
 int choose_inks(const cmsUInt16Number in[], cmsUInt16Number out[], void *)
 {
     const double dark = 1 - in[0] / 65535.0, a = in[1] / 65535.0 - 0.5, b = in[2] / 65535.0 - 0.5;
-    const auto ink = [](double value) { return static_cast<cmsUInt16Number>(65535 * std::clamp(value, 0.0, 1.0)); };
-    out[0] = ink(0.6 * dark - a);
-    out[1] = ink(0.6 * dark + a);
-    out[2] = ink(0.6 * dark + b);
-    out[3] = ink(dark * dark);
+    const double inks[] = {0.6 * dark - a, 0.6 * dark + a, 0.6 * dark + b, dark * dark};
+    for (double ink : inks)
+        *out++ = static_cast<cmsUInt16Number>(65535 * std::clamp(ink, 0.0, 1.0));
     return 1;
 }
 
-void add_table(cmsHPROFILE press, cmsTagSignature tag, unsigned points, unsigned in, unsigned out, cmsSAMPLER16 fill)
+void add_table(const profile &press, cmsTagSignature tag, unsigned points, unsigned in, unsigned out, cmsSAMPLER16 fill)
 {
     const foreign<cmsPipeline, cmsPipelineFree> lut(cmsPipelineAlloc(nullptr, in, out));
     cmsStage *table = cmsStageAllocCLut16bit(nullptr, points, in, out, nullptr);
     ASSERT_TRUE(cmsStageSampleCLut16bit(table, fill, nullptr, 0));
-    cmsPipelineInsertStage(lut.get(), cmsAT_END, cmsStageAllocToneCurves(nullptr, in, nullptr));
     cmsPipelineInsertStage(lut.get(), cmsAT_END, table);
-    cmsPipelineInsertStage(lut.get(), cmsAT_END, cmsStageAllocToneCurves(nullptr, out, nullptr));
-    ASSERT_TRUE(cmsWriteTag(press, tag, lut.get()));
+    ASSERT_TRUE(cmsWriteTag(press.get(), tag, lut.get()));
 }
 
-std::string write_press(const Folder &folder)
+// Each test has a folder with a photograph and the profile of a press in it.
+class Examples : public testing::Test
 {
-    const profile press(cmsCreateProfilePlaceholder(nullptr));
-    cmsSetProfileVersion(press.get(), 2.1);
-    cmsSetDeviceClass(press.get(), cmsSigOutputClass);
-    cmsSetColorSpace(press.get(), cmsSigCmykData);
-    cmsSetPCS(press.get(), cmsSigLabData);
-    cmsWriteTag(press.get(), cmsSigMediaWhitePointTag, cmsD50_XYZ());
-    add_table(press.get(), cmsSigAToB0Tag, 9, 4, 3, print_inks);
-    add_table(press.get(), cmsSigBToA0Tag, 33, 3, 4, choose_inks);
-    const std::string file = (folder.path / "press.icc").string();
-    EXPECT_TRUE(cmsSaveProfileToFile(press.get(), file.c_str()));
-    return file;
-}
+protected:
+    Examples()
+    {
+        std::string name = (fs::temp_directory_path() / "gallery-XXXXXX").string();
+        folder = mkdtemp(name.data());
+        photo = folder / "photo.png";
+        write_png(photo, colours(16, 12, 3));
 
-std::string write_screen(const Folder &folder)
-{
-    const profile screen(cmsCreate_sRGBProfile());
-    const std::string file = (folder.path / "screen.icc").string();
-    EXPECT_TRUE(cmsSaveProfileToFile(screen.get(), file.c_str()));
-    return file;
-}
+        const profile made(cmsCreateProfilePlaceholder(nullptr));
+        cmsSetProfileVersion(made.get(), 2.1);
+        cmsSetDeviceClass(made.get(), cmsSigOutputClass);
+        cmsSetColorSpace(made.get(), cmsSigCmykData);
+        cmsSetPCS(made.get(), cmsSigLabData);
+        cmsWriteTag(made.get(), cmsSigMediaWhitePointTag, cmsD50_XYZ());
+        add_table(made, cmsSigAToB0Tag, 9, 4, 3, print_inks);
+        add_table(made, cmsSigBToA0Tag, 33, 3, 4, choose_inks);
+        press = folder / "press.icc";
+        EXPECT_TRUE(cmsSaveProfileToFile(made.get(), press.c_str()));
+    }
 
-std::string write_photo(const Folder &folder)
-{
-    write_png(folder.path / "photo.png", colours(16, 12, 3));
-    return (folder.path / "photo.png").string();
-}
+    ~Examples() override { fs::remove_all(folder); }
+
+    std::string write(const char *name, const std::string &bytes) const
+    {
+        std::ofstream(folder / name, std::ios::binary) << bytes;
+        return folder / name;
+    }
+
+    // The program's exit code; what it wrote to standard error is left in the file errors.
+    int run_gallery(const std::string &arguments) const
+    {
+        const std::string command = GALLERY_PROGRAM " " + arguments + " 2>" + (folder / "errors").string();
+        const int status = std::system((command + " >/dev/null").c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    fs::path folder;
+    std::string photo;
+    std::string press;
+};
 
 // ---- Parts ----------------------------------------------------------------------------------------------------------
 
@@ -148,17 +135,14 @@ TEST(Difference, CountsBothDirectionsAndCutsWhenMagnified)
     EXPECT_EQ(magnified_difference(a, b, 16).samples, (std::vector<unsigned char>{32, 16, 255}));
 }
 
-TEST(Png, ComesBackAsWritten)
+TEST_F(Examples, ReadPicturesBackAsWritten)
 {
-    const Folder folder;
-    const picture colour = colours(7, 5, 3);
-    write_png(folder.path / "colour.png", colour);
-    EXPECT_EQ(read_png(folder.path / "colour.png").samples, colour.samples);
+    EXPECT_EQ(read_png(photo).samples, colours(16, 12, 3).samples);
 
     const picture grey = colours(7, 5, 1);
-    write_png(folder.path / "grey.png", grey);
-    const picture back = read_png(folder.path / "grey.png");
-    ASSERT_EQ(back.channels, 3);
+    write_png(folder / "grey.png", grey);
+    const picture back = read_png(folder / "grey.png");
+    ASSERT_EQ(back.samples.size(), 3 * grey.samples.size());
     for (std::size_t i = 0; i < back.samples.size(); ++i)
         ASSERT_EQ(back.samples[i], grey.samples[i / 3]);
 }
@@ -172,12 +156,10 @@ TEST(Html, ReplacesNamesAndLeavesOtherBraces)
     EXPECT_EQ(grouped(999), "999");
 }
 
-TEST(Separation, AgreesWithDirectEvaluation)
+TEST_F(Examples, SeparateAsDirectEvaluationDoes)
 {
-    const Folder folder;
     colour_engine engine;
-    const profile press = engine.open_press(write_press(folder));
-    const separation_results r = run_separation(colours(40, 30, 3), press, engine, 1);
+    const separation_results r = run_separation(colours(40, 30, 3), engine.open_press(press), engine, 1);
 
     EXPECT_EQ(r.to_press.vertices, 33 * 33 * 33);
     EXPECT_EQ(r.to_screen.vertices, 17 * 17 * 17 * 17);
@@ -193,30 +175,11 @@ TEST(Separation, AgreesWithDirectEvaluation)
 
 // ---- The program ----------------------------------------------------------------------------------------------------
 
-struct Answer {
-    int code;
-    std::string errors;
-};
-
-Answer run_gallery(const std::string &arguments)
+TEST_F(Examples, WriteThePageAndEveryPictureItShows)
 {
-    const std::string command = std::string(GALLERY_PROGRAM) + " " + arguments + " 2>&1 >/dev/null";
-    std::FILE *pipe = popen(command.c_str(), "r");
-    std::string errors;
-    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
-        errors += static_cast<char>(c);
-    const int status = pclose(pipe);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, errors};
-}
-
-TEST(Gallery, WritesThePageAndEveryPictureItShows)
-{
-    const Folder folder;
-    const fs::path out = folder.path / "new" / "gallery";
-    const Answer answer =
-        run_gallery("--photo " + write_photo(folder) + " --profile " + write_press(folder) + " --out " + out.string());
-    ASSERT_EQ(answer.code, 0) << answer.errors;
-    EXPECT_EQ(answer.errors, "");
+    const fs::path out = folder / "new" / "gallery";
+    ASSERT_EQ(run_gallery("--photo " + photo + " --profile " + press + " --out " + out.string()), 0);
+    EXPECT_EQ(bytes_of(folder / "errors"), "");
 
     const std::string page = bytes_of(out / "index.html");
     int pictures = 0;
@@ -228,36 +191,31 @@ TEST(Gallery, WritesThePageAndEveryPictureItShows)
     EXPECT_EQ(page.find("://"), page.npos) << "the page must not need a network";
 }
 
-TEST(Gallery, SaysInOneLineWhatItCannotUse)
+TEST_F(Examples, SayInOneLineWhatTheyCannotUse)
 {
-    const Folder folder;
-    const std::string photo = write_photo(folder);
-    const std::string press = write_press(folder);
-    const std::string text = folder.write("text.png", "no picture at all\n");
-    const std::string whole = bytes_of(photo);
-    const std::string cut = folder.write("cut.png", whole.substr(0, whole.size() / 2));
-    const std::string missing = (folder.path / "missing").string();
-    const std::string out = " --out " + (folder.path / "out").string();
-
+    const std::string text = write("text.png", "no picture at all\n");
+    const std::string cut = write("cut.png", bytes_of(photo).substr(0, bytes_of(photo).size() / 2));
+    const std::string screen = folder / "screen.icc";
+    ASSERT_TRUE(cmsSaveProfileToFile(profile(cmsCreate_sRGBProfile()).get(), screen.c_str()));
+    const std::string out = folder / "out";
     const struct {
-        std::string arguments;
-        std::string said;
+        std::string photo, profile, output, said;
     } rows[] = {
-        {"--photo " + missing + " --profile " + press + out, "cannot read the photograph " + missing},
-        {"--photo " + text + " --profile " + press + out, text + " is not a PNG picture"},
-        {"--photo " + cut + " --profile " + press + out, cut + " is damaged"},
-        {"--photo " + photo + " --profile " + missing + out, "cannot read the profile " + missing},
-        {"--photo " + photo + " --profile " + text + out, text + " is not a colour profile"},
-        {"--photo " + photo + " --profile " + write_screen(folder) + out, "is not a profile of a CMYK press"},
-        {"--photo " + photo + " --profile " + press + " --out " + photo + "/out", "cannot make the folder"},
-        {"--photo " + photo + " --profile " + press, "usage: gallery"},
-        {"--picture " + photo + " --profile " + press + out, "unknown option --picture"},
+        {"missing", press, out, "cannot read the photograph missing"},
+        {text, press, out, text + " is not a PNG picture"},
+        {cut, press, out, cut + " is damaged"},
+        {photo, "missing", out, "cannot read the profile missing"},
+        {photo, text, out, text + " is not a colour profile"},
+        {photo, screen, out, "is not a profile of a CMYK press"},
+        {photo, press, photo + "/out", "cannot make the folder"},
+        {photo, press, out + " --out", "usage: gallery"},
+        {photo, press, out + " --picture x", "unknown option --picture"},
     };
     for (const auto &row : rows) {
-        const Answer answer = run_gallery(row.arguments);
-        EXPECT_EQ(answer.code, 1) << row.arguments;
-        EXPECT_NE(answer.errors.find(row.said), std::string::npos) << answer.errors;
-        EXPECT_EQ(std::count(answer.errors.begin(), answer.errors.end(), '\n'), 1) << answer.errors;
+        EXPECT_EQ(run_gallery("--photo " + row.photo + " --profile " + row.profile + " --out " + row.output), 1);
+        const std::string errors = bytes_of(folder / "errors");
+        EXPECT_NE(errors.find(row.said), std::string::npos) << errors;
+        EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
     }
 }
 
