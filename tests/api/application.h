@@ -1,4 +1,4 @@
-/* application - what the C half of the application offers to the tests: one short use of every module */
+/* application - what the C half of the application offers to the tests */
 #ifndef TESKA_TESTS_API_APPLICATION_H
 #define TESKA_TESTS_API_APPLICATION_H
 
@@ -6,14 +6,8 @@
 extern "C" {
 #endif
 
-/* Returns NULL when the module answered as it should, else the text of the condition that did not hold. */
-typedef struct {
-    const char *module;
-    const char *(*use)(void);
-} c_use;
-
-/* Ends with a null module. */
-extern const c_use c_uses[];
+/* Uses every module once. Returns NULL, or the text of the first condition that did not hold. */
+const char *use_every_module(void);
 
 #ifdef __cplusplus
 }
