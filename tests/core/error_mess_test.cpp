@@ -86,7 +86,7 @@ TEST_F(ErrorMess, PrintsKeepsOrDropsALineAsTheModeSays)
     EXPECT_EQ(initial_mode, 1);
     for (const auto &[mode, reported, expected, fetched] : cases) {
         error_set(mode);
-        EXPECT_EQ(printed([&] { report(reported); }), expected) << mode;
+        EXPECT_EQ(printed([&messages = reported] { report(messages); }), expected) << mode;
         EXPECT_EQ(take(), fetched) << mode;
     }
 }
@@ -134,7 +134,7 @@ TEST_F(TeskaWarn, PrintsAboveTheThresholdAndDbgWhileSwitchedOnInEveryMode)
             error_set(mode);
             EXPECT_EQ(teska_warn_level(new_threshold), std::exchange(threshold, new_threshold));
             EXPECT_EQ(dbg_set(new_debug), std::exchange(debug, new_debug));
-            EXPECT_EQ(printed([&] { teska_warn(level, "ink"), dbg("ink"); }), expected);
+            EXPECT_EQ(printed([at = level] { teska_warn(at, "ink"), dbg("ink"); }), expected);
             EXPECT_EQ(take(), lines{});
         }
 }
