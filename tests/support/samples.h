@@ -1,0 +1,48 @@
+// samples - points in one buffer, with a pointer to the first sample of every channel, as a conversion takes them
+
+#ifndef TESKA_TESTS_SAMPLES_H
+#define TESKA_TESTS_SAMPLES_H
+
+#include <cstdlib>
+#include <vector>
+
+namespace teska_test
+{
+
+template <class T>
+struct Samples {
+    // Interleaved when the step is the number of channels, else one channel behind the other; a negative step begins
+    // at the end.
+    Samples(int channels, int count, int distance, T content = T())
+        : step(distance),
+          buffer(static_cast<std::size_t>((distance == channels ? 1 : std::abs(distance) + 1) * channels * count),
+                 content)
+    {
+        T *first = buffer.data() + (step < 0 ? (count - 1) * -step : 0);
+        for (int c = 0; c < channels; ++c)
+            at.push_back(first + c * (step == channels ? 1 : (std::abs(step) + 1) * count));
+    }
+
+    // A single point.
+    explicit Samples(std::vector<T> point) : step(static_cast<int>(point.size())), buffer(std::move(point))
+    {
+        for (T &sample : buffer)
+            at.push_back(&sample);
+    }
+
+    std::vector<T> point(int p) const
+    {
+        std::vector<T> samples;
+        for (const T *channel : at)
+            samples.push_back(channel[p * step]);
+        return samples;
+    }
+
+    int step;
+    std::vector<T> buffer;
+    std::vector<T *> at;
+};
+
+}  // namespace teska_test
+
+#endif
