@@ -22,10 +22,25 @@ using Doubles = std::vector<double>;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
+Floats random_values(Generator &random, const Counts &counts, int channels, double lo, double hi)
+{
+    std::size_t size = static_cast<std::size_t>(channels);
+    for (const unsigned char count : counts)
+        size *= count;
+    Floats values(size);
+    std::generate(values.begin(), values.end(), [&] { return static_cast<float>(random.between(lo, hi)); });
+    return values;
+}
+
+// A table and its definition once more: no offsets, no doubling, every result of a float operation stored as a float.
 class Table : public teska_test::OwnedClut
 {
 public:
     using OwnedClut::OwnedClut;
+    Table(Generator &random, const Counts &counts, int channels, double lo = -0.2, double hi = 1.2)
+        : OwnedClut(counts, channels, random_values(random, counts, channels, lo, hi))
+    {
+    }
 
     Doubles at(const Doubles &in)
     {
@@ -33,95 +48,66 @@ public:
         Interpolate(out.data(), in.data());
         return out;
     }
-};
 
-Doubles clamped(Doubles in)
-{
-    for (double &x : in)
-        x = x < 0 ? 0 : x > 1 ? 1 : x;
-    return in;
-}
-
-// The definition once more: no offsets, no doubling, every result of a float operation stored as a float.
-class Reference
-{
-public:
-    Reference(Counts counts, int channels, Floats values)
-        : counts_(std::move(counts)), channels_(static_cast<std::size_t>(channels)), values_(std::move(values))
+    Doubles expected(const Doubles &in, bool tetrahedral)
     {
-    }
-
-    Doubles at(const Doubles &in) { return evaluate(in, counts_.size() == 3); }
-    Doubles multilinear(const Doubles &in) { return evaluate(in, false); }
-
-private:
-    Doubles evaluate(const Doubles &in, bool tetrahedral)
-    {
-        locate(in);
+        cell_.clear();
+        f_.clear();
+        for (std::size_t k = 0; k < in.size(); ++k) {
+            const int top = gridPoints[k] - 1;
+            const auto x = static_cast<float>(static_cast<double>(top) * (in[k] < 0 ? 0 : in[k] > 1 ? 1 : in[k]));
+            const int i = std::isnan(x) ? 0 : static_cast<int>(std::trunc(x));
+            cell_.push_back(i == top ? i - 1 : i);
+            f_.push_back(i == top ? 1.0F : x - static_cast<float>(i));
+        }
         Doubles out;
-        for (channel_ = 0; channel_ < channels_; ++channel_) {
+        for (channel_ = 0; channel_ < outputChannels; ++channel_) {
             const float v = tetrahedral ? path_value() : corner_sum();
             out.push_back(static_cast<double>(v < 0 ? 0.0F : v > 1 ? 1.0F : v));
         }
         return out;
     }
 
-    void locate(const Doubles &in)
-    {
-        cell_.clear();
-        f_.clear();
-        for (std::size_t k = 0; k < counts_.size(); ++k) {
-            const int top = counts_[k] - 1;
-            const auto x = static_cast<float>(static_cast<double>(top) * clamped(in)[k]);
-            const int i = std::isnan(x) ? 0 : static_cast<int>(std::trunc(x));
-            cell_.push_back(static_cast<std::size_t>(i == top ? i - 1 : i));
-            f_.push_back(i == top ? 1.0F : x - static_cast<float>(i));
-        }
-    }
-
+private:
     // The value at a corner of the cell: bit k of the corner steps along input k.
-    float P(std::size_t corner) const
+    float P(unsigned corner)
     {
-        std::size_t point = 0;
-        for (std::size_t k = 0; k < counts_.size(); ++k)
-            point = point * counts_[k] + cell_[k] + (corner >> k & 1);
-        return values_[point * channels_ + channel_];
+        int point = 0;
+        for (std::size_t k = 0; k < cell_.size(); ++k)
+            point = point * gridPoints[k] + cell_[k] + static_cast<int>(corner >> k & 1);
+        return (*this)[point * outputChannels + channel_];
     }
 
-    float path(std::size_t a, float q0, std::size_t b, float q1, float q2) const
+    float path(unsigned a, float q0, unsigned b, float q1, float q2)
     {
-        volatile float term = (P(a) - P(0)) * q0;
-        volatile float sum = P(0) + term;
-        term = (P(b) - P(a)) * q1;
-        sum = sum + term;
-        term = (P(7) - P(b)) * q2;
-        return sum + term;
+        volatile float sum = P(0);
+        for (const volatile float term : {(P(a) - P(0)) * q0, (P(b) - P(a)) * q1, (P(7) - P(b)) * q2})
+            sum = sum + term;
+        return sum;
     }
 
-    float path_value() const
+    float path_value()
     {
         const float fx = f_[0], fy = f_[1], fz = f_[2];
         if (fz < fy && fz > fx)
             return path(2, fy, 6, fz, fx);
-        if (fz < fy && fy < fx)
-            return path(1, fx, 3, fy, fz);
         if (fz < fy)
-            return path(2, fy, 3, fx, fz);
+            return fy < fx ? path(1, fx, 3, fy, fz) : path(2, fy, 3, fx, fz);
         if (fz < fx)
             return path(1, fx, 5, fz, fy);
         return fy < fx ? path(4, fz, 6, fy, fx) : path(4, fz, 5, fx, fy);
     }
 
-    float corner_sum() const
+    float corner_sum()
     {
-        const std::size_t n = counts_.size();
+        const std::size_t n = f_.size();
         const bool upwards = n >= 3 && n <= 6;  // the order in which a weight is multiplied
         float sum = 0;
-        for (std::size_t c = 0; c < std::size_t{1} << n; ++c) {
+        for (unsigned c = 0; c < 1U << n; ++c) {
             volatile float weight = 1;
             for (std::size_t i = 0; i < n; ++i) {
                 const std::size_t k = upwards ? i : n - 1 - i;
-                weight = weight * (c >> k & 1 ? f_[k] : 1.0F - f_[k]);
+                weight = weight * ((c >> k & 1) != 0 ? f_[k] : 1.0F - f_[k]);
             }
             volatile const float term = weight * P(c);
             sum = c == 0 ? term : sum + term;
@@ -129,11 +115,8 @@ private:
         return sum;
     }
 
-    Counts counts_;
-    std::size_t channels_;
-    Floats values_;
-    std::size_t channel_ = 0;
-    std::vector<std::size_t> cell_;
+    int channel_ = 0;
+    std::vector<int> cell_;
     Floats f_;
 };
 
@@ -146,25 +129,13 @@ std::vector<std::uint64_t> bits(const Doubles &values)
     return result;
 }
 
-Floats random_values(Generator &random, const Counts &counts, int channels, double lo = -0.2, double hi = 1.2)
-{
-    std::size_t size = static_cast<std::size_t>(channels);
-    for (const unsigned char count : counts)
-        size *= count;
-    Floats values(size);
-    for (float &v : values)
-        v = static_cast<float>(random.between(lo, hi));
-    return values;
-}
-
-// Inside, outside, on grid points of many counts.
+// Inside, outside, at both ends and just below, on grid points of many counts; not a number once in a while.
 double random_input(Generator &random)
 {
-    const int kind = random.below(6);
-    return kind == 0   ? random.below(5) / 4.0
-           : kind == 1 ? random.below(4) / 3.0
-           : kind == 2 ? random.between(-0.5, 1.5)
-                       : random.unit();
+    const double choices[] = {random.below(5) / 4.0, random.below(4) / 3.0, random.between(-0.5, 1.5),
+                              std::nextafter(1.0, 0.0), nan};
+    const int kind = random.below(100);
+    return kind > 60 ? random.unit() : choices[kind == 0 ? 4 : kind % 4];
 }
 
 // Eight values of a 2 x 2 x 2 table in the order of the corners, where bit 0 steps along the slowest input.
@@ -198,14 +169,12 @@ TEST(CLUTInterpolate, EqualsTheDefinitionBitForBit)
             Counts counts(n);
             for (unsigned char &count : counts)
                 count = static_cast<unsigned char>(2 + random.below(n < 5 ? 6 : n < 9 ? 2 : 1));
-            const Floats values = random_values(random, counts, m);
-            Table table(counts, m, values);
-            Reference reference(counts, m, values);
-            for (int i = 0; i < (n < 9 ? 300 : 2); ++i) {
+            Table table(random, counts, m);
+            for (int i = 0; i < (n < 9 ? 400 : 2); ++i) {
                 Doubles in(n);
                 for (double &x : in)
-                    x = i % 7 == 0 && &x != in.data() ? in.front() : random_input(random);
-                const auto expected = bits(reference.at(in));
+                    x = random.below(4) == 0 && &x != in.data() ? in.front() : random_input(random);
+                const auto expected = bits(table.expected(in, n == 3));
                 ASSERT_EQ(bits(table.at(in)), expected) << testing::PrintToString(in);
                 // In place, too: the whole input is read before anything is written.
                 Doubles both = in;
@@ -213,25 +182,13 @@ TEST(CLUTInterpolate, EqualsTheDefinitionBitForBit)
                 table.Interpolate(both.data(), both.data());
                 both.resize(static_cast<std::size_t>(m));
                 ASSERT_EQ(bits(both), expected);
+                std::transform(in.begin(), in.end(), in.begin(), [](double x) { return std::clamp(x, 0.0, 1.0); });
                 if (n == 3) {
-                    table.Interp3d(both.data(), clamped(in).data());
-                    ASSERT_EQ(bits(both), bits(reference.multilinear(in))) << testing::PrintToString(in);
+                    table.Interp3d(both.data(), in.data());
+                    ASSERT_EQ(bits(both), bits(table.expected(in, false))) << testing::PrintToString(in);
                 }
             }
         }
-}
-
-// All orders of three fractions and all ties, the top of the cell included.
-TEST(CLUTInterpolate, TakesThePathOfEachOrderOfThreeFractions)
-{
-    Generator random(63);
-    const Floats values = random_values(random, {2, 2, 2}, 4);
-    Table table({2, 2, 2}, 4, values);
-    Reference reference({2, 2, 2}, 4, values);
-    for (int i = 0; i < 125; ++i) {
-        const Doubles in = {i / 25 * 0.25, i / 5 % 5 * 0.25, i % 5 * 0.25};
-        EXPECT_EQ(bits(table.at(in)), bits(reference.at(in))) << testing::PrintToString(in);
-    }
 }
 
 TEST(CLUTInterpolate, KeptCrossesThePathWhereTheThirdFractionIsLargest)
@@ -252,41 +209,12 @@ TEST(CLUTInterpolate, KeptRoundsTheTopOfThreeInputsOnTheWay)
     EXPECT_EQ(static_cast<float>(table.at({1, 1, 1})[0]), .15061644F);
 }
 
-TEST(CLUTInterpolate, ReachesTheLastCellFromOneAndFromJustBelow)
-{
-    for (const Counts &counts : {Counts{17}, Counts{17, 17}, Counts{17, 3, 5, 2}}) {
-        Generator random(64);
-        const Floats values = random_values(random, counts, 3, 0, 1);
-        Table table(counts, 3, values);
-        const Doubles top(values.end() - 3, values.end());
-        EXPECT_EQ(table.at(Doubles(counts.size(), 1)), top);
-        EXPECT_EQ(table.at(Doubles(counts.size(), std::nextafter(1.0, 0.0))), top);
-        EXPECT_EQ(table.at(Doubles(counts.size(), 1e300)), top);
-        EXPECT_EQ(table.at(Doubles(counts.size(), -1e300)), Doubles(values.begin(), values.begin() + 3));
-    }
-}
-
-TEST(CLUTInterpolate, MakesEveryOutputNaNFromANaNInput)
-{
-    for (std::size_t n = 1; n <= 8; ++n)
-        for (std::size_t k = 0; k < n; ++k) {
-            Table table(Counts(n, 3), 5, Floats(static_cast<std::size_t>(5 * std::pow(3, n)), 0.5F));
-            Doubles in(n, 1);
-            in[k] = nan;
-            for (const double v : table.at(in))
-                EXPECT_TRUE(std::isnan(v)) << n << " inputs, number " << k;
-        }
-}
-
 TEST(CLUTInterpolate, KeptLetsNaNThroughFromCornersOfWeightZero)
 {
     const auto spoil = std::numeric_limits<float>::quiet_NaN();
     Table four(Counts(4, 2), 1, Floats(16, 0.5F));
     four[15] = spoil;
     EXPECT_TRUE(std::isnan(four.at({0, 0, 0, 0})[0]));
-    Table one({2}, 2, {0.5F, 0.5F, 0.5F, spoil});
-    EXPECT_EQ(one.at({0})[0], 0.5);
-    EXPECT_TRUE(std::isnan(one.at({0})[1]));
     // With three inputs the path must visit it: corner 1 lies on two of the six.
     Table three({2, 2, 2}, 1, by_corner({0.5F, spoil, 0.5F, 0.5F, 0.5F, 0.5F, 0.5F, 0.5F}));
     EXPECT_TRUE(std::isnan(three.at({0.5, 0.25, 0.125})[0]));
@@ -298,7 +226,7 @@ TEST(CLUTInterpolate, PutsEveryValueThroughTheObjectsClampFunction)
     static Floats seen;
     Generator random(66);
     for (const std::size_t n : {2U, 3U, 4U, 5U, 6U}) {
-        Table table(Counts(n, 2), 5, random_values(random, Counts(n, 2), 5, 3, 4));
+        Table table(random, Counts(n, 2), 5, 3, 4);
         table.clampFn = [](float v) { return seen.push_back(v), static_cast<double>(seen.size()) * 10; };
         seen.clear();
         EXPECT_EQ(table.at(Doubles(n, 0)), (Doubles{10, 20, 30, 40, 50})) << n;
@@ -309,21 +237,15 @@ TEST(CLUTInterpolate, PutsEveryValueThroughTheObjectsClampFunction)
 TEST(CLUTCopy, KeptSharesItsArraysWithTheSource)
 {
     for (const std::size_t n : {2U, 3U, 4U}) {
-        Table source(Counts(n, 2), 1, Floats(std::size_t{1} << n, 0.5F));
-        Table other(Counts(n, 2), 1, Floats(std::size_t{1} << n, 0.25F));
-        double out = 0;
-        const Doubles in(n, 0.75);
+        Table source(Counts(n, 2), 1, Floats(64, 0.5F)), other(Counts(n, 2), 1, Floats(64, 0));
         {
-            CLUT copy(source);
-            CLUT assigned(other);
+            CLUT copy(source), assigned(other);
             EXPECT_EQ(&(assigned = copy), &assigned);
             assigned[0] = 1.0F;
-            EXPECT_EQ(source[0], 1.0F);
-            assigned.Interpolate(&out, in.data());
         }
         // The copies are gone, the arrays are not.
-        EXPECT_EQ(source.at(in)[0], out);
-        EXPECT_EQ(other.at(in)[0], 0.25);
+        EXPECT_EQ(source.at(Doubles(n, 0.0))[0], 1.0);
+        EXPECT_EQ(other.at(Doubles(n, 0.0))[0], 0.0);
     }
 }
 
@@ -331,7 +253,7 @@ TEST(CLUTBegin, ReplacesTheArraysOfAFormerCall)
 {
     for (const std::size_t n : {1U, 3U, 5U, 7U}) {
         Generator random(68);
-        Table table(Counts(n, 3), 2, random_values(random, Counts(n, 3), 2));
+        Table table(random, Counts(n, 3), 2);
         const Doubles before = table.at(Doubles(n, 0.3));
         table.Begin();
         EXPECT_EQ(table.at(Doubles(n, 0.3)), before);
