@@ -15,44 +15,26 @@ constexpr const char *no_grid = "md_tetrab_new: malloc failure";        // data,
 constexpr const char *no_products = "md_tetrab_new: insuff. mem.";
 constexpr const char *no_expansion = "md_tetrab_expand: error in md_tetrab_new";
 
+bool made(md_tetrab *table) { return table != nullptr && md_tetrab_kill(table) == nullptr; }
+
 SweepRow creation(const char *name, md_tetrab *(*create)(), std::vector<SweepFailures> failures)
 {
-    return {.name = name,
-            .make =
-                [=] {
-                    return SweepCase{.call = [=] {
-                        md_tetrab *table = create();
-                        const bool made = table != nullptr;
-                        md_tetrab_kill(table);
-                        return made;
-                    }};
-                },
-            .failures = std::move(failures)};
-}
-
-std::string contents(md_tetrab *table)
-{
-    int size = 0;
-    const unsigned char *data = md_tetrab_dataptr(table, &size);
-    return {data, data + size};
+    const auto call = [=] { return made(create()); };
+    return {.name = name, .make = [=] { return SweepCase{.call = call}; }, .failures = std::move(failures)};
 }
 
 SweepRow expansion(const char *name, int inputs, int resolution)
 {
+    const auto make = [=] {
+        std::shared_ptr<md_tetrab> source(md_tetrab_new(inputs, 3, 3), md_tetrab_kill);
+        int size = 0;
+        unsigned char *data = md_tetrab_dataptr(source.get(), &size);
+        data[5] = 55;
+        return SweepCase{.call = [=] { return made(md_tetrab_expand(source.get(), resolution)); },
+                         .state = [=] { return std::string(data, data + size); }};
+    };
     return {.name = name,
-            .make =
-                [=] {
-                    std::shared_ptr<md_tetrab> source(md_tetrab_new(inputs, 3, 3), md_tetrab_kill);
-                    md_tetrab_dataptr(source.get(), nullptr)[5] = 55;
-                    return SweepCase{.call =
-                                         [=] {
-                                             md_tetrab *target = md_tetrab_expand(source.get(), resolution);
-                                             const bool made = target != nullptr;
-                                             md_tetrab_kill(target);
-                                             return made;
-                                         },
-                                     .state = [=] { return contents(source.get()); }};
-                },
+            .make = make,
             .failures = {{.count = 1, .once = {no_expansion, no_memory}},
                          {.count = 2, .once = {no_expansion, no_grid}},
                          {.count = 3, .once = {no_expansion, no_memory}}}};
