@@ -12,16 +12,12 @@ constexpr const char *no_memory = "md_tetra_new: insufficient memory";  // recor
 
 SweepRow creation(const char *name, int inputs)
 {
+    const auto call = [=] {
+        md_tetrad *table = md_tetrad_new(inputs, 2, 3, 0.0, 1.0);
+        return table != nullptr && md_tetrad_kill(table) == nullptr;
+    };
     return {.name = name,
-            .make =
-                [=] {
-                    return SweepCase{.call = [=] {
-                        md_tetrad *table = md_tetrad_new(inputs, 2, 3, 0.0, 1.0);
-                        const bool made = table != nullptr;
-                        md_tetrad_kill(table);
-                        return made;
-                    }};
-                },
+            .make = [=] { return SweepCase{.call = call}; },
             .failures = {{.count = 2, .once = {no_memory}},
                          {.count = 1, .once = {"md_tetrab_new: malloc failure"}},
                          {.count = 1, .once = {"md_tetrad_new: insuff. mem."}},
