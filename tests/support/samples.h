@@ -4,6 +4,7 @@
 #define TESKA_TESTS_SAMPLES_H
 
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 namespace teska_test
