@@ -93,7 +93,7 @@ TESKA_API int md_tetrab_get_nrpoints(md_tetrab *table) TESKA_NOTHROW;
 
 /* md_tetrab_vertex_get - one vertex: the input it stands for and the place of its output.
  *
- *     inBytes[k] = floor(coord[k] * 255 / (R - 1) + 0.5)
+ *     inBytes[k] = floor(coord[k] * step + 0.5),   step = 255 / (R - 1), in doubles
  *
  * coord    N indices in 0 .. R - 1
  * inBytes  receives N bytes; may be null
