@@ -16,6 +16,7 @@
  *   count when none does: points of equal x are all kept, in the order in which they were inserted.
  *   Elements are copied in. x may point to an own x element and y to an own y element; y must not point to an
  *   x element.
+ *   The x elements stand one behind the other in the function's storage, and so do the y elements.
  *   The addresses that func_get_point and func_search_el hand back lie in the function's storage and are
  *   valid until the next call that inserts, removes, reserves or kills.
  *   Sizes and capacities are those of list.h, 16 bits: at most 65535 points, elements of at most 65535 bytes.

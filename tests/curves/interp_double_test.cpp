@@ -49,6 +49,12 @@ Points contents(const Curve &li)
     return points;
 }
 
+// The default order, but given by the caller: the curve then looks for places through the list.
+int ascending(const void *element, const void *key)
+{
+    return *static_cast<const double *>(element) > *static_cast<const double *>(key) ? 1 : 0;
+}
+
 int descending(const void *element, const void *key)
 {
     return *static_cast<const double *>(element) < *static_cast<const double *>(key) ? 1 : 0;
@@ -117,6 +123,34 @@ TEST(LinInterpDoubleInter, AgreesWithAWalkOverThePointsBitForBit)
     }
     EXPECT_EQ(reports.take(), lines(refused, too_close));
     EXPECT_GT(refused, 500U) << "too few of the curves have points too close";
+}
+
+TEST(LinInterpDoubleInter, FindsTheListsPlacesWhateverBecameOfTheOrder)
+{
+    Reports reports;
+    Generator random(5412);
+    for (int round = 0; round < 400; ++round) {
+        Curve direct = curve({{0, 0}, {1, 1}});
+        Curve listed = curve({{0, 0}, {1, 1}}, ascending);
+        for (int step = 2; step < 30; ++step) {
+            const int kind = random.below(step < 15 ? 4 : 8);
+            const double x = random.below(100) == 0 ? no_number : coordinate(random);
+            const int index = random.below(lin_interp_double_num(direct.get()));
+            for (Curve *li : {&direct, &listed}) {
+                if (kind == 5)
+                    lin_interp_double_changep(li->get(), index, x, step);
+                else if (kind == 6)
+                    lin_interp_double_subst(li->get(), x, step, 0.5);
+                else if (kind == 7 && round % 4 == 0)
+                    li->reset(lin_interp_double_invert(li->get(), li == &direct ? nullptr : ascending));
+                else
+                    lin_interp_double_insert(li->get(), x, step);
+            }
+            for (const double query : {x, coordinate(random), no_number})
+                for (const Evaluate evaluate : {lin_interp_double_inter, lin_interp_double_inextp})
+                    ASSERT_EQ(bits(evaluate, direct, query), bits(evaluate, listed, query)) << round << ' ' << step;
+        }
+    }
 }
 
 TEST(LinInterpDoubleInextp, KeptRefusesASinglePointToo)
