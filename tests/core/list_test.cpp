@@ -129,8 +129,13 @@ TEST(ListInsert, RefusesMoreThan65535Elements)
     EXPECT_EQ(list_alloc(list.get(), 65536), -1);
     for (const unsigned index : {65535U, 65536U, UINT_MAX})
         EXPECT_EQ(list_insert_index(list.get(), "y", index, 1), -1) << index;
-    for (int i = 0; i < 65535; ++i)
+    const void *grown = nullptr;
+    for (int i = 0; i < 65535; ++i) {
         ASSERT_EQ(list_insert(list.get(), "x"), i);
+        if (i == 65500)
+            grown = list_get_element(list.get(), 0);
+    }
+    EXPECT_EQ(list_get_element(list.get(), 0), grown) << "growing goes as far as the list can count";
     EXPECT_EQ(list_insert(list.get(), "y"), -1);
     EXPECT_EQ(list_insert_index(list.get(), "y", 0, 0), -1);
     EXPECT_EQ(reports.take(), lines(6, no_room));
