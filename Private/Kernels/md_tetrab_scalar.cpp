@@ -19,6 +19,7 @@
 // of 64 KiB, which other weights need, take half as much time again.
 
 #include "Kernels/kernels.h"
+#include "Kernels/simplex.h"
 
 namespace teska
 {
@@ -237,14 +238,6 @@ void convert_many(const tetrab_table &table, const tetrab_run &run) noexcept
     }
 }
 
-bool all_present(const tetrab_table &table, const tetrab_run &run) noexcept
-{
-    for (int c = 0; c < table.outputs; ++c)
-        if (run.out[c] == nullptr)
-            return false;
-    return true;
-}
-
 template <int N>
 void convert(const tetrab_table &table, const tetrab_run &run) noexcept
 {
@@ -253,7 +246,7 @@ void convert(const tetrab_table &table, const tetrab_run &run) noexcept
     if constexpr (N != 0) {
         constexpr tetrab_kernels::convert_fn few[] = {convert_few<N, 1>, convert_few<N, 2>, convert_few<N, 3>,
                                                       convert_few<N, 4>};
-        if (table.outputs <= 4 && all_present(table, run))
+        if (table.outputs <= 4 && all_present(run.out, table.outputs))
             return few[table.outputs - 1](table, run);
     }
     convert_many<N, multiplied>(table, run);

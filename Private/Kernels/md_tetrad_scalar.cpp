@@ -176,21 +176,13 @@ void evaluate_many(const tetrad_table &table, const tetrad_run &run) noexcept
     }
 }
 
-bool all_present(const tetrad_table &table, const tetrad_run &run) noexcept
-{
-    for (int c = 0; c < table.outputs; ++c)
-        if (run.out[c] == nullptr)
-            return false;
-    return true;
-}
-
 template <int N>
 void evaluate(const tetrad_table &table, const tetrad_run &run) noexcept
 {
     if constexpr (N != 0) {
         constexpr tetrad_kernels::evaluate_fn few[] = {evaluate_few<N, 1>, evaluate_few<N, 2>, evaluate_few<N, 3>,
                                                        evaluate_few<N, 4>};
-        if (table.outputs <= 4 && all_present(table, run))
+        if (table.outputs <= 4 && all_present(run.out, table.outputs))
             return few[table.outputs - 1](table, run);
     }
     evaluate_many<N>(table, run);

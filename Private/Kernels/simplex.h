@@ -31,6 +31,16 @@ inline void sort_descending(Fraction *fraction, Stride *stride, int n) noexcept
     }
 }
 
+// Whether none of the output lines is to be skipped.
+template <class Sample>
+inline bool all_present(Sample *const *out, int outputs) noexcept
+{
+    for (int c = 0; c < outputs; ++c)
+        if (out[c] == nullptr)
+            return false;
+    return true;
+}
+
 }  // namespace
 
 }  // namespace teska

@@ -16,26 +16,9 @@
 #include "Support/memory.h"
 #include "Support/report.h"
 
-#include <memory>
-
-namespace
-{
-
-struct list_delete {
-    void operator()(list_rec *list) const noexcept { list_kill(list); }
-};
-
-using list_owner = std::unique_ptr<list_rec, list_delete>;
-
-struct func_delete {
-    void operator()(func *f) const noexcept { func_kill(f); }
-};
-
-}  // namespace
-
 struct func {
-    list_owner x;
-    list_owner y;
+    teska::handle<list_rec, list_kill> x;
+    teska::handle<list_rec, list_kill> y;
     func_order order = nullptr;  // what x was created with
 };
 
@@ -137,7 +120,7 @@ func *func_invert(const func *f, func_order order) TESKA_NOTHROW
         return nullptr;
     const auto x_size = static_cast<unsigned>(list_get_el_size(f->x.get()));
     const auto y_size = static_cast<unsigned>(list_get_el_size(f->y.get()));
-    std::unique_ptr<func, func_delete> inverse(func_new(list_get_ext(f->x.get()), y_size, x_size, order));
+    teska::heap_record<func> inverse(func_new(list_get_ext(f->x.get()), y_size, x_size, order));
     if (!inverse)
         return nullptr;
     void *x = nullptr;

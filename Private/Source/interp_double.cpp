@@ -10,8 +10,8 @@
 // bit by bit.
 //
 // The list's search calls the order function and asks three elements before it halves. As long as the x rise, every
-// search finds the same position, and a loop over the plain values that has no branch to guess wrong is three to five
-// times as fast; a flag knows whether they do. A caller's own order, NaN and points that were overwritten out of order
+// search finds the same position; then a loop over the plain values serves, with no call and no branch to guess wrong,
+// which makes an evaluation three to five times as fast. A flag knows whether they rise. A caller's own order, NaN and points that were overwritten out of order
 // go through the list.
 
 #include "interp_double.h"
@@ -23,7 +23,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 
 namespace
 {
@@ -31,12 +30,6 @@ namespace
 // Points nearer than this in x carry no line. Absolute, in the unit of x: it keeps the division from
 // overflowing, it is no measure of quality.
 constexpr double min_distance = 1e-20;
-
-struct func_delete {
-    void operator()(func *f) const noexcept { func_kill(f); }
-};
-
-using func_owner = std::unique_ptr<func, func_delete>;
 
 // All points: the elements of a list stand one behind the other. Null without points.
 struct point_rows {
@@ -49,17 +42,13 @@ struct point_rows {
 
 struct lin_interp_double {
     std::int32_t ext = 0;  // growth step as given: an inverted curve gets the same
-    func_owner function;
+    teska::handle<func, func_kill> function;
     point_rows rows{};    // where the points of the function are
     bool rising = false;  // the order is the default one, no x is below the one before it, and none is NaN
 };
 
 namespace
 {
-
-struct curve_delete {
-    void operator()(lin_interp_double *li) const noexcept { lin_interp_double_kill(li); }
-};
 
 double load(const void *element)
 {
@@ -259,7 +248,7 @@ int lin_interp_double_inextp(const lin_interp_double *li, double x, double *y) T
 
 lin_interp_double *lin_interp_double_invert(const lin_interp_double *li, func_order order) TESKA_NOTHROW
 {
-    std::unique_ptr<lin_interp_double, curve_delete> inverse;
+    teska::heap_record<lin_interp_double> inverse;
     if (li != nullptr)
         inverse.reset(lin_interp_double_new(li->ext, order));
     if (inverse) {

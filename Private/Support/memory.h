@@ -55,6 +55,19 @@ heap_record<T> make_record() noexcept
     return heap_record<T>(storage != nullptr ? ::new (storage) T() : nullptr);
 }
 
+// An owned record of another module, given back by that module's kill function.
+template <auto kill>
+struct kill_delete {
+    template <class T>
+    void operator()(T *record) const noexcept
+    {
+        kill(record);
+    }
+};
+
+template <class T, auto kill>
+using handle = std::unique_ptr<T, kill_delete<kill>>;
+
 // Frees a record that was handed out; null is accepted.
 template <class T>
 void kill_record(T *record) noexcept
