@@ -14,10 +14,10 @@ ROOT = Path(__file__).resolve().parent.parent
 
 
 def subsystems():
-    """Key and modules of each subsystem."""
+    """Key of each subsystem and its modules, each with its sources."""
     text = re.sub(r"#[^\n]*", "", (ROOT / "cmake/TeskaSubsystems.cmake").read_text())
     for key, modules in re.findall(r'teska_subsystem\((\w+)\s+"[^"]*"([^)]*)\)', text):
-        yield key, modules.split()
+        yield key, {name: (sources or name).split("+") for name, _, sources in (m.partition(":") for m in modules.split())}
 
 
 def tracked(pattern):
@@ -27,9 +27,11 @@ def tracked(pattern):
 
 def faults():
     known = set()
+    known_sources = set()
     used = "".join((ROOT / "tests/api" / name).read_text() for name in ("application.c", "api_test.cpp"))
     for key, modules in subsystems():
         known.update(modules)
+        known_sources.update(source for sources in modules.values() for source in sources)
         gather = ROOT / f"include/teska_{key}.h"
         included = set(re.findall(r'#\s*include "(\w+)\.h"', gather.read_text())) if gather.exists() else set()
         for module in sorted(included ^ set(modules)):
@@ -38,7 +40,7 @@ def faults():
             names = set(re.findall(r"TESKA_API\s+[^;({]*?(\w+)\s*[({\n]", (ROOT / f"include/{module}.h").read_text()))
             if not any(re.search(rf"\b{name}\b", used) for name in names):
                 yield f"tests/api uses nothing of {module}"
-    for stem in sorted(tracked("Private/Source/*.cpp") - known):
+    for stem in sorted(tracked("Private/Source/*.cpp") - known_sources):
         yield f"Private/Source/{stem}.cpp is not on the map"
     for stem in sorted(stem for stem in tracked("include/*.h") - known if not stem.startswith("teska_")):
         yield f"include/{stem}.h is not on the map"
