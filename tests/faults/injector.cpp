@@ -3,25 +3,29 @@
 
 #include "faults/injector.h"
 
-#include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <memory_resource>
 #include <new>
 #include <unordered_set>
 
+#include <fcntl.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 namespace
 {
 
 using teska_test::fault_kind;
+using teska_test::file_fault;
 
 struct fault_state {
     bool armed = false;
     fault_kind kind{};
     int remaining = 0;  // calls that still succeed
     bool sticky = false;
+    file_fault fault{};
     int injected = 0;
 };
 
@@ -43,7 +47,9 @@ bool fails(fault_kind kind)
     if (faults.injected > 0 && !faults.sticky)
         return false;
     ++faults.injected;
-    errno = kind == fault_kind::memory ? ENOMEM : EIO;
+    if (kind == fault_kind::files && faults.fault.kill)
+        ::kill(getpid(), SIGKILL);
+    errno = kind == fault_kind::memory ? ENOMEM : faults.fault.error;
     return true;
 }
 
@@ -79,14 +85,43 @@ auto file_call(Argument... arguments) -> decltype(real(arguments...))
     return fails(fault_kind::files) ? failure : real(arguments...);
 }
 
+// Closing: done in any case, and the file call that failed keeps its error number.
+template <auto real, class File>
+int closing_call(File file)
+{
+    const bool failing = fails(fault_kind::files);
+    const int error = errno;
+    const int result = real(file);
+    if (!failing)
+        return result;
+    errno = error;
+    return -1;
+}
+
+template <auto real, class Data>
+ssize_t descriptor_transfer(int descriptor, Data *data, std::size_t size)
+{
+    if (!fails(fault_kind::files))
+        return real(descriptor, data, size);
+    return faults.fault.partial && size > 1 ? real(descriptor, data, size / 2) : -1;
+}
+
+template <auto real, class Data>
+std::size_t stream_transfer(Data *data, std::size_t size, std::size_t count, std::FILE *file)
+{
+    if (!fails(fault_kind::files))
+        return real(data, size, count, file);
+    return faults.fault.partial ? real(data, size, count / 2, file) : 0;
+}
+
 }  // namespace
 
 namespace teska_test
 {
 
-void arm(fault_kind kind, int n, bool sticky)
+void arm(fault_kind kind, int n, bool sticky, file_fault fault)
 {
-    faults = {.armed = true, .kind = kind, .remaining = n, .sticky = sticky, .injected = 0};
+    faults = {.armed = true, .kind = kind, .remaining = n, .sticky = sticky, .fault = fault, .injected = 0};
 }
 
 int disarm()
@@ -125,13 +160,25 @@ freeing_sized __real__ZdlPvm, __real__ZdaPvm;
 void *__real_calloc(std::size_t count, std::size_t size);
 void *__real_realloc(void *block, std::size_t size);
 std::FILE *__real_fopen(const char *path, const char *mode);
+std::size_t __real_fread(void *data, std::size_t size, std::size_t count, std::FILE *file);
 std::size_t __real_fwrite(const void *data, std::size_t size, std::size_t count, std::FILE *file);
+int __real_fgetc(std::FILE *file);
+int __real_fputc(int byte, std::FILE *file);
+int __real_fseek(std::FILE *file, long offset, int from);
+int __real_fseeko(std::FILE *file, off_t offset, int from);
+long __real_ftell(std::FILE *file);
+off_t __real_ftello(std::FILE *file);
 int __real_fflush(std::FILE *file);
 int __real_fclose(std::FILE *file);
 int __real_open(const char *path, int flags, ...);
+ssize_t __real_read(int descriptor, void *data, std::size_t size);
 ssize_t __real_write(int descriptor, const void *data, std::size_t size);
+off_t __real_lseek(int descriptor, off_t offset, int from);
 int __real_fsync(int descriptor);
+int __real_ftruncate(int descriptor, off_t size);
+int __real_close(int descriptor);
 int __real_rename(const char *from, const char *to);
+int __real_unlink(const char *path);
 
 void *__wrap_malloc(std::size_t size) { return allocate<__real_malloc>(size); }
 void *__wrap_calloc(std::size_t count, std::size_t size) { return allocate<__real_calloc>(count, size); }
@@ -165,33 +212,51 @@ void __wrap__ZdaPvm(void *block, std::size_t size) { release<__real__ZdaPvm>(blo
 
 std::FILE *__wrap_fopen(const char *path, const char *mode) { return file_call<__real_fopen, nullptr>(path, mode); }
 
+std::size_t __wrap_fread(void *data, std::size_t size, std::size_t count, std::FILE *file)
+{
+    return stream_transfer<__real_fread>(data, size, count, file);
+}
+
 std::size_t __wrap_fwrite(const void *data, std::size_t size, std::size_t count, std::FILE *file)
 {
-    return file_call<__real_fwrite, 0>(data, size, count, file);
+    return stream_transfer<__real_fwrite>(data, size, count, file);
 }
 
+int __wrap_fgetc(std::FILE *file) { return file_call<__real_fgetc, EOF>(file); }
+int __wrap_fputc(int byte, std::FILE *file) { return file_call<__real_fputc, EOF>(byte, file); }
+int __wrap_fseek(std::FILE *file, long offset, int from) { return file_call<__real_fseek, -1>(file, offset, from); }
+int __wrap_fseeko(std::FILE *file, off_t offset, int from) { return file_call<__real_fseeko, -1>(file, offset, from); }
+long __wrap_ftell(std::FILE *file) { return file_call<__real_ftell, -1>(file); }
+off_t __wrap_ftello(std::FILE *file) { return file_call<__real_ftello, -1>(file); }
 int __wrap_fflush(std::FILE *file) { return file_call<__real_fflush, EOF>(file); }
-
-int __wrap_fclose(std::FILE *file)
-{
-    const int result = __real_fclose(file);
-    return fails(fault_kind::files) ? EOF : result;
-}
+int __wrap_fclose(std::FILE *file) { return closing_call<__real_fclose>(file); }
 
 int __wrap_open(const char *path, int flags, ...)
 {
     std::va_list rest;
     va_start(rest, flags);
-    const int permission = va_arg(rest, int);
+    const int permission = (flags & O_CREAT) != 0 ? va_arg(rest, int) : 0;
     va_end(rest);
     return file_call<__real_open, -1>(path, flags, permission);
 }
 
-ssize_t __wrap_write(int descriptor, const void *data, std::size_t size)
+ssize_t __wrap_read(int descriptor, void *data, std::size_t size)
 {
-    return file_call<__real_write, -1>(descriptor, data, size);
+    return descriptor_transfer<__real_read>(descriptor, data, size);
 }
 
+ssize_t __wrap_write(int descriptor, const void *data, std::size_t size)
+{
+    return descriptor_transfer<__real_write>(descriptor, data, size);
+}
+
+off_t __wrap_lseek(int descriptor, off_t offset, int from)
+{
+    return file_call<__real_lseek, -1>(descriptor, offset, from);
+}
 int __wrap_fsync(int descriptor) { return file_call<__real_fsync, -1>(descriptor); }
+int __wrap_ftruncate(int descriptor, off_t size) { return file_call<__real_ftruncate, -1>(descriptor, size); }
+int __wrap_close(int descriptor) { return closing_call<__real_close>(descriptor); }
 int __wrap_rename(const char *from, const char *to) { return file_call<__real_rename, -1>(from, to); }
+int __wrap_unlink(const char *path) { return file_call<__real_unlink, -1>(path); }
 }

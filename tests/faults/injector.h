@@ -6,17 +6,26 @@
 #ifndef TESKA_TESTS_INJECTOR_H
 #define TESKA_TESTS_INJECTOR_H
 
+#include <cerrno>
+
 namespace teska_test
 {
 
 enum class fault_kind {
     memory,  // malloc, calloc, realloc, operator new
-    files    // fopen, fwrite, fflush, fclose, open, write, fsync, rename
+    files    // opening, reading, writing, moving in, flushing, cutting, closing, renaming and removing files
 };
 
-// From now on the call with index n of this kind fails, and all later ones too when sticky. Memory fails with ENOMEM,
-// a file call with EIO; a failing fclose still closes.
-void arm(fault_kind kind, int n, bool sticky);
+// How a file call fails.
+struct file_fault {
+    int error = EIO;
+    bool partial = false;  // a transfer of more than one byte (one item) does half of it instead
+    bool kill = false;     // the process dies before the call, as by a signal it cannot catch
+};
+
+// From now on the call with index n of this kind fails, and all later ones too when sticky. Memory fails with ENOMEM.
+// A failing fclose or close still closes.
+void arm(fault_kind kind, int n, bool sticky, file_fault fault = {});
 
 // No more failures. Returns how many were injected since arm.
 int disarm();

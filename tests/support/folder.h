@@ -1,0 +1,37 @@
+// folder - a folder of a test's own, empty at first and removed with all it holds
+
+#ifndef TESKA_TESTS_FOLDER_H
+#define TESKA_TESTS_FOLDER_H
+
+#include <filesystem>
+#include <string>
+
+namespace teska_test
+{
+
+class Folder
+{
+public:
+    Folder();
+    ~Folder();
+    Folder(const Folder &) = delete;
+    Folder &operator=(const Folder &) = delete;
+
+    // The folder's path, or that of a file in it; both separators are "/".
+    std::string path() const;
+    std::string path(const std::string &file) const;
+
+    // Content of a file in it; a missing file fails the test and reads as "".
+    std::string read(const std::string &file) const;
+    void write(const std::string &file, const std::string &content) const;
+
+    // Names of what is in it, in ascending order, with "/" behind those of folders.
+    std::string listing() const;
+
+private:
+    std::filesystem::path folder;
+};
+
+}  // namespace teska_test
+
+#endif
