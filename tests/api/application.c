@@ -7,6 +7,7 @@
 #include <teska_colour.h>
 #include <teska_core.h>
 #include <teska_curves.h>
+#include <teska_numerics.h>
 #include <teska_text.h>
 #include <wem.h>
 
@@ -102,6 +103,14 @@ static const char *use_md_tetrad(void)
     return NULL;
 }
 
+static const char *use_random(void)
+{
+    random_rec *dice = random_new(0);
+    EXPECT(random_val(dice) == 16807.0F / 2147483648.0F);
+    EXPECT(random_kill(dice) == NULL);
+    return NULL;
+}
+
 static const char *use_wem(void)
 {
     char line[WEM_LINE_SIZE];
@@ -119,8 +128,8 @@ static const char *use_lopra(void)
 
 const char *use_every_module(void)
 {
-    const char *(*const uses[])(void) = {use_error_mess,    use_list,      use_str_utils, use_func, use_wem,
-                                         use_interp_double, use_md_tetrab, use_md_tetrad, use_lopra};
+    const char *(*const uses[])(void) = {use_error_mess,    use_list,      use_str_utils, use_func,   use_wem,
+                                         use_interp_double, use_md_tetrab, use_md_tetrad, use_random, use_lopra};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)
         failed = uses[i]();

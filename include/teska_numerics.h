@@ -1,0 +1,5 @@
+/* teska_numerics.h - gathers the headers of one subsystem: numerical methods */
+#ifndef TESKA_NUMERICS_H
+#define TESKA_NUMERICS_H
+#include "random.h"
+#endif
