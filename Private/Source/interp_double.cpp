@@ -11,8 +11,8 @@
 //
 // The list's search calls the order function and asks three elements before it halves. As long as the x rise, every
 // search finds the same position; then a loop over the plain values serves, with no call and no branch to guess wrong,
-// which makes an evaluation three to five times as fast. A flag knows whether they rise. A caller's own order, NaN and points that were overwritten out of order
-// go through the list.
+// which makes an evaluation three to five times as fast. A flag knows whether they rise. A caller's own order, NaN and
+// points that were overwritten out of order go through the list.
 
 #include "interp_double.h"
 
