@@ -24,6 +24,15 @@ static const char *use_error_mess(void)
     return NULL;
 }
 
+static const char *use_dynar(void)
+{
+    dynar *widths = dynar_new(sizeof(int), 4);
+    *(int *)dynar_ptr(widths, 6) = 7;
+    EXPECT(dynar_nr_items(widths) == 7 && *(int *)dynar_ptr(widths, 6) == 7);
+    EXPECT(dynar_kill(widths) == 0);
+    return NULL;
+}
+
 static int same_text(const void *element, const void *key) { return strcmp_ci(element, key) != 0; }
 
 static const char *use_list(void)
@@ -128,7 +137,7 @@ static const char *use_lopra(void)
 
 const char *use_every_module(void)
 {
-    const char *(*const uses[])(void) = {use_error_mess,    use_list,      use_str_utils, use_func,   use_wem,
+    const char *(*const uses[])(void) = {use_dynar, use_error_mess,    use_list,      use_str_utils, use_func,   use_wem,
                                          use_interp_double, use_md_tetrab, use_md_tetrad, use_random, use_lopra};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)
