@@ -4,7 +4,7 @@
 teska_subsystem(core "Core frame and containers" dynar error_mess list)
 teska_subsystem(text "Text and numbers" str_utils)
 teska_subsystem(files "Files, streams and devices")
-teska_subsystem(numerics "Numerical methods" random)
+teska_subsystem(numerics "Numerical methods" random rdither tran3)
 teska_subsystem(curves "Curves and one-dimensional tables" func interp_double)
 teska_subsystem(colour "Colour lookup tables and multidimensional interpolation" clut md_tetrab md_tetrad)
 teska_subsystem(image "Image processing, line by line")

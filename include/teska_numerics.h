@@ -2,4 +2,8 @@
 #ifndef TESKA_NUMERICS_H
 #define TESKA_NUMERICS_H
 #include "random.h"
+#include "rdither.h"
+#ifdef __cplusplus
+#    include "tran3.h"
+#endif
 #endif

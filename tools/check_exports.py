@@ -55,7 +55,8 @@ def body_of(text, start):
 
 
 def members_of(name, body):
-    """The exported names of a class: its functions without a body, and vtable and type when one of them is virtual."""
+    """The exported names of a class: its functions without a body and its static constants, and vtable and type when a
+    function is virtual."""
     body = re.sub(r"\b(public|protected|private)\s*:", " ", body)
     body = re.sub(r"\{[^{}]*\}", "{};", body)
     names = set()
@@ -63,6 +64,8 @@ def members_of(name, body):
         match = re.match(r"[^()]*?(~?\w+|operator\s*(?:\[\]|\(\)|[^\s\w(]+))\s*\((?!\s*\*)", declaration)
         if match and not re.search(r"\{\}$|=\s*(default|delete)$", declaration):
             names.add(f"{name}::{match[1].replace(' ', '')}")
+        if constant := re.match(r"static\s+const\s+\w+\s+(\w+)", declaration):
+            names.add(f"{name}::{constant[1]}")
         if declaration.startswith("virtual"):
             names |= {f"vtable for {name}", f"typeinfo for {name}", f"typeinfo name for {name}"}
     return names

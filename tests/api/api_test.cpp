@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <teska_colour.h>
 #include <teska_core.h>
+#include <teska_numerics.h>
 #include <wem.h>
 
 #include <memory>
@@ -72,6 +73,14 @@ TEST(Application, CatchesTheTableThatIsTooLarge)
     unsigned char grid[6] = {255, 255, 255, 255, 255, 255};
     float value = 0;
     EXPECT_THROW(CLUT(6, grid, 3, 0, &value), std::bad_alloc);
+}
+
+TEST(Application, TakesRandomNumbersAndTheirConstants)
+{
+    TRan3 noise(-1);
+    const int &modulus = TRan3::MBIG;
+    EXPECT_EQ(noise.Generate(), static_cast<float>(298227348 * TRan3::FAC));
+    EXPECT_EQ(modulus, 1000000000);
 }
 
 }  // namespace

@@ -120,6 +120,14 @@ static const char *use_random(void)
     return NULL;
 }
 
+static const char *use_rdither(void)
+{
+    rdither *cell = rdither_new(4, 1);
+    EXPECT(rdither_val(cell, 0, 1, 2) == 1 && rdither_val(cell, 4, 4, 2) == 0);
+    EXPECT(rdither_kill(cell) == 0);
+    return NULL;
+}
+
 static const char *use_wem(void)
 {
     char line[WEM_LINE_SIZE];
@@ -137,8 +145,9 @@ static const char *use_lopra(void)
 
 const char *use_every_module(void)
 {
-    const char *(*const uses[])(void) = {use_dynar, use_error_mess,    use_list,      use_str_utils, use_func,   use_wem,
-                                         use_interp_double, use_md_tetrab, use_md_tetrad, use_random, use_lopra};
+    const char *(*const uses[])(void) = {use_dynar,     use_error_mess, use_list,          use_str_utils,
+                                         use_func,      use_wem,        use_interp_double, use_md_tetrab,
+                                         use_md_tetrad, use_random,     use_rdither,       use_lopra};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)
         failed = uses[i]();

@@ -65,8 +65,8 @@ SweepRow changing(std::string name, std::function<Object()> make, std::function<
 bool gave(int success, int result);
 
 // Whether a constructor's call succeeded; what it made is killed.
-template <class Record>
-bool made(Record *record, int (*kill)(Record *))
+template <class Record, class Killed>
+bool made(Record *record, Killed (*kill)(Record *))
 {
     const bool success = record != nullptr;
     kill(record);
