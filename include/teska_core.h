@@ -3,5 +3,6 @@
 #define TESKA_CORE_H
 #include "dynar.h"
 #include "error_mess.h"
+#include "itemfifo.h"
 #include "list.h"
 #endif

@@ -33,6 +33,16 @@ static const char *use_dynar(void)
     return NULL;
 }
 
+static const char *use_itemfifo(void)
+{
+    short item = 3;
+    itemfifo *queue = itemfifo_new(sizeof item, 1);
+    EXPECT(itemfifo_put(queue, &item) == 1 && itemfifo_put(queue, &(short){4}) == 1);
+    EXPECT(itemfifo_get(queue, &item) == 1 && item == 3 && itemfifo_nr_items(queue) == 1);
+    EXPECT(itemfifo_kill(queue) == 0);
+    return NULL;
+}
+
 static int same_text(const void *element, const void *key) { return strcmp_ci(element, key) != 0; }
 
 static const char *use_list(void)
@@ -145,7 +155,7 @@ static const char *use_lopra(void)
 
 const char *use_every_module(void)
 {
-    const char *(*const uses[])(void) = {use_dynar,     use_error_mess, use_list,          use_str_utils,
+    const char *(*const uses[])(void) = {use_itemfifo, use_dynar,     use_error_mess, use_list,          use_str_utils,
                                          use_func,      use_wem,        use_interp_double, use_md_tetrab,
                                          use_md_tetrad, use_random,     use_rdither,       use_lopra};
     const char *failed = NULL;

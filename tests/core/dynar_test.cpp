@@ -56,6 +56,21 @@ TEST(DynarPtr, GrowsToItsStepBeyondTheIndexAndKeepsWhatIsInUse)
     EXPECT_TRUE(std::equal(model.begin(), model.end(), &at(array, 0)));
 }
 
+TEST(DynarPtr, RarelyMovesTheItemsWhenTheyAreAppended)
+{
+    const Array array(dynar_new(sizeof(int), 10), dynar_kill);
+    const int *block = nullptr;
+    int moves = 0;
+    for (int i = 0; i < 100000; ++i) {
+        at(array, i) = i;
+        moves += std::exchange(block, &at(array, 0)) != block ? 1 : 0;
+    }
+    EXPECT_LT(moves, 30);
+    EXPECT_EQ(array->capacity, 100000);
+    for (int i = 0; i < 100000; ++i)
+        ASSERT_EQ(at(array, i), i);
+}
+
 TEST(DynarPtr, LosesWhatWasWrittenPastTheHighestIndexWhenItGrows)
 {
     // The second growth of an array happens in place when there is hidden room.

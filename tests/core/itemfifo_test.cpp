@@ -1,0 +1,53 @@
+#include "itemfifo.h"
+
+#include "support/generator.h"
+#include "support/reports.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <deque>
+#include <memory>
+
+using teska_test::lines;
+using teska_test::Reports;
+
+TEST(ItemfifoNew, RefusesPartitionsThatCannotBeCounted)
+{
+    Reports reports;
+    EXPECT_EQ(itemfifo_new(0, 4), nullptr);
+    EXPECT_EQ(itemfifo_new(INT_MAX / 10 + 1, -1), nullptr) << "10 items";
+    EXPECT_EQ(itemfifo_new(1 << 16, 1 << 15), nullptr);
+    EXPECT_EQ(reports.take(), lines(3, "itemfifo_new: Unable to create new itemfifo"));
+    EXPECT_EQ(itemfifo_kill(nullptr), 0);
+}
+
+TEST(ItemfifoGet, GivesTheItemsInTheOrderTheyWerePut)
+{
+    struct Item {
+        int number;
+        char tail[3];
+    };
+    teska_test::Generator random(3);
+    for (const int items : {1, 2, 5, 0, INT_MIN}) {
+        const std::unique_ptr<itemfifo, int (*)(itemfifo *)> fifo(itemfifo_new(sizeof(Item), items), itemfifo_kill);
+        std::deque<int> model;
+        Item item{-1, "x"};
+        EXPECT_EQ(itemfifo_get(fifo.get(), &item), 0);
+        for (int i = 0; i < 3000; ++i) {
+            // The queue grows and shrinks in waves, down to nothing.
+            if (random.below(10) < (i / 100 % 2 == 0 ? 7 : 2)) {
+                EXPECT_EQ(itemfifo_put(fifo.get(), &(item = {i, "ab"})), 1);
+                model.push_back(i);
+            } else if (item = {-1, "x"}; itemfifo_get(fifo.get(), &item) == 1) {
+                EXPECT_STREQ(item.tail, "ab");
+                EXPECT_EQ(item.number, model.front());
+                model.pop_front();
+            } else {
+                EXPECT_TRUE(model.empty());
+                EXPECT_EQ(item.number, -1);
+            }
+            ASSERT_EQ(itemfifo_nr_items(fifo.get()), static_cast<int>(model.size()));
+        }
+    }
+}
