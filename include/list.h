@@ -65,7 +65,8 @@ TESKA_API int list_kill(list_rec *list) TESKA_NOTHROW;
  * element  element-size bytes
  * Returns the index of the element, or -1 with "list_insert : Unable to extend list, insufficient resources"; the list
  * is then unchanged.
- * O(log n) calls of the order function and one move of the elements behind the place.
+ * O(log n) calls of the order function and one move of the elements behind the place. Appending n elements is O(n),
+ * however small the growth step: the block holds up to half as much again as the capacity.
  */
 TESKA_API int list_insert(list_rec *list, const void *element) TESKA_NOTHROW;
 
@@ -99,6 +100,7 @@ TESKA_API int list_rem_element(list_rec *list, int index) TESKA_NOTHROW;
  *
  * capacity  wanted number of slots. Less than the present capacity does nothing; the growth step is not changed.
  * Returns 0, or -1 with "list_insert : Unable to extend list, insufficient resources" (also for more than 65535 slots).
+ * Each call that does not fail or do nothing copies all elements, so reserving slot by slot is O(n) each time.
  * Kept: a capacity equal to the present one moves the elements to a new block.
  */
 TESKA_API int list_alloc(list_rec *list, int capacity) TESKA_NOTHROW;

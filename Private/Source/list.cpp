@@ -2,19 +2,24 @@
 //
 // One record and one block. Slots 0 .. count - 1 hold elements; the rest is zero where no element has been:
 //
-//     |<- count * el_size ->|<- (cap - count) * el_size ->|<- el_size ->|
-//     | elements            | free slots                  | spare slot  |
+//     |<- count ->|<- up to cap ->|<- 1 slot ->|<- up to room + 1 ->|
+//     | elements  | free slots    | spare slot | hidden slots       |
 //
 // The spare slot is not counted in the capacity and is zero between calls. It ends every text that fills its slot, so
 // that the order for texts never reads past the block, and it holds an element of the list's own while slots shift.
 //
-// The four numbers are 16 bit wide and come first, in this order. Growing allocates a new block, copies and only then
-// lets go of the old one: a failure leaves the list as it was. Insertion O(log n) comparisons and O(n) bytes moved.
+// The capacity grows by the promised steps. The hidden slots, always zero, let it do so without copying at every step
+// (Support/room.h); seen from outside, a step into them is the same as one to a new block, so it clears the free slots.
+//
+// The four numbers are 16 bit wide and come first, in this order. Moving to a new block copies and only then lets go of
+// the old one: a failure leaves the list as it was. Insertion O(log n) comparisons and O(n) bytes moved; appending n
+// elements O(n).
 
 #include "list.h"
 
 #include "Support/memory.h"
 #include "Support/report.h"
+#include "Support/room.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -22,6 +27,7 @@
 #include <functional>
 
 using teska::heap_block;
+using teska::roomy_block;
 
 namespace
 {
@@ -38,6 +44,7 @@ struct list_rec {
     std::uint16_t el_size = 0;  // bytes
     heap_block<char> data;
     list_order_fn order = nullptr;
+    std::size_t room = 0;  // slots of the block, at least cap, the spare one not counted
 };
 
 namespace
@@ -45,27 +52,37 @@ namespace
 
 char *slot(const list_rec &list, std::size_t index) { return list.data.get() + index * list.el_size; }
 
-heap_block<char> new_block(std::size_t slots, std::size_t el_size)
+// The spare slot follows the others.
+teska::item_layout layout(const list_rec &list) { return {.item_size = list.el_size, .behind = list.el_size}; }
+
+// Moves the elements to another block, and that one to `block`: an element given by the caller may lie in it, so it
+// lives until the caller has copied. An empty block is reported.
+bool move_to(list_rec &list, unsigned capacity, roomy_block &block)
 {
-    return teska::zeroed_block<char>((slots + 1) * el_size);
+    if (!block.data) {
+        TESKA_ERR("list_insert : Unable to extend list, insufficient resources");
+        return false;
+    }
+    std::memcpy(block.data.get(), list.data.get(), std::size_t{list.count} * list.el_size);
+    list.data.swap(block.data);
+    list.cap = static_cast<std::uint16_t>(capacity);
+    list.room = block.room;
+    return true;
 }
 
-// Moves the elements to a block of the wanted capacity, at most max_slots, which must hold `needed` slots. Returns the
-// former block: an element given by the caller may lie in it, so it lives until the caller has copied. Empty: reported.
-heap_block<char> grow(list_rec &list, unsigned wanted, unsigned needed)
+// Grows to the wanted capacity, at most max_slots, which must hold `needed` slots; `former` as move_to leaves it.
+bool grow(list_rec &list, unsigned wanted, unsigned needed, roomy_block &former)
 {
     const unsigned capacity = std::min(wanted, max_slots);
-    heap_block<char> block;
-    if (needed <= max_slots)
-        block = new_block(capacity, list.el_size);
-    if (!block) {
-        TESKA_ERR("list_insert : Unable to extend list, insufficient resources");
-        return block;
+    if (needed <= max_slots && capacity <= list.room) {
+        std::memset(slot(list, list.count), 0,
+                    std::size_t{list.cap} * list.el_size - std::size_t{list.count} * list.el_size);
+        list.cap = static_cast<std::uint16_t>(capacity);
+        return true;
     }
-    std::memcpy(block.get(), list.data.get(), std::size_t{list.count} * list.el_size);
-    list.cap = static_cast<std::uint16_t>(capacity);
-    list.data.swap(block);
-    return block;
+    if (needed <= max_slots)
+        former = teska::ample_room(list.room, capacity, max_slots, layout(list));
+    return move_to(list, capacity, former);
 }
 
 // While slots shift, an element of the list's own would change under the caller's pointer: it waits in the spare slot.
@@ -130,14 +147,18 @@ list_rec *list_new(int initial, unsigned size, list_order_fn fn) TESKA_NOTHROW
     const auto el_size = static_cast<std::uint16_t>(size);
 
     auto list = teska::make_record<list_rec>();
-    if (list)
-        list->data = new_block(slots, el_size);
-    if (!list || !list->data) {
+    roomy_block block;
+    if (list) {
+        list->el_size = el_size;
+        block = teska::exact_room(slots, layout(*list));
+    }
+    if (!block.data) {
         TESKA_ERR("list_new : Not enough resources to create list");
         return nullptr;
     }
     list->cap = list->ext = slots;
-    list->el_size = el_size;
+    list->data.swap(block.data);
+    list->room = block.room;
     list->order = fn;
     return list.release();
 }
@@ -152,12 +173,9 @@ int list_kill(list_rec *list) TESKA_NOTHROW
 
 int list_insert(list_rec *list, const void *element) TESKA_NOTHROW
 {
-    heap_block<char> former;
-    if (list->count >= list->cap) {
-        former = grow(*list, unsigned{list->cap} + list->ext, list->count + 1U);
-        if (!former)
-            return -1;
-    }
+    roomy_block former;
+    if (list->count >= list->cap && !grow(*list, unsigned{list->cap} + list->ext, list->count + 1U, former))
+        return -1;
     // Without an order this is the count.
     const int pos = list_pos(list, element);
     const auto index = static_cast<std::size_t>(pos);
@@ -171,12 +189,11 @@ int list_insert(list_rec *list, const void *element) TESKA_NOTHROW
 
 int list_insert_index(list_rec *list, const void *element, unsigned index, int mode) TESKA_NOTHROW
 {
-    heap_block<char> former;
+    roomy_block former;
     if (list->count >= list->cap || index >= list->cap) {
         const unsigned through_index = std::min(index, max_slots) + 1;
-        former = grow(*list, std::max(unsigned{list->cap}, through_index) + list->ext,
-                      std::max(list->count + 1U, through_index));
-        if (!former)
+        const unsigned wanted = std::max(unsigned{list->cap}, through_index) + list->ext;
+        if (!grow(*list, wanted, std::max(list->count + 1U, through_index), former))
             return -1;
     }
     const settled_element settled(*list, element);
@@ -214,8 +231,13 @@ int list_alloc(list_rec *list, int capacity) TESKA_NOTHROW
 {
     if (list->cap > capacity)
         return 0;
+    // Kept: a new block also when the capacity stays the same. It has no hidden slots: the caller knows how many it
+    // wants.
     const auto slots = static_cast<unsigned>(capacity);
-    return grow(*list, slots, slots) ? 0 : -1;
+    roomy_block block;
+    if (slots <= max_slots)
+        block = teska::exact_room(slots, layout(*list));
+    return move_to(*list, slots, block) ? 0 : -1;
 }
 
 // ---- Query ----------------------------------------------------------------------------------------------------------

@@ -49,14 +49,14 @@ std::vector<int> contents(const List &list)
     return values;
 }
 
-// How many elements fit behind the last one: a list without room moves, and never to where it stood. Adds one more.
+// How many elements fit behind the last one: the least capacity for which list_alloc moves the elements is the list's.
 int room(const List &list)
 {
     const void *block = list_get_element(list.get(), 0);
-    int fitting = -1;
-    for (; list_get_element(list.get(), 0) == block; ++fitting)
-        insert(list, {0});
-    return fitting;
+    int capacity = -1;
+    while (list_get_element(list.get(), 0) == block)
+        list_alloc(list.get(), ++capacity);
+    return capacity - list_num(list.get());
 }
 
 }  // namespace
@@ -165,8 +165,40 @@ TEST(ListInsertIndex, KeptGrowsByItsStepFromTheIndexWhenThisLiesBehindTheRoom)
             const List list = filled(4, nullptr, {1, 2, 3, 4});
             list_insert_index(list.get(), &mode, index, mode);
             EXPECT_EQ(room(list), expected) << index;
+            insert(list, std::vector<int>(static_cast<std::size_t>(expected) + 1));
             EXPECT_EQ(room(list), 3) << "list_insert adds the step alone";
         }
+}
+
+TEST(ListInsert, GrowsByItsStepButRarelyMovesItsElements)
+{
+    const List list = filled(10, nullptr, {0});
+    const void *block = nullptr;
+    int moves = 0;
+    for (int i = 1; i < 65000; ++i) {
+        insert(list, {i});
+        moves += std::exchange(block, list_get_element(list.get(), 0)) != block ? 1 : 0;
+    }
+    EXPECT_LT(moves, 30);
+    EXPECT_EQ(room(list), 0);
+    for (int i = 0; i < 65000; ++i)
+        ASSERT_EQ(as_int(list_get_element(list.get(), i)), i);
+}
+
+TEST(ListInsertIndex, ClearsFormerlyUsedSlotsWhenItGrows)
+{
+    // Four slots to a new block; from 48 slots on it grows inside the block, which has 60.
+    for (const int count : {4, 48}) {
+        const List list = filled(4, nullptr, std::vector<int>(static_cast<std::size_t>(count), 7));
+        list_rem_element(list.get(), 0);
+        list_rem_element(list.get(), 0);
+        const int value = 9;
+        for (int i = 0; i < 3; ++i)
+            list_insert_index(list.get(), &value, static_cast<unsigned>(count), 0);
+        std::vector<int> expected(static_cast<std::size_t>(count - 2), 7);
+        expected.insert(expected.end(), {0, 0, 9});
+        EXPECT_EQ(contents(list), expected);
+    }
 }
 
 TEST(ListRemElement, IgnoresAnIndexOutsideTheCountThatChangepReports)
