@@ -30,6 +30,7 @@
 #define LOPRA_H
 
 #include <fcntl.h>
+#include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
 
@@ -114,6 +115,19 @@ LOPRA_API FILE *fopen_utf8(const char *path, const char *mode) LOPRA_NOTHROW;
  */
 LOPRA_API int open_utf8(const char *path, int flags, ...) LOPRA_NOTHROW;
 
+/* create_below_utf8 - create a file that a stranger has named, or empty the one that is there.
+ *
+ * directory  trusted; may be or pass a link; "" is the root
+ * name       of the file, below the directory whatever it says: a separator at its front counts for nothing
+ * Returns a descriptor open for writing bytes, closed with close_utf8, or -1: EINVAL for a component "..", ELOOP or
+ * ENOTDIR for a symbolic link anywhere in the name, EISDIR for a directory, EACCES or ENXIO for what is no ordinary
+ * file. Folders in the name are not made. Nothing outside the directory is opened for writing.
+ *
+ * POSIX: nothing can be exchanged meanwhile, because each folder is opened from the one above it. Windows: looks at
+ * the folders first; EINVAL also for characters and names that files cannot have (":", "?", "...").
+ */
+LOPRA_API int create_below_utf8(const char *directory, const char *name) LOPRA_NOTHROW;
+
 /* close_utf8 - close a descriptor and remove its file if that is temporary. Returns 0, or -1 for a bad
  * descriptor. */
 LOPRA_API int close_utf8(int descriptor) LOPRA_NOTHROW;
@@ -143,6 +157,53 @@ LOPRA_API lopra_handle CreateFile_utf8(const char *path, unsigned access, unsign
  * for a bad handle. */
 LOPRA_API int CloseFile_utf8(lopra_handle handle) LOPRA_NOTHROW;
 
+/* ---- Save whole files -------------------------------------------------------------------------------- */
+
+/* The steps that replace a file so that a crash or a power cut leaves the old one or the new one:
+ *
+ *     int d = create_beside_utf8(path, &name);
+ *     int bad = write_utf8(d, data, size) != 0 || flush_utf8(d) != 0;
+ *     bad = close_utf8(d) != 0 || bad || rename_utf8(name, path) != 0;
+ *     if (bad) remove_utf8(name);  else bad = flush_folder_utf8(path) != 0;
+ *     free(name);
+ */
+
+/* create_beside_utf8 - create an empty file in the folder of another one that it shall replace.
+ *
+ * path  the file to be replaced; need not be there yet
+ * name  out: name of the new file, path with ".tmp" and the number of the process, and "-1" .. behind it when
+ *       such a file is there already; owned by the caller, freed with free(); null on failure
+ * Returns a descriptor open for writing bytes, closed with close_utf8, or -1; EISDIR when path is a directory,
+ * EACCES when the file is read-only.
+ *
+ * POSIX: owner, group and permissions are those of the file to be replaced, as far as the process may set
+ * them; nobody gains access by the replacement. Windows: those that a new file gets in that folder.
+ */
+LOPRA_API int create_beside_utf8(const char *path, char **name) LOPRA_NOTHROW;
+
+/* write_utf8 - write all bytes to a descriptor; a short count of the host is continued. Returns 0, or -1 when
+ * some are missing, with ENOSPC when the host gives no other reason. */
+LOPRA_API int write_utf8(int descriptor, const void *data, size_t size) LOPRA_NOTHROW;
+
+/* flush_utf8 - wait until what was written to a descriptor is on the disk. Returns 0, or -1. */
+LOPRA_API int flush_utf8(int descriptor) LOPRA_NOTHROW;
+
+/* flush_folder_utf8 - wait until names made, changed or removed in the folder of a file are on the disk.
+ *
+ * path  a file in that folder; need not be there
+ * Returns 0, or -1. Always 0 on Windows, where rename_utf8 waits by itself, and on file systems that cannot
+ * flush a folder.
+ */
+LOPRA_API int flush_folder_utf8(const char *path) LOPRA_NOTHROW;
+
+/* full_path_utf8 - the absolute path of a file, which holds when the process changes its directory.
+ *
+ * POSIX: without symbolic links and "..", so that replacing the file leaves a link to it in place.
+ * Returns a text owned by the caller, freed with free(), or null; the folder must exist on POSIX, the file
+ * need not.
+ */
+LOPRA_API char *full_path_utf8(const char *path) LOPRA_NOTHROW;
+
 /* ---- Files by name ----------------------------------------------------------------------------------- */
 
 /* chmod_utf8 - make a file writable (permission holds LOPRA_S_IWRITE) or read-only. Execute bits stay as
@@ -157,7 +218,8 @@ LOPRA_API int chmod_utf8(const char *path, int permission) LOPRA_NOTHROW;
 LOPRA_API int stat32_utf8(const char *path, lopra_stat32 *st) LOPRA_NOTHROW;
 
 /* rename_utf8 - give a file another name on the same volume, replacing a file that has it. Readers see the
- * old file or the new one, never neither. Windows refuses while the target is open. Returns 0, or -1. */
+ * old file or the new one, never neither. Windows refuses while the target is open, and returns when the
+ * names are on the disk; for POSIX see flush_folder_utf8. Returns 0, or -1. */
 LOPRA_API int rename_utf8(const char *from, const char *to) LOPRA_NOTHROW;
 
 /* remove_utf8 - remove a file; a directory fails with EISDIR. Windows refuses read-only and open files.

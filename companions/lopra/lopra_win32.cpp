@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <memory>
 
 #include <io.h>
@@ -38,6 +39,15 @@ int fail(int error)
     return -1;
 }
 
+// Room for a path of so many units, its zero included; null with errno set.
+owned_text wide_block(std::size_t units)
+{
+    owned_text block(static_cast<wchar_t *>(std::malloc(units * sizeof(wchar_t))));
+    if (!block)
+        errno = ENOMEM;
+    return block;
+}
+
 // The host's form of a path; null with errno set.
 owned_text host_path(const char *path)
 {
@@ -50,12 +60,9 @@ owned_text host_path(const char *path)
         errno = EILSEQ;
         return nullptr;
     }
-    owned_text wide(static_cast<wchar_t *>(std::malloc(static_cast<std::size_t>(units) * sizeof(wchar_t))));
-    if (!wide) {
-        errno = ENOMEM;
-        return nullptr;
-    }
-    MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide.get(), units);
+    owned_text wide = wide_block(static_cast<std::size_t>(units));
+    if (wide)
+        MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide.get(), units);
     return wide;
 }
 
@@ -98,6 +105,43 @@ void name_the_directory(const wchar_t *path)
     errno = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) ? EISDIR : EACCES;
 }
 
+// The UTF-8 form of a path, from malloc; null with errno set.
+char *utf8_path(const wchar_t *path)
+{
+    const int size = WideCharToMultiByte(CP_UTF8, 0, path, -1, nullptr, 0, nullptr, nullptr);
+    auto *text = static_cast<char *>(std::malloc(static_cast<std::size_t>(size)));
+    if (!text) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    WideCharToMultiByte(CP_UTF8, 0, path, -1, text, size, nullptr, nullptr);
+    return text;
+}
+
+bool is_separator(wchar_t c) { return c == L'/' || c == L'\\'; }
+
+// One component of a path. The host takes names of dots and blanks alone for the folder or the one above it.
+bool is_file_name(const wchar_t *part)
+{
+    if (part[std::wcsspn(part, L". ")] == L'\0' || std::wcspbrk(part, L"<>:\"|?*"))
+        return false;
+    return std::none_of(part, part + std::wcslen(part), [](wchar_t c) { return c < L' '; });
+}
+
+// Whether a path ends at a symbolic link or a junction.
+bool is_link(const wchar_t *path)
+{
+    const HANDLE handle = CreateFileW(path, FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return false;
+    FILE_ATTRIBUTE_TAG_INFO info = {};
+    const bool known = GetFileInformationByHandleEx(handle, FileAttributeTagInfo, &info, sizeof info);
+    CloseHandle(handle);
+    return known && (info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) && IsReparseTagNameSurrogate(info.ReparseTag);
+}
+
 int host_permission(int permission) { return permission & LOPRA_S_IWRITE ? _S_IREAD | _S_IWRITE : _S_IREAD; }
 
 }  // namespace
@@ -137,6 +181,46 @@ int open_utf8(const char *path, int flags, ...) noexcept
     return descriptor;
 }
 
+int create_below_utf8(const char *directory, const char *name) noexcept
+{
+    const owned_text top = host_path(directory);
+    const owned_text path = top ? host_path(name) : nullptr;
+    if (!path)
+        return -1;
+    const owned_text full = wide_block(std::wcslen(top.get()) + 1 + std::wcslen(path.get()) + 1);
+    if (!full)
+        return -1;
+    wchar_t *end = std::copy(top.get(), top.get() + std::wcslen(top.get()), full.get());
+    // Two separators in front would name another computer.
+    while (end > full.get() && is_separator(end[-1]))
+        --end;
+    bool last = false;
+    for (wchar_t *part = path.get(); !last; part += std::wcslen(part) + 1) {
+        part += std::wcsspn(part, L"/\\");
+        wchar_t *behind = part + std::wcscspn(part, L"/\\");
+        last = *behind == L'\0';
+        *behind = L'\0';
+        if (!last && std::wcscmp(part, L".") == 0)
+            continue;
+        if (!is_file_name(part))
+            return fail(EINVAL);
+        *end++ = L'\\';
+        end = std::copy(part, behind + 1, end) - 1;
+        if (is_link(full.get()))
+            return fail(ELOOP);
+    }
+    const int descriptor = _wopen(full.get(), _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY | _O_NOINHERIT,
+                                  host_permission(LOPRA_S_IWRITE));
+    if (descriptor < 0) {
+        name_the_directory(full.get());
+        return -1;
+    }
+    if (GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor))) == FILE_TYPE_DISK)
+        return descriptor;
+    _close(descriptor);
+    return fail(EACCES);
+}
+
 int close_utf8(int descriptor) noexcept { return descriptor < 0 ? fail(EBADF) : _close(descriptor); }
 
 lopra_handle CreateFile_utf8(const char *path, unsigned access, unsigned share, void *security, unsigned disposition,
@@ -165,6 +249,59 @@ int CloseFile_utf8(lopra_handle handle) noexcept
     return CloseHandle(handle) ? 0 : fail(errno_of(GetLastError()));
 }
 
+int create_beside_utf8(const char *path, char **name) noexcept
+{
+    *name = nullptr;
+    const owned_text target = host_path(path);
+    if (!target)
+        return -1;
+    const DWORD attributes = GetFileAttributesW(target.get());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
+        return fail(EISDIR);
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
+        return fail(EACCES);
+    return lopra::open_beside(path, GetCurrentProcessId(), name, [](const char *text) {
+        return open_utf8(text, _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, LOPRA_S_IWRITE);
+    });
+}
+
+int write_utf8(int descriptor, const void *data, size_t size) noexcept
+{
+    constexpr std::size_t step = 1u << 30;  // the host counts in ints
+    for (const char *rest = static_cast<const char *>(data); size > 0;) {
+        const int count = _write(descriptor, rest, static_cast<unsigned>(std::min(size, step)));
+        if (count == 0)
+            return fail(ENOSPC);
+        if (count < 0)
+            return -1;
+        rest += count;
+        size -= static_cast<std::size_t>(count);
+    }
+    return 0;
+}
+
+int flush_utf8(int descriptor) noexcept { return _commit(descriptor); }
+
+int flush_folder_utf8(const char *path) noexcept { return host_path(path) ? 0 : -1; }
+
+char *full_path_utf8(const char *path) noexcept
+{
+    const owned_text name = host_path(path);
+    if (!name)
+        return nullptr;
+    const DWORD units = GetFullPathNameW(name.get(), 0, nullptr, nullptr);
+    const owned_text full(static_cast<wchar_t *>(std::malloc((units + std::size_t{1}) * sizeof(wchar_t))));
+    if (!full) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    if (units == 0 || GetFullPathNameW(name.get(), units, full.get(), nullptr) >= units) {
+        errno = errno_of(GetLastError());
+        return nullptr;
+    }
+    return utf8_path(full.get());
+}
+
 int chmod_utf8(const char *path, int permission) noexcept
 {
     const owned_text name = host_path(path);
@@ -191,7 +328,8 @@ int rename_utf8(const char *from, const char *to) noexcept
     const owned_text new_name = old_name ? host_path(to) : nullptr;
     if (!new_name)
         return -1;
-    return MoveFileExW(old_name.get(), new_name.get(), MOVEFILE_REPLACE_EXISTING) ? 0 : fail(errno_of(GetLastError()));
+    constexpr DWORD flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+    return MoveFileExW(old_name.get(), new_name.get(), flags) ? 0 : fail(errno_of(GetLastError()));
 }
 
 int remove_utf8(const char *path) noexcept
