@@ -3,6 +3,7 @@
 #include <stdio.h>
 #include <teska_core.h>
 #include <wem.h>
+#include <zuk.h>
 
 int main(int argc, char **argv)
 {
@@ -19,5 +20,5 @@ int main(int argc, char **argv)
     for (int i = 0; i < list_num(words); ++i)
         typefl(list_get_element(words, i));
     list_kill(words);
-    return 0;
+    return zuk_close(zuk_open());
 }
