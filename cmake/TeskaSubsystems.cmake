@@ -1,7 +1,15 @@
 # The map of the library: every module once, under its subsystem. It feeds the build, the IDE groups, the test labels
 # and the check of the index in Private/Source/README.md.
 
-teska_subsystem(core "Core frame and containers" dynar error_mess itemfifo list)
+teska_subsystem(
+  core
+  "Core frame and containers"
+  dynar
+  error_mess
+  itemfifo
+  list
+  rom
+  tlist:telement+tlist)
 teska_subsystem(text "Text and numbers" str_utils)
 teska_subsystem(files "Files, streams and devices")
 teska_subsystem(numerics "Numerical methods" random rdither tran3)

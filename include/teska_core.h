@@ -5,4 +5,8 @@
 #include "error_mess.h"
 #include "itemfifo.h"
 #include "list.h"
+#include "rom.h"
+#ifdef __cplusplus
+#    include "tlist.h"
+#endif
 #endif

@@ -3,6 +3,7 @@
 
 #include <lopra.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <teska_colour.h>
 #include <teska_core.h>
@@ -138,6 +139,16 @@ static const char *use_rdither(void)
     return NULL;
 }
 
+static const char *use_rom(void)
+{
+    char *plate = rom_obj_new(8, "plate");
+    EXPECT(plate != NULL && plate[7] == 0 && rom_objtype_check(plate, "plate") == 1);
+    EXPECT(rom_obj_malloc(plate, 100) != NULL);
+    EXPECT(rom_obj_kill(plate) == 0);
+    free(plate);
+    return NULL;
+}
+
 static const char *use_wem(void)
 {
     char line[WEM_LINE_SIZE];
@@ -155,9 +166,9 @@ static const char *use_lopra(void)
 
 const char *use_every_module(void)
 {
-    const char *(*const uses[])(void) = {use_itemfifo, use_dynar,     use_error_mess, use_list,          use_str_utils,
-                                         use_func,      use_wem,        use_interp_double, use_md_tetrab,
-                                         use_md_tetrad, use_random,     use_rdither,       use_lopra};
+    const char *(*const uses[])(void) = {use_itemfifo, use_dynar,   use_error_mess,    use_list,      use_str_utils,
+                                         use_func,     use_wem,     use_interp_double, use_md_tetrab, use_md_tetrad,
+                                         use_random,   use_rdither, use_lopra,         use_rom};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)
         failed = uses[i]();
