@@ -11,7 +11,7 @@ teska_subsystem(
   rom
   tlist:telement+tlist)
 teska_subsystem(text "Text and numbers" str_utils)
-teska_subsystem(files "Files, streams and devices")
+teska_subsystem(files "Files, streams and devices" rs232)
 teska_subsystem(numerics "Numerical methods" random rdither tran3)
 teska_subsystem(curves "Curves and one-dimensional tables" func interp_double)
 teska_subsystem(colour "Colour lookup tables and multidimensional interpolation" clut md_tetrab md_tetrad)
