@@ -9,6 +9,8 @@ teska_subsystem(
   itemfifo
   list
   rom
+  tcriticsect
+  teska_time
   tlist:telement+tlist)
 teska_subsystem(text "Text and numbers" str_utils)
 teska_subsystem(files "Files, streams and devices" rs232)

@@ -6,7 +6,9 @@
 #include "itemfifo.h"
 #include "list.h"
 #include "rom.h"
+#include "teska_time.h"
 #ifdef __cplusplus
+#    include "tcriticsect.h"
 #    include "tlist.h"
 #endif
 #endif

@@ -17,14 +17,14 @@
  *
  * Common rules
  *   Ownership: an element in a list belongs to the list: made by new, deleted through its virtual destructor by Destroy
- *   or by the list's destructor. Subtract gives it back to the caller. An element is in one list at a time, and must not
- *   be deleted by others, nor added once more, while it is in one.
- *   The caller's functions receive TElement pointers as void *: cast to TElement * first. They must not change the list,
- *   and must not throw.
+ *   or by the list's destructor. Subtract gives it back to the caller. An element is in one list at a time, and there
+ *   it must neither be added again nor be deleted by anyone else.
+ *   The caller's functions receive TElement pointers as void *: cast to TElement * first. They must not change the
+ *   list, and must not throw.
  *   Positions are counted from 0. Nothing is reported; a null result means "none". Nothing is allocated.
- *   Kept: copies of a list are shallow. Both lists then lead to the same chain: once one of them is changed, the other's
- *   ends are out of date. Destroying one deletes the elements of both, so one of the two has to be emptied before, by
- *   assigning an empty list to it.
+ *   Kept: copies of a list are shallow. Both lists then lead to the same chain: once one of them is changed, the ends
+ *   of the other are out of date. Destroying one deletes the elements of both, so one of the two has to be emptied
+ *   before, by assigning an empty list to it.
  *   A list and its elements are used by one thread at a time.
  */
 #ifndef TESKA_TLIST_H
@@ -85,8 +85,8 @@ public:
     /* Destroy - delete all elements, first to last. The list is then empty, its cursor null. */
     virtual void Destroy();
 
-    /* Sort - add every element again, in the order in which they stand; O(n) calls of Add. Does nothing without an order
-     * function.
+    /* Sort - add every element again, in the order in which they stand. Without an order function nothing changes.
+     * O(n log n) calls of the order function and O(n^2) steps.
      *
      * Kept: the cursor stays on its element; equal elements may change places. */
     virtual void Sort();

@@ -149,6 +149,16 @@ static const char *use_rom(void)
     return NULL;
 }
 
+static const char *use_teska_time(void)
+{
+    system_time_rec start;
+    int passed = -1;
+    EXPECT(get_system_time(&start) == 0 && waitmsec(2) == 0);
+    EXPECT(get_diff_system_time(&passed, start.seconds, start.microseconds) == 0 && passed >= 1);
+    EXPECT(strstr(time_get_date(), " at ") != NULL);
+    return NULL;
+}
+
 static const char *use_wem(void)
 {
     char line[WEM_LINE_SIZE];

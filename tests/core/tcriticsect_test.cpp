@@ -1,0 +1,84 @@
+#include "tcriticsect.h"
+
+#include "support/child.h"
+#include "support/folder.h"
+#include "teska_time.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <stdexcept>
+
+using teska_test::Child;
+using teska_test::ChildRole;
+using teska_test::Folder;
+
+namespace
+{
+
+const ChildRole enter("enter", [](const std::string &path) { return TCriticSect(path.c_str(), 1).Enter(0); });
+
+const ChildRole hold("hold", [](const std::string &path) {
+    TCriticSect section(path.c_str(), 1);
+    section.Enter(20);
+    return waitmsec(60000);
+});
+
+TEST(TCriticSect, TakesPathsOf255Bytes)
+{
+    EXPECT_NO_THROW(TCriticSect(std::string(255, 'x').c_str(), 0));
+    try {
+        TCriticSect(std::string(256, 'x').c_str(), 0);
+        ADD_FAILURE() << "a longer path was taken";
+    } catch (const std::out_of_range &e) {
+        EXPECT_STREQ(e.what(), "Lock path too long");
+    }
+}
+
+TEST(TCriticSect, ExcludesOtherObjectsOfTheProcessUntilItIsLeft)
+{
+    const Folder folder;
+    const std::string path = folder.path("lock");
+    TCriticSect first(path.c_str(), 100), second(path.c_str(), 100);
+    first.Leave();
+    EXPECT_EQ(first.Enter(0), 0);
+    const int start = time_get_elapsed_time();
+    EXPECT_EQ(second.Enter(2), 1);
+    EXPECT_NEAR(time_get_elapsed_time() - start, 5000, 3050);
+    second.Leave();
+    EXPECT_EQ(first.Enter(-1), 1) << "is inside already, and stays there";
+    EXPECT_EQ(second.Enter(std::numeric_limits<double>::quiet_NaN()), 1);
+    first.Leave();
+    EXPECT_EQ(second.Enter(0), 0);
+    EXPECT_EQ(first.Enter(-1), 1);
+    second.Leave();
+    {
+        TCriticSect third(path.c_str(), 0);
+        EXPECT_EQ(third.Enter(0), 0);
+    }
+    EXPECT_EQ(first.Enter(-1), 0) << "a destroyed object has left";
+    EXPECT_EQ(TCriticSect(folder.path("missing/lock").c_str(), -7).Enter(-1), 1);
+}
+
+TEST(TCriticSect, ExcludesOtherProcessesUntilItIsLeftOrTheyEnd)
+{
+    const Folder folder;
+    const std::string path = folder.path("l\xc3\xb6"
+                                         "ck");
+    TCriticSect section(path.c_str(), 5);
+    ASSERT_EQ(section.Enter(0), 0);
+    EXPECT_EQ(Child("enter", path).wait(), 1);
+    section.Leave();
+    EXPECT_EQ(Child("enter", path).wait(), 0);
+
+    Child holder("hold", path);
+    for (int i = 0; i < 4000 && section.Enter(-1) == 0; ++i) {
+        section.Leave();
+        waitmsec(5);
+    }
+    ASSERT_EQ(section.Enter(1), 1) << "the holder is inside";
+    holder.kill();
+    EXPECT_EQ(section.Enter(5), 0);
+}
+
+}  // namespace
