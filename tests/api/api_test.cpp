@@ -6,12 +6,15 @@
 #include <gtest/gtest.h>
 #include <teska_colour.h>
 #include <teska_core.h>
+#include <teska_files.h>
 #include <teska_numerics.h>
 #include <wem.h>
 
+#include <cstdio>
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <string>
 
 namespace
 {
@@ -65,6 +68,27 @@ TEST(Application, DerivesItsOwnColourTable)
     table->Interpolate(&out, &in);
     EXPECT_EQ(out, 150.0);
     EXPECT_NE(dynamic_cast<InkTable *>(table.get()), nullptr);
+}
+
+class Journal : public fdofstream
+{
+public:
+    using fdofstream::fdofstream;
+};
+
+TEST(Application, StreamsThroughTheLibraryAndAClassOfItsOwn)
+{
+    std::unique_ptr<std::ostream> journal = std::make_unique<Journal>("api.txt", std::ios::binary);
+    *journal << "cyan " << 40;
+    journal.reset();
+    fdifstream back("api.txt", 32);
+    std::string ink;
+    int percent = 0;
+    EXPECT_TRUE(back >> ink >> percent);
+    EXPECT_EQ(ink + std::to_string(percent), "cyan40");
+    EXPECT_NE(dynamic_cast<streambufExt *>(back.rdbuf()), nullptr);
+    EXPECT_EQ(streambufExt::FileBufSize, 1U);
+    EXPECT_EQ(back.close() + std::remove("api.txt"), 0);
 }
 
 // The exception is thrown by the library and caught here: both use the same copy of the language's runtime.

@@ -8,6 +8,7 @@
 #include <teska_colour.h>
 #include <teska_core.h>
 #include <teska_curves.h>
+#include <teska_files.h>
 #include <teska_numerics.h>
 #include <teska_text.h>
 #include <wem.h>
@@ -68,6 +69,25 @@ static const char *use_str_utils(void)
 }
 
 static int not_below(const void *element, const void *key) { return *(const short *)element >= *(const short *)key; }
+
+static const char *use_fport(void)
+{
+    char path[32];
+    wem_lognam_set("DISK", "C:\\data\\");
+    EXPECT(fport(path, 30, "DISK:[a]b.c") == 0 && strcmp(path, "C:\\data\\a\\b.c") == 0);
+    EXPECT(fport_StripExtension(path) == 0 && strcmp(fport_StripPath(path, "C:\\data"), "a\\b") == 0);
+    EXPECT(fport_MakeFullPath("d", "e", path, 4) == 0 && fport_setres(0) == 0);
+    wem_lognam_clear();
+    return NULL;
+}
+
+static const char *use_flock(void)
+{
+    flock_rec *lock = flock_get("api.lck");
+    EXPECT(lock != NULL && flock_get("api.lck") == NULL);
+    EXPECT(flock_free(lock) == 0);
+    return NULL;
+}
 
 static const char *use_func(void)
 {
@@ -178,7 +198,7 @@ const char *use_every_module(void)
 {
     const char *(*const uses[])(void) = {use_itemfifo, use_dynar,   use_error_mess,    use_list,      use_str_utils,
                                          use_func,     use_wem,     use_interp_double, use_md_tetrab, use_md_tetrad,
-                                         use_random,   use_rdither, use_lopra,         use_rom};
+                                         use_random,   use_rdither, use_lopra,         use_rom, use_fport, use_flock};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)
         failed = uses[i]();

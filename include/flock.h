@@ -1,0 +1,45 @@
+/* flock.h - a lock between processes, held by means of a file
+ *
+ *     flock_rec *lock = flock_get("spool\\queue.lck");
+ *     if (lock == NULL)
+ *         ...                                             somebody else holds it; try again later
+ *     ...                                                 alone
+ *     flock_free(lock);
+ *
+ * Who creates the file holds the lock; the file is removed when the lock is freed or its process ends. It is read-only
+ * meanwhile, and its content is the library's. Nobody waits, and nothing is reported.
+ */
+#ifndef TESKA_FLOCK_H
+#define TESKA_FLOCK_H
+#include "teska_api.h"
+TESKA_BEGIN_C
+
+/* The opaque record of a lock that is held. */
+typedef struct flock_rec flock_rec;
+
+/* ---- Life -------------------------------------------------------------------------------------------------------- */
+
+/* flock_get - take the lock.
+ *
+ * path  of the lock file: UTF-8, at most 127 bytes, "/" and "\" both separate names. A relative one is meant from the
+ *       directory of this moment.
+ * Returns the lock, owned by the caller (flock_free); NULL when it is held, in this process or another, or when the
+ * file cannot be made: another file stands there, which is left as it is, the folder is missing, the path is null or
+ * longer, memory is short.
+ * POSIX: the file that a killed process leaves behind is known by its content and by nobody having it open, and is
+ * replaced. Killed in the moment between creating the file and writing into it, a process leaves an empty file that
+ * holds the lock until somebody removes it. A child forked while the lock is held keeps it from being taken over, for
+ * as long as it lives, when its parent is killed; it cannot free it.
+ * Several threads may call it at once.
+ */
+TESKA_API flock_rec *flock_get(const char *path) TESKA_NOTHROW;
+
+/* flock_free - free the lock and remove its file.
+ *
+ * lock  may be null
+ * Returns 0.
+ */
+TESKA_API int flock_free(flock_rec *lock) TESKA_NOTHROW;
+
+TESKA_END_C
+#endif

@@ -1,0 +1,193 @@
+#include "fdstream.h"
+
+#include "support/folder.h"
+#include "support/generator.h"
+
+#include <gtest/gtest.h>
+#include <lopra.h>
+
+#include <string>
+#include <tuple>
+#include <utility>
+
+using teska_test::Folder;
+using teska_test::Generator;
+
+namespace
+{
+
+using ios = std::ios_base;
+
+// Reading byte by byte through a buffer of one byte.
+struct Model {
+    std::string file;
+    long place = 0;
+    char buffer = 0;
+    long position = 0;
+    long fill = 0;
+
+    long read(char *destination, long n)
+    {
+        const long asked = n;
+        long available = fill - position;
+        for (; n > available; available = fill) {
+            for (; available > 0; --available, --n)
+                *destination++ = buffer;
+            if (place >= static_cast<long>(file.size()))
+                return -1;
+            buffer = file[static_cast<std::size_t>(place++)];
+            position = 0;
+            fill = 1;
+        }
+        for (; n > 0; --n, ++position)
+            *destination++ = buffer;
+        return asked;
+    }
+
+    long one(bool consume)
+    {
+        char byte = 0;
+        if (read(&byte, 1) < 0)
+            return -1;
+        position -= consume ? 0 : 1;
+        return static_cast<unsigned char>(byte);
+    }
+
+    long seek(long offset, ios::seekdir direction)
+    {
+        const long within = position + offset;
+        if (direction == ios::cur && within >= 0 && within <= fill)
+            return place - fill + (position = within);
+        const long start = direction == ios::beg ? 0 : direction == ios::cur ? place : static_cast<long>(file.size());
+        if (start + offset < 0)
+            return -1;
+        position = fill = 0;
+        return place = start + offset;
+    }
+};
+
+// Puts "new" and two bytes that text would change into a file of "old"; what it holds then, and whether that failed.
+template <class Mode>
+std::string overwritten(const Folder &folder, Mode mode)
+{
+    folder.write("f", "old ");
+    fdofstream out(folder.path("f").c_str(), mode);
+    out << "new" << 1 << "\r\n";
+    EXPECT_TRUE(out.is_open());
+    EXPECT_EQ(out.close(), 0);
+    return folder.read("f") + (out.good() ? "" : ", failed");
+}
+
+template <class Stream>
+void expect_closed(Stream &stream)
+{
+    EXPECT_TRUE(stream.fail());
+    EXPECT_FALSE(stream.is_open());
+    EXPECT_EQ(stream.close(), 0);
+}
+
+}  // namespace
+
+TEST(Fdofstream, OpensAsItsModeSays)
+{
+    const std::tuple<int, ios::openmode, const char *> cases[] = {{32, ios::binary, "new1\r\n"},
+                                                                  {32 | 2 | 16, ios::trunc, "new1\r\n"},
+                                                                  {32 | 4, ios::ate, "new1\r\n"},
+                                                                  {32 | 8, ios::app, "old new1\r\n"},
+                                                                  {32 | 8 | 16, ios::app | ios::trunc, "old new1\r\n"},
+                                                                  {32 | 1, ios::in, "old , failed"}};
+    const Folder folder;
+    for (const auto &[bits, standard, expected] : cases) {
+        EXPECT_EQ(overwritten(folder, bits), expected) << bits;
+        EXPECT_EQ(overwritten(folder, standard | ios::binary | ios::out), expected) << bits;
+    }
+    EXPECT_EQ(overwritten(folder, 0), LOPRA_O_BINARY == 0 ? "new1\r\n" : "new1\r\r\n") << "text";
+}
+
+TEST(Fdofstream, ReachesPlacesBeyond2To31AndUtf8Names)
+{
+    const Folder folder;
+    const std::string path = folder.path() + "\\\xc3\xa9\xe6\x97\xa5";
+    fdofstream out(path.c_str(), ios::binary);
+    EXPECT_EQ(out.seekp(5'000'000'000).tellp(), 5'000'000'000);
+    EXPECT_EQ(remove_utf8(path.c_str()), out.is_open() && LOPRA_O_BINARY != 0 ? -1 : 0);
+}
+
+TEST(Fdifstream, ReadsAndMovesAsByteByByteThroughItsBuffer)
+{
+    const Folder folder;
+    Generator random(1);
+    std::string content;
+    for (int i = 0; i < 256; ++i)
+        content += static_cast<char>(255 - i);
+    folder.write("f", content);
+    streambufExt buf(folder.path("f").c_str(), ios::in | ios::binary);
+    ASSERT_EQ(buf.openfile(), 0);
+    Model model{content};
+    std::string bytes(300, '?'), expected = bytes;
+    for (int i = 0; i < 20000; ++i) {
+        const int n = random.below(40) == 0 ? 300 : random.below(9);
+        const long offset = random.below(8) == 0 ? random.below(257) : random.below(6) - 3;
+        const ios::seekdir from = offset > 2 ? ios::beg : random.below(9) == 0 ? ios::end : ios::cur;
+        switch (random.below(4)) {
+        case 0:
+            ASSERT_EQ(buf.sgetc(), model.one(false)) << i;
+            break;
+        case 1:
+            ASSERT_EQ(buf.sbumpc(), model.one(true)) << i;
+            break;
+        case 2:
+            ASSERT_EQ(buf.sgetn(bytes.data(), n), model.read(expected.data(), n)) << i;
+            ASSERT_EQ(bytes, expected) << i;
+            break;
+        default:
+            ASSERT_EQ(buf.pubseekoff(offset, from), model.seek(offset, from)) << i;
+        }
+    }
+    EXPECT_EQ(buf.pubseekpos(7), 7);
+    EXPECT_EQ(buf.sgetc(), 248);
+    EXPECT_EQ(buf.openfile(), 0);
+    EXPECT_EQ(buf.sgetc(), 255) << "from the start again, nothing of the byte looked at before";
+    EXPECT_EQ(buf.sungetc(), -1);
+    EXPECT_EQ(buf.out_waiting() + buf.sgetn(bytes.data(), -1) + buf.sputn("x", -1), 0);
+}
+
+TEST(Fdifstream, KeptCountsMinusOneByteAndReadsTheLastOneTwiceWhenABlockEndsEarly)
+{
+    const Folder folder;
+    folder.write("f", "sixsix");
+    fdifstream in(folder.path("f").c_str(), ios::binary);
+    char bytes[11] = "0123456789";
+    in.read(bytes, 10);
+    EXPECT_TRUE(in.eof() && in.fail() && in.is_open());
+    EXPECT_EQ(in.gcount(), -1);
+    EXPECT_STREQ(bytes, "sixsix6789");
+    in.clear();
+    EXPECT_EQ(in.get(), 'x');
+    EXPECT_EQ(in.get(), -1);
+}
+
+TEST(Fdifstream, FailsWithoutAnOpenFile)
+{
+    const Folder folder;
+    folder.write("f", "text");
+    const std::string file = folder.path("f"), missing = folder.path("no/file"), directory = folder.path();
+    for (const char *path : {static_cast<const char *>(nullptr), "", missing.c_str(), directory.c_str()}) {
+        fdifstream in(path, 32);
+        fdofstream out(path, 32);
+        expect_closed(in);
+        expect_closed(out);
+    }
+    fdifstream in(file.c_str(), 0);
+    fdofstream out(file.c_str(), 8);
+    EXPECT_EQ(in.close() + out.close(), 0);
+    EXPECT_EQ(in.tellg(), -1);
+    EXPECT_EQ(in.get(), -1);
+    out << "lost";
+    expect_closed(in);
+    expect_closed(out);
+    EXPECT_EQ(folder.read("f"), "text");
+    streambufExt neither(file.c_str(), 32 | 8);
+    EXPECT_EQ(neither.openfile(), -1);
+    EXPECT_FALSE(neither.is_open());
+}
