@@ -46,7 +46,8 @@ double power_of_ten(int k)
 //
 //     log10(10^k (1 - e)) = k - e / ln 10
 //
-// which rounds to k when e / ln 10 is less than half the distance from k to the double before it.
+// which rounds to k when e / ln 10 is less than half the distance from k to the double before it. Above 10^22 the power
+// is not exact: the line may then lie one double off, everywhere alike.
 bool reaches_power(double a, int k)
 {
     const double power = power_of_ten(k);
