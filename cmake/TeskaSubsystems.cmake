@@ -12,8 +12,8 @@ teska_subsystem(
   tcriticsect
   teska_time
   tlist:telement+tlist)
-teska_subsystem(text "Text and numbers" str_utils)
-teska_subsystem(files "Files, streams and devices" fdstream:streambufext+fdifstream+fdofstream flock fport rs232)
+teska_subsystem(text "Text and numbers" file_double:file_double+vd str_utils)
+teska_subsystem(files "Files, streams and devices" fdstream:streambufext+fdifstream+fdofstream filepacker:filepacker+filepacker_unpack flock fport rs232)
 teska_subsystem(numerics "Numerical methods" random rdither tran3)
 teska_subsystem(curves "Curves and one-dimensional tables" func interp_double)
 teska_subsystem(colour "Colour lookup tables and multidimensional interpolation" clut md_tetrab md_tetrad)

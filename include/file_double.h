@@ -1,9 +1,16 @@
-/* file_double.h - vectors of doubles as the text of an item
+/* file_double.h - named vectors of doubles in a record file, and vectors as the text of an item
  *
+ *     file_double *inks = file_double_new("inks.rec", 3, 1);
  *     double primary[3] = {0.25, 150.0, -1234.4};
- *     char text[64];
- *     str_from_vd(primary, 3, text);                 " 0.250  150.0  -1234 "
- *     vd_from_str(text, 3, primary);                 0.25, 150, -1234
+ *     file_double_add_item(inks, "cyan", primary);          cyan = 0.250  150.0  -1234
+ *     file_double_save(inks);
+ *     int state = 0;
+ *     for (char *name; (name = file_double_list(inks, &state, primary)) != NULL;)
+ *         printf("%s: %f\n", name, primary[0]);
+ *     file_double_kill(inks);
+ *
+ * A table is the topic "patches" of one record file; each of its items is a vector of the table's length, kept to about
+ * four digits. zuk.h describes the files and how they are saved.
  *
  * Numbers are read with the decimal point of the locale: LC_NUMERIC must be "C", as it is until a program changes it.
  * They are written with a point whatever the locale.
@@ -12,6 +19,53 @@
 #define TESKA_FILE_DOUBLE_H
 #include "teska_api.h"
 TESKA_BEGIN_C
+
+typedef struct file_double file_double;
+
+/* ---- Life -------------------------------------------------------------------------------------------------------- */
+
+/* file_double_new - open or make a table.
+ *
+ * path    of the record file, in UTF-8; a relative one is meant from the directory at the time of the call
+ * length  doubles of a vector; less than 1 makes vectors without numbers
+ * create  0: the file is loaded and must be there. Otherwise an empty one is made at once, in place of one that is
+ *         there; the topic follows with the first save.
+ * Returns the table, freed with file_double_kill, or null without a report when memory runs out or the record file
+ * cannot be had. A file without the topic is loaded, but takes and lists no items.
+ */
+TESKA_API file_double *file_double_new(const char *path, int length, int create) TESKA_NOTHROW;
+
+/* file_double_kill - free a table; what was not saved is lost. Null is accepted. Returns 0. */
+TESKA_API int file_double_kill(file_double *table) TESKA_NOTHROW;
+
+/* ---- Change ------------------------------------------------------------------------------------------------------ */
+
+/* file_double_add_item - add a vector, or replace the one of that name.
+ *
+ * name    as zuk_add_item takes it
+ * vector  as many doubles as the table's length
+ * Returns 0, or -1: with "Error bad formatted item string from doubles, ier -1 " when the text has more than 159
+ * characters, that is from 23 numbers of magnitude up to 1000 on, and without a report when the record file refuses
+ * the item or memory runs out. Nothing is then changed.
+ */
+TESKA_API int file_double_add_item(file_double *table, const char *name, const double *vector) TESKA_NOTHROW;
+
+/* ---- Query ------------------------------------------------------------------------------------------------------- */
+
+/* file_double_list - give the vectors one by one, in the order of the file.
+ *
+ * state   0 at first; on return the place of the next one
+ * vector  as many doubles as the table's length
+ * Returns the name, owned by the table and valid until it is killed, or null: at the end, and with "Error bad item
+ * string for double conversions" for an item with too few numbers, behind which the next call goes on.
+ * Kept: an item named "_internal_", the case ignored, is passed over, though it can be added.
+ */
+TESKA_API char *file_double_list(file_double *table, int *state, double *vector) TESKA_NOTHROW;
+
+/* ---- Process ----------------------------------------------------------------------------------------------------- */
+
+/* file_double_save - bring the table to the disk. Returns 0; -1 when that failed: the old file is then still there. */
+TESKA_API int file_double_save(file_double *table) TESKA_NOTHROW;
 
 /* ---- Item text --------------------------------------------------------------------------------------------------- */
 

@@ -12,6 +12,7 @@
 #include <teska_numerics.h>
 #include <teska_text.h>
 #include <wem.h>
+#include <zuk.h>
 
 #define EXPECT(condition)                                                                                              \
     if (!(condition))                                                                                                  \
@@ -179,6 +180,27 @@ static const char *use_teska_time(void)
     return NULL;
 }
 
+static const char *use_file_double(void)
+{
+    static const char name[] = "api_patches.rec";
+    double vector[2] = {0.25, 150.0};
+    int state = 0;
+    file_double *table = file_double_new(name, 2, 1);
+    EXPECT(file_double_add_item(table, "cyan", vector) == 0 && file_double_save(table) == 0);
+    EXPECT(strcmp(file_double_list(table, &state, vector), "cyan") == 0 && vector[1] == 150.0);
+    EXPECT(file_double_kill(table) == 0 && remove_utf8(name) == 0);
+    return NULL;
+}
+
+static const char *use_zuk(void)
+{
+    zuk_db *db = zuk_open();
+    int state = 0;
+    EXPECT(zuk_list_item(db, "patches", &state) == NULL);
+    EXPECT(zuk_close(db) == 0);
+    return NULL;
+}
+
 static const char *use_wem(void)
 {
     char line[WEM_LINE_SIZE];
@@ -196,9 +218,10 @@ static const char *use_lopra(void)
 
 const char *use_every_module(void)
 {
-    const char *(*const uses[])(void) = {use_itemfifo, use_dynar,   use_error_mess,    use_list,      use_str_utils,
-                                         use_func,     use_wem,     use_interp_double, use_md_tetrab, use_md_tetrad,
-                                         use_random,   use_rdither, use_lopra,         use_rom, use_fport, use_flock};
+    const char *(*const uses[])(void) = {use_file_double, use_zuk,       use_itemfifo, use_dynar,     use_error_mess,
+                                         use_list,        use_str_utils, use_func,     use_wem,       use_interp_double,
+                                         use_md_tetrab,   use_md_tetrad, use_random,   use_rdither,   use_lopra,
+                                         use_rom,         use_fport,     use_flock,    use_teska_time};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)
         failed = uses[i]();
