@@ -11,9 +11,20 @@ teska_subsystem(
   rom
   tcriticsect
   teska_time
-  tlist:telement+tlist)
+  tlist:telement+tlist
+  tobjfac:tobjel+tobjlist+tobjfac)
 teska_subsystem(text "Text and numbers" file_double:file_double+vd str_utils)
-teska_subsystem(files "Files, streams and devices" fdstream:streambufext+fdifstream+fdofstream filepacker:filepacker+filepacker_unpack flock fport rs232)
+teska_subsystem(
+  files
+  "Files, streams and devices"
+  base64
+  cipher
+  fdstream:streambufext+fdifstream+fdofstream
+  filepacker:filepacker+filepacker_unpack
+  flock
+  fport
+  md5_digest
+  rs232)
 teska_subsystem(numerics "Numerical methods" random rdither tran3)
 teska_subsystem(curves "Curves and one-dimensional tables" func interp_double)
 teska_subsystem(colour "Colour lookup tables and multidimensional interpolation" clut md_tetrab md_tetrad)

@@ -4,7 +4,10 @@
 #ifdef __cplusplus
 #    include "fdstream.h"
 #endif
+#include "base64.h"
+#include "cipher.h"
 #include "flock.h"
 #include "fport.h"
+#include "md5_digest.h"
 #include "rs232.h"
 #endif

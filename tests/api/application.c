@@ -48,6 +48,39 @@ static const char *use_itemfifo(void)
 
 static int same_text(const void *element, const void *key) { return strcmp_ci(element, key) != 0; }
 
+static const char *use_base64(void)
+{
+    static const unsigned char bytes[3] = {0x4D, 0, 0};
+    unsigned char back[3];
+    char text[4];
+    EXPECT(encodeToBase64(bytes, text, 1) == '=' && memcmp(text, "TQ==", 4) == 0);
+    EXPECT(decodeFromBase64(text, back) == 0xFF && back[0] == 0x4D);
+    return NULL;
+}
+
+static const char *use_cipher(void)
+{
+    unsigned char text[] = "cyan";
+    CipherEncrypt(text, 4, text, 4711, 52845, 22719);
+    EXPECT(memcmp(text, "\x71\x57\xc4\xf6", 4) == 0);
+    CipherDecrypt(text, 4, text, 4711, 52845, 22719);
+    EXPECT(memcmp(text, "cyan", 4) == 0);
+    return NULL;
+}
+
+static const char *use_md5_digest(void)
+{
+    MD5_CTX context;
+    unsigned char digest[16];
+    char text[33];
+    MD5Init(&context);
+    MD5Update(&context, "abc", 3);
+    MD5Final(digest, &context);
+    EXPECT(digest[0] == 0x90 && digest[15] == 0x72);
+    EXPECT(MD5_check_file("", text) == 1);
+    return NULL;
+}
+
 static const char *use_list(void)
 {
     static const char inks[2][16] = {"Magenta", "cyan"};
@@ -218,10 +251,11 @@ static const char *use_lopra(void)
 
 const char *use_every_module(void)
 {
-    const char *(*const uses[])(void) = {use_file_double, use_zuk,       use_itemfifo, use_dynar,     use_error_mess,
-                                         use_list,        use_str_utils, use_func,     use_wem,       use_interp_double,
-                                         use_md_tetrab,   use_md_tetrad, use_random,   use_rdither,   use_lopra,
-                                         use_rom,         use_fport,     use_flock,    use_teska_time};
+    const char *(*const uses[])(void) = {
+        use_file_double,   use_zuk,        use_itemfifo,  use_dynar,     use_error_mess, use_base64,
+        use_cipher,        use_md5_digest, use_list,      use_str_utils, use_func,       use_wem,
+        use_interp_double, use_md_tetrab,  use_md_tetrad, use_random,    use_rdither,    use_lopra,
+        use_rom,           use_fport,      use_flock,     use_teska_time};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)
         failed = uses[i]();
