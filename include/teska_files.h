@@ -3,6 +3,7 @@
 #define TESKA_FILES_H
 #ifdef __cplusplus
 #    include "fdstream.h"
+#    include "filepacker.h"
 #endif
 #include "base64.h"
 #include "cipher.h"

@@ -91,6 +91,20 @@ TEST(Application, StreamsThroughTheLibraryAndAClassOfItsOwn)
     EXPECT_EQ(back.close() + std::remove("api.txt"), 0);
 }
 
+// The object lies in the application's memory, its buffer comes from the library's.
+TEST(Application, PacksAnArchiveAndReadsItBack)
+{
+    FilePacker("api_test.fp", 0, nullptr).AddFileAsBuffer("cyan", 4, "inks/1");
+    {
+        FilePacker packer("api_test.fp", 1, nullptr);
+        char *content = nullptr;
+        long length = 0;
+        EXPECT_EQ(packer.UnpackFileAsBuffer(&content, &length, nullptr), 0);
+        EXPECT_STREQ(content, "cyan");
+    }
+    EXPECT_EQ(std::remove("api_test.fp"), 0);
+}
+
 // The exception is thrown by the library and caught here: both use the same copy of the language's runtime.
 TEST(Application, CatchesTheTableThatIsTooLarge)
 {

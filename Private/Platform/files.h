@@ -1,0 +1,28 @@
+// files - places and sizes in open files, of any size
+//
+// What the C library offers with `long` alone, or not at all.
+
+#ifndef TESKA_PLATFORM_FILES_H
+#define TESKA_PLATFORM_FILES_H
+
+#include <cstdint>
+#include <cstdio>
+
+namespace teska
+{
+
+// The descriptor of an open stream. Who writes to it must not write through the stream as well.
+int descriptor_of(std::FILE *stream) noexcept;
+
+// Bytes in a regular file; -1 for anything else.
+std::int64_t file_size(int descriptor) noexcept;
+
+// Where the next byte is read from a stream; -1 when that has no place.
+std::int64_t read_position(std::FILE *stream) noexcept;
+
+// Makes the file end at a place, and the writing go on there. False when that cannot be done.
+bool cut_file(int descriptor, std::int64_t end) noexcept;
+
+}  // namespace teska
+
+#endif

@@ -1,0 +1,381 @@
+#include "filepacker.h"
+
+#include "support/folder.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdint>
+#include <filesystem>
+#include <new>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#if !defined(_WIN32)
+#    include <csignal>
+#    include <sys/resource.h>
+#    include <sys/stat.h>
+#endif
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+using teska_test::Folder;
+
+#if defined(_WIN32)
+constexpr int no_windows_name = 2;
+#else
+constexpr int no_windows_name = 0;
+#endif
+
+std::string head(const std::string &description = "", const std::string &version = "ver1.0")
+{
+    std::string text = std::string("QWFP", 5) + version;
+    text.resize(140);
+    return text + description + '\0';
+}
+
+std::string entry(const std::string &name, const std::string &content, std::uint32_t length)
+{
+    std::string text = name + '\0';
+    for (int shift = 0; shift < 32; shift += 8)
+        text += static_cast<char>(length >> shift);
+    return text + content;
+}
+
+std::string entry(const std::string &name, const std::string &content = "c")
+{
+    return entry(name, content, static_cast<std::uint32_t>(content.size()));
+}
+
+std::string error_of(FilePacker &packer)
+{
+    char text[160];
+    packer.GetError(text);
+    return text;
+}
+
+// What GetError has to say, cut as the object's text is.
+std::string error(int code, const std::string &text)
+{
+    return "FilePacker error " + std::to_string(code) + ": " + text.substr(0, 99);
+}
+
+std::string read_all(FilePacker &packer, int code)
+{
+    std::string entries;
+    char *content = nullptr;
+    char name[200];
+    long length = 0;
+    int result = 0;
+    while ((result = packer.UnpackFileAsBuffer(&content, &length, name)) == 0)
+        entries += std::string(name) + "=" + std::string(content, static_cast<std::size_t>(length)) + content[length];
+    EXPECT_EQ(result, code);
+    EXPECT_TRUE(content == nullptr && length == 0);
+    return entries;
+}
+
+// A folder with an archive and a bait, and in it the directory to unpack to, with a folder and what leads out of it.
+struct Trap {
+    explicit Trap(const std::string &bytes = "")
+    {
+        folder.write("a", head("d") + bytes);
+        folder.write("bait", "untouched");
+        fs::create_directories(in + "/sub");
+#if !defined(_WIN32)
+        fs::create_symlink("../bait", in + "/link");
+        fs::create_directory_symlink("..", in + "/up");
+        fs::create_directory_symlink("../..", in + "/sub/up");
+        mkfifo((in + "/pipe").c_str(), 0600);
+#endif
+    }
+
+    // Names and sizes of the files unpacked.
+    std::string written() const
+    {
+        EXPECT_EQ(folder.listing(), "a bait in/");
+        EXPECT_EQ(folder.read("bait"), "untouched");
+        std::string text;
+        for (const auto &file : fs::recursive_directory_iterator(in))
+            if (file.symlink_status().type() == fs::file_type::regular)
+                text += file.path().filename().string() + std::to_string(file.file_size());
+        return text;
+    }
+
+    Folder folder;
+    std::string archive = folder.path("a");
+    std::string in = folder.path("in");
+};
+
+TEST(FilePackerAdd, WritesTheFormatAndSkipsNamesItHas)
+{
+    const Folder folder;
+    folder.write("source", "from file");
+    const std::string source = folder.path("source");
+    const std::string archive = folder.path("a");
+    FilePacker packer(archive.c_str(), 0, std::string(250, 'd').c_str());
+    for (const char *name :
+         {"a\\b.txt", "a\\b.txt", "a/b.txt", "A/B.TXT", static_cast<const char *>(nullptr), &source[0]})
+        EXPECT_EQ(packer.AddFile(source.c_str(), name), 0);
+    EXPECT_EQ(packer.AddFileAsBuffer("\0\xff", 2, "m"), 0);
+    EXPECT_EQ(packer.AddFileAsBuffer(nullptr, 0, "m"), 0);
+    EXPECT_EQ(packer.AddFileAsBuffer(nullptr, 0, "none"), 0);
+    EXPECT_EQ(error_of(packer), error(0, "No error"));
+    const std::string added = head(std::string(199, 'd')) + entry("a/b.txt", "from file") +
+                              entry("a/b.txt", "from file") + entry("A/B.TXT", "from file") +
+                              entry(source, "from file") + entry("m", std::string("\0\xff", 2)) + entry("none", "");
+    EXPECT_EQ(folder.read("a"), added);
+
+    EXPECT_EQ(packer.AddFile(folder.path("missing").c_str(), "x"), 2);
+    EXPECT_EQ(error_of(packer), error(2, "Cannot open file: " + folder.path("missing")));
+    folder.write("huge", "");
+    fs::resize_file(folder.path("huge"), 0x80000000U);
+    EXPECT_EQ(packer.AddFile(folder.path("huge").c_str(), "x"), 8);
+    EXPECT_EQ(error_of(packer), error(8, "Cannot read from file: " + folder.path("huge")));
+    for (const std::string &name : {std::string(), std::string(200, 'n')})
+        EXPECT_EQ(packer.AddFileAsBuffer("x", 1, name.c_str()), 7);
+    EXPECT_EQ(packer.AddFileAsBuffer("x", -1, "x"), 7);
+    EXPECT_EQ(error_of(packer), error(7, "Cannot write output file: " + archive));
+    EXPECT_EQ(packer.Unpack("."), 1);
+    EXPECT_EQ(folder.read("a"), added);
+    FilePacker empty(archive.c_str(), 0, "x");
+    EXPECT_EQ(folder.read("a"), head("x"));
+    EXPECT_EQ(folder.read("a").size(), 142U);
+}
+
+TEST(FilePackerAdd, KeptRegistersBuffersUnderTheirStoredName)
+{
+    const Folder folder;
+    FilePacker packer(folder.path("a").c_str(), 0, nullptr);
+    for (const char *name : {"p\\q", "p\\q", "p/q"})
+        EXPECT_EQ(packer.AddFileAsBuffer("1", 1, name), 0);
+    EXPECT_EQ(folder.read("a"), head() + entry("p/q", "1") + entry("p/q", "1"));
+}
+
+TEST(FilePackerOpen, SaysWhatIsNoArchive)
+{
+    const Folder folder;
+    const std::string archive = folder.path("a");
+    const auto said = [&](int mode) {
+        FilePacker packer(archive.c_str(), mode, nullptr);
+        const std::string text = error_of(packer);
+        EXPECT_EQ(packer.WriteString("x"), 4);
+        EXPECT_EQ(error_of(packer), error(4, "Archive not opened: " + archive));
+        for (const int code : {packer.Unpack("."), packer.UnpackFile(".", nullptr), packer.AddFile("x", "x"),
+                               packer.AddFileAsBuffer("", 0, "x")})
+            EXPECT_EQ(code, 1);
+        EXPECT_EQ(read_all(packer, 1), "");
+        EXPECT_EQ(error_of(packer), error(1, "Invalid mode supplied"));
+        return text;
+    };
+    EXPECT_EQ(said(1), error(2, "Cannot open file: " + archive));
+    EXPECT_EQ(said(2), error(1, "Invalid mode supplied"));
+    std::vector<std::string> others = {"QWFPx" + head().substr(5), "qWFP" + head().substr(4), "QWFP", "QWFP" + head()};
+    others.push_back(std::string("QWFP", 5) + std::string(200, 'v'));
+    for (std::size_t cut = 0; cut < head("d").size(); ++cut)
+        others.push_back(head("d").substr(0, cut));
+    for (const std::string &bytes : others) {
+        folder.write("a", bytes);
+        EXPECT_EQ(said(1), error(5, "Not a FilePacker archive: " + archive)) << bytes.size();
+    }
+    fs::remove(archive);
+    fs::create_directory(archive);
+    EXPECT_EQ(said(0), error(3, "Cannot create archive: " + archive));
+}
+
+TEST(FilePackerOpen, TakesAnyVersionAndDescription)
+{
+    const Folder folder;
+    for (const std::size_t length : {0U, 199U, 200U, 5000U})
+        for (const char *version : {"", "version 17"}) {
+            folder.write("a", head(std::string(length, 'd'), version) + entry("n"));
+            FilePacker packer(folder.path("a").c_str(), 1, "ignored");
+            char text[200];
+            EXPECT_EQ(packer.GetDescription(text), 0);
+            EXPECT_EQ(text, std::string(std::min<std::size_t>(length, 199), 'd'));
+            EXPECT_EQ(read_all(packer, 9), std::string("n=c", 4));
+            EXPECT_EQ(packer.Unpack(folder.path().c_str()), 0);
+        }
+}
+
+const std::string ok = entry("ok");
+
+// What strangers put behind the header, by what comes of it.
+const struct {
+    int by_file;          // Unpack and the walk by UnpackFile stop with this, 0 for the end
+    int by_buffer;        // UnpackFileAsBuffer stops with this,
+    int read;             // after so many entries
+    const char *written;  // by Unpack; null: what the host's names allow
+    std::vector<std::string> archives;
+} strangers[] = {
+    {2,
+     9,
+     1,
+     "",
+     {entry("../x"), entry("sub/../x"), entry("x/.."), entry(".."), entry("..\\x"), entry("sub//..//x"),
+      entry("sub\\../..\\x"), entry("/no/x"), entry("\\\\server\\share\\x"), entry("C:\\x"), entry("sub/"),
+      entry("sub"), entry("./../x")}},
+    {no_windows_name, 9, 1, nullptr, {entry("C:x"), entry("x\x01\n\x7f"), entry("..."), entry(".. "), entry("a?")}},
+    {0, 9, 1, "x1", {entry("./x"), entry("/x"), entry("\\\\x"), entry("sub/x"), entry("sub\\/x")}},
+    {0, 9, 1, nullptr, {entry("..x"), entry("x.."), entry("@en"), entry(std::string(199, 'n'))}},
+    {0, 9, 1, "n3", {entry("n", "four", 3), entry("n", "one") + "no end", entry("n", "one") + std::string(199, 'n')}},
+    {0, 9, 0, nullptr, {"", entry("@END") + ok, entry("@end"), entry("@Endless"), "n", "name"}},
+    {0, 9, 3, "ok9", {ok + entry("ok", "last") + entry("ok", "the other")}},
+    {5,
+     5,
+     0,
+     "",
+     {entry(""), entry(std::string(200, 'n')), entry(std::string(201, 'n')), entry(std::string(499, 'n')),
+      entry(std::string(500, 'n')), entry(std::string(10000, 'n')), std::string(200, 'n'),
+      entry("n", "c", UINT_MAX) + ok, entry("n", "c", 0x80000000U) + ok, entry("n", "c", INT_MAX) + ok,
+      entry("n", "four", 5), entry("n", "four", 4).substr(0, 9), std::string("n\0\1\0\0", 5), std::string("n", 2)}},
+    {5, 5, 1, "ok1", {ok + entry(""), ok + std::string(200, 'n'), ok + entry("n", "c", 2)}},
+#if !defined(_WIN32)
+    {2, 9, 1, "", {entry("link"), entry("up/x"), entry("sub/up/x"), entry("sub/./up/bait"), entry("pipe")}},
+#endif
+};
+
+TEST(FilePackerUnpack, TakesArchivesFromStrangers)
+{
+    for (const auto &row : strangers)
+        for (const std::string &bytes : row.archives) {
+            SCOPED_TRACE(testing::PrintToString(bytes));
+            const Trap all(bytes);
+            const Trap each(bytes);
+            FilePacker unpacked(all.archive.c_str(), 1, nullptr);
+            EXPECT_EQ(unpacked.Unpack(all.in.c_str()), row.by_file);
+            EXPECT_EQ(all.written(), row.written != nullptr ? row.written : all.written());
+
+            FilePacker walked(each.archive.c_str(), 1, nullptr);
+            char name[200] = "";
+            int code = 0;
+            while (code == 0)
+                code = walked.UnpackFile(each.in.c_str(), name);
+            EXPECT_EQ(code, row.by_file == 0 ? 9 : row.by_file);
+            EXPECT_EQ(each.written(), all.written());
+
+            std::string output = all.in + "\\" + name;
+            std::replace(output.begin() + static_cast<std::ptrdiff_t>(all.in.size()), output.end(), '/', '\\');
+            const char *const texts[] = {"No error", "Cannot open file: ", "Not a FilePacker archive: "};
+            const std::string subject[] = {"", output, all.archive};
+            const int kind = (row.by_file + 1) / 2 - (row.by_file > 2 ? 1 : 0);
+            EXPECT_EQ(error_of(unpacked), error(row.by_file, texts[kind] + subject[kind]));
+
+            FilePacker read(all.archive.c_str(), 1, nullptr);
+            const std::string entries = read_all(read, row.by_buffer);
+            EXPECT_EQ(std::count(entries.begin(), entries.end(), '='), row.read);
+        }
+}
+
+TEST(FilePackerUnpack, GoesOnBehindAnEntryThatHasNoPlace)
+{
+    const Trap trap(entry("no/a.txt") + entry("sub/b", std::string("\0\n\r\n", 4)) + ok);
+    fs::permissions(trap.archive, fs::perms::owner_read);
+    FilePacker packer(trap.archive.c_str(), 1, nullptr);
+    char name[200];
+    EXPECT_EQ(packer.UnpackFile(trap.in.c_str(), name), 2);
+    EXPECT_STREQ(name, "no/a.txt");
+    EXPECT_EQ(packer.UnpackFile(trap.in.c_str(), nullptr), 0);
+    EXPECT_EQ(trap.folder.read("in/sub/b"), std::string("\0\n\r\n", 4));
+    EXPECT_EQ(packer.GetError(nullptr), 2);
+    EXPECT_EQ(read_all(packer, 9), std::string("ok=c", 5));
+    EXPECT_EQ(error_of(packer), error(9, "Undocumented error"));
+    EXPECT_EQ(packer.Unpack(trap.in.c_str()), 2) << "from the first entry";
+}
+
+TEST(FilePackerUnpack, KeptTakesAnEndMarkWithoutAnError)
+{
+    const Trap trap(entry("@End", "2"));
+    FilePacker packer(trap.archive.c_str(), 1, nullptr);
+    read_all(packer, 9);
+    EXPECT_EQ(packer.GetError(nullptr), 0);
+    char bytes[5];
+    EXPECT_EQ(packer.ReadBinaryData(bytes, 5), 0) << "reading goes on behind the name";
+    EXPECT_EQ(std::string(bytes, 5), entry("", "2").substr(1));
+}
+
+TEST(FilePackerRaw, ReadsWhatItWrote)
+{
+    const Folder folder;
+    FilePacker writer(folder.path("a").c_str(), 0, nullptr);
+    EXPECT_EQ(writer.WriteString("text"), 0);
+    EXPECT_EQ(writer.WriteBinaryData("aabaabaac\nxaaby\nend-\n!", 22), 0);
+    EXPECT_EQ(writer.WriteBinaryData("x", -1), 7);
+    FilePacker packer(folder.path("a").c_str(), 1, nullptr);
+    EXPECT_EQ(packer.WriteString("no"), 7);
+    char text[16] = "????";
+    EXPECT_EQ(packer.ReadString(text), 0);
+    EXPECT_STREQ(text, "text");
+    // Delimiters that overlap with themselves; "" takes one byte.
+    const std::tuple<int, const char *, int, std::string> cases[] = {{16, "aabaac", 0, "aabaabaac"},
+                                                                     {3, "", 0, ""},
+                                                                     {2, "aab", 0, "aa"},
+                                                                     {1, "b", 0, "b"},
+                                                                     {0, "end", 0, ""},
+                                                                     {4, "?", 5, "\n!"}};
+    for (const auto &[size, delimiter, code, expected] : cases) {
+        std::string buffer(16, '?');
+        const auto room = static_cast<std::size_t>(size);
+        EXPECT_EQ(packer.ReadUpTo(size > 0 ? buffer.data() : nullptr, size, delimiter), code) << delimiter;
+        EXPECT_EQ(buffer, expected + std::string(room - expected.size(), '\0') + std::string(16 - room, '?'));
+    }
+    EXPECT_EQ(packer.ReadString(text), 5);
+    EXPECT_STREQ(text, "");
+    EXPECT_EQ(packer.ReadBinaryData(nullptr, -1), 5);
+}
+
+TEST(FilePackerRaw, KeptClearsTheFirstByteAlsoWhenNothingIsRead)
+{
+    const Trap trap;
+    FilePacker packer(trap.archive.c_str(), 1, nullptr);
+    char byte = '?';
+    EXPECT_EQ(packer.ReadBinaryData(&byte, 0), 0);
+    EXPECT_EQ(byte, '\0');
+}
+
+TEST(FilePackerCopy, KeptSharesTheArchive)
+{
+    const Trap trap(entry("a", "1") + entry("b", "2"));
+    FilePacker first(trap.archive.c_str(), 1, nullptr);
+    // Copies that are never destroyed.
+    alignas(FilePacker) char storage[2][sizeof(FilePacker)];
+    auto *copy = new (storage[0]) FilePacker(first);
+    auto *assigned = new (storage[1]) FilePacker("", 7, nullptr);
+    *assigned = first;
+    EXPECT_EQ(copy->UnpackFile(trap.in.c_str(), nullptr), 0);
+    EXPECT_EQ(read_all(*assigned, 9), std::string("b=2", 4));
+    EXPECT_EQ(copy->GetError(nullptr), 0);
+}
+
+#if !defined(_WIN32)
+
+TEST(FilePackerFullDisk, LosesNothingWithoutAWord)
+{
+    FilePacker device("/dev/full", 0, nullptr);
+    EXPECT_EQ(error_of(device), error(7, "Cannot write output file: /dev/full"));
+    EXPECT_EQ(device.AddFileAsBuffer("", 0, "x"), 1);
+
+    const std::string big(300, 'b');
+    const Trap trap(entry("big", big) + entry("small"));
+    FilePacker reader(trap.archive.c_str(), 1, nullptr);
+    FilePacker packer(trap.archive.c_str(), 0, nullptr);
+    const auto on_signal = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before = {};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small = {200, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    const std::vector codes = {packer.AddFileAsBuffer("1", 1, "first"), packer.AddFileAsBuffer(big.data(), 300, "big"),
+                               packer.WriteString(big.c_str()), packer.AddFileAsBuffer("2", 1, "second")};
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, on_signal);
+    EXPECT_EQ(codes, (std::vector{0, 7, 7, 0}));
+    EXPECT_EQ(packer.AddFileAsBuffer("3", 1, "big"), 0) << "the name is free again";
+    EXPECT_EQ(trap.folder.read("a"), head() + entry("first", "1") + entry("second", "2") + entry("big", "3"));
+}
+
+#endif
+
+}  // namespace
