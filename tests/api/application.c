@@ -234,6 +234,19 @@ static const char *use_zuk(void)
     return NULL;
 }
 
+static const char *use_rs232(void)
+{
+    const int before = error_set(3);
+    EXPECT(setflowrs232(1) == 0 && setflowrs232(0) == 1);
+    EXPECT(initrs232("no such line", 13, 48, 0, 0, 0) == NULL);
+    EXPECT(strcmp(error_get(), "ERROR : 'Cannot open serial port no such line'") == 0);
+    EXPECT(error_set(before) == 3);
+    EXPECT(outstringrs232(NULL, "a", 1) == -1 && outbrs232(NULL, 'a') == -1 && inbrs232(NULL) == (char)-1);
+    EXPECT(inrs232rdy(NULL) == -1 && outrs232rdy(NULL) == -1);
+    closers232(NULL);
+    return NULL;
+}
+
 static const char *use_wem(void)
 {
     char line[WEM_LINE_SIZE];
@@ -252,10 +265,10 @@ static const char *use_lopra(void)
 const char *use_every_module(void)
 {
     const char *(*const uses[])(void) = {
-        use_file_double,   use_zuk,        use_itemfifo,  use_dynar,     use_error_mess, use_base64,
-        use_cipher,        use_md5_digest, use_list,      use_str_utils, use_func,       use_wem,
-        use_interp_double, use_md_tetrab,  use_md_tetrad, use_random,    use_rdither,    use_lopra,
-        use_rom,           use_fport,      use_flock,     use_teska_time};
+        use_file_double,   use_zuk,        use_itemfifo,  use_dynar,      use_error_mess, use_base64,
+        use_cipher,        use_md5_digest, use_list,      use_str_utils,  use_func,       use_wem,
+        use_interp_double, use_md_tetrab,  use_md_tetrad, use_random,     use_rdither,    use_lopra,
+        use_rom,           use_fport,      use_flock,     use_teska_time, use_rs232};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)
         failed = uses[i]();
