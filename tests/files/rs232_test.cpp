@@ -1,5 +1,5 @@
-// The line and the device at its other end come from tests/support/serial_line.py; the bytes [ ] ? H ! are commands to
-// that device, everything else it sends back.
+// The line and the device at its other end come from tests/support/serial_line.py; the bytes ? H ! are commands to that
+// device, everything else it sends back.
 #include "rs232.h"
 
 #include "Platform/serial.h"
@@ -19,6 +19,9 @@
 
 #ifdef _WIN32
 #    include <windows.h>
+constexpr bool on_windows = true;
+#else
+constexpr bool on_windows = false;
 #endif
 
 using teska_test::lines;
@@ -27,52 +30,39 @@ using teska_test::Reports;
 namespace
 {
 
-#ifdef _WIN32
-constexpr bool on_windows = true;
-constexpr const char *no_line = "NUL";
-constexpr const char *no_line_report = "Cannot disable events on port";
-#else
-constexpr bool on_windows = false;
-constexpr const char *no_line = "/dev/null";
-constexpr const char *no_line_report = "Cannot read device-control block for a serial port";
-#endif
-
-using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-
-struct close_port {
-    void operator()(rs232_rec *port) const { closers232(port); }
-};
-using Port = std::unique_ptr<rs232_rec, close_port>;
+using Port = std::unique_ptr<rs232_rec, decltype(&closers232)>;
 
 const char *line_name() { return std::getenv("TESKA_TEST_LINE"); }
 
-Port opened(int speed = 13, int stop_bits = 0) { return Port(initrs232(line_name(), speed, 48, 0, 0, stop_bits)); }
-
-// The device's answer, without the line end.
-std::string ask(const Port &port, const std::string &question)
+Port opened(int speed = 13, int stop_bits = 0)
 {
-    EXPECT_EQ(outstringrs232(port.get(), question.data(), static_cast<int>(question.size())), 0);
+    return {initrs232(line_name(), speed, 48, 0, 0, stop_bits), closers232};
+}
+
+// What the device says of its line.
+std::string settings(const Port &port)
+{
+    EXPECT_EQ(outbrs232(port.get(), '?'), 0);
     std::string answer;
     for (char c = 0; (c = inbrs232(port.get())) != '\n' && c != -1;)
         answer += c;
     return answer;
 }
 
-int milliseconds_since(steady_clock::time_point start)
+double seconds_since(steady_clock::time_point start)
 {
-    return static_cast<int>(std::chrono::duration_cast<milliseconds>(steady_clock::now() - start).count());
+    return std::chrono::duration<double>(steady_clock::now() - start).count();
 }
 
-// Whether a state comes about within five seconds.
-template <class Function>
-bool soon(Function holds)
+// Whether a function gives a value within a second.
+bool soon(int (*function)(rs232_rec *) noexcept, const Port &port, int value)
 {
     const auto start = steady_clock::now();
-    bool held = holds();
-    for (; !held && milliseconds_since(start) < 5000; held = holds())
-        std::this_thread::sleep_for(milliseconds(5));
-    return held;
+    int now = function(port.get());
+    for (; now != value && seconds_since(start) < 1; now = function(port.get()))
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    return now == value;
 }
 
 class OnALine : public testing::Test
@@ -100,11 +90,9 @@ TEST_F(Initrs232, SetsSpeedStopBitsAndFlowControl)
     for (int i = 0; i < 17; ++i) {
         EXPECT_EQ(setflowrs232(i % 2), i == 0 ? 0 : (i - 1) % 2);
         const std::string baud = std::to_string(bauds[i]);
-        const std::string settings = baud + ' ' + baud + (i % 3 == 0 ? " 2 " : " 1 ") + (i % 2 == 0 ? "1 1" : "0 0");
-        EXPECT_EQ(ask(opened(i + 1, i % 3 == 0 ? 64 : 0), "?").substr(0, settings.size() + 1), settings + ' ');
+        EXPECT_EQ(settings(opened(i + 1, i % 3 == 0 ? 64 : 0)),
+                  baud + ' ' + baud + (i % 3 == 0 ? " 2 " : " 1 ") + (i % 2 == 0 ? "1 1 17 19" : "0 0 17 19"));
     }
-    setflowrs232(0);
-    EXPECT_EQ(ask(opened(), "?"), "9600 9600 1 1 1 17 19");
 }
 
 TEST_F(Initrs232, ReportsTheStepThatFailsAndClosesThePort)
@@ -117,7 +105,9 @@ TEST_F(Initrs232, ReportsTheStepThatFailsAndClosesThePort)
     } cases[] = {
         {"no such line", {18, 8, 1, 256, 1}, "Cannot open serial port no such line"},
         {nullptr, {13, 48, 0, 0, 0}, "Cannot open serial port "},
-        {no_line, {18, 8, 1, 256, 1}, no_line_report},
+        {on_windows ? "NUL" : "/dev/null",
+         {18, 8, 1, 256, 1},
+         on_windows ? "Cannot disable events on port" : "Cannot read device-control block for a serial port"},
         {line_name(), {18, 8, 1, 256, 1}, "Invalid serial line speed: 18 bauds"},
         {line_name(), {0, 48, 0, 0, 0}, "Invalid serial line speed: 0 bauds"},
         {line_name(), {-1, 48, 0, 0, 0}, "Invalid serial line speed: -1 bauds"},
@@ -130,7 +120,7 @@ TEST_F(Initrs232, ReportsTheStepThatFailsAndClosesThePort)
         EXPECT_EQ(reports.take(), lines{report});
         EXPECT_NE(opened(), nullptr) << "the line is not left open";
     }
-    EXPECT_NE(Port(initrs232(line_name(), 1, 48, 0, 256, 0)), nullptr) << "no parity, whatever the code";
+    EXPECT_NE(Port(initrs232(line_name(), 1, 48, 0, 256, 0), closers232), nullptr) << "no parity, whatever the code";
     EXPECT_EQ(reports.take(), lines{});
 }
 
@@ -151,37 +141,20 @@ TEST_F(Outstringrs232, PassesAllBytesUnchangedAndKeeps255LikeAFailure)
     for (const int no_flow : {0, 1}) {
         setflowrs232(no_flow);
         const Port port = opened();
-        std::string bytes(256, '\0');
+        std::string bytes(25600, '\0');  // more than the queues of the line hold
         std::iota(bytes.begin(), bytes.end(), '\0');
-        std::erase_if(bytes, [=](char c) {
-            return std::string_view("[]?H!").find(c) != std::string_view::npos ||
-                   (no_flow == 0 && (c == 17 || c == 19));
-        });
+        const std::string_view taken(no_flow != 0 ? "?H!" : "?H!\x11\x13");
+        std::erase_if(bytes, [=](char c) { return taken.find(c) != taken.npos; });
         EXPECT_EQ(outstringrs232(port.get(), bytes.data(), static_cast<int>(bytes.size())), 0);
         std::string back(bytes.size(), 'x');
         std::generate(back.begin(), back.end(), [&] { return inbrs232(port.get()); });
         EXPECT_EQ(back, bytes);
+        EXPECT_EQ(outstringrs232(port.get(), nullptr, 0), 0);
         EXPECT_EQ(reports.take(), lines{});
+        EXPECT_EQ(outstringrs232(port.get(), "a", -1), -1);
+        EXPECT_EQ(outstringrs232(port.get(), nullptr, 1), -1);
+        EXPECT_EQ(reports.take(), lines(2, "Cannot write to comm port."));
     }
-}
-
-TEST_F(Outstringrs232, SendsMoreThanTheLineTakesAtOnce)
-{
-    std::string text(200000, ' ');
-    for (std::size_t i = 0; i < text.size(); ++i)
-        text[i] = static_cast<char>('a' + i % 26);
-    EXPECT_EQ(ask(opened(), '[' + text + ']'), "ok 200000");
-}
-
-TEST_F(Outstringrs232, RefusesANegativeCount)
-{
-    Reports reports;
-    const Port port = opened();
-    EXPECT_EQ(outstringrs232(port.get(), nullptr, 0), 0);
-    EXPECT_EQ(reports.take(), lines{});
-    EXPECT_EQ(outstringrs232(port.get(), "a", -1), -1);
-    EXPECT_EQ(outstringrs232(port.get(), nullptr, 1), -1);
-    EXPECT_EQ(reports.take(), lines(2, "Cannot write to comm port."));
 }
 
 TEST_F(Inrs232rdy, CountsTheBytesThatWait)
@@ -189,14 +162,14 @@ TEST_F(Inrs232rdy, CountsTheBytesThatWait)
     Reports reports;
     const Port port = opened();
     outstringrs232(port.get(), "abcde", 5);
-    EXPECT_TRUE(soon([&] { return inrs232rdy(port.get()) == 5; }));
+    EXPECT_TRUE(soon(inrs232rdy, port, 5));
     for (int left = 4; left >= 0; --left) {
         EXPECT_EQ(inbrs232(port.get()), "edcba"[left]);
         EXPECT_EQ(inrs232rdy(port.get()), left);
     }
     const auto start = steady_clock::now();
     EXPECT_EQ(inbrs232(port.get()), -1);
-    EXPECT_NEAR(milliseconds_since(start), 1500, 200);
+    EXPECT_NEAR(seconds_since(start), 2, 0.55);
     EXPECT_EQ(reports.take(), lines{"Cannot read from comm port."});
 }
 
@@ -207,16 +180,13 @@ TEST_F(Outrs232rdy, ShowsThatTheLineIsHeldUntilItIsLetGo)
     EXPECT_EQ(outrs232rdy(port.get()), 1);
     const auto held = steady_clock::now();
     outbrs232(port.get(), 'H');
-    if (on_windows)  // see below
-        std::this_thread::sleep_for(milliseconds(200));
-    else
-        EXPECT_TRUE(soon([&] { return outrs232rdy(port.get()) == 0; }));
+    EXPECT_EQ(soon(outrs232rdy, port, 0), !on_windows);  // see below
     const auto start = steady_clock::now();
     EXPECT_EQ(outbrs232(port.get(), 'a'), -1);
-    EXPECT_NEAR(milliseconds_since(start), 1500, 200);
+    EXPECT_NEAR(seconds_since(start), 2, 0.55);
     EXPECT_EQ(reports.take(), lines{"Cannot write to comm port."});
     EXPECT_EQ(outstringrs232(port.get(), "bcde", 4), 0) << "four bytes may take 3 s";
-    EXPECT_NEAR(milliseconds_since(held), 3500, 200);
+    EXPECT_GE(seconds_since(held), 3.45);
     EXPECT_EQ(outrs232rdy(port.get()), 1);
     for (const char expected : {'b', 'c', 'd', 'e'})
         EXPECT_EQ(inbrs232(port.get()), expected);
@@ -230,9 +200,9 @@ TEST_F(Inrs232rdy, FindsALostLineWhichTheNextCallOpensAndConfiguresAgain)
     setflowrs232(1);  // the port keeps what it was made with
     Reports reports;
     outbrs232(port.get(), '!');
-    EXPECT_TRUE(soon([&] { return inrs232rdy(port.get()) == -1; }));
+    EXPECT_TRUE(soon(inrs232rdy, port, -1));
     EXPECT_EQ(reports.take(), lines{"Cannot read from comm port."});
-    EXPECT_EQ(ask(port, "?"), "115200 115200 2 1 1 17 19");
+    EXPECT_EQ(settings(port), "115200 115200 2 1 1 17 19");
 }
 
 TEST(Rs232, AnswersForNoPortWithTheFailureValueAlone)
@@ -241,11 +211,9 @@ TEST(Rs232, AnswersForNoPortWithTheFailureValueAlone)
     alignas(std::max_align_t) char zeros[1024] = {};
     for (void *block : {static_cast<void *>(nullptr), static_cast<void *>(zeros)}) {
         auto *port = static_cast<rs232_rec *>(block);
-        EXPECT_EQ(outstringrs232(port, "a", 1), -1);
-        EXPECT_EQ(outbrs232(port, 'a'), -1);
-        EXPECT_EQ(inbrs232(port), -1);
-        EXPECT_EQ(inrs232rdy(port), -1);
-        EXPECT_EQ(outrs232rdy(port), -1);
+        EXPECT_EQ(std::max({outstringrs232(port, "a", 1), outbrs232(port, 'a'), int{inbrs232(port)}, inrs232rdy(port),
+                            outrs232rdy(port)}),
+                  -1);
         closers232(port);
     }
     EXPECT_EQ(reports.take(), lines{});
@@ -255,20 +223,15 @@ TEST(Rs232, AnswersForNoPortWithTheFailureValueAlone)
 // A pseudo terminal has eight bits and no parity, whatever it is set to; POSIX is checked in tests/faults.
 TEST(Rs232, EntersItsSettingsIntoTheControlBlock)
 {
-    for (const bool parity : {false, true}) {
+    for (const int on : {0, 1}) {
         teska::serial::control_block block;
-        std::memset(block.native, 0xFF, sizeof block.native);
-        teska::serial::apply(
-            block,
-            {.baud = 134, .data_bits = 7, .stop_bits = parity ? 2 : 1, .odd_parity = parity, .xon_xoff = parity});
         DCB dcb;
+        std::memset(block.native, 0xFF, sizeof block.native);
+        teska::serial::apply(block, {134, 7, 1 + on, on != 0, on != 0});
         std::memcpy(&dcb, block.native, sizeof dcb);
-        EXPECT_EQ(dcb.BaudRate, 134U);
-        EXPECT_EQ(dcb.ByteSize, 7);
-        EXPECT_EQ(dcb.StopBits, parity ? TWOSTOPBITS : ONESTOPBIT);
-        EXPECT_EQ(dcb.Parity, parity ? ODDPARITY : NOPARITY);
-        EXPECT_TRUE(dcb.fBinary == 1 && dcb.fParity == parity && dcb.fOutX == parity && dcb.fInX == parity);
-        EXPECT_TRUE(dcb.XonChar == 17 && dcb.XoffChar == 19 && dcb.fNull == 1 && dcb.XonLim == 0xFFFF);
+        EXPECT_TRUE(dcb.BaudRate == 134 && dcb.ByteSize == 7 && dcb.XonChar == 17 && dcb.XoffChar == 19);
+        EXPECT_TRUE(dcb.StopBits == (on ? TWOSTOPBITS : ONESTOPBIT) && dcb.Parity == (on ? ODDPARITY : NOPARITY));
+        EXPECT_TRUE(dcb.fBinary == 1 && dcb.fParity == on && dcb.fOutX == on && dcb.fInX == on && dcb.fNull == 1);
     }
 }
 #endif

@@ -1,0 +1,114 @@
+// Serial lines that refuse, break off and go away
+#include "faults/injector.h"
+#include "faults/sweep.h"
+
+#include "rs232.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <tuple>
+#include <utility>
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+// What a line was asked for: a pseudo terminal has eight bits and no parity, whatever it is set to.
+static termios asked;
+static bool refused, ignored;
+
+extern "C" int __real_tcsetattr(int descriptor, int when, const termios *line);
+
+extern "C" int __wrap_tcsetattr(int descriptor, int when, const termios *line)
+{
+    asked = *line;
+    return refused ? -1 : ignored ? 0 : __real_tcsetattr(descriptor, when, line);
+}
+
+namespace teska_test
+{
+
+namespace
+{
+
+// A pseudo terminal and a port on it.
+struct Line {
+    explicit Line(int data_bits = 48, int parity_enable = 0, int stop_bits = 0) : device(posix_openpt(O_RDWR))
+    {
+        unlockpt(device);
+        name = ptsname(device);
+        port = initrs232(name.c_str(), 17, data_bits, parity_enable, 512, stop_bits);
+    }
+    ~Line()
+    {
+        closers232(port);
+        close(device);
+    }
+
+    int device;
+    std::string name;
+    rs232_rec *port;
+};
+
+const SweepRows rows({{.name = "initrs232",
+                       .make = [] { return SweepCase{.call = [] { return Line().port != nullptr; }}; },
+                       .failures = {{.count = 2, .once = {"initrs232: Insufficient resources"}}}}});
+
+TEST(Rs232, AsksForSizeParityAndStopBitsOfItsCodes)
+{
+    const std::tuple<int, int, int, tcflag_t, tcflag_t> cases[] = {{48, 0, 0, CS8, 0},
+                                                                   {32, 512, 64, CS7 | PARENB | PARODD | CSTOPB, INPCK},
+                                                                   {16, 1, 0, CS6 | PARENB | PARODD, INPCK},
+                                                                   {0, 0, 64, CS5 | CSTOPB, 0}};
+    for (const auto &[data_bits, parity_enable, stop_bits, control, input] : cases) {
+        const Line line(data_bits, parity_enable, stop_bits);
+        EXPECT_EQ(asked.c_cflag & (CSIZE | CSTOPB | PARENB | PARODD), control);
+        EXPECT_EQ(asked.c_iflag & (INPCK | ISTRIP), input);
+    }
+}
+
+TEST(Rs232, ReportsALineThatDoesNotTakeItsSettings)
+{
+    Reports reports;
+    for (bool *how : {&refused, &ignored}) {
+        *how = true;
+        EXPECT_EQ(Line().port, nullptr);
+        *how = false;
+    }
+    EXPECT_EQ(reports.take(), lines(2, "Cannot setup device-control block for a seril port"));
+}
+
+TEST(Rs232, GoesOnAfterInterruptionsAndShortWrites)
+{
+    const Line line;
+    char text[8] = "";
+    for (const auto &[sent, fault] : {std::pair{"a", file_fault{.error = EINTR}}, {"bcde", {.partial = true}}}) {
+        arm(fault_kind::files, 0, false, fault);
+        EXPECT_EQ(outstringrs232(line.port, sent, static_cast<int>(std::strlen(sent))), 0);
+        EXPECT_EQ(disarm(), 1);
+    }
+    EXPECT_EQ(read(line.device, text, sizeof text), 5);
+    EXPECT_STREQ(text, "abcde");
+}
+
+TEST(Rs232, ReportsThatTheLineIsLostAndThenThatItCannotBeOpened)
+{
+    int (*const writing[])(rs232_rec *) = {[](rs232_rec *port) { return outbrs232(port, 'a'); }, outrs232rdy};
+    int (*const reading[])(rs232_rec *) = {[](rs232_rec *port) -> int { return inbrs232(port); }, inrs232rdy};
+    for (int i = 0; i < 4; ++i) {
+        Reports reports;
+        Line line;
+        close(std::exchange(line.device, -1));
+        const auto call = i < 2 ? writing[i] : reading[i - 2];
+        EXPECT_EQ(call(line.port), -1);
+        EXPECT_EQ(reports.take(), lines{i < 2 ? "Cannot write to comm port." : "Cannot read from comm port."});
+        EXPECT_EQ(call(line.port), -1);
+        EXPECT_EQ(reports.take(), lines{"Cannot open serial port " + line.name});
+    }
+}
+
+}  // namespace
+
+}  // namespace teska_test
