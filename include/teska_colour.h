@@ -6,4 +6,7 @@
 #endif
 #include "md_tetrab.h"
 #include "md_tetrad.h"
+#ifdef __cplusplus
+#    include "tfastpow.h"
+#endif
 #endif

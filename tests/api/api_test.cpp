@@ -113,6 +113,12 @@ TEST(Application, CatchesTheTableThatIsTooLarge)
     EXPECT_THROW(CLUT(6, grid, 3, 0, &value), std::bad_alloc);
 }
 
+TEST(Application, TakesPowersOf16BitFractions)
+{
+    TFastPow power(8, 8);
+    EXPECT_EQ(power.Calculate(0x8000, 0xffff), 32896);
+}
+
 TEST(Application, TakesRandomNumbersAndTheirConstants)
 {
     TRan3 noise(-1);

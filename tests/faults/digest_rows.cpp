@@ -40,11 +40,9 @@ TEST(MD5CheckFile, KeptCountsWhatItCannotReadAsZeros)
                 }
                 folder.write("read", read);
                 const std::string expected = digest_of(folder.path("read"));
-                track_memory();
                 arm(fault_kind::files, n, sticky, {.partial = half});
                 const std::string digest = digest_of(folder.path("whole"));
-                EXPECT_EQ(disarm() > 0, true);
-                EXPECT_EQ(live_blocks(), 0);
+                EXPECT_GT(disarm(), 0);
                 EXPECT_EQ(digest, expected) << n << ", sticky " << sticky << ", half " << half;
             }
 }
