@@ -13,7 +13,7 @@ teska_subsystem(
   teska_time
   tlist:telement+tlist
   tobjfac:tobjel+tobjlist+tobjfac)
-teska_subsystem(text "Text and numbers" file_double:file_double+vd str_utils)
+teska_subsystem(text "Text and numbers" file_double:file_double+vd numb:numb+byteorder str_utils str_zuk)
 teska_subsystem(
   files
   "Files, streams and devices"

@@ -2,5 +2,7 @@
 #ifndef TESKA_TEXT_H
 #define TESKA_TEXT_H
 #include "file_double.h"
+#include "numb.h"
 #include "str_utils.h"
+#include "str_zuk.h"
 #endif

@@ -92,7 +92,7 @@ bool read_double(const char *text, double *number)
     const char *first = text + std::strspn(text, " \t\n\v\f\r");
     first += *first == '+' || *first == '-' ? 1 : 0;
     const std::ptrdiff_t length = end - first;
-    const bool prefix_alone = length == 1 && *first == '0' && (*end == 'x' || *end == 'X');
+    const bool prefix_alone = length == 1 && *first == '0' && (*end == 'x' || *end == 'X') && end[1] != '.';
     const bool infinity_cut = length == 3 && std::isinf(value) && (*end == 'i' || *end == 'I');
     if (end == text || prefix_alone || infinity_cut)
         return false;

@@ -102,6 +102,23 @@ static const char *use_str_utils(void)
     return NULL;
 }
 
+static const char *use_numb(void)
+{
+    unsigned char file[4];
+    EXPECT(fltoffl(1.0F, file) == file && memcmp(file, "\x3f\x80\0\0", 4) == 0 && ffltofl(file, NULL) == 1.0F);
+    return NULL;
+}
+
+static const char *use_str_zuk(void)
+{
+    const char *cursor = "[paper]\nwhite = 95.25 -0.5\n";
+    char value[257];
+    double white[2];
+    EXPECT(str_search_zuk(&cursor, "Paper", "white", value) == 1);
+    EXPECT(str_double_from_itemstr(value, 2, white) == 0 && white[0] == 95.25 && white[1] == -0.5);
+    return NULL;
+}
+
 static int not_below(const void *element, const void *key) { return *(const short *)element >= *(const short *)key; }
 
 static const char *use_fport(void)
@@ -265,10 +282,10 @@ static const char *use_lopra(void)
 const char *use_every_module(void)
 {
     const char *(*const uses[])(void) = {
-        use_file_double,   use_zuk,        use_itemfifo,  use_dynar,      use_error_mess, use_base64,
-        use_cipher,        use_md5_digest, use_list,      use_str_utils,  use_func,       use_wem,
-        use_interp_double, use_md_tetrab,  use_md_tetrad, use_random,     use_rdither,    use_lopra,
-        use_rom,           use_fport,      use_flock,     use_teska_time, use_rs232};
+        use_numb,          use_str_zuk,   use_file_double, use_zuk,    use_itemfifo,  use_dynar, use_error_mess,
+        use_base64,        use_cipher,    use_md5_digest,  use_list,   use_str_utils, use_func,  use_wem,
+        use_interp_double, use_md_tetrab, use_md_tetrad,   use_random, use_rdither,   use_lopra, use_rom,
+        use_fport,         use_flock,     use_teska_time,  use_rs232};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)
         failed = uses[i]();
