@@ -41,6 +41,7 @@ const struct {
     {[] { return removed(close_utf8(open_utf8(name, LOPRA_O_CREAT, LOPRA_S_IWRITE)) == 0); }, 1},
     {[] { return close_utf8(open_utf8(name, lock_flags, LOPRA_S_IWRITE)) == 0; }, 2},
     {[] { return removed(CloseFile_utf8(open_handle()) == 0); }, 1},
+    {[] { return removed(close_utf8(create_below_utf8(".", name)) == 0); }, 2},
     {[] { return missed(chmod_utf8(name, LOPRA_S_IWRITE)); }, 1},
     {[] { return missed(stat32_utf8(name, &status)); }, 1},
     {[] { return missed(rename_utf8(name, name)); }, 2},

@@ -85,6 +85,16 @@ auto file_call(Argument... arguments) -> decltype(real(arguments...))
     return fails(fault_kind::files) ? failure : real(arguments...);
 }
 
+// A stream that failed says so, or it would be taken for one at its end. The host's header has no name for the bit.
+void mark_failed(std::FILE *file)
+{
+#ifdef __GLIBC__
+    file->_flags |= 0x20;
+#else
+    static_cast<void>(file);
+#endif
+}
+
 // Closing: done in any case, and the file call that failed keeps its error number.
 template <auto real, class File>
 int closing_call(File file)
@@ -111,6 +121,7 @@ std::size_t stream_transfer(Data *data, std::size_t size, std::size_t count, std
 {
     if (!fails(fault_kind::files))
         return real(data, size, count, file);
+    mark_failed(file);
     return faults.fault.partial ? real(data, size, count / 2, file) : 0;
 }
 
@@ -222,7 +233,14 @@ std::size_t __wrap_fwrite(const void *data, std::size_t size, std::size_t count,
     return stream_transfer<__real_fwrite>(data, size, count, file);
 }
 
-int __wrap_fgetc(std::FILE *file) { return file_call<__real_fgetc, EOF>(file); }
+int __wrap_fgetc(std::FILE *file)
+{
+    if (!fails(fault_kind::files))
+        return __real_fgetc(file);
+    mark_failed(file);
+    return EOF;
+}
+
 int __wrap_fputc(int byte, std::FILE *file) { return file_call<__real_fputc, EOF>(byte, file); }
 int __wrap_fseek(std::FILE *file, long offset, int from) { return file_call<__real_fseek, -1>(file, offset, from); }
 int __wrap_fseeko(std::FILE *file, off_t offset, int from) { return file_call<__real_fseeko, -1>(file, offset, from); }

@@ -143,6 +143,51 @@ TEST_F(Lopra, PassesOnWhatTheContractNamesAndNothingElse)
     EXPECT_EQ(content("f"), "X123\n45");
 }
 
+// Creates a file below "sub", or what says why not.
+int error_below(const char *name, const char *directory = "sub")
+{
+    const int descriptor = create_below_utf8(directory, name);
+    return error_of(descriptor < 0 || close_utf8(descriptor) != 0);
+}
+
+TEST_F(Lopra, CreatesFilesBelowADirectoryAndNowhereElse)
+{
+    fs::create_directory("sub/in");
+    for (const char *name : {"a", "/b", "\\in/\\c", "./in//./d", "..e", "\xc3\xa4"})
+        EXPECT_EQ(error_below(name), 0) << name;
+    EXPECT_EQ(error_below("f", ".\\sub/"), 0);
+    EXPECT_TRUE(present("sub/b") && present("sub/in/c") && present("sub/in/d") && present("sub/\xc3\xa4"));
+    for (const char *name : {"..", "../x", "in/../x", "in\\..\\..\\x", "/../x", "in/.."})
+        EXPECT_EQ(error_below(name), EINVAL) << name;
+    for (const char *name : {"", "/", "in", "in/", "a/x", "no/x", "."})
+        EXPECT_NE(error_below(name), 0) << name;
+    EXPECT_EQ(error_below("in"), EISDIR);
+    EXPECT_EQ(error_below("a", "no"), ENOENT);
+    EXPECT_EQ(error_below(nullptr), EINVAL);
+#if defined(_WIN32)
+    for (const char *name : {"c:x", "c:\\x", "...", " ..", "x?", "in/a|b", "x\n", "NUL", "in/com1"})
+        EXPECT_NE(error_below(name), 0) << name;
+#else
+    std::ofstream("bait") << "theirs";
+    fs::create_symlink("../bait", "sub/link");
+    fs::create_symlink("nowhere", "sub/broken");
+    fs::create_directory_symlink("../..", "sub/up");
+    fs::create_directory_symlink("sub", "trusted");
+    for (const char *name : {"link", "broken", "up/x", "up/lopra_test_folder/bait", "in/../link"})
+        EXPECT_NE(error_below(name), 0) << name;
+    EXPECT_EQ(content("bait"), "theirs");
+    EXPECT_EQ(error_below("g", "trusted"), 0);
+    ASSERT_EQ(mkfifo("sub/pipe", 0600), 0);
+    const int reader = open("sub/pipe", O_RDONLY | O_NONBLOCK);
+    EXPECT_EQ(error_below("pipe"), EACCES);
+    close(reader);
+    EXPECT_EQ(error_below("pipe"), ENXIO);
+#endif
+    std::ofstream("sub/a") << "old";
+    EXPECT_EQ(error_below("a"), 0);
+    EXPECT_EQ(content("sub/a"), "");
+}
+
 TEST_F(Lopra, KeepsATemporaryFileUntilItIsClosed)
 {
     const char *path = "sub\\\xc3\xa9";

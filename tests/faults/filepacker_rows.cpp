@@ -1,0 +1,170 @@
+// FilePacker: its allocations failing in turn, and every file call of packing and unpacking
+#include "faults/injector.h"
+#include "faults/sweep.h"
+
+#include "filepacker.h"
+#include "support/folder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace teska_test
+{
+
+namespace
+{
+
+const std::string long_text(20000, 'x');
+
+// An archive of some entries, open for more of them or for reading.
+struct Packed {
+    explicit Packed(int mode, int entries = 3)
+    {
+        folder.write("source", long_text);
+        packer.emplace(archive.c_str(), 0, nullptr);
+        for (int i = 0; i < entries; ++i)
+            packer->AddFileAsBuffer(long_text.data(), 10000 * (i % 3), std::to_string(i).c_str());
+        if (mode == 1)
+            open(1);
+    }
+
+    void open(int mode)
+    {
+        packer.reset();
+        packer.emplace(archive.c_str(), mode, nullptr);
+    }
+
+    int add_file() { return packer->AddFile(source.c_str(), "file"); }
+    int add_buffer() { return packer->AddFileAsBuffer(long_text.data(), 20000, "buffer"); }
+    int unpack() { return packer->Unpack(target.c_str()); }
+    int read()
+    {
+        char *content = nullptr;
+        long length = 0;
+        const int code = packer->UnpackFileAsBuffer(&content, &length, nullptr);
+        EXPECT_EQ(content == nullptr, code != 0);
+        EXPECT_TRUE(content == nullptr || long_text.compare(0, static_cast<std::size_t>(length), content) == 0);
+        return code;
+    }
+
+    Folder folder;
+    // Asked for once: the calls under test must be the only ones that allocate.
+    std::string archive = folder.path("a");
+    std::string source = folder.path("source");
+    std::string target = folder.path();
+    std::optional<FilePacker> packer;
+};
+
+SweepRow row(const char *name, int mode, int entries, int (Packed::*call)(), std::vector<SweepFailures> failures)
+{
+    const auto fresh = [=] {
+        const auto packed = std::make_shared<Packed>(mode, entries);
+        const auto run = [=] {
+            const int code = (*packed.*call)();
+            EXPECT_TRUE(code == 0 || code == 2 || code == 6) << code;
+            return code == 0;
+        };
+        return SweepCase{.call = run, .state = [=] { return packed->folder.read("a"); }};
+    };
+    return {.name = name, .make = fresh, .failures = std::move(failures)};
+}
+
+bool created()
+{
+    static const Folder folder;
+    static const std::string archive = folder.path("a");
+    FilePacker packer(archive.c_str(), 0, nullptr);
+    const int code = packer.GetError(nullptr);
+    EXPECT_TRUE(code == 0 || code == 3 || code == 6) << code;
+    EXPECT_EQ(packer.AddFileAsBuffer("", 0, "x"), code == 0 ? 0 : 1);
+    return code == 0;
+}
+
+// Paths are copied by the calls that take them in UTF-8.
+const SweepRows rows({
+    {.name = "FilePacker",
+     .make = [] { return SweepCase{.call = created}; },
+     .failures = {{.count = 2, .once = {"list_new : Not enough resources to create list"}}, {.count = 1, .once = {}}}},
+    row("FilePacker::AddFile", 0, 3, &Packed::add_file, {{.count = 2, .once = {}}}),
+    row("FilePacker::AddFileAsBuffer", 0, 50, &Packed::add_buffer,
+        {{.count = 1, .once = {"list_insert : Unable to extend list, insufficient resources"}}}),
+    row("FilePacker::Unpack", 1, 1, &Packed::unpack, {{.count = 4, .once = {}}}),
+    row("FilePacker::UnpackFileAsBuffer", 1, 1, &Packed::read, {{.count = 1, .once = {}}}),
+});
+
+const file_fault faults[] = {{.error = EIO}, {.error = ENOSPC}, {.error = ENOSPC, .partial = true}};
+
+// Runs a piece of work on fresh archives with every file call between fire() and over() failing in turn, alone or with
+// all later ones, until none is left.
+template <class Work>
+void each_file_call(int mode, Work work)
+{
+    for (const file_fault &fault : faults)
+        for (const bool sticky : {false, true}) {
+            bool fired = true;
+            for (int n = 0; fired; ++n) {
+                SCOPED_TRACE("error " + std::to_string(fault.error) + (fault.partial ? " partial" : "") +
+                             (sticky ? " sticky" : "") + ", call " + std::to_string(n));
+                Packed packed(mode);
+                fired = false;
+                work(
+                    packed, sticky, [&] { arm(fault_kind::files, n, sticky, fault); },
+                    [&] { return fired = disarm() > 0; });
+            }
+        }
+}
+
+TEST(FilePackerFaults, AnArchiveHoldsWhatWasAddedWithoutAnErrorAndNothingElse)
+{
+    each_file_call(0, [](Packed &packed, bool sticky, auto fire, auto over) {
+        fire();
+        const int first = packed.add_file();
+        const int second = packed.add_buffer();
+        EXPECT_TRUE(over() || first + second == 0);
+        // The names are free again, unless the archive had to be closed.
+        const bool closed = packed.packer->AddFileAsBuffer("", 0, "3") == 4;
+        EXPECT_EQ(packed.add_file(), closed ? 4 : 0);
+        packed.open(1);
+        int count = 0;
+        int code = 0;
+        while ((code = packed.read()) == 0)
+            ++count;
+        EXPECT_EQ(count, 3 + (first == 0) + (second == 0) + (closed ? 0 : first == 0 ? 1 : 2));
+        EXPECT_TRUE(code == 9 || (closed && code == 5)) << code;
+        EXPECT_TRUE(!closed || sticky);
+    });
+}
+
+TEST(FilePackerFaults, UnpackedFilesAreWholeOrNotThere)
+{
+    each_file_call(1, [](Packed &packed, bool sticky, auto fire, auto over) {
+        fire();
+        const int code = packed.unpack();
+        EXPECT_TRUE(over() || code == 0);
+        for (int i = 0; i < 3; ++i) {
+            const std::string path = packed.folder.path(std::to_string(i));
+            const bool there = std::filesystem::exists(path);
+            const auto size = there ? std::filesystem::file_size(path) : 0;
+            EXPECT_TRUE(there || code != 0);
+            EXPECT_TRUE(!there || size == 10000U * static_cast<unsigned>(i) || sticky) << size;
+        }
+        EXPECT_EQ(packed.unpack(), 0);
+        EXPECT_EQ(packed.folder.read("2"), long_text);
+    });
+    each_file_call(1, [](Packed &packed, bool, auto fire, auto over) {
+        int count = 0;
+        int code = 0;
+        fire();
+        while ((code = packed.read()) == 0)
+            ++count;
+        EXPECT_TRUE(over() || code == 9);
+        EXPECT_EQ(code, count == 3 && code == 9 ? 9 : 5) << count;
+    });
+}
+
+}  // namespace
+
+}  // namespace teska_test
