@@ -72,11 +72,9 @@ SweepRow row(const char *name, int mode, int entries, int (Packed::*call)(), std
     return {.name = name, .make = fresh, .failures = std::move(failures)};
 }
 
-bool created()
+bool created(const char *archive)
 {
-    static const Folder folder;
-    static const std::string archive = folder.path("a");
-    FilePacker packer(archive.c_str(), 0, nullptr);
+    FilePacker packer(archive, 0, nullptr);
     const int code = packer.GetError(nullptr);
     EXPECT_TRUE(code == 0 || code == 3 || code == 6) << code;
     EXPECT_EQ(packer.AddFileAsBuffer("", 0, "x"), code == 0 ? 0 : 1);
@@ -86,7 +84,11 @@ bool created()
 // Paths are copied by the calls that take them in UTF-8.
 const SweepRows rows({
     {.name = "FilePacker",
-     .make = [] { return SweepCase{.call = created}; },
+     .make =
+         [] {
+             const auto packed = std::make_shared<Packed>(0);
+             return SweepCase{.call = [packed] { return created(packed->source.c_str()); }};
+         },
      .failures = {{.count = 2, .once = {"list_new : Not enough resources to create list"}}, {.count = 1, .once = {}}}},
     row("FilePacker::AddFile", 0, 3, &Packed::add_file, {{.count = 2, .once = {}}}),
     row("FilePacker::AddFileAsBuffer", 0, 50, &Packed::add_buffer,
