@@ -2,5 +2,6 @@
 #ifndef TESKA_CURVES_H
 #define TESKA_CURVES_H
 #include "func.h"
+#include "hist.h"
 #include "interp_double.h"
 #endif

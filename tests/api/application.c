@@ -152,6 +152,19 @@ static const char *use_func(void)
     return NULL;
 }
 
+static const char *use_hist(void)
+{
+    static const int values[] = {1, 2, 3, 12};
+    hist *h = hist_new(0, 9);
+    double mean, sd;
+    int total;
+    hist_point(h, values, 4);
+    EXPECT(hist_get(h, &total)[11] == 1 && total == 4 && hist_set(h, 3) == 3);
+    EXPECT(hist_med(h, &mean, &sd) == 0 && mean == 2.0 && hist_percentile(h, 50.0) == 2);
+    EXPECT(hist_kill(h) == 0);
+    return NULL;
+}
+
 static const char *use_interp_double(void)
 {
     lin_interp_double *curve = lin_interp_double_new(0, NULL);
@@ -285,7 +298,7 @@ const char *use_every_module(void)
         use_numb,          use_str_zuk,   use_file_double, use_zuk,    use_itemfifo,  use_dynar, use_error_mess,
         use_base64,        use_cipher,    use_md5_digest,  use_list,   use_str_utils, use_func,  use_wem,
         use_interp_double, use_md_tetrab, use_md_tetrad,   use_random, use_rdither,   use_lopra, use_rom,
-        use_fport,         use_flock,     use_teska_time,  use_rs232};
+        use_fport,         use_flock,     use_teska_time,  use_rs232,  use_hist};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)
         failed = uses[i]();

@@ -1,6 +1,7 @@
 #include "faults/sweep.h"
 
 #include "func.h"
+#include "hist.h"
 #include "interp_double.h"
 
 #include <gtest/gtest.h>
@@ -98,6 +99,10 @@ const SweepRows rows({
             {{.count = 1, .once = {no_func}},
              {.count = 4, .once = {no_func, no_list}},
              {.count = 3, .once = {no_room}}}),  // x and y for the second point, x for the third
+    {.name = "hist_new",
+     .make = [] { return SweepCase{.call = [] { return made(hist_new(0, 9), hist_kill); }}; },
+     .failures = {{.count = 1, .once = {"hist_new: alloc self failed"}},
+                  {.count = 1, .once = {"hist_new: illegal bounds"}}}},
     {.name = "lin_interp_double_new",
      .make =
          [] {

@@ -1,0 +1,103 @@
+#include "hist.h"
+
+#include "support/reports.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <vector>
+
+using teska_test::lines;
+using teska_test::Reports;
+
+namespace
+{
+
+using Hist = std::unique_ptr<hist, decltype(&hist_kill)>;
+
+Hist filled(int lo, int hi, const std::vector<int> &values)
+{
+    Hist h(hist_new(lo, hi), hist_kill);
+    EXPECT_EQ(hist_point(h.get(), values.data(), static_cast<int>(values.size())), 0);
+    return h;
+}
+
+std::vector<int> zero_to(int end)
+{
+    std::vector<int> values;
+    for (int v = 0; v < end; ++v)
+        values.push_back(v);
+    return values;
+}
+
+}  // namespace
+
+TEST(HistNew, RefusesBoundsWithoutABinAndMoreBinsThanThereCanBe)
+{
+    Reports reports;
+    for (const auto &[lo, hi] : {std::pair{5, 2}, {5, 1}, {INT_MAX, INT_MIN}, {INT_MIN, INT_MAX}, {-3, INT_MAX - 5}})
+        EXPECT_EQ(hist_new(lo, hi), nullptr);
+    EXPECT_EQ(reports.take(), lines(5, "hist_new: illegal bounds"));
+    EXPECT_EQ(hist_kill(nullptr), 0);
+}
+
+TEST(HistPoint, CountsInTheBinsOfTheValues)
+{
+    const struct {
+        int lo, hi;
+        std::vector<int> values, counts;
+    } cases[] = {{0, 3, {-5, 0, 3, 3, 12, INT_MIN, INT_MAX}, {2, 1, 0, 0, 2, 2}},
+                 {5, 4, {4, 5, 6}, {1, 2}},
+                 {5, 3, {3, 4, 5, 6}, {4}},
+                 {INT_MAX - 1, INT_MAX, {INT_MIN, INT_MAX - 2, INT_MAX - 1, INT_MAX}, {2, 1, 1, 0}},
+                 {INT_MIN, INT_MIN, {INT_MIN, INT_MAX}, {0, 1, 1}}};
+    for (const auto &[lo, hi, values, counts] : cases) {
+        const Hist h = filled(lo, hi, values);
+        int total = 0;
+        const int *bins = hist_get(h.get(), &total);
+        EXPECT_EQ(std::vector<int>(bins, bins + counts.size()), counts);
+        EXPECT_EQ(total, static_cast<int>(values.size()));
+    }
+}
+
+TEST(HistPoint, KeptAddsANegativeNumberToTheTotal)
+{
+    const Hist h = filled(0, 9, {1, 2, 3});
+    int total = 0;
+    hist_point(h.get(), nullptr, -5);
+    EXPECT_EQ(hist_get(h.get(), &total)[2], 1);
+    EXPECT_EQ(total, -2);
+}
+
+TEST(HistMed, KeptLeavesTheOuterBinsInTheTotalAndDividesByNoZero)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const std::tuple<std::vector<int>, int, double, double> cases[] = {{{2, 4, 4, 6}, 4, 4.0, std::sqrt(2.0)},
+                                                                       {{-1, 2, 6, 10}, 4, 2.0, 2.0},
+                                                                       {{}, 0, 0.0, 0.0},
+                                                                       {{2, 4}, 0, 6.0, std::sqrt(20.0)},
+                                                                       {{2, 4}, -1, -6.0, nan}};
+    for (const auto &[values, total, mean, sd] : cases) {
+        const Hist h = filled(0, 9, values);
+        double found[2];
+        EXPECT_EQ(hist_set(h.get(), total), total);
+        hist_med(h.get(), &found[0], &found[1]);
+        EXPECT_EQ(found[0], mean);
+        EXPECT_TRUE(found[1] == sd || (std::isnan(sd) && std::isnan(found[1]))) << found[1];
+    }
+}
+
+TEST(HistPercentile, KeptIsOneAboveTheValueThatReachesTheTarget)
+{
+    const double inf = std::numeric_limits<double>::infinity();
+    const std::tuple<Hist, double, int> cases[] = {
+        {filled(0, 9, {1, 2, 3}), 50, 2},   {filled(0, 9, {1, 2, 3}), 0, -1},      {filled(0, 9, {1, 2, 3}), 33, -1},
+        {filled(0, 9, {1, 2, 3}), 100, 4},  {filled(0, 9, {1, 2, 3}), inf, 10},    {filled(0, 9, {1, 2, 3}), -50, -1},
+        {filled(0, 9, {1, 2, 3}), NAN, -1}, {filled(0, 99, zero_to(100)), 29, 29}, {filled(0, 9, {-4, 2}), 50, 0},
+        {filled(0, 9, {2, 40}), 100, 10},   {filled(5, 3, {1, 5}), 100, 4},        {filled(0, 9, {1}), 1e300, 10}};
+    for (const auto &[h, percent, value] : cases)
+        EXPECT_EQ(hist_percentile(h.get(), percent), value) << percent;
+}
