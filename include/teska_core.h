@@ -10,5 +10,6 @@
 #ifdef __cplusplus
 #    include "tcriticsect.h"
 #    include "tlist.h"
+#    include "tobjfac.h"
 #endif
 #endif

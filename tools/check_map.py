@@ -16,7 +16,7 @@ ROOT = Path(__file__).resolve().parent.parent
 def subsystems():
     """Key of each subsystem and its modules, each with its sources."""
     text = re.sub(r"#[^\n]*", "", (ROOT / "cmake/TeskaSubsystems.cmake").read_text())
-    for key, modules in re.findall(r'teska_subsystem\((\w+)\s+"[^"]*"([^)]*)\)', text):
+    for key, modules in re.findall(r'teska_subsystem\(\s*(\w+)\s+"[^"]*"([^)]*)\)', text):
         yield key, {name: (sources or name).split("+") for name, _, sources in (m.partition(":") for m in modules.split())}
 
 

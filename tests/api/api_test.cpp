@@ -105,6 +105,33 @@ TEST(Application, PacksAnArchiveAndReadsItBack)
     EXPECT_EQ(std::remove("api_test.fp"), 0);
 }
 
+struct Fonts : TObjFac {
+    void use(void *font) { IncrRefc(font); }
+    TObjEl *TObjFacCreateEl(void *font) override { return new TObjEl(font); }
+};
+
+TEST(Application, SharesObjectsInAFactoryOfItsOwn)
+{
+    Fonts fonts;
+    int regular = 0, bold = 0;
+    for (int *font : {&regular, &bold, &regular})
+        fonts.use(font);
+    fonts.DecrRefc(&bold);
+    EXPECT_EQ(fonts.ScanObject(1), &regular);
+    TElement *entry = fonts.GetCurrentScanObject();
+    EXPECT_EQ(entry->Next(), nullptr);
+    EXPECT_NE(dynamic_cast<TObjEl *>(entry), nullptr);
+}
+
+TEST(Application, EntersACriticalSectionAndCatchesItsException)
+{
+    TCriticSect section("api.lck", 1);
+    EXPECT_EQ(section.Enter(0), 0);
+    section.Leave();
+    EXPECT_EQ(remove_utf8("api.lck"), 0);
+    EXPECT_THROW(TCriticSect(std::string(256, 'x').c_str(), 1), std::out_of_range);
+}
+
 // The exception is thrown by the library and caught here: both use the same copy of the language's runtime.
 TEST(Application, CatchesTheTableThatIsTooLarge)
 {
