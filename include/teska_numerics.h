@@ -3,6 +3,8 @@
 #define TESKA_NUMERICS_H
 #include "random.h"
 #include "rdither.h"
+#include "scalar_solvers.h"
+#include "special_functions.h"
 #ifdef __cplusplus
 #    include "tran3.h"
 #endif

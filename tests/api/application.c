@@ -81,6 +81,29 @@ static const char *use_md5_digest(void)
     return NULL;
 }
 
+static double bowl(double x) { return (x - 2.0) * (x - 2.0); }
+
+static const char *use_scalar_solvers(void)
+{
+    double a[4] = {0, 1, 1, 0}, b[2] = {2, 3}, root, least;
+    const double cubic[4] = {-2, 1, 0, 0};
+    int err;
+    EXPECT(gaussd(a, b, 2) == 1 && b[0] == 3.0 && b[1] == 2.0);
+    EXPECT(fthird_order_eq(cubic, &root, 0.0, 1.0, 0.0) == 1 && root == 2.0);
+    EXPECT(gsect_min(0.0, 1.0, 5.0, 1e-6, bowl, &least) > 1.9 && least < 1e-6);
+    EXPECT(real_atan2PI(-1.0, 0.0, &err) == 3.1415926535 && real_atan(0.0, 0.0, &err) == 0.0 && err == -1);
+    return NULL;
+}
+
+static const char *use_special_functions(void)
+{
+    const double x[3] = {0, 1, 2}, y[3] = {1, 3, 5};
+    double a, b, siga, sigb, chi2, q;
+    EXPECT(least_square_fit(x, y, 3, NULL, 0, &a, &b, &siga, &sigb, &chi2, &q) == 0);
+    EXPECT(a == 1.0 && b == 2.0 && siga == 0.0 && sigb == 0.0 && chi2 == 0.0 && q == 1.0);
+    return NULL;
+}
+
 static const char *use_list(void)
 {
     static const char inks[2][16] = {"Magenta", "cyan"};
@@ -297,7 +320,7 @@ const char *use_every_module(void)
     const char *(*const uses[])(void) = {
         use_numb,          use_str_zuk,   use_file_double, use_zuk,    use_itemfifo,  use_dynar, use_error_mess,
         use_base64,        use_cipher,    use_md5_digest,  use_list,   use_str_utils, use_func,  use_wem,
-        use_interp_double, use_md_tetrab, use_md_tetrad,   use_random, use_rdither,   use_lopra, use_rom,
+        use_interp_double, use_md_tetrab, use_md_tetrad,   use_random, use_rdither, use_scalar_solvers, use_special_functions,   use_lopra, use_rom,
         use_fport,         use_flock,     use_teska_time,  use_rs232,  use_hist};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)

@@ -1,0 +1,147 @@
+#include "special_functions.h"
+
+#include "Support/gamma.h"
+#include "support/reports.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <utility>
+#include <vector>
+
+using teska_test::lines;
+using teska_test::Reports;
+
+namespace
+{
+
+using Values = std::vector<double>;
+
+constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+struct Line {
+    double a, b, siga, sigb, chi2, q;
+};
+
+Line fitted(const Values &x, const Values &y, const Values &sig = {}, int n = -1)
+{
+    Line line = {7, 7, 7, 7, 7, 7};
+    EXPECT_EQ(least_square_fit(x.data(), y.data(), n == -1 ? static_cast<int>(x.size()) : n, sig.data(), !sig.empty(),
+                               &line.a, &line.b, &line.siga, &line.sigb, &line.chi2, &line.q),
+              0);
+    return line;
+}
+
+// Of n points, by distances 1, -2, 1 from the line y = 0 that leave this line the best one.
+double q_of(int n, double chi2)
+{
+    Values x;
+    Values y(static_cast<std::size_t>(n), 0.0);
+    for (int i = 0; i < n; ++i)
+        x.push_back(i);
+    const double unit = std::sqrt(chi2 / 6);
+    y[0] = y[2] = unit;
+    y[1] = -2 * unit;
+    const Line line = fitted(x, y, Values(x.size(), 1.0));
+    EXPECT_NEAR(line.chi2, chi2, 1e-12 * chi2);
+    return line.q;
+}
+
+const struct {
+    int n;
+    double chi2, q;
+} reference[] = {
+    // GNU Scientific Library 2.7, gsl_sf_gamma_inc_Q((n - 2) / 2, chi2 / 2)
+    {3, 0.02, 0.887537083981715},    {3, 0.6, 0.438578026080999},     {3, 1, 0.317310507862914},
+    {3, 1.2, 0.273321678292297},     {3, 2.5, 0.113846298006658},     {4, 0.04, 0.980198673306755},
+    {4, 1.2, 0.548811636094027},     {4, 2, 0.367879441171442},       {4, 2.4, 0.301194211912202},
+    {4, 5, 0.0820849986238988},      {5, 0.06, 0.996160790650048},    {5, 1.8, 0.614934935782538},
+    {5, 3, 0.391625176271089},       {5, 3.6, 0.308022171558993},     {5, 7.5, 0.0575584519726363},
+    {7, 0.1, 0.999837683388077},     {7, 3, 0.699985835878627},       {7, 5, 0.415880186995508},
+    {7, 6, 0.306218918413278},       {7, 12.5, 0.0285431233261675},   {12, 0.2, 0.999999923321983},
+    {12, 6, 0.81526324452377},       {12, 10, 0.440493285065211},     {12, 12, 0.28505650031663},
+    {12, 25, 0.00534550548713406},   {30, 16.8, 0.95243558349034},    {30, 28, 0.464447564896857},
+    {30, 33.6, 0.214353767823662},   {30, 70, 1.86101810685737e-05},  {102, 80, 0.929664933340605},
+    {102, 60, 0.999481108537452},    {102, 100, 0.481191684527956},   {102, 120, 0.0844066810936918},
+    {102, 250, 7.7669364035392e-15}, {502, 400, 0.99963792954171},    {502, 500, 0.491589373031008},
+    {502, 600, 0.0013774718775282},  {502, 750, 2.68472182849765e-12}};
+
+}  // namespace
+
+TEST(LeastSquareFit, SolvesWorkedExamples)
+{
+    // Worked in fractions.
+    const Values x = {0, 1, 2, 3, 4};
+    const Values y = {1, 3, 2, 5, 4};
+    const Line plain = fitted(x, y);
+    const Line weighted = fitted(x, y, {1, 0.5, 1, 0.5, 2});
+    const std::pair<double, double> results[] = {{plain.a, 7.0 / 5},
+                                                 {plain.b, 4.0 / 5},
+                                                 {plain.siga, std::sqrt(18.0 / 25)},
+                                                 {plain.sigb, std::sqrt(3.0 / 25)},
+                                                 {plain.chi2, 18.0 / 5},
+                                                 {plain.q, 1},
+                                                 {weighted.a, 208.0 / 131},
+                                                 {weighted.b, 136.0 / 131},
+                                                 {weighted.siga, std::sqrt(48.0 / 131)},
+                                                 {weighted.sigb, std::sqrt(41.0 / 524)},
+                                                 {weighted.chi2, 627.0 / 131}};
+    for (const auto &[found, right] : results)
+        EXPECT_NEAR(found, right, 1e-14 * right) << &found - &results[0].first;
+    const Line exact = fitted({0, 1, 2}, {1, 3, 5});
+    EXPECT_TRUE(exact.a == 1 && exact.b == 2 && exact.chi2 == 0 && exact.q == 1);
+}
+
+TEST(LeastSquareFit, GivesTheProbabilitiesOfAReferenceTable)
+{
+    for (const auto &[n, chi2, q] : reference)
+        EXPECT_NEAR(q_of(n, chi2), q, 1e-6 * q) << n << " points, " << chi2;
+}
+
+TEST(Gammq, IsTheSameOnEveryHostTo12Digits)
+{
+    // By the series, by the fraction.
+    EXPECT_NEAR(teska::gammq(2.5, 1.5), 0.69998583844538587, 1e-12);
+    EXPECT_NEAR(teska::gammq(2.5, 6.25), 0.028543123190432555, 1e-13);
+}
+
+TEST(LeastSquareFit, GivesNumbersThatAreNoneWhereNothingCanBeComputed)
+{
+    Reports reports;
+    const Values x = {1, 2, 4};
+    const Values y = {1, 3, 2};
+    const Values one = {1, 1, 1};
+    for (const int n : {INT_MIN, -2, 0})
+        for (const Values &sig : {Values(), one}) {
+            const Line none = fitted(x, y, sig, n);
+            EXPECT_TRUE(std::isnan(none.a) && std::isnan(none.b) && none.chi2 == 0 && none.q == 1) << n;
+        }
+    const Line two = fitted({0, 1}, {1, 3});
+    EXPECT_TRUE(two.a == 1 && two.b == 2 && std::isnan(two.siga) && std::isnan(two.sigb) && two.q == 1);
+    EXPECT_TRUE(fitted({0, 1}, {1, 3}, {1, 1}).q == 1 && fitted({0, 1}, {1, 3}, {1, 1}).sigb == std::sqrt(2));
+    EXPECT_TRUE(std::isnan(fitted({1}, {1}).siga) && std::isnan(fitted({2, 2, 2}, y).b));
+    EXPECT_TRUE(std::isnan(fitted(x, {1, not_a_number, 2}).chi2) && std::isnan(fitted({1, 2, infinity}, y).chi2));
+    EXPECT_EQ(reports.take(), lines{});
+    for (const Values &sig : {Values{1, 0, 1}, Values{1, not_a_number, 1}})
+        EXPECT_TRUE(std::isnan(fitted(x, y, sig).q));
+    EXPECT_EQ(reports.take(), lines(2, "a too large, ITMAX too small in gcf"));
+}
+
+TEST(Gammq, ReportsAndGoesOn)
+{
+    Reports reports;
+    EXPECT_EQ(teska::gammq(1, -1), 1);
+    EXPECT_EQ(reports.take(), (lines{"Invalid arguments in routine gammq", "x less than 0 in routine gser"}));
+    teska::gammq(0, 2);
+    EXPECT_EQ(reports.take(), lines{"Invalid arguments in routine gammq"});
+    EXPECT_EQ(teska::gammq(3, 0), 1);
+    EXPECT_EQ(teska::gammq(1, 800), 0) << "too small for a double";
+    EXPECT_EQ(reports.take(), lines{});
+    EXPECT_NEAR(teska::gammq(2000, 2000), 0.51, 0.01);
+    EXPECT_EQ(reports.take(), lines{"a too large, ITMAX too small in routine gser"});
+    EXPECT_NEAR(teska::gammq(1e6, 1e6 + 1), 0.8, 0.1) << "0.5 if it were not cut short";
+    EXPECT_EQ(reports.take(), lines{"a too large, ITMAX too small in gcf"});
+}
