@@ -6,6 +6,7 @@ teska_subsystem(
   "Core frame and containers"
   dynar
   error_mess
+  hash_tab
   itemfifo
   list
   rom

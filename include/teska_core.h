@@ -3,6 +3,7 @@
 #define TESKA_CORE_H
 #include "dynar.h"
 #include "error_mess.h"
+#include "hash_tab.h"
 #include "itemfifo.h"
 #include "list.h"
 #include "rom.h"

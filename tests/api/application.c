@@ -46,6 +46,20 @@ static const char *use_itemfifo(void)
     return NULL;
 }
 
+static int text_length(int parameter, const void *key) { return parameter + (int)strlen(key); }
+
+static int equal_texts(const void *stored, const void *key) { return strcmp(stored, key) == 0; }
+
+static const char *use_hash_tab(void)
+{
+    int slots, paper = 0;
+    hash_tab *papers = hash_tab_new(10, -2, sizeof paper, text_length, equal_texts, NULL, 0, &slots);
+    EXPECT(slots == 13 && hash_tab_insert(papers, "matte", &(int){170}) == 5);
+    EXPECT(hash_tab_get(papers, "matte", &paper) == 5 && paper == 170);
+    EXPECT(hash_tab_kill(papers) == NULL);
+    return NULL;
+}
+
 static int same_text(const void *element, const void *key) { return strcmp_ci(element, key) != 0; }
 
 static const char *use_base64(void)
@@ -318,7 +332,7 @@ static const char *use_lopra(void)
 const char *use_every_module(void)
 {
     const char *(*const uses[])(void) = {
-        use_numb,          use_str_zuk,   use_file_double, use_zuk,    use_itemfifo,  use_dynar, use_error_mess,
+        use_numb,          use_str_zuk,   use_file_double, use_zuk,    use_itemfifo, use_hash_tab,  use_dynar, use_error_mess,
         use_base64,        use_cipher,    use_md5_digest,  use_list,   use_str_utils, use_func,  use_wem,
         use_interp_double, use_md_tetrab, use_md_tetrad,   use_random, use_rdither, use_scalar_solvers, use_special_functions,   use_lopra, use_rom,
         use_fport,         use_flock,     use_teska_time,  use_rs232,  use_hist};

@@ -3,12 +3,14 @@
 #include "dynar.h"
 #include "error_mess.h"
 #include "faults/injector.h"
+#include "hash_tab.h"
 #include "itemfifo.h"
 #include "list.h"
 #include "wem.h"
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
 
 namespace teska_test
@@ -40,6 +42,7 @@ SweepRow creating(const char *name, bool (*create)(), std::vector<SweepFailures>
 
 using Array = std::shared_ptr<dynar>;
 using Fifo = std::shared_ptr<itemfifo>;
+using Table = std::shared_ptr<hash_tab>;
 
 bool touch(const Array &array, int index)
 {
@@ -76,6 +79,65 @@ bool put(const Fifo &fifo) { return itemfifo_put(fifo.get(), "b") == 1; }
 
 std::string count(const Fifo &fifo) { return std::to_string(itemfifo_nr_items(fifo.get())); }
 
+int length(int, const void *key) { return static_cast<int>(std::strlen(static_cast<const char *>(key))); }
+int equal(const void *stored, const void *key)
+{
+    return std::strcmp(static_cast<const char *>(stored), static_cast<const char *>(key)) == 0 ? 1 : 0;
+}
+
+hash_tab *text_table() { return hash_tab_new(4, -2, -1, length, equal, nullptr, 0, nullptr); }
+
+hash_tab *restored_table()
+{
+    return hash_tab_newset(0, 5, -2, -1, length, equal, nullptr, nullptr, "\0a", 3, "\0b", 3);
+}
+
+template <hash_tab *(*create)()>
+bool table_made()
+{
+    return made(create(), hash_tab_kill);
+}
+
+Table one_text()
+{
+    const ReturningHost host;
+    Table table(text_table(), hash_tab_kill);
+    hash_tab_insert(table.get(), "a", "x");
+    return table;
+}
+
+std::string texts(const Table &table)
+{
+    char data[5000] = "-";
+    std::string all = std::to_string(dynar_nr_items(hash_tab_keys(table.get())));
+    for (const char *key : {"a", "bb"})
+        all += hash_tab_get(table.get(), key, data) < 0 ? "-" : data;
+    return all;
+}
+
+// Longer than the pools' growth step.
+const std::string text(4500, 'y');
+
+bool insert_texts(const Table &table)
+{
+    const ReturningHost host;
+    return gave(0, hash_tab_insert(table.get(), text.c_str(), text.c_str()));
+}
+
+bool put_text(const Table &table)
+{
+    const ReturningHost host;
+    return gave(1, hash_tab_put(table.get(), "a", text.c_str()));
+}
+
+const std::vector<SweepFailures> no_table = {
+    {.count = 1, .once = {"Hash_tab_new : allocation failed"}},
+    {.count = 1, .once = {"dynar_new: Unable to create new dynar"}},
+    {.count = 1, .once = {}},
+    {.count = 1, .once = {"dynar_new: Unable to create new dynar"}},
+    {.count = 1, .once = {}},
+    {.count = 2, .once = {"Hash_tab_new : allocation of table failed nr_items = 5"}}};
+
 const std::vector<SweepFailures> no_item = {{.count = 1, .once = {fatal}}};
 
 const SweepRows rows({
@@ -89,6 +151,10 @@ const SweepRows rows({
              {{.count = 1, .once = {"itemfifo_new: Unable to create new itemfifo"}}}),
     changing<Fifo>("itemfifo_put", full_partition, put, count,
                    {{.count = 1, .once = {"itemfifo_put: unable to create new partition"}}}),
+    creating("hash_tab_new, texts", table_made<text_table>, no_table),
+    creating("hash_tab_newset, texts", table_made<restored_table>, no_table),
+    changing<Table>("hash_tab_insert, texts", one_text, insert_texts, texts, {{.count = 2, .once = {fatal}}}),
+    changing<Table>("hash_tab_put, text", one_text, put_text, texts, no_item),
 });
 
 TEST(HiddenRoom, IsDoneWithoutWhenMemoryIsShort)
