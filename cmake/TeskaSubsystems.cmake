@@ -4,6 +4,7 @@
 teska_subsystem(
   core
   "Core frame and containers"
+  cache
   dynar
   error_mess
   hash_tab

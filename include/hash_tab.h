@@ -54,9 +54,9 @@ typedef int (*hash_tab_empty_fn)(const void *slot);
  *
  * nr_items    expected items. The table gets the first prime number of slots from nr_items * 120 / 100 on
  * table_size  receives the number of slots, 0 on failure; may be null
- * Returns the table, owned by the caller (hash_tab_kill), or NULL with "Hash_tab_new : allocation failed" or "Hash_tab_new
- * : allocation of table failed nr_items = #", where # is the number of slots (also for a negative nr_items). No line
- * of its own when a pool cannot be created.
+ * Returns the table, owned by the caller (hash_tab_kill), or NULL with "Hash_tab_new : allocation failed" or
+ * "Hash_tab_new : allocation of table failed nr_items = #", where # is the number of slots (also for a negative
+ * nr_items). No line of its own when a pool cannot be created.
  * Kept: below 4 the number of slots is nr_items * 120 / 100 itself; a table of 0 slots is always full.
  */
 TESKA_API hash_tab *hash_tab_new(int nr_items, int key_size, int data_size, hash_tab_hash_fn hash,
@@ -69,10 +69,10 @@ TESKA_API hash_tab *hash_tab_new(int nr_items, int key_size, int data_size, hash
  * slots       table_size slots; null: all zero. Deleted marks are not part of an image: no slot is deleted
  * key_pool    the keys' texts, key_pool_bytes of them; not looked at when keys are not texts. Likewise data_pool
  * Returns as hash_tab_new does, with the same lines.
- * The images may come from anywhere: an offset outside its pool is the empty text, and a text without an end, ends with
+ * The images may come from anywhere: an offset outside its pool is the empty text, and a text without an end ends with
  * its pool.
- * Kept: a restored pool counts as one byte long. The next text is written at offset 1, over the restored ones, and a pool
- * that grows loses them: a restored table is meant for lookups.
+ * Kept: a restored pool counts as one byte long. The next text is written at offset 1, over the restored ones, and a
+ * pool that grows loses them: a restored table is meant for look-ups.
  */
 TESKA_API hash_tab *hash_tab_newset(int hash_parameter, int table_size, int key_size, int data_size,
                                     hash_tab_hash_fn hash, hash_tab_match_fn match, hash_tab_empty_fn empty,
@@ -99,8 +99,8 @@ TESKA_API int hash_tab_flush(hash_tab *table) TESKA_NOTHROW;
  * data  null: the slot's data part stays as it is
  * Returns the slot's index, or -1 after showing "Hash_table  full " (two blanks, and one behind) by typefl of wem.h: no
  * slot is free, or a pool has outgrown its offsets. The table is then unchanged.
- * When memory for a text is short: the fatal exit of dynar_ptr, which a host's handler may leave by throwing or jumping.
- * If it returns, so does this function, with -1. The table is unchanged.
+ * When memory for a text is short: the fatal exit of dynar_ptr, which a host's handler may leave by throwing or
+ * jumping. If it returns, so does this function, with -1. The table is unchanged.
  * Kept: an equal key is not looked for. hash_tab_get finds the first of several on the way.
  */
 TESKA_API int hash_tab_insert(hash_tab *table, const void *key, const void *data);
@@ -130,7 +130,8 @@ TESKA_API int hash_tab_delete_index(hash_tab *table, int index) TESKA_NOTHROW;
 
 /* hash_tab_uninsert_index - make a slot empty: its key zero, not deleted.
  *
- * Undoes the latest insertion. On the slot of an earlier one, keys inserted later that passed it may no longer be found.
+ * Undoes the latest insertion. On the slot of an earlier one, keys inserted later that passed it may no longer be
+ * found.
  * Returns 1; 0 when the index is out of range; -1 with "hash_tab_uninsert_index: var keys and dats not implemented" for
  * a pooled table.
  */
@@ -138,8 +139,8 @@ TESKA_API int hash_tab_uninsert_index(hash_tab *table, int index) TESKA_NOTHROW;
 
 /* hash_tab_put_index - replace the data of a slot.
  *
- * Returns 1; 0 when the index is out of range or the slot empty or deleted; -1 with "hash_tab_put: var keys and dats not
- * implemented" for a pooled table.
+ * Returns 1; 0 when the index is out of range or the slot empty or deleted; -1 with "hash_tab_put: var keys and dats
+ * not implemented" for a pooled table.
  */
 TESKA_API int hash_tab_put_index(hash_tab *table, int index, const void *data) TESKA_NOTHROW;
 
@@ -147,8 +148,8 @@ TESKA_API int hash_tab_put_index(hash_tab *table, int index, const void *data) T
 
 /* hash_tab_get - find a key.
  *
- * data  receives the data: as many bytes as they have, or the text with its zero; may be null; untouched when the key is
- *       not found. Room for a text is the caller's: as long as the longest in the pool
+ * data  receives the data: as many bytes as they have, or the text with its zero; may be null; untouched when the key
+ *       is not found. The room must do for the longest text in the pool
  * Returns the slot's index, or -1 when the key is not found.
  */
 TESKA_API int hash_tab_get(hash_tab *table, const void *key, void *data) TESKA_NOTHROW;

@@ -1,6 +1,7 @@
 /* teska_core.h - gathers the headers of one subsystem: core frame and containers */
 #ifndef TESKA_CORE_H
 #define TESKA_CORE_H
+#include "cache.h"
 #include "dynar.h"
 #include "error_mess.h"
 #include "hash_tab.h"

@@ -60,6 +60,20 @@ static const char *use_hash_tab(void)
     return NULL;
 }
 
+static int size_of_page(void *context, int id) { return id * *(int *)context; }
+
+static void load_page(void *context, int id, void *destination) { memset(destination, id, (size_t)(id * *(int *)context)); }
+
+static const char *use_cache(void)
+{
+    int line = 100;
+    cache *pages = cache_new(9, 4, 200, size_of_page, load_page, &line);
+    EXPECT(*((char *)cache_get(pages, 5) + 499) == 5 && cache_lock(pages, 5, 1) == 1);
+    EXPECT(cache_get(pages, 4) == NULL && cache_delete(pages, 5) == 1);
+    EXPECT(cache_kill(pages) == 0);
+    return NULL;
+}
+
 static int same_text(const void *element, const void *key) { return strcmp_ci(element, key) != 0; }
 
 static const char *use_base64(void)
@@ -332,7 +346,7 @@ static const char *use_lopra(void)
 const char *use_every_module(void)
 {
     const char *(*const uses[])(void) = {
-        use_numb,          use_str_zuk,   use_file_double, use_zuk,    use_itemfifo, use_hash_tab,  use_dynar, use_error_mess,
+        use_numb,          use_str_zuk,   use_file_double, use_zuk,    use_itemfifo, use_cache, use_hash_tab,  use_dynar, use_error_mess,
         use_base64,        use_cipher,    use_md5_digest,  use_list,   use_str_utils, use_func,  use_wem,
         use_interp_double, use_md_tetrab, use_md_tetrad,   use_random, use_rdither, use_scalar_solvers, use_special_functions,   use_lopra, use_rom,
         use_fport,         use_flock,     use_teska_time,  use_rs232,  use_hist};

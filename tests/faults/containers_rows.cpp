@@ -1,5 +1,6 @@
 #include "faults/sweep.h"
 
+#include "cache.h"
 #include "dynar.h"
 #include "error_mess.h"
 #include "faults/injector.h"
@@ -154,6 +155,8 @@ const SweepRows rows({
     creating("hash_tab_new, texts", table_made<text_table>, no_table),
     creating("hash_tab_newset, texts", table_made<restored_table>, no_table),
     changing<Table>("hash_tab_insert, texts", one_text, insert_texts, texts, {{.count = 2, .once = {fatal}}}),
+    creating("cache_new", [] { return made(cache_new(3, 4, 5, nullptr, nullptr, nullptr), cache_kill); },
+             {{.count = 4, .once = {}}}),
     changing<Table>("hash_tab_put, text", one_text, put_text, texts, no_item),
 });
 
