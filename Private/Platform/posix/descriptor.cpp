@@ -11,27 +11,34 @@ namespace teska
 
 static_assert(sizeof(off_t) == sizeof(std::int64_t));
 
+namespace
+{
+
+// Calls until no signal interrupts.
+template <class Call>
+auto uninterrupted(Call call) noexcept
+{
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+}  // namespace
+
 int read_descriptor(int descriptor, char *destination, unsigned count) noexcept
 {
-    ssize_t moved;
-    do
-        moved = read(descriptor, destination, count);
-    while (moved < 0 && errno == EINTR);
-    return static_cast<int>(moved);
+    return static_cast<int>(uninterrupted([=] { return read(descriptor, destination, count); }));
 }
 
 int write_descriptor(int descriptor, const char *source, unsigned count) noexcept
 {
-    ssize_t moved;
-    do
-        moved = write(descriptor, source, count);
-    while (moved < 0 && errno == EINTR);
-    return static_cast<int>(moved);
+    return static_cast<int>(uninterrupted([=] { return write(descriptor, source, count); }));
 }
 
 std::int64_t seek_descriptor(int descriptor, std::int64_t offset, int whence) noexcept
 {
-    return lseek(descriptor, offset, whence);
+    return uninterrupted([=] { return lseek(descriptor, offset, whence); });
 }
 
 }  // namespace teska
