@@ -159,42 +159,24 @@ LOPRA_API int CloseFile_utf8(lopra_handle handle) LOPRA_NOTHROW;
 
 /* ---- Save whole files -------------------------------------------------------------------------------- */
 
-/* The steps that replace a file so that a crash or a power cut leaves the old one or the new one:
- *
- *     int d = create_beside_utf8(path, &name);
- *     int bad = write_utf8(d, data, size) != 0 || flush_utf8(d) != 0;
- *     bad = close_utf8(d) != 0 || bad || rename_utf8(name, path) != 0;
- *     if (bad) remove_utf8(name);  else bad = flush_folder_utf8(path) != 0;
- *     free(name);
- */
-
-/* create_beside_utf8 - create an empty file in the folder of another one that it shall replace.
- *
- * path  the file to be replaced; need not be there yet
- * name  out: name of the new file, path with ".tmp" and the number of the process, and "-1" .. behind it when
- *       such a file is there already; owned by the caller, freed with free(); null on failure
- * Returns a descriptor open for writing bytes, closed with close_utf8, or -1; EISDIR when path is a directory,
- * EACCES when the file is read-only.
- *
- * POSIX: owner, group and permissions are those of the file to be replaced, as far as the process may set
- * them; nobody gains access by the replacement. Windows: those that a new file gets in that folder.
- */
-LOPRA_API int create_beside_utf8(const char *path, char **name) LOPRA_NOTHROW;
-
 /* write_utf8 - write all bytes to a descriptor; a short count of the host is continued. Returns 0, or -1 when
  * some are missing, with ENOSPC when the host gives no other reason. */
 LOPRA_API int write_utf8(int descriptor, const void *data, size_t size) LOPRA_NOTHROW;
 
-/* flush_utf8 - wait until what was written to a descriptor is on the disk. Returns 0, or -1. */
-LOPRA_API int flush_utf8(int descriptor) LOPRA_NOTHROW;
-
-/* flush_folder_utf8 - wait until names made, changed or removed in the folder of a file are on the disk.
+/* replace_utf8 - give a file a new content so that a crash or a power cut leaves the old one or the new one.
  *
- * path  a file in that folder; need not be there
- * Returns 0, or -1. Always 0 on Windows, where rename_utf8 waits by itself, and on file systems that cannot
- * flush a folder.
+ * path  the file; need not be there yet. A symbolic link is replaced itself, see full_path_utf8.
+ * Returns 0 when the new content is on the disk, whatever happens next; -1 with the old file in place, or with
+ * the new one when only the last step failed, the flush of the folder; EISDIR for a directory, EACCES for a
+ * read-only file.
+ *
+ * The new file is written under the name of the old one with ".tmp" and the number of the process behind it,
+ * and "-1" .. when that is taken, flushed and renamed. A failure removes it, a killed process leaves it behind.
+ * POSIX: owner, group and permissions stay as far as the process may set them, and nobody gains access. The
+ * folder must be readable; a file system that cannot flush a folder is taken at its word. Windows: the
+ * permissions are those of a new file, and an open file is not replaced.
  */
-LOPRA_API int flush_folder_utf8(const char *path) LOPRA_NOTHROW;
+LOPRA_API int replace_utf8(const char *path, const void *data, size_t size) LOPRA_NOTHROW;
 
 /* full_path_utf8 - the absolute path of a file, which holds when the process changes its directory.
  *
@@ -219,7 +201,7 @@ LOPRA_API int stat32_utf8(const char *path, lopra_stat32 *st) LOPRA_NOTHROW;
 
 /* rename_utf8 - give a file another name on the same volume, replacing a file that has it. Readers see the
  * old file or the new one, never neither. Windows refuses while the target is open, and returns when the
- * names are on the disk; for POSIX see flush_folder_utf8. Returns 0, or -1. */
+ * names are on the disk. Returns 0, or -1. */
 LOPRA_API int rename_utf8(const char *from, const char *to) LOPRA_NOTHROW;
 
 /* remove_utf8 - remove a file; a directory fails with EISDIR. Windows refuses read-only and open files.

@@ -19,6 +19,7 @@
 // Process-wide state: the table of temporary files, under its own lock.
 #include "lopra.h"
 #include "lopra_arguments.h"
+#include "lopra_posix.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -40,6 +41,8 @@
 namespace
 {
 
+using namespace lopra;
+
 struct temporary_file {
     temporary_file *next;
     int descriptor;
@@ -56,8 +59,6 @@ struct temporary_table {
 
 temporary_table temporaries;
 
-constexpr mode_t write_bits = 0222;
-constexpr mode_t read_bits = 0444;
 constexpr mode_t execute_bits = 07111;  // with the set-id and sticky bits
 
 // To go through a folder; where the host can tell that from reading it, the right to list it is not asked for.
@@ -66,41 +67,6 @@ constexpr int search_flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 #else
 constexpr int search_flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 #endif
-
-struct free_memory {
-    void operator()(void *block) const { std::free(block); }
-};
-
-using owned_text = std::unique_ptr<char, free_memory>;
-
-// The host's form of a path; null with errno set.
-owned_text host_path(const char *path)
-{
-    if (!path) {
-        errno = EINVAL;
-        return nullptr;
-    }
-    const std::size_t size = std::strlen(path) + 1;
-    owned_text copy(static_cast<char *>(std::malloc(size)));
-    if (!copy) {
-        errno = ENOMEM;
-        return nullptr;
-    }
-    std::replace_copy(path, path + size, copy.get(), '\\', '/');
-    return copy;
-}
-
-int fail(int error)
-{
-    errno = error;
-    return -1;
-}
-
-int close_and_fail(int descriptor, int error)
-{
-    close(descriptor);
-    return fail(error);
-}
 
 mode_t create_mode(int permission) { return permission & LOPRA_S_IWRITE ? read_bits | write_bits : read_bits; }
 
@@ -255,47 +221,6 @@ bool settle(int handle, bool device, bool exclusive)
     return true;
 }
 
-// ---- Saving whole files
-
-// Gives an open file owner, group and permissions of another. Only the superuser may set all of them; a group that
-// cannot be set gets no more access than everybody has.
-int keep_access(int descriptor, const struct stat &status)
-{
-    mode_t mode = status.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
-    if (fchown(descriptor, status.st_uid, status.st_gid) != 0 &&
-        fchown(descriptor, static_cast<uid_t>(-1), status.st_gid) != 0)
-        mode &= ~static_cast<mode_t>(S_IRWXG) | ((mode & S_IRWXO) << 3);
-    return fchmod(descriptor, mode);
-}
-
-// Leaves the part of a path before the last separator; nothing when there is none.
-void cut_to_folder(char *path)
-{
-    char *separator = std::strrchr(path, '/');
-    if (!separator)
-        *path = '\0';
-    else
-        separator[separator == path ? 1 : 0] = '\0';
-}
-
-// The absolute path of a file that is not there, in a folder that is; null with errno set.
-char *path_of_new_file(char *path)
-{
-    const char *separator = std::strrchr(path, '/');
-    const owned_text name(strdup(separator ? separator + 1 : path));
-    if (!name)
-        return nullptr;
-    cut_to_folder(path);
-    const owned_text folder(realpath(*path ? path : ".", nullptr));
-    if (!folder)
-        return nullptr;
-    const std::size_t size = std::strlen(folder.get()) + std::strlen(name.get()) + 2;
-    char *full = static_cast<char *>(std::malloc(size));
-    if (full)
-        std::snprintf(full, size, "%s/%s", std::strcmp(folder.get(), "/") == 0 ? "" : folder.get(), name.get());
-    return full;
-}
-
 }  // namespace
 
 FILE *fopen_utf8(const char *path, const char *mode) noexcept
@@ -391,80 +316,6 @@ int CloseFile_utf8(lopra_handle handle) noexcept
     ioctl(handle, TIOCNXCL);
     flock(handle, LOCK_UN);
     return close(handle);
-}
-
-int create_beside_utf8(const char *path, char **name) noexcept
-{
-    *name = nullptr;
-    const owned_text target = host_path(path);
-    if (!target)
-        return -1;
-    struct stat status;
-    const bool replaces = stat(target.get(), &status) == 0;
-    if (!replaces && errno != ENOENT)
-        return -1;
-    if (replaces && S_ISDIR(status.st_mode))
-        return fail(EISDIR);
-    if (replaces && !(status.st_mode & S_IWUSR))
-        return fail(EACCES);
-    // Nobody may open it before it has the access rights of the file that it replaces.
-    const mode_t mode = replaces ? S_IRUSR | S_IWUSR : read_bits | write_bits;
-    const int descriptor =
-        lopra::open_beside(target.get(), static_cast<unsigned long>(getpid()), name, [mode](const char *text) {
-            return open(text, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-        });
-    if (descriptor < 0 || !replaces || keep_access(descriptor, status) == 0)
-        return descriptor;
-    const int error = errno;
-    unlink(*name);
-    std::free(std::exchange(*name, nullptr));
-    return close_and_fail(descriptor, error);
-}
-
-int write_utf8(int descriptor, const void *data, size_t size) noexcept
-{
-    for (const char *rest = static_cast<const char *>(data); size > 0;) {
-        const ssize_t count = write(descriptor, rest, size);
-        if (count == 0)
-            return fail(ENOSPC);
-        if (count < 0 && errno != EINTR)
-            return -1;
-        if (count > 0) {
-            rest += count;
-            size -= static_cast<std::size_t>(count);
-        }
-    }
-    return 0;
-}
-
-int flush_utf8(int descriptor) noexcept
-{
-    int result = fsync(descriptor);
-    while (result != 0 && errno == EINTR)
-        result = fsync(descriptor);
-    return result;
-}
-
-int flush_folder_utf8(const char *path) noexcept
-{
-    const owned_text folder = host_path(path);
-    if (!folder)
-        return -1;
-    cut_to_folder(folder.get());
-    const int descriptor = open(*folder ? folder.get() : ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
-        return -1;
-    const bool flushed = flush_utf8(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP;
-    return flushed ? close(descriptor) : close_and_fail(descriptor, errno);
-}
-
-char *full_path_utf8(const char *path) noexcept
-{
-    const owned_text name = host_path(path);
-    if (!name)
-        return nullptr;
-    char *full = realpath(name.get(), nullptr);
-    return full || errno != ENOENT ? full : path_of_new_file(name.get());
 }
 
 int chmod_utf8(const char *path, int permission) noexcept

@@ -17,6 +17,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <cwchar>
 #include <memory>
 
 #include <io.h>
@@ -33,6 +34,10 @@ struct free_memory {
 
 using owned_text = std::unique_ptr<wchar_t, free_memory>;
 
+// Files left by processes that were killed and had the same number; more of them are an error.
+constexpr int beside_attempts_max = 1000;
+constexpr std::size_t beside_room = 64;  // ".tmp", two numbers, "-" and the zero, in units
+
 int fail(int error)
 {
     errno = error;
@@ -48,8 +53,8 @@ owned_text wide_block(std::size_t units)
     return block;
 }
 
-// The host's form of a path; null with errno set.
-owned_text host_path(const char *path)
+// The host's form of a path, with room for more behind it; null with errno set.
+owned_text host_path(const char *path, std::size_t more = 0)
 {
     if (!path) {
         errno = EINVAL;
@@ -60,7 +65,7 @@ owned_text host_path(const char *path)
         errno = EILSEQ;
         return nullptr;
     }
-    owned_text wide = wide_block(static_cast<std::size_t>(units));
+    owned_text wide = wide_block(static_cast<std::size_t>(units) + more);
     if (wide)
         MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide.get(), units);
     return wide;
@@ -131,15 +136,48 @@ bool is_file_name(const wchar_t *part)
 // Whether a path ends at a symbolic link or a junction.
 bool is_link(const wchar_t *path)
 {
-    const HANDLE handle = CreateFileW(path, FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      nullptr, OPEN_EXISTING,
-                                      FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    const HANDLE handle =
+        CreateFileW(path, FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
         return false;
     FILE_ATTRIBUTE_TAG_INFO info = {};
     const bool known = GetFileInformationByHandleEx(handle, FileAttributeTagInfo, &info, sizeof info);
     CloseHandle(handle);
     return known && (info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) && IsReparseTagNameSurrogate(info.ReparseTag);
+}
+
+// Whether a file can be replaced: missing is fine.
+int look_at(const wchar_t *path)
+{
+    const DWORD attributes = GetFileAttributesW(path);
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return 0;
+    if (attributes & FILE_ATTRIBUTE_DIRECTORY)
+        return fail(EISDIR);
+    return attributes & FILE_ATTRIBUTE_READONLY ? fail(EACCES) : 0;
+}
+
+// Creates a file with a name of its own, which is put into the text behind the path there.
+int create_beside(wchar_t *text)
+{
+    wchar_t *end = text + std::wcslen(text);
+    const unsigned long process = GetCurrentProcessId();
+    std::swprintf(end, beside_room, L".tmp%lu", process);
+    constexpr int flags = _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY | _O_NOINHERIT;
+    int descriptor = _wopen(text, flags, _S_IREAD | _S_IWRITE);
+    for (int n = 1; descriptor < 0 && errno == EEXIST && n < beside_attempts_max; ++n) {
+        std::swprintf(end, beside_room, L".tmp%lu-%d", process, n);
+        descriptor = _wopen(text, flags, _S_IREAD | _S_IWRITE);
+    }
+    return descriptor;
+}
+
+// Returns when the names are on the disk.
+int rename_wide(const wchar_t *from, const wchar_t *to)
+{
+    constexpr DWORD flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+    return MoveFileExW(from, to, flags) ? 0 : fail(errno_of(GetLastError()));
 }
 
 int host_permission(int permission) { return permission & LOPRA_S_IWRITE ? _S_IREAD | _S_IWRITE : _S_IREAD; }
@@ -209,8 +247,8 @@ int create_below_utf8(const char *directory, const char *name) noexcept
         if (is_link(full.get()))
             return fail(ELOOP);
     }
-    const int descriptor = _wopen(full.get(), _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY | _O_NOINHERIT,
-                                  host_permission(LOPRA_S_IWRITE));
+    const int descriptor =
+        _wopen(full.get(), _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY | _O_NOINHERIT, host_permission(LOPRA_S_IWRITE));
     if (descriptor < 0) {
         name_the_directory(full.get());
         return -1;
@@ -249,22 +287,6 @@ int CloseFile_utf8(lopra_handle handle) noexcept
     return CloseHandle(handle) ? 0 : fail(errno_of(GetLastError()));
 }
 
-int create_beside_utf8(const char *path, char **name) noexcept
-{
-    *name = nullptr;
-    const owned_text target = host_path(path);
-    if (!target)
-        return -1;
-    const DWORD attributes = GetFileAttributesW(target.get());
-    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
-        return fail(EISDIR);
-    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
-        return fail(EACCES);
-    return lopra::open_beside(path, GetCurrentProcessId(), name, [](const char *text) {
-        return open_utf8(text, _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, LOPRA_S_IWRITE);
-    });
-}
-
 int write_utf8(int descriptor, const void *data, size_t size) noexcept
 {
     constexpr std::size_t step = 1u << 30;  // the host counts in ints
@@ -280,9 +302,23 @@ int write_utf8(int descriptor, const void *data, size_t size) noexcept
     return 0;
 }
 
-int flush_utf8(int descriptor) noexcept { return _commit(descriptor); }
-
-int flush_folder_utf8(const char *path) noexcept { return host_path(path) ? 0 : -1; }
+int replace_utf8(const char *path, const void *data, size_t size) noexcept
+{
+    const owned_text target = host_path(path);
+    const owned_text beside = target ? host_path(path, beside_room) : nullptr;
+    if (!beside || look_at(target.get()) != 0)
+        return -1;
+    const int descriptor = create_beside(beside.get());
+    if (descriptor < 0)
+        return -1;
+    const bool written = write_utf8(descriptor, data, size) == 0 && _commit(descriptor) == 0;
+    const int error = written ? 0 : errno;
+    if (_close(descriptor) == 0 && written && rename_wide(beside.get(), target.get()) == 0)
+        return 0;
+    const int reason = error ? error : errno;
+    _wremove(beside.get());
+    return fail(reason);
+}
 
 char *full_path_utf8(const char *path) noexcept
 {
@@ -328,8 +364,7 @@ int rename_utf8(const char *from, const char *to) noexcept
     const owned_text new_name = old_name ? host_path(to) : nullptr;
     if (!new_name)
         return -1;
-    constexpr DWORD flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
-    return MoveFileExW(old_name.get(), new_name.get(), flags) ? 0 : fail(errno_of(GetLastError()));
+    return rename_wide(old_name.get(), new_name.get());
 }
 
 int remove_utf8(const char *path) noexcept

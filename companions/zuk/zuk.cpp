@@ -1,7 +1,7 @@
 // zuk - databases of record files (zuk)
 //
-// A database is a stack of texts that are edited in memory; record_text knows their syntax, whole_file brings them to the
-// disk. Here stands what holds both together: which file of the stack answers, and that nothing is thrown at a caller.
+// A database is a stack of texts that are edited in memory; record_text knows their syntax. Here stands what holds them
+// together: which file of the stack answers, and that nothing is thrown at a caller.
 //
 // Process-wide state: none.
 #include "zuk.h"
@@ -63,7 +63,8 @@ std::string full_path(const char *path)
 bool save(zuk_rfile &file) noexcept
 {
     return guarded(false, [&] {
-        if (file.changed && !zuk::replace_file(file.path.c_str(), file.text.write()))
+        const std::string text = file.changed ? file.text.write() : std::string();
+        if (file.changed && replace_utf8(file.path.c_str(), text.data(), text.size()) != 0)
             return false;
         file.changed = false;
         return true;
@@ -92,7 +93,7 @@ zuk_rfile *zuk_create_rfile(zuk_db *db, const char *path) noexcept
             return nullptr;
         // The file comes last: nothing may fail any more once an old one is gone.
         zuk_rfile *made = zuk::push_text(*db, std::move(full), "");
-        if (zuk::replace_file(made->path.c_str(), ""))
+        if (replace_utf8(made->path.c_str(), "", 0) == 0)
             return made;
         db->files.pop_back();
         return nullptr;
