@@ -8,9 +8,11 @@
 #include <cstdio>
 #include <memory_resource>
 #include <new>
+#include <string_view>
 #include <unordered_set>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -19,6 +21,7 @@ namespace
 
 using teska_test::fault_kind;
 using teska_test::file_fault;
+using teska_test::file_step;
 
 struct fault_state {
     bool armed = false;
@@ -35,6 +38,7 @@ fault_state faults;
 // blocks are freed until the very end of the program.
 auto &blocks = *new std::pmr::unordered_set<const void *>;
 bool tracking = false;
+int found_again = 0;  // blocks whose address was taken for live: the one before was freed inside the shared runtime
 
 bool fails(fault_kind kind)
 {
@@ -53,14 +57,30 @@ bool fails(fault_kind kind)
     return true;
 }
 
+std::vector<file_step> *recorded = nullptr;
+
+// Passes a file call's result on.
+template <class Result>
+Result record(Result result, file_step::kind call, int descriptor, const char *name = "", std::string_view other = {})
+{
+    if (recorded != nullptr && result >= 0)
+        recorded->push_back({call, descriptor, name, std::string(other)});
+    return result;
+}
+
+void keep(const void *block)
+{
+    if (tracking && block != nullptr && !blocks.insert(block).second)
+        ++found_again;
+}
+
 template <auto real, class... Argument>
 void *allocate(const Argument &...arguments)
 {
     if (fails(fault_kind::memory))
         return nullptr;
     void *block = real(arguments...);
-    if (tracking && block != nullptr)
-        blocks.insert(block);
+    keep(block);
     return block;
 }
 
@@ -141,13 +161,16 @@ int disarm()
     return faults.injected;
 }
 
+void record_files(std::vector<file_step> *steps) { recorded = steps; }
+
 void track_memory()
 {
     blocks.clear();
+    found_again = 0;
     tracking = true;
 }
 
-int live_blocks() { return static_cast<int>(blocks.size()); }
+int live_blocks() { return static_cast<int>(blocks.size()) + found_again; }
 
 }  // namespace teska_test
 
@@ -190,6 +213,9 @@ int __real_ftruncate(int descriptor, off_t size);
 int __real_close(int descriptor);
 int __real_rename(const char *from, const char *to);
 int __real_unlink(const char *path);
+int __real_stat(const char *path, struct stat *status);
+int __real_fchmod(int descriptor, mode_t mode);
+char *__real_realpath(const char *path, char *resolved);
 
 void *__wrap_malloc(std::size_t size) { return allocate<__real_malloc>(size); }
 void *__wrap_calloc(std::size_t count, std::size_t size) { return allocate<__real_calloc>(count, size); }
@@ -197,9 +223,13 @@ void __wrap_free(void *block) { release<__real_free>(block); }
 
 void *__wrap_realloc(void *block, std::size_t size)
 {
-    void *moved = allocate<__real_realloc>(block, size);
-    if (tracking && moved != nullptr && moved != block)
+    if (fails(fault_kind::memory))
+        return nullptr;
+    void *moved = __real_realloc(block, size);
+    if (moved != nullptr) {
         blocks.erase(block);
+        keep(moved);
+    }
     return moved;
 }
 
@@ -255,7 +285,8 @@ int __wrap_open(const char *path, int flags, ...)
     va_start(rest, flags);
     const int permission = (flags & O_CREAT) != 0 ? va_arg(rest, int) : 0;
     va_end(rest);
-    return file_call<__real_open, -1>(path, flags, permission);
+    const int descriptor = file_call<__real_open, -1>(path, flags, permission);
+    return record(descriptor, file_step::open, descriptor, path);
 }
 
 ssize_t __wrap_read(int descriptor, void *data, std::size_t size)
@@ -265,16 +296,44 @@ ssize_t __wrap_read(int descriptor, void *data, std::size_t size)
 
 ssize_t __wrap_write(int descriptor, const void *data, std::size_t size)
 {
-    return descriptor_transfer<__real_write>(descriptor, data, size);
+    const ssize_t count = descriptor_transfer<__real_write>(descriptor, data, size);
+    const std::size_t written = count > 0 ? static_cast<std::size_t>(count) : 0;
+    return record(count, file_step::write, descriptor, "", {static_cast<const char *>(data), written});
 }
 
 off_t __wrap_lseek(int descriptor, off_t offset, int from)
 {
     return file_call<__real_lseek, -1>(descriptor, offset, from);
 }
-int __wrap_fsync(int descriptor) { return file_call<__real_fsync, -1>(descriptor); }
+
+int __wrap_fsync(int descriptor)
+{
+    return record(file_call<__real_fsync, -1>(descriptor), file_step::fsync, descriptor);
+}
+
 int __wrap_ftruncate(int descriptor, off_t size) { return file_call<__real_ftruncate, -1>(descriptor, size); }
-int __wrap_close(int descriptor) { return closing_call<__real_close>(descriptor); }
-int __wrap_rename(const char *from, const char *to) { return file_call<__real_rename, -1>(from, to); }
-int __wrap_unlink(const char *path) { return file_call<__real_unlink, -1>(path); }
+
+int __wrap_close(int descriptor)
+{
+    return record(closing_call<__real_close>(descriptor), file_step::close, descriptor);
+}
+
+int __wrap_rename(const char *from, const char *to)
+{
+    return record(file_call<__real_rename, -1>(from, to), file_step::rename, -1, from, to);
+}
+
+int __wrap_unlink(const char *path) { return record(file_call<__real_unlink, -1>(path), file_step::unlink, -1, path); }
+
+int __wrap_stat(const char *path, struct stat *status) { return file_call<__real_stat, -1>(path, status); }
+int __wrap_fchmod(int descriptor, mode_t mode) { return file_call<__real_fchmod, -1>(descriptor, mode); }
+
+// Its block comes from within the C library and goes back through free.
+char *__wrap_realpath(const char *path, char *resolved)
+{
+    char *full = file_call<__real_realpath, nullptr>(path, resolved);
+    if (resolved == nullptr)
+        keep(full);
+    return full;
+}
 }

@@ -7,13 +7,15 @@
 #define TESKA_TESTS_INJECTOR_H
 
 #include <cerrno>
+#include <string>
+#include <vector>
 
 namespace teska_test
 {
 
 enum class fault_kind {
     memory,  // malloc, calloc, realloc, operator new
-    files    // opening, reading, writing, moving in, flushing, cutting, closing, renaming and removing files
+    files  // opening, reading, writing, moving in, flushing, cutting, closing, renaming, removing and asking for files
 };
 
 // How a file call fails.
@@ -29,6 +31,17 @@ void arm(fault_kind kind, int n, bool sticky, file_fault fault = {});
 
 // No more failures. Returns how many were injected since arm.
 int disarm();
+
+// A file call by descriptor or by name that was made and succeeded.
+struct file_step {
+    enum kind { open, write, fsync, close, rename, unlink } call;
+    int descriptor;     // -1 for rename and unlink
+    std::string name;   // as given to open and unlink; the old name of rename
+    std::string other;  // the new name of rename; the bytes of write
+};
+
+// Puts the steps made from now on at the end of a list; null for no longer. Not while memory fails.
+void record_files(std::vector<file_step> *steps);
 
 // Memory blocks allocated since track_memory and not freed yet.
 void track_memory();

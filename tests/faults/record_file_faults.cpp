@@ -1,0 +1,194 @@
+// Record files and the tables in them, with every allocation and every file call failing in turn
+#include "faults/injector.h"
+#include "faults/sweep.h"
+
+#include "support/folder.h"
+
+#include "file_double.h"
+#include "zuk.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <string>
+
+namespace teska_test
+{
+
+namespace
+{
+
+const std::string old_text = "[patches]\nblack = 1\n";
+const std::string new_text = "[patches]\nblack = 2\n";
+
+// A file with an item, loaded and changed but not saved, and a table that will save the same.
+struct Setup {
+    Setup()
+    {
+        folder.write("f", old_text);
+        rfile = zuk_push_rfile(db.get(), path.c_str());
+        zuk_add_item(db.get(), "patches", "black", "2", "");
+    }
+
+    // What a failure must leave as it was, in memory and on the disk.
+    std::string state() const
+    {
+        std::string text = folder.listing() + ": " + folder.read("f");
+        char value[ZUK_VALUE_SIZE];
+        int place = 0;
+        while (const char *name = zuk_list_item(db.get(), "patches", &place))
+            text.append(name).append(zuk_search(db.get(), "patches", name, value) == 0 ? value : "?").append(";");
+        return text;
+    }
+
+    Folder folder;
+    std::string path = folder.path("f");
+    std::shared_ptr<zuk_db> db{zuk_open(), zuk_close};
+    zuk_rfile *rfile = nullptr;
+};
+
+using Shared = std::shared_ptr<Setup>;
+
+SweepRow row(const char *name, int allocations, bool (*call)(const Shared &setup))
+{
+    return changing<Shared>(name, std::make_shared<Setup>, call, [](const Shared &setup) { return setup->state(); },
+                            {{.count = allocations, .once = {}}});
+}
+
+bool added(const Shared &setup, const char *name, const char *value)
+{
+    return gave(0, zuk_add_item(setup->db.get(), "patches", name, value, ""));
+}
+
+const char *long_name = "a name that does not fit into a short text";
+
+// A table of the same file, with the item added or replaced that the call is about.
+using Table = std::unique_ptr<file_double, int (*)(file_double *)>;
+
+Table open_table(const Shared &setup) { return {file_double_new(setup->path.c_str(), 1, 0), file_double_kill}; }
+
+SweepRow table_row(const char *name, int allocations, bool (*call)(file_double *table))
+{
+    const auto make = [call] {
+        const Shared setup = std::make_shared<Setup>();
+        const std::shared_ptr<file_double> table = open_table(setup);
+        const double three = 3;
+        file_double_add_item(table.get(), "white", &three);
+        const auto state = [=] {
+            std::string text = setup->state();
+            double number = 0;
+            int place = 0;
+            while (const char *item = file_double_list(table.get(), &place, &number))
+                text.append(item).append(std::to_string(number));
+            return text;
+        };
+        return SweepCase{.call = [=] { return call(table.get()); }, .state = state};
+    };
+    return {.name = name, .make = make, .failures = {{.count = allocations, .once = {}}}};
+}
+
+const SweepRows rows({
+    row("zuk_open", 1, [](const Shared &) { return made(zuk_open(), zuk_close); }),
+    row("zuk_create_rfile", 7,
+        [](const Shared &s) { return zuk_create_rfile(s->db.get(), s->path.c_str()) != nullptr; }),
+    row("zuk_push_rfile", 14, [](const Shared &s) { return zuk_push_rfile(s->db.get(), s->path.c_str()) != nullptr; }),
+    row("zuk_add_topic", 6,
+        [](const Shared &s) { return gave(0, zuk_add_topic(s->db.get(), s->rfile, long_name, "")); }),
+    row("zuk_add_item", 6, [](const Shared &s) { return added(s, long_name, "0.250  150.0"); }),
+    row("zuk_add_item_again", 2, [](const Shared &s) { return added(s, "black", long_name); }),
+    row("zuk_flush", 4, [](const Shared &s) { return gave(0, zuk_flush(s->db.get())); }),
+    row("file_double_new", 16, [](const Shared &s) { return open_table(s) != nullptr; }),
+    {.name = "file_double_new_create",
+     .make =
+         [] {
+             const Shared setup = std::make_shared<Setup>();
+             return SweepCase{
+                 .call = [=] { return made(file_double_new(setup->path.c_str(), 1, 1), file_double_kill); }};
+         },
+     .failures = {{.count = 12, .once = {}}}},
+    table_row("file_double_add_item", 6,
+              [](file_double *table) {
+                  const double number = 4;
+                  return gave(0, file_double_add_item(table, long_name, &number));
+              }),
+    table_row("file_double_save", 5, [](file_double *table) { return gave(0, file_double_save(table)); }),
+});
+
+// ---- File calls
+
+// A call that replaces the file or reads it, and what it makes of it.
+struct Operation {
+    const char *name;
+    std::function<bool(Setup &)> call;
+    const std::string &result;
+};
+
+const Operation operations[] = {
+    {"flush", [](Setup &s) { return zuk_flush(s.db.get()) == 0; }, new_text},
+    {"create", [](Setup &s) { return zuk_create_rfile(s.db.get(), s.path.c_str()) != nullptr; }, *new std::string},
+    {"push", [](Setup &s) { return zuk_push_rfile(s.db.get(), s.path.c_str()) != nullptr; }, old_text},
+    {"table",
+     [](Setup &s) {
+         const double two = 2;
+         const Table table(file_double_new(s.path.c_str(), 1, 0), file_double_kill);
+         return table && file_double_add_item(table.get(), "black", &two) == 0 && file_double_save(table.get()) == 0;
+     },
+     *new std::string("[patches]\nblack = 2.000\n")},
+};
+
+std::ptrdiff_t open_descriptors()
+{
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
+}
+
+// Returns whether a call was left to fail.
+bool step(const Operation &operation, int n, bool sticky, file_fault fault)
+{
+    Setup setup;
+    std::vector<file_step> steps;
+    const std::ptrdiff_t descriptors = open_descriptors();
+    record_files(&steps);
+    arm(fault_kind::files, n, sticky, fault);
+    const bool succeeded = operation.call(setup);
+    const bool fired = disarm() > 0;
+    record_files(nullptr);
+    bool renamed = false;
+    for (const file_step &made : steps)
+        renamed = renamed || made.call == file_step::rename;
+    EXPECT_TRUE(succeeded || fired);
+    EXPECT_TRUE(!succeeded || &operation.result == &old_text || renamed) << "said to be saved";
+    EXPECT_EQ(setup.folder.read("f"), renamed ? operation.result : old_text);
+    EXPECT_EQ(open_descriptors(), descriptors);
+    EXPECT_TRUE(sticky || setup.folder.listing() == "f") << setup.folder.listing();
+    EXPECT_TRUE(operation.call(setup)) << "fails when tried again";
+    EXPECT_EQ(setup.folder.read("f"), operation.result);
+    return fired;
+}
+
+TEST(RecordFile, SurvivesEveryFailingFileCall)
+{
+    const file_fault faults[] = {
+        {.error = ENOSPC}, {.error = EIO}, {.error = EINTR}, {.error = ENOSPC, .partial = true}};
+    for (const Operation &operation : operations)
+        for (const file_fault &fault : faults)
+            for (const bool sticky : {false, true}) {
+                if (sticky && fault.error == EINTR)
+                    continue;  // tried again until it succeeds
+                int n = 0;
+                for (bool fired = true; fired && n < 100; n += fired ? 1 : 0) {
+                    SCOPED_TRACE(std::string(operation.name) + ", error " + std::to_string(fault.error) +
+                                 (fault.partial ? " after half" : "") + (sticky ? " from" : " at") + " call " +
+                                 std::to_string(n));
+                    fired = step(operation, n, sticky, fault);
+                }
+                EXPECT_GT(n, 3) << operation.name;
+                EXPECT_LT(n, 100) << operation.name;
+            }
+}
+
+}  // namespace
+
+}  // namespace teska_test
