@@ -192,15 +192,15 @@ private:
     int ReplaceChar(char *text, char new_char, char old_char) noexcept;
     int ThrowError(int code, const char *subject) noexcept;
 
-    std::FILE *stream;     /* the archive, or null */
-    list_rec *names;       /* slots of 500 bytes in mode 0, else null */
-    int mode;              /* 0, 1; -1 after a failed construction */
-    int error;             /* code of the last failure */
-    char error_text[100];  /* its text */
+    std::FILE *stream;    /* the archive, or null */
+    list_rec *names;      /* slots of 500 bytes in mode 0, else null */
+    int mode;             /* 0, 1; -1 after a failed construction */
+    int error;            /* code of the last failure */
+    char error_text[100]; /* its text */
     char description[200];
-    char path[500];        /* of the archive, as given */
-    char *memory;          /* last entry of UnpackFileAsBuffer, or null */
-    int data_offset;       /* of the first entry, in mode 1 */
+    char path[500];  /* of the archive, as given */
+    char *memory;    /* last entry of UnpackFileAsBuffer, or null */
+    int data_offset; /* of the first entry, in mode 1 */
 };
 
 #endif
