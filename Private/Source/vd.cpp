@@ -22,6 +22,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <numbers>
 
 namespace
@@ -84,7 +85,8 @@ std::size_t print_number(double value, char *out)
 }
 
 // What "%lf" of scanf reads, in time that does not depend on the text behind the number. Two texts of which strtod
-// takes the beginning are refused: "0x" without digits and the beginnings of "infinity" behind "inf".
+// takes the beginning are refused: "0x" without digits and the beginnings of "infinity" behind "inf". A "nan(...)" is
+// read as "nan": its number does not reach scanf's callers either.
 bool read_double(const char *text, double *number)
 {
     char *end = nullptr;
@@ -96,7 +98,7 @@ bool read_double(const char *text, double *number)
     const bool infinity_cut = length == 3 && std::isinf(value) && (*end == 'i' || *end == 'I');
     if (end == text || prefix_alone || infinity_cut)
         return false;
-    *number = value;
+    *number = std::isnan(value) ? std::copysign(std::numeric_limits<double>::quiet_NaN(), value) : value;
     return true;
 }
 
