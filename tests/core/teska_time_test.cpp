@@ -4,7 +4,7 @@
 
 #include <climits>
 #include <ctime>
-#include <regex>
+#include <string>
 
 namespace
 {
@@ -37,11 +37,18 @@ TEST(Waiting, LastsAsLongAsAskedFor)
     EXPECT_GE(std::time(nullptr), now + 1);
 }
 
+std::string local_date()
+{
+    const std::time_t now = std::time(nullptr);
+    char text[64] = "";
+    std::strftime(text, sizeof text, "%A %d-%b-%Y at %H-%M-%S", std::localtime(&now));
+    return text;
+}
+
 TEST(TimeGetDate, NamesDayDateAndTime)
 {
-    const std::regex form(
-        "(Mon|Tues|Wednes|Thurs|Fri|Satur|Sun)day \\d\\d-[A-Z][a-z][a-z]-\\d{4} at \\d\\d-\\d\\d-\\d\\d");
-    EXPECT_TRUE(std::regex_match(time_get_date(), form)) << time_get_date();
+    const std::string before = local_date(), date = time_get_date();
+    EXPECT_TRUE(date == before || date == local_date()) << date;
 }
 
 }  // namespace
