@@ -27,7 +27,16 @@ teska_subsystem(
   fport
   md5_digest
   rs232)
-teska_subsystem(numerics "Numerical methods" random rdither scalar_solvers special_functions tran3)
+teska_subsystem(
+  numerics
+  "Numerical methods"
+  mat
+  random
+  rdither
+  scalar_solvers
+  special_functions
+  tran3
+  vect)
 teska_subsystem(curves "Curves and one-dimensional tables" func hist interp_double)
 teska_subsystem(colour "Colour lookup tables and multidimensional interpolation" clut md_tetrab md_tetrad tfastpow)
 teska_subsystem(image "Image processing, line by line")

@@ -23,12 +23,17 @@ simd_level detect() noexcept
     return simd_level::scalar;
 }
 
-kernel_table build(simd_level /*level*/) noexcept
+kernel_table build(simd_level level) noexcept
 {
     kernel_table table;
     install_scalar(table.clut);
     install_scalar(table.tetrab);
     install_scalar(table.tetrad);
+    install_scalar(table.mat);
+    if (level >= simd_level::avx2)
+        install_avx2(table.mat);
+    if (level >= simd_level::avx512)
+        install_avx512(table.mat);
     return table;
 }
 

@@ -106,10 +106,28 @@ struct tetrad_kernels {
     evaluate_fn evaluate[5];  // by number of inputs: 1, 2, 3, 4, 5 and more
 };
 
+// A matrix on its way to its triangular factors: the lower one without its diagonal of ones below the upper one.
+struct lu_matrix {
+    int n;                  // rows and columns
+    std::ptrdiff_t stride;  // doubles from row to row, a multiple of 8 not below n; what is behind column n is scratch
+    double *lu;             // the matrix, then its factors
+    double *sums;           // scratch of the same shape
+    double *scale;          // n, by row; those of pivots move with their rows
+    std::int32_t *pivots;   // n: the row that was exchanged with this one
+    double *parity;         // negated with every exchange
+};
+
+struct mat_kernels {
+    // Return whether no pivot had to be replaced.
+    bool (*decompose)(const lu_matrix &m) noexcept;
+    bool (*decompose_small)(const lu_matrix &m) noexcept;  // where vectors do not pay
+};
+
 struct kernel_table {
     clut_kernels clut;
     tetrab_kernels tetrab;
     tetrad_kernels tetrad;
+    mat_kernels mat;
 };
 
 // The table in force; filled at the first call, which may come from any thread.
@@ -124,6 +142,11 @@ simd_level simd_available() noexcept;
 void install_scalar(clut_kernels &table) noexcept;
 void install_scalar(tetrab_kernels &table) noexcept;
 void install_scalar(tetrad_kernels &table) noexcept;
+void install_scalar(mat_kernels &table) noexcept;
+
+// Not to be called on a processor without the instructions.
+void install_avx2(mat_kernels &table) noexcept;
+void install_avx512(mat_kernels &table) noexcept;
 
 }  // namespace teska
 

@@ -9,17 +9,4 @@
 
 #define TESKA_ERR(message) error_mess_fl((message), __FILE__, __LINE__)
 
-namespace teska
-{
-
-// The static record in which the numerical modules keep their last failure.
-struct module_error {
-    char info[516];
-    int nr;    // 1: allocation failure
-    int kind;  // 0 for an allocation failure
-    int sys;   // system code: 12 for an allocation failure
-};
-
-}  // namespace teska
-
 #endif

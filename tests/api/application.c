@@ -62,7 +62,10 @@ static const char *use_hash_tab(void)
 
 static int size_of_page(void *context, int id) { return id * *(int *)context; }
 
-static void load_page(void *context, int id, void *destination) { memset(destination, id, (size_t)(id * *(int *)context)); }
+static void load_page(void *context, int id, void *destination)
+{
+    memset(destination, id, (size_t)(id * *(int *)context));
+}
 
 static const char *use_cache(void)
 {
@@ -258,6 +261,25 @@ static const char *use_md_tetrad(void)
     return NULL;
 }
 
+static const char *use_mat(void)
+{
+    const double elements[] = {2, 1, 4, 3};
+    double x[] = {3, 7};
+    int flag = -9;
+    mat *m = mat_new(elements, 2);
+    EXPECT(mat_solve_set(m, x, &flag) == 0 && flag == 0 && x[0] == 1 && x[1] == 1);
+    EXPECT(mat_kill(m) == 0);
+    return NULL;
+}
+
+static const char *use_vect(void)
+{
+    const double a[] = {1, 2};
+    const double b[] = {4, 6};
+    EXPECT(vect_distance(a, b, 2) == 5);
+    return NULL;
+}
+
 static const char *use_random(void)
 {
     random_rec *dice = random_new(0);
@@ -345,11 +367,38 @@ static const char *use_lopra(void)
 
 const char *use_every_module(void)
 {
-    const char *(*const uses[])(void) = {
-        use_numb,          use_str_zuk,   use_file_double, use_zuk,    use_itemfifo, use_cache, use_hash_tab,  use_dynar, use_error_mess,
-        use_base64,        use_cipher,    use_md5_digest,  use_list,   use_str_utils, use_func,  use_wem,
-        use_interp_double, use_md_tetrab, use_md_tetrad,   use_random, use_rdither, use_scalar_solvers, use_special_functions,   use_lopra, use_rom,
-        use_fport,         use_flock,     use_teska_time,  use_rs232,  use_hist};
+    const char *(*const uses[])(void) = {use_numb,
+                                         use_str_zuk,
+                                         use_file_double,
+                                         use_zuk,
+                                         use_itemfifo,
+                                         use_cache,
+                                         use_hash_tab,
+                                         use_dynar,
+                                         use_error_mess,
+                                         use_base64,
+                                         use_cipher,
+                                         use_md5_digest,
+                                         use_list,
+                                         use_str_utils,
+                                         use_func,
+                                         use_wem,
+                                         use_interp_double,
+                                         use_md_tetrab,
+                                         use_md_tetrad,
+                                         use_random,
+                                         use_rdither,
+                                         use_scalar_solvers,
+                                         use_special_functions,
+                                         use_lopra,
+                                         use_rom,
+                                         use_mat,
+                                         use_vect,
+                                         use_fport,
+                                         use_flock,
+                                         use_teska_time,
+                                         use_rs232,
+                                         use_hist};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)
         failed = uses[i]();

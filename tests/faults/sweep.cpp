@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <numeric>
+#include <regex>
 
 namespace teska_test
 {
@@ -23,6 +24,16 @@ std::vector<SweepRow> &registry()
 }
 
 std::string describe(const SweepCase &fresh) { return fresh.state ? fresh.state() : std::string(); }
+
+// The reports, with "#" for the source lines that some of them name.
+lines reported_by(Reports &reports)
+{
+    static const std::regex source_line(", line: [0-9]+");
+    lines reported = reports.take();
+    for (std::string &line : reported)
+        line = std::regex_replace(line, source_line, ", line: #");
+    return reported;
+}
 
 // The entry that covers the n-th allocation; null when the row promises fewer.
 const SweepFailures *expected(const SweepRow &row, int n)
@@ -61,7 +72,7 @@ bool step(const SweepRow &row, int n, bool sticky)
     const std::string before = describe(fresh);
 
     const Outcome outcome = call_with_fault(fresh, n, sticky);
-    const lines reported = reports.take();
+    const lines reported = reported_by(reports);
     EXPECT_EQ(outcome.succeeded, !outcome.fired);
     const SweepFailures *promised = expected(row, n);
     if (!outcome.fired) {

@@ -36,7 +36,8 @@ struct SweepCase {
     std::function<std::string()> state = nullptr;
 };
 
-// What `count` consecutive allocations of the call report when they fail, in ascending order of text.
+// What `count` consecutive allocations of the call report when they fail, in ascending order of text. A number behind
+// ", line: " in a report counts as "#".
 struct SweepFailures {
     int count;
     lines once;

@@ -1,0 +1,263 @@
+#include "mat.h"
+
+#include "Kernels/kernels.h"
+#include "support/generator.h"
+#include "support/reports.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace
+{
+
+using Values = std::vector<double>;
+using Matrix = std::unique_ptr<mat, int (*)(mat *)>;
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double quiet = std::numeric_limits<double>::quiet_NaN();
+
+Matrix square(const Values &elements)
+{
+    return {mat_new(elements.data(), static_cast<int>(std::lround(std::sqrt(elements.size())))), mat_kill};
+}
+
+struct Solution {
+    int flag;
+    Values x;
+    double determinant;
+};
+
+Solution solve(mat *m, Values b)
+{
+    Solution s{-9, std::move(b), quiet};
+    EXPECT_EQ(mat_solve_set(m, s.x.data(), &s.flag), 0);
+    EXPECT_EQ(mat_det_det(m, &s.determinant), 0);
+    return s;
+}
+
+// The promised steps, one after the other and one element at a time.
+Solution plain_solve(Values lu, Values b)
+{
+    const auto n = static_cast<int>(b.size());
+    const auto at = [&](int i, int j) -> double & { return lu[static_cast<std::size_t>(i * n + j)]; };
+    Solution s{0, b, 1.0};
+    Values scale(b.size());
+    for (int i = 0; i < n; ++i) {
+        double largest = -1.0;
+        for (int j = 0; j < n; ++j)
+            largest = std::fabs(at(i, j)) > largest ? std::fabs(at(i, j)) : largest;
+        scale[static_cast<std::size_t>(i)] = 1.0 / largest;
+    }
+    for (int j = 0; j < n; ++j) {
+        int pivot = j;
+        double largest = -1.0;
+        for (int i = 0; i < n; ++i) {
+            double sum = 0.0;
+            for (int k = 0; k < std::min(i, j); ++k)
+                sum += at(i, k) * at(k, j);
+            at(i, j) -= sum;
+            const double merit = scale[static_cast<std::size_t>(i)] * std::fabs(at(i, j));
+            if (i >= j && merit > largest) {
+                largest = merit;
+                pivot = i;
+            }
+        }
+        if (pivot != j) {
+            for (int k = 0; k < n; ++k)
+                std::swap(at(pivot, k), at(j, k));
+            s.determinant = -s.determinant;
+            scale[static_cast<std::size_t>(pivot)] = scale[static_cast<std::size_t>(j)];
+            std::swap(s.x[static_cast<std::size_t>(pivot)], s.x[static_cast<std::size_t>(j)]);
+        }
+        if (std::fabs(at(j, j)) < 1e-20) {
+            s.flag = -2;
+            at(j, j) = 1e-20;
+        }
+        s.determinant *= at(j, j);
+        for (int i = j + 1; i < n; ++i)
+            at(i, j) *= 1.0 / at(j, j);
+    }
+    for (int i = 0; i < n; ++i)
+        for (int k = 0; k < i; ++k)
+            s.x[static_cast<std::size_t>(i)] -= at(i, k) * s.x[static_cast<std::size_t>(k)];
+    for (int i = n - 1; i >= 0; --i) {
+        double sum = 0.0;
+        for (int k = i + 1; k < n; ++k)
+            sum += at(i, k) * s.x[static_cast<std::size_t>(k)];
+        s.x[static_cast<std::size_t>(i)] = (s.x[static_cast<std::size_t>(i)] - sum) / at(i, i);
+    }
+    if (s.flag != 0)
+        s.x = b;
+    return s;
+}
+
+// Elements between -1 and 1, or small integers with many ties and singular matrices among them.
+Values random_values(teska_test::Generator &random, int count, bool integers)
+{
+    Values values;
+    for (int i = 0; i < count; ++i) {
+        const double v = random.between(-1.0, 1.0);
+        values.push_back(integers ? std::round(2.0 * v) : v);
+    }
+    return values;
+}
+
+bool has_zero_row(const Values &elements, std::size_t n)
+{
+    for (std::size_t i = 0; i < n; ++i)
+        if (std::all_of(&elements[i * n], &elements[i * n] + n, [](double v) { return v == 0.0; }))
+            return true;
+    return false;
+}
+
+}  // namespace
+
+TEST(MatSolveSet, GivesTheBitsOfThePlainStepsOnEveryInstructionSet)
+{
+    teska_test::Generator random(4101);
+    int solved = 0;
+    for (int n = 1; n <= 40; ++n)
+        for (int round = 0; round < 60; ++round) {
+            const Values a = random_values(random, n * n, round % 2 == 1);
+            const Values b = random_values(random, n, round % 3 == 0);
+            if (has_zero_row(a, b.size()))
+                continue;
+            const Solution plain = plain_solve(a, b);
+            const auto level = static_cast<teska::simd_level>(round % 4);
+            const teska::simd_level before = teska::simd_limit(level);
+            const Solution ours = solve(square(a).get(), b);
+            teska::simd_limit(before);
+            EXPECT_EQ(ours.flag, plain.flag);
+            EXPECT_EQ(ours.x, plain.x) << n << " rows";
+            EXPECT_EQ(ours.determinant, plain.determinant);
+            ++solved;
+        }
+    EXPECT_GT(solved, 2000);
+}
+
+TEST(MatSolveSet, TellsRegularFromSingularMatrices)
+{
+    const struct {
+        Values a, b;
+        int flag, again;
+        Values x, x_again;
+        double determinant;
+    } rows[] = {
+        {{2, 1, 4, 3}, {3, 7}, 0, 0, {1, 1}, {1, 1}, 2},
+        {{0, 0, 3, 4}, {3, 7}, -1, -1, {3, 7}, {3, 7}, 0},
+        {{1, 1, 1, 1}, {3, 7}, -2, 0, {3, 7}, {-4e20, 4e20}, 1e-20},
+        {{1e-30, 0, 0, 1}, {1, 1}, -2, 0, {1, 1}, {1e20, 1}, 1e-20},
+        {{0, 1, 1, 0}, {5, 6}, 0, 0, {6, 5}, {6, 5}, -1},
+        {{5}, {0}, 0, 0, {0}, {0}, 5},
+    };
+    for (const auto &row : rows) {
+        const Matrix m = square(row.a);
+        const Solution first = solve(m.get(), row.b);
+        EXPECT_EQ(first.flag, row.flag);
+        EXPECT_EQ(first.x, row.x);
+        EXPECT_EQ(first.determinant, row.determinant);
+        const Solution second = solve(m.get(), row.b);
+        EXPECT_EQ(second.flag, row.again) << "Kept: a replaced pivot is told once";
+        EXPECT_EQ(second.x, row.x_again);
+    }
+    // The last pivot is exactly 0 only when the sums are formed first.
+    EXPECT_EQ(solve(square({1, 2, 3, 4, 5, 6, 7, 8, 9}).get(), {1, 1, 1}).flag, -2);
+    for (const double odd : {quiet, infinity})
+        EXPECT_EQ(solve(square({odd, odd, 1, odd}).get(), {1, 1}).flag, 0);
+}
+
+TEST(MatInvert, FillsOneObjectAnewAfterEveryChange)
+{
+    const Matrix m = square({2, 1, 0, 4});
+    int flag = -9;
+    const Matrix inverse(mat_invert(m.get(), &flag), mat_kill);
+    const auto elements = [&] { return Values(mat_get_row(inverse.get(), 0), mat_get_row(inverse.get(), 0) + 4); };
+    EXPECT_EQ(flag, 0);
+    EXPECT_EQ(elements(), (Values{0.5, -0.125, 0, 0.25}));
+    EXPECT_EQ(solve(inverse.get(), {1, 0}).flag, 0);  // its factors must go with its elements
+    mat_get_row(inverse.get(), 0)[0] = 7;
+    EXPECT_EQ(mat_invert(m.get(), &flag), inverse.get());
+    EXPECT_EQ(elements()[0], 7) << "nothing changed: nothing is computed";
+
+    mat_set_element(m.get(), 1, 0, 1);
+    mat_set_row(m.get(), 0, Values{2, 0}.data());
+    EXPECT_EQ(mat_invert(m.get(), &flag), inverse.get());
+    EXPECT_EQ(elements(), (Values{0.5, 0, -0.125, 0.25}));
+    EXPECT_EQ(solve(inverse.get(), {1, 0}).x, (Values{2, 1}));
+
+    EXPECT_EQ(mat_invert(inverse.get(), &flag), m.get());
+    EXPECT_EQ(mat_get_row(m.get(), 1)[1], 4);
+}
+
+TEST(MatInvert, KeptRefusesASingularMatrixOnlyAtItsFirstDecomposition)
+{
+    int flag = 0;
+    const Matrix fresh = square({1, 1, 1, 1});
+    EXPECT_EQ(mat_invert(fresh.get(), &flag), nullptr);
+    EXPECT_EQ(flag, -2);
+
+    const Matrix m = square({1, 2, 3, 4});
+    const Matrix inverse(mat_invert(m.get(), &flag), mat_kill);
+    mat_set_mat(m.get(), Values{1, 1, 1, 1}.data());
+    EXPECT_EQ(mat_invert(m.get(), &flag), inverse.get());
+    EXPECT_EQ(flag, 0);
+    EXPECT_EQ(Values(mat_get_col(inverse.get(), 0), mat_get_col(inverse.get(), 0) + 2), (Values{1, 0}));
+    EXPECT_EQ(Values(mat_get_col(inverse.get(), 1), mat_get_col(inverse.get(), 1) + 2), (Values{-1e20, 1e20}));
+}
+
+TEST(MatKill, EndsTheLinkBetweenAMatrixAndItsInverse)
+{
+    EXPECT_EQ(mat_kill(nullptr), 0);
+    int flag = 0;
+    Matrix m = square({2, 0, 0, 4});
+    mat_kill(mat_invert(m.get(), &flag));
+    const Matrix inverse(mat_invert(m.get(), &flag), mat_kill);
+    m.reset();
+    const Matrix back(mat_invert(inverse.get(), &flag), mat_kill);
+    EXPECT_EQ(mat_get_row(back.get(), 1)[1], 4);
+}
+
+TEST(MatGetElement, KeptComparesTheColumnWithTheRows)
+{
+    Values counted(20);
+    for (int i = 0; i < 20; ++i)
+        counted[static_cast<std::size_t>(i)] = i;
+    const Matrix tall(mat_gen_new(counted.data(), 5, 4), mat_kill);
+    const Matrix wide(mat_gen_new(counted.data(), 2, 4), mat_kill);
+    const struct {
+        const Matrix &m;
+        int i, j, err;
+        double value;
+    } rows[] = {{tall, 0, 3, 0, 3}, {tall, 0, 4, 0, 4},   {tall, 4, 4, 0, 0},  {wide, 0, 3, -1, 0},
+                {wide, 1, 1, 0, 5}, {tall, -1, 0, -1, 0}, {tall, 5, 0, -1, 0}, {tall, 0, -1, -1, 0}};
+    for (const auto &row : rows) {
+        int err = -9;
+        EXPECT_EQ(mat_get_element(row.m.get(), row.i, row.j, &err), row.value);
+        EXPECT_EQ(err, row.err);
+    }
+    EXPECT_EQ(mat_get_row(wide.get(), 2), nullptr);
+    EXPECT_EQ(mat_get_col(wide.get(), 4), nullptr);
+    EXPECT_EQ(mat_get_col(wide.get(), 3)[1], 7);
+    mat_set_col(wide.get(), 0, Values{-1, -2}.data());
+    Values y(2);
+    EXPECT_EQ(mat_mulvec(wide.get(), Values{1, 10, 100, 1000}.data(), y.data()), 0);
+    EXPECT_EQ(y, (Values{3209, 7648}));
+    // Not square: what there is of it, and zeros.
+    EXPECT_EQ(solve(wide.get(), {1, 1}).determinant, -3);
+    EXPECT_EQ(solve(tall.get(), Values(5)).flag, -2);
+}
+
+TEST(MatGenNew, RefusesShapesThatCannotBe)
+{
+    teska_test::Reports reports;
+    for (const auto &[rows, cols] : {std::pair{0, 3}, {3, 0}, {-1, -1}, {INT_MIN, 1}, {INT_MAX, INT_MAX}})
+        EXPECT_EQ(mat_gen_new(nullptr, rows, cols), nullptr);
+    EXPECT_EQ(reports.take().size(), 5U);
+}

@@ -1,0 +1,138 @@
+#include "vect.h"
+
+#include "support/generator.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <limits>
+#include <vector>
+
+namespace
+{
+
+using Values = std::vector<double>;
+using Ints = std::vector<int>;
+
+constexpr double quiet = std::numeric_limits<double>::quiet_NaN();
+
+}  // namespace
+
+TEST(VectSums, GoFromTheFirstValueOn)
+{
+    const Values a{1e16, 1, -1e16, 3};
+    const Values b{1, 1, 1, 2};
+    EXPECT_EQ(vect_scalar_product(a.data(), b.data(), 4), 6);  // the 1 is lost
+    EXPECT_EQ(vect_calc_norm(Values{3, 4}.data(), 2), 5);
+    EXPECT_EQ(vect_square_distance(Values{1, 2}.data(), Values{4, 6}.data(), 2), 25);
+    EXPECT_EQ(vect_distance(Values{1, 2}.data(), Values{4, 6}.data(), 2), 5);
+    EXPECT_EQ(vect_distance(nullptr, nullptr, 0), 0);
+    EXPECT_EQ(vect_Min(Values{2, quiet, 1, 3}.data(), 4), 1);
+    EXPECT_EQ(vect_Max(Values{2, quiet, 1, 3}.data(), 4), 3);
+    EXPECT_EQ(vect_Max(nullptr, 0), 0);
+}
+
+TEST(VectVectorProduct, StandsAtRightAnglesUpToThePivotsThatReplaceZero)
+{
+    const struct {
+        Values in, out;
+    } rows[] = {
+        {{3, 1, 0, 0, 0, 1, 0}, {-1e-20, -1e-20, 1}},
+        {{3, 0, 0, 1, 1, 0, 0}, {1e-40, 1, -1e-20}},
+        {{3.9, 1, 2, 3, 4, 5, 6}, {-2.9999999999999982, 6, -3}},
+        {{1}, {1}},
+    };
+    for (const auto &row : rows) {
+        Values out(row.out.size());
+        EXPECT_EQ(vect_vector_product(row.in.data(), out.data()), 0);
+        EXPECT_EQ(out, row.out);
+    }
+    double untouched = 8;
+    for (const double n : {quiet, 0.9, -3.0, 4097.0, 1e300})
+        EXPECT_EQ(vect_vector_product(&n, &untouched), -1);
+    EXPECT_EQ(untouched, 8);
+}
+
+TEST(VectLocate, FindsTheFirstValueThatIsNotLess)
+{
+    teska_test::Generator random(4801);
+    for (unsigned n = 0; n < 20; ++n) {
+        Ints a;
+        for (unsigned i = 0; i < n; ++i)
+            a.push_back(static_cast<int>(random.between(0, 8)));
+        std::sort(a.begin(), a.end());
+        const std::vector<short> shorts(a.begin(), a.end());
+        const Values doubles(a.begin(), a.end());
+        for (int x = -1; x < 10; ++x) {
+            const auto place = static_cast<unsigned>(std::lower_bound(a.begin(), a.end(), x) - a.begin());
+            unsigned found[2] = {99, 99};
+            short found_short = 99;
+            vect_locate_in_array(a.data(), x, n, &found[0]);
+            vect_locate_in_double_array(doubles.data(), x, n, &found[1]);
+            vect_locate_in_sh_array(shorts.data(), static_cast<short>(x), static_cast<unsigned short>(n), &found_short);
+            EXPECT_EQ(found[0], place);
+            EXPECT_EQ(found[1], place);
+            EXPECT_EQ(found_short, static_cast<short>(place));
+        }
+    }
+    unsigned place = 99;
+    vect_locate_in_double_array(Values{1, 2, 3, 4}.data(), quiet, 4, &place);
+    EXPECT_EQ(place, 3U);
+}
+
+TEST(VectInsert, KeepsTheOrderAndTellsThePlace)
+{
+    Ints a{1, 3, 5, 7, 0};
+    int place = 5;
+    EXPECT_EQ(vect_insert_in_array(a.data(), 4, &place), 0);
+    EXPECT_EQ(place, 2);
+    EXPECT_EQ(a, (Ints{1, 3, 4, 5, 7}));
+    std::vector<short> shorts{9, 9};
+    for (const auto &[x, count] : {std::pair{5, INT_MIN}, {5, 2}}) {
+        place = count;
+        EXPECT_EQ(vect_insert_in_sh_array(shorts.data(), static_cast<short>(x), &place), 0);
+        EXPECT_EQ(place, 0);
+    }
+    EXPECT_EQ(shorts, (std::vector<short>{5, 5}));
+}
+
+TEST(VectShiftRight0, FillsUpWithZero)
+{
+    const std::pair<int, Ints> rows[] = {{1, {0, 1, 2, 3}}, {0, {1, 2, 3, 4}}, {-1, {1, 2, 3, 4}},
+                                         {3, {0, 0, 0, 1}}, {4, {0, 0, 0, 0}}, {INT_MAX, {0, 0, 0, 0}}};
+    for (const auto &[k, shifted] : rows) {
+        Ints a{1, 2, 3, 4};
+        EXPECT_EQ(vect_shift_right_0(a.data(), 4, k), 0);
+        EXPECT_EQ(a, shifted);
+    }
+    EXPECT_EQ(vect_shift_right_0(nullptr, 0, 1), 0);
+}
+
+TEST(VectNextPointSelection, VisitsEverySubsetInOrder)
+{
+    for (int n = 0; n <= 7; ++n)
+        for (int m = 0; m <= n; ++m) {
+            Ints mask(static_cast<std::size_t>(n), 5);
+            Ints selection(static_cast<std::size_t>(m), -1);
+            // The model: masks of m ones in descending order, as std::prev_permutation gives them.
+            Ints model(mask.size());
+            std::fill_n(model.begin(), m, 1);
+            unsigned first = 1;
+            do {
+                ASSERT_EQ(vect_next_point_selection(m, n, first, selection.data(), mask.data()), 0);
+                EXPECT_EQ(mask, model);
+                for (int k = 0; k < m; ++k)
+                    EXPECT_EQ(model[static_cast<std::size_t>(selection[static_cast<std::size_t>(k)])], 1);
+                EXPECT_TRUE(std::is_sorted(selection.begin(), selection.end()));
+                first = 0;
+            } while (std::prev_permutation(model.begin(), model.end()));
+            const Ints last = selection;
+            for (int again = 0; again < 2; ++again)
+                EXPECT_EQ(vect_next_point_selection(m, n, 0, selection.data(), mask.data()), -2);
+            EXPECT_EQ(mask, Ints(mask.size()));
+            EXPECT_EQ(selection, last);
+        }
+    for (const auto &[m, n] : {std::pair{3, 2}, {-1, 2}, {0, -1}})
+        EXPECT_EQ(vect_next_point_selection(m, n, 1, nullptr, nullptr), -2);
+}
