@@ -104,11 +104,11 @@ TEST(StrSearchZuk, FindsTopicsWithoutCaseWhateverWasFoundBefore)
 
 TEST(StrSearchZuk, KeptGoesOnBehindTheLastTopicAndStopsAtItsName)
 {
-    Text text = "[x]\nk=1\n[N]\nk=2\n[w]\nk=6\n[x]\nk=3\n[n]\nk=4\n[y]";
-    // Topics of one letter each, looked for in turn; the last answer counts.
-    const std::pair<std::string, Text> rows[] = {{"xX", "13"},   {"xXx", "11"},  {"nn", "12"},
-                                                 {"nN", "14"},   {"nNx", "11"},  {"nNw", "0-"},
-                                                 {"nNww", "16"}, {"xNnx", "11"}, {"xzX", "11"}};
+    Text text = "[x]\nk=1\n[N]\nk=2\n[w]\nk=6\n[]\n[x]\nk=3\n[n]\nk=4\n[y]";
+    // Topics of one letter each (a zero: the one without a name), looked for in turn; the last answer counts.
+    const std::pair<std::string, Text> rows[] = {{"xX", "13"},   {"xXx", "11"}, {"nn", "12"},      {"nN", "14"},
+                                                 {"nNx", "11"},  {"nNw", "0-"}, {"nNww", "16"},    {"Nnw", "16"},
+                                                 {"xNnx", "11"}, {"xzX", "11"}, {{"\0x", 2}, "11"}};
     for (const auto &[topics, expected] : rows) {
         clear_caches();
         std::string last;
