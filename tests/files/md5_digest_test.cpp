@@ -65,7 +65,7 @@ TEST(MD5Final, GivesThePublishedDigests)
 TEST(MD5Update, TakesAnyNumberOfBytesInPiecesOfAnySize)
 {
     // The digest of all digests, from another implementation.
-    for (const std::size_t piece : {1, 3, 63, 64, 65, 127, 1000}) {
+    for (const std::size_t piece : {1U, 3U, 63U, 64U, 65U, 127U, 1000U}) {
         Bytes all;
         for (std::size_t size = 0; size < 300; ++size)
             all += digest_of(pattern(size), piece);
