@@ -110,12 +110,31 @@ const struct {
     {[] { return writing([](fdofstream &out) { out << std::flush; }); }, "10", "10", "10"},
 };
 
+int lowest_descriptor()
+{
+    const int lowest = dup(0);
+    close(lowest);
+    return lowest;
+}
+
+TEST(Streambuf, KeepsNoDescriptor)
+{
+    const int lowest = lowest_descriptor();
+    {
+        std::ofstream(path) << "";
+        streambufExt twice(path, std::ios::in);
+        EXPECT_EQ(twice.openfile() + twice.openfile(), 0);
+        EXPECT_EQ(lowest_descriptor(), lowest + 1);
+    }
+    EXPECT_EQ(lowest_descriptor(), lowest);
+    EXPECT_EQ(std::remove(path), 0);
+}
+
 TEST(Fdstream, MakesOneCallOfTheHostAndShowsItsFailure)
 {
     for (const auto &row : calls) {
         const std::string at = "call " + std::to_string(&row - calls);
-        const int next_descriptor = dup(0);
-        close(next_descriptor);
+        const int lowest = lowest_descriptor();
         const auto with = [&](int n, file_fault fault, bool sticky = false) {
             std::ofstream(path) << "0123456789";
             arm(fault_kind::files, n, sticky, fault);
@@ -128,9 +147,7 @@ TEST(Fdstream, MakesOneCallOfTheHostAndShowsItsFailure)
         EXPECT_EQ(with(0, {.error = EINTR}), row.good) << at;
         EXPECT_EQ(with(0, {.partial = true}), row.partial) << at;
         EXPECT_EQ(with(1, {}, true), row.good) << at << ", of which there is but one";
-        const int descriptor = dup(0);
-        EXPECT_EQ(descriptor, next_descriptor) << at;
-        close(descriptor);
+        EXPECT_EQ(lowest_descriptor(), lowest) << at;
     }
     std::remove(path);
 }

@@ -175,14 +175,18 @@ TEST(Fdifstream, FailsWithoutAnOpenFile)
     for (const char *path : {static_cast<const char *>(nullptr), "", missing.c_str(), directory.c_str()}) {
         fdifstream in(path, 32);
         fdofstream out(path, 32);
+        EXPECT_EQ(in.rdstate() | out.rdstate(), ios::failbit);
         expect_closed(in);
         expect_closed(out);
     }
     fdifstream in(file.c_str(), 0);
     fdofstream out(file.c_str(), 8);
+    EXPECT_EQ(in.peek(), 't');
     EXPECT_EQ(in.close() + out.close(), 0);
     EXPECT_EQ(in.tellg(), -1);
+    EXPECT_EQ(in.get(), 't') << "looked at while it was open";
     EXPECT_EQ(in.get(), -1);
+    EXPECT_EQ(out.rdbuf()->sputn("lost", 4), -1);
     out << "lost";
     expect_closed(in);
     expect_closed(out);

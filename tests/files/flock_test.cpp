@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 
 using Lock = std::unique_ptr<flock_rec, int (*)(flock_rec *)>;
 
-constexpr int files = 40;
+constexpr int files = 200;
 
 Lock take(const std::string &path) { return {flock_get(path.c_str()), flock_free}; }
 
