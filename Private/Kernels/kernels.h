@@ -112,6 +112,7 @@ struct lu_matrix {
     std::ptrdiff_t stride;  // doubles from row to row, a multiple of 8 not below n; what is behind column n is scratch
     double *lu;             // the matrix, then its factors
     double *sums;           // scratch of the same shape
+    double *columns;        // scratch, 16 rows of the same stride
     double *scale;          // n, by row; those of pivots move with their rows
     std::int32_t *pivots;   // n: the row that was exchanged with this one
     double *parity;         // negated with every exchange

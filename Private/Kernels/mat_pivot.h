@@ -1,4 +1,4 @@
-// mat_pivot - what all ways of finding triangular factors do with a finished column
+// mat_pivot - what all ways of finding triangular factors do with a pivot
 //
 // In an unnamed namespace on purpose: every kernel source gets a copy of its own, built for its instruction set.
 
@@ -16,19 +16,31 @@ namespace
 // A pivot nearer to 0 makes way for this. Absolute: it keeps the reciprocal finite, it is no measure of quality.
 constexpr double tiny_pivot = 1e-20;
 
-// The row of the largest scaled magnitude in column j, the lowest of equals; j itself for a column of NaN. Without a
-// branch, which would be guessed wrong twice in a column.
-inline int find_pivot(const lu_matrix &m, int j) noexcept
-{
+// The row of the largest scaled magnitude so far, the lowest of equals. NaN is never the largest: a column of NaN keeps
+// the row it was begun with.
+struct pivot_search {
+    int row;
     double largest = -1.0;
-    std::int64_t pivot = j;
-    for (int i = j; i < m.n; ++i) {
-        const double merit = m.scale[i] * __builtin_fabs(m.lu[i * m.stride + j]);
-        const std::int64_t larger = -static_cast<std::int64_t>(merit > largest);
-        pivot = (pivot & ~larger) | (i & larger);
-        largest = merit > largest ? merit : largest;
+
+    void offer(int i, double scale, double element) noexcept
+    {
+        const double merit = scale * __builtin_fabs(element);
+        // A branch, not a choice of values: guessed right, it takes the search out of the way of what follows.
+        if (__builtin_expect(merit > largest, 0)) {
+            largest = merit;
+            row = i;
+        }
     }
-    return static_cast<int>(pivot);
+};
+
+// Notes that row j and row `pivot` change places. The scale of row j is not needed any more.
+inline void note_exchange(const lu_matrix &m, int j, int pivot) noexcept
+{
+    m.pivots[j] = pivot;
+    if (pivot == j)
+        return;
+    *m.parity = -*m.parity;
+    m.scale[pivot] = m.scale[j];
 }
 
 inline void exchange(double *a, double *b, std::ptrdiff_t count) noexcept
@@ -40,32 +52,13 @@ inline void exchange(double *a, double *b, std::ptrdiff_t count) noexcept
     }
 }
 
-// Makes row `pivot` row j. The scale of row j is not needed any more; sums, where there are some, stay with their rows.
-inline void exchange_rows(const lu_matrix &m, int j, int pivot) noexcept
+// Returns whether the pivot may stay. NaN may.
+inline bool keep_from_zero(double &pivot) noexcept
 {
-    m.pivots[j] = pivot;
-    if (pivot == j)
-        return;
-    exchange(m.lu + j * m.stride, m.lu + pivot * m.stride, m.n);
-    *m.parity = -*m.parity;
-    m.scale[pivot] = m.scale[j];
-}
-
-// Returns whether the pivot of column j may stay. NaN may.
-inline bool keep_from_zero(const lu_matrix &m, int j) noexcept
-{
-    double &pivot = m.lu[j * m.stride + j];
     if (!(__builtin_fabs(pivot) < tiny_pivot))
         return true;
     pivot = tiny_pivot;  // whatever its sign was
     return false;
-}
-
-inline void divide_by_pivot(const lu_matrix &m, int j) noexcept
-{
-    const double reciprocal = 1.0 / m.lu[j * m.stride + j];
-    for (int i = j + 1; i < m.n; ++i)
-        m.lu[i * m.stride + j] *= reciprocal;
 }
 
 }  // namespace

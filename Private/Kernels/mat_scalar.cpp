@@ -1,15 +1,18 @@
 // mat_scalar - triangular factors of a matrix: the definition
 //
-// Crout's method, column by column. The element in row i and column j of either factor is
+// Crout's method. The element in row i and column j of either factor is
 //
 //     a(i, j) - sum over k = 0 .. min(i, j) - 1 of l(i, k) * u(k, j)      below the diagonal times 1 / u(j, j)
 //
 // with the whole sum formed first, from 0.0 in rising k, and subtracted once. That decides which matrices count as
 // singular: of ((1, 2, 3), (4, 5, 6), (7, 8, 9)) the last pivot is exactly 0, while subtracting term by term leaves
-// 1.1e-16. The sums of four rows are formed side by side, because each alone would wait for its own additions.
+// 1.1e-16.
 //
-// Built without the compiler's vectors: the columns are written element by element, and a vector that is read across
-// elements just written waits for them. That makes small matrices up to twice as slow.
+// The sums grow side by side in a matrix of their own: once column j and row j are known, l(i, j) * u(j, c) is added to
+// the sums of all elements below and to the right. A sum formed on its own would wait for each of its additions.
+//
+// Built without the compiler's vectors: columns are written element by element, and a vector that is read across
+// elements just written waits for them.
 
 #include "Kernels/kernels.h"
 #include "Kernels/mat_pivot.h"
@@ -20,51 +23,61 @@ namespace teska
 namespace
 {
 
-// The elements of column j in rows i .. i + Rows - 1, of which the first `terms` terms of the sums are known.
-template <int Rows>
-void subtract_sums(const lu_matrix &m, int i, int j, int terms) noexcept
-{
-    const double *const row = m.lu + i * m.stride;
-    const double *const column = m.lu + j;
-    double sum[Rows] = {};
-    for (int k = 0; k < terms; ++k)
-        for (int r = 0; r < Rows; ++r)
-            sum[r] += row[r * m.stride + k] * column[k * m.stride];
-    // Above the diagonal the rows need each other.
-    for (int r = 0; r < Rows; ++r) {
-        for (int k = terms; k < (i < j ? i + r : j); ++k)
-            sum[r] += row[r * m.stride + k] * column[k * m.stride];
-        m.lu[(i + r) * m.stride + j] -= sum[r];
-    }
-}
+// A number of rows known to the compiler, where loops fall apart into straight code.
+template <int N>
+struct rows {
+    constexpr operator int() const noexcept { return N; }
+};
 
-void compute_column(const lu_matrix &m, int j) noexcept
+template <class Rows>
+bool decompose_rows(const lu_matrix &m, Rows n) noexcept
 {
-    int i = 0;
-    for (; i + 4 <= j; i += 4)
-        subtract_sums<4>(m, i, j, i);
-    for (; i < j; ++i)
-        subtract_sums<1>(m, i, j, i);
-    for (; i + 4 <= m.n; i += 4)
-        subtract_sums<4>(m, i, j, j);
-    for (; i < m.n; ++i)
-        subtract_sums<1>(m, i, j, j);
-}
-
-bool decompose(const lu_matrix &m) noexcept
-{
+    const auto lu = [&m](int i) noexcept { return m.lu + i * m.stride; };
+    const auto sums = [&m](int i) noexcept { return m.sums + i * m.stride; };
+    for (int i = 0; i < n; ++i)
+        for (int c = 0; c < n; ++c)
+            sums(i)[c] = 0.0;
     bool regular = true;
-    for (int j = 0; j < m.n; ++j) {
-        compute_column(m, j);
-        exchange_rows(m, j, find_pivot(m, j));
-        regular &= keep_from_zero(m, j);
-        divide_by_pivot(m, j);
+    for (int j = 0; j < n; ++j) {
+        pivot_search search{j};
+        for (int i = j; i < n; ++i)
+            search.offer(i, m.scale[i], lu(i)[j] -= sums(i)[j]);
+        note_exchange(m, j, search.row);
+        if (search.row != j) {
+            exchange(lu(j), lu(search.row), n);
+            exchange(sums(j), sums(search.row), n);
+        }
+        regular &= keep_from_zero(lu(j)[j]);
+        const double reciprocal = 1.0 / lu(j)[j];
+        for (int c = j + 1; c < n; ++c)
+            lu(j)[c] -= sums(j)[c];
+        for (int i = j + 1; i < n; ++i) {
+            const double l = lu(i)[j] *= reciprocal;
+            for (int c = j + 1; c < n; ++c)
+                sums(i)[c] += l * lu(j)[c];
+        }
     }
     return regular;
 }
 
+bool decompose(const lu_matrix &m) noexcept { return decompose_rows(m, m.n); }
+
+bool decompose_small(const lu_matrix &m) noexcept
+{
+    switch (m.n) {
+    case 2:
+        return decompose_rows(m, rows<2>());
+    case 3:
+        return decompose_rows(m, rows<3>());
+    case 4:
+        return decompose_rows(m, rows<4>());
+    default:
+        return decompose_rows(m, m.n);
+    }
+}
+
 }  // namespace
 
-void install_scalar(mat_kernels &table) noexcept { table = {decompose, decompose}; }
+void install_scalar(mat_kernels &table) noexcept { table = {decompose, decompose_small}; }
 
 }  // namespace teska

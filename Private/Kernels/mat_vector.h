@@ -6,7 +6,7 @@
 // across elements.
 //
 // Columns are taken in panels of 8. Inside a panel every finished column is added to the sums of the panel at once;
-// behind the panel its 8 columns are added together, with the sums in registers:
+// behind the panel its columns are added together, with the sums in registers:
 //
 //          panel
 //         +-----+-------------+
@@ -74,38 +74,44 @@ struct lu_kernel {
             add_block<Rows, 1>(m, i, c, k, end);
     }
 
-    // Column j is known, and with it row j: finishes the row up to `end` and adds it to the sums of the rows below.
-    static void add_column(const lu_matrix &m, int first, int end, int j) noexcept
-    {
-        constexpr int vectors = panel_width / lanes;
-        double *const row = m.lu + j * m.stride;
-        const double *const row_sums = m.sums + j * m.stride;
-        vector u[vectors];
-        for (int v = 0; v < vectors; ++v)
-            u[v] = load(row + first + v * lanes) - load(row_sums + first + v * lanes);
-        for (int c = j + 1; c < end; ++c)
-            row[c] -= row_sums[c];
-        for (int i = j + 1; i < m.n; ++i) {
-            double *const sums = m.sums + i * m.stride + first;
-            for (int v = 0; v < vectors; ++v)
-                store(sums + v * lanes, load(sums + v * lanes) + m.lu[i * m.stride + j] * u[v]);
-        }
-    }
-
+    // The panel of Vectors * lanes columns from `first` on, and the rows of its diagonal as far as the panel goes. The
+    // columns stay in m.columns until all are done: elements written one by one into rows that are read as vectors
+    // would stall the reading.
+    template <int Vectors>
     static bool factor_panel(const lu_matrix &m, int first, int end) noexcept
     {
         bool regular = true;
-        for (int j = first; j < end; ++j) {
+        double *l = m.columns;
+        for (int j = first; j < end; ++j, l += m.stride) {
+            pivot_search search{j};
             for (int i = j; i < m.n; ++i)
-                m.lu[i * m.stride + j] -= m.sums[i * m.stride + j];
-            const int pivot = find_pivot(m, j);
-            exchange_rows(m, j, pivot);
-            if (pivot != j)
-                exchange(m.sums + j * m.stride + first, m.sums + pivot * m.stride + first, m.stride - first);
-            regular &= keep_from_zero(m, j);
-            divide_by_pivot(m, j);
-            add_column(m, first, end, j);
+                search.offer(i, m.scale[i], l[i] = m.lu[i * m.stride + j] - m.sums[i * m.stride + j]);
+            note_exchange(m, j, search.row);
+            if (search.row != j) {
+                exchange(m.lu + j * m.stride, m.lu + search.row * m.stride, m.stride);
+                exchange(m.sums + j * m.stride + first, m.sums + search.row * m.stride + first, m.stride - first);
+                for (double *column = m.columns; column <= l; column += m.stride)
+                    exchange(column + j, column + search.row, 1);
+            }
+            regular &= keep_from_zero(l[j]);
+            const double reciprocal = 1.0 / l[j];
+            vector u[Vectors];
+            for (int v = 0; v < Vectors; ++v) {
+                double *const row = m.lu + j * m.stride + first + v * lanes;
+                u[v] = load(row) - load(m.sums + j * m.stride + first + v * lanes);
+                store(row, u[v]);
+            }
+            for (int i = j + 1; i < m.n; ++i) {
+                l[i] *= reciprocal;
+                double *const sums = m.sums + i * m.stride + first;
+                for (int v = 0; v < Vectors; ++v)
+                    store(sums + v * lanes, load(sums + v * lanes) + l[i] * u[v]);
+            }
         }
+        l = m.columns;
+        for (int j = first; j < end; ++j, l += m.stride)
+            for (int i = j; i < m.n; ++i)
+                m.lu[i * m.stride + j] = l[i];
         return regular;
     }
 
@@ -121,14 +127,12 @@ struct lu_kernel {
         }
     }
 
-    static bool decompose(const lu_matrix &m) noexcept
+    static bool decompose_panels(const lu_matrix &m) noexcept
     {
-        for (std::ptrdiff_t c = 0; c < m.n * m.stride; ++c)
-            m.sums[c] = 0.0;
         bool regular = true;
         for (int first = 0; first < m.n; first += panel_width) {
             const int end = m.n - first < panel_width ? m.n : first + panel_width;
-            regular &= factor_panel(m, first, end);
+            regular &= factor_panel<panel_width / lanes>(m, first, end);
             if (end == m.n)
                 break;
             finish_rows(m, first, end);
@@ -139,6 +143,16 @@ struct lu_kernel {
                 add_rows<1>(m, i, end, first, end);
         }
         return regular;
+    }
+
+    static bool decompose(const lu_matrix &m) noexcept
+    {
+        for (std::ptrdiff_t c = 0; c < m.n * m.stride; ++c)
+            m.sums[c] = 0.0;
+        // Two panels at once: there is nothing behind them.
+        if (m.n > panel_width && m.n <= 2 * panel_width)
+            return factor_panel<2 * panel_width / lanes>(m, 0, m.n);
+        return decompose_panels(m);
     }
 };
 

@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 struct mat {
@@ -43,7 +44,7 @@ namespace
 teska::module_error last_error;
 
 // Rows up to which vectors do not pay.
-constexpr int small_matrix = 14;
+constexpr int small_matrix = 4;
 
 // Whole vectors of every kernel.
 std::ptrdiff_t stride_of(const mat &m) { return (static_cast<std::ptrdiff_t>(m.rows) + 7) / 8 * 8; }
@@ -76,6 +77,7 @@ bool make_factors(mat &m)
         return true;
     teska::checked_size count(2, PTRDIFF_MAX / sizeof(double));
     count *= count_of(m);
+    count += 16;
     count *= static_cast<std::uint64_t>(stride_of(m));
     teska::heap_block<double> lu = count.valid() ? teska::zeroed_block<double>(count.get()) : nullptr;
     teska::heap_block<double> scale;
@@ -142,8 +144,15 @@ int decompose(mat &m)
     if (m.zero_row != 0)
         return -1;
     const std::ptrdiff_t stride = stride_of(m);
-    const teska::lu_matrix factors{m.rows,        stride,         m.lu.get(), m.lu.get() + m.rows * stride,
-                                   m.scale.get(), m.pivots.get(), &m.parity};
+    double *const sums = m.lu.get() + m.rows * stride;
+    const teska::lu_matrix factors{.n = m.rows,
+                                   .stride = stride,
+                                   .lu = m.lu.get(),
+                                   .sums = sums,
+                                   .columns = sums + m.rows * stride,
+                                   .scale = m.scale.get(),
+                                   .pivots = m.pivots.get(),
+                                   .parity = &m.parity};
     const teska::mat_kernels &kernels = teska::kernels().mat;
     return (m.rows > small_matrix ? kernels.decompose : kernels.decompose_small)(factors) ? 0 : -2;
 }
@@ -166,14 +175,13 @@ void eliminate(const double *row, std::ptrdiff_t stride, double *b, int first, i
     }
 }
 
-void substitute(const mat &m, double *b)
+// Size: an int, or a number known to the compiler.
+template <class Size>
+void substitute(const double *lu, std::ptrdiff_t stride, const std::int32_t *pivots, double *b, Size n)
 {
-    const int n = m.rows;
-    const std::ptrdiff_t stride = stride_of(m);
-    const double *lu = m.lu.get();
     // A row takes part in exchanges only until it is reached, so all of them may come first.
     for (int i = 0; i < n; ++i)
-        std::swap(b[i], b[m.pivots[i]]);
+        std::swap(b[i], b[pivots[i]]);
     // Zeros in front of the right-hand side stay as they are.
     int first = 0;
     while (first < n && b[first] == 0.0)
@@ -188,6 +196,19 @@ void substitute(const mat &m, double *b)
         for (int k = i + 1; k < n; ++k)
             sum += lu[i * stride + k] * b[k];
         b[i] = (b[i] - sum) / lu[i * stride + i];
+    }
+}
+
+void substitute(const mat &m, double *b)
+{
+    const auto with = [&](auto n) { substitute(m.lu.get(), stride_of(m), m.pivots.get(), b, n); };
+    switch (m.rows) {
+    case 3:
+        return with(std::integral_constant<int, 3>());
+    case 4:
+        return with(std::integral_constant<int, 4>());
+    default:
+        return with(m.rows);
     }
 }
 
