@@ -10,11 +10,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+#    include <process.h>
+#else
 #    include <sys/ioctl.h>
 #    include <sys/stat.h>
 #    include <unistd.h>
@@ -186,6 +189,48 @@ TEST_F(Lopra, CreatesFilesBelowADirectoryAndNowhereElse)
     std::ofstream("sub/a") << "old";
     EXPECT_EQ(error_below("a"), 0);
     EXPECT_EQ(content("sub/a"), "");
+}
+
+TEST_F(Lopra, ReplacesFilesWhole)
+{
+    const char *path = "sub\\\xc3\xa9";
+    for (const std::string content : {"first", "", "the third"}) {
+        EXPECT_EQ(replace_utf8(path, content.data(), content.size()), 0);
+        lopra_stat32 status = {};
+        EXPECT_EQ(stat32_utf8(path, &status), 0);
+        EXPECT_EQ(status.st_size, static_cast<int>(content.size()));
+    }
+    EXPECT_EQ(chmod_utf8(path, LOPRA_S_IREAD), 0);
+    EXPECT_EQ(error_of(replace_utf8(path, "x", 1) == -1), EACCES);
+    EXPECT_EQ(chmod_utf8(path, LOPRA_S_IWRITE), 0);
+    EXPECT_EQ(error_of(replace_utf8("sub", "x", 1) == -1), EISDIR);
+    EXPECT_EQ(error_of(replace_utf8("none/f", "x", 1) == -1), ENOENT);
+    EXPECT_EQ(error_of(replace_utf8(nullptr, "x", 1) == -1), EINVAL);
+    // Names left behind by killed processes of the same number are not in the way and stay.
+    const std::string left = std::string(path) + ".tmp" + std::to_string(getpid());
+    std::fclose(fopen_utf8(left.c_str(), "wb"));
+    EXPECT_EQ(replace_utf8(path, "again", 5), 0);
+    EXPECT_EQ(remove_utf8(left.c_str()), 0);
+    EXPECT_EQ(remove_utf8(path), 0);
+    EXPECT_TRUE(fs::is_empty("sub"));
+}
+
+TEST_F(Lopra, NamesAFileWhateverTheDirectoryWillBe)
+{
+    for (const char *path : {"f", "sub\\..\\f", "./sub/../f", "sub/\xc3\xa9", "sub\\new"}) {
+        const std::unique_ptr<char, decltype(&std::free)> full(full_path_utf8(path), std::free);
+        ASSERT_NE(full, nullptr) << path;
+        EXPECT_TRUE(fs::path(full.get()).is_absolute()) << full.get();
+        EXPECT_EQ(replace_utf8(full.get(), path, 1), 0);
+        EXPECT_EQ(CloseFile_utf8(open_handle(path, 0, LOPRA_GENERIC_READ, LOPRA_OPEN_EXISTING)), 0) << path;
+        EXPECT_EQ(remove_utf8(path), 0);
+    }
+    EXPECT_EQ(full_path_utf8(nullptr), nullptr);
+#if !defined(_WIN32)
+    EXPECT_EQ(full_path_utf8("none/f"), nullptr);
+    const std::unique_ptr<char, decltype(&std::free)> full(full_path_utf8("\\f"), std::free);
+    EXPECT_STREQ(full.get(), "/f");
+#endif
 }
 
 TEST_F(Lopra, KeepsATemporaryFileUntilItIsClosed)
