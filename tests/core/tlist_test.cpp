@@ -16,7 +16,6 @@ int alive = 0;
 // Elements are ordered by their keys and told apart by their numbers.
 struct Item : TElement {
     Item(int k, int n) : key(k), number(n) { ++alive; }
-    Item(const Item &other) : TElement(other), key(other.key), number(other.number) { ++alive; }
     ~Item() override { --alive; }
     int key, number;
 };
@@ -81,23 +80,15 @@ TEST(TListAdd, PutsElementsWhereHalvingOfTheChainEndsAndSortAddsThemAgain)
     EXPECT_EQ(alive, 0);
 }
 
-TEST(TListAdd, FollowsTheCallerWithoutAnOrderOrInFrontOfAnElement)
-{
-    TList list(nullptr);
-    fill(list, {5, 2});
-    list.Add(new Item(1, 2), list.First());
-    list.Add(new Item(9, 3), list.Last());
-    list.Sort();
-    EXPECT_EQ(contents(list), (Entries{{1, 2}, {5, 0}, {9, 3}, {2, 1}}));
-}
-
 TEST(TListSubtract, ClosesTheGapMovesTheCursorAndLeavesOtherListsAlone)
 {
     for (const int out : {0, 1, 2})
         for (const int cursor : {0, 1, 2}) {
             TList list(nullptr), other(nullptr);
-            fill(list, {0, 1, 2});
-            TElement *const e[] = {list.Get(0), list.Get(1), list.Get(2), nullptr};
+            fill(list, {0, 2});
+            TElement *one = list.Add(new Item(1, 2), list.Last());
+            EXPECT_EQ(contents(list), (Entries{{0, 0}, {1, 2}, {2, 1}}));
+            TElement *const e[] = {list.First(), one, list.Last(), nullptr};
             list.SetCurrent(e[cursor]);
             EXPECT_EQ(other.Subtract(e[out]), e[out]);
             EXPECT_EQ(list.Subtract(e[out]), e[out + 1]);
@@ -105,9 +96,9 @@ TEST(TListSubtract, ClosesTheGapMovesTheCursorAndLeavesOtherListsAlone)
             EXPECT_EQ(contents(list).size(), 2U);
             EXPECT_TRUE(e[out]->Next() == nullptr && e[out]->Previous() == nullptr);
             EXPECT_EQ(list.Subtract(e[out]), e[out]) << "in no list";
-            list - nullptr - list.First() - (other + e[out]).First();
-            EXPECT_EQ(list.Count() + other.Count(), 2);
-            delete e[out == 0 ? 1 : 0];
+            other.Add(e[out], other.First());
+            list - nullptr - e[out];
+            EXPECT_EQ(list.Count() * 10 + other.Count(), 21);
         }
     EXPECT_EQ(alive, 0);
 }
@@ -119,7 +110,7 @@ TEST(TListGet, KeptAsksTheCursorFirst)
     for (const int cursor : {0, 2}) {
         list.SetCurrent(list.Get(cursor));
         for (const auto &[key, found] : {std::pair{7, cursor}, {8, 1}, {9, 3}})
-            EXPECT_EQ(list.Get(differs, std::vector{key}.data()), found < 3 ? list.Get(found) : nullptr);
+            EXPECT_EQ(list.Get(differs, std::vector{key}.data()), list.Get(found));
         EXPECT_EQ(list.Current(), list.Get(cursor));
     }
     EXPECT_EQ(list.Get(-5), list.First());
@@ -133,13 +124,11 @@ TEST(TList, KeptCopiesShareTheirLinks)
     fill(list, {2, 1});
     list.SetCurrent(list.Last());
     copy = list;
-    EXPECT_EQ(copy.Current(), list.Last());
-    const Item twin(*static_cast<Item *>(list.Last()));
-    EXPECT_EQ(twin.Previous(), list.First());
+    EXPECT_EQ(copy.Current(), TElement(*list.First()).Next());
     fill(copy, {3, 0});
     EXPECT_EQ(contents(copy), (Entries{{0, 3}, {1, 1}, {2, 0}, {3, 2}})) << "the order is copied too";
     copy.Destroy();
-    EXPECT_EQ(alive, 1);
+    EXPECT_EQ(alive, 0);
     EXPECT_TRUE(copy.First() == nullptr && copy.Last() == nullptr && copy.Current() == nullptr);
     list = copy;
 }

@@ -1,11 +1,6 @@
 // child - the running test program a second time, as another process
 //
-// A role is what the other process does in place of the tests:
-//
-//     const ChildRole hold("hold", [](const std::string &path) {
-//         TCriticSect section(path.c_str(), 10);
-//         return section.Enter(60);                     the exit code
-//     });
+//     const ChildRole hold("hold", [](const std::string &path) { return TCriticSect(path.c_str(), 10).Enter(60); });
 //     EXPECT_EQ(Child("hold", path).wait(), 0);
 
 #ifndef TESKA_TESTS_CHILD_H
@@ -17,26 +12,24 @@
 namespace teska_test
 {
 
-// Registers a role; an object at namespace scope.
-class ChildRole
-{
-public:
+// What another process does in place of the tests, with its exit code as the result; an object at namespace scope.
+struct ChildRole {
     ChildRole(std::string name, int (*body)(const std::string &argument));
 };
 
 class Child
 {
 public:
-    // Starts this program in a role that it has registered. A child starts no children.
+    // Starts this program in a registered role. A child starts no children.
     Child(const std::string &role, const std::string &argument);
     Child(const Child &) = delete;
     Child &operator=(const Child &) = delete;
-    ~Child();
+    ~Child() { kill(); }
 
-    // Ends the child at any point of its work, as the host does when it must; nothing of the child runs any more.
+    // Ends the child wherever it is, and returns when nothing of it runs any more.
     void kill();
 
-    // Waits for its end. Returns its exit code, something else than 0 when it was killed.
+    // Waits for its end. Returns its exit code, 137 when it was killed.
     int wait();
 
 private:
