@@ -338,7 +338,7 @@ TEST(FilePackerRaw, KeptClearsTheFirstByteAlsoWhenNothingIsRead)
 
 TEST(FilePackerCopy, KeptSharesTheArchive)
 {
-    const Trap trap(entry("a", "1") + entry("b", "2"));
+    const Trap trap(entry("a", "1") + entry("b", "2") + ok);
     FilePacker first(trap.archive.c_str(), 1, nullptr);
     // Copies that are never destroyed.
     alignas(FilePacker) char storage[2][sizeof(FilePacker)];
@@ -346,7 +346,9 @@ TEST(FilePackerCopy, KeptSharesTheArchive)
     auto *assigned = new (storage[1]) FilePacker("", 7, nullptr);
     *assigned = first;
     EXPECT_EQ(copy->UnpackFile(trap.in.c_str(), nullptr), 0);
-    EXPECT_EQ(read_all(*assigned, 9), std::string("b=2", 4));
+    EXPECT_EQ(assigned->UnpackFile(trap.in.c_str(), nullptr), 0);
+    EXPECT_EQ(trap.written().size(), 4U);
+    EXPECT_EQ(read_all(first, 9), std::string("ok=c", 5));
     EXPECT_EQ(copy->GetError(nullptr), 0);
 }
 

@@ -1,11 +1,12 @@
 // archive - the three ways to unpack an archive of arbitrary bytes, compared; none of them may leave its directory
 //
-// The first byte of an input says what is done: bit 0 puts a well-formed header in front of the rest; with bits 1 to 5
-// all zero it is unpacked to files besides; bit 6 reads it with the raw calls.
+// The first byte of an input says what is done: bit 0 puts a well-formed header in front of the rest, bit 1 reads it with
+// the raw calls as well. A hunter unpacks one input in sixteen to files, which take ten times as long as memory.
 // Hunt with TEST_TMPDIR=/dev/shm: everything goes through files.
 
 #include "filepacker.h"
 #include "support/folder.h"
+#include "support/generator.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -182,6 +183,18 @@ void read_raw(const std::string &bytes)
     }
 }
 
+// A hunter that was asked for files would ask for them all the time: there is more to find.
+bool goes_to_files([[maybe_unused]] const std::uint8_t *data, [[maybe_unused]] std::size_t size)
+{
+#ifdef TESKA_CORPUS
+    return true;
+#else
+    teska_test::Digest digest;
+    digest.add(data, size);
+    return digest.value() % 16 == 0;
+#endif
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
@@ -203,11 +216,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     entries found;
     const int end = read_all(opened, found);
     ++workshop().read;
-    if ((choice & 62) == 0) {
+    if (goes_to_files(data, size)) {
         unpack(found, end);
         ++workshop().unpacked;
     }
-    if (well_formed && (choice & 64) != 0) {
+    if (well_formed && (choice & 2) != 0) {
         read_raw(rest);
         ++workshop().raw;
     }
