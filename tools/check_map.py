@@ -37,7 +37,9 @@ def faults():
         for module in sorted(included ^ set(modules)):
             yield f"{gather.name} and the map disagree about {module}"
         for module in modules:
-            names = set(re.findall(r"TESKA_API\s+[^;({]*?(\w+)\s*[({\n]", (ROOT / f"include/{module}.h").read_text()))
+            header = (ROOT / f"include/{module}.h").read_text()
+            names = set(re.findall(r"TESKA_API\s+[^;({]*?(\w+)\s*[({\n]|class TESKA_API (\w+) :", header))
+            names = {function or derived for function, derived in names}
             if not any(re.search(rf"\b{name}\b", used) for name in names):
                 yield f"tests/api uses nothing of {module}"
     for stem in sorted(tracked("Private/Source/*.cpp") - known_sources):
