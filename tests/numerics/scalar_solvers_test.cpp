@@ -69,12 +69,21 @@ TEST(FthirdOrderEq, KeptComparesTheUpperBoundWithTheStep)
 {
     constexpr double none = -99;
     const std::tuple<Values, double, double, double, double> cases[] = {
-        {{-0.125, 0, 0, 1}, 0, 1, 1e-12, 0.5},    {{-2, 1, 0, 0}, 0, 1, 0, 2},
-        {{9, 1, 0, 0}, -10, 0.5, 1e-9, none},     {{5, 1, 0, 0}, -10, 0.5, 1e-9, -5},
-        {{-6, 11, -6, 1}, 0.5, 1.6, 1e-9, 1},     {{-6, 11, -6, 1}, 2.5, 9, 1e-9, 3},
-        {{0.2, 1, 0, 0}, 0, 1, 1e-9, none},       {{0, 0, 0, 1}, 0, 1, 1e-12, none},
-        {{0, 0, 0, 1}, -1, 1, 1e-12, none},       {{-0.125, 0, 0, 1}, 0, 1, -1, none},
-        {{not_a_number, 0, 0, 1}, 0, 1, 1, none}, {{1, 1, 1, 1}, -infinity, infinity, 1, none}};
+        {{-0.125, 0, 0, 1}, 0, 1, 1e-12, 0.5},
+        {{-2, 1, 0, 0}, 0, 1, 0, 2},
+        {{9, 1, 0, 0}, -10, 0.5, 1e-9, none},
+        {{5, 1, 0, 0}, -10, 0.5, 1e-9, -5},
+        {{-6, 11, -6, 1}, 0.5, 1.6, 1e-9, 1},
+        {{-6, 11, -6, 1}, 2.5, 9, 1e-9, 3},
+        {{0.2, 1, 0, 0}, 0, 1, 1e-9, none},
+        {{0, 0, 0, 1}, 0, 1, 1e-12, none},
+        {{0, 0, 0, 1}, 0, 1, 7.5e-5, none},
+        {{0, 0, 0, 1}, 0, 1, 7.6e-5, std::pow(2.0 / 3, 20) / 2},
+        {{0, 1, 0, 0}, 0, 1, 0, 0},
+        {{0, 0, 0, 1}, -1, 1, 1e-12, none},
+        {{-0.125, 0, 0, 1}, 0, 1, -1, none},
+        {{not_a_number, 0, 0, 1}, 0, 1, 1, none},
+        {{1, 1, 1, 1}, -infinity, infinity, 1, none}};
     for (const auto &[c, lo, hi, tol, right] : cases) {
         double root = none;
         EXPECT_EQ(fthird_order_eq(c.data(), &root, lo, hi, tol), right != none) << right;
@@ -99,7 +108,8 @@ TEST(GsectMin, FollowsTheLeftOfEqualValuesAndAsksOnceARound)
     double least = 0;
     calls = 0;
     EXPECT_EQ(gsect_min(0, 1, 3, 4, flat, &least), 1 + 0.38196601 * 2) << "no round, the right one of equals";
-    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(gsect_min(0, 1, 2, 4, flat, &least), 1) << "of equal parts the first is divided";
+    EXPECT_EQ(calls, 4);
     EXPECT_NEAR(gsect_min(0, 1, 3, 1, flat, &least), 0.38196601 + 0.2, 0.2);
     EXPECT_EQ(least, 1);
 }
@@ -115,9 +125,13 @@ TEST(GsectMin, EndsForEveryToleranceAndBracket)
             EXPECT_LE(calls, 5002);
             if (end == 4) {
                 EXPECT_NEAR(where, 3.14159265, 1e-7) << tol;
+                EXPECT_LT(calls, 100);
             }
         }
     double least = 0;
+    const gsect_function restless = [](double x) { return ++calls, std::fabs(x + 0.5); };
+    calls = 0;
+    EXPECT_NEAR(gsect_min(-5, -2, 3, -1, restless, &least), -0.5, 1e-11) << "the places go on moving";
     calls = 0;
     EXPECT_TRUE(std::isnan(gsect_min(not_a_number, not_a_number, not_a_number, 0, cosine, &least)) &&
                 std::isnan(least) && calls == 2);
