@@ -168,7 +168,7 @@ LOPRA_API int write_utf8(int descriptor, const void *data, size_t size) LOPRA_NO
  * path  the file; need not be there yet. A symbolic link is replaced itself, see full_path_utf8.
  * Returns 0 when the new content is on the disk, whatever happens next; -1 with the old file in place, or with
  * the new one when only the last step failed, the flush of the folder; EISDIR for a directory, EACCES for a
- * read-only file.
+ * read-only file, EINVAL for a device or pipe on POSIX.
  *
  * The new file is written under the name of the old one with ".tmp" and the number of the process behind it,
  * and "-1" .. when that is taken, flushed and renamed. A failure removes it, a killed process leaves it behind.

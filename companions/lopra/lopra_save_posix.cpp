@@ -99,6 +99,8 @@ int look_at(const char *path, replaced_file &file)
         return errno == ENOENT ? 0 : -1;
     if (S_ISDIR(file.status.st_mode))
         return fail(EISDIR);
+    if (!S_ISREG(file.status.st_mode))
+        return fail(EINVAL);
     return file.status.st_mode & S_IWUSR ? 0 : fail(EACCES);
 }
 

@@ -260,6 +260,13 @@ TEST_F(Lopra, ExcludesASecondHandleUntilTheFirstIsClosed)
 
 #if !defined(_WIN32)
 
+TEST_F(Lopra, ReplacesNothingButFiles)
+{
+    mkfifo("pipe", 0600);
+    EXPECT_EQ(error_of(replace_utf8("pipe", "x", 1) == -1), EINVAL);
+    EXPECT_TRUE(fs::is_fifo("pipe"));
+}
+
 // A forked process that ends in order gives its condition as the exit code.
 const testing::ExitedWithCode held(1);
 
