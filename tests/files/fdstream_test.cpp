@@ -29,9 +29,8 @@ struct Model {
     long read(char *destination, long n)
     {
         const long asked = n;
-        long available = fill - position;
-        for (; n > available; available = fill) {
-            for (; available > 0; --available, --n)
+        while (n > fill - position) {
+            if (position < fill && n-- > 0)
                 *destination++ = buffer;
             if (place >= static_cast<long>(file.size()))
                 return -1;
@@ -39,8 +38,9 @@ struct Model {
             position = 0;
             fill = 1;
         }
-        for (; n > 0; --n, ++position)
-            *destination++ = buffer;
+        if (n > 0)
+            *destination = buffer;
+        position += n;
         return asked;
     }
 
@@ -78,50 +78,32 @@ std::string overwritten(const Folder &folder, Mode mode)
     return folder.read("f") + (out.good() ? "" : ", failed");
 }
 
-template <class Stream>
-void expect_closed(Stream &stream)
-{
-    EXPECT_TRUE(stream.fail());
-    EXPECT_FALSE(stream.is_open());
-    EXPECT_EQ(stream.close(), 0);
-}
-
 }  // namespace
 
 TEST(Fdofstream, OpensAsItsModeSays)
 {
-    const std::tuple<int, ios::openmode, const char *> cases[] = {{32, ios::binary, "new1\r\n"},
-                                                                  {32 | 2 | 16, ios::trunc, "new1\r\n"},
-                                                                  {32 | 4, ios::ate, "new1\r\n"},
-                                                                  {32 | 8, ios::app, "old new1\r\n"},
-                                                                  {32 | 8 | 16, ios::app | ios::trunc, "old new1\r\n"},
-                                                                  {32 | 1, ios::in, "old , failed"}};
+    const std::tuple<int, ios::openmode, const char *> cases[] = {{2 | 16, ios::trunc, "new1\r\n"},
+                                                                  {4, ios::ate, "new1\r\n"},
+                                                                  {8, ios::app, "old new1\r\n"},
+                                                                  {1, ios::in, "old , failed"}};
     const Folder folder;
     for (const auto &[bits, standard, expected] : cases) {
-        EXPECT_EQ(overwritten(folder, bits), expected) << bits;
+        EXPECT_EQ(overwritten(folder, 32 | bits), expected) << bits;
         EXPECT_EQ(overwritten(folder, standard | ios::binary | ios::out), expected) << bits;
     }
     EXPECT_EQ(overwritten(folder, 0), LOPRA_O_BINARY == 0 ? "new1\r\n" : "new1\r\r\n") << "text";
 }
 
-TEST(Fdofstream, ReachesPlacesBeyond2To31AndUtf8Names)
-{
-    const Folder folder;
-    const std::string path = folder.path() + "\\\xc3\xa9\xe6\x97\xa5";
-    fdofstream out(path.c_str(), ios::binary);
-    EXPECT_EQ(out.seekp(5'000'000'000).tellp(), 5'000'000'000);
-    EXPECT_EQ(remove_utf8(path.c_str()), out.is_open() && LOPRA_O_BINARY != 0 ? -1 : 0);
-}
-
 TEST(Fdifstream, ReadsAndMovesAsByteByByteThroughItsBuffer)
 {
     const Folder folder;
+    const std::string path = folder.path() + "\\\xc3\xa9\xe6\x97\xa5";
     Generator random(1);
     std::string content;
     for (int i = 0; i < 256; ++i)
         content += static_cast<char>(255 - i);
-    folder.write("f", content);
-    streambufExt buf(folder.path("f").c_str(), ios::in | ios::binary);
+    fdofstream(path.c_str(), ios::binary).write(content.data(), 256);
+    streambufExt buf(path.c_str(), ios::in | ios::binary);
     ASSERT_EQ(buf.openfile(), 0);
     Model model{content};
     std::string bytes(300, '?'), expected = bytes;
@@ -144,6 +126,7 @@ TEST(Fdifstream, ReadsAndMovesAsByteByByteThroughItsBuffer)
             ASSERT_EQ(buf.pubseekoff(offset, from), model.seek(offset, from)) << i;
         }
     }
+    EXPECT_EQ(buf.pubseekpos(5'000'000'007), 5'000'000'007);
     EXPECT_EQ(buf.pubseekpos(7), 7);
     EXPECT_EQ(buf.sgetc(), 248);
     EXPECT_EQ(buf.openfile(), 0);
@@ -176,22 +159,16 @@ TEST(Fdifstream, FailsWithoutAnOpenFile)
         fdifstream in(path, 32);
         fdofstream out(path, 32);
         EXPECT_EQ(in.rdstate() | out.rdstate(), ios::failbit);
-        expect_closed(in);
-        expect_closed(out);
+        EXPECT_FALSE(in.is_open() || out.is_open() || in.close() != 0 || out.close() != 0);
     }
     fdifstream in(file.c_str(), 0);
     fdofstream out(file.c_str(), 8);
     EXPECT_EQ(in.peek(), 't');
-    EXPECT_EQ(in.close() + out.close(), 0);
+    for (int i = 0; i < 2; ++i)
+        EXPECT_FALSE(in.close() != 0 || out.close() != 0 || in.is_open() || out.is_open());
     EXPECT_EQ(in.tellg(), -1);
     EXPECT_EQ(in.get(), 't') << "looked at while it was open";
     EXPECT_EQ(in.get(), -1);
     EXPECT_EQ(out.rdbuf()->sputn("lost", 4), -1);
-    out << "lost";
-    expect_closed(in);
-    expect_closed(out);
-    EXPECT_EQ(folder.read("f"), "text");
-    streambufExt neither(file.c_str(), 32 | 8);
-    EXPECT_EQ(neither.openfile(), -1);
-    EXPECT_FALSE(neither.is_open());
+    EXPECT_EQ(streambufExt(file.c_str(), 32 | 8).openfile(), -1);
 }

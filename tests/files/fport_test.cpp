@@ -6,8 +6,9 @@
 #include <wem.h>
 
 #include <algorithm>
+#include <cstring>
 #include <string>
-#include <tuple>
+#include <utility>
 
 using teska_test::lines;
 using teska_test::Reports;
@@ -16,7 +17,7 @@ namespace
 {
 
 // What fport leaves in a destination of x's, up to the zero.
-std::string translated(const std::string &source, int size = 300)
+std::string translated(const std::string &source, int size)
 {
     char destination[302];
     std::fill_n(destination, 301, 'x');
@@ -27,85 +28,67 @@ std::string translated(const std::string &source, int size = 300)
 
 }  // namespace
 
-TEST(Fport, TranslatesLogicalNamesAndBrackets)
+TEST(Fport, KeptTranslatesLogicalNamesAndBracketsByItsOwnRules)
 {
     wem_lognam_set("DISK", "C:\\data\\");
-    wem_lognam_set("ROOT", "D:\\root");
+    wem_lognam_set("R", "D:\\root");
     wem_lognam_set("NONE", "");
-    const std::tuple<const char *, const char *> cases[] = {{"DISK:[dir.sub]file.ext", "C:\\data\\dir\\sub\\file.ext"},
-                                                            {"disk:file.ext", "C:\\data\\file.ext"},
-                                                            {"ROOT:[a]b.c", "D:\\root\\a\\b.c"},
-                                                            {"ROOT:x.y[a.b]c.d[e.f]", "D:\\root\\x\\y\\a\\b\\c.d[e.f]"},
-                                                            {"ROOT:[a.b.c", "D:\\root\\a\\b\\c"},
-                                                            {"ROOT:a].b[", "D:\\root\\a\\.b["},
-                                                            {"ROOT:a.b]", "D:\\root\\a.b]"},
-                                                            {"ROOT:", "D:\\root\\"},
-                                                            {"NONE:a:b", "\\a:b"},
-                                                            {"C:\\x\\y.txt", "C:\\x\\y.txt"},
-                                                            {"[a.b]c", "[a.b]c"},
-                                                            {"", ""},
-                                                            {"C:x.txt", "C:\\x.txt"},
-                                                            {":x", ":\\x"}};
+    const char *const cases[][2] = {{"disk:[d.sub]f.ext", "C:\\data\\d\\sub\\f.ext"},
+                                    {"DISK:f.ext", "C:\\data\\f.ext"},
+                                    {"R:x.y[a.b]c.d[e.f]", "D:\\root\\x\\y\\a\\b\\c.d[e.f]"},
+                                    {"R:[a.b.c", "D:\\root\\a\\b\\c"},
+                                    {"R:a].b[", "D:\\root\\a\\.b["},
+                                    {"R:a.b]", "D:\\root\\a.b]"},
+                                    {"R:", "D:\\root\\"},
+                                    {"NONE:a:b", "\\a:b"},
+                                    {"C:\\x\\y.txt", "C:\\x\\y.txt"},
+                                    {"[a.b]c", "[a.b]c"},
+                                    {"", ""},
+                                    {"C:x.txt", "C:\\x.txt"}};
     for (const auto &[source, expected] : cases)
-        EXPECT_EQ(translated(source), expected) << source;
-    wem_lognam_clear();
-}
-
-TEST(Fport, KeptFillsSizeCharactersWithAPathAndLeavesThreeBytesWithATranslation)
-{
+        EXPECT_EQ(translated(source, 300), expected) << source;
     wem_lognam_set("N", "T");
-    EXPECT_EQ(translated("N:abc", 7), "T\\abc");
-    EXPECT_EQ(translated("N:abc", 6), std::string(301, 'x'));
-    EXPECT_EQ(translated("abc", 3), "abc");
-    EXPECT_EQ(translated("abc", 2), "ab");
-    EXPECT_EQ(translated("abc", 0), "");
-    EXPECT_EQ(translated(std::string(300, 'a')), std::string(255, 'a'));
-    EXPECT_EQ(translated("N:" + std::string(300, 'a')), "T\\" + std::string(253, 'a'));
+    EXPECT_EQ(translated("N:abc", 7) + translated("N:abc", 6), "T\\abc" + std::string(301, 'x'));
+    EXPECT_EQ(translated("abc", 3) + translated("abc", 2) + translated("abc", 0), "abcab")
+        << "size characters and a zero";
+    EXPECT_EQ(translated(std::string(300, 'a'), 300), std::string(255, 'a'));
     wem_lognam_clear();
 }
 
 TEST(FportSetres, TellsTheFlagOfTheCallBefore)
 {
-    const int flags[] = {0, 5, -1, 0, 0};
     int before = 0;
-    for (const int flag : flags) {
-        EXPECT_EQ(fport_setres(flag), before != 0 ? 1 : 0);
-        before = flag;
-    }
+    for (const int flag : {0, 5, -1, 0, 0})
+        EXPECT_EQ(fport_setres(flag), std::exchange(before, flag) != 0 ? 1 : 0);
 }
 
-TEST(FportStripPath, SkipsThePrefixAndOneSeparator)
+TEST(FportStripPath, KeptSkipsThePrefixAndOneSeparatorWithoutALook)
 {
-    const std::tuple<const char *, int> cases[] = {{"C:\\data", 8}, {"C:\\data\\", 8}, {"a/", 2}, {"a:", 2},
-                                                   {"[a]", 3},      {"a", 2},          {"", 1}};
     const char full[] = "C:\\data\\file";
-    for (const auto &[prefix, skipped] : cases)
-        EXPECT_EQ(fport_StripPath(full, prefix), full + skipped) << prefix;
+    for (const char *prefix : {"C:\\data\\", "a/", "a:", "[a]"})
+        EXPECT_EQ(fport_StripPath(full, prefix), full + std::strlen(prefix));
+    for (const char *prefix : {"C:\\data", "a", ""})
+        EXPECT_EQ(fport_StripPath(full, prefix), full + std::strlen(prefix) + 1);
 }
 
 TEST(FportStripExtension, KeptEndsTheNameAtTheLastDotEvenOfADirectory)
 {
-    const std::tuple<const char *, const char *, int> cases[] = {
-        {"dir.d\\file", "dir", 0}, {"a.b.c", "a.b", 0}, {".a", "", 0}, {"a", "a", -1}, {"", "", -1}};
-    for (const auto &[name, expected, result] : cases) {
-        std::string text = name;
-        EXPECT_EQ(fport_StripExtension(text.data()), result);
-        EXPECT_STREQ(text.c_str(), expected);
+    for (std::string name : {"dir.d\\file", "a.b.c", ".a", "a", ""}) {
+        const std::size_t dot = name.rfind('.');
+        const std::string expected = name.substr(0, dot);
+        EXPECT_EQ(fport_StripExtension(name.data()), dot == std::string::npos ? -1 : 0);
+        EXPECT_STREQ(name.c_str(), expected.c_str());
     }
 }
 
 TEST(FportMakeFullPath, JoinsWhatFits)
 {
     Reports reports;
-    char path[16] = "xxx";
-    EXPECT_EQ(fport_MakeFullPath("ab", "cde", path, 7), 0);
-    EXPECT_STREQ(path, "ab\\cde");
-    EXPECT_EQ(fport_MakeFullPath(path, "f", path, 9), 0);
-    EXPECT_EQ(fport_MakeFullPath("g", path, path, 11), 0);
-    EXPECT_STREQ(path, "g\\ab\\cde\\f");
-    EXPECT_EQ(reports.take(), lines{});
+    char path[16] = "ab";
+    EXPECT_EQ(fport_MakeFullPath(path, "cde", path, 7), 0);
+    EXPECT_EQ(fport_MakeFullPath("g", path, path, 9), 0);
     EXPECT_EQ(fport_MakeFullPath("ab", "cde", path, 0), -1);
-    EXPECT_STREQ(path, "g\\ab\\cde\\f");
+    EXPECT_STREQ(path, "g\\ab\\cde");
     EXPECT_EQ(fport_MakeFullPath("ab", "cde", path, 6), -1);
     EXPECT_STREQ(path, "");
     EXPECT_EQ(reports.take(), lines(2, "fport_MakeFullPah: string not long enough"));
