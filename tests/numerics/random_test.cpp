@@ -5,39 +5,35 @@
 #include <climits>
 #include <cstdint>
 #include <memory>
-#include <utility>
 
 namespace
 {
 
-using Random = std::unique_ptr<random_rec, random_rec *(*)(random_rec *)>;
-
-Random seeded(int seed) { return {random_new(seed), random_kill}; }
-float first(int seed) { return random_val(seeded(seed).get()); }
-float fraction(std::int64_t state) { return static_cast<float>(static_cast<double>(state) / 2147483648.0); }
+// The value of a state, as a power of the multiplier gives it.
+float value(std::int64_t state) { return static_cast<float>(static_cast<double>(state) / 2147483648.0); }
 
 }  // namespace
 
 TEST(RandomVal, FollowsThePublishedSequence)
 {
-    // The product is exact in 64 bits; the last state is the check that Park and Miller give.
-    const Random generator = seeded(1);
+    const std::unique_ptr<random_rec, random_rec *(*)(random_rec *)> generator(random_new(1), random_kill);
     std::int64_t state = 1;
     for (int i = 0; i < 10000; ++i) {
-        state = state * 16807 % 2147483647;
-        ASSERT_EQ(random_val(generator.get()), fraction(state)) << i;
+        state = state * 16807 % INT_MAX;
+        ASSERT_EQ(random_val(generator.get()), value(state)) << i;
     }
-    EXPECT_EQ(state, 1043618065);
+    EXPECT_EQ(state, 1043618065) << "Park and Miller's check";
 }
 
-TEST(RandomNew, TakesSeedsModulo2To31Less1)
+TEST(RandomNew, KeptTakesEverySeedModulo2To31Less1AndReachesOne)
 {
-    const std::pair<int, std::int64_t> states[] = {
-        {0, 1}, {INT_MAX, 1},     {1, 1}, {INT_MAX - 1, INT_MAX - 1}, {-1, INT_MAX - 1}, {INT_MIN, INT_MAX - 1},
-        {2, 2}, {-5, INT_MAX - 5}};
-    for (const auto &[seed, state] : states)
-        EXPECT_EQ(first(seed), fraction(state * 16807 % INT_MAX)) << seed;
+    const int states[][2] = {
+        {0, 1}, {INT_MAX, 1}, {1, 1}, {-5, INT_MAX - 5}, {INT_MIN, INT_MAX - 1}, {739806647, 739806647}};
+    for (const auto &[seed, state] : states) {
+        random_rec *generator = random_new(seed);
+        EXPECT_EQ(random_val(generator), value(std::int64_t{state} * 16807 % INT_MAX)) << seed;
+        EXPECT_EQ(random_kill(generator), nullptr);
+    }
+    EXPECT_EQ(value(std::int64_t{739806647} * 16807 % INT_MAX), 1.0F);
     EXPECT_EQ(random_kill(nullptr), nullptr);
 }
-
-TEST(RandomVal, KeptReachesOneFromTheHighestStates) { EXPECT_EQ(first(739806647), 1.0F); }
