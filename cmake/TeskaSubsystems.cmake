@@ -30,6 +30,7 @@ teska_subsystem(
 teska_subsystem(
   numerics
   "Numerical methods"
+  dhsm
   mat
   random
   rdither

@@ -1,6 +1,7 @@
 /* teska_numerics.h - gathers the headers of one subsystem: numerical methods */
 #ifndef TESKA_NUMERICS_H
 #define TESKA_NUMERICS_H
+#include "dhsm.h"
 #include "mat.h"
 #include "random.h"
 #include "rdither.h"

@@ -261,6 +261,23 @@ static const char *use_md_tetrad(void)
     return NULL;
 }
 
+static double parabola(void *c1, void *c2, const double *x)
+{
+    (void)c1;
+    (void)c2;
+    return (x[0] - 1) * (x[0] - 1);
+}
+
+static const char *use_dhsm(void)
+{
+    dhsm *d = dhsm_new(parabola, NULL, 1);
+    double x = 0;
+    double least = -1;
+    EXPECT(dhsm_solve(d, NULL, NULL, 0, &x, 0, &least) == 0 && least < 1e-6 && x > 0.999 && x < 1.001);
+    EXPECT(dhsm_kill(d) == NULL);
+    return NULL;
+}
+
 static const char *use_mat(void)
 {
     const double elements[] = {2, 1, 4, 3};
@@ -392,6 +409,7 @@ const char *use_every_module(void)
                                          use_special_functions,
                                          use_lopra,
                                          use_rom,
+                                         use_dhsm,
                                          use_mat,
                                          use_vect,
                                          use_fport,

@@ -1,0 +1,129 @@
+#include "dhsm.h"
+
+#include "numerics/problems.h"
+#include "support/reports.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <memory>
+#include <vector>
+
+namespace
+{
+
+using teska_test::Objective;
+using Values = std::vector<double>;
+
+struct Outcome {
+    int result;
+    Values x;
+    double least;
+    int evaluations;
+};
+
+double always_zero(dhsm *, void *, void *, int, int) { return 0.0; }
+double never(dhsm *, void *, void *, int, int) { return 1.0; }
+
+struct Search {
+    Search(Objective f, std::size_t variables, dhsm_conv_test test = nullptr)
+        : n(static_cast<int>(variables)), d(dhsm_new(f, test, n), dhsm_kill)
+    {
+    }
+
+    Outcome solve(Values x, double tolerance, int max_iter)
+    {
+        Outcome run{-9, std::move(x), 0, 0};
+        run.result = dhsm_solve(d.get(), &run.evaluations, &n, tolerance, run.x.data(), max_iter, &run.least);
+        return run;
+    }
+
+    int n;
+    std::unique_ptr<dhsm, dhsm *(*)(dhsm *)> d;
+};
+
+double gentle(void *evaluations, void *, const double *x)
+{
+    ++*static_cast<int *>(evaluations);
+    return (x[0] - 1) * (x[0] - 1) + (x[1] + 2) * (x[1] + 2);
+}
+
+double constant(void *evaluations, void *, const double *) { return ++*static_cast<int *>(evaluations), 5; }
+
+}  // namespace
+
+TEST(DhsmSolve, EndsAtTheMinimumOfKnownProblems)
+{
+    for (const teska_test::Problem &problem : teska_test::problems()) {
+        Search search(problem.f, problem.start.size());
+        const Outcome first = search.solve(problem.start, 1e-9, 20000);
+        // On a plateau all is equally good, and a simplex that never has to shrink never ends.
+        EXPECT_EQ(first.result, problem.f == teska_test::plateaus ? -1 : 0) << problem.name;
+        EXPECT_NEAR(first.least, problem.least, problem.within) << problem.name;
+        // The search starts anew around the point it is given.
+        const Outcome again = search.solve(first.x, 1e-9, 20000);
+        EXPECT_LE(again.least, first.least) << problem.name;
+    }
+}
+
+TEST(DhsmSolve, StopsAfterTheStepsItIsAllowed)
+{
+    const struct {
+        Objective f;
+        int max_iter, result, evaluations;
+        Values x;
+        double least;
+    } rows[] = {
+        {gentle, -1, -1, 3, {0.1, 0}, 4.81},
+        {gentle, 1, -1, 7, {0.375, -0.3}, 3.280625},
+        // Equal values: only reflections, and nothing shrinks.
+        {constant, 0, -1, 3 + 2 * 1001, {}, 5},
+        {constant, 5, -1, 3 + 2 * 6, {}, 5},
+        {teska_test::undefined, INT_MAX, 0, 0, {0, 0}, 0},
+    };
+    for (const auto &row : rows) {
+        const Outcome run = Search(row.f, 2).solve({0, 0}, 0, row.max_iter);
+        EXPECT_EQ(run.result, row.result);
+        if (row.f != teska_test::undefined) {
+            EXPECT_EQ(run.evaluations, row.evaluations);
+            EXPECT_DOUBLE_EQ(run.least, row.least);
+        }
+        for (std::size_t k = 0; k < row.x.size() && row.f == gentle; ++k)
+            EXPECT_NEAR(run.x[k], row.x[k], 1e-15);
+    }
+    EXPECT_EQ(Search(gentle, 2, never).solve({0, 0}, 0, 0).result, -1);
+    EXPECT_EQ(Search(gentle, 2).solve({0, 0}, -1, 50).result, -1) << "no measure is below a negative tolerance";
+}
+
+TEST(DhsmSolve, TakesTheFirstSimplexFromTheStartOrFromInit)
+{
+    const int yes[] = {1, 1};
+    const int upper_only[] = {0, 0};
+    const double lower[] = {-10, -10};
+    const double upper[] = {3.1, 9};
+    const double step[] = {0.2, 0.2};
+    const double start[] = {3, 1};
+    const struct {
+        const int *lower_given, *upper_given;
+        Values best;
+    } rows[] = {{nullptr, yes, {3, 1}}, {yes, nullptr, {3, 1}}, {yes, yes, {1.7, 1}}, {upper_only, yes, {2.6, 1}}};
+    for (const auto &row : rows) {
+        Search search(gentle, 2, always_zero);
+        dhsm_init(search.d.get(), row.lower_given, row.upper_given, lower, upper, step, start);
+        const Outcome run = search.solve({77, 77}, 0, 0);
+        EXPECT_DOUBLE_EQ(run.x[0], row.best[0]);
+        EXPECT_EQ(run.x[1], row.best[1]);
+    }
+    EXPECT_EQ(Search(gentle, 2, always_zero).solve({0, 0}, 0, 0).x, (Values{0.1, 0}));
+    EXPECT_EQ(Search(gentle, 2, always_zero).solve({3, 1}, 0, 0).x, (Values{3, 1}));
+}
+
+TEST(DhsmNew, RefusesWhatCannotBeSearched)
+{
+    teska_test::Reports reports;
+    for (const int n : {0, -1, INT_MIN, INT_MAX})
+        EXPECT_EQ(dhsm_new(gentle, nullptr, n), nullptr);
+    EXPECT_EQ(dhsm_new(nullptr, nullptr, 2), nullptr);
+    EXPECT_EQ(reports.take().size(), 5U);
+    EXPECT_EQ(dhsm_kill(nullptr), nullptr);
+}

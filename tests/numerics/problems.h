@@ -1,0 +1,118 @@
+// problems - functions whose minima are known, for the tests of the minimisers
+//
+// Source: Moré, Garbow, Hillstrom, Testing unconstrained optimization software, ACM TOMS 7 (1981), pp. 17-41.
+
+#ifndef TESKA_TESTS_PROBLEMS_H
+#define TESKA_TESTS_PROBLEMS_H
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace teska_test
+{
+
+// Counts its evaluations in *context1 and takes the number of variables from *context2.
+using Objective = double (*)(void *context1, void *context2, const double *x);
+
+inline int variables(void *context1, void *context2)
+{
+    ++*static_cast<int *>(context1);
+    return *static_cast<int *>(context2);
+}
+
+inline double square(double v) { return v * v; }
+
+inline double rosenbrock(void *context1, void *context2, const double *x)
+{
+    double sum = 0.0;
+    for (int i = 0; i + 1 < variables(context1, context2); ++i)
+        sum += 100.0 * square(x[i + 1] - x[i] * x[i]) + square(1.0 - x[i]);
+    return sum;
+}
+
+inline double powell_singular(void *context1, void *context2, const double *x)
+{
+    variables(context1, context2);
+    return square(x[0] + 10.0 * x[1]) + 5.0 * square(x[2] - x[3]) + square(square(x[1] - 2.0 * x[2])) +
+           10.0 * square(square(x[0] - x[3]));
+}
+
+inline double beale(void *context1, void *context2, const double *x)
+{
+    variables(context1, context2);
+    return square(1.5 - x[0] * (1.0 - x[1])) + square(2.25 - x[0] * (1.0 - x[1] * x[1])) +
+           square(2.625 - x[0] * (1.0 - x[1] * x[1] * x[1]));
+}
+
+inline double himmelblau(void *context1, void *context2, const double *x)
+{
+    variables(context1, context2);
+    return square(x[0] * x[0] + x[1] - 11.0) + square(x[0] + x[1] * x[1] - 7.0);
+}
+
+// A bowl around (1, 2, 3 ..), a thousand times as steep in the last variable as in the first, and turned.
+inline double bowl(void *context1, void *context2, const double *x)
+{
+    const int n = variables(context1, context2);
+    double sum = 0.0;
+    for (int i = 0; i < n; ++i) {
+        const double next = i + 1 < n ? x[i + 1] - (i + 2) : 0.0;
+        sum += std::pow(1000.0, (i + 1.0) / n) * square(x[i] - (i + 1) + 0.5 * next);
+    }
+    return sum;
+}
+
+inline double noisy_bowl(void *context1, void *context2, const double *x)
+{
+    return bowl(context1, context2, x) + 1e-9 * std::sin(1e7 * x[0]);
+}
+
+inline double plateaus(void *context1, void *context2, const double *x)
+{
+    return std::floor(bowl(context1, context2, x));
+}
+
+inline double half_undefined(void *context1, void *context2, const double *x)
+{
+    const double value = bowl(context1, context2, x);
+    return x[0] > 3.0 ? std::numeric_limits<double>::quiet_NaN() : value;
+}
+
+inline double undefined(void *context1, void *context2, const double *)
+{
+    variables(context1, context2);
+    return std::numeric_limits<double>::quiet_NaN();
+}
+
+struct Problem {
+    const char *name;
+    Objective f;
+    std::vector<double> start;
+    double least;  // the value at the minimum, reached within `within`
+    double within;
+};
+
+inline const std::vector<Problem> &problems()
+{
+    static const std::vector<Problem> all{
+        {"rosenbrock 2", rosenbrock, {-1.2, 1}, 0, 1e-9},
+        {"rosenbrock 6", rosenbrock, {-1.2, 1, -1.2, 1, -1.2, 1}, 0, 4},  // 3.97 in a hollow beside the valley
+        {"powell singular", powell_singular, {3, -1, 0, 1}, 0, 1e-9},
+        {"beale", beale, {1, 1}, 0, 1e-9},
+        {"himmelblau", himmelblau, {0, 0}, 0, 1e-9},
+        {"himmelblau, far", himmelblau, {-40, 50}, 0, 1e-9},
+        {"bowl 1", bowl, {-7}, 0, 1e-9},
+        {"bowl 2", bowl, {0, 0}, 0, 1e-9},
+        {"bowl 5", bowl, {9, -9, 9, -9, 9}, 0, 1e-6},
+        {"bowl 10", bowl, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 0, 1},
+        {"noise", noisy_bowl, {0, 0}, 0, 1e-6},
+        {"plateaus", plateaus, {4, 4}, 0, 0.5},
+        {"half undefined", half_undefined, {-2, 0}, 0, 1e-9},
+    };
+    return all;
+}
+
+}  // namespace teska_test
+
+#endif
