@@ -99,6 +99,7 @@ TEST(Fdstream, MakesOneCallOfTheHostShowsItsFailureAndKeepsNoDescriptor)
         EXPECT_EQ(with(0, {.partial = true}), row.partial) << at;
         EXPECT_EQ(with(1, {}), row.good) << at << ", of which there is but one";
     }
+    EXPECT_EQ(streambufExt(path, 1).openfile(), 0);
     EXPECT_EQ(lowest_descriptor(), lowest);
     std::remove(path);
 }
