@@ -30,10 +30,12 @@ teska_subsystem(
 teska_subsystem(
   numerics
   "Numerical methods"
+  condirmin
   dhsm
   mat
   random
   rdither
+  restriction
   scalar_solvers
   special_functions
   tran3

@@ -101,7 +101,7 @@ bool is_lower_nearby(const dhsm &d, const objective &f, int best)
             x[k] = moved;
             const double value = f(x);
             x[k] = kept;
-            if (value < d.values[best])
+            if (value < d.values.get()[best])
                 return true;
         }
     }
@@ -131,7 +131,7 @@ void find_centroid(const dhsm &d, int without)
 void replace(const dhsm &d, int i, const double *point, double value)
 {
     std::copy_n(point, d.n, vertex(d, i));
-    d.values[i] = value;
+    d.values.get()[i] = value;
 }
 
 void shrink(const dhsm &d, const objective &f, int best)
@@ -143,7 +143,7 @@ void shrink(const dhsm &d, const objective &f, int best)
         double *const v = vertex(d, i);
         for (int j = 0; j < d.n; ++j)
             v[j] = b[j] + 0.5 * (v[j] - b[j]);
-        d.values[i] = f(v);
+        d.values.get()[i] = f(v);
     }
 }
 
@@ -153,19 +153,19 @@ void move_simplex(const dhsm &d, const objective &f, const ranking &rank)
     double *const r = d.trial.get();
     double *const other = d.trial2.get();
     const double *const w = vertex(d, rank.worst);
-    double &worst_value = d.values[rank.worst];
+    double &worst_value = d.values.get()[rank.worst];
 
     find_centroid(d, rank.worst);
     for (int j = 0; j < d.n; ++j)
         r[j] = 2.0 * c[j] - w[j];
     const double reflected = f(r);
-    if (reflected <= d.values[rank.best]) {
+    if (reflected <= d.values.get()[rank.best]) {
         for (int j = 0; j < d.n; ++j)
             other[j] = c[j] + 2.0 * (r[j] - c[j]);
         const double expanded = f(other);
         return reflected <= expanded ? replace(d, rank.worst, r, reflected) : replace(d, rank.worst, other, expanded);
     }
-    if (reflected < d.values[rank.second_worst])
+    if (reflected < d.values.get()[rank.second_worst])
         return replace(d, rank.worst, r, reflected);
 
     if (reflected < worst_value)
@@ -190,7 +190,7 @@ void set_up(dhsm &d, const double *x)
 int finish(dhsm &d, int best, double *x, double *f_min, int result)
 {
     std::copy_n(vertex(d, best), d.n, x);
-    *f_min = d.values[best];
+    *f_min = d.values.get()[best];
     d.ready = 0;
     return result;
 }
@@ -259,7 +259,7 @@ int dhsm_solve(dhsm *d, void *context1, void *context2, double tolerance, double
     if (d->ready == 0)
         set_up(*d, x);
     for (int i = d->n; i >= 0; --i)
-        d->values[i] = f(vertex(*d, i));
+        d->values.get()[i] = f(vertex(*d, i));
     state.tolerance = tolerance != 0.0 ? tolerance : default_tolerance;
     const std::int64_t last = max_iter != 0 ? max_iter : default_steps;
     for (std::int64_t steps = 0;; ++steps) {

@@ -129,7 +129,7 @@ bool scale_rows(mat &m)
         if (largest == 0.0)
             regular = false;
         else
-            m.scale[i] = 1.0 / largest;
+            m.scale.get()[i] = 1.0 / largest;
     }
     return regular;
 }
@@ -313,7 +313,7 @@ double *mat_get_col(mat *m, int j) TESKA_NOTHROW
         return nullptr;
     }
     for (int i = 0; i < m->rows; ++i)
-        m->scale[i] = row_of(*m, i)[j];
+        m->scale.get()[i] = row_of(*m, i)[j];
     return m->scale.get();
 }
 
@@ -364,7 +364,7 @@ int mat_det_det(mat *m, double *det) TESKA_NOTHROW
         return -1;
     double product = m->parity;
     for (int i = 0; i < m->rows; ++i)
-        product *= m->lu[i * (stride_of(*m) + 1)];
+        product *= m->lu.get()[i * (stride_of(*m) + 1)];
     *det = product;
     return 0;
 }
@@ -382,7 +382,7 @@ mat *mat_invert(mat *m, int *flag) TESKA_NOTHROW
         return nullptr;
     for (int j = 0; j < m->rows; ++j) {
         std::fill_n(m->unit.get(), m->rows, 0.0);
-        m->unit[j] = 1.0;
+        m->unit.get()[j] = 1.0;
         mat_solve_set(m, m->unit.get(), flag);
         mat_set_col(inverse, j, m->unit.get());
     }

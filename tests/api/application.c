@@ -278,6 +278,18 @@ static const char *use_dhsm(void)
     return NULL;
 }
 
+static const char *use_condirmin(void)
+{
+    const double no_more[] = {1, 0.5};
+    restriction *r = restriction_new(1, 0, NULL, 1, no_more);
+    const int level = teska_warn_level(1);
+    double x = 0;
+    EXPECT(condirmin_restr(&x, 1, 1e-8, r, NULL, NULL, parabola, NULL, NULL) == 1 && x == 0.5);
+    teska_warn_level(level);
+    EXPECT(restriction_kill(r) == NULL);
+    return NULL;
+}
+
 static const char *use_mat(void)
 {
     const double elements[] = {2, 1, 4, 3};
@@ -410,6 +422,7 @@ const char *use_every_module(void)
                                          use_lopra,
                                          use_rom,
                                          use_dhsm,
+                                         use_condirmin,
                                          use_mat,
                                          use_vect,
                                          use_fport,

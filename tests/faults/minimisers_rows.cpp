@@ -1,6 +1,14 @@
 #include "faults/sweep.h"
 
+#include "faults/injector.h"
+
+#include "condirmin.h"
 #include "dhsm.h"
+#include "error_mess.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
 
 namespace teska_test
 {
@@ -10,7 +18,57 @@ namespace
 
 double constant(void *, void *, const double *) { return 5; }
 
+// From (1, 2) on level ground. Returns the result, with x and the trace thrown away.
+int search(int n)
+{
+    const int level = teska_warn_level(1);
+    double x[] = {1, 2, 3};
+    double least = 0;
+    int passes = 0;
+    const int result = condirmin(x, n, 1e-8, &passes, &least, constant, nullptr, nullptr);
+    teska_warn_level(level);
+    return result;
+}
+
+using Restriction = std::shared_ptr<restriction>;
+
+Restriction corner()
+{
+    const double ineq[] = {1, 0, 0.5, 0, 1, 0.5};
+    return {restriction_new(2, 0, nullptr, 2, ineq), restriction_kill};
+}
+
+const double origin[] = {0, 0};
+const double step[] = {1, 0, 0};
+
+// Half a step, with a restriction; without memory no step, and nothing.
+bool stops(const Restriction &r)
+{
+    double alpha = -1;
+    restriction *reduced = restriction_new_check(r.get(), nullptr, origin, step, &alpha);
+    EXPECT_EQ(alpha, reduced != nullptr ? 0.5 : 0.0);
+    return restriction_kill(reduced), alpha == 0.5;
+}
+
 const SweepRows rows({
+    {.name = "condirmin",
+     .make =
+         [] {
+             search(2);  // makes the line, which stays
+             return SweepCase{.call = [] { return search(2) == 1; }};
+         },
+     .failures = {{.count = 4, .once = {"condirmin: malloc failed"}}}},
+    {.name = "restriction_new",
+     .make =
+         [] {
+             return SweepCase{.call = [] {
+                 restriction *r = restriction_new(2, 1, step, 0, nullptr);
+                 return restriction_kill(r), r != nullptr;
+             }};
+         },
+     .failures = {{.count = 6, .once = {"restriction_new: malloc failed"}}}},
+    changing<Restriction>("restriction_new_check", corner, stops, [](const Restriction &) { return std::string(); },
+                          {{.count = 6, .once = {"restriction_new: malloc failed"}}}),
     {.name = "dhsm_new",
      .make =
          [] {
@@ -23,6 +81,16 @@ const SweepRows rows({
                    .once = {"nr: 1, kind: 0, sys: 12, file: Private/Source/dhsm.cpp, line: #, info: No resources "
                             "available"}}}},
 });
+
+TEST(Condirmin, StaysWhereItIsWithoutMemoryForALine)
+{
+    search(3);
+    Reports reports;
+    arm(fault_kind::memory, 4, true);
+    EXPECT_EQ(search(2), 1);
+    disarm();
+    EXPECT_EQ(reports.take(), lines(2, "linmin: malloc failed"));
+}
 
 }  // namespace
 

@@ -1,0 +1,95 @@
+#include "restriction.h"
+
+#include "support/reports.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <memory>
+#include <vector>
+
+namespace
+{
+
+using Values = std::vector<double>;
+using Restriction = std::unique_ptr<restriction, restriction *(*)(restriction *)>;
+
+Restriction restricted(int nx, const Values &eq, const Values &ineq)
+{
+    const auto rows = [nx](const Values &v) { return static_cast<int>(v.size()) / (nx + 1); };
+    return {restriction_new(nx, rows(eq), eq.data(), rows(ineq), ineq.data()), restriction_kill};
+}
+
+Values full(const Restriction &r, const Values &free_vars, std::size_t nx)
+{
+    Values x(nx);
+    EXPECT_EQ(restriction_makeX(r.get(), free_vars.data(), x.data()), 0);
+    return x;
+}
+
+}  // namespace
+
+TEST(RestrictionNew, MakesCoordinatesDependOnTheOthers)
+{
+    const struct {
+        Values eq;
+        int free;
+        Values free_vars, x;
+    } rows[] = {
+        {{}, 3, {7, 8, 9}, {7, 8, 9}},
+        {{1, 1, 1, 6}, 2, {2, 3}, {1, 2, 3}},
+        {{1, 1, 1, 6, 1, -1, 0, -1}, 1, {3}, {1, 2, 3}},
+        {{1, 1, 1, 6, 2, 2, 2, 12}, 2, {2, 3}, {1, 2, 3}},  // the second says nothing new
+        {{1, 1, 1, 6, 1, -1, 0, -1, 0, 0, 4, 12}, 0, {}, {1, 2, 3}},
+        {{1, 2, -8, 0}, 2, {1, 2}, {1, 2, 0.625}},  // the largest magnitude is the pivot
+    };
+    for (const auto &row : rows) {
+        const Restriction r = restricted(3, row.eq, {});
+        EXPECT_EQ(restriction_get_num_of_var(r.get()), row.free);
+        EXPECT_EQ(full(r, row.free_vars, 3), row.x);
+    }
+    EXPECT_EQ(restriction_get_num_of_var(nullptr), 0);
+    teska_test::Reports reports;
+    EXPECT_EQ(restricted(2, {1, 1, 1, 1, 1, 2}, {}), nullptr);
+    EXPECT_EQ(reports.take(), teska_test::lines{"restriction_new: inconsistent restrictions"});
+    for (const int nx : {0, -1, INT_MIN, INT_MAX})
+        EXPECT_EQ(restriction_new(nx, 0, nullptr, 0, nullptr), nullptr);
+    EXPECT_EQ(restriction_new(2, -1, nullptr, 0, nullptr), nullptr);
+    EXPECT_EQ(restriction_new(2, 0, nullptr, -1, nullptr), nullptr);
+    EXPECT_EQ(reports.take(), teska_test::lines(6, "restriction_new: malloc failed"));
+}
+
+TEST(RestrictionNewCheck, StopsAStepAtTheFirstInequality)
+{
+    // y <= 4, y + z <= 6, 2 y <= 8, and one that follows from x = 1.
+    const Restriction r = restricted(3, {1, 0, 0, 1}, {0, 1, 0, 4, 0, 1, 1, 6, 0, 2, 0, 8, 1, 0, 0, 1});
+    const struct {
+        Values step;
+        double alpha;
+        Values x;  // of the reduced restriction with its one free variable 5; empty when nothing stops
+    } rows[] = {
+        {{1, 1}, 1, {}},           {{4, 0}, 1, {}},          {{8, -8}, 0.5, {1, 4, 5}},
+        {{0, 12}, 0.5, {1, 1, 5}}, {{8, 4}, 0.5, {1, 4, 5}}, {{-100, 5}, 1, {}},
+    };
+    for (const auto &row : rows) {
+        double alpha = -9;
+        const Restriction reduced(restriction_new_check(r.get(), nullptr, Values{0, 0}.data(), row.step.data(), &alpha),
+                                  restriction_kill);
+        EXPECT_EQ(alpha, row.alpha);
+        ASSERT_EQ(reduced == nullptr, row.x.empty());
+        if (!reduced)
+            continue;
+        EXPECT_EQ(full(reduced, {5}, 3), row.x);
+        Values back(2);
+        EXPECT_EQ(restriction_get_back(reduced.get(), r.get(), Values{5}.data(), back.data()), 0);
+        EXPECT_EQ(back, Values(row.x.begin() + 1, row.x.end()));
+    }
+    // Other limits count instead; a start that violates one goes nowhere.
+    const Restriction tighter = restricted(3, {}, {0, 1, 0, -1});
+    double alpha = -9;
+    const Restriction stuck(
+        restriction_new_check(r.get(), tighter.get(), Values{0, 0}.data(), Values{1, 0}.data(), &alpha),
+        restriction_kill);
+    EXPECT_EQ(alpha, 0);
+    EXPECT_EQ(full(stuck, {5}, 3), (Values{1, -1, 5}));
+}
