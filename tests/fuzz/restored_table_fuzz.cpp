@@ -1,0 +1,156 @@
+// restored_table - a table restored from arbitrary slots and pools, then any operations on it
+//
+// An input is: codes of keys and data, number of slots, parameter, bytes of the two pools, the slots, the pools, and
+// operations to the end: what is done, a key, data, an index. Bytes that are missing are zero.
+
+#include "error_mess.h"
+#include "hash_tab.h"
+#include "wem.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace
+{
+
+using Bytes = std::vector<char>;
+
+void expect(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+struct Input {
+    const std::uint8_t *at;
+    std::size_t left;
+
+    int byte() { return left > 0 ? --left, *at++ : 0; }
+
+    // In memory of its own, so that reading past the end is noticed.
+    Bytes bytes(int count)
+    {
+        Bytes taken(static_cast<std::size_t>(std::max(count, 1)));  // null would mean something else
+        taken.resize(static_cast<std::size_t>(count));
+        std::generate(taken.begin(), taken.end(), [this] { return static_cast<char>(byte()); });
+        return taken;
+    }
+
+    // A key or data: fixed bytes, or a text.
+    Bytes value(int code)
+    {
+        Bytes taken = bytes(code >= 0 ? code : byte() % 12);
+        if (code < 0) {
+            taken.push_back('\0');
+            taken.resize(std::strlen(taken.data()) + 1);
+        }
+        return taken;
+    }
+};
+
+int key_width;  // of fixed keys; -1: texts
+
+int compare(const void *a, const void *b)
+{
+    return key_width >= 0 ? std::memcmp(a, b, static_cast<std::size_t>(key_width))
+                          : std::strcmp(static_cast<const char *>(a), static_cast<const char *>(b));
+}
+
+int hash(int parameter, const void *key)
+{
+    const auto *bytes = static_cast<const unsigned char *>(key);
+    auto sum = static_cast<unsigned>(parameter);
+    for (int i = 0; key_width >= 0 ? i < key_width : bytes[i] != 0; ++i)
+        sum = 31 * sum + bytes[i];
+    return static_cast<int>(sum);
+}
+
+int match(const void *stored, const void *key) { return compare(stored, key) == 0 ? 1 : 0; }
+
+int empty(const void *slot)
+{
+    static const char zeros[16] = {};
+    return compare(slot, zeros) == 0 ? 1 : 0;
+}
+
+// Fixed bytes 0 .. 13, or texts with offsets of 2 or 4 bytes.
+int code_of(int byte) { return byte % 16 - 2; }
+int width_of(int code) { return code >= 0 ? code : -2 * code; }
+
+// Room for what is read: a text may go on from one written to the end of the restored ones.
+Bytes room(int code) { return Bytes(code > 0 ? static_cast<std::size_t>(code) : 300); }
+
+void operate(hash_tab *table, int key_code, int data_code, Bytes &key_out, Bytes &data_out, Input &input)
+{
+    const int slots = hash_tab_nr_items(table);
+    const int action = input.byte();
+    const Bytes key = input.value(key_code);
+    const Bytes data = input.value(data_code);
+    const int index = input.byte() % 36 - 2;
+    int result = -1;
+    switch (action % 8) {
+    case 0:
+        result = hash_tab_insert(table, key.data(), data.data());
+        if (result >= 0) {
+            expect(hash_tab_index(table, result, key_out.data(), data_out.data()) == result);
+            expect(std::equal(key.begin(), key.end(), key_out.begin()));
+            expect(std::equal(data.begin(), data.end(), data_out.begin()));
+            expect(hash_tab_get(table, key.data(), data_out.data()) >= 0);
+        }
+        break;
+    case 1:
+        result = hash_tab_get(table, key.data(), data_out.data());
+        break;
+    case 2:
+        result = hash_tab_put(table, key.data(), data.data());
+        break;
+    case 3:
+        result = hash_tab_delete(table, key.data());
+        break;
+    case 4:
+        result = hash_tab_delete_index(table, index) > 0 ? index : -1;
+        break;
+    case 5:
+        result = hash_tab_uninsert_index(table, index) > 0 ? index : -1;
+        break;
+    case 6:
+        result = hash_tab_put_index(table, index, data.data()) > 0 ? index : -1;
+        break;
+    default:
+        result = hash_tab_index(table, index, key_out.data(), data_out.data());
+    }
+    expect(result >= -1 && result < std::max(slots, 0));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    error_set(0);
+    wem_set_typefl([](const char *) { return 0; });
+    Input input{data, std::min<std::size_t>(size, 4096)};
+    const int key_code = code_of(input.byte());
+    const int data_code = code_of(input.byte());
+    const int nr_slots = input.byte() % 32;
+    const int parameter = input.byte() - 100;
+    const int key_bytes = input.byte();
+    const int data_bytes = input.byte();
+    const Bytes slots = input.bytes(nr_slots * (width_of(key_code) + width_of(data_code)));
+    const Bytes keys = input.bytes(key_bytes);
+    const Bytes texts = input.bytes(data_bytes);
+    key_width = std::max(key_code, -1);
+    const std::unique_ptr<hash_tab, hash_tab *(*)(hash_tab *)> table(
+        hash_tab_newset(parameter, nr_slots, key_code, data_code, hash, match, empty, slots.data(), keys.data(),
+                        key_bytes, texts.data(), data_bytes),
+        hash_tab_kill);
+    expect(table != nullptr && hash_tab_nr_items(table.get()) == nr_slots);
+    Bytes key_out = room(key_code);
+    Bytes data_out = room(data_code);
+    while (input.left > 0)
+        operate(table.get(), key_code, data_code, key_out, data_out, input);
+    return 0;
+}
