@@ -40,7 +40,14 @@ teska_subsystem(
   special_functions
   tran3
   vect)
-teska_subsystem(curves "Curves and one-dimensional tables" func hist interp_double)
+teska_subsystem(
+  curves
+  "Curves and one-dimensional tables"
+  bezierd_base:bezierd_base+bezierd_roots
+  func
+  grad_tab
+  hist
+  interp_double)
 teska_subsystem(colour "Colour lookup tables and multidimensional interpolation" clut md_tetrab md_tetrad tfastpow)
 teska_subsystem(image "Image processing, line by line")
 teska_subsystem(geometry "Geometry and gamut")

@@ -1,7 +1,9 @@
 /* teska_curves.h - gathers the headers of one subsystem: curves and one-dimensional tables */
 #ifndef TESKA_CURVES_H
 #define TESKA_CURVES_H
+#include "bezierd_base.h"
 #include "func.h"
+#include "grad_tab.h"
 #include "hist.h"
 #include "interp_double.h"
 #endif

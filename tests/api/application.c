@@ -194,6 +194,16 @@ static const char *use_flock(void)
     return NULL;
 }
 
+static const char *use_bezier(void)
+{
+    bezier *b = bezier_new(3, 0.0, 0.0, 3.0, 0.0);
+    double y[3];
+    EXPECT(bezier_set_controlp(b, 0, 1.0, 0.0) == 1 && bezier_set_controlp(b, 1, 2.0, 0.0) == 1);
+    EXPECT(bezier_get_y(b, 1.5, y) == 1 && y[0] == 0.0);
+    EXPECT(bezier_kill(b) == 1);
+    return NULL;
+}
+
 static const char *use_func(void)
 {
     func *f = func_new(0, sizeof(short), sizeof(char), not_below);
@@ -287,6 +297,13 @@ static const char *use_condirmin(void)
     EXPECT(condirmin_restr(&x, 1, 1e-8, r, NULL, NULL, parabola, NULL, NULL) == 1 && x == 0.5);
     teska_warn_level(level);
     EXPECT(restriction_kill(r) == NULL);
+    return NULL;
+}
+
+static const char *use_grad_tab(void)
+{
+    EXPECT(grad_tab_new("no-such-folder/curve.rec", 0, 1, 0) == NULL);
+    EXPECT(grad_tab_kill(NULL) == NULL);
     return NULL;
 }
 
@@ -410,6 +427,7 @@ const char *use_every_module(void)
                                          use_md5_digest,
                                          use_list,
                                          use_str_utils,
+                                         use_bezier,
                                          use_func,
                                          use_wem,
                                          use_interp_double,
@@ -422,6 +440,7 @@ const char *use_every_module(void)
                                          use_lopra,
                                          use_rom,
                                          use_dhsm,
+                                         use_grad_tab,
                                          use_condirmin,
                                          use_mat,
                                          use_vect,
