@@ -1,6 +1,9 @@
 #include "faults/sweep.h"
 
+#include "support/folder.h"
+
 #include "func.h"
+#include "grad_tab.h"
 #include "hist.h"
 #include "interp_double.h"
 
@@ -99,6 +102,24 @@ const SweepRows rows({
             {{.count = 1, .once = {no_func}},
              {.count = 4, .once = {no_func, no_list}},
              {.count = 3, .once = {no_room}}}),  // x and y for the second point, x for the third
+    {.name = "grad_tab_new",
+     .make =
+         [] {
+             const auto folder = std::make_shared<Folder>();
+             return SweepCase{.call = [folder, path = folder->path("curve.rec")] {
+                 grad_tab *g = grad_tab_new(path.c_str(), 1, 1, 0);
+                 return grad_tab_kill(g), g != nullptr;
+             }};
+         },
+     .failures = {{.count = 2, .once = {}},
+                  {.count = 1, .once = {no_curve}},
+                  {.count = 1, .once = {no_func, no_curve}},
+                  {.count = 4, .once = {no_func, no_curve, no_list}},
+                  {.count = 1, .once = {no_curve, no_inverse}},
+                  {.count = 1, .once = {no_func, no_curve, no_inverse}},
+                  {.count = 4, .once = {no_func, no_curve, no_inverse, no_list}},
+                  {.count = 1, .once = {no_func, no_inverse}},
+                  {.count = 4, .once = {no_func, no_inverse, no_list}}}},
     {.name = "hist_new",
      .make = [] { return SweepCase{.call = [] { return made(hist_new(0, 9), hist_kill); }}; },
      .failures = {{.count = 1, .once = {"hist_new: alloc self failed"}},
