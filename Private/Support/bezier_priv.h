@@ -6,16 +6,16 @@
 #include "bezierd_base.h"
 
 struct bezier {
-    int degree;           // 2, 3 or 4
-    double x[5];          // of control points 0 .. degree; 0 above
-    double y[5];          // likewise
-    int start_tangent;    // whether the fit has to keep to the start tangent
-    double start_dir[2];  // its direction, x and y
-    int end_tangent;      // whether the fit has to keep to the end tangent
-    double end_dir[2];    // its direction, x and y
-    int coef_valid;       // whether ax and ay belong to the control points
-    double ax[5];         // x(t) = ax[0] + ax[1] t + .. + ax[degree] t^degree; 0 above
-    double ay[5];         // likewise
+    int degree;         // 2, 3 or 4
+    double x[5];        // of control points 0 .. degree; 0 above
+    double y[5];        // likewise
+    int start_given;    // whether the fit has to keep to the start tangent
+    double start_t[2];  // its direction, x and y
+    int end_given;      // whether the fit has to keep to the end tangent
+    double end_t[2];    // its direction, x and y
+    int coef_valid;     // whether ax and ay belong to the control points
+    double ax[5];       // x(t) = ax[0] + ax[1] t + .. + ax[degree] t^degree; 0 above
+    double ay[5];       // likewise
 };
 
 namespace teska
