@@ -44,6 +44,7 @@ teska_subsystem(
   curves
   "Curves and one-dimensional tables"
   bezierd_base:bezierd_base+bezierd_roots
+  bezierd_fit
   func
   grad_tab
   hist

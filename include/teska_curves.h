@@ -2,6 +2,7 @@
 #ifndef TESKA_CURVES_H
 #define TESKA_CURVES_H
 #include "bezierd_base.h"
+#include "bezierd_fit.h"
 #include "func.h"
 #include "grad_tab.h"
 #include "hist.h"

@@ -204,6 +204,18 @@ static const char *use_bezier(void)
     return NULL;
 }
 
+static const char *use_bezier_fit(void)
+{
+    const double xs[] = {0.0, 1.0, 2.0};
+    const double ys[] = {0.0, 1.0, 0.0};
+    double lse, max_e, x, y;
+    bezier *b = bezier_new(3, 0.0, 0.0, 0.0, 0.0);
+    EXPECT(bezier_fit(b, 3, xs, ys, 0, 0.0, 0.0, 0, 0.0, 0.0, &lse, &max_e, 0) == 1 && lse == 0.0 && max_e == 0.0);
+    EXPECT(bezier_get(b, 0.5, &x, &y) == 1 && x == 1.0 && y == 1.0);
+    EXPECT(bezier_kill(b) == 1);
+    return NULL;
+}
+
 static const char *use_func(void)
 {
     func *f = func_new(0, sizeof(short), sizeof(char), not_below);
@@ -428,6 +440,7 @@ const char *use_every_module(void)
                                          use_list,
                                          use_str_utils,
                                          use_bezier,
+                                         use_bezier_fit,
                                          use_func,
                                          use_wem,
                                          use_interp_double,
