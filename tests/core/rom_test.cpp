@@ -74,7 +74,7 @@ TEST(RomObjMalloc, KeepsTheBlocksOfManyObjectsApart)
         EXPECT_EQ(rom_objtype_check(objects[i / 2], std::to_string(i / 2).c_str()), 1);
     }
     EXPECT_EQ(reports.take(), lines{});
-    for (void *foreign : {blocks[1], blocks[0], static_cast<void *>(nullptr), static_cast<void *>(objects[0])}) {
+    for (void *foreign : {blocks[0], blocks[1], static_cast<void *>(nullptr), reinterpret_cast<void *>(-5)}) {
         EXPECT_EQ(rom_obj_free(objects[7], foreign), 0);
         EXPECT_EQ(reports.take(), lines{"rom_obj_free: unregistered memory " +
                                         std::to_string(reinterpret_cast<std::intptr_t>(foreign))});
