@@ -18,8 +18,8 @@
  *   The numbers of std::ios_base::openmode are others: cast none to int. streambufExt::mode_bits translates.
  *   Without the binary bit Windows changes line ends and takes byte 26 for the end of the file.
  *   Cost: a write is one system call, whatever its length, and nothing is held back: there is nothing to flush. Reading
- *   a block with read() is one system call too; everything else reads byte by byte, and a byte is one system call. Read
- *   blocks where speed matters.
+ *   a block with read() is one system call too; everything else reads byte by byte, and a byte is one system call, and so
+ *   does read() on Windows without the binary bit. Read blocks where speed matters.
  *   What failed shows in the state of the stream and in is_open(); nothing is reported and nothing throws, short memory
  *   included, unless the caller asks the standard stream for exceptions. Calls that a signal interrupts are repeated.
  *   Bytes cannot be put back: unget() and putback() set badbit.
@@ -112,6 +112,8 @@ protected:
      * Kept: a byte looked at but not yet read (peek) lies between this object's place and the file's own, and relative
      * moves out of the buffer start from the file's: after peek() at 3, a move by 2 leads to 6. Moves by 0 and by 1
      * lead to 3 and 4.
+     * Kept: a move over the byte that was looked at or read last is made even where the host knows no place (a pipe, a
+     * closed file), though -1 is returned: the byte is passed over, or comes again.
      */
     pos_type seekoff(off_type offset, std::ios_base::seekdir direction,
                      std::ios_base::openmode which = std::ios_base::in | std::ios_base::out) override;

@@ -9,7 +9,9 @@
 //     place = descriptor - fill + position     3
 //
 // A block is read straight into the destination, and its last byte then put into the buffer: the state is the one that
-// reading byte by byte through the buffer leaves, at the price of one call of the host for all of them.
+// reading byte by byte through the buffer leaves, at the price of one call of the host for all of them. Only text that
+// the host changes on the way does go through the buffer: the host would leave scratch behind its bytes in the
+// destination, and pass over what follows a byte 26.
 
 #include "fdstream.h"
 
@@ -21,6 +23,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 
 namespace
@@ -39,6 +42,9 @@ int open_flags(int mode)
         return LOPRA_O_RDONLY | translation;
     return LOPRA_O_WRONLY | LOPRA_O_CREAT | ((mode & app) != 0 ? LOPRA_O_APPEND : LOPRA_O_TRUNC) | translation;
 }
+
+// Whether the host hands out other bytes than the file has.
+bool changes_text(int mode) { return LOPRA_O_BINARY != 0 && (mode & binary) == 0; }
 
 // Bytes of the next call of the host out of n.
 unsigned piece(std::streamsize n)
@@ -123,12 +129,14 @@ int streambufExt::mode_bits(std::ios_base::openmode open_mode)
 int streambufExt::read_from_buf(char *destination, unsigned n)
 {
     const int asked = static_cast<int>(n);
+    const bool through_buffer = changes_text(mode);
     position = std::min(position, fill);
     unsigned available = fill - position;
     while (n > available) {
         destination = std::copy_n(buffer.data() + position, available, destination);
         n -= available;
-        const int got = teska::read_descriptor(descriptor, destination, n);
+        char *const goal = through_buffer ? buffer.data() : destination;
+        const int got = teska::read_descriptor(descriptor, goal, through_buffer ? FileBufSize : n);
         // Kept: the bytes copied so far are not reported and stay unread in the buffer.
         if (got < 1)
             return -1;
@@ -137,7 +145,7 @@ int streambufExt::read_from_buf(char *destination, unsigned n)
         const unsigned passed_by = static_cast<unsigned>(got) - fill;
         destination += passed_by;
         n -= passed_by;
-        std::copy_n(destination, fill, buffer.data());
+        std::memmove(buffer.data(), goal + passed_by, fill);
     }
     std::copy_n(buffer.data() + position, n, destination);
     position += n;
@@ -198,11 +206,9 @@ streambufExt::pos_type streambufExt::seekoff(off_type offset, std::ios_base::see
 {
     const off_type unread = std::int64_t{fill} - position;
     if (direction == std::ios_base::cur && offset >= -std::int64_t{position} && offset <= unread) {
-        const std::int64_t read_up_to = teska::seek_descriptor(descriptor, 0, SEEK_CUR);
-        if (read_up_to < 0)
-            return nowhere;
         position = static_cast<unsigned>(position + offset);
-        return read_up_to - fill + position;
+        const std::int64_t read_up_to = teska::seek_descriptor(descriptor, 0, SEEK_CUR);
+        return read_up_to < 0 ? nowhere : read_up_to - fill + position;
     }
     // Kept: a relative move starts where the descriptor stands, behind the bytes that were only looked at.
     const std::int64_t place = teska::seek_descriptor(descriptor, offset, whence_of(direction));

@@ -150,6 +150,22 @@ TEST(Fdifstream, KeptCountsMinusOneByteAndReadsTheLastOneTwiceWhenABlockEndsEarl
     EXPECT_EQ(in.get(), -1);
 }
 
+TEST(Fdifstream, ReadsBlocksOfTextAsByteByByte)
+{
+    const Folder folder;
+    folder.write("f", "a\r\nbc\x1a"
+                      "de");
+    streambufExt whole(folder.path("f").c_str(), 1), single(folder.path("f").c_str(), 1);
+    ASSERT_EQ(whole.openfile() + single.openfile(), 0);
+    std::string block(12, '?'), bytes = block;
+    EXPECT_EQ(whole.sgetn(block.data(), 12), -1);
+    int c = 0;
+    for (std::size_t i = 0; (c = single.sbumpc()) != -1; ++i)
+        bytes[i] = static_cast<char>(c);
+    EXPECT_EQ(block, bytes);
+    EXPECT_EQ(whole.pubseekoff(1, ios::cur), single.pubseekoff(0, ios::cur));
+}
+
 TEST(Fdifstream, FailsWithoutAnOpenFile)
 {
     const Folder folder;
@@ -166,9 +182,10 @@ TEST(Fdifstream, FailsWithoutAnOpenFile)
     EXPECT_EQ(in.peek(), 't');
     for (int i = 0; i < 2; ++i)
         EXPECT_FALSE(in.close() != 0 || out.close() != 0 || in.is_open() || out.is_open());
-    EXPECT_EQ(in.tellg(), -1);
-    EXPECT_EQ(in.get(), 't') << "looked at while it was open";
-    EXPECT_EQ(in.get(), -1);
+    for (const auto &[move, byte] : {std::pair{0, 't'}, {-1, 't'}, {0, -1}}) {
+        EXPECT_EQ(in.rdbuf()->pubseekoff(move, ios::cur), -1);
+        EXPECT_EQ(in.get(), byte) << "kept: what was looked at while it was open";
+    }
     EXPECT_EQ(out.rdbuf()->sputn("lost", 4), -1);
     EXPECT_EQ(streambufExt(file.c_str(), 32 | 8).openfile(), -1);
 }
