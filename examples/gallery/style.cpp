@@ -98,6 +98,25 @@ thead th { color: var(--soft); font-weight: 500; font-size: .9rem; vertical-alig
 thead th[colspan] { text-align: center; }
 tbody th { text-align: left; font-weight: 500; }
 .ours { font-weight: 650; }
+.drawing { display: block; width: 100%; height: auto; font-size: 14px; font-variant-numeric: tabular-nums; }
+.drawing text { fill: var(--text); } .drawing .soft, .drawing .place { fill: var(--soft); font-size: 13px; }
+.drawing .frame { fill: none; stroke: var(--rule); } .drawing .leader { fill: none; stroke: var(--soft); }
+.bytes text { fill: #16181c; text-anchor: middle; } .bytes .hex { font-size: 10.5px; fill-opacity: .72; }
+.drawing .place { text-anchor: end; }
+.magic { fill: #ffb3ab; --tint: #ffb3ab; } .version { fill: #ffd59a; --tint: #ffd59a; }
+.reserved { fill: #dddad2; --tint: #dddad2; } .description { fill: #fff09a; --tint: #fff09a; }
+.name { fill: #b5e6b0; --tint: #b5e6b0; } .length { fill: #d9c2f0; --tint: #d9c2f0; }
+.content { fill: #a9dcf5; --tint: #a9dcf5; }
+.byte-key { display: flex; flex-wrap: wrap; gap: .2rem 1.1rem; margin: .7rem 0 0; padding: 0; list-style: none;
+  font-size: .9rem; }
+.byte-key li::before { content: ""; display: inline-block; width: .8em; height: .8em; margin-right: .4em;
+  background: var(--tint); }
+.fingerprint { display: inline-block; width: 12rem; height: .75rem; vertical-align: middle; border-radius: .15rem; }
+.apart { margin-top: 1.75rem; }
+.listed th, .listed td { padding-inline: .6rem; } .listed thead th { white-space: normal; }
+.record { margin: 0; padding: 1rem 1.25rem; overflow-x: auto; background: var(--card); border: 1px solid var(--rule);
+  border-radius: .25rem; font: .85rem/1.75 ui-monospace, "SF Mono", Menlo, Consolas, "DejaVu Sans Mono", monospace; }
+figure > .scroll { margin: 0; }
 .steps { padding-left: 1.2rem; max-width: 46rem; }
 .steps li { margin-bottom: .6rem; padding-left: .35rem; }
 .steps li::marker { color: var(--soft); font-weight: 650; }
@@ -117,6 +136,9 @@ footer p { border-top: 1px solid var(--rule); padding-top: 1rem; max-width: none
   thead th { font-size: .78rem; }
   caption { padding: .7rem .6rem .3rem; font-size: .9rem; }
   .mixer label { padding: .3rem .6rem; font-size: .85rem; }
+  .fingerprint { width: 4.5rem; } .digests code { font-size: .9em; }
+  .record { padding: .7rem .8rem; font-size: .72rem; }
+  .listed td { padding-inline: .25rem; }
 }
 @media print {
   :root { --page: #fff; --card: #fff; --text: #000; --soft: #444; --rule: #bbb; --link: #000; }

@@ -1,6 +1,7 @@
 // The examples' own parts, and the program's answer to inputs it cannot use.
 
 #include "gallery/html.h"
+#include "records/job.h"
 #include "separation/difference.h"
 #include "separation/job.h"
 #include "support/failure.h"
@@ -171,6 +172,24 @@ TEST_F(Examples, SeparateAsDirectEvaluationDoes)
     for (const ink_figures &ink : r.ink)
         EXPECT_GT(ink.largest - ink.mean, 10);
     EXPECT_GT(compare(r.proof, r.photograph).mean, 1);
+}
+
+TEST_F(Examples, PackPicturesAndNoticeWhatIsNotAsItWas)
+{
+    fs::create_directories(folder / "pages" / "records");
+    write_png(folder / "pages" / "photo.png", colours(9, 7, 1));
+    const records_results r = run_records(folder, folder / "pages" / "records");
+    ASSERT_EQ(r.listed.size(), 1U);
+    EXPECT_EQ(r.listed[0].name, "pages/photo.png");
+    EXPECT_EQ(r.listed[0].values[0], static_cast<double>(fs::file_size(folder / "pages" / "photo.png")));
+    EXPECT_EQ(r.packed.layout.entries[0].content_at, 140 + r.packed.layout.description.size() + 1 + 16 + 4);
+    EXPECT_GT(r.turned.bits, 0);
+    EXPECT_EQ(differing_bits(std::string(32, '0'), std::string(16, '0') + "8000000F0000000F"), 9);
+
+    EXPECT_THROW(layout_of(r.packed.bytes.substr(0, r.packed.bytes.size() - 1)), failure);
+    EXPECT_THROW(require_same({"a", "b"}, {"1", "2"}, {"1", "3"}), failure);
+    // No item takes more than 159 characters.
+    EXPECT_THROW(written_and_listed(folder / "wide.rec", {{"wide", std::vector<double>(40, 1e9)}}), failure);
 }
 
 // ---- The program ----------------------------------------------------------------------------------------------------
