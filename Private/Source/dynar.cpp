@@ -6,9 +6,10 @@
 //     | in use                  | zero unless the    | hidden, zero   | zero       |
 //     |                         | caller wrote there |                |            |
 //
-// The capacity follows the promised rule, growth step + index; the hidden room behind it saves copying (Support/room.h).
-// Items past the highest index are not carried over when the capacity grows, so growing inside the hidden room clears
-// them. The last byte ends a text that runs to the end of a byte array, for the readers of restored pools.
+// The capacity follows the promised rule, growth step + index; the hidden room behind it saves copying
+// (Support/room.h). Items past the highest index are not carried over when the capacity grows, so growing inside the
+// hidden room clears them. The last byte ends a text that runs to the end of a byte array, for the readers of restored
+// pools.
 
 #include "dynar.h"
 

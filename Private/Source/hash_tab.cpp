@@ -6,10 +6,10 @@
 //
 // The way of a key through the slots is home, home + step, home + 2 step .. modulo the size, home = hash mod size and
 // step = home; for home 0 the step is 13, or 17 in a table of 13 slots. The size of a new table is prime, so the way
-// visits every slot once. At 100 items for 120 slots a search asks 2.4 slots on average when the key is there and 7
-// when it is not; which slots are asked, in which order and by which function, is promised. What is free is how fast one
-// gets there: the remainder comes from a multiplication, the slots ahead are prefetched, and the deleted marks are not
-// looked at while there are none.
+// visits every slot once. At 100 items for 120 slots a search asks 2.4 slots on average when the key is there and 7.5
+// when it is not; which slots are asked, in which order and by which function, is promised. What is free is how fast
+// one gets there: the remainder comes from a multiplication, the slots ahead are prefetched, and the deleted marks are
+// not looked at while there are none.
 //
 // Pools are read by dynar_peek: dynar_ptr would make a restored pool longer than it counts, and texts would be appended
 // elsewhere.
@@ -41,8 +41,8 @@ constexpr int slots_ahead = 4;     // fetched before they are asked; more gains 
 
 using pool_handle = handle<dynar, dynar_kill>;
 
-// n mod d by two multiplications (Lemire, Kaser and Kurz, Faster remainder by direct computation, Software: Practice and
-// Experience 49, 2019, p. 953): exact for all 32-bit n and d.
+// n mod d by two multiplications (Lemire, Kaser and Kurz, Faster remainder by direct computation, Software: Practice
+// and Experience 49, 2019, p. 953): exact for all 32-bit n and d.
 class divisor
 {
 public:

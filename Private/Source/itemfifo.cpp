@@ -4,9 +4,9 @@
 //     | taken | queued | -> | queued | ... -> | queued | free |
 //              ^ rd                                     ^ wr
 //
-// A partition is one block: its header and the items, the offsets counted in bytes behind the header. Items are put into
-// the last partition until it is full. A partition is freed once all its room has been read; one that was written only
-// in part stays, empty, and is written on, so an empty queue has one partition or none.
+// A partition is one block: its header and the items, the offsets counted in bytes behind the header. Items are put
+// into the last partition until it is full. A partition is freed once all its room has been read; one that was written
+// only in part stays, empty, and is written on, so an empty queue has one partition or none.
 
 #include "itemfifo.h"
 

@@ -32,7 +32,7 @@ struct dynar_extension {
     roomy_block block;  // empty: what the array has will do. Once installed, the former block: an item may lie in it.
 };
 
-// False when memory is short or the index too large (the least that is: INT_MAX minus the growth step). Reports nothing.
+// False when memory is short, or growth step + index more than an int can hold. Reports nothing.
 [[nodiscard]] bool dynar_prepare(const dynar &array, std::int64_t index, dynar_extension &extension) noexcept;
 
 // Makes the index one of the array's and returns the address of its item.

@@ -99,8 +99,8 @@ TEST(HashTabNew, ReportsTablesThatCannotBeAllocated)
 TEST(HashTab, KeptDoesAsDescribedStepByStep)
 {
     const Table table = numbers(10);
-    // Insert, get, put, delete by a key; eXclude, Uninsert, Replace, see by an index. What is stored is the number of the
-    // step; 99: nothing is seen. A slot's way is home, 2 home, 3 home .. mod 13; of home 0: 0, 4, 8 ..
+    // Insert, get, put, delete by a key; eXclude, uninsert, replace, see by an index. What is stored is the number of
+    // the step; 99: nothing is seen. A key's way is home, 2 home, 3 home .. mod 13; of home 0: 0, 4, 8 ..
     const struct {
         char action;
         int key, result, data;
