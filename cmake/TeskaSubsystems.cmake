@@ -43,8 +43,11 @@ teska_subsystem(
 teska_subsystem(
   curves
   "Curves and one-dimensional tables"
+  bezier_cpoly_det
   bezierd_base:bezierd_base+bezierd_roots
   bezierd_fit
+  bezierd_split
+  bezierd_vector
   func
   grad_tab
   hist

@@ -1,6 +1,7 @@
 /* application - the library used from C11, through the shared libraries' public headers alone */
 #include "application.h"
 
+#include <bezier.h>
 #include <lopra.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -200,7 +201,13 @@ static const char *use_bezier(void)
     double y[3];
     EXPECT(bezier_set_controlp(b, 0, 1.0, 0.0) == 1 && bezier_set_controlp(b, 1, 2.0, 0.0) == 1);
     EXPECT(bezier_get_y(b, 1.5, y) == 1 && y[0] == 0.0);
-    EXPECT(bezier_kill(b) == 1);
+    bezier *first, *second;
+    double *points;
+    const double through[] = {0.0, 1.0, 1.0, 0.0};
+    EXPECT(bezier_subdivide(b, 0.5, &first, &second) == 1 && bezier_cpoly_det(first, through, through) == 1);
+    EXPECT(bezier_fvector(second, 0.1, &points) == 1 && points[0] == 1.5 && points[2] == 3.0);
+    free(points);
+    EXPECT(bezier_kill(first) == 1 && bezier_kill(second) == 1 && bezier_kill(b) == 1);
     return NULL;
 }
 
