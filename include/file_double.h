@@ -31,7 +31,8 @@ typedef struct file_double file_double;
  * create  0: the file is loaded and must be there. Otherwise an empty one is made at once, in place of one that is
  *         there; the topic follows with the first save.
  * Returns the table, freed with file_double_kill, or null without a report when memory runs out or the record file
- * cannot be had. A file without the topic is loaded, but takes and lists no items.
+ * cannot be had; where one was to be made, an empty one may then be there. A file without the topic is loaded, but
+ * takes and lists no items.
  */
 TESKA_API file_double *file_double_new(const char *path, int length, int create) TESKA_NOTHROW;
 
@@ -45,8 +46,8 @@ TESKA_API int file_double_kill(file_double *table) TESKA_NOTHROW;
  * name    as zuk_add_item takes it
  * vector  as many doubles as the table's length
  * Returns 0, or -1: with "Error bad formatted item string from doubles, ier -1 " when the text has more than 159
- * characters, that is from 23 numbers of magnitude up to 1000 on, and without a report when the record file refuses
- * the item or memory runs out. Nothing is then changed.
+ * characters (22 numbers from 0 to 999 fit; each sign takes one character more), and without a report when the record
+ * file refuses the item or memory runs out. Nothing is then changed.
  */
 TESKA_API int file_double_add_item(file_double *table, const char *name, const double *vector) TESKA_NOTHROW;
 
@@ -64,7 +65,11 @@ TESKA_API char *file_double_list(file_double *table, int *state, double *vector)
 
 /* ---- Process ----------------------------------------------------------------------------------------------------- */
 
-/* file_double_save - bring the table to the disk. Returns 0; -1 when that failed: the old file is then still there. */
+/* file_double_save - bring the table to the disk.
+ *
+ * Returns 0, or -1 when that failed: the old file is then still there, or the new one is when only the flush of the
+ * folder failed. The next call tries again.
+ */
 TESKA_API int file_double_save(file_double *table) TESKA_NOTHROW;
 
 /* ---- Item text --------------------------------------------------------------------------------------------------- */

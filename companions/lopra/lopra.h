@@ -172,6 +172,8 @@ LOPRA_API int write_utf8(int descriptor, const void *data, size_t size) LOPRA_NO
  *
  * The new file is written under the name of the old one with ".tmp" and the number of the process behind it,
  * and "-1" .. when that is taken, flushed and renamed. A failure removes it, a killed process leaves it behind.
+ * The name must leave room for that: files whose names have more than about 240 bytes (on Windows characters)
+ * cannot be saved, though the host could open them.
  * POSIX: owner, group and permissions stay as far as the process may set them, and nobody gains access. The
  * folder must be readable; a file system that cannot flush a folder is taken at its word. Windows: the
  * permissions are those of a new file, and an open file is not replaced.

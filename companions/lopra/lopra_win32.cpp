@@ -17,7 +17,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
-#include <cwchar>
 #include <memory>
 
 #include <io.h>

@@ -36,7 +36,7 @@
  * - A file is saved under another name beside it (path, ".tmp" and the number of the process), brought to the
  *   disk and renamed over the old one: a crash or a power cut leaves the old file or the new one. A killed
  *   process may leave the file with the other name behind. Nothing is locked: when two processes save the
- *   same file, the later one wins.
+ *   same file, the later one wins. A file whose name has more than about 240 bytes cannot be made or saved.
  * - A null database, path, topic or name is refused. No exception leaves.
  * - No state is shared between databases; each may be used by one thread at a time.
  */
