@@ -82,8 +82,10 @@ TESKA_API int condirmin(double *x, int n, double ftol, int *iter, double *f_min,
  *
  * A line that leads out of what is allowed is followed to the first inequality in its way. From there on that
  * holds as an equality: the search goes on in one variable less, and its result is the result. n = 0
- * converges without an evaluation.
- * Kept: an inequality that was met once is never left again.
+ * converges without an evaluation. The function is also asked for points outside, along a line that leads there; no
+ * line is followed farther than 1e100 times its direction.
+ * Kept: an inequality that was met once is never left again. The result is the least point of those where the
+ * inequalities met hold as equalities; with several in the way others may allow a lower one.
  */
 TESKA_API int condirmin_restr(double *x, int n, double ftol, restriction *base, restriction *limits,
                               restriction *current, condirmin_function function, void *context1,

@@ -44,6 +44,10 @@ constexpr double least_nearness = 1e-10;
 constexpr double section = 0.381966;
 constexpr int most_steps = 200;
 
+// Under restrictions no line is followed farther: a function that falls for ever has its least place at infinity, and what
+// is in the way could not be told from there.
+constexpr double farthest = 1e100;
+
 struct {
     int stop_enabled = 0;
     double stop_value = 0.0;
@@ -53,6 +57,9 @@ struct {
     block direction;
     block point;
 } state;
+
+// The sign of NaN is chance: it counts as positive.
+double with_sign_of(double sign, double magnitude) { return sign < 0.0 ? -magnitude : magnitude; }
 
 bool stops_at(double value) { return state.stop_enabled != 0 && std::fabs(value) < state.stop_value; }
 
@@ -120,7 +127,7 @@ double turning_point(const bracket &p)
 {
     const double r = (p.b.a - p.a.a) * (p.b.f - p.c.f);
     const double q = (p.b.a - p.c.a) * (p.b.f - p.a.f);
-    const double curvature = std::copysign(std::max(std::fabs(q - r), no_curvature), q - r);
+    const double curvature = with_sign_of(q - r, std::max(std::fabs(q - r), no_curvature));
     return p.b.a - ((p.b.a - p.c.a) * q - (p.b.a - p.a.a) * r) / (2.0 * curvature);
 }
 
@@ -177,7 +184,7 @@ public:
             if (std::fabs(x.a - middle) <= 2.0 * near - 0.5 * (high - low))
                 return x;
             choose_step(middle);
-            const double a = std::fabs(step) >= near ? x.a + step : x.a + std::copysign(near, step);
+            const double a = std::fabs(step) >= near ? x.a + step : x.a + with_sign_of(step, near);
             const place u{a, s.along(a)};
             if (stops_at(u.f))
                 return u;
@@ -214,7 +221,7 @@ private:
         step = p / q;
         const double u = x.a + step;
         if (u - low < 2.0 * near || high - u < 2.0 * near)
-            step = std::copysign(near, middle - x.a);
+            step = with_sign_of(middle - x.a, near);
         return true;
     }
 
@@ -258,8 +265,9 @@ double minimise_line(const search &s, const double *x, double *d, double value)
     std::copy_n(d, s.n, state.direction.get());
     const bracket p = find_bracket(s);
     const place least = closing_in(p).find(s, p.b.a);
+    const double way = s.current != nullptr ? std::clamp(least.a, -farthest, farthest) : least.a;
     for (int k = 0; k < s.n; ++k)
-        d[k] *= least.a;
+        d[k] *= way;
     return least.f;
 }
 

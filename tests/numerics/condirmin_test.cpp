@@ -53,6 +53,10 @@ Outcome search(condirmin_function f, Values start, double ftol)
 
 double constant(void *, void *, const double *) { return 5; }
 double slope(void *, void *, const double *x) { return x[0]; }
+double not_a_number(void *sign, void *, const double *)
+{
+    return std::copysign(std::nan(""), *static_cast<double *>(sign));
+}
 double valley(void *, void *, const double *x) { return std::exp(x[0]); }
 
 // Around (1, 2, 3), as steep everywhere.
@@ -120,6 +124,14 @@ TEST(Condirmin, EndsWithoutAMinimumToo)
         }
     }
     teska_test::Reports reports;
+    for (double sign : {1.0, -1.0}) {
+        double x = 0;
+        double least = 0;
+        int passes = 0;
+        EXPECT_EQ(condirmin(&x, 1, 1e-8, &passes, &least, not_a_number, &sign, nullptr), 0);
+        EXPECT_EQ(x, 200) << "one per pass: the sign of what is no number must not lead the search";
+    }
+    EXPECT_EQ(reports.take(), lines(2, "condirmin: maxiter"));
     EXPECT_EQ(condirmin(nullptr, INT_MIN, 0, nullptr, nullptr, slope, nullptr, nullptr), 0);
     EXPECT_EQ(reports.take(), lines{"condirmin: malloc failed"});
 }
@@ -183,4 +195,10 @@ TEST(CondirminRestr, EndsAtTheMinimumThatTheRestrictionsLeave)
     const Restriction plane = restricted(sum, {});
     Values wrong{0, 0, 0};
     EXPECT_EQ(condirmin_restr(wrong.data(), 3, 1e-8, plane.get(), nullptr, nullptr, round_bowl, nullptr, nullptr), 0);
+    // A function that falls for ever ends where it is stopped.
+    const Restriction half = restricted({}, {-1, 0, 0, 3});
+    Values low{0, 0, 0};
+    EXPECT_EQ(condirmin_restr(low.data(), 3, 1e-8, half.get(), nullptr, nullptr, slope, nullptr, nullptr), 1);
+    EXPECT_EQ(low[0], -3);
+    EXPECT_TRUE(std::isfinite(low[1]) && std::isfinite(low[2]));
 }
