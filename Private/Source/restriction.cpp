@@ -156,7 +156,8 @@ obstacle first_obstacle(const restriction &current, const restriction &limits, c
         std::copy_n(row, width(current), reduced);
         if (reduce(current, reduced) < 0)
             continue;
-        const double alpha = std::clamp((b - before) / (behind - before), 0.0, 1.0);
+        // Violated at the start already, the step stops there, wherever it leads.
+        const double alpha = before < b ? std::min((b - before) / (behind - before), 1.0) : 0.0;
         if (first.row < 0 || alpha < first.alpha)
             first = {k, alpha};
     }

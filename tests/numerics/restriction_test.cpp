@@ -92,4 +92,8 @@ TEST(RestrictionNewCheck, StopsAStepAtTheFirstInequality)
         restriction_kill);
     EXPECT_EQ(alpha, 0);
     EXPECT_EQ(full(stuck, {5}, 3), (Values{1, -1, 5}));
+    // So does one that comes nearer to it, but not far enough.
+    const Values nearer{-0.5, 0};
+    restriction_kill(restriction_new_check(r.get(), tighter.get(), Values{0, 0}.data(), nearer.data(), &alpha));
+    EXPECT_EQ(alpha, 0);
 }
