@@ -93,11 +93,12 @@ int grad_tab_add_point(grad_tab *g, const double *point) TESKA_NOTHROW
     if (lin_interp_double_insert(g->forward.get(), point[0], point[1]) < 0)
         return -1;
     const double parts[columns] = {part_of(*g, point[0]), part_of(*g, point[1])};
+    const double number = (1.0 - parts[0]) * 100.0;
     // How such numbers are spelt is the host's business.
-    if (!std::isfinite(parts[0]) || !std::isfinite(parts[1]))
+    if (!std::isfinite(number) || !std::isfinite(parts[1]))
         return -1;
     char name[400];  // more than the largest number has digits
-    std::snprintf(name, sizeof name, "p%1.0lf", (1.0 - parts[0]) * 100.0);
+    std::snprintf(name, sizeof name, "p%1.0lf", number);
     return file_double_add_item(g->table.get(), name, parts);
 }
 

@@ -67,7 +67,7 @@ TEST(GradTab, KeptTheInverseIsMadeOnceAndNamesAreWholeParts)
     const Table g = table(folder, 1, 1, 0);
     // Halves to even; below lo; above hi, where a minus stays; the same name again; no part at all.
     EXPECT_EQ(add(g, {{0.015, 0.1}, {-0.2, 0.2}, {1.001, 0.3}, {1.002, 0.4}}), 0);
-    EXPECT_EQ(add(g, {{0.5, std::numeric_limits<double>::infinity()}}), 1);
+    EXPECT_EQ(add(g, {{0.5, std::numeric_limits<double>::infinity()}, {-1e307, 0.5}}), 2);
     EXPECT_EQ(grad_tab_save(g.get()), 0);
     EXPECT_EQ(folder.read("curve.rec"), "[patches]\np98 = 0.015  0.100\np120 = -0.200  0.200\np-0 = 1.002  0.400\n");
     double y = 7;
