@@ -77,7 +77,8 @@ TESKA_API int hist_med(const hist *h, double *mean, double *sd) TESKA_NOTHROW;
  *     target = integer part of total * percent / 100
  *
  * percent  0 .. 100; more than the counts can reach gives hi + 1
- * Returns lo - 1 when the target is less than 1 (or percent not a number), else the value.
+ * Returns lo - 1 when the target is less than 1 (or percent not a number), else the value. What passes the range of
+ * int wraps.
  * Kept: the result is one above the value whose bin reached the target, lo when the bin below did.
  */
 TESKA_API int hist_percentile(const hist *h, double percent) TESKA_NOTHROW;

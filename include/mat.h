@@ -148,7 +148,7 @@ TESKA_API int mat_det_det(mat *m, double *det) TESKA_NOTHROW;
  * The inverse of the inverse is the matrix, filled anew once the inverse was changed.
  * Kept: only the first call for a matrix refuses a singular one. After a change the columns are solved one by
  * one: the first may be refused and stays a unit column, the others take the replaced pivot, and flag is that
- * of the last.
+ * of the last. With a zero row all are refused, and the inverse is a unit matrix of flag -1.
  */
 TESKA_API mat *mat_invert(mat *m, int *flag) TESKA_NOTHROW;
 
