@@ -60,6 +60,15 @@ void trigonometric_form(const depressed &f, double y[3])
         y[k] = m * std::cos(third - 2.0 * std::numbers::pi * k / 3.0);
 }
 
+// A step of Newton's method where it leads nearer: a small leading coefficient puts one root far away, and the formula
+// then knows the others to half the digits only.
+double refined(const double c[3], double t)
+{
+    const auto f = [&](double at) { return ((at + c[2]) * at + c[1]) * at + c[0]; };
+    const double next = t - f(t) / ((3.0 * t + 2.0 * c[2]) * t + c[1]);
+    return std::fabs(f(next)) < std::fabs(f(t)) ? next : t;
+}
+
 // A polynomial a[0] + .. + a[degree] t^degree.
 struct polynomial {
     const double *a;
@@ -128,19 +137,19 @@ int teska::bezier_real_cubic(const double c[3], double roots[3]) noexcept
 {
     const depressed f{c[1] - c[2] * c[2] / 3.0, 2.0 * c[2] * c[2] * c[2] / 27.0 - c[2] * c[1] / 3.0 + c[0]};
     const double discriminant = f.p * f.p * f.p / 27.0 + f.q * f.q / 4.0;
-    int count = 3;
+    const double shift = c[2] / 3.0;
     if (discriminant > 0.0) {
-        const double y = roots[0] = real_cube_root_form(f, discriminant);
-        roots[1] = roots[2] = -y / 2.0;
-        const double there = (roots[1] * roots[1] + f.p) * roots[1] + f.q;
-        const bool doubled = discriminant <= bezier_eps && f.p < 0.0 && std::fabs(there) <= bezier_eps;
-        count = doubled ? 3 : 1;
-    } else {
-        trigonometric_form(f, roots);
+        const double y = real_cube_root_form(f, discriminant);
+        const double half = -y / 2.0;
+        const double there = (half * half + f.p) * half + f.q;
+        roots[0] = refined(c, y - shift);
+        roots[1] = roots[2] = half - shift;
+        return discriminant <= bezier_eps && f.p < 0.0 && std::fabs(there) <= bezier_eps ? 3 : 1;
     }
-    for (int i = 0; i < count; ++i)
-        roots[i] -= c[2] / 3.0;
-    return count;
+    trigonometric_form(f, roots);
+    for (int i = 0; i < 3; ++i)
+        roots[i] = refined(c, roots[i] - shift);
+    return 3;
 }
 
 int teska::poly_quartic_roots(const double c[4], double lo, double hi, double roots[4]) noexcept

@@ -202,8 +202,8 @@ TEST(BezierGetY, RefusesConstantsAndDegree4)
 
 TEST(BezierGetY, FindsWhatASearchOfTheCurveFinds)
 {
-    expect_bracketed(bezier_get_y, 2, 1e-9);
-    expect_bracketed(bezier_get_y, 3, 1e-9);
+    expect_bracketed(bezier_get_y, 2, 1e-12);
+    expect_bracketed(bezier_get_y, 3, 1e-12);
     expect_bracketed(bezier_fget_y, 4, 1e-9);
 }
 
