@@ -120,18 +120,12 @@ TEST_F(Initrs232, ReportsTheStepThatFailsAndClosesThePort)
         EXPECT_EQ(reports.take(), lines{report});
         EXPECT_NE(opened(), nullptr) << "the line is not left open";
     }
-    EXPECT_NE(Port(initrs232(line_name(), 1, 48, 0, 256, 0), closers232), nullptr) << "no parity, whatever the code";
+    const Port port(initrs232(line_name(), 1, 48, 0, 256, 0), closers232);
+    EXPECT_NE(port, nullptr) << "no parity, whatever the code";
     EXPECT_EQ(reports.take(), lines{});
-}
-
-TEST_F(Initrs232, OpensTheLineForNobodyElse)
-{
-    const Port port = opened();
-    Reports reports;
-    const Port second = opened();
-    if (on_windows && second)
-        GTEST_SKIP() << "this host opens a serial line several times, whatever the caller wants";
-    EXPECT_EQ(second, nullptr);
+    if (on_windows)
+        GTEST_SKIP() << "the emulated host opens a line several times";
+    EXPECT_EQ(opened(), nullptr);
     EXPECT_EQ(reports.take(), lines{std::string("Cannot open serial port ") + line_name()});
 }
 
@@ -169,7 +163,7 @@ TEST_F(Inrs232rdy, CountsTheBytesThatWait)
     }
     const auto start = steady_clock::now();
     EXPECT_EQ(inbrs232(port.get()), -1);
-    EXPECT_NEAR(seconds_since(start), 2, 0.55);
+    EXPECT_NEAR(seconds_since(start), 1.7, 0.25);
     EXPECT_EQ(reports.take(), lines{"Cannot read from comm port."});
 }
 
@@ -186,7 +180,7 @@ TEST_F(Outrs232rdy, ShowsThatTheLineIsHeldUntilItIsLetGo)
         EXPECT_TRUE(soon(outrs232rdy, port, 0));
     const auto start = steady_clock::now();
     EXPECT_EQ(outbrs232(port.get(), 'a'), -1);
-    EXPECT_NEAR(seconds_since(start), 2, 0.55);
+    EXPECT_NEAR(seconds_since(start), 1.7, 0.25);
     EXPECT_EQ(reports.take(), lines{"Cannot write to comm port."});
     EXPECT_EQ(outstringrs232(port.get(), "bcde", 4), 0) << "four bytes may take 3 s";
     EXPECT_GE(seconds_since(held), 3.45);
@@ -212,11 +206,10 @@ TEST(Rs232, AnswersForNoPortWithTheFailureValueAlone)
 {
     Reports reports;
     alignas(std::max_align_t) char zeros[1024] = {};
-    for (void *block : {static_cast<void *>(nullptr), static_cast<void *>(zeros)}) {
-        auto *port = static_cast<rs232_rec *>(block);
-        EXPECT_EQ(std::max({outstringrs232(port, "a", 1), outbrs232(port, 'a'), int{inbrs232(port)}, inrs232rdy(port),
-                            outrs232rdy(port)}),
-                  -1);
+    for (rs232_rec *port : {static_cast<rs232_rec *>(nullptr), reinterpret_cast<rs232_rec *>(zeros)}) {
+        const int results[] = {outstringrs232(port, "a", 1), outbrs232(port, 'a'), inbrs232(port), inrs232rdy(port),
+                               outrs232rdy(port)};
+        EXPECT_EQ(std::count(std::begin(results), std::end(results), -1), 5);
         closers232(port);
     }
     EXPECT_EQ(reports.take(), lines{});

@@ -32,6 +32,9 @@ class Device:
         before = self.master
         self.master, slave = pty.openpty()
         os.set_blocking(self.master, False)
+        mode = termios.tcgetattr(slave)
+        mode[6][termios.VSTART] = mode[6][termios.VSTOP] = b"x"  # so that somebody has to set them
+        termios.tcsetattr(slave, termios.TCSANOW, mode)
         if os.path.lexists(self.link):
             os.unlink(self.link)
         os.symlink(os.ttyname(slave), self.link)
