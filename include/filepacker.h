@@ -82,7 +82,7 @@ public:
 
     /* AddFile - append a file.
      *
-     * source_path  a regular file of at most 2147483647 bytes
+     * source_path  a regular file of at most 2147483647 bytes; a pipe is not waited for, but refused with 8
      * entry_name   null: the source's path. Folders named in it must be there when the entry is unpacked.
      * Returns 0, 1, 2 with the source's path, 4, 6, 7 (also for a name that cannot be read back), or 8 with the
      * source's path when it cannot be read whole.

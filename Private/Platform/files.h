@@ -17,6 +17,9 @@ int descriptor_of(std::FILE *stream) noexcept;
 // Bytes in a regular file; -1 for anything else.
 std::int64_t file_size(int descriptor) noexcept;
 
+// Whether a mode, in the host's st_mode bits, is that of a named pipe: opening one may wait for ever.
+bool is_pipe(int mode) noexcept;
+
 // Where the next byte is read from a stream; -1 when that has no place.
 std::int64_t read_position(std::FILE *stream) noexcept;
 

@@ -27,6 +27,7 @@
 #include "lopra.h"
 #include "str_utils.h"
 
+#include <cerrno>
 #include <climits>
 #include <cstring>
 #include <iterator>
@@ -80,6 +81,15 @@ std::int64_t read_text(std::FILE *stream, char *text, std::size_t size)
             text[kept++] = static_cast<char>(byte);
     text[kept] = '\0';
     return byte == 0 ? length : -1;
+}
+
+// The code for a source that need not be opened: 2, 8, or 0.
+int obstacle(const char *source_path)
+{
+    lopra_stat32 status;
+    if (stat32_utf8(source_path, &status) != 0)
+        return errno == EOVERFLOW ? 8 : 2;
+    return teska::is_pipe(status.st_mode) ? 8 : 0;
 }
 
 // How many bytes of the delimiter the last bytes read are, when `seen` of them were before this one. The longest
@@ -179,6 +189,8 @@ int FilePacker::AddFile(const char *source_path, const char *entry_name) noexcep
     const char *given = entry_name != nullptr ? entry_name : source_path;
     if (given != nullptr && IsRegistered(given))
         return 0;
+    if (const int code = obstacle(source_path))
+        return ThrowError(code, source_path);
     owned_stream source(fopen_utf8(source_path, "rb"));
     if (!source)
         return ThrowError(2, source_path);

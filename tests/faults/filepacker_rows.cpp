@@ -90,7 +90,7 @@ const SweepRows rows({
              return SweepCase{.call = [packed] { return created(packed->source.c_str()); }};
          },
      .failures = {{.count = 2, .once = {"list_new : Not enough resources to create list"}}, {.count = 1, .once = {}}}},
-    row("FilePacker::AddFile", 0, 3, &Packed::add_file, {{.count = 2, .once = {}}}),
+    row("FilePacker::AddFile", 0, 3, &Packed::add_file, {{.count = 3, .once = {}}}),
     row("FilePacker::AddFileAsBuffer", 0, 50, &Packed::add_buffer,
         {{.count = 1, .once = {"list_insert : Unable to extend list, insufficient resources"}}}),
     row("FilePacker::Unpack", 1, 1, &Packed::unpack, {{.count = 4, .once = {}}}),

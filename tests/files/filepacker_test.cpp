@@ -325,6 +325,15 @@ TEST(FilePackerCopy, KeptSharesTheArchive)
 
 #if !defined(_WIN32)
 
+TEST(FilePackerAdd, DoesNotWaitForAPipe)
+{
+    const Trap trap;
+    FilePacker packer(trap.archive.c_str(), 0, "d");
+    EXPECT_EQ(packer.AddFile((trap.in + "/pipe").c_str(), "x"), 8);
+    EXPECT_EQ(error_of(packer), error(8, "Cannot read from file: " + trap.in + "/pipe"));
+    EXPECT_EQ(trap.folder.read("a"), head("d"));
+}
+
 TEST(FilePackerFullDisk, LosesNothingWithoutAWord)
 {
     FilePacker device("/dev/full", 0, nullptr);

@@ -17,6 +17,8 @@ std::int64_t file_size(int descriptor) noexcept
     return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
 }
 
+bool is_pipe(int mode) noexcept { return S_ISFIFO(mode); }
+
 std::int64_t read_position(std::FILE *stream) noexcept { return ftello(stream); }
 
 bool cut_file(int descriptor, std::int64_t end) noexcept

@@ -17,6 +17,8 @@ std::int64_t file_size(int descriptor) noexcept
     return _fstat64(descriptor, &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG ? status.st_size : -1;
 }
 
+bool is_pipe(int mode) noexcept { return (mode & _S_IFMT) == _S_IFIFO; }
+
 std::int64_t read_position(std::FILE *stream) noexcept { return _ftelli64(stream); }
 
 bool cut_file(int descriptor, std::int64_t end) noexcept
