@@ -18,8 +18,8 @@
  *   The numbers of std::ios_base::openmode are others: cast none to int. streambufExt::mode_bits translates.
  *   Without the binary bit Windows changes line ends and takes byte 26 for the end of the file.
  *   Cost: a write is one system call, whatever its length, and nothing is held back: there is nothing to flush. Reading
- *   a block with read() is one system call too; everything else reads byte by byte, and a byte is one system call, and so
- *   does read() on Windows without the binary bit. Read blocks where speed matters.
+ *   a block with read() is one system call too; everything else reads byte by byte, as does read() on Windows without
+ *   the binary bit, and a byte is one system call. Read blocks where speed matters.
  *   What failed shows in the state of the stream and in is_open(); nothing is reported and nothing throws, short memory
  *   included, unless the caller asks the standard stream for exceptions. Calls that a signal interrupts are repeated.
  *   Bytes cannot be put back: unget() and putback() set badbit.

@@ -19,7 +19,8 @@
  *
  * Common rules
  *   Bytes pass unchanged in both directions; only with software flow control are received bytes 17 (XON) and 19 (XOFF)
- *   taken by the line. A line that its device drives by other means (RTS/CTS) stays as the host had it.
+ *   taken by the line. A line that its device drives by other means (RTS/CTS) stays as the host had it, and so does one
+ *   that Windows was told to take zeros out of.
  *   A transfer of n bytes that is not complete after 500 n + 1000 ms fails; part of the bytes may have been sent.
  *   The port belongs to nobody else while it is open: others who open it through this library are refused, and so
  *   are others at all where the host can do it.

@@ -78,7 +78,7 @@ bool get_control(const port &line, control_block &block) noexcept;
 bool set_control(const port &line, const control_block &block) noexcept;
 bool set_limits(port &line, const time_limits &limits) noexcept;
 
-// Enters settings into a control block: bytes pass unchanged, the rest as given.
+// Enters settings into a control block: the host's editing of lines off, the rest as given.
 void apply(control_block &block, const line_settings &settings) noexcept;
 
 // False: the line is lost.
