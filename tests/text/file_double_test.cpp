@@ -6,8 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
+#include <filesystem>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -19,8 +20,6 @@ namespace
 {
 
 using vector = std::vector<double>;
-
-constexpr double inf = std::numeric_limits<double>::infinity();
 
 const lines bad_text = {"Error bad item string for double conversions"};
 const lines bad_vector = {"Error bad formatted item string from doubles, ier -1 "};
@@ -43,14 +42,14 @@ protected:
     // Names and first numbers of all items that can be read.
     static std::string list(const Table &table)
     {
-        std::string text;
+        std::ostringstream text;
         vector values(30);
         for (int state = 0, before = -1; before != state;) {
             before = state;
             if (const char *name = file_double_list(table.get(), &state, values.data()))
-                text.append(name).append(" ").append(std::to_string(values[0])).append("; ");
+                text << name << " " << values[0] << "; ";
         }
-        return text;
+        return text.str();
     }
 
     teska_test::Folder folder;
@@ -67,8 +66,8 @@ TEST_F(FileDouble, KeepsVectorsInAFile)
     EXPECT_EQ(add(table, "cyan", {0.5, 150.0, -1234.4}), 0);
     EXPECT_EQ(file_double_save(table.get()), 0);
     EXPECT_EQ(folder.read("t.rec"), "[patches]\ncyan = 0.500  150.0  -1234\ncyan 2 = 1.000  0.000  10.000\n");
-    EXPECT_EQ(list(open(3)), "cyan 0.500000; cyan 2 1.000000; ");
-    EXPECT_EQ(list(open(0)), "cyan 0.000000; cyan 2 0.000000; ");
+    EXPECT_EQ(list(open(3)), "cyan 0.5; cyan 2 1; ");
+    EXPECT_EQ(list(open(0)), "cyan 0; cyan 2 0; ");
     EXPECT_EQ(list(open(1, 1)), "");
     EXPECT_EQ(folder.read("t.rec"), "");
     std::filesystem::remove(folder.path("t.rec"));
@@ -83,40 +82,30 @@ TEST_F(FileDouble, KeptSkipsBookkeepingNamesThatItAddsAndListsOnBehindBadItems)
     folder.write("t.rec", "[Patches]\n_INTERNAL_ = x\na = 1 2\nb = 3\nc = 4 5 6\n_internal = 7 8\n");
     const Table table = open(2);
     EXPECT_EQ(add(table, "_Internal_", {1, 2}), 0);
-    EXPECT_EQ(list(table), "a 1.000000; c 4.000000; _internal 7.000000; ");
+    EXPECT_EQ(list(table), "a 1; c 4; _internal 7; ");
     EXPECT_EQ(reports.take(), bad_text);
-}
-
-TEST_F(FileDouble, KeptStateTwoIsTheStart)
-{
-    const Table table = open(1, 1);
+    const Table empty = open(1, 1);
     int state = 2;
-    double number = 0;
-    EXPECT_EQ(file_double_list(table.get(), &state, &number), nullptr);
+    EXPECT_EQ(file_double_list(empty.get(), &state, nullptr), nullptr);
     EXPECT_EQ(state, 1);
 }
 
 TEST_F(FileDouble, RefusesWhatDoesNotFit)
 {
-    const vector values(23, 0.5);
-    const Table fitting = open(22, 1);
-    EXPECT_EQ(add(fitting, "a", values), 0);
-    EXPECT_EQ(add(fitting, "a=b", values), -1);
-    EXPECT_EQ(list(fitting), "a 0.500000; ");
-    EXPECT_EQ(reports.take(), lines{});
-    const Table longer = open(23, 1);
-    EXPECT_EQ(add(longer, "a", values), -1);
+    vector values(20, -0.5);
+    const Table table = open(20, 1);
+    EXPECT_EQ(add(table, "a", values), -1) << "160 characters";
     EXPECT_EQ(reports.take(), bad_vector);
-    EXPECT_EQ(list(longer), "");
+    values[0] = 0.5;
+    EXPECT_EQ(add(table, "a", values), 0);
+    EXPECT_EQ(add(table, "a=b", values), -1);
+    EXPECT_EQ(list(table), "a 0.5; ");
+    EXPECT_EQ(reports.take(), lines{});
 }
 
 TEST_F(FileDouble, CannotBeHadWithoutItsFile)
 {
     EXPECT_EQ(open(1), nullptr);
-    for (const char *text : {"[patches]\na = 1", "[patches\n"}) {
-        folder.write("t.rec", text);
-        EXPECT_EQ(open(1), nullptr) << text;
-    }
     EXPECT_EQ(open(1, 1, "none/t.rec"), nullptr);
     EXPECT_EQ(file_double_new(nullptr, 1, 1), nullptr);
     EXPECT_EQ(file_double_kill(nullptr), 0);
@@ -128,15 +117,16 @@ TEST_F(FileDouble, CannotBeHadWithoutItsFile)
     EXPECT_EQ(reports.take(), lines{});
 }
 
-TEST(StrFromVd, PrintsAboutFourDigits)
+TEST(StrFromVd, KeptMayAddADigitByRounding)
 {
     const std::tuple<vector, std::string> rows[] = {
         {vector(), ""},
         {{12.3456, 0.5, -1234.4, 0.25, 150}, " 12.35  0.500  -1234  0.250  150.0 "},
         {{1, 10, 1000, 0.0625, 1234.5, 12345678.5}, " 1.000  10.00  1000  0.062  1234  12345678 "},
-        {{9.9996, 99.996, -0.0001, std::nextafter(100.0, 0)}, " 10.000  100.00  -0.000  100.0 "},
-        {{inf, -inf, std::nan("")}, " inf  -inf  nan "},
-    };
+        {{9.9996, 99.996, 999.96, -0.0001}, " 10.000  100.00  1000.0  -0.000 "},
+        {{std::nextafter(10, 0), std::nextafter(100, 0)}, " 10.000  100.0 "},
+        {{9999999999999998, 9999999999999978}, "  9999999999999998  9999999999999978 "},
+        {{HUGE_VAL, -HUGE_VAL, NAN}, " inf  -inf  nan "}};
     for (const auto &[values, expected] : rows) {
         char text[160] = "x";
         EXPECT_EQ(str_from_vd(values.data(), static_cast<int>(values.size()), text), 0);
@@ -144,32 +134,21 @@ TEST(StrFromVd, PrintsAboutFourDigits)
     }
 }
 
-TEST(VdFromStr, ReadsNumbersBetweenBlanks)
+TEST(VdFromStr, ReportsWhatIsNoVector)
 {
-    const std::tuple<std::string, int, int, vector> rows[] = {
-        {"  1.5  2 -3e2", 3, 0, {1.5, 2, -300}},
-        {"1 2", 3, -1, {1, 2, 9}},
-        {"1x y", 2, -1, {1, 9, 9}},
-        {"1\t2", 2, -1, {1, 9, 9}},
-        {"", 1, -1, {9, 9, 9}},
-        {"x", 0, 0, {9, 9, 9}},
-        {"inf 0x10 .", 2, 0, {inf, 16, 9}},
-    };
-    for (const auto &[text, n, result, expected] : rows) {
-        Reports reports;
-        vector numbers(3, 9.0);
-        EXPECT_EQ(vd_from_str(text.c_str(), n, numbers.data()), result) << text;
-        EXPECT_EQ(numbers, expected) << text;
-        EXPECT_EQ(reports.take(), result == 0 ? lines{} : bad_text) << text;
-    }
+    Reports reports;
+    double numbers[3] = {};
+    EXPECT_EQ(vd_from_str(" -3e2  2", 2, numbers), 0);
+    EXPECT_EQ(reports.take(), lines{});
+    EXPECT_EQ(vd_from_str("1 2", 3, numbers), -1);
+    EXPECT_EQ(reports.take(), bad_text);
+    EXPECT_EQ(vector(numbers, numbers + 3), (vector{1, 2, 0}));
 }
 
 TEST(VdFmtD, CountsIntegerDigitsByTheLogarithm)
 {
-    const std::tuple<double, int, int, int> rows[] = {
-        {1234.5, 6, 4, 2}, {0.5, 6, 1, 5}, {1, 4, 1, 3},
-        {-10, 4, 2, 2},    {1e5, 4, 6, 0}, {0, 0, 1, 0},
-        {inf, 4, 1, 3},    {5, -3, 1, 0},  {std::nextafter(10.0, 0), 4, 1, 3}};
+    const std::tuple<double, int, int, int> rows[] = {{1234.5, 6, 4, 2}, {0.5, 6, 1, 5},      {-10, 4, 2, 2},
+                                                      {1e5, 4, 6, 0},    {HUGE_VAL, 4, 1, 3}, {5, -3, 1, 0}};
     for (const auto &[value, width, digits, decimals] : rows) {
         int results[2] = {};
         EXPECT_EQ(vd_fmt_d(value, width, &results[0], &results[1]), 0);
