@@ -19,6 +19,9 @@ struct gallery_inputs {
 // A photograph on its way to the press and back: byte tables.
 section separation_section(const gallery_inputs &inputs);
 
+// A tone curve, fits through measured tones, the dither cell, two searches for a minimum.
+section curves_section(const gallery_inputs &inputs);
+
 // The pictures of the sections before it in one archive and out again: comes last.
 section records_section(const gallery_inputs &inputs);
 

@@ -117,6 +117,27 @@ tbody th { text-align: left; font-weight: 500; }
 .record { margin: 0; padding: 1rem 1.25rem; overflow-x: auto; background: var(--card); border: 1px solid var(--rule);
   border-radius: .25rem; font: .85rem/1.75 ui-monospace, "SF Mono", Menlo, Consolas, "DejaVu Sans Mono", monospace; }
 figure > .scroll { margin: 0; }
+.card { padding: .75rem; background: var(--card); border: 1px solid var(--rule); border-radius: .25rem; }
+.below { margin-top: 1.75rem; }
+.plot { display: block; width: 100%; height: auto; overflow: visible; font-size: 12px; font-variant-numeric: tabular-nums;
+  --first: var(--link); --second: #e0702c; }
+.plot path { fill: none; stroke-linejoin: round; }
+.plot text { fill: var(--soft); } .plot .x { text-anchor: middle; } .plot .y, .plot .end { text-anchor: end; }
+.plot .grid { stroke: var(--rule); } .plot .faint { stroke: var(--soft); stroke-dasharray: 3 4; }
+.plot .note { fill: var(--text); font-size: 14px; }
+.plot .first { --of: var(--first); } .plot .second { --of: var(--second); }
+.plot .cyan { --of: var(--cyan); } .plot .magenta { --of: var(--magenta); } .plot .yellow { --of: #d8b400; }
+.plot .black { --of: var(--text); }
+.plot .curve { stroke: var(--of); stroke-width: 2.5; }
+.plot .dot { fill: var(--card); stroke: var(--of); stroke-width: 2; } .plot circle:hover { stroke-width: 5; }
+.plot .polygon { stroke: var(--soft); stroke-width: 1.2; } .plot .control { fill: var(--soft); }
+.plot .area { fill: var(--of); fill-opacity: .45; } .plot .median { stroke: var(--of); stroke-width: 2; }
+.plot .contour { fill: var(--first); fill-opacity: .065; stroke: var(--first); stroke-opacity: .25; }
+.plot .asked { fill: var(--of); fill-opacity: .75; } .plot .way { stroke: var(--of); stroke-width: 1.6; }
+.plot .goal { fill: none; stroke: var(--text); stroke-width: 2; }
+.cells .lit { fill: var(--text); } .cells .dark { fill: var(--rule); } .cells rect { stroke: var(--card); stroke-width: .06; }
+figcaption .first, figcaption .second { display: inline-block; width: .8em; height: .8em; opacity: .6; }
+figcaption .first { background: var(--link); } figcaption .second { background: #e0702c; }
 .steps { padding-left: 1.2rem; max-width: 46rem; }
 .steps li { margin-bottom: .6rem; padding-left: .35rem; }
 .steps li::marker { color: var(--soft); font-weight: 650; }
