@@ -110,7 +110,7 @@ TEST(Fdifstream, ReadsAndMovesAsByteByByteThroughItsBuffer)
         const int n = random.below(40) == 0 ? 300 : random.below(9);
         const long offset = random.below(8) == 0 ? random.below(257) : random.below(6) - 3;
         const ios::seekdir from = offset > 2 ? ios::beg : random.below(9) == 0 ? ios::end : ios::cur;
-        const unsigned step = random.below(4);
+        const int step = random.below(4);
         if (step == 0)
             ASSERT_EQ(buf.sgetc(), model.one(false)) << i;
         else if (step == 1)
