@@ -21,28 +21,19 @@ static void expect(bool holds)
         std::abort();
 }
 
-// Reads into all of a vector that holds 99s; the result of the readers.
-static int scan(const char *at, std::vector<double> &numbers)
-{
-    at += std::strspn(at, " ");
-    for (double &number : numbers) {
-        if (*at == 0 || std::sscanf(at, "%lf", &number) != 1)
-            return -1;
-        at += std::strcspn(at, " ");
-        at += std::strspn(at, " ");
-    }
-    return 0;
-}
-
 static void read_numbers(const char *text, std::size_t count)
 {
     const int n = static_cast<int>(count);
     std::vector<double> expected(count, 99), numbers(count, 99);
-    const int result = scan(text, expected);
+    int result = 0;
+    std::size_t i = 0;
+    for (const char *at = text; i < count && result == 0; at += std::strcspn(at, " ")) {
+        at += std::strspn(at, " ");
+        result = std::sscanf(at, "%lf", &expected[i++]) == 1 ? 0 : -1;
+    }
     expect(str_double_from_itemstr(text, n, numbers.data()) == result);
     expect(count == 0 || std::memcmp(numbers.data(), expected.data(), count * sizeof(double)) == 0);
     expect(vd_from_str(text, n, numbers.data()) == result);
-
     std::vector<int> ints(count);
     str_int_from_itemstr(text, n, ints.data());
 }
