@@ -18,6 +18,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 struct dhsm {
     teska::heap_block<double> vertices;  // n + 1 points
@@ -28,7 +29,7 @@ struct dhsm {
     std::int32_t n = 0;
     std::int32_t ready = 0;  // the simplex is set up
     dhsm_function function = nullptr;
-    dhsm_conv_test conv_test = nullptr;
+    dhsm_conv_test conv_test = nullptr;  // null: the built-in one
 };
 
 namespace
@@ -44,6 +45,9 @@ constexpr double first_step = 0.1;
 // figure has no parts.
 constexpr double probe = 0.005;
 constexpr double no_extent = 1e-20;
+
+// Variables up to which loops fall apart into straight code. Without it a step among few variables takes twice as long.
+constexpr int straight = 8;
 
 struct {
     double tolerance;
@@ -67,25 +71,34 @@ struct objective {
 
 double *vertex(const dhsm &d, int i) { return d.vertices.get() + static_cast<std::ptrdiff_t>(i) * d.n; }
 
-ranking rank(const dhsm &d)
+// Size, here and below: an int, or a number known to the compiler. The first two points are ranked before the scan, so no
+// other is met that was the worst already.
+template <class Size>
+ranking rank(const double *f, Size n)
 {
-    const double *f = d.values.get();
     const bool first_is_worse = f[0] > f[1];
-    ranking r{0, first_is_worse ? 0 : 1, first_is_worse ? 1 : 0};
-    for (int i = 0; i <= d.n; ++i) {
+    ranking r{f[1] <= f[0] ? 1 : 0, first_is_worse ? 0 : 1, first_is_worse ? 1 : 0};
+    for (int i = 2; i <= n; ++i) {
         if (f[i] <= f[r.best])
             r.best = i;
         if (f[i] > f[r.worst]) {
             r.second_worst = r.worst;
             r.worst = i;
-        } else if (i != r.worst && f[i] > f[r.second_worst]) {
+        } else if (f[i] > f[r.second_worst]) {
             r.second_worst = i;
         }
     }
     return r;
 }
 
-double distance(const dhsm &d, int a, int b) { return vect_distance(vertex(d, a), vertex(d, b), d.n); }
+template <class Size>
+double distance(const double *a, const double *b, Size n)
+{
+    double sum = 0.0;
+    for (int j = 0; j < n; ++j)
+        sum += (b[j] - a[j]) * (b[j] - a[j]);
+    return std::sqrt(sum);
+}
 
 // Whether a value beside the best point is lower than its own. The point comes back as it was.
 bool is_lower_nearby(const dhsm &d, const objective &f, int best)
@@ -108,74 +121,87 @@ bool is_lower_nearby(const dhsm &d, const objective &f, int best)
     return false;
 }
 
-double built_in_test(dhsm *d, void *context1, void *context2, int worst, int best)
+template <class Size>
+double built_in_test(const dhsm &d, const objective &f, const ranking &rank, Size n)
 {
-    const double size = distance(*d, worst, best);
+    const double size = distance(vertex(d, rank.worst), vertex(d, rank.best), n);
     if (size > state.tolerance)
         return size;
-    return is_lower_nearby(*d, {d->function, context1, context2}, best) ? state.tolerance + size : size;
+    return is_lower_nearby(d, f, rank.best) ? state.tolerance + size : size;
 }
 
-void find_centroid(const dhsm &d, int without)
+template <class Size>
+void find_centroid(const double *vertices, Size n, double *__restrict c)
 {
-    double *const c = d.centroid.get();
-    std::fill_n(c, d.n, 0.0);
-    for (int i = 0; i <= d.n; ++i)
-        if (i != without)
-            for (int j = 0; j < d.n; ++j)
-                c[j] += vertex(d, i)[j];
-    for (int j = 0; j < d.n; ++j)
-        c[j] /= d.n;
+    for (int j = 0; j < n; ++j)
+        c[j] = 0.0;
+    for (int i = 0; i <= n; ++i)
+        for (int j = 0; j < n; ++j)
+            c[j] += vertices[static_cast<std::ptrdiff_t>(i) * n + j];
+    for (int j = 0; j < n; ++j)
+        c[j] /= n;
 }
 
-void replace(const dhsm &d, int i, const double *point, double value)
+template <class Size>
+void copy(const double *from, Size n, double *__restrict to)
 {
-    std::copy_n(point, d.n, vertex(d, i));
-    d.values.get()[i] = value;
+    for (int j = 0; j < n; ++j)
+        to[j] = from[j];
 }
 
-void shrink(const dhsm &d, const objective &f, int best)
+template <class Size>
+void shrink(const dhsm &d, const objective &f, int best, Size n)
 {
     const double *const b = vertex(d, best);
-    for (int i = 0; i <= d.n; ++i) {
+    for (int i = 0; i <= n; ++i) {
         if (i == best)
             continue;
         double *const v = vertex(d, i);
-        for (int j = 0; j < d.n; ++j)
+        for (int j = 0; j < n; ++j)
             v[j] = b[j] + 0.5 * (v[j] - b[j]);
         d.values.get()[i] = f(v);
     }
 }
 
-void move_simplex(const dhsm &d, const objective &f, const ranking &rank)
+template <class Size>
+void move_simplex(const dhsm &d, const objective &f, const ranking &rank, Size n)
 {
-    double *const c = d.centroid.get();
-    double *const r = d.trial.get();
-    double *const other = d.trial2.get();
-    const double *const w = vertex(d, rank.worst);
+    double *const __restrict c = d.centroid.get();
+    double *const __restrict r = d.trial.get();
+    double *const __restrict other = d.trial2.get();
+    double *const w = vertex(d, rank.worst);
     double &worst_value = d.values.get()[rank.worst];
 
-    find_centroid(d, rank.worst);
-    for (int j = 0; j < d.n; ++j)
-        r[j] = 2.0 * c[j] - w[j];
+    // To add -0.0 changes nothing, and is quicker than to ask of each point whether it is the one left out.
+    copy(w, n, other);
+    for (int j = 0; j < n; ++j)
+        w[j] = -0.0;
+    find_centroid(d.vertices.get(), n, c);
+    copy(other, n, w);
+    for (int j = 0; j < n; ++j)
+        r[j] = 2.0 * c[j] - other[j];
+    const auto replace_worst = [&](const double *point, double value) {
+        copy(point, n, w);
+        worst_value = value;
+    };
     const double reflected = f(r);
     if (reflected <= d.values.get()[rank.best]) {
-        for (int j = 0; j < d.n; ++j)
+        for (int j = 0; j < n; ++j)
             other[j] = c[j] + 2.0 * (r[j] - c[j]);
         const double expanded = f(other);
-        return reflected <= expanded ? replace(d, rank.worst, r, reflected) : replace(d, rank.worst, other, expanded);
+        return reflected <= expanded ? replace_worst(r, reflected) : replace_worst(other, expanded);
     }
     if (reflected < d.values.get()[rank.second_worst])
-        return replace(d, rank.worst, r, reflected);
+        return replace_worst(r, reflected);
 
     if (reflected < worst_value)
-        replace(d, rank.worst, r, reflected);
-    for (int j = 0; j < d.n; ++j)
+        replace_worst(r, reflected);
+    for (int j = 0; j < n; ++j)
         other[j] = c[j] + 0.5 * (w[j] - c[j]);
     const double contracted = f(other);
     if (contracted < worst_value)
-        return replace(d, rank.worst, other, contracted);
-    shrink(d, f, rank.best);
+        return replace_worst(other, contracted);
+    shrink(d, f, rank.best, n);
 }
 
 // The simplex around a start, with one step for all coordinates.
@@ -187,12 +213,36 @@ void set_up(dhsm &d, const double *x)
     dhsm_init(&d, nullptr, nullptr, nullptr, nullptr, d.trial.get(), x);
 }
 
-int finish(dhsm &d, int best, double *x, double *f_min, int result)
+struct outcome {
+    int best;
+    int result;
+};
+
+template <class Size>
+outcome search(dhsm &d, const objective &f, std::int64_t most, Size n)
 {
-    std::copy_n(vertex(d, best), d.n, x);
-    *f_min = d.values.get()[best];
-    d.ready = 0;
-    return result;
+    for (std::int64_t steps = 0;; ++steps) {
+        const ranking r = rank(d.values.get(), n);
+        const double measure = d.conv_test != nullptr ? d.conv_test(&d, f.context1, f.context2, r.worst, r.best)
+                                                      : built_in_test(d, f, r, n);
+        if (measure < state.tolerance)
+            return {r.best, 0};
+        if (steps > most)
+            return {r.best, -1};
+        move_simplex(d, f, r, n);
+    }
+}
+
+// With at most N variables known to the compiler.
+template <int N>
+outcome search_sized(dhsm &d, const objective &f, std::int64_t most)
+{
+    if constexpr (N == 0)
+        return search(d, f, most, d.n);
+    else if (d.n == N)
+        return search(d, f, most, std::integral_constant<int, N>());
+    else
+        return search_sized<N - 1>(d, f, most);
 }
 
 }  // namespace
@@ -224,7 +274,7 @@ dhsm *dhsm_new(dhsm_function function, dhsm_conv_test conv_test, int n) TESKA_NO
     }
     d->n = n;
     d->function = function;
-    d->conv_test = conv_test != nullptr ? conv_test : built_in_test;
+    d->conv_test = conv_test;
     return d.release();
 }
 
@@ -261,13 +311,10 @@ int dhsm_solve(dhsm *d, void *context1, void *context2, double tolerance, double
     for (int i = d->n; i >= 0; --i)
         d->values.get()[i] = f(vertex(*d, i));
     state.tolerance = tolerance != 0.0 ? tolerance : default_tolerance;
-    const std::int64_t last = max_iter != 0 ? max_iter : default_steps;
-    for (std::int64_t steps = 0;; ++steps) {
-        const ranking r = rank(*d);
-        if (d->conv_test(d, context1, context2, r.worst, r.best) < state.tolerance)
-            return finish(*d, r.best, x, f_min, 0);
-        if (steps > last)
-            return finish(*d, r.best, x, f_min, -1);
-        move_simplex(*d, f, r);
-    }
+    const std::int64_t most = max_iter != 0 ? max_iter : default_steps;
+    const outcome end = search_sized<straight>(*d, f, most);
+    copy(vertex(*d, end.best), d->n, x);
+    *f_min = d->values.get()[end.best];
+    d->ready = 0;
+    return end.result;
 }
