@@ -84,48 +84,6 @@ int width_of(int code) { return code >= 0 ? code : -2 * code; }
 // Room for what is read: a text may go on from one written to the end of the restored ones.
 Bytes room(int code) { return Bytes(code > 0 ? static_cast<std::size_t>(code) : 300); }
 
-void operate(hash_tab *table, int key_code, int data_code, Bytes &key_out, Bytes &data_out, Input &input)
-{
-    const int slots = hash_tab_nr_items(table);
-    const int action = input.byte();
-    const Bytes key = input.value(key_code);
-    const Bytes data = input.value(data_code);
-    const int index = input.byte() % 36 - 2;
-    int result = -1;
-    switch (action % 8) {
-    case 0:
-        result = hash_tab_insert(table, key.data(), data.data());
-        if (result >= 0) {
-            expect(hash_tab_index(table, result, key_out.data(), data_out.data()) == result);
-            expect(std::equal(key.begin(), key.end(), key_out.begin()));
-            expect(std::equal(data.begin(), data.end(), data_out.begin()));
-            expect(hash_tab_get(table, key.data(), data_out.data()) >= 0);
-        }
-        break;
-    case 1:
-        result = hash_tab_get(table, key.data(), data_out.data());
-        break;
-    case 2:
-        result = hash_tab_put(table, key.data(), data.data());
-        break;
-    case 3:
-        result = hash_tab_delete(table, key.data());
-        break;
-    case 4:
-        result = hash_tab_delete_index(table, index) > 0 ? index : -1;
-        break;
-    case 5:
-        result = hash_tab_uninsert_index(table, index) > 0 ? index : -1;
-        break;
-    case 6:
-        result = hash_tab_put_index(table, index, data.data()) > 0 ? index : -1;
-        break;
-    default:
-        result = hash_tab_index(table, index, key_out.data(), data_out.data());
-    }
-    expect(result >= -1 && result < std::max(slots, 0));
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
@@ -150,7 +108,29 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     expect(table != nullptr && hash_tab_nr_items(table.get()) == nr_slots);
     Bytes key_out = room(key_code);
     Bytes data_out = room(data_code);
-    while (input.left > 0)
-        operate(table.get(), key_code, data_code, key_out, data_out, input);
+    while (input.left > 0) {
+        const int action = input.byte() % 8;
+        const Bytes key = input.value(key_code);
+        const Bytes value = input.value(data_code);
+        const int index = input.byte() % 36 - 2;
+        hash_tab *t = table.get();
+        const auto changed = [index](int result) { return result > 0 ? index : -1; };
+        // The slot that was found or changed, or -1.
+        const int slot = action == 0   ? hash_tab_insert(t, key.data(), value.data())
+                         : action == 1 ? hash_tab_get(t, key.data(), data_out.data())
+                         : action == 2 ? hash_tab_put(t, key.data(), value.data())
+                         : action == 3 ? hash_tab_delete(t, key.data())
+                         : action == 4 ? changed(hash_tab_delete_index(t, index))
+                         : action == 5 ? changed(hash_tab_uninsert_index(t, index))
+                         : action == 6 ? changed(hash_tab_put_index(t, index, value.data()))
+                                       : hash_tab_index(t, index, key_out.data(), data_out.data());
+        expect(slot >= -1 && slot < nr_slots);
+        if (action != 0 || slot < 0)
+            continue;
+        expect(hash_tab_index(t, slot, key_out.data(), data_out.data()) == slot);
+        expect(std::equal(key.begin(), key.end(), key_out.begin()));
+        expect(std::equal(value.begin(), value.end(), data_out.begin()));
+        expect(hash_tab_get(t, key.data(), data_out.data()) >= 0);
+    }
     return 0;
 }
