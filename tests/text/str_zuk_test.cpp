@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -17,10 +18,11 @@ const std::string long_text(256, 'n');
 // Asks for each "topic/item" in turn; answers are values, "-" without the item, "?" without the topic.
 void expect_answers(Text text, const std::string &questions, const std::string &answers)
 {
+    EXPECT_EQ(std::ranges::count(questions, ' '), std::ranges::count(answers, ' ')) << "an answer for each question";
     std::istringstream asked(questions), answered(answers);
-    for (std::string topic, item, answer; std::getline(asked, topic, '/') && asked >> item >> std::ws;) {
-        answered >> answer;
-        SCOPED_TRACE(questions + " at " + topic + "/" + item);
+    for (std::string question, answer; asked >> question && answered >> answer;) {
+        SCOPED_TRACE(questions + " at " + question);
+        const std::string topic = question.substr(0, question.find('/')), item = question.substr(topic.size() + 1);
         char value[257] = "";
         Text cursor = text;
         EXPECT_EQ(str_search_zuk_topic(&cursor, topic.c_str()), answer == "?" ? 0 : 1);
@@ -147,7 +149,7 @@ TEST(StrDoubleFromItemstr, KeptSeparatesByBlanksAloneAndPassesOverTheRestOfAWord
         {"00x", 1, 0, 0, 0, 0},
         {"infi", 1, -1, 99, -1, 99},
         {"+2147483648", 1, 0, 2147483648.0, 0, 2147483647},
-        {"-9999999999999999999999", 1, 0, -1e22, 0, -2147483647 - 1}};
+        {"-18446744073709551621", 1, 0, -18446744073709551616.0, 0, -2147483647 - 1}};
     for (const auto &[text, n, result, number, int_result, int_number] : cases) {
         double doubles[] = {99, 99, 99};
         int ints[] = {99, 99, 99};
