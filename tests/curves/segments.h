@@ -1,4 +1,4 @@
-// segments - Bezier segments for tests, and what is true of them
+// segments - Bezier segments for tests
 
 #ifndef TESKA_TESTS_SEGMENTS_H
 #define TESKA_TESTS_SEGMENTS_H
@@ -26,34 +26,26 @@ inline Segment segment(const numbers &xs, const numbers &ys)
 inline numbers random_numbers(Generator &input, int count)
 {
     numbers values;
-    for (int i = 0; i < count; ++i)
+    while (count-- > 0)
         values.push_back(input.between(-1, 1));
     return values;
 }
 
-inline Segment random_segment(Generator &input, int degree)
-{
-    const numbers xs = random_numbers(input, degree + 1);
-    return segment(xs, random_numbers(input, degree + 1));
-}
-
 struct point {
     double x, y;
-
     friend double operator-(const point &a, const point &b) { return std::hypot(a.x - b.x, a.y - b.y); }
 };
 
-// By repeated linear interpolation of the control values.
-inline double casteljau(const double *values, int degree, double t)
+// By repeated linear interpolation.
+inline long double casteljau(const double *p, int degree, long double t)
 {
-    std::vector<long double> p(values, values + degree + 1);
-    for (int level = degree; level > 0; --level)
-        for (std::size_t i = 0; i < static_cast<std::size_t>(level); ++i)
-            p[i] += static_cast<long double>(t) * (p[i + 1] - p[i]);
-    return static_cast<double>(p[0]);
+    return degree == 0 ? *p : (1 - t) * casteljau(p, degree - 1, t) + t * casteljau(p + 1, degree - 1, t);
 }
 
-inline point casteljau(const bezier &b, double t) { return {casteljau(b.x, b.degree, t), casteljau(b.y, b.degree, t)}; }
+inline point casteljau(const bezier &b, double t)
+{
+    return {static_cast<double>(casteljau(b.x, b.degree, t)), static_cast<double>(casteljau(b.y, b.degree, t))};
+}
 
 }  // namespace teska_test
 
