@@ -23,8 +23,8 @@ struct Fit {
     Fit(const numbers &xs, const numbers &ys, unsigned int tangents = 0, point start = {1, 2}, point end = {-3, 6})
     {
         teska::bezier_coef(*b);  // has to be renewed
-        EXPECT_EQ(bezier_fit(b.get(), static_cast<int>(xs.size()), xs.data(), ys.data(), tangents & 1, start.x, start.y,
-                             tangents & 2, end.x, end.y, &lse, &max_e, 1),
+        EXPECT_EQ(bezier_fit(b.get(), static_cast<int>(xs.size()), xs.data(), ys.data(), (tangents & 1) * 4, start.x,
+                             start.y, tangents & 2, end.x, end.y, &lse, &max_e, 1),
                   1);
     }
 };
@@ -43,7 +43,7 @@ numbers at_even_steps(const numbers &controls, int count)
 {
     numbers values;
     for (int i = 0; i < count; ++i)
-        values.push_back(casteljau(controls.data(), 3, 1.0 * i / (count - 1)));
+        values.push_back(static_cast<double>(casteljau(controls.data(), 3, 1.0 * i / (count - 1))));
     return values;
 }
 
