@@ -23,15 +23,9 @@ namespace teska
 namespace
 {
 
-// A number of rows known to the compiler, where loops fall apart into straight code.
-template <int N>
-struct rows {
-    constexpr operator int() const noexcept { return N; }
-};
-
-template <class Rows>
-bool decompose_rows(const lu_matrix &m, Rows n) noexcept
+bool decompose(const lu_matrix &m) noexcept
 {
+    const int n = m.n;
     const auto lu = [&m](int i) noexcept { return m.lu + i * m.stride; };
     const auto sums = [&m](int i) noexcept { return m.sums + i * m.stride; };
     for (int i = 0; i < n; ++i)
@@ -60,19 +54,74 @@ bool decompose_rows(const lu_matrix &m, Rows n) noexcept
     return regular;
 }
 
-bool decompose(const lu_matrix &m) noexcept { return decompose_rows(m, m.n); }
+// A matrix of so few rows that it fits into registers, once every index is known to the compiler. Steps as above.
+template <int N>
+struct straight {
+    double lu[N][N];
+    double sums[N][N];
+    double scale[N];
+
+    void exchange_rows(int j, int p) noexcept
+    {
+        scale[p] = scale[j];
+        exchange(lu[j], lu[p], N);
+        exchange(sums[j], sums[p], N);
+    }
+
+    template <int J>
+    [[gnu::always_inline]] bool step(const lu_matrix &m) noexcept
+    {
+        pivot_search search{J};
+        for (int i = J; i < N; ++i)
+            search.offer(i, scale[i], lu[i][J] -= sums[i][J]);
+        note_exchange(m, J, search.row);
+        for (int p = J + 1; p < N; ++p)
+            if (p == search.row)
+                exchange_rows(J, p);
+        const bool regular = keep_from_zero(lu[J][J]);
+        const double reciprocal = 1.0 / lu[J][J];
+        for (int c = J + 1; c < N; ++c)
+            lu[J][c] -= sums[J][c];
+        for (int i = J + 1; i < N; ++i) {
+            lu[i][J] *= reciprocal;
+            for (int c = J + 1; c < N; ++c)
+                sums[i][c] += lu[i][J] * lu[J][c];
+        }
+        if constexpr (J + 1 < N)
+            return step<J + 1>(m) && regular;
+        return regular;
+    }
+};
+
+template <int N>
+bool decompose_straight(const lu_matrix &m) noexcept
+{
+    straight<N> s;
+    for (int i = 0; i < N; ++i) {
+        s.scale[i] = m.scale[i];
+        for (int c = 0; c < N; ++c) {
+            s.lu[i][c] = m.lu[i * m.stride + c];
+            s.sums[i][c] = 0.0;
+        }
+    }
+    const bool regular = s.template step<0>(m);
+    for (int i = 0; i < N; ++i)
+        for (int c = 0; c < N; ++c)
+            m.lu[i * m.stride + c] = s.lu[i][c];
+    return regular;
+}
 
 bool decompose_small(const lu_matrix &m) noexcept
 {
     switch (m.n) {
     case 2:
-        return decompose_rows(m, rows<2>());
+        return decompose_straight<2>(m);
     case 3:
-        return decompose_rows(m, rows<3>());
+        return decompose_straight<3>(m);
     case 4:
-        return decompose_rows(m, rows<4>());
+        return decompose_straight<4>(m);
     default:
-        return decompose_rows(m, m.n);
+        return decompose(m);
     }
 }
 
