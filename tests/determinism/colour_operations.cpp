@@ -1,0 +1,114 @@
+#include "determinism/operations.h"
+
+#include "support/owned_clut.h"
+#include "support/samples.h"
+
+#include "md_tetrab.h"
+#include "md_tetrad.h"
+
+namespace teska_test
+{
+
+namespace
+{
+
+// Values and points reach a little beyond 0 .. 1.
+template <std::size_t Inputs, std::size_t Outputs, int Points>
+void clut(Generator &input, Digest &digest)
+{
+    std::size_t size = Outputs;
+    for (std::size_t k = 0; k < Inputs; ++k)
+        size *= Points;
+    std::vector<float> values(size);
+    for (float &value : values)
+        value = static_cast<float>(input.between(-0.1, 1.1));
+    OwnedClut table(std::vector<unsigned char>(Inputs, Points), Outputs, values);
+
+    double in[Inputs];
+    double out[Outputs];
+    for (int i = 0; i < 1000; ++i) {
+        for (double &x : in)
+            x = i % 10 == 0 ? input.below(5) / 4.0 : input.between(-0.1, 1.1);
+        table.Interpolate(out, in);
+        digest.add(out, sizeof out);
+        if (Inputs == 3) {
+            for (double &x : in)
+                x = input.unit();
+            table.Interp3d(out, in);
+            digest.add(out, sizeof out);
+        }
+    }
+}
+
+// A table of random vertices and curves converts random pixels; then it is expanded.
+template <int Inputs, int Outputs, int Points, int High = 255>
+void tetrab(Generator &input, Digest &digest)
+{
+    md_tetrab *table = md_tetrab_new_special(Inputs, Outputs, Points, 0, High, 1);
+    int size = 0;
+    unsigned char *data = md_tetrab_dataptr(table, &size);
+    for (int i = 0; i < size; ++i)
+        data[i] = input.byte();
+    for (int v = 0; v < 256; ++v)
+        md_tetrab_ilutptr(table, 0)[v] = md_tetrab_olutptr(table, Outputs - 1)[v] = input.byte();
+
+    Samples<unsigned char> in(Inputs, 1000, Inputs), out(Outputs, 1000, Outputs);
+    for (unsigned char &byte : in.buffer)
+        byte = input.byte();
+    md_tetrab_interp(table, in.at.data(), in.step, out.at.data(), out.step, 1000, nullptr, 0);
+    digest.add(out.buffer.data(), out.buffer.size());
+
+    for (const int resolution : {2 * Points - 1, Points + 1}) {
+        md_tetrab *expanded = md_tetrab_expand(table, resolution);
+        data = md_tetrab_dataptr(expanded, &size);
+        digest.add(data, static_cast<std::size_t>(size));
+        md_tetrab_kill(expanded);
+    }
+    md_tetrab_kill(table);
+}
+
+// A table of random vertices evaluates points, some of them on vertices and a little outside.
+template <int Inputs, int Outputs, int Points>
+void tetrad(Generator &input, Digest &digest)
+{
+    const double lo = -20.0;
+    const double hi = 100.0;
+    md_tetrad *table = md_tetrad_new(Inputs, Outputs, Points, lo, hi);
+    int size = 0;
+    double *data = md_tetrad_dataptr(table, &size);
+    for (int i = 0; i < size; ++i)
+        data[i] = input.between(-1.0, 1.0);
+
+    Samples<double> in(Inputs, 1000, Inputs), out(Outputs, 1000, Outputs);
+    for (double &x : in.buffer)
+        x = input.below(8) == 0 ? input.below(Points) * ((hi - lo) / (Points - 1)) + lo : input.between(lo - 1, hi + 1);
+    md_tetrad_interp(table, in.at.data(), in.step, out.at.data(), out.step, 1000);
+    digest.add(out.buffer.data(), out.buffer.size() * sizeof(double));
+    md_tetrad_kill(table);
+}
+
+const Operation operations[] = {
+    {"CLUT 1 to 3, 33 points", clut<1, 3, 33>},
+    {"CLUT 2 to 1, 9 points", clut<2, 1, 9>},
+    {"CLUT 3 to 3, 17 points", clut<3, 3, 17>},
+    {"CLUT 4 to 4, 9 points", clut<4, 4, 9>},
+    {"CLUT 5 to 2, 5 points", clut<5, 2, 5>},
+    {"CLUT 6 to 5, 4 points", clut<6, 5, 4>},
+    {"CLUT 8 to 7, 2 points", clut<8, 7, 2>},
+    {"md_tetrab 1 to 3, 14 points", tetrab<1, 3, 14>},
+    {"md_tetrab 2 to 1, 33 points", tetrab<2, 1, 33>},
+    {"md_tetrab 3 to 3, 17 points", tetrab<3, 3, 17>},
+    {"md_tetrab 4 to 4, 9 points", tetrab<4, 4, 9>},
+    {"md_tetrab 6 to 7, 3 points", tetrab<6, 7, 3>},
+    {"md_tetrad 1 to 3, 50 points", tetrad<1, 3, 50>},
+    {"md_tetrad 2 to 1, 33 points", tetrad<2, 1, 33>},
+    {"md_tetrad 3 to 3, 17 points", tetrad<3, 3, 17>},
+    {"md_tetrad 4 to 4, 9 points", tetrad<4, 4, 9>},
+    {"md_tetrad 3 to 6, 12 points", tetrad<3, 6, 12>},
+    {"md_tetrad 6 to 7, 3 points", tetrad<6, 7, 3>},
+    {"md_tetrab 3 to 5, 5 points, weights 0 .. 100", tetrab<3, 5, 5, 100>},
+};
+
+}  // namespace
+
+}  // namespace teska_test

@@ -1,0 +1,147 @@
+#include "determinism/operations.h"
+
+#include "bezier_cpoly_det.h"
+#include "bezierd_fit.h"
+#include "bezierd_split.h"
+#include "bezierd_vector.h"
+#include "hist.h"
+#include "interp_double.h"
+
+#include <cstdlib>
+
+namespace teska_test
+{
+
+namespace
+{
+
+bezier *curve_through(Generator &input, int degree)
+{
+    double p[10];
+    for (double &value : p)
+        value = input.between(-1, 1);
+    bezier *b = bezier_new(degree, 0, 0, 0, 0);
+    bezier_cpoly_det(b, p, p + 5);
+    return b;
+}
+
+void lines_met(Generator &input, Digest &digest)
+{
+    for (int i = 0; i < 900; ++i) {
+        bezier *b = curve_through(input, 2 + i % 3);
+        double values[10] = {};
+        bezier_get(b, input.unit(), &values[0], &values[1]);
+        bezier_fget_y(b, input.between(-1, 1), values + 2);
+        if (i % 3 == 0)
+            bezier_get_x(b, input.between(-1, 1), values + 6);
+        digest.add(values, sizeof values);
+        bezier_kill(b);
+    }
+}
+
+void polylines(Generator &input, Digest &digest)
+{
+    for (int i = 0; i < 300; ++i) {
+        bezier *b = curve_through(input, 3);
+        const double bound = input.between(0.001, 0.1);
+        dynar *line = nullptr;
+        const int segments = bezier_vector(b, bound, &line);
+        digest.add(dynar_ptr(line, 0), static_cast<std::size_t>(segments + 1) * 16);
+        double *points = nullptr;
+        const int sections = bezier_fvector(b, bound, &points);
+        digest.add(points, static_cast<std::size_t>(sections + 1) * 16);
+        std::free(points);
+        dynar_kill(line);
+        bezier_kill(b);
+    }
+}
+
+void fit(Generator &input, Digest &digest)
+{
+    bezier *b = bezier_new(3, 0, 0, 0, 0);
+    for (unsigned int round = 0; round < 400; ++round) {
+        double p[40], r[10];
+        for (double &value : p)
+            value = input.between(-1, 1);
+        for (int i = 1; i < 20; ++i)
+            p[i] += p[i - 1] + 1;
+        bezier_fit(b, static_cast<int>(2 + round % 19), p, p + 20, round & 1, 1, p[39], round & 2, p[38], -1, r, r + 1,
+                   0);
+        bezier_get_control_poly(b, r + 2, r + 6);
+        digest.add(r, sizeof r);
+    }
+    bezier_kill(b);
+}
+
+void moments(Generator &input, Digest &digest)
+{
+    hist *h = hist_new(-300, 300);
+    for (int i = 0; i < 3000; ++i) {
+        const int value = input.below(701) - 350;
+        hist_point(h, &value, 1);
+        double results[3];
+        hist_med(h, &results[0], &results[1]);
+        results[2] = hist_percentile(h, input.between(0.0, 100.0));
+        digest.add(results, sizeof results);
+    }
+    hist_kill(h);
+}
+
+void add_points(Digest &digest, const lin_interp_double *li)
+{
+    double point[2] = {};
+    for (int i = 0; lin_interp_double_getp(li, i, &point[0], &point[1]) == 0; ++i)
+        digest.add(point, sizeof point);
+}
+
+// 1000 values of either kind of continuation, a quarter of them outside the points.
+void add_values(Digest &digest, const lin_interp_double *li, Generator &input)
+{
+    for (int i = 0; i < 1000; ++i) {
+        const double x = input.between(-1.25, 1.25);
+        double y[2] = {};
+        lin_interp_double_inter(li, x, &y[0]);
+        lin_interp_double_inextp(li, x, &y[1]);
+        digest.add(y, sizeof y);
+    }
+}
+
+void curve_values(Generator &input, Digest &digest)
+{
+    lin_interp_double *li = lin_interp_double_new(16, nullptr);
+    // Two statements: compilers differ in which argument they compute first.
+    for (int i = 0; i < 200; ++i) {
+        const double x = input.between(-1, 1);
+        lin_interp_double_insert(li, x, input.between(-1, 1));
+    }
+    lin_interp_double *inverse = lin_interp_double_invert(li, nullptr);
+    add_values(digest, li, input);
+    add_points(digest, inverse);
+    add_values(digest, inverse, input);
+    lin_interp_double_kill(inverse);
+    lin_interp_double_kill(li);
+}
+
+void nearest_points(Generator &input, Digest &digest)
+{
+    lin_interp_double *li = lin_interp_double_new(16, nullptr);
+    for (int i = 0; i < 500; ++i) {
+        const double x = input.between(-1, 1);
+        lin_interp_double_subst(li, x, input.unit(), 0.01);
+    }
+    add_points(digest, li);
+    lin_interp_double_kill(li);
+}
+
+const Operation operations[] = {
+    {"bezier_get, bezier_fget_y and bezier_get_x of curves through points", lines_met},
+    {"bezier_vector and bezier_fvector", polylines},
+    {"bezier_fit, all constraints", fit},
+    {"hist_med and hist_percentile", moments},
+    {"lin_interp_double_inter and inextp, 200 points and their inverse", curve_values},
+    {"lin_interp_double_subst, 500 points", nearest_points},
+};
+
+}  // namespace
+
+}  // namespace teska_test

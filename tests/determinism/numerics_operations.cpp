@@ -1,0 +1,136 @@
+#include "determinism/operations.h"
+#include "numerics/problems.h"
+
+#include "condirmin.h"
+#include "dhsm.h"
+#include "error_mess.h"
+#include "mat.h"
+#include "random.h"
+#include "rdither.h"
+#include "scalar_solvers.h"
+#include "special_functions.h"
+#include "tran3.h"
+#include "vect.h"
+
+namespace teska_test
+{
+
+namespace
+{
+
+using Values = std::vector<double>;
+
+Values between(Generator &input, int count, double lo = -1, double hi = 1)
+{
+    Values values;
+    for (int i = 0; i < count; ++i)
+        values.push_back(input.between(lo, hi));
+    return values;
+}
+
+void add(Digest &digest, const Values &values) { digest.add(values.data(), values.size() * sizeof(double)); }
+
+void systems(Generator &input, Digest &digest)
+{
+    for (int n = 1; n <= 70; ++n) {
+        mat *m = mat_new(between(input, n * n).data(), n);
+        Values x = between(input, n);
+        double det = 0.0;
+        int flag = 0;
+        mat_solve_set(m, x.data(), &flag);
+        mat_det_det(m, &det);
+        mat *inverse = mat_invert(m, &flag);
+        add(digest, x);
+        add(digest, {det});
+        digest.add(mat_get_row(inverse, 0), x.size() * x.size() * sizeof(double));
+        mat_kill(inverse);
+        mat_kill(m);
+    }
+}
+
+void vectors(Generator &input, Digest &digest)
+{
+    for (int n = 2; n <= 12; ++n) {
+        Values in = between(input, n * (n - 1) + 1);
+        in[0] = n;
+        Values out(static_cast<std::size_t>(n));
+        vect_vector_product(in.data(), out.data());
+        out.push_back(vect_distance(in.data(), out.data(), n));
+        out.push_back(vect_scalar_product(in.data(), out.data(), n));
+        add(digest, out);
+    }
+}
+
+void simplex(Generator &input, Digest &digest)
+{
+    for (int n = 2; n <= 6; ++n) {
+        Values x = between(input, n, -2, 2);
+        double least = 0.0;
+        int evaluations = 0;
+        dhsm *d = dhsm_new(rosenbrock, nullptr, n);
+        dhsm_solve(d, &evaluations, &n, 1e-6, x.data(), 5000, &least);
+        dhsm_kill(d);
+        x.push_back(least);
+        add(digest, x);
+        digest.add(&evaluations, sizeof evaluations);
+    }
+}
+
+void directions(Generator &input, Digest &digest)
+{
+    const int level = teska_warn_level(1);
+    for (int n = 2; n <= 6; ++n) {
+        Values x = between(input, n, -2, 2);
+        double least = 0.0;
+        int count[2] = {};
+        condirmin(x.data(), n, 1e-10, &count[0], &least, rosenbrock, &count[1], &n);
+        x.push_back(least);
+        add(digest, x);
+        digest.add(count, sizeof count);
+    }
+    teska_warn_level(level);
+}
+
+void sequences(Generator &input, Digest &digest)
+{
+    const int seed = input.below(2000000000);
+    random_rec *generator = random_new(seed);
+    TRan3 subtractive(seed);
+    rdither *cell = rdither_new(1000, 7);
+    for (unsigned i = 0; i <= 1000; ++i) {
+        const float values[] = {random_val(generator), subtractive.Generate()};
+        digest.add(values, sizeof values);
+        const int level = rdither_val(cell, i / 4, i, i);
+        digest.add(&level, sizeof level);
+    }
+    rdither_kill(cell);
+    random_kill(generator);
+}
+
+void solvers(Generator &input, Digest &digest)
+{
+    for (int round = 0; round < 100; ++round) {
+        Values a = between(input, 36), b = between(input, 6), r(8);
+        double probability;  // depends on the host's logarithm
+        least_square_fit(a.data(), &a[12], 12, &a[24], round % 2, &r[0], &r[1], &r[2], &r[3], &r[4], &probability);
+        gaussd(a.data(), b.data(), 6);
+        fthird_order_eq(b.data(), &r[5], -2, 2, 1e-9);
+        r[6] = gsect_min(
+            b[4] - 1, b[4], 2, 1e-6, [](double x) { return x * x * (x - 1); }, &r[7]);
+        add(digest, r);
+        add(digest, b);
+    }
+}
+
+const Operation operations[] = {
+    {"mat_solve_set, mat_det_det and mat_invert, 1 to 70 rows", systems},
+    {"vect_vector_product, vect_distance and vect_scalar_product", vectors},
+    {"dhsm_solve, rosenbrock in 2 to 6 variables", simplex},
+    {"condirmin, rosenbrock in 2 to 6 variables", directions},
+    {"random_val, TRan3 and rdither_new", sequences},
+    {"gaussd, fthird_order_eq, gsect_min and least_square_fit", solvers},
+};
+
+}  // namespace
+
+}  // namespace teska_test
