@@ -27,6 +27,7 @@ struct pivot_search {
         const double merit = scale * __builtin_fabs(element);
         // A branch, not a choice of values: guessed right, it takes the search out of the way of what follows.
         if (__builtin_expect(merit > largest, 0)) {
+            asm("" : "+r"(i));  // nothing, but compilers keep a branch around it
             largest = merit;
             row = i;
         }

@@ -78,8 +78,9 @@ struct lu_kernel {
     // columns stay in m.columns until all are done: elements written one by one into rows that are read as vectors
     // would stall the reading.
     template <int Vectors>
-    static bool factor_panel(const lu_matrix &m, int first, int end) noexcept
+    static bool factor_panel(const lu_matrix &matrix, int first, int end) noexcept
     {
+        const lu_matrix m = matrix;  // a copy that no vector that is stored could reach
         bool regular = true;
         double *l = m.columns;
         for (int j = first; j < end; ++j, l += m.stride) {

@@ -95,37 +95,37 @@ bool make_factors(mat &m)
     return true;
 }
 
-void copy_to_factors(mat &m)
-{
-    const std::ptrdiff_t stride = stride_of(m);
-    const auto copied = static_cast<std::size_t>(std::min(m.rows, m.cols));
-    for (int i = 0; i < m.rows; ++i) {
-        double *row = m.lu.get() + i * stride;
-        std::copy_n(row_of(m, i), copied, row);
-        std::fill(row + copied, row + m.rows, 0.0);
-    }
-}
-
-// The largest magnitude of a row, -1 when all are NaN. In four parts: each alone would wait for its own comparisons.
-double largest_of(const double *row, int n)
+// Copies a row. Returns the largest magnitude in it, -1 when all are NaN. In four parts: each alone would wait for its own
+// comparisons.
+double copy_row(const double *from, int n, double *__restrict to)
 {
     double largest[4] = {-1.0, -1.0, -1.0, -1.0};
     int j = 0;
     for (; j + 4 <= n; j += 4)
-        for (int part = 0; part < 4; ++part)
-            largest[part] = std::max(largest[part], std::fabs(row[j + part]));
-    for (; j < n; ++j)
-        largest[0] = std::max(largest[0], std::fabs(row[j]));
+        for (int part = 0; part < 4; ++part) {
+            to[j + part] = from[j + part];
+            largest[part] = std::max(largest[part], std::fabs(from[j + part]));
+        }
+    for (; j < n; ++j) {
+        to[j] = from[j];
+        largest[0] = std::max(largest[0], std::fabs(from[j]));
+    }
     return std::max(std::max(largest[0], largest[1]), std::max(largest[2], largest[3]));
 }
 
-// Returns whether no row is zero.
-bool scale_rows(mat &m)
+// Copies the elements to the factors and finds the scales. Returns whether no row is zero.
+bool start_factors(mat &m)
 {
     const std::ptrdiff_t stride = stride_of(m);
+    const int copied = std::min(m.rows, m.cols);
     bool regular = true;
     for (int i = 0; i < m.rows; ++i) {
-        const double largest = largest_of(m.lu.get() + i * stride, m.rows);
+        double *const row = m.lu.get() + i * stride;
+        double largest = copy_row(row_of(m, i), copied, row);
+        if (copied < m.rows) {
+            std::fill(row + copied, row + m.rows, 0.0);
+            largest = std::max(largest, 0.0);
+        }
         if (largest == 0.0)
             regular = false;
         else
@@ -138,8 +138,7 @@ bool scale_rows(mat &m)
 int decompose(mat &m)
 {
     m.parity = 1.0;
-    copy_to_factors(m);
-    m.zero_row = scale_rows(m) ? 0 : 1;
+    m.zero_row = start_factors(m) ? 0 : 1;
     m.decomposed = 1;
     if (m.zero_row != 0)
         return -1;
