@@ -117,15 +117,16 @@ TEST(FilePackerAdd, WritesTheFormatAndSkipsNamesItHas)
     const std::string source = folder.path("source");
     const std::string archive = folder.path("a");
     FilePacker packer(archive.c_str(), 0, std::string(250, 'd').c_str());
-    for (const char *name : {"a\\b.txt", "a\\b.txt", "A/B.TXT", static_cast<const char *>(nullptr), &source[0]})
+    const char *none = nullptr;
+    for (const char *name : {"a\\b.txt", "a\\b.txt", "A/B.TXT", none, &source[0], none})
         EXPECT_EQ(packer.AddFile(source.c_str(), name), 0);
     EXPECT_EQ(packer.AddFileAsBuffer("\0\xff", 2, "m"), 0);
     EXPECT_EQ(packer.AddFileAsBuffer(nullptr, 0, "m"), 0);
-    EXPECT_EQ(packer.AddFileAsBuffer(nullptr, 0, "none"), 0);
+    EXPECT_EQ(packer.AddFileAsBuffer(nullptr, 0, std::string(199, 'n').c_str()), 0);
     EXPECT_EQ(error_of(packer), error(0, "No error"));
     const std::string added = head(std::string(199, 'd')) + entry("a/b.txt", "from file") +
                               entry("A/B.TXT", "from file") + entry(source, "from file") +
-                              entry("m", std::string("\0\xff", 2)) + entry("none", "");
+                              entry("m", std::string("\0\xff", 2)) + entry(std::string(199, 'n'), "");
     EXPECT_EQ(folder.read("a"), added);
 
     EXPECT_EQ(packer.AddFile(folder.path("missing").c_str(), "x"), 2);
@@ -140,9 +141,6 @@ TEST(FilePackerAdd, WritesTheFormatAndSkipsNamesItHas)
     EXPECT_EQ(error_of(packer), error(7, "Cannot write output file: " + archive));
     EXPECT_EQ(packer.Unpack("."), 1);
     EXPECT_EQ(folder.read("a"), added);
-    FilePacker empty(archive.c_str(), 0, "x");
-    EXPECT_EQ(folder.read("a"), head("x"));
-    EXPECT_EQ(folder.read("a").size(), 142U);
 }
 
 TEST(FilePackerAdd, KeptRegistersBuffersUnderTheirStoredName)
@@ -172,6 +170,9 @@ TEST(FilePackerOpen, SaysWhatIsNoArchive)
     };
     EXPECT_EQ(said(1), error(2, "Cannot open file: " + archive));
     EXPECT_EQ(said(2), error(1, "Invalid mode supplied"));
+    const std::string far(200, 'p');
+    FilePacker missing(far.c_str(), 1, nullptr);
+    EXPECT_EQ(error_of(missing), error(2, "Cannot open file: " + far)) << "cut";
     std::vector<std::string> others = {"QWFPx" + head().substr(5), "qWFP" + head().substr(4), "QWFP", "QWFP" + head()};
     others.push_back(std::string("QWFP", 5) + std::string(200, 'v'));
     for (std::size_t cut = 0; cut < head("d").size(); ++cut)
@@ -285,8 +286,12 @@ TEST(FilePackerRaw, ReadsWhatItWrote)
     EXPECT_EQ(packer.ReadString(text), 0);
     EXPECT_STREQ(text, "text");
     // Delimiters that overlap with themselves; "" takes one byte; 0: without a buffer.
-    const std::tuple<int, const char *, int, std::string> cases[] = {
-        {16, "aabaac", 0, "aabaabaac"}, {1, "", 0, ""}, {2, "aab", 0, "aa"}, {0, "end", 0, ""}, {4, "?", 5, "\n!"}};
+    const std::tuple<int, const char *, int, std::string> cases[] = {{16, "aabaac", 0, "aabaabaac"},
+                                                                     {1, "", 0, ""},
+                                                                     {2, "aab", 0, "aa"},
+                                                                     {2, "by", 0, "by"},
+                                                                     {0, "end", 0, ""},
+                                                                     {4, "?", 5, "\n!"}};
     for (const auto &[size, delimiter, code, expected] : cases) {
         std::string buffer(16, '?');
         const auto room = static_cast<std::size_t>(size);

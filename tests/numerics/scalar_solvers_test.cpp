@@ -74,6 +74,7 @@ TEST(GsectMin, FindsTheBottomFromEitherSide)
     EXPECT_EQ(gsect_min(0, 1, 2, 4, flat, &least), 1);
     EXPECT_TRUE(calls == 4 && least == 1);
     EXPECT_NEAR(gsect_min(0, 1, 3, 1, flat, &least), 0.38196601 + 0.2, 0.2);
+    EXPECT_TRUE(gsect_min(3, 2, 0, 4, bowl, &least) == 2 && least == -1) << "the value of the place that is given back";
 }
 
 TEST(GsectMin, EndsForEveryToleranceAndBracket)
