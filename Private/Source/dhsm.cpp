@@ -172,10 +172,10 @@ void move_simplex(const dhsm &d, const objective &f, const ranking &rank, Size n
     double *const w = vertex(d, rank.worst);
     double &worst_value = d.values.get()[rank.worst];
 
-    // To add -0.0 changes nothing, and is quicker than to ask of each point whether it is the one left out.
+    // To add 0 changes no sum, and is quicker than to ask of each point whether it is the one left out.
     copy(w, n, other);
     for (int j = 0; j < n; ++j)
-        w[j] = -0.0;
+        w[j] = 0.0;
     find_centroid(d.vertices.get(), n, c);
     copy(other, n, w);
     for (int j = 0; j < n; ++j)

@@ -116,6 +116,7 @@ TEST(DhsmSolve, TakesTheFirstSimplexFromTheStartOrFromInit)
     }
     EXPECT_EQ(Search(gentle, 2, always_zero).solve({0, 0}, 0, 0).x, (Values{0.1, 0}));
     EXPECT_EQ(Search(gentle, 2, always_zero).solve({3, 1}, 0, 0).x, (Values{3, 1}));
+    EXPECT_EQ(Search(constant, 1, always_zero).solve({0}, 0, 0).x, Values{0.1}) << "of equals the last is the best";
 }
 
 TEST(DhsmNew, RefusesWhatCannotBeSearched)
