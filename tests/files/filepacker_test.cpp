@@ -346,18 +346,22 @@ TEST(FilePackerFullDisk, LosesNothingWithoutAWord)
     EXPECT_EQ(device.AddFileAsBuffer("", 0, "x"), 1);
 
     const std::string big(300, 'b');
-    const Trap trap(entry("big", big) + entry("small"));
+    const Trap trap(entry("big", big));
     FilePacker reader(trap.archive.c_str(), 1, nullptr);
-    FilePacker packer(trap.archive.c_str(), 0, nullptr);
     const auto on_signal = std::signal(SIGXFSZ, SIG_IGN);
     rlimit before = {};
     getrlimit(RLIMIT_FSIZE, &before);
     const rlimit small = {200, before.rlim_max};
     setrlimit(RLIMIT_FSIZE, &small);
+    const int unpacked = reader.Unpack(trap.in.c_str());
+    FilePacker packer(trap.archive.c_str(), 0, nullptr);
     const std::vector codes = {packer.AddFileAsBuffer("1", 1, "first"), packer.AddFileAsBuffer(big.data(), 300, "big"),
                                packer.WriteString(big.c_str()), packer.AddFileAsBuffer("2", 1, "second")};
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, on_signal);
+    EXPECT_EQ(unpacked, 7);
+    EXPECT_EQ(error_of(reader), error(7, "Cannot write output file: " + trap.in + "\\big"));
+    EXPECT_EQ(trap.written(), "");
     EXPECT_EQ(codes, (std::vector{0, 7, 7, 0}));
     EXPECT_EQ(packer.AddFileAsBuffer("3", 1, "big"), 0) << "the name is free again";
     EXPECT_EQ(trap.folder.read("a"), head() + entry("first", "1") + entry("second", "2") + entry("big", "3"));
