@@ -52,9 +52,10 @@ TESKA_BEGIN_C
  * Kept: the passes end long before the fit is the best one. Points of a gentle arch 4 wide come back with an lse of
  * 0.02, those of a strong S 10 wide with 0.5.
  * Kept: nearly singular equations are solved as they are (gaussd, scalar_solvers.h) and throw P1 and P2 far away.
- * NaN, infinities and coordinates beyond 1e150 among four and more points make lse and max_e NaN.
+ * NaN or an infinity among four and more points makes lse and max_e NaN, and so does a way along the points whose
+ * squares overflow, from about 1e154 on.
  *
- * Sums run over rising i, one product pair after the other; same bits on every machine. O(n) a pass.
+ * Every sum runs over rising i; same bits on every machine. O(n) a pass.
  * Source: M. Plass, M. Stone, Curve-fitting with piecewise parametric cubics, Computer Graphics 17 (1983), no. 3,
  * pp. 229-239.
  */
