@@ -142,7 +142,7 @@ int teska::bezier_real_cubic(const double c[3], double roots[3]) noexcept
         const double y = real_cube_root_form(f, discriminant);
         const double half = -y / 2.0;
         const double there = (half * half + f.p) * half + f.q;
-        roots[0] = refined(c, y - shift);
+        roots[0] = y - shift;
         roots[1] = roots[2] = half - shift;
         return discriminant <= bezier_eps && f.p < 0.0 && std::fabs(there) <= bezier_eps ? 3 : 1;
     }
