@@ -45,9 +45,9 @@ protected:
     std::string list(const char *topic, int state = 0)
     {
         std::string items;
-        for (int next = std::max(state, 16) + 1; const char *name = zuk_list_item(db, topic, &state); ++next) {
+        for (int last = std::max(state, 16); const char *name = zuk_list_item(db, topic, &state); ++last) {
             items.append(name).append("=").append(search(topic, name)).append(";");
-            EXPECT_EQ(state, next);
+            EXPECT_EQ(state, last + 1);
         }
         return items;
     }
