@@ -173,6 +173,7 @@ TEST(ListInsert, RefusesMoreThan65535Elements)
     EXPECT_EQ(list_get_element(list.get(), 0), grown) << "growing goes as far as the list can count";
     EXPECT_EQ(list_insert(list.get(), "y"), -1);
     EXPECT_EQ(list_insert_index(list.get(), "y", 0, 0), -1);
+    EXPECT_EQ(list_alloc(list.get(), 65535), 0);
     EXPECT_EQ(reports.take(), lines(6, no_room));
     EXPECT_EQ(list_insert_index(filled(4, nullptr, {}).get(), &grown, 65534, 0), 65534);
     EXPECT_EQ(list_num(list.get()), 65535);
