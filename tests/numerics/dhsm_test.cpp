@@ -78,7 +78,7 @@ TEST(DhsmSolve, StopsAfterTheStepsItIsAllowed)
         {gentle, 1, -1, 7, {0.375, -0.3}, 3.280625},
         // Equal values: only reflections, and nothing shrinks.
         {constant, 0, -1, 3 + 2 * 1001, {}, 5},
-        {constant, 5, -1, 3 + 2 * 6, {}, 5},
+        {constant, 5, -1, 3 + 2 * 6, {0, 0.1}, 5},
         {teska_test::undefined, INT_MAX, 0, 0, {0, 0}, 0},
     };
     for (const auto &row : rows) {
@@ -88,11 +88,31 @@ TEST(DhsmSolve, StopsAfterTheStepsItIsAllowed)
             EXPECT_EQ(run.evaluations, row.evaluations);
             EXPECT_DOUBLE_EQ(run.least, row.least);
         }
-        for (std::size_t k = 0; k < row.x.size() && row.f == gentle; ++k)
+        for (std::size_t k = 0; k < row.x.size() && row.f != teska_test::undefined; ++k)
             EXPECT_NEAR(run.x[k], row.x[k], 1e-15);
     }
     EXPECT_EQ(Search(gentle, 2, never).solve({0, 0}, 0, 0).result, -1);
     EXPECT_EQ(Search(gentle, 2).solve({0, 0}, -1, 50).result, -1) << "no measure is below a negative tolerance";
+}
+
+TEST(DhsmSolve, TakesTheStepsOfTheMethod)
+{
+    // Counted in a plain form of the method, with a point for every vertex.
+    const struct {
+        Objective f;
+        Values start;
+        double tolerance;
+        int evaluations;
+    } rows[] = {{teska_test::rosenbrock, {-1.2, 1}, 1e-3, 135},
+                {teska_test::rosenbrock, {-1.2, 1, -1.2, 1}, 1e-3, 387},
+                {teska_test::powell_singular, {3, -1, 0, 1}, 1e-7, 554},
+                {teska_test::himmelblau, {0, 0}, 1e-7, 137}};
+    for (const auto &row : rows) {
+        const std::size_t n = row.start.size();
+        // The objectives of several terms count each of them.
+        const auto terms = row.f == teska_test::rosenbrock ? static_cast<int>(n) : 1;
+        EXPECT_EQ(Search(row.f, n).solve(row.start, row.tolerance, 0).evaluations, row.evaluations * terms);
+    }
 }
 
 TEST(DhsmSolve, TakesTheFirstSimplexFromTheStartOrFromInit)
