@@ -40,7 +40,8 @@ constexpr int deepest_level = 200;  // a part between 0.2 and 0.8 of the one abo
 constexpr int most_sections = INT_MAX - 1;
 
 // Points from which on quadratics are not divided any more: as their second halves end at (0, 0) again and again, the
-// parts hardly shrink, and a bound of a hundredth of the curve asks for more of them than any memory holds.
+// parts hardly shrink. Of (0,0) (1,2) (2,0) there are 1272 at a bound of 0.02, 35 million at 0.01, and at 0.005 more
+// than 200 million.
 constexpr int enough_of_degree_2 = 65536;
 
 vertex control_point(const bezier &b, int i) { return {b.x[i], b.y[i]}; }
