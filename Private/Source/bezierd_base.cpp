@@ -194,14 +194,16 @@ int closed_roots(const monic &p, given side, double *roots)
 
 int iterated_roots(const monic &p, given side, double *roots)
 {
-    switch (p.degree) {
-    case 3:
-        return one_cubic_root(p.c, roots);
-    case 4:
-        return poly_quartic_roots(p.c, search_lo, search_hi, roots);
-    default:
+    if (p.degree < 3)
         return closed_roots(p, side, roots);
-    }
+    if (p.degree == 3)
+        return one_cubic_root(p.c, roots);
+    if (p.degree == 4)
+        return poly_quartic_roots(p.c, search_lo, search_hi, roots);
+    // No segment is of such a degree.
+    TESKA_ERR(side == given::x ? "Bezier_get_y : Sorry no support for higher order (>4)"
+                               : "Bezier_get_x : Sorry no support for higher order (>4)");
+    return 0;
 }
 
 // The values of the other coordinate where that of `side` has the given value; returns their number.
