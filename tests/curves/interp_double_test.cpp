@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <climits>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -30,7 +29,6 @@ using Evaluate = int (*)(const lin_interp_double *, double, double *);
 constexpr double inf = std::numeric_limits<double>::infinity();
 constexpr double no_number = std::numeric_limits<double>::quiet_NaN();
 constexpr double none = 12345.0;  // what y keeps when the evaluation is refused
-const char *too_close = "lin_interp : not a function !!";
 
 Curve curve(const Points &points, func_order order = nullptr)
 {
@@ -49,16 +47,9 @@ Points contents(const Curve &li)
     return points;
 }
 
-// The default order, but given by the caller: the curve then looks for places through the list.
-int ascending(const void *element, const void *key)
-{
-    return *static_cast<const double *>(element) > *static_cast<const double *>(key) ? 1 : 0;
-}
-
-int descending(const void *element, const void *key)
-{
-    return *static_cast<const double *>(element) < *static_cast<const double *>(key) ? 1 : 0;
-}
+double at(const void *element) { return *static_cast<const double *>(element); }
+int ascending(const void *element, const void *key) { return at(element) > at(key) ? 1 : 0; }
+int descending(const void *element, const void *key) { return at(element) < at(key) ? 1 : 0; }
 
 // The bits of the value, those of none after a refusal; one pattern for every NaN.
 std::uint64_t bits(double value) { return std::isnan(value) ? 1 : std::bit_cast<std::uint64_t>(value); }
@@ -72,7 +63,7 @@ std::uint64_t bits(Evaluate evaluate, const Curve &li, double x)
 }
 
 // The segment by a walk over the points. Beyond the ends the lines continue, or the values.
-double model(const Points &points, double x, bool lines_continue)
+double walk(const Points &points, double x, bool lines_continue)
 {
     const std::size_t n = points.size();
     std::size_t i = 0;
@@ -98,40 +89,14 @@ double coordinate(Generator &random)
 
 }  // namespace
 
-TEST(LinInterpDoubleInter, AgreesWithAWalkOverThePointsBitForBit)
-{
-    Reports reports;
-    Generator random(5411);
-    std::size_t refused = 0;
-    for (int round = 0; round < 500; ++round) {
-        Points points;
-        for (int n = 2 + random.below(12); n > 0; --n) {
-            const double x = coordinate(random);
-            points.emplace_back(x, random.below(20) == 0 ? no_number : coordinate(random));
-        }
-        const Curve li = curve(points);
-        std::stable_sort(points.begin(), points.end(), [](auto &a, auto &b) { return a.first < b.first; });
-        for (int query = 0; query < 40; ++query) {
-            const double own = points[static_cast<std::size_t>(query) % points.size()].first;
-            const double x = query == 0 ? no_number : query % 3 == 0 ? own : coordinate(random);
-            for (const Evaluate evaluate : {lin_interp_double_inter, lin_interp_double_inextp}) {
-                const double expected = model(points, x, evaluate == lin_interp_double_inter);
-                ASSERT_EQ(bits(evaluate, li, x), bits(expected)) << round << ' ' << x;
-                refused += expected == none ? 1 : 0;
-            }
-        }
-    }
-    EXPECT_EQ(reports.take(), lines(refused, too_close));
-    EXPECT_GT(refused, 500U) << "too few of the curves have points too close";
-}
-
-TEST(LinInterpDoubleInter, FindsTheListsPlacesWhateverBecameOfTheOrder)
+// The direct search, the search through the list of a curve with an order of the caller, and the walk.
+TEST(LinInterpDoubleInter, FindsTheSameBitsByEverySearchWhateverBecameOfTheOrder)
 {
     Reports reports;
     Generator random(5412);
-    for (int round = 0; round < 400; ++round) {
-        Curve direct = curve({{0, 0}, {1, 1}});
-        Curve listed = curve({{0, 0}, {1, 1}}, ascending);
+    for (int round = 0; round < 600; ++round) {
+        Curve direct = curve({{0, 0}, {1, 1}}), listed = curve({{0, 0}, {1, 1}}, ascending);
+        bool sorted = true;
         for (int step = 2; step < 30; ++step) {
             const int kind = random.below(step < 15 ? 4 : 8);
             const double x = random.below(100) == 0 ? no_number : coordinate(random);
@@ -146,11 +111,21 @@ TEST(LinInterpDoubleInter, FindsTheListsPlacesWhateverBecameOfTheOrder)
                 else
                     lin_interp_double_insert(li->get(), x, step);
             }
+            sorted = sorted && !std::isnan(x) && kind < 5;
+            const Points points = contents(direct);
+            ASSERT_TRUE(!sorted || std::is_sorted(points.begin(), points.end())) << "equal ones in their order, too";
             for (const double query : {x, coordinate(random), no_number})
-                for (const Evaluate evaluate : {lin_interp_double_inter, lin_interp_double_inextp})
-                    ASSERT_EQ(bits(evaluate, direct, query), bits(evaluate, listed, query)) << round << ' ' << step;
+                for (const Evaluate evaluate : {lin_interp_double_inter, lin_interp_double_inextp}) {
+                    const auto found = bits(evaluate, direct, query);
+                    ASSERT_EQ(found, bits(evaluate, listed, query)) << round << ' ' << step;
+                    const double walked = walk(points, query, evaluate == lin_interp_double_inter);
+                    ASSERT_TRUE(!sorted || found == bits(walked)) << query;
+                }
         }
     }
+    const lines said = reports.take();
+    EXPECT_GT(said.size(), 500U) << "too few of the curves have points too close";
+    EXPECT_EQ(said, lines(said.size(), "lin_interp : not a function !!"));
 }
 
 TEST(LinInterpDoubleInextp, KeptRefusesASinglePointToo)
@@ -167,14 +142,13 @@ TEST(LinInterpDoubleChangep, KeptLeavesAMovedPointWhereItIsAndReportsAMissingOne
     Reports reports;
     const Curve li = curve({{1, 10}, {2, 20}, {3, 30}});
     EXPECT_EQ(lin_interp_double_changep(li.get(), 2, 0, 5), 0);
-    for (const int index : {INT_MIN, -1, 3, INT_MAX}) {
+    for (const int index : {-1, 3}) {
         double untouched = 7;
         EXPECT_EQ(lin_interp_double_getp(li.get(), index, &untouched, &untouched), -1);
         EXPECT_EQ(untouched, 7);
-        EXPECT_EQ(reports.take(), lines{});
         EXPECT_EQ(lin_interp_double_changep(li.get(), index, 0, 0), -1);
-        EXPECT_EQ(reports.take(), lines{"list_changep : index out of bound"});
     }
+    EXPECT_EQ(reports.take(), lines(2, "list_changep : index out of bound"));
     EXPECT_EQ(contents(li), (Points{{1, 10}, {2, 20}, {0, 5}}));
 }
 
