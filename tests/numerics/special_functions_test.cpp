@@ -48,17 +48,12 @@ const struct {
     double chi2, q;
 } reference[] = {
     // GNU Scientific Library 2.7, gsl_sf_gamma_inc_Q((n - 2) / 2, chi2 / 2)
-    {3, 0.02, 0.887537083981715},    {3, 0.6, 0.438578026080999},     {3, 1, 0.317310507862914},
-    {3, 1.2, 0.273321678292297},     {3, 2.5, 0.113846298006658},     {4, 0.04, 0.980198673306755},
-    {4, 1.2, 0.548811636094027},     {4, 2, 0.367879441171442},       {4, 2.4, 0.301194211912202},
-    {7, 0.1, 0.999837683388077},     {7, 3, 0.699985835878627},       {7, 5, 0.415880186995508},
-    {7, 6, 0.306218918413278},       {7, 12.5, 0.0285431233261675},   {12, 0.2, 0.999999923321983},
-    {12, 6, 0.81526324452377},       {12, 10, 0.440493285065211},     {12, 12, 0.28505650031663},
-    {12, 25, 0.00534550548713406},   {30, 16.8, 0.95243558349034},    {30, 28, 0.464447564896857},
-    {30, 33.6, 0.214353767823662},   {30, 70, 1.86101810685737e-05},  {102, 80, 0.929664933340605},
-    {102, 60, 0.999481108537452},    {102, 100, 0.481191684527956},   {102, 120, 0.0844066810936918},
-    {102, 250, 7.7669364035392e-15}, {502, 400, 0.99963792954171},    {502, 500, 0.491589373031008},
-    {502, 600, 0.0013774718775282},  {502, 750, 2.68472182849765e-12}};
+    {3, 0.02, 0.887537083981715}, {3, 1.2, 0.273321678292297},   {3, 2.5, 0.113846298006658},
+    {4, 0.04, 0.980198673306755}, {4, 2, 0.367879441171442},     {4, 5, 0.0820849986238988},
+    {5, 0.06, 0.996160790650048}, {5, 3.6, 0.308022171558993},   {7, 6, 0.306218918413278},
+    {12, 0.2, 0.999999923321983}, {12, 25, 0.00534550548713406}, {30, 28, 0.464447564896857},
+    {102, 60, 0.999481108537452}, {102, 100, 0.481191684527956}, {102, 250, 7.7669364035392e-15},
+    {502, 400, 0.99963792954171}, {502, 500, 0.491589373031008}, {502, 750, 2.68472182849765e-12}};
 
 }  // namespace
 
@@ -74,28 +69,24 @@ TEST(LeastSquareFit, SolvesWorkedExamples)
         for (int i = 0; i < 5; ++i)
             EXPECT_NEAR(found[i], right[mwt][i], 1e-14) << mwt << ", " << i;
     }
-    const Line exact = fitted({0, 1, 2}, {1, 3, 5});
-    EXPECT_TRUE(exact.a == 1 && exact.b == 2 && exact.chi2 == 0 && exact.q == 1);
 }
 
 TEST(LeastSquareFit, GivesTheProbabilitiesOfAReferenceTable)
 {
     for (const auto &[n, chi2, q] : reference)
         EXPECT_NEAR(q_of(n, chi2), q, 1e-6 * q) << n << " points, " << chi2;
-    // On every host: by the series, by the fraction.
-    EXPECT_NEAR(teska::gammq(2.5, 1.5), 0.69998583844538587, 1e-12);
-    EXPECT_NEAR(teska::gammq(2.5, 6.25), 0.028543123190432555, 1e-14);
+    EXPECT_NEAR(teska::gammq(2.5, 1.5), 0.69998583844538587, 1e-12);    // by the series
+    EXPECT_NEAR(teska::gammq(2.5, 6.25), 0.028543123190432555, 1e-14);  // by the fraction
 }
 
 TEST(LeastSquareFit, GivesNumbersThatAreNoneWhereNothingCanBeComputed)
 {
     Reports reports;
     const Values x = {1, 2, 4}, y = {1, 3, 2}, one = {1, 1, 1};
-    for (const int n : {INT_MIN, 0})
-        for (const Values &sig : {Values(), one}) {
-            const Line none = fitted(x, y, sig, n);
-            EXPECT_TRUE(std::isnan(none.a) && std::isnan(none.b) && none.chi2 == 0 && none.q == 1) << n;
-        }
+    for (const Values &sig : {Values(), one}) {
+        const Line none = fitted(x, y, sig, INT_MIN);
+        EXPECT_TRUE(std::isnan(none.a) && std::isnan(none.b) && none.chi2 == 0 && none.q == 1);
+    }
     const Line two = fitted({0, 1}, {1, 3}), weighted = fitted({0, 1}, {1, 3}, one);
     EXPECT_TRUE(two.a == 1 && two.b == 2 && std::isnan(two.siga) && std::isnan(two.sigb) && two.q == 1);
     EXPECT_TRUE(weighted.q == 1 && weighted.sigb == std::sqrt(2));
