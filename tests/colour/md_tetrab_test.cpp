@@ -10,7 +10,6 @@
 #include <climits>
 #include <cmath>
 #include <memory>
-#include <numeric>
 
 using teska_test::Generator;
 using teska_test::lines;
@@ -29,31 +28,21 @@ struct Shape {
 
 md_tetrab *create(const Shape &s) { return md_tetrab_new_special(s.N, s.M, s.R, s.L, s.H, s.E); }
 
-// A table and its definition once more, in doubles and loops, on the bytes that the grid holds at the moment.
-class Table
-{
-public:
+struct Table {
     explicit Table(const Shape &shape) : Table(shape, create(shape)) {}
     Table(const Shape &shape, md_tetrab *table)
-        : s(shape), data(md_tetrab_dataptr(table, &size)), table_(table, md_tetrab_kill),
-          curves_(static_cast<std::size_t>(s.N + s.M), Bytes(256))
+        : s(shape), data(md_tetrab_dataptr(table, &size)), owner(table, md_tetrab_kill)
     {
     }
 
-    md_tetrab *get() const { return table_.get(); }
+    md_tetrab *get() const { return owner.get(); }
 
-    // Every byte of the grid, the extension too, and all curves; about every third becomes the identity.
-    void randomize(Generator &random)
+    // Every byte of the grid, and the first and last curve.
+    void randomize(Generator &random) const
     {
         std::generate_n(data, size, [&] { return random.byte(); });
-        std::vector<unsigned char *> sources;
-        for (Bytes &curve : curves_) {
-            sources.push_back(random.below(3) == 0 ? nullptr : curve.data());
-            std::generate(curve.begin(), curve.end(), [&] { return random.byte(); });
-            if (sources.back() == nullptr)
-                std::iota(curve.begin(), curve.end(), static_cast<unsigned char>(0));
-        }
-        EXPECT_EQ(md_tetrab_LUT(get(), sources.data(), sources.data() + s.N), 1);
+        for (unsigned char *curve : {md_tetrab_ilutptr(get(), 0), md_tetrab_olutptr(get(), s.M - 1)})
+            std::generate_n(curve, 256, [&] { return random.byte(); });
     }
 
     Bytes convert(const Bytes &pixel) const
@@ -63,63 +52,13 @@ public:
         return out.buffer;
     }
 
-    Bytes expected(const Bytes &pixel) const
-    {
-        Coords vertex, fraction;
-        for (const unsigned char byte : pixel) {
-            const int u = curves_[vertex.size()][byte];
-            const double t = u / (255.0 / (s.R - 1));
-            vertex.push_back(u == 255 ? s.R - 1 : static_cast<int>(std::floor(t)));
-            fraction.push_back(u == 255 ? s.L : static_cast<int>(std::floor((t - vertex.back()) * (s.H - s.L) + s.L)));
-        }
-        Bytes result = simplex(vertex, fraction);
-        for (std::size_t c = 0; c < result.size(); ++c)
-            result[c] = curves_[pixel.size() + c][result[c]];
-        return result;
-    }
-
-    // The output before the output curves, at fractions of the cell with the given lower vertex.
-    Bytes simplex(const Coords &vertex, const Coords &fraction) const
-    {
-        std::vector<std::size_t> order(fraction.size());
-        std::iota(order.begin(), order.end(), 0U);
-        std::stable_sort(order.begin(), order.end(), [&](auto a, auto b) { return fraction[a] > fraction[b]; });
-        Bytes sum(static_cast<std::size_t>(s.M), 0);
-        Coords at = vertex;
-        for (std::size_t i = 0; i <= order.size(); ++i) {
-            const int before = i == 0 ? s.H : fraction[order[i - 1]], after = i < order.size() ? fraction[order[i]] : 0;
-            for (unsigned char &byte : sum)
-                byte = static_cast<unsigned char>(byte + product(value(at, &byte - sum.data()), before - after));
-            if (i < order.size())
-                ++at[order[i]];
-        }
-        return sum;
-    }
-
     const Shape s;
     int size = 0;
     unsigned char *const data;
-
-private:
-    int product(int a, int w) const
-    {
-        const bool inside = s.L <= std::min(a, w) && std::max(a, w) <= s.H;
-        return inside ? static_cast<int>(std::floor((a - s.L) * (w - s.L) / (s.H - s.L + 0.0) + s.L + 0.5)) : 255;
-    }
-
-    int value(const Coords &vertex, std::ptrdiff_t channel) const
-    {
-        std::ptrdiff_t number = 0;
-        for (const int g : vertex)
-            number = number * (s.R + s.E) + g;
-        return number * s.M + channel < size ? data[number * s.M + channel] : 0;  // zero behind the grid
-    }
-
-    std::unique_ptr<md_tetrab, md_tetrab *(*)(md_tetrab *)> table_;
-    std::vector<Bytes> curves_;  // of the inputs, then of the outputs
+    std::unique_ptr<md_tetrab, md_tetrab *(*)(md_tetrab *)> owner;
 };
 
-// Converts a line in some layout with the module and by the definition and compares everything the call may have touched.
+// Converts a line in some layout, with outputs left out and masks, and compares everything the call may have touched.
 // The line has pixels at both ends of the range, random ones, and repetitions.
 void expect_conversion(const Table &table, Generator &random)
 {
@@ -134,62 +73,43 @@ void expect_conversion(const Table &table, Generator &random)
             line[p * in.step] = repeat ? line[(p - 1) * in.step] : one_of(fresh);
         }
     }
-    const bool masked = random.below(2) == 0;
-    const double thresholds[] = {-0.5, 0, 0.5, 127, 127.5, 254.5, 255, std::nan("")}, threshold = one_of(thresholds);
+    const double thresholds[] = {-0.5, 0, 127.5, 254.5, 255, NAN}, threshold = one_of(thresholds);
     const unsigned char mask_bytes[] = {0, 1, 127, 128, 254, 255};
     Bytes mask(pixels);
     std::generate(mask.begin(), mask.end(), [&] { return one_of(mask_bytes); });
+    const unsigned char *const masks[] = {nullptr, mask.data()}, *const used = one_of(masks);
 
     Samples &out = table.s.M <= table.s.N && in.step != 0 && random.below(3) == 0 ? in : apart;
     Bytes expected = out.buffer;
     std::vector<unsigned char *> call(out.at.begin(), out.at.begin() + table.s.M), behind, sources = in.at;
-    const bool skips = random.below(2) == 0;
-    const int count = random.below(9) == 0 ? random.below(2) - 1 : pixels;
+    const int counts[] = {-1, 0, pixels, pixels, pixels, pixels, pixels, pixels}, count = one_of(counts);
     for (unsigned char *&line : call) {
-        line = skips && random.below(3) == 0 ? nullptr : line;
+        line = random.below(4) == 0 ? nullptr : line;
         behind.push_back(line == nullptr ? nullptr : line + std::max(count, 0) * out.step);
     }
     for (int p = 0; p < count; ++p) {
-        const Bytes result = table.expected(in.point(p));
+        const Bytes result = table.convert(in.point(p));
         for (std::size_t c = 0; c < call.size(); ++c)
-            if (call[c] != nullptr && (!masked || mask.data()[p] > threshold))
+            if (call[c] != nullptr && (used == nullptr || used[p] > threshold))
                 expected.data()[call[c] - out.buffer.data() + p * out.step] = result[c];
     }
-    EXPECT_EQ(md_tetrab_interp(table.get(), sources.data(), in.step, call.data(), out.step, count,
-                               masked ? mask.data() : nullptr, threshold),
-              1);
+    md_tetrab_interp(table.get(), sources.data(), in.step, call.data(), out.step, count, used, threshold);
     EXPECT_EQ(out.buffer, expected) << "steps " << in.step << " and " << out.step;
     EXPECT_EQ(call, behind);
     EXPECT_EQ(sources, in.at);
 }
 
-void expect_definition(const std::vector<Shape> &shapes)
+TEST(MdTetrabInterp, ConvertsLinesOfAnyLayoutAsPixelsOneByOne)
 {
     Generator random(62);
-    for (const Shape &s : shapes) {
-        SCOPED_TRACE(testing::Message() << s.N << " to " << s.M << ", " << s.R << " points, " << s.L << " .. " << s.H);
-        Table table(s);
-        for (int i = 0; i < 40; ++i) {
+    for (const Shape &s : {Shape{1, 5, 14}, Shape{2, 2, 17, 0, 255, 0}, Shape{3, 3, 17}, Shape{3, 4, 9, 16, 235, 0},
+                           Shape{4, 4, 2, 0, 3, 2}, Shape{4, 9, 3}, Shape{5, 3, 3}, Shape{6, 6, 2, 30, 31}})
+        for (int i = 0; i < 60; ++i) {
+            SCOPED_TRACE(testing::Message() << s.N << " to " << s.M << ", " << s.L << " .. " << s.H);
+            const Table table(s);
             table.randomize(random);
             expect_conversion(table, random);
         }
-    }
-}
-
-TEST(MdTetrabInterp, EqualsTheDefinition)
-{
-    expect_definition({Shape{1, 1, 2}, Shape{1, 3, 300}, Shape{1, 5, 14, 0, 255, 0}, Shape{2, 1, 3},
-                       Shape{2, 2, 17, 0, 255, 0}, Shape{3, 3, 17}, Shape{3, 4, 9, 0, 255, 2}, Shape{3, 6, 27},
-                       Shape{4, 3, 6, 0, 255, 0}, Shape{4, 4, 17}, Shape{4, 9, 3}, Shape{5, 3, 3},
-                       Shape{5, 6, 2, 0, 255, 0}, Shape{6, 1, 2}, Shape{6, 5, 3, 0, 255, 2}});
-}
-
-// Equal fractions count in the order of their dimensions there.
-TEST(MdTetrabInterp, KeptWrapsSumsWithOtherWeights)
-{
-    expect_definition({Shape{1, 2, 4, 10, 200}, Shape{2, 3, 3, 0, 100}, Shape{3, 3, 5, 16, 235, 0},
-                       Shape{3, 4, 2, 0, 1}, Shape{4, 5, 3, 1, 254, 0}, Shape{4, 4, 2, 0, 3, 2},
-                       Shape{5, 4, 2, 0, 128, 2}, Shape{6, 6, 2, 30, 31}});
 }
 
 TEST(MdTetrabInterp, GivesTheValuesComputedByHand)
@@ -212,10 +132,14 @@ TEST(MdTetrabInterp, GivesTheValuesComputedByHand)
     }
 }
 
-// Three times round(85 / 255).
+// Three times round(85 / 255); two paths from (0, 0) to (1, 1), over (1, 0) and over (0, 1).
 TEST(MdTetrabInterp, KeptRoundsEachProductOfAnEvenGrid)
 {
     const Table table({2, 1, 2});
+    for (const auto &[at, value] : {std::pair{1, 100}, {3, 50}, {4, 200}})
+        table.data[at] = static_cast<unsigned char>(value);
+    EXPECT_EQ(table.convert({200, 60}), Bytes{27 + 47});  // 50 * 140 / 255 = 27.45, 200 * 60 / 255 = 47.06
+    EXPECT_EQ(table.convert({60, 200}), Bytes{55 + 47});
     for (const auto &[v, result] : {std::pair{0, 0}, std::pair{1, 0}, std::pair{255, 255}}) {
         std::fill_n(table.data, table.size, static_cast<unsigned char>(v));
         EXPECT_EQ(table.convert({170, 85})[0], result);
@@ -243,12 +167,9 @@ TEST(MdTetrabScanVertex, WalksTheFilledVerticesFirstCoordinateFastest)
     EXPECT_EQ(md_tetrab_get_nrpoints(table.get()), 27);
     Coords coord(3, 0);
     for (int number = 0; number < 27; ++number) {
-        const Coords g = {number % 3, number / 3 % 3, number / 9};
-        EXPECT_EQ(coord, g);
-        unsigned char input[3];
-        EXPECT_EQ(md_tetrab_vertex_get(table.get(), g.data(), input) - table.data, g[0] * 50 + g[1] * 10 + g[2] * 2);
-        for (std::size_t k = 0; k < 3; ++k)
-            EXPECT_EQ(input[k], (g[k] * 255 + 1) / 2);
+        EXPECT_EQ(coord, (Coords{number % 3, number / 3 % 3, number / 9}));
+        unsigned char *const vertex = md_tetrab_vertex_get(table.get(), coord.data(), nullptr);
+        EXPECT_EQ(vertex - table.data, coord[0] * 50 + coord[1] * 10 + coord[2] * 2);
         EXPECT_EQ(md_tetrab_scan_vertex(table.get(), coord.data()), 26 - number);
     }
     EXPECT_EQ(coord, Coords(3, 0));
@@ -264,53 +185,40 @@ TEST(MdTetrabVertexGet, KeptRoundsInputBytesInDoubles)
 
 TEST(MdTetrabExpand, KeptCountsTheCurvesOnlyBetweenWholeRatios)
 {
-    const Shape shapes[] = {
-        Shape{1, 2, 5}, Shape{2, 3, 4}, Shape{3, 3, 3},  Shape{5, 1, 2},        Shape{3, 2, 3, 16, 235, 0},
-        Shape{1, 1, 2}, Shape{3, 3, 5}, Shape{2, 5, 17}, Shape{5, 4, 3, 0, 100}};
-    const int resolutions[] = {5, 10, 9, 3, 5, 701, 8, 9, 4};
     Generator random(11);
-    for (std::size_t i = 0; i < std::size(shapes); ++i) {
-        const Shape &s = shapes[i];
-        const int resolution = resolutions[i];
-        Table source(s), grid({s.N, s.M, s.R, 0, 255, s.E});
+    for (const auto &[s, fine] : {std::pair{Shape{2, 3, 4}, 10},
+                                  {Shape{3, 2, 3, 16, 235, 0}, 5},
+                                  {Shape{1, 1, 2}, 701},
+                                  {Shape{3, 3, 5}, 8},
+                                  {Shape{2, 5, 17}, 9},
+                                  {Shape{5, 4, 3, 0, 100}, 4}}) {
+        const Table source(s);
         source.randomize(random);
-        std::copy_n(source.data, source.size, grid.data);
-        const Table fine({s.N, s.M, resolution}, md_tetrab_expand(source.get(), resolution));
-        const bool whole = (resolution - 1) % (s.R - 1) == 0;
-        const int ratio = whole ? (resolution - 1) / (s.R - 1) : 1;
-        Coords coord(static_cast<std::size_t>(s.N), 0), cell = coord, fraction = coord;
-        do {
-            Bytes input(coord.size());
-            const unsigned char *vertex = md_tetrab_vertex_get(fine.get(), coord.data(), input.data());
-            for (std::size_t d = 0; d < coord.size(); ++d) {
-                cell[d] = coord[d] / ratio;
-                fraction[d] = 255 * (coord[d] % ratio) / ratio;
-            }
-            ASSERT_EQ(Bytes(vertex, vertex + s.M), whole ? grid.simplex(cell, fraction) : source.expected(input)) << i;
-        } while (md_tetrab_scan_vertex(fine.get(), coord.data()) != 0);
+        const Table expanded({s.N, s.M, fine}, md_tetrab_expand(source.get(), fine));
+        const bool whole = (fine - 1) % (s.R - 1) == 0;
+        const int ratio = whole ? (fine - 1) / (s.R - 1) : 1;
+        Coords at(static_cast<std::size_t>(s.N), 0), times = at;
+        Bytes input(at.size());
+        for (int left = 1; left != 0; left = md_tetrab_scan_vertex(whole ? source.get() : expanded.get(), at.data())) {
+            std::transform(at.begin(), at.end(), times.begin(), [=](int g) { return g * ratio; });
+            const unsigned char *vertex = md_tetrab_vertex_get(expanded.get(), times.data(), input.data());
+            const unsigned char *kept = md_tetrab_vertex_get(source.get(), at.data(), nullptr);
+            ASSERT_EQ(Bytes(vertex, vertex + s.M), whole ? Bytes(kept, kept + s.M) : source.convert(input)) << fine;
+        }
     }
 }
 
 TEST(MdTetrabNew, KeptNamesARelativeInItsMessages)
 {
     Reports reports;
-    const Shape shapes[] = {Shape{0, 3, 17},
-                            Shape{3, 0, 17},
-                            Shape{3, 3, 1},
-                            Shape{3, 3, 17, -1},
-                            Shape{3, 3, 17, 0, 256},
-                            Shape{3, 3, 17, 8, 8},
-                            Shape{3, 3, 17, 0, 255, -1},
-                            Shape{31, 1, 2},
-                            Shape{INT_MAX, 1, 2},
-                            Shape{4, 1, 300},
-                            Shape{1, INT_MAX, 2},
-                            Shape{2, 1, 2, 0, 255, INT_MAX}};
-    for (std::size_t i = 0; i < std::size(shapes); ++i) {
-        EXPECT_EQ(create(shapes[i]), nullptr) << i;
-        EXPECT_EQ(reports.take(), lines{i < 7 ? "md_tetra_new: illegal dimension" : "md_tetrab_new: malloc failure"})
-            << i;
-    }
+    for (const Shape &s : {Shape{0, 3, 17}, Shape{3, 0, 17}, Shape{3, 3, 1}, Shape{3, 3, 17, -1},
+                           Shape{3, 3, 17, 0, 256}, Shape{3, 3, 17, 8, 8}, Shape{3, 3, 17, 0, 255, -1}})
+        EXPECT_EQ(create(s), nullptr) << s.N << ' ' << s.M << ' ' << s.R << ' ' << s.L;
+    EXPECT_EQ(reports.take(), lines(7, "md_tetra_new: illegal dimension"));
+    for (const Shape &s : {Shape{31, 1, 2}, Shape{INT_MAX, 1, 2}, Shape{4, 1, 300}, Shape{1, INT_MAX, 2},
+                           Shape{2, 1, 2, 0, 255, INT_MAX}})
+        EXPECT_EQ(create(s), nullptr) << s.N << ' ' << s.M << ' ' << s.R;
+    EXPECT_EQ(reports.take(), lines(5, "md_tetrab_new: malloc failure"));
     EXPECT_EQ(md_tetrab_kill(nullptr), nullptr);
     const Table table({2, 1, 3});
     EXPECT_EQ(md_tetrab_expand(table.get(), 1), nullptr);

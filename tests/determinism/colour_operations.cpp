@@ -41,10 +41,10 @@ void clut(Generator &input, Digest &digest)
 }
 
 // A table of random vertices and curves converts random pixels; then it is expanded.
-template <int Inputs, int Outputs, int Points, int High = 255>
+template <int Inputs, int Outputs, int Points, int Low = 0, int High = 255, int Extension = 1>
 void tetrab(Generator &input, Digest &digest)
 {
-    md_tetrab *table = md_tetrab_new_special(Inputs, Outputs, Points, 0, High, 1);
+    md_tetrab *table = md_tetrab_new_special(Inputs, Outputs, Points, Low, High, Extension);
     int size = 0;
     unsigned char *data = md_tetrab_dataptr(table, &size);
     for (int i = 0; i < size; ++i)
@@ -106,7 +106,10 @@ const Operation operations[] = {
     {"md_tetrad 4 to 4, 9 points", tetrad<4, 4, 9>},
     {"md_tetrad 3 to 6, 12 points", tetrad<3, 6, 12>},
     {"md_tetrad 6 to 7, 3 points", tetrad<6, 7, 3>},
-    {"md_tetrab 3 to 5, 5 points, weights 0 .. 100", tetrab<3, 5, 5, 100>},
+    {"md_tetrab 3 to 5, 5 points, weights 0 .. 100", tetrab<3, 5, 5, 0, 100>},
+    {"md_tetrab 3 to 3, 5 points, weights 16 .. 235, no further layer", tetrab<3, 3, 5, 16, 235, 0>},
+    {"md_tetrab 5 to 6, 2 points, weights 30 .. 31, two further layers", tetrab<5, 6, 2, 30, 31, 2>},
+    {"md_tetrab 3 to 4, 9 points, no further layer", tetrab<3, 4, 9, 0, 255, 0>},
 };
 
 }  // namespace
