@@ -3,6 +3,7 @@
 //     output folder/
 //         index.html          text and style; needs no network and no script
 //         <section>/x.png     the pictures at full resolution
+//         records/            also the archive, what came out of it and the record file
 //
 // A section is a function in a file of its own: it does its work through the example code of the library, writes its
 // pictures with `section_folder` and gives back its text. main lists the sections.
