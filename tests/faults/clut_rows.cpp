@@ -22,9 +22,7 @@ SweepRow constructor(const char *name, unsigned char inputs, int allocations)
             return false;
         }
     };
-    return {.name = name,
-            .make = [=] { return SweepCase{.call = build}; },
-            .failures = {{.count = allocations, .once = {}}}};
+    return calling(name, build, {{.count = allocations, .once = {}}});
 }
 
 const SweepRows rows({

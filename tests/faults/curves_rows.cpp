@@ -90,9 +90,8 @@ SweepRow on_curve(const char *name, int count, bool (*call)(const Curve &li), st
 }
 
 const SweepRows rows({
-    {.name = "func_new",
-     .make = [] { return SweepCase{.call = [] { return made(func_new(3, 8, 4, nullptr), func_kill); }}; },
-     .failures = {{.count = 1, .once = {no_func}}, {.count = 4, .once = {no_func, no_list}}}},
+    calling("func_new", [] { return made(func_new(3, 8, 4, nullptr), func_kill); },
+            {{.count = 1, .once = {no_func}}, {.count = 4, .once = {no_func, no_list}}}),
     // The room of x, then that of y: an x that was already in its place has to leave it again.
     on_func("func_insert", 1, [](const Func &f) { return gave(0, func_insert(f.get(), "a", "z")); },
             {{.count = 2, .once = {no_room}}}),
@@ -106,10 +105,10 @@ const SweepRows rows({
      .make =
          [] {
              const auto folder = std::make_shared<Folder>();
-             return SweepCase{.call = [folder, path = folder->path("curve.rec")] {
-                 grad_tab *g = grad_tab_new(path.c_str(), 1, 1, 0);
-                 return grad_tab_kill(g), g != nullptr;
-             }};
+             const auto call = [folder, path = folder->path("curve.rec")] {
+                 return made(grad_tab_new(path.c_str(), 1, 1, 0), grad_tab_kill);
+             };
+             return SweepCase{.call = call};
          },
      .failures = {{.count = 2, .once = {}},
                   {.count = 1, .once = {no_curve}},
@@ -120,18 +119,13 @@ const SweepRows rows({
                   {.count = 4, .once = {no_func, no_curve, no_inverse, no_list}},
                   {.count = 1, .once = {no_func, no_inverse}},
                   {.count = 4, .once = {no_func, no_inverse, no_list}}}},
-    {.name = "hist_new",
-     .make = [] { return SweepCase{.call = [] { return made(hist_new(0, 9), hist_kill); }}; },
-     .failures = {{.count = 1, .once = {"hist_new: alloc self failed"}},
-                  {.count = 1, .once = {"hist_new: illegal bounds"}}}},
-    {.name = "lin_interp_double_new",
-     .make =
-         [] {
-             return SweepCase{.call = [] { return made(lin_interp_double_new(1, nullptr), lin_interp_double_kill); }};
-         },
-     .failures = {{.count = 1, .once = {no_curve}},
-                  {.count = 1, .once = {no_func, no_curve}},
-                  {.count = 4, .once = {no_func, no_curve, no_list}}}},
+    calling("hist_new", [] { return made(hist_new(0, 9), hist_kill); },
+            {{.count = 1, .once = {"hist_new: alloc self failed"}},
+             {.count = 1, .once = {"hist_new: illegal bounds"}}}),
+    calling("lin_interp_double_new", [] { return made(lin_interp_double_new(1, nullptr), lin_interp_double_kill); },
+            {{.count = 1, .once = {no_curve}},
+             {.count = 1, .once = {no_func, no_curve}},
+             {.count = 4, .once = {no_func, no_curve, no_list}}}),
     on_curve("lin_interp_double_insert", 1,
              [](const Curve &li) { return gave(0, lin_interp_double_insert(li.get(), 0, 5)); },
              {{.count = 2, .once = {no_room}}}),

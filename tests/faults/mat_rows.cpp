@@ -56,9 +56,7 @@ SweepRow row(const char *name, bool (*call)(const Matrix &m), int allocations, M
 }
 
 const SweepRows rows({
-    {.name = "mat_new",
-     .make = [] { return SweepCase{.call = [] { return made(mat_new(nullptr, 3), mat_kill); }}; },
-     .failures = {{.count = 2, .once = no_resources}}},
+    calling("mat_new", [] { return made(mat_new(nullptr, 3), mat_kill); }, {{.count = 2, .once = no_resources}}),
     row("mat_solve_set", solves, 3),
     row(
         "mat_det_det",
@@ -77,16 +75,13 @@ const SweepRows rows({
         },
         3),
     row("mat_invert", inverts, 3, decomposed),
-    {.name = "vect_vector_product",
-     .make =
-         [] {
-             return SweepCase{.call = [] {
-                 const double in[] = {2, 3, 4};
-                 double out[2];
-                 return gave(0, vect_vector_product(in, out));
-             }};
-         },
-     .failures = {{.count = 5, .once = no_resources}}},
+    calling("vect_vector_product",
+            [] {
+                const double in[] = {2, 3, 4};
+                double out[2];
+                return gave(0, vect_vector_product(in, out));
+            },
+            {{.count = 5, .once = no_resources}}),
 });
 
 }  // namespace

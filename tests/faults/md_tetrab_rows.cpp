@@ -15,14 +15,6 @@ constexpr const char *no_grid = "md_tetrab_new: malloc failure";        // data,
 constexpr const char *no_products = "md_tetrab_new: insuff. mem.";
 constexpr const char *no_expansion = "md_tetrab_expand: error in md_tetrab_new";
 
-bool made(md_tetrab *table) { return table != nullptr && md_tetrab_kill(table) == nullptr; }
-
-SweepRow creation(const char *name, md_tetrab *(*create)(), std::vector<SweepFailures> failures)
-{
-    const auto call = [=] { return made(create()); };
-    return {.name = name, .make = [=] { return SweepCase{.call = call}; }, .failures = std::move(failures)};
-}
-
 SweepRow expansion(const char *name, int inputs, int resolution)
 {
     const auto make = [=] {
@@ -30,7 +22,7 @@ SweepRow expansion(const char *name, int inputs, int resolution)
         int size = 0;
         unsigned char *data = md_tetrab_dataptr(source.get(), &size);
         data[5] = 55;
-        return SweepCase{.call = [=] { return made(md_tetrab_expand(source.get(), resolution)); },
+        return SweepCase{.call = [=] { return made(md_tetrab_expand(source.get(), resolution), md_tetrab_kill); },
                          .state = [=] { return std::string(data, data + size); }};
     };
     return {.name = name,
@@ -41,14 +33,15 @@ SweepRow expansion(const char *name, int inputs, int resolution)
 }
 
 const SweepRows rows({
-    creation("md_tetrab_new, 3 inputs", [] { return md_tetrab_new(3, 4, 5); },
-             {{.count = 1, .once = {no_memory}}, {.count = 2, .once = {no_grid}}, {.count = 3, .once = {no_memory}}}),
-    creation("md_tetrab_new_special, other weights", [] { return md_tetrab_new_special(5, 3, 2, 16, 235, 0); },
-             {{.count = 1, .once = {no_memory}},
-              {.count = 2, .once = {no_grid}},
-              {.count = 2, .once = {no_memory}},
-              {.count = 1, .once = {no_products}},
-              {.count = 1, .once = {no_memory}}}),
+    calling("md_tetrab_new, 3 inputs", [] { return made(md_tetrab_new(3, 4, 5), md_tetrab_kill); },
+            {{.count = 1, .once = {no_memory}}, {.count = 2, .once = {no_grid}}, {.count = 3, .once = {no_memory}}}),
+    calling("md_tetrab_new_special, other weights",
+            [] { return made(md_tetrab_new_special(5, 3, 2, 16, 235, 0), md_tetrab_kill); },
+            {{.count = 1, .once = {no_memory}},
+             {.count = 2, .once = {no_grid}},
+             {.count = 2, .once = {no_memory}},
+             {.count = 1, .once = {no_products}},
+             {.count = 1, .once = {no_memory}}}),
     expansion("md_tetrab_expand, 3 inputs, whole ratio", 3, 5),
     expansion("md_tetrab_expand, 5 inputs, other ratio", 5, 4),
 });

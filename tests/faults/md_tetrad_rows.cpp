@@ -16,12 +16,11 @@ SweepRow creation(const char *name, int inputs)
         md_tetrad *table = md_tetrad_new(inputs, 2, 3, 0.0, 1.0);
         return table != nullptr && md_tetrad_kill(table) == nullptr;
     };
-    return {.name = name,
-            .make = [=] { return SweepCase{.call = call}; },
-            .failures = {{.count = 2, .once = {no_memory}},
-                         {.count = 1, .once = {"md_tetrab_new: malloc failure"}},
-                         {.count = 1, .once = {"md_tetrad_new: insuff. mem."}},
-                         {.count = 4, .once = {no_memory}}}};
+    return calling(name, call,
+                   {{.count = 2, .once = {no_memory}},
+                    {.count = 1, .once = {"md_tetrab_new: malloc failure"}},
+                    {.count = 1, .once = {"md_tetrad_new: insuff. mem."}},
+                    {.count = 4, .once = {no_memory}}});
 }
 
 const SweepRows rows({creation("md_tetrad_new, 1 input", 1), creation("md_tetrad_new, 6 inputs", 6)});

@@ -58,28 +58,14 @@ const SweepRows rows({
              return SweepCase{.call = [] { return search(2) == 1; }};
          },
      .failures = {{.count = 4, .once = {"condirmin: malloc failed"}}}},
-    {.name = "restriction_new",
-     .make =
-         [] {
-             return SweepCase{.call = [] {
-                 restriction *r = restriction_new(2, 1, step, 0, nullptr);
-                 return restriction_kill(r), r != nullptr;
-             }};
-         },
-     .failures = {{.count = 6, .once = {"restriction_new: malloc failed"}}}},
+    calling("restriction_new", [] { return made(restriction_new(2, 1, step, 0, nullptr), restriction_kill); },
+            {{.count = 6, .once = {"restriction_new: malloc failed"}}}),
     changing<Restriction>("restriction_new_check", corner, stops, [](const Restriction &) { return std::string(); },
                           {{.count = 6, .once = {"restriction_new: malloc failed"}}}),
-    {.name = "dhsm_new",
-     .make =
-         [] {
-             return SweepCase{.call = [] {
-                 dhsm *d = dhsm_new(constant, nullptr, 3);
-                 return dhsm_kill(d), d != nullptr;
-             }};
-         },
-     .failures = {{.count = 6,
-                   .once = {"nr: 1, kind: 0, sys: 12, file: Private/Source/dhsm.cpp, line: #, info: No resources "
-                            "available"}}}},
+    calling("dhsm_new", [] { return made(dhsm_new(constant, nullptr, 3), dhsm_kill); },
+            {{.count = 6,
+              .once = {"nr: 1, kind: 0, sys: 12, file: Private/Source/dhsm.cpp, line: #, info: No resources "
+                       "available"}}}),
 });
 
 TEST(Condirmin, StaysWhereItIsWithoutMemoryForALine)

@@ -23,8 +23,6 @@ std::vector<SweepRow> &registry()
     return rows;
 }
 
-std::string describe(const SweepCase &fresh) { return fresh.state ? fresh.state() : std::string(); }
-
 // The reports, with "#" for the source lines that some of them name.
 lines reported_by(Reports &reports)
 {
@@ -50,21 +48,6 @@ const SweepFailures *expected(const SweepRow &row, int n)
     return nullptr;
 }
 
-struct Outcome {
-    bool fired;
-    bool succeeded;
-    int leaked;  // blocks
-};
-
-Outcome call_with_fault(const SweepCase &fresh, int n, bool sticky)
-{
-    const int held = live_blocks();
-    arm(fault_kind::memory, n, sticky);
-    const bool succeeded = fresh.call();
-    const int fired = disarm();
-    return {fired > 0, succeeded, live_blocks() - held};
-}
-
 // Returns whether an allocation was left to fail.
 bool step(const SweepRow &row, int n, bool sticky)
 {
@@ -73,13 +56,17 @@ bool step(const SweepRow &row, int n, bool sticky)
     track_memory();
     const SweepCase fresh = row.make();
     EXPECT_EQ(reports.take(), lines{}) << "the set-up reports";
-    const std::string before = describe(fresh);
+    const std::string before = fresh.state ? fresh.state() : "";
 
-    const Outcome outcome = call_with_fault(fresh, n, sticky);
+    const int held = live_blocks();
+    arm(fault_kind::memory, n, sticky);
+    const bool succeeded = fresh.call();
+    const bool fired = disarm() > 0;
+    const int leaked = live_blocks() - held;
     const lines reported = reported_by(reports);
-    EXPECT_EQ(outcome.succeeded, !outcome.fired);
+    EXPECT_EQ(succeeded, !fired);
     const SweepFailures *promised = expected(row, n);
-    if (!outcome.fired) {
+    if (!fired) {
         EXPECT_EQ(reported, lines{});
         return false;
     }
@@ -87,8 +74,8 @@ bool step(const SweepRow &row, int n, bool sticky)
         ADD_FAILURE() << "more allocations than the row lists";
     else
         EXPECT_EQ(reported, sticky ? promised->sticky : promised->once);
-    EXPECT_EQ(outcome.leaked, 0) << "memory was leaked";
-    EXPECT_EQ(describe(fresh), before) << "the object was changed";
+    EXPECT_EQ(leaked, 0) << "memory was leaked";
+    EXPECT_EQ(fresh.state ? fresh.state() : "", before) << "the object was changed";
     EXPECT_TRUE(fresh.call()) << "the same call fails when tried again";
     return true;
 }
@@ -115,6 +102,12 @@ SweepRows::SweepRows(std::vector<SweepRow> rows)
 }
 
 const std::vector<SweepRow> &SweepRows::all() { return registry(); }
+
+SweepRow calling(std::string name, std::function<bool()> call, std::vector<SweepFailures> failures)
+{
+    const auto fresh = [call = std::move(call)] { return SweepCase{.call = call}; };
+    return {.name = std::move(name), .make = fresh, .failures = std::move(failures)};
+}
 
 bool gave(int success, int result)
 {

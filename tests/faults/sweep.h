@@ -4,15 +4,6 @@
 // n = 0, 1, 2 .. until no allocation is left to fail, once with only that allocation failing and once with all later
 // ones failing too. After each failure: the promised lines and nothing else, the object unchanged, nothing leaked, and
 // the same call succeeds when tried again.
-//
-//     SweepRow{.name = "list_insert",
-//              .make = [] {
-//                  std::shared_ptr<list_rec> list(list_new(1, 4, nullptr), list_kill);
-//                  list_insert(list.get(), "abc");
-//                  return SweepCase{.call = [list] { return list_insert(list.get(), "def") == 1; },
-//                                   .state = [list] { return std::to_string(list_num(list.get())); }};
-//              },
-//              .failures = {{.count = 1, .once = {"list_insert : Unable to extend list, insufficient resources"}}}}
 
 #ifndef TESKA_TESTS_SWEEP_H
 #define TESKA_TESTS_SWEEP_H
@@ -49,6 +40,9 @@ struct SweepRow {
     std::function<SweepCase()> make;
     std::vector<SweepFailures> failures;  // in the order of the allocations; their counts are part of the check
 };
+
+// The row of a call that needs no set-up, as a constructor's.
+SweepRow calling(std::string name, std::function<bool()> call, std::vector<SweepFailures> failures);
 
 // The row of a call that changes an object; Object owns it, as a shared_ptr does.
 template <class Object>
