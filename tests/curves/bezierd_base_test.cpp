@@ -91,10 +91,13 @@ TEST(BezierGet, AgreesWithRepeatedInterpolationAfterEveryKindOfChangeAndWithItsI
         for (int change = 0; change < 3; ++change) {
             EXPECT_EQ(bezier_get(b.get(), 1.5 - change, &p.x, &p.y), 1);
             EXPECT_LT(p - casteljau(*b, 1.5 - change), 1e-13);
-            if (change == 0)
-                bezier_set_controlp(b.get(), degree - 2, input.unit(), input.unit());
-            else
-                bezier_set_endp(b.get(), i % 2, input.unit(), input.unit());
+            const point to{input.unit(), input.unit()};
+            if (change > 0) {
+                bezier_set_endp(b.get(), i % 2, to.x, to.y);
+                continue;
+            }
+            EXPECT_EQ(bezier_set_controlp(b.get(), degree - 2, to.x, to.y), 1);
+            EXPECT_EQ(point({b->x[degree - 1], b->y[degree - 1]}) - to, 0.0);
         }
         bezier_get_controlp(b.get(), degree - 2, &p.x, &p.y);
         EXPECT_EQ(p - point({b->x[degree - 1], b->y[degree - 1]}), 0.0);
