@@ -75,7 +75,8 @@ TESKA_API int bezier_set_controlp(bezier *b, int i, double x, double y) TESKA_NO
  */
 TESKA_API int bezier_get_control_poly(const bezier *b, double *xs, double *ys) TESKA_NOTHROW;
 
-/* bezier_get_endp - an end point. Returns 1, or 0 with "Bezier_get_endp : illegal index"; x and y are then untouched. */
+/* bezier_get_endp - an end point. Returns 1, or 0 with "Bezier_get_endp : illegal index"; x and y are then
+ * untouched. */
 TESKA_API int bezier_get_endp(const bezier *b, int which, double *x, double *y) TESKA_NOTHROW;
 
 /* bezier_get_controlp - inner control point i. Returns 1, or 0 with "Bezier_get_controlp : illegal ind"; x and y are
@@ -106,6 +107,8 @@ TESKA_API int bezier_get(bezier *b, double t, double *x, double *y) TESKA_NOTHRO
  * Kept: where a quadratic x(t) only touches x, nothing is found.
  * Kept: eps is a length in the unit of x too: a curve less than about 1e-5 wide is taken for a constant.
  * Agrees between machines to 1e-12 of the values, as far as roots are simple: it goes through cbrt, acos and cos.
+ * Where the coefficient of t^3 is below a thousandth of that of t^2, the closed form loses digits; below a
+ * ten-thousandth it may give values off by more than 1e-9, or miss some.
  * Source: W. H. Press et al., Numerical Recipes in C, 2nd ed., Cambridge University Press 1992, section 5.6, equations
  * 5.6.10 to 5.6.18.
  */
