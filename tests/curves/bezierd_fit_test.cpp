@@ -80,7 +80,7 @@ TEST_F(BezierFit, KeptAnswersThreePointsByTheCurveThroughThemOrAStraightSegmentO
     const double off = 0.05 / (15 / 8.0 + 15 / 32.0);
     // Where the curve passes through the middle point; 0 where it is straight. Then the errors.
     const std::tuple<numbers, numbers, double, double> cases[] = {
-        {{1, 3}, {2, 5}, 0, 0},         {{0, 0.05, 2}, {0, 0, 1}, 0, off},  {{0, 1.95, 2}, {0, 1, 1}, 0, off},
+        {{1, 3}, {2, 5}, 0, 0},         {{0, 0.05, 2}, {0, 0, 1}, 0, off},  {{1, 2.95, 3}, {0, 1, 1}, 0, off},
         {{0, 0, 2}, {1, 1, 1}, 0, 0},  // the inner points have no weight at the middle one
         {{0, 1, 2}, {0, 1, 0}, 0.5, 0}, {{0, 1, 20}, {0, 0, 0}, 0.05, 0},   {{5, 5, 5}, {0, 0.5, 10}, 0.05, 0},
         {{0, 3, 0}, {1, 1, 1}, 0.5, 0}, {{0, 1, 4}, {0, 0, 4}, 1 / 6.0, 0}, {{3, 3, 3}, {4, 4, 4}, 0.5, 0}};
