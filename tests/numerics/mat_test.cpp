@@ -112,11 +112,13 @@ TEST(MatInvert, FillsOneObjectAnewAfterEveryChange)
     EXPECT_EQ(elements(), (Values{0.5, -0.125, 0, 0.25}));
     EXPECT_EQ(solve(inverse.get(), {1, 0}).flag, 0);  // its factors must go with its elements
     mat_get_row(inverse.get(), 0)[0] = 7;
+    flag = -9;
     EXPECT_EQ(mat_invert(m.get(), &flag), inverse.get());
+    EXPECT_EQ(flag, 0);
     EXPECT_EQ(elements()[0], 7) << "nothing changed: nothing is computed";
 
     mat_set_element(m.get(), 1, 0, 1);
-    mat_set_row(m.get(), 0, Values{2, 0}.data());
+    EXPECT_EQ(mat_set_row(m.get(), 0, Values{2, 0}.data()), 0);
     EXPECT_EQ(mat_invert(m.get(), &flag), inverse.get());
     EXPECT_EQ(elements(), (Values{0.5, 0, -0.125, 0.25}));
     EXPECT_EQ(solve(inverse.get(), {1, 0}).x, (Values{2, 1}));
