@@ -1,4 +1,5 @@
-// mat_avx2 - triangular factors of a matrix. Vectors of 4: 8 sums, a factor and two vectors of the other factor fill the 16 registers.
+// mat_avx2 - triangular factors of a matrix. Vectors of 4: 8 sums, a factor and two vectors of the other factor fill
+// the 16 registers.
 
 #include "Kernels/mat_vector.h"
 
