@@ -64,10 +64,19 @@ enum class transfer {
 };
 
 // Opens a device that exists, for reading and writing and for nobody else.
-bool open(port &line, const char *name) noexcept;
+inline bool open(port &line, const char *name) noexcept
+{
+    line.handle = CreateFile_utf8(name, LOPRA_GENERIC_READ | LOPRA_GENERIC_WRITE, 0, nullptr, LOPRA_OPEN_EXISTING,
+                                  LOPRA_FLAG_NORMAL, nullptr);
+    return line.handle != LOPRA_INVALID_HANDLE;
+}
 
 // Closes an open line; the port is then not open.
-void close(port &line) noexcept;
+inline void close(port &line) noexcept
+{
+    CloseFile_utf8(line.handle);
+    line.handle = LOPRA_INVALID_HANDLE;
+}
 
 inline bool is_open(const port &line) noexcept { return line.handle != LOPRA_INVALID_HANDLE; }
 

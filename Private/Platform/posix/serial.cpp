@@ -94,19 +94,6 @@ transfer in_pieces(int descriptor, short events, int size, std::int64_t limit, P
 
 }  // namespace
 
-bool open(port &line, const char *name) noexcept
-{
-    line.handle = CreateFile_utf8(name, LOPRA_GENERIC_READ | LOPRA_GENERIC_WRITE, 0, nullptr, LOPRA_OPEN_EXISTING,
-                                  LOPRA_FLAG_NORMAL, nullptr);
-    return is_open(line);
-}
-
-void close(port &line) noexcept
-{
-    CloseFile_utf8(line.handle);
-    line.handle = LOPRA_INVALID_HANDLE;
-}
-
 // A terminal notifies nobody who did not ask for signals, and a descriptor just opened has not.
 bool disable_events(const port &) noexcept { return true; }
 

@@ -43,19 +43,6 @@ transfer in_pieces(int size, std::int64_t limit, Piece piece)
 
 }  // namespace
 
-bool open(port &line, const char *name) noexcept
-{
-    line.handle = CreateFile_utf8(name, LOPRA_GENERIC_READ | LOPRA_GENERIC_WRITE, 0, nullptr, LOPRA_OPEN_EXISTING,
-                                  LOPRA_FLAG_NORMAL, nullptr);
-    return is_open(line);
-}
-
-void close(port &line) noexcept
-{
-    CloseFile_utf8(line.handle);
-    line.handle = LOPRA_INVALID_HANDLE;
-}
-
 bool disable_events(const port &line) noexcept { return SetCommMask(line.handle, 0) != 0; }
 
 bool set_queues(const port &line, int input_bytes, int output_bytes) noexcept
