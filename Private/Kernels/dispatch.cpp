@@ -1,6 +1,6 @@
 // dispatch - fills the kernel table for the processor at hand
 //
-// Process-wide state: the table and the limit, in one struct.
+// Process-wide state: the table, the limits and the measurement of the gather, in one struct.
 
 #include "Kernels/kernels.h"
 
@@ -13,8 +13,8 @@ namespace
 simd_level detect() noexcept
 {
     __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
-        __builtin_cpu_supports("avx512vbmi"))
+    if (__builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
+        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi"))
         return simd_level::avx512;
     if (__builtin_cpu_supports("avx2"))
         return simd_level::avx2;
@@ -23,23 +23,40 @@ simd_level detect() noexcept
     return simd_level::scalar;
 }
 
-kernel_table build(simd_level level) noexcept
+class dispatch_state
 {
-    kernel_table table;
-    install_scalar(table.clut);
-    install_scalar(table.tetrab);
-    install_scalar(table.tetrad);
-    install_scalar(table.mat);
-    if (level >= simd_level::avx2)
-        install_avx2(table.mat);
-    if (level >= simd_level::avx512)
-        install_avx512(table.mat);
-    return table;
-}
+public:
+    dispatch_state() noexcept : available(detect()), gather_pays_(available >= simd_level::avx2 && measure_gather())
+    {
+        build();
+    }
 
-struct dispatch_state {
+    void build() noexcept
+    {
+        const simd_level level = limit < available ? limit : available;
+        install_scalar(table.clut);
+        install_scalar(table.tetrab);
+        install_scalar(table.tetrad);
+        install_scalar(table.mat);
+        if (level >= simd_level::avx2)
+            install_avx2(table.mat);
+        if (level >= simd_level::avx512)
+            install_avx512(table.mat);
+    }
+
+    // For the entries that exist with and without gathers.
+    [[nodiscard]] bool gathers() const noexcept
+    {
+        return gather == gather_use::always || (gather == gather_use::as_measured && gather_pays_);
+    }
+
+    simd_level available;
     simd_level limit = simd_level::avx512;
-    kernel_table table = build(detect());
+    gather_use gather = gather_use::as_measured;
+    kernel_table table;
+
+private:
+    bool gather_pays_;
 };
 
 dispatch_state &state() noexcept
@@ -52,15 +69,23 @@ dispatch_state &state() noexcept
 
 const kernel_table &kernels() noexcept { return state().table; }
 
-simd_level simd_available() noexcept { return detect(); }
+simd_level simd_available() noexcept { return state().available; }
 
 simd_level simd_limit(simd_level level) noexcept
 {
     dispatch_state &now = state();
     const simd_level previous = now.limit;
-    const simd_level available = detect();
     now.limit = level;
-    now.table = build(level < available ? level : available);
+    now.build();
+    return previous;
+}
+
+gather_use gather_limit(gather_use use) noexcept
+{
+    dispatch_state &now = state();
+    const gather_use previous = now.gather;
+    now.gather = use;
+    now.build();
     return previous;
 }
 

@@ -1,0 +1,47 @@
+// md_tetrab_kernels - pixels through a grid of bytes: what the inner loops see, and their entries of the table
+
+#ifndef TESKA_MD_TETRAB_KERNELS_H
+#define TESKA_MD_TETRAB_KERNELS_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace teska
+{
+
+// A byte table as the kernels see it. The data is followed by readable padding, so that four bytes may be read at any
+// channel of any vertex of a path.
+struct tetrab_table {
+    int inputs;                      // N, 1 .. 30
+    int outputs;                     // M, at least 1
+    const std::uint8_t *data;        // vertices; outputs of one vertex are adjacent
+    const std::uint8_t *in_curves;   // N rows of 256
+    const std::uint8_t *out_curves;  // M rows of 256
+    const std::uint32_t *offsets;    // N rows of 256: byte offset of the lower vertex, by value behind the input curve
+    const std::uint64_t *fractions;  // 256: weight of the place inside the cell, in bits 32 .. 39; all others zero
+    const std::uint64_t *strides;    // N: bytes between neighbouring vertices, strictly falling, below 2^31
+    std::uint64_t far_corner;        // sum of the strides
+    std::uint32_t high;              // H, the weights of a path sum to it
+    const std::uint8_t *products;    // 256 rows of 256, by value and weight; null: round(value * weight / 255), H = 255
+};
+
+// A run of pixels: pixel p of input d is in[d][p * in_step].
+struct tetrab_run {
+    const std::uint8_t *const *in;  // N lines
+    std::uint8_t *const *out;       // M lines; null: the output is skipped
+    std::ptrdiff_t in_step;
+    std::ptrdiff_t out_step;
+    std::ptrdiff_t first;  // pixels first .. end - 1 are converted
+    std::ptrdiff_t end;
+};
+
+struct tetrab_kernels {
+    using convert_fn = void (*)(const tetrab_table &table, const tetrab_run &run) noexcept;
+    convert_fn convert[5];  // by number of inputs: 1, 2, 3, 4, 5 and more
+};
+
+void install_scalar(tetrab_kernels &table) noexcept;
+
+}  // namespace teska
+
+#endif

@@ -1,0 +1,4 @@
+/* teska_geometry.h - gathers the headers of one subsystem: geometry and gamut */
+#ifndef TESKA_GEOMETRY_H
+#define TESKA_GEOMETRY_H
+#endif
