@@ -1,4 +1,5 @@
 /* teska_image.h - gathers the headers of one subsystem: image processing, line by line */
 #ifndef TESKA_IMAGE_H
 #define TESKA_IMAGE_H
+#include "flood.h"
 #endif

@@ -10,6 +10,7 @@
 #include <teska_core.h>
 #include <teska_curves.h>
 #include <teska_files.h>
+#include <teska_image.h>
 #include <teska_numerics.h>
 #include <teska_text.h>
 #include <wem.h>
@@ -42,6 +43,10 @@ static double parabola(void *c1, void *c2, const double *x)
     (void)c2;
     return (x[0] - 1) * (x[0] - 1);
 }
+
+static int in_stripe(void *end, int x, int y) { return y == 0 && x >= 0 && x < *(int *)end; }
+
+static void cut_stripe(void *end, int first, int last, int y) { *(int *)end = first + 0 * last * y; }
 
 static const char *use_reports(void)
 {
@@ -318,10 +323,19 @@ static const char *use_solvers(void)
     return NULL;
 }
 
+static const char *use_images(void)
+{
+    int end = 7;
+    flood *bucket = flood_new(in_stripe, cut_stripe);
+    EXPECT(flood_do(bucket, &end, 3, 0) == 1 && end == 0);
+    EXPECT(flood_kill(bucket) == 0);
+    return NULL;
+}
+
 const char *use_every_module(void)
 {
-    const char *(*const uses[])(void) = {use_reports,  use_containers, use_texts,   use_files,  use_curves,
-                                         use_segments, use_colour,     use_numbers, use_solvers};
+    const char *(*const uses[])(void) = {use_reports,  use_containers, use_texts,   use_files,   use_curves,
+                                         use_segments, use_colour,     use_numbers, use_solvers, use_images};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)
         failed = uses[i]();

@@ -1,0 +1,131 @@
+#include "flood.h"
+
+#include "support/generator.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+// A drawing whose pixels '.' are the region; filled ones become 'o'. Every call is logged: "x,y?" tests a pixel,
+// "first-last,y" fills a run.
+struct Drawing {
+    std::vector<std::string> rows;
+    int left = 0;  // coordinates of the first pixel
+    int top = 0;
+    std::string log = {};
+    int tests = 0;
+    int runs = 0;
+
+    char &at(long long x, long long y)
+    {
+        static char beyond;
+        const auto column = static_cast<std::size_t>(x - left);
+        const auto row = static_cast<std::size_t>(y - top);
+        return row < rows.size() && column < rows[row].size() ? rows[row][column] : beyond = '#';
+    }
+
+    static int inside(void *user, int x, int y)
+    {
+        auto *d = static_cast<Drawing *>(user);
+        ++d->tests;
+        d->log += std::to_string(x) + "," + std::to_string(y) + "? ";
+        return d->at(x, y) == '.' ? -3 : 0;
+    }
+
+    static void fill(void *user, int first, int last, int y)
+    {
+        auto *d = static_cast<Drawing *>(user);
+        bool connected = d->runs++ == 0;
+        for (long long x = first; x <= last; ++x) {
+            connected = connected || d->at(x, y - 1LL) == 'o' || d->at(x, y + 1LL) == 'o';
+            EXPECT_EQ(d->at(x, y), '.') << "outside or filled twice";
+            d->at(x, y) = 'o';
+        }
+        EXPECT_TRUE(connected);
+        d->log += std::to_string(first) + "-" + std::to_string(last) + "," + std::to_string(y) + " ";
+    }
+
+    // One record for all: it is as new after each fill.
+    void fill_from(int x, int y)
+    {
+        static flood *const record = flood_new(inside, fill);
+        EXPECT_EQ(flood_do(record, this, x, y), 1);
+    }
+};
+
+}  // namespace
+
+TEST(FloodDo, TestsAndFillsInThePromisedOrder)
+{
+    const struct {
+        Drawing drawing;
+        int x, y;
+        const char *log;
+    } cases[] = {
+        {{{"#"}}, 0, 0, "0,0? "},
+        {{{"."}}, 0, 0, "0,0? -1,0? 1,0? 0-0,0 0,-1? 0,1? "},
+        // The run below reaches beyond its shadow at both ends, so the arms go up again.
+        {{{".#.#.", "....."}},
+         2,
+         0,
+         "2,0? 1,0? 3,0? 2-2,0 2,-1? 2,1? 1,1? 0,1? -1,1? 3,1? 4,1? 5,1? 0-4,1 0,0? -1,0? 1,0? 0-0,0 4,0? 3,0? 5,0? "
+         "4-4,0 0,-1? 4,-1? 0,2? 1,2? 2,2? 3,2? 4,2? "},
+        // Two ways round meet in the last row.
+        {{{"...", ".#.", "..."}},
+         1,
+         0,
+         "1,0? 0,0? -1,0? 2,0? 3,0? 0-2,0 0,-1? 1,-1? 2,-1? 0,1? -1,1? 1,1? 0-0,1 2,1? 3,1? 2-2,1 0,2? -1,2? 1,2? 2,2? "
+         "3,2? 0-2,2 0,3? 1,3? 2,3? "},
+        {{{"..", ".."}, INT_MAX - 1, INT_MAX - 1},
+         INT_MAX,
+         INT_MAX,
+         "2147483647,2147483647? 2147483646,2147483647? 2147483645,2147483647? 2147483646-2147483647,2147483647 "
+         "2147483646,2147483646? 2147483645,2147483646? 2147483647,2147483646? 2147483646-2147483647,2147483646 "
+         "2147483646,2147483645? 2147483647,2147483645? "},
+        {{{"..", ".."}, INT_MIN, INT_MIN},
+         INT_MIN,
+         INT_MIN,
+         "-2147483648,-2147483648? -2147483647,-2147483648? -2147483646,-2147483648? "
+         "-2147483648--2147483647,-2147483648 -2147483648,-2147483647? -2147483647,-2147483647? "
+         "-2147483646,-2147483647? -2147483648--2147483647,-2147483647 -2147483648,-2147483646? "
+         "-2147483647,-2147483646? "},
+    };
+    for (const auto &c : cases) {
+        Drawing d = c.drawing;
+        d.fill_from(c.x, c.y);
+        EXPECT_EQ(d.log, c.log);
+    }
+}
+
+TEST(FloodDo, FillsRandomRegionsToTheirEnds)
+{
+    teska_test::Generator random(76);
+    for (int round = 0; round < 700; ++round) {
+        Drawing d{std::vector<std::string>(1 + random.next() % 30, std::string(1 + random.next() % 30, '.'))};
+        for (std::string &row : d.rows)
+            for (char &pixel : row)
+                pixel = random.below(10) < round % 7 ? '#' : '.';
+        d.at(0, 0) = '.';
+        d.fill_from(0, 0);
+        EXPECT_EQ(d.at(0, 0), 'o');
+        for (const std::string &row : d.rows) {
+            EXPECT_EQ(row.find(".o"), std::string::npos);
+            EXPECT_EQ(row.find("o."), std::string::npos);
+            for (std::size_t x = 0; &row != &d.rows[0] && x < row.size(); ++x)
+                EXPECT_FALSE((&row)[0][x] + (&row)[-1][x] == '.' + 'o');
+        }
+    }
+}
+
+TEST(FloodDo, TestsThePixelsOfAnOpenAreaOnce)
+{
+    Drawing d{std::vector<std::string>(60, std::string(60, '.'))};
+    d.fill_from(30, 20);
+    EXPECT_LE(d.tests, 3600 * 1.1);
+    EXPECT_EQ(flood_kill(nullptr), 0);
+}
