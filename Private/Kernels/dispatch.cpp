@@ -38,10 +38,14 @@ public:
         install_scalar(table.tetrab);
         install_scalar(table.tetrad);
         install_scalar(table.mat);
-        if (level >= simd_level::avx2)
+        if (level >= simd_level::avx2) {
             install_avx2(table.mat);
-        if (level >= simd_level::avx512)
+            install_avx2(table.tetrad);
+        }
+        if (level >= simd_level::avx512) {
             install_avx512(table.mat);
+            install_avx512(table.tetrad);
+        }
     }
 
     // For the entries that exist with and without gathers.

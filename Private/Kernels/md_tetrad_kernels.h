@@ -11,13 +11,13 @@ namespace teska
 
 // A table of doubles as the kernels see it.
 struct tetrad_table {
-    int inputs;      // N, 1 .. 30
-    int outputs;     // M, at least 1
-    int resolution;  // R, vertices along each input
-    double low;      // the input at index 0
-    double high;     // the input at index R - 1
-    double step;     // from vertex to vertex
-    const double *data;
+    int inputs;                 // N, 1 .. 30
+    int outputs;                // M, at least 1
+    int resolution;             // R, vertices along each input
+    double low;                 // the input at index 0
+    double high;                // the input at index R - 1
+    double step;                // from vertex to vertex
+    const double *data;         // a double more than the vertices take may be read behind them
     const int *const *offsets;  // N rows of R: where the vertices of an index begin, in doubles
     const int *strides;         // N, doubles between neighbouring vertices
     int far_corner;             // sum of the strides
@@ -39,10 +39,14 @@ struct tetrad_run {
 
 struct tetrad_kernels {
     using evaluate_fn = void (*)(const tetrad_table &table, const tetrad_run &run) noexcept;
-    evaluate_fn evaluate[5];  // by number of inputs: 1, 2, 3, 4, 5 and more
+    // Both by number of inputs: 1, 2, 3, 4, 5 and more.
+    evaluate_fn evaluate[5];
+    evaluate_fn evaluate_long[5];  // for runs of several points
 };
 
 void install_scalar(tetrad_kernels &table) noexcept;
+void install_avx2(tetrad_kernels &table) noexcept;
+void install_avx512(tetrad_kernels &table) noexcept;
 
 }  // namespace teska
 

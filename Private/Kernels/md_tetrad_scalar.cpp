@@ -192,11 +192,10 @@ void evaluate(const tetrad_table &table, const tetrad_run &run) noexcept
 
 void install_scalar(tetrad_kernels &table) noexcept
 {
-    table.evaluate[0] = evaluate<1>;
-    table.evaluate[1] = evaluate<2>;
-    table.evaluate[2] = evaluate<3>;
-    table.evaluate[3] = evaluate<4>;
-    table.evaluate[4] = evaluate<0>;
+    constexpr tetrad_kernels::evaluate_fn by_inputs[] = {evaluate<1>, evaluate<2>, evaluate<3>, evaluate<4>,
+                                                         evaluate<0>};
+    for (int k = 0; k < 5; ++k)
+        table.evaluate[k] = table.evaluate_long[k] = by_inputs[k];
 }
 
 }  // namespace teska

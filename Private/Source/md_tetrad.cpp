@@ -54,7 +54,8 @@ bool make_data(md_tetrad &table)
     table.points = static_cast<int>(teska::grid_points(table.shape).get());
     table.data_size = static_cast<int>(size);
     table.far_corner = teska::grid_strides(table.shape, table.strides);
-    table.data = teska::zeroed_block<double>(size);
+    constexpr size_t room = 1;  // kernels read four values where three are needed
+    table.data = teska::zeroed_block<double>(size + room);
     return static_cast<bool>(table.data);
 }
 
@@ -178,8 +179,11 @@ int md_tetrad_interp(md_tetrad *table, double **in, int inStep, double **out, in
     if (count <= 0)
         return 1;
     const int inputs = table->shape.inputs;
-    const auto evaluate = teska::kernels().tetrad.evaluate[inputs < 5 ? inputs - 1 : 4];
-    evaluate(kernel_view(*table), {.in = in, .out = out, .in_step = inStep, .out_step = outStep, .count = count});
+    constexpr int several = 4;  // from here on vectors of points pay
+    const teska::tetrad_kernels &kernels = teska::kernels().tetrad;
+    const auto &by_inputs = count < several ? kernels.evaluate : kernels.evaluate_long;
+    by_inputs[inputs < 5 ? inputs - 1 : 4](
+        kernel_view(*table), {.in = in, .out = out, .in_step = inStep, .out_step = outStep, .count = count});
     for (int c = 0; c < table->shape.outputs; ++c)
         if (out[c] != nullptr)
             out[c] += count * static_cast<std::ptrdiff_t>(outStep);

@@ -1,6 +1,7 @@
 #include "md_tetrad.h"
 
 #include "support/generator.h"
+#include "support/levels.h"
 #include "support/reports.h"
 #include "support/samples.h"
 
@@ -69,22 +70,26 @@ TEST(MdTetradNew, KeptReportsRefusalsUnderOtherNames)
     EXPECT_EQ(md_tetrad_kill(nullptr), nullptr);
 }
 
-// Steps of any sign, outputs left out, points inside and outside.
+// Steps of any sign, outputs left out, points inside and outside, on vertices and with equal fractions. Single points go
+// through the definition at every level.
 TEST(MdTetradInterp, EvaluatesLinesOfAnyLayoutAsPointsOneByOne)
 {
     Generator random(71);
     for (int i = 0; i < 400; ++i) {
-        const int n = 1 + i % 6, m = 1 + i / 6 % 6, count = random.below(9) == 0 ? random.below(2) - 1 : 40;
+        const int n = 1 + i % 6, m = 1 + i / 6 % 6, count = i % 9 == 0 ? i % 2 - 1 : i % 71;
         const Table table(n, m, 2 + random.below(n < 4 ? 12 : 3), 3, i % 5 == 0 ? 1 : 100);
         EXPECT_EQ(std::count(table.data, table.data + table.size, 0.0), m * std::lround(std::pow(table.r + 1, n)));
         table.fill(random);
-        Samples in(n, 40, random.below(7) - 3), out(m, 40, i % 4 == 0 ? m : random.below(7) - 3, 99);
-        std::generate(in.buffer.begin(), in.buffer.end(), [&] { return random.between(-20, 120); });
+        Samples in(n, 70, random.below(7) - 3), out(m, 70, i % 4 == 0 ? m : random.below(7) - 3, 99);
+        const double half_step = (table.hi - table.lo) / (table.r - 1) / 2;
+        std::generate(in.buffer.begin(), in.buffer.end(), [&] {
+            return i % 2 == 0 ? random.between(-20, 120) : random.below(2 * table.r) * half_step + table.lo;
+        });
         if (i % 3 == 0)
             out.at[static_cast<std::size_t>(random.below(m))] = nullptr;
+        const std::vector<double *> sources = in.at, start = out.at;
         Doubles expected = out.buffer;
         std::vector<double *> behind = out.at;
-        const std::vector<double *> sources = in.at;
         for (int p = 0; p < count; ++p) {
             const Doubles point = table.at(in.point(p));
             for (std::size_t c = 0; c < point.size(); ++c)
@@ -92,10 +97,14 @@ TEST(MdTetradInterp, EvaluatesLinesOfAnyLayoutAsPointsOneByOne)
                     *(expected.data() + (std::exchange(behind[c], behind[c] + out.step) - out.buffer.data())) =
                         point[c];
         }
-        EXPECT_EQ(md_tetrad_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, count), 1);
-        ASSERT_EQ(out.buffer, expected) << n << " to " << m << ", steps " << in.step << " and " << out.step;
-        EXPECT_EQ(out.at, behind);
-        EXPECT_EQ(in.at, sources);
+        teska_test::at_every_level([&](teska::simd_level) {
+            std::fill(out.buffer.begin(), out.buffer.end(), 99);
+            out.at = start;
+            EXPECT_EQ(md_tetrad_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, count), 1);
+            ASSERT_EQ(out.buffer, expected) << n << " to " << m << ", steps " << in.step << " and " << out.step;
+            EXPECT_EQ(out.at, behind);
+            EXPECT_EQ(in.at, sources);
+        });
     }
 }
 

@@ -1,0 +1,225 @@
+// md_tetrad_vector - evaluation of doubles over a simplex, many points at a time
+//
+// A batch goes through three stages, each with the operations of the definition in their order:
+//
+//     gather   inputs of the batch, one row per dimension
+//     place    a vector of points at a time: cell, fractions, order, weights; one row per vertex of the path
+//     sum      a point at a time: up to four channels of a vertex side by side, one product and one sum per vertex
+//
+// Sorting exchanges neighbours only where the left fraction is strictly smaller, so equal fractions keep the order of
+// their inputs, and blends move bits: neither loses a not-a-number.
+
+#ifndef TESKA_MD_TETRAD_VECTOR_H
+#define TESKA_MD_TETRAD_VECTOR_H
+
+#include "Kernels/md_tetrad_kernels.h"
+#include "Kernels/simplex.h"
+
+namespace teska
+{
+
+namespace
+{
+
+constexpr int tetrad_batch = 32;
+constexpr int tetrad_most_inputs = 30;
+
+// The batch between the stages. Steps are strides of the path in its order, in doubles.
+template <int Inputs>
+struct tetrad_places {
+    alignas(64) double input[Inputs][tetrad_batch];
+    alignas(64) double weight[Inputs + 1][tetrad_batch];
+    alignas(64) std::int64_t step[Inputs][tetrad_batch];
+    alignas(64) std::int32_t base[tetrad_batch];
+};
+
+template <int Count>
+struct tetrad_channels {
+    typedef double type __attribute__((vector_size(Count == 2 ? 16 : 32), aligned(8), may_alias));
+};
+template <>
+struct tetrad_channels<1> {
+    using type = double;
+};
+
+// Isa::vector holds Isa::lanes doubles, Isa::mask an answer for each of them.
+template <class Isa>
+struct tetrad_kernel {
+    using vector = typename Isa::vector;
+    using mask = typename Isa::mask;
+    static constexpr int lanes = Isa::lanes;
+
+    // ---- Gather ----
+
+    // The places behind the last point repeat it.
+    template <class Places>
+    static void gather(const tetrad_run &run, std::ptrdiff_t first, int points, int n, Places &places) noexcept
+    {
+        const int filled = (points + lanes - 1) / lanes * lanes;
+        for (int d = 0; d < n; ++d) {
+            const double *in = run.in[d] + first * run.in_step;
+            for (int p = 0; p < points; ++p, in += run.in_step)
+                places.input[d][p] = *in;
+            for (int p = points; p < filled; ++p)
+                places.input[d][p] = places.input[d][points - 1];
+        }
+    }
+
+    // ---- Place ----
+
+    struct place {
+        vector index;  // whole numbers
+        vector fraction;
+    };
+
+    [[gnu::always_inline]] static place locate(const tetrad_table &table, vector x) noexcept
+    {
+        const vector zero = Isa::set(0.0);
+        const vector top = Isa::set(table.resolution - 1);
+        const vector low = Isa::set(table.low);
+        const vector step = Isa::set(table.step);
+        const vector t = (x - low) / step;
+        const vector lower = Isa::truncate(Isa::minimum(Isa::maximum(t, zero), top));
+        const vector upper = lower + Isa::set(1.0);
+        const mask is_high = Isa::equal(x, Isa::set(table.high));
+        const mask is_lower = Isa::equal(lower * step + low, x);
+        const mask is_upper = Isa::both(Isa::equal(upper * step + low, x), Isa::below(lower, top));
+        const vector inside = Isa::choose(is_lower, lower, Isa::choose(is_upper, upper, lower));
+        const mask on_vertex = Isa::either(is_high, Isa::either(is_lower, is_upper));
+        return {Isa::choose(is_high, top, inside), Isa::choose(on_vertex, zero, t - lower)};
+    }
+
+    // The vector of points from p on.
+    template <int N, class Places>
+    [[gnu::always_inline]] static void find_paths(const tetrad_table &table, int p, Places &places) noexcept
+    {
+        const int n = N != 0 ? N : table.inputs;
+        vector fraction[N != 0 ? N : tetrad_most_inputs];
+        vector step[N != 0 ? N : tetrad_most_inputs];  // integers; only moved
+        auto base = Isa::no_offsets();
+        for (int d = 0; d < n; ++d) {
+            const place where = locate(table, Isa::load(&places.input[d][p]));
+            base = Isa::add_offsets(base, where.index, table.strides[d]);
+            vector moving = where.fraction;
+            vector moving_step = Isa::set_integer(table.strides[d]);
+            // The smaller of the two moves on to the right, as long as it is smaller than what stands there.
+            for (int k = d; k > 0; --k) {
+                const mask smaller = Isa::below(fraction[k - 1], moving);
+                fraction[k] = Isa::choose(smaller, fraction[k - 1], moving);
+                step[k] = Isa::choose(smaller, step[k - 1], moving_step);
+                moving = Isa::choose(smaller, moving, fraction[k - 1]);
+                moving_step = Isa::choose(smaller, moving_step, step[k - 1]);
+            }
+            fraction[0] = moving;
+            step[0] = moving_step;
+        }
+        Isa::store_offsets(&places.base[p], base);
+        Isa::store(&places.weight[0][p], Isa::set(1.0) - fraction[0]);
+        for (int k = 1; k < n; ++k)
+            Isa::store(&places.weight[k][p], fraction[k - 1] - fraction[k]);
+        Isa::store(&places.weight[n][p], fraction[n - 1]);
+        for (int k = 0; k < n; ++k)
+            Isa::store_integers(&places.step[k][p], step[k]);
+    }
+
+    // ---- Sum ----
+
+    // Three channels are read as four: the data has room behind it.
+    template <int Count>
+    [[gnu::always_inline]] static typename tetrad_channels<Count>::type load_channels(const double *from) noexcept
+    {
+        typename tetrad_channels<Count>::type values;
+        __builtin_memcpy(&values, from, sizeof(values));
+        return values;
+    }
+
+    template <int N, int Count, class Places>
+    [[gnu::always_inline]] static typename tetrad_channels<Count>::type
+    sum(const tetrad_table &table, const Places &places, int p, int channel) noexcept
+    {
+        const int n = N != 0 ? N : table.inputs;
+        const double *vertex = table.data + places.base[p] + channel;
+        const double *const far = vertex + table.far_corner;
+        auto value = places.weight[0][p] * load_channels<Count>(vertex);
+        for (int k = 1; k < n; ++k) {
+            vertex += places.step[k - 1][p];
+            value = value + places.weight[k][p] * load_channels<Count>(vertex);
+        }
+        return value + places.weight[n][p] * load_channels<Count>(far);
+    }
+
+    // Count channels of all points, from `channel` on. A null output is skipped.
+    template <int N, int Count, class Places>
+    static void sum_channels(const tetrad_table &table, const tetrad_run &run, std::ptrdiff_t first, int points,
+                             int channel, const Places &places) noexcept
+    {
+        double *out[Count];
+        bool adjacent = run.out[channel] != nullptr && (Count == 1 || run.out_step >= Count);
+        for (int c = 0; c < Count; ++c) {
+            double *const line = run.out[channel + c];
+            adjacent &= line == run.out[channel] + c;
+            out[c] = line == nullptr ? nullptr : line + first * run.out_step;
+        }
+        for (int p = 0; p < points; ++p) {
+            const auto value = sum<N, Count>(table, places, p, channel);
+            if constexpr (Count == 1) {
+                if (out[0] != nullptr)
+                    out[0][p * run.out_step] = value;
+            } else if (adjacent) {
+                __builtin_memcpy(out[0] + p * run.out_step, &value, Count * sizeof(double));
+            } else {
+                for (int c = 0; c < Count; ++c)
+                    if (out[c] != nullptr)
+                        out[c][p * run.out_step] = value[c];
+            }
+        }
+    }
+
+    template <int N>
+    static void evaluate(const tetrad_table &shared_table, const tetrad_run &shared_run) noexcept
+    {
+        // Copies, because the compiler must assume that a store to an output changes whatever is not local.
+        const tetrad_table table = shared_table;
+        const tetrad_run run = shared_run;
+        const int n = N != 0 ? N : table.inputs;
+        tetrad_places<N != 0 ? N : tetrad_most_inputs> places;
+        for (std::ptrdiff_t first = 0; first < run.count; first += tetrad_batch) {
+            const std::ptrdiff_t left = run.count - first;
+            const int points = left < tetrad_batch ? static_cast<int>(left) : tetrad_batch;
+            gather(run, first, points, n, places);
+            for (int p = 0; p < points; p += lanes)
+                find_paths<N>(table, p, places);
+            int channel = 0;
+            for (; channel + 4 <= table.outputs; channel += 4)
+                sum_channels<N, 4>(table, run, first, points, channel, places);
+            switch (table.outputs - channel) {
+            case 3:
+                sum_channels<N, 3>(table, run, first, points, channel, places);
+                break;
+            case 2:
+                sum_channels<N, 2>(table, run, first, points, channel, places);
+                break;
+            case 1:
+                sum_channels<N, 1>(table, run, first, points, channel, places);
+                break;
+            default:
+                break;
+            }
+        }
+    }
+
+    static void install(tetrad_kernels &table) noexcept
+    {
+        table.evaluate_long[0] = evaluate<1>;
+        table.evaluate_long[1] = evaluate<2>;
+        table.evaluate_long[2] = evaluate<3>;
+        table.evaluate_long[3] = evaluate<4>;
+        table.evaluate_long[4] = evaluate<0>;
+    }
+};
+
+}  // namespace
+
+}  // namespace teska
+
+#endif
