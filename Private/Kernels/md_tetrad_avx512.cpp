@@ -38,6 +38,16 @@ struct avx512 {
     static mask either(mask a, mask b) noexcept { return _kor_mask8(a, b); }
     static vector choose(mask which, vector yes, vector no) noexcept { return _mm512_mask_blend_pd(which, no, yes); }
 
+    static vector zero_where(mask which, vector a) noexcept { return _mm512_maskz_mov_pd(_knot_mask8(which), a); }
+    static vector zero_unless(mask which, vector a) noexcept { return _mm512_maskz_mov_pd(which, a); }
+    static mask without(mask a, mask b) noexcept { return _kandn_mask8(b, a); }
+    static void exchange_where(mask which, vector &a, vector &b) noexcept
+    {
+        const vector former = a;
+        a = choose(which, b, a);
+        b = choose(which, former, b);
+    }
+
     static __m256i no_offsets() noexcept { return _mm256_setzero_si256(); }
     static __m256i add_offsets(__m256i sum, vector index, int stride) noexcept
     {

@@ -84,9 +84,9 @@ struct tetrad_kernel {
         const mask is_high = Isa::equal(x, Isa::set(table.high));
         const mask is_lower = Isa::equal(lower * step + low, x);
         const mask is_upper = Isa::both(Isa::equal(upper * step + low, x), Isa::below(lower, top));
-        const vector inside = Isa::choose(is_lower, lower, Isa::choose(is_upper, upper, lower));
         const mask on_vertex = Isa::either(is_high, Isa::either(is_lower, is_upper));
-        return {Isa::choose(is_high, top, inside), Isa::choose(on_vertex, zero, t - lower)};
+        const vector index = lower + Isa::zero_unless(Isa::without(is_upper, is_lower), Isa::set(1.0));
+        return {Isa::choose(is_high, top, index), Isa::zero_where(on_vertex, t - lower)};
     }
 
     // The vector of points from p on.
@@ -100,18 +100,13 @@ struct tetrad_kernel {
         for (int d = 0; d < n; ++d) {
             const place where = locate(table, Isa::load(&places.input[d][p]));
             base = Isa::add_offsets(base, where.index, table.strides[d]);
-            vector moving = where.fraction;
-            vector moving_step = Isa::set_integer(table.strides[d]);
-            // The smaller of the two moves on to the right, as long as it is smaller than what stands there.
+            fraction[d] = where.fraction;
+            step[d] = Isa::set_integer(table.strides[d]);
             for (int k = d; k > 0; --k) {
-                const mask smaller = Isa::below(fraction[k - 1], moving);
-                fraction[k] = Isa::choose(smaller, fraction[k - 1], moving);
-                step[k] = Isa::choose(smaller, step[k - 1], moving_step);
-                moving = Isa::choose(smaller, moving, fraction[k - 1]);
-                moving_step = Isa::choose(smaller, moving_step, step[k - 1]);
+                const mask smaller = Isa::below(fraction[k - 1], fraction[k]);
+                Isa::exchange_where(smaller, fraction[k - 1], fraction[k]);
+                Isa::exchange_where(smaller, step[k - 1], step[k]);
             }
-            fraction[0] = moving;
-            step[0] = moving_step;
         }
         Isa::store_offsets(&places.base[p], base);
         Isa::store(&places.weight[0][p], Isa::set(1.0) - fraction[0]);
@@ -128,9 +123,7 @@ struct tetrad_kernel {
     template <int Count>
     [[gnu::always_inline]] static typename tetrad_channels<Count>::type load_channels(const double *from) noexcept
     {
-        typename tetrad_channels<Count>::type values;
-        __builtin_memcpy(&values, from, sizeof(values));
-        return values;
+        return *reinterpret_cast<const typename tetrad_channels<Count>::type *>(from);
     }
 
     template <int N, int Count, class Places>
@@ -208,13 +201,19 @@ struct tetrad_kernel {
         }
     }
 
+    static void evaluate_many(const tetrad_table &table, const tetrad_run &run) noexcept
+    {
+        constexpr tetrad_kernels::evaluate_fn known[] = {evaluate<5>, evaluate<6>, evaluate<7>, evaluate<8>};
+        (table.inputs <= 8 ? known[table.inputs - 5] : evaluate<0>)(table, run);
+    }
+
     static void install(tetrad_kernels &table) noexcept
     {
         table.evaluate_long[0] = evaluate<1>;
         table.evaluate_long[1] = evaluate<2>;
         table.evaluate_long[2] = evaluate<3>;
         table.evaluate_long[3] = evaluate<4>;
-        table.evaluate_long[4] = evaluate<0>;
+        table.evaluate_long[4] = evaluate_many;
     }
 };
 

@@ -76,8 +76,8 @@ TEST(MdTetradInterp, EvaluatesLinesOfAnyLayoutAsPointsOneByOne)
 {
     Generator random(71);
     for (int i = 0; i < 400; ++i) {
-        const int n = 1 + i % 6, m = 1 + i / 6 % 6, count = i % 9 == 0 ? i % 2 - 1 : i % 71;
-        const Table table(n, m, 2 + random.below(n < 4 ? 12 : 3), 3, i % 5 == 0 ? 1 : 100);
+        const int n = 1 + i % 9, m = 1 + i / 9 % 6, count = i % 7 == 0 ? i % 2 - 1 : i % 71;
+        const Table table(n, m, 2 + random.below(n < 4 ? 12 : n < 7 ? 3 : 1), 3, i % 5 == 0 ? 1 : 100);
         EXPECT_EQ(std::count(table.data, table.data + table.size, 0.0), m * std::lround(std::pow(table.r + 1, n)));
         table.fill(random);
         Samples in(n, 70, random.below(7) - 3), out(m, 70, i % 4 == 0 ? m : random.below(7) - 3, 99);
