@@ -54,4 +54,4 @@ teska_subsystem(
   interp_double)
 teska_subsystem(colour "Colour lookup tables and multidimensional interpolation" clut md_tetrab md_tetrad tfastpow)
 teska_subsystem(image "Image processing, line by line" flood)
-teska_subsystem(geometry "Geometry and gamut")
+teska_subsystem(geometry "Geometry and gamut" proj:proj+proj_tetra+proj_triangle tplane)

@@ -1,4 +1,8 @@
 /* teska_geometry.h - gathers the headers of one subsystem: geometry and gamut */
 #ifndef TESKA_GEOMETRY_H
 #define TESKA_GEOMETRY_H
+#include "proj.h"
+#ifdef __cplusplus
+#    include "tplane.h"
+#endif
 #endif

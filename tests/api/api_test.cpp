@@ -7,6 +7,7 @@
 #include <teska_colour.h>
 #include <teska_core.h>
 #include <teska_files.h>
+#include <teska_geometry.h>
 #include <teska_numerics.h>
 #include <wem.h>
 
@@ -138,6 +139,14 @@ TEST(Application, TakesPowersRandomNumbersAndConstants)
     const int &modulus = TRan3::MBIG;
     EXPECT_EQ(noise.Generate(), static_cast<float>(298227348 * TRan3::FAC));
     EXPECT_EQ(modulus, 1000000000);
+}
+
+TEST(Application, FindsTheColoursOfASection)
+{
+    const TPlane section(101, 101, TPlane::ConstLPlane, 50, -100, 100, -100, 100);
+    double lab[3];
+    section.GetLab(100, 0, lab, false);
+    EXPECT_TRUE(lab[0] == 50 && lab[1] == 100 && lab[2] == 100);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <teska_core.h>
 #include <teska_curves.h>
 #include <teska_files.h>
+#include <teska_geometry.h>
 #include <teska_image.h>
 #include <teska_numerics.h>
 #include <teska_text.h>
@@ -332,10 +333,21 @@ static const char *use_images(void)
     return NULL;
 }
 
+static const char *use_geometry(void)
+{
+    const double triangle[] = {0, 0, 0, 10, 0, 0, 0, 10, 0};
+    const double query[] = {2, 3, 5};
+    ProjResult r;
+    double dist = -1;
+    EXPECT(proj(triangle, 3, query, &r, &dist) == 0 && r.point[0] == 2 && r.weight[1] == 0.2 && dist == 5);
+    return NULL;
+}
+
 const char *use_every_module(void)
 {
-    const char *(*const uses[])(void) = {use_reports,  use_containers, use_texts,   use_files,   use_curves,
-                                         use_segments, use_colour,     use_numbers, use_solvers, use_images};
+    const char *(*const uses[])(void) = {use_reports, use_containers, use_texts,   use_files,
+                                         use_curves,  use_segments,   use_colour,  use_numbers,
+                                         use_solvers, use_images,     use_geometry};
     const char *failed = NULL;
     for (size_t i = 0; failed == NULL && i < sizeof uses / sizeof *uses; ++i)
         failed = uses[i]();
