@@ -18,10 +18,19 @@ struct clut_point {
     double (*clamp)(float);  // for every result; null: the clamp to 0 .. 1
 };
 
+// A float table of three inputs as the kernels see it.
+struct clut_grid {
+    const float *data;
+    const std::uint8_t *max_index;  // grid points less one, by input
+    const std::uint32_t *stride;    // elements from grid point to grid point, by input; four may be read
+    const std::uint32_t *corner;    // as for a point
+    std::size_t channels;
+    double (*clamp)(float);
+};
+
 struct clut_kernels {
-    // Along a path from corner 0 by two middle corners (offsets a, b) to corner 7, with one fraction for each edge. By
-    // value: a fraction stored alone and read back as part of a vector would wait for the store.
-    void (*tetra)(const clut_point &point, std::uint32_t a, std::uint32_t b, float q0, float q1, float q2);
+    // One point along the tetrahedron that holds it. out may overlap in.
+    void (*tetra)(const clut_grid &grid, const double *in, double *out);
     // Over the 2^n corners, by one fraction per input.
     void (*linear3)(const clut_point &point, const float *fraction);
     void (*linear4)(const clut_point &point, const float *fraction);
@@ -32,6 +41,8 @@ struct clut_kernels {
 };
 
 void install_scalar(clut_kernels &table) noexcept;
+void install_sse41(clut_kernels &table) noexcept;
+void install_avx2(clut_kernels &table) noexcept;
 
 }  // namespace teska
 

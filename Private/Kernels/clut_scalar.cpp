@@ -8,7 +8,8 @@
 // sum is rounded to float by itself. Channels are adjacent in memory and go in blocks of up to four side by side; the
 // sum of one channel is never split.
 
-#include "Kernels/kernels.h"
+#include "Kernels/clut_kernels.h"
+#include "Kernels/clut_place.h"
 
 namespace teska
 {
@@ -92,9 +93,27 @@ struct path_step {
     }
 };
 
-void tetra(const clut_point &point, std::uint32_t a, std::uint32_t b, float q0, float q1, float q2)
+// fz = fx counts as "z over x" only when z is not below y. A NaN takes some rule or other: every one gives NaN.
+const path_rule &choose_path(float fx, float fy, float fz)
 {
-    for_blocks(point.channels, path_step{point, a, b, q0, q1, q2});
+    const bool z_below_y = fz < fy;
+    const bool z_over_x = (z_below_y & (fz > fx)) | (!z_below_y & !(fz < fx));
+    return path_rules[4 * z_below_y + 2 * z_over_x + (fy < fx)];
+}
+
+void tetra(const clut_grid &grid, const double *in, double *out)
+{
+    const float *cell = grid.data;
+    float f[3];
+    for (std::size_t k = 0; k < 3; ++k) {
+        const location at = locate(grid.max_index[k], in[k]);
+        cell += static_cast<std::size_t>(at.index) * grid.stride[k];
+        f[k] = at.fraction;
+    }
+    const path_rule &rule = choose_path(f[0], f[1], f[2]);
+    const clut_point point{cell, grid.corner, grid.channels, out, grid.clamp};
+    for_blocks(grid.channels, path_step{point, grid.corner[rule.corner[0]], grid.corner[rule.corner[1]],
+                                        f[rule.input[0]], f[rule.input[1]], f[rule.input[2]]});
 }
 
 // Adds the terms of corners Corner .. Corners - 1 to the sum, written out one behind the other.

@@ -37,13 +37,23 @@ public:
         install_scalar(table.clut);
         install_scalar(table.tetrab);
         install_scalar(table.tetrad);
+        install_scalar(table.hull);
         install_scalar(table.mat);
+        if (level >= simd_level::sse41) {
+            install_sse41(table.clut);
+            install_sse41(table.tetrab);
+        }
         if (level >= simd_level::avx2) {
+            install_avx2(table.clut);
+            install_avx2(table.hull);
             install_avx2(table.mat);
+            install_avx2(table.tetrab, gathers());
             install_avx2(table.tetrad);
         }
         if (level >= simd_level::avx512) {
+            install_avx512(table.hull);
             install_avx512(table.mat);
+            install_avx512(table.tetrab);
             install_avx512(table.tetrad);
         }
     }

@@ -12,6 +12,7 @@
 
 #include "clut.h"
 
+#include "Kernels/clut_place.h"
 #include "Kernels/kernels.h"
 #include "Support/checked_size.h"
 
@@ -23,6 +24,8 @@
 #include <new>
 
 using teska::clut_point;
+using teska::locate;
+using teska::location;
 
 namespace
 {
@@ -34,55 +37,6 @@ double unit_clamp(float value)
     if (value < 0.0F)
         return 0.0;
     return static_cast<double>(value > 1.0F ? 1.0F : value);
-}
-
-// Where an input lies: the index of the lower grid point of its cell and the fraction behind it.
-struct location {
-    float scaled;
-    int index;
-    float fraction;
-};
-
-// Clamps first: 0 and 1 stay what they are, so inputs that are clamped already come to no harm, and the callers need no
-// clamped copy. A NaN takes index 0 and stays in the fraction.
-location locate(unsigned char max_index, double in)
-{
-    const double not_below = in < 0.0 ? 0.0 : in;
-    const double clamped = not_below > 1.0 ? 1.0 : not_below;
-    const auto x = static_cast<float>(static_cast<double>(max_index) * clamped);
-    const int i = static_cast<int>(x > 0.0F ? x : 0.0F);
-    // The top grid point is the far end of the last cell.
-    if (i == max_index)
-        return {x, i - 1, 1.0F};
-    return {x, i, x - static_cast<float>(i)};
-}
-
-// A path through the cell: its two corners between 0 and 7, and the inputs along its three edges.
-struct path_rule {
-    std::uint8_t corner[2];
-    std::uint8_t input[3];
-};
-
-// By the answers to fz < fy, "z over x" and fy < fx, the first one in the highest bit; a table, because on a noisy
-// image the branches would be guessed wrong half of the time.
-constexpr path_rule path_rules[8] = {
-    {{1, 5}, {0, 2, 1}},  // x, z, y
-    {{1, 5}, {0, 2, 1}},
-    // Kept: the middle corners of these two are exchanged against the order of the fractions.
-    {{4, 5}, {2, 0, 1}},
-    {{4, 6}, {2, 1, 0}},
-    {{2, 3}, {1, 0, 2}},  // y, x, z
-    {{1, 3}, {0, 1, 2}},  // x, y, z
-    {{2, 6}, {1, 2, 0}},  // y, z, x
-    {{2, 6}, {1, 2, 0}},
-};
-
-// fz = fx counts as "z over x" only when z is not below y. A NaN takes some rule or other: every one gives NaN.
-const path_rule &choose_path(float fx, float fy, float fz)
-{
-    const bool z_below_y = fz < fy;
-    const bool z_over_x = (z_below_y & (fz > fx)) | (!z_below_y & !(fz < fx));
-    return path_rules[4 * z_below_y + 2 * z_over_x + (fy < fx)];
 }
 
 // The lowest corner of the cell that holds a point; fraction[k] is that of input k.
@@ -231,11 +185,7 @@ void CLUT::Begin()
 
 void CLUT::Interp3dTetra(double *out, const double *in)
 {
-    float f[3];
-    const float *cell = find_cell<3>(data, maxIndex, dimSize, in, f);
-    const path_rule &rule = choose_path(f[0], f[1], f[2]);
-    teska::kernels().clut.tetra({cell, corner3, outputChannels, out, kernel_clamp(clampFn)}, corner3[rule.corner[0]],
-                                corner3[rule.corner[1]], f[rule.input[0]], f[rule.input[1]], f[rule.input[2]]);
+    teska::kernels().clut.tetra({data, maxIndex, dimSize, corner3, outputChannels, kernel_clamp(clampFn)}, in, out);
 }
 
 void CLUT::Interp3d(double *out, const double *in)

@@ -1,4 +1,5 @@
 #include "support/generator.h"
+#include "support/levels.h"
 #include "support/owned_clut.h"
 
 #include <gtest/gtest.h>
@@ -125,6 +126,32 @@ TEST(CLUTInterpolate, KeptLetsNaNThroughFromCornersOfWeightZero)
     Table three({2, 2, 2}, 1, by_corner({0.5F, spoil, 0.5F, 0.5F, 0.5F, 0.5F, 0.5F, 0.5F}));
     EXPECT_TRUE(std::isnan(three.at({0.5, 0.25, 0.125})[0]));
     EXPECT_EQ(three.at({0.25, 0.125, 0.5})[0], 0.5);
+}
+
+// Points anywhere, on grid points, with equal fractions, outside, with a NaN; written over their input.
+TEST(CLUTInterpolate, GivesTheSameBytesAtEveryLevel)
+{
+    Generator random(62);
+    for (int i = 0; i < 4000; ++i) {
+        const int m = 1 + i % 9, points = 2 + random.below(5);
+        Counts counts(3);
+        std::generate(counts.begin(), counts.end(), [&] { return i % 2 == 0 ? points : 2 + random.below(6); });
+        Floats values(static_cast<std::size_t>(counts[0] * counts[1] * counts[2] * m));
+        std::generate(values.begin(), values.end(), [&] { return static_cast<float>(random.between(-0.2, 1.2)); });
+        Table table(counts, m, values);
+        Doubles in(12), scalar;
+        std::generate_n(in.begin(), 3, [&] {
+            return random.below(40) == 0 ? NAN : i % 3 == 0 ? random.below(9) * 0.25 - 0.5 : random.between(-0.2, 1.2);
+        });
+        teska_test::at_every_level([&](teska::simd_level level) {
+            Doubles out = in;
+            table.Interpolate(out.data(), out.data());
+            if (level == teska::simd_level::scalar)
+                scalar = out;
+            for (std::size_t c = 0; c < out.size(); ++c)
+                ASSERT_TRUE(out[c] == scalar[c] || (std::isnan(out[c]) && std::isnan(scalar[c]))) << m << ' ' << c;
+        });
+    }
 }
 
 TEST(CLUTInterpolate, PutsEveryValueThroughTheObjectsClampFunction)
