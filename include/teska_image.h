@@ -2,4 +2,5 @@
 #ifndef TESKA_IMAGE_H
 #define TESKA_IMAGE_H
 #include "flood.h"
+#include "fusm.h"
 #endif

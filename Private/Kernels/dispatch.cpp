@@ -39,9 +39,11 @@ public:
         install_scalar(table.tetrad);
         install_scalar(table.hull);
         install_scalar(table.mat);
+        install_scalar(table.usm);
         if (level >= simd_level::sse41) {
             install_sse41(table.clut);
             install_sse41(table.tetrab);
+            install_sse41(table.usm);
         }
         if (level >= simd_level::avx2) {
             install_avx2(table.clut);
@@ -49,12 +51,14 @@ public:
             install_avx2(table.mat);
             install_avx2(table.tetrab, gathers());
             install_avx2(table.tetrad);
+            install_avx2(table.usm, gathers());
         }
         if (level >= simd_level::avx512) {
             install_avx512(table.hull);
             install_avx512(table.mat);
             install_avx512(table.tetrab);
             install_avx512(table.tetrad);
+            install_avx512(table.usm, gathers());
         }
     }
 

@@ -12,6 +12,7 @@
 #define TESKA_KERNELS_H
 
 #include "Kernels/clut_kernels.h"
+#include "Kernels/fusm_kernels.h"
 #include "Kernels/mat_kernels.h"
 #include "Kernels/md_tetrab_kernels.h"
 #include "Kernels/md_tetrad_kernels.h"
@@ -29,6 +30,7 @@ struct kernel_table {
     clut_kernels clut;
     tetrab_kernels tetrab;
     tetrad_kernels tetrad;
+    usm_kernels usm;
     mat_kernels mat;
 };
 

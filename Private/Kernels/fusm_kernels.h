@@ -1,0 +1,72 @@
+// fusm_kernels - sharpening of image lines: what the inner loops see, and their entries of the table
+
+#ifndef TESKA_FUSM_KERNELS_H
+#define TESKA_FUSM_KERNELS_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace teska
+{
+
+// A run of corrections that is one multiplication: min(table[d], largest sample) is min(d * multiplier >> shift, the
+// same) for every d up to `last`.
+struct usm_ramp {
+    bool fits;  // the rest means nothing otherwise
+    std::uint32_t multiplier;
+    int shift;
+};
+
+// How one component is corrected. Tables are followed by two readable bytes, so that a word may be read at any entry.
+struct usm_curve {
+    const std::uint16_t *table;   // corrections by min(|high-pass|, last)
+    const std::int16_t *factors;  // in 256ths, by min(sample, top); null: the high-pass counts as it is
+    std::int32_t last;            // not negative
+    std::int32_t top;             // results without a limit line end here, or at the largest sample
+
+    // The same for samples of 8 bits, where last and top are at most 255.
+    std::uint8_t bytes[256];            // min(table[min(d, last)], 255)
+    std::uint8_t factor_bytes[2][256];  // low and high byte of factors[min(sample, top)]
+    usm_ramp byte_ramp;                 // multiplier below 2^16, shift 9 .. 16
+    usm_ramp ramp;                      // for samples of 16 bits; shift 25 .. 32
+};
+
+// One component of a line on its way from the window to the output. Steps lead from pixel to pixel, in samples. The
+// output overlaps nothing that is read.
+template <class Sample>
+struct usm_line {
+    const Sample *rows[5];  // first pixels of the lines in the window, 3 or 5 of them, oldest first
+    std::ptrdiff_t row_step;
+    const Sample *samples;  // what is corrected: the line in the middle, perhaps before its conversion
+    std::ptrdiff_t step;
+    const Sample *limits;  // upper bounds of the results; null: top
+    std::ptrdiff_t limit_step;
+    Sample *out;
+    std::ptrdiff_t out_step;
+    std::ptrdiff_t width;
+    std::int32_t *high_pass;  // scratch, width values
+};
+
+using usm_bytes = usm_line<std::uint8_t>;
+using usm_words = usm_line<std::uint16_t>;
+
+struct usm_kernels {
+    // By radius 0, 1, 2.
+    void (*bytes[3])(const usm_curve &curve, const usm_bytes &line) noexcept;
+    void (*words[3])(const usm_curve &curve, const usm_words &line) noexcept;
+};
+
+void install_scalar(usm_kernels &table) noexcept;
+void install_sse41(usm_kernels &table) noexcept;
+void install_avx2(usm_kernels &table, bool gathers) noexcept;
+void install_avx512(usm_kernels &table, bool gathers) noexcept;
+
+// The definition for the pixels first .. end - 1 of a line.
+void usm_pixels(int radius, const usm_curve &curve, const usm_bytes &line, std::ptrdiff_t first,
+                std::ptrdiff_t end) noexcept;
+void usm_pixels(int radius, const usm_curve &curve, const usm_words &line, std::ptrdiff_t first,
+                std::ptrdiff_t end) noexcept;
+
+}  // namespace teska
+
+#endif

@@ -1,0 +1,304 @@
+// fusm_vector - sharpening of image lines, many samples at a time
+//
+// Vectors stand across samples; what is between them is that of the definition. Samples are taken as they lie in
+// memory: with a step of 3 those of the other components are sharpened too, and left out when the results are handed
+// on. Only the columns at both ends, and what is less than a vector, are left to the definition.
+//
+//   High-pass  Two neighbours of each sample are brought side by side and multiplied by their weights together. Bytes
+//              give sums of 16 bits. Words are moved down by 32768 to become signed, which sums of weight zero undo.
+//   Levels     factor * h >> 8 is factor * (h >> 8) + (factor * (h & 255) >> 8): 32 bits suffice for words, and bytes
+//              need them only up to the shift.
+//   Ramp       One multiplication in place of the table, where the table allows it.
+//   Bytes      Magnitudes above 255 count as 255, no table being longer, and corrections stop at 255: both are bytes,
+//              and adding and subtracting cuts the results.
+//
+// Halves of vectors are widened and narrowed again in the same order, whatever it is.
+
+#ifndef TESKA_FUSM_VECTOR_H
+#define TESKA_FUSM_VECTOR_H
+
+#include "Kernels/fusm_window.h"
+#include "Kernels/kernels.h"
+
+namespace teska
+{
+
+namespace
+{
+
+// A stretch of adjacent samples of all components, those of interest `distance` apart.
+template <class Sample>
+struct usm_stretch {
+    const Sample *rows[5];
+    const Sample *samples;
+    const Sample *limits;  // null: top
+    Sample *out;
+    std::ptrdiff_t distance;  // from a sample to its neighbour in the row
+    std::ptrdiff_t count;     // at least a vector
+};
+
+// The pointers from which the taps of a window are read.
+template <int Radius, class Sample>
+struct usm_neighbours {
+    const Sample *at[usm_window<Radius>::count + 1];
+
+    explicit usm_neighbours(const usm_stretch<Sample> &s) noexcept
+    {
+        for (int t = 0; t < usm_window<Radius>::count; ++t) {
+            const usm_tap &tap = usm_window<Radius>::taps[t];
+            at[t] = s.rows[usm_reach(Radius) + tap.row] + tap.column * s.distance;
+        }
+        at[usm_window<Radius>::count] = at[0];
+    }
+
+    // The last tap of a window stands beside one of weight 0.
+    static constexpr int weight(int t) noexcept
+    {
+        return t < usm_window<Radius>::count ? usm_window<Radius>::taps[t].weight : 0;
+    }
+};
+
+template <class Isa, int Radius>
+class usm_byte_kernel
+{
+    using vector = typename Isa::vector;
+    using stretch = usm_stretch<std::uint8_t>;
+
+public:
+    static constexpr int lanes = static_cast<int>(sizeof(vector));
+
+    explicit usm_byte_kernel(const usm_curve &curve) noexcept
+        : levels_(curve.factors != nullptr), ramp_(curve.byte_ramp.fits), shift_(16 - curve.byte_ramp.shift),
+          multiplier_(Isa::set16(static_cast<int>(curve.byte_ramp.multiplier))), last_(Isa::set16(curve.last)),
+          top_(Isa::set8(curve.top)), corrections_(curve.bytes, !ramp_), low_(curve.factor_bytes[0], levels_),
+          high_(curve.factor_bytes[1], levels_)
+    {
+    }
+
+    static bool serves(const usm_curve &curve) noexcept { return curve.last <= 255 && curve.top <= 255; }
+
+    void sharpen(const stretch &s) const noexcept
+    {
+        const usm_neighbours<Radius, std::uint8_t> from(s);
+        std::ptrdiff_t i = 0;
+        for (; i + lanes <= s.count; i += lanes)
+            sharpen_vector(s, from, i);
+        if (i < s.count)
+            sharpen_vector(s, from, s.count - lanes);
+    }
+
+private:
+    void sharpen_vector(const stretch &s, const usm_neighbours<Radius, std::uint8_t> &from,
+                        std::ptrdiff_t i) const noexcept
+    {
+        const vector samples = Isa::load(s.samples + i);
+        vector h[2] = {Isa::set16(0), Isa::set16(0)};
+#pragma GCC unroll 16
+        for (int t = 0; t < usm_window<Radius>::count; t += 2) {
+            const vector a = Isa::load(from.at[t] + i);
+            const vector b = Isa::load(from.at[t + 1] + i);
+            const vector weights = Isa::set16((from.weight(t) & 255) | from.weight(t + 1) * 256);
+            h[0] = Isa::add16(h[0], Isa::multiply_pairs8(Isa::low8(a, b), weights));
+            h[1] = Isa::add16(h[1], Isa::multiply_pairs8(Isa::high8(a, b), weights));
+        }
+        if (levels_)
+            reduce(samples, h);
+        const vector sign = Isa::narrow_signed16(h[0], h[1]);
+        for (vector &half : h)
+            half = Isa::min16(Isa::abs16(half), last_);
+        vector correction;
+        if (ramp_) {
+            for (vector &half : h)
+                half = Isa::multiply_high16(Isa::shift_left16(half, shift_), multiplier_);
+            correction = Isa::narrow16(h[0], h[1]);
+        } else
+            correction = corrections_.look_up(Isa::narrow16(h[0], h[1]));
+        const vector result =
+            Isa::choose(sign, Isa::subtract_cut8(samples, correction), Isa::add_cut8(samples, correction));
+        Isa::store(s.out + i, Isa::min8(result, s.limits != nullptr ? Isa::load(s.limits + i) : top_));
+    }
+
+    void reduce(vector samples, vector (&h)[2]) const noexcept
+    {
+        const vector low = low_.look_up(samples);
+        const vector high = high_.look_up(samples);
+        const vector factors[2] = {Isa::low8(low, high), Isa::high8(low, high)};
+        for (int half = 0; half < 2; ++half) {
+            const vector product_low = Isa::multiply_low16(factors[half], h[half]);
+            const vector product_high = Isa::multiply_high_signed16(factors[half], h[half]);
+            h[half] = Isa::narrow_signed32(Isa::template shift_right32<8>(Isa::low16(product_low, product_high)),
+                                           Isa::template shift_right32<8>(Isa::high16(product_low, product_high)));
+        }
+    }
+
+    bool levels_;
+    bool ramp_;
+    int shift_;
+    vector multiplier_;
+    vector last_;
+    vector top_;
+    typename Isa::byte_table corrections_;
+    typename Isa::byte_table low_;
+    typename Isa::byte_table high_;
+};
+
+template <class Isa, int Radius>
+class usm_word_kernel
+{
+    using vector = typename Isa::vector;
+    using stretch = usm_stretch<std::uint16_t>;
+
+public:
+    static constexpr int lanes = static_cast<int>(sizeof(vector) / 2);
+
+    explicit usm_word_kernel(const usm_curve &curve) noexcept
+        : curve_(curve), shift_(curve.ramp.shift), multiplier_(Isa::set32(static_cast<int>(curve.ramp.multiplier))),
+          last_(Isa::set32(curve.last)), top_(Isa::set16(curve.top < 65535 ? curve.top : 65535))
+    {
+    }
+
+    static bool serves(const usm_curve &) noexcept { return true; }
+
+    void sharpen(const stretch &s) const noexcept
+    {
+        const usm_neighbours<Radius, std::uint16_t> from(s);
+        std::ptrdiff_t i = 0;
+        for (; i + lanes <= s.count; i += lanes)
+            sharpen_vector(s, from, i);
+        if (i < s.count)
+            sharpen_vector(s, from, s.count - lanes);
+    }
+
+private:
+    void sharpen_vector(const stretch &s, const usm_neighbours<Radius, std::uint16_t> &from,
+                        std::ptrdiff_t i) const noexcept
+    {
+        const vector offset = Isa::set16(0x8000);
+        const vector samples = Isa::load(s.samples + i);
+        vector h[2] = {Isa::set32(0), Isa::set32(0)};
+#pragma GCC unroll 16
+        for (int t = 0; t < usm_window<Radius>::count; t += 2) {
+            const vector a = Isa::exclusive_or(Isa::load(from.at[t] + i), offset);
+            const vector b = Isa::exclusive_or(Isa::load(from.at[t + 1] + i), offset);
+            const vector weights = Isa::set32((from.weight(t) & 65535) | from.weight(t + 1) * 65536);
+            h[0] = Isa::add32(h[0], Isa::multiply_pairs16(Isa::low16(a, b), weights));
+            h[1] = Isa::add32(h[1], Isa::multiply_pairs16(Isa::high16(a, b), weights));
+        }
+        const vector wide[2] = {Isa::low16(samples, Isa::set32(0)), Isa::high16(samples, Isa::set32(0))};
+        for (int half = 0; half < 2; ++half) {
+            if (curve_.factors != nullptr)
+                h[half] = reduce(wide[half], h[half]);
+            const vector sign = Isa::template shift_right32<31>(h[half]);
+            const vector size = Isa::min32(Isa::abs32(h[half]), last_);
+            const vector correction =
+                curve_.ramp.fits ? Isa::multiply_wide32(size, multiplier_, shift_) : Isa::look_up16(curve_.table, size);
+            h[half] = Isa::add32(wide[half], Isa::subtract32(Isa::exclusive_or(correction, sign), sign));
+        }
+        const vector result = Isa::narrow32(h[0], h[1]);
+        Isa::store(s.out + i, Isa::min16(result, s.limits != nullptr ? Isa::load(s.limits + i) : top_));
+    }
+
+    vector reduce(vector samples, vector h) const noexcept
+    {
+        const vector entry = Isa::min32(samples, Isa::set32(curve_.top));
+        const vector bits = Isa::look_up16(curve_.factors, entry);
+        const vector factors = Isa::template shift_right32<16>(Isa::template shift_left32<16>(bits));
+        const vector rest = Isa::multiply_low32(factors, Isa::both(h, Isa::set32(255)));
+        return Isa::add32(Isa::multiply_low32(factors, Isa::template shift_right32<8>(h)),
+                          Isa::template shift_right32<8>(rest));
+    }
+
+    const usm_curve &curve_;
+    int shift_;
+    vector multiplier_;
+    vector last_;
+    vector top_;
+};
+
+constexpr std::ptrdiff_t usm_stage = 1024;  // samples of a piece, those between the ones of interest counted
+constexpr std::ptrdiff_t usm_widest_step = 10;
+
+// Every step-th sample of a line to every distance-th place.
+template <class Sample>
+void usm_move(const Sample *from, std::ptrdiff_t step, Sample *to, std::ptrdiff_t distance,
+              std::ptrdiff_t count) noexcept
+{
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+        to[i * distance] = from[i * step];
+}
+
+// The pixels first .. end - 1, which the window reaches, in pieces: results go through a buffer, and so does what does
+// not lie as the rows do. Returns the first pixel not done: the last piece may be less than a vector.
+template <class Kernel, class Sample>
+std::ptrdiff_t usm_pieces(const Kernel &kernel, const usm_line<Sample> &line, std::ptrdiff_t first,
+                          std::ptrdiff_t end) noexcept
+{
+    Sample samples[usm_stage] = {};
+    Sample limits[usm_stage] = {};
+    Sample results[usm_stage];
+    const std::ptrdiff_t distance = line.row_step;
+    const std::ptrdiff_t pixels = (usm_stage - 1) / distance + 1;
+    usm_stretch<Sample> piece{{}, samples, line.limits != nullptr ? limits : nullptr, results, distance, 0};
+    while (first < end) {
+        const std::ptrdiff_t count = end - first < pixels ? end - first : pixels;
+        piece.count = (count - 1) * distance + 1;
+        if (piece.count < Kernel::lanes)
+            break;
+        for (int row = 0; row < 5; ++row)
+            piece.rows[row] = line.rows[row] + first * distance;
+        if (line.step == distance)
+            piece.samples = line.samples + first * distance;
+        else
+            usm_move(line.samples + first * line.step, line.step, samples, distance, count);
+        if (line.limits != nullptr)
+            usm_move(line.limits + first * line.limit_step, line.limit_step, limits, distance, count);
+        kernel.sharpen(piece);
+        usm_move(static_cast<const Sample *>(results), distance, line.out + first * line.out_step, line.out_step,
+                 count);
+        first += count;
+    }
+    return first;
+}
+
+template <class Kernel, class Sample, int Radius>
+void usm_sharpen(const usm_curve &curve, const usm_line<Sample> &line) noexcept
+{
+    constexpr int reach = usm_reach(Radius);
+    const std::ptrdiff_t inner = line.width - 2 * reach;
+    if (!Kernel::serves(curve) || line.row_step < 1 || line.row_step > usm_widest_step ||
+        (inner - 1) * line.row_step + 1 < Kernel::lanes) {
+        usm_pixels(Radius, curve, line, 0, line.width);
+        return;
+    }
+    const Kernel kernel(curve);
+    std::ptrdiff_t done = reach + inner;
+    if (line.row_step == 1 && line.step == 1 && line.out_step == 1 &&
+        (line.limits == nullptr || line.limit_step == 1)) {
+        usm_stretch<Sample> whole{{}, line.samples + reach, nullptr, line.out + reach, 1, inner};
+        for (int row = 0; row < 5; ++row)
+            whole.rows[row] = line.rows[row] + reach;
+        if (line.limits != nullptr)
+            whole.limits = line.limits + reach;
+        kernel.sharpen(whole);
+    } else
+        done = usm_pieces(kernel, line, reach, reach + inner);
+    usm_pixels(Radius, curve, line, 0, reach);
+    usm_pixels(Radius, curve, line, done, line.width);
+}
+
+template <class ForBytes, class ForWords>
+void usm_install(usm_kernels &table) noexcept
+{
+    table = {{usm_sharpen<usm_byte_kernel<ForBytes, 0>, std::uint8_t, 0>,
+              usm_sharpen<usm_byte_kernel<ForBytes, 1>, std::uint8_t, 1>,
+              usm_sharpen<usm_byte_kernel<ForBytes, 2>, std::uint8_t, 2>},
+             {usm_sharpen<usm_word_kernel<ForWords, 0>, std::uint16_t, 0>,
+              usm_sharpen<usm_word_kernel<ForWords, 1>, std::uint16_t, 1>,
+              usm_sharpen<usm_word_kernel<ForWords, 2>, std::uint16_t, 2>}};
+}
+
+}  // namespace
+
+}  // namespace teska
+
+#endif

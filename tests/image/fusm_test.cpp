@@ -1,0 +1,273 @@
+#include "fusm.h"
+
+#include "interp_double.h"
+#include "support/generator.h"
+#include "support/levels.h"
+#include "support/reports.h"
+#include "support/samples.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <vector>
+
+using teska_test::Generator;
+using teska_test::lines;
+using teska_test::Reports;
+using teska_test::Samples;
+
+namespace
+{
+
+using Values = std::vector<double>;
+using Filter = std::unique_ptr<fusm, int (*)(fusm *)>;
+
+// An image, how it is fed and how it is to be sharpened.
+struct Job {
+    int radius = 1, top = 255, K = 1, C = 1;
+    std::vector<int> list = {0};
+    Values strengths = {1}, noise = {0}, levels = {}, factors = {};
+    int height = 9, width = 9, in_step = 1, out_step = 1, limit_step = 1;
+    bool limited = false, converted = false;
+};
+
+int feed(fusm *f, unsigned char **in, unsigned char **out, unsigned char *limits)
+{
+    return fusm_b_do(f, in, out, limits);
+}
+int feed(fusm *f, unsigned short **in, unsigned short **out, unsigned short *limits)
+{
+    return fusm_do(f, in, out, limits);
+}
+
+// The job done twice: by the library, and in floating point as the rule says, pixel by pixel.
+template <class T>
+class Run
+{
+public:
+    Run(const Job &job, Generator &random)
+        : j(job), out(j.K, j.width * j.height, j.out_step, T{77}), expected(out.buffer), limits(lines_of_image())
+    {
+        const int peak = random.below(3) == 0 ? j.top / 8 : j.top + j.top / 20;  // gentle, or above V
+        for (int y = 0; y < j.height; ++y) {
+            in.emplace_back(j.K, std::max(j.width, 1), j.in_step);
+            for (T &sample : in.back().buffer)
+                sample = random.below(9) == 0 ? static_cast<T>(-1) : static_cast<T>(random.unit() * (peak + 1));
+            limits[static_cast<std::size_t>(y)].resize(static_cast<std::size_t>(j.width * std::abs(j.limit_step) + 1));
+            for (T &limit : limits[static_cast<std::size_t>(y)])
+                limit = static_cast<T>(random.unit() * (j.top + 1));
+        }
+    }
+
+    // Feeds the image and compares. The callbacks move every output pointer on to its next line.
+    void compare(fusm *f)
+    {
+        current = this;
+        ASSERT_EQ(fusm_start(f, j.height, j.width, done, j.in_step, j.limit_step, j.out_step), 1);
+        const int reach = j.radius == 0 ? 1 : 2;
+        holders = out.at;
+        for (int y = 0; y < j.height; ++y) {
+            EXPECT_EQ(feed(f, in[static_cast<std::size_t>(y)].at.data(), holders.data(), limit_line(y)), 1);
+            const int handed = y + 1 == j.height ? y + 1 : y < 2 * reach ? std::min(y + 1, reach) : y + 1 - reach;
+            ASSERT_EQ(calls.size(), static_cast<std::size_t>(handed * j.K)) << "after line " << y;
+        }
+        feed(f, in[0].at.data(), nullptr, nullptr);
+        model(reach);
+        for (std::size_t i = 0; i < calls.size(); ++i)
+            ASSERT_EQ(calls[i], static_cast<int>(i) % j.K);
+        EXPECT_TRUE(out.buffer == expected);
+    }
+
+    static void convert(void **from, int in_step, void **to, int out_step, int width)
+    {
+        EXPECT_EQ(out_step, 1);
+        for (int c = 0; c < current->j.C; ++c)
+            for (int x = 0; x < width; ++x)
+                static_cast<T *>(to[c])[x] = converted(static_cast<T *>(from[c % current->j.K])[x * in_step], c);
+    }
+
+private:
+    std::vector<std::vector<T>> lines_of_image() const
+    {
+        return std::vector<std::vector<T>>(static_cast<std::size_t>(j.height));
+    }
+
+    T *limit_line(int y)
+    {
+        std::vector<T> &line = limits[static_cast<std::size_t>(y)];
+        return !j.limited || y % 3 == 0 ? nullptr : line.data() + (j.limit_step < 0 ? line.size() - 1 : 0);
+    }
+
+    static void done(int k)
+    {
+        current->calls.push_back(k);
+        current->holders[static_cast<std::size_t>(k)] += current->j.width * current->j.out_step;
+    }
+
+    static T converted(T sample, int c) { return static_cast<T>(sample * 3 + c * 50); }
+
+    double sample(int x, int y, int k) const
+    {
+        return in[static_cast<std::size_t>(y)].at[static_cast<std::size_t>(k)][x * j.in_step];
+    }
+
+    double high_pass(int x, int y, int k) const
+    {
+        static constexpr int weights[3][3][3] = {{{4, -1, 0}, {-1, 0, 0}, {0, 0, 0}},
+                                                 {{12, -2, -1}, {-2, 0, 0}, {-1, 0, 0}},
+                                                 {{8, 2, -2}, {2, 0, -1}, {-2, -1, 0}}};
+        const int reach = j.radius == 0 ? 1 : 2, c = j.list[static_cast<std::size_t>(k)];
+        if (x < reach || x >= j.width - reach)
+            return 0;
+        double sum = 0;
+        for (int dy = -reach; dy <= reach; ++dy)
+            for (int dx = -reach; dx <= reach; ++dx) {
+                const double plain = sample(x + dx, y + dy, j.converted ? c % j.K : k);
+                sum += weights[j.radius][std::abs(dy)][std::abs(dx)] *
+                       (j.converted ? converted(static_cast<T>(plain), c) : plain);
+            }
+        return sum;
+    }
+
+    double correction(double d, int k) const
+    {
+        const auto at = static_cast<std::size_t>(k);
+        const double g = j.radius == 0 ? j.strengths[at] : j.radius == 1 ? j.strengths[at] / 3 : j.strengths[at] * 0.25;
+        const double threshold = std::trunc(j.top * j.noise[at]), half = std::trunc(threshold / 2);
+        if (d < half || (half == 0 && d < threshold))
+            return 0;
+        const double ramp = d < threshold ? d * g * (d - half) / half : d * g;
+        return ramp > 0 ? std::floor(ramp) : 0;
+    }
+
+    double reduced(double h, double s, const lin_interp_double *curve) const
+    {
+        if (curve == nullptr)
+            return h;
+        double factor = 0;
+        lin_interp_double_inter(curve, j.top > 0 ? std::min<double>(s, j.top) / j.top : 0, &factor);
+        return std::floor(std::clamp(std::floor(256 * factor), -32768.0, 32767.0) * h / 256);
+    }
+
+    void model(int reach)
+    {
+        for (int k = 0; k < j.K; ++k) {
+            const auto at = static_cast<std::size_t>(k), stride = static_cast<std::size_t>(j.K);
+            const std::unique_ptr<lin_interp_double, int (*)(lin_interp_double *)> curve(
+                j.levels.empty() ? nullptr : lin_interp_double_new(9, nullptr), lin_interp_double_kill);
+            for (std::size_t p = at; p < j.levels.size(); p += stride)
+                lin_interp_double_insert(curve.get(), j.levels[p], j.factors[p]);
+            for (int y = 0; y < j.height; ++y)
+                for (int x = 0; x < j.width; ++x) {
+                    double s = sample(x, y, k);
+                    if (y >= reach && y < j.height - reach) {
+                        const double h = reduced(high_pass(x, y, k), s, curve.get());
+                        const double change = correction(std::min<double>(std::abs(h), j.top), k);
+                        const T *limit = limit_line(y);
+                        s = std::max(h < 0 ? s - change : s + change, 0.0);
+                        s = std::min(s, limit != nullptr ? limit[x * j.limit_step] : double(j.top));
+                        s = std::min<double>(s, std::numeric_limits<T>::max());
+                    }
+                    expected.data()[out.at[at] - out.buffer.data() + (y * j.width + x) * j.out_step] =
+                        static_cast<T>(s);
+                }
+        }
+    }
+
+    static inline Run *current;
+    const Job j;
+    std::vector<Samples<T>> in;
+    Samples<T> out;
+    std::vector<T> expected;
+    std::vector<std::vector<T>> limits;
+    std::vector<T *> holders;
+    std::vector<int> calls;
+};
+
+template <class T>
+Filter filter_of(const Job &j)
+{
+    Filter f(fusm_new(j.radius, j.top, j.K, j.C, j.list.data(), j.converted ? Run<T>::convert : nullptr), fusm_kill);
+    fusm_stren_set(f.get(), j.strengths.data());
+    fusm_noise_red_set(f.get(), j.noise.data());
+    const int points = static_cast<int>(j.levels.size()) / j.K;
+    EXPECT_EQ(fusm_level_red_set(f.get(), points, j.levels.data(), j.factors.data()), 1);
+    return f;
+}
+
+template <class T>
+void expect_as_modelled(const Job &job, Generator &random)
+{
+    SCOPED_TRACE(testing::Message() << "radius " << job.radius << ", V " << job.top << ", " << job.K << " of " << job.C
+                                    << ", " << job.width << " x " << job.height << ", steps " << job.in_step << " and "
+                                    << job.out_step);
+    Run<T>(job, random).compare(filter_of<T>(job).get());
+}
+
+Job random_job(Generator &random, int largest, int lanes)
+{
+    const auto one_of = [&](const auto &values) { return values[random.below(static_cast<int>(std::size(values)))]; };
+    Job j;
+    j.radius = random.below(3);
+    const int tops[] = {largest, largest, largest, largest / 2, 255, 100, 1, 0, largest + 40};
+    j.top = one_of(tops);
+    j.K = 1 + random.below(4);
+    j.C = j.K + random.below(3);
+    j.converted = random.below(4) == 0;
+    j.list.clear();
+    j.strengths.clear();
+    j.noise.clear();
+    const double strengths[] = {1, 0.3, 3, 2.7, 1.5, -1, 0, 40, 700}, noises[] = {0, 0, 0, 0.004, 0.02, 0.3, 1, -0.5};
+    for (int k = 0; k < j.K; ++k) {
+        j.list.push_back(random.below(j.C));
+        j.strengths.push_back(one_of(strengths));
+        j.noise.push_back(one_of(noises));
+    }
+    const int points = random.below(3) == 0 ? 2 + random.below(3) : 0;
+    const double factors[] = {1, 0.5, 0, -0.7, 3, 200};
+    for (int p = 0; p < points * j.K; ++p) {
+        j.levels.push_back((p / j.K + random.unit() / 2) / points);
+        j.factors.push_back(one_of(factors));
+    }
+    j.height = 1 + random.below(8);
+    j.width = random.below(2 * lanes + 6);
+    const int steps[] = {1, 1, 1, j.K, j.K, 2, 5, -1, -3, 0, 11};
+    j.in_step = one_of(steps);
+    j.out_step = random.below(2) == 0 ? j.in_step : one_of(steps);
+    j.limit_step = random.below(2) == 0 ? 1 : one_of(steps);
+    j.limited = random.below(3) == 0;
+    return j;
+}
+
+}  // namespace
+
+TEST(FusmDo, SharpensAsTheRuleInFloatingPointAtEveryLevel)
+{
+    teska_test::at_every_level([](teska::simd_level) {
+        for (const auto use : {teska::gather_use::never, teska::gather_use::always}) {
+            const teska::gather_use before = teska::gather_limit(use);
+            Generator random(72);
+            for (int i = 0; i < 250 && !testing::Test::HasFailure(); ++i) {
+                expect_as_modelled<unsigned char>(random_job(random, 255, 64), random);
+                expect_as_modelled<unsigned short>(random_job(random, i % 8 == 0 ? 65535 : 1023, 32), random);
+            }
+            // Wide enough for several pieces.
+            expect_as_modelled<unsigned char>({.K = 3,
+                                               .C = 3,
+                                               .list = {0, 1, 2},
+                                               .strengths = {1, 2, 3},
+                                               .noise = {0, 0.1, 0},
+                                               .height = 6,
+                                               .width = 1500,
+                                               .in_step = 3,
+                                               .out_step = 2,
+                                               .limited = true},
+                                              random);
+            teska::gather_limit(before);
+        }
+    });
+}
