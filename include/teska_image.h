@@ -3,4 +3,5 @@
 #define TESKA_IMAGE_H
 #include "flood.h"
 #include "fusm.h"
+#include "ibilin.h"
 #endif

@@ -40,13 +40,16 @@ public:
         install_scalar(table.hull);
         install_scalar(table.mat);
         install_scalar(table.usm);
+        install_scalar(table.bilin);
         if (level >= simd_level::sse41) {
             install_sse41(table.clut);
+            install_sse41(table.bilin);
             install_sse41(table.tetrab);
             install_sse41(table.usm);
         }
         if (level >= simd_level::avx2) {
             install_avx2(table.clut);
+            install_avx2(table.bilin);
             install_avx2(table.hull);
             install_avx2(table.mat);
             install_avx2(table.tetrab, gathers());
@@ -56,6 +59,7 @@ public:
         if (level >= simd_level::avx512) {
             install_avx512(table.hull);
             install_avx512(table.mat);
+            install_avx512(table.bilin);
             install_avx512(table.tetrab);
             install_avx512(table.tetrad);
             install_avx512(table.usm, gathers());

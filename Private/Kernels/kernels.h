@@ -12,6 +12,7 @@
 #define TESKA_KERNELS_H
 
 #include "Kernels/clut_kernels.h"
+#include "Kernels/ibilin_kernels.h"
 #include "Kernels/fusm_kernels.h"
 #include "Kernels/mat_kernels.h"
 #include "Kernels/md_tetrab_kernels.h"
@@ -32,6 +33,7 @@ struct kernel_table {
     tetrad_kernels tetrad;
     usm_kernels usm;
     mat_kernels mat;
+    bilin_kernels bilin;
 };
 
 // The table in force; filled at the first call, which may come from any thread.

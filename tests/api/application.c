@@ -49,6 +49,10 @@ static int in_stripe(void *end, int x, int y) { return y == 0 && x >= 0 && x < *
 
 static void cut_stripe(void *end, int first, int last, int y) { *(int *)end = first + 0 * last * y; }
 
+static unsigned char mixed[4];
+
+static void take_row(int component) { mixed[3] = (unsigned char)(mixed[2] + component); }
+
 static const char *use_reports(void)
 {
     const int before = error_set(2);
@@ -330,6 +334,13 @@ static const char *use_images(void)
     flood *bucket = flood_new(in_stripe, cut_stripe);
     EXPECT(flood_do(bucket, &end, 3, 0) == 1 && end == 0);
     EXPECT(flood_kill(bucket) == 0);
+
+    const unsigned char upper[] = {10, 20}, lower[] = {30, 40};
+    unsigned char *row = mixed;
+    ibilin *half = ibilin_new(0);
+    EXPECT(ibilin_start(half, 1, 2, 2, 1, 4, take_row, 1, 1) == 1);
+    EXPECT(ibilin_mono_b(half, upper, &row) == 1 && ibilin_mono_b(half, lower, &row) == 1);
+    EXPECT(mixed[0] == 10 && mixed[1] == 15 && mixed[3] == 20 && ibilin_kill(half) == 0);
     return NULL;
 }
 

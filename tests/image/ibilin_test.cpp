@@ -1,0 +1,263 @@
+#include "ibilin.h"
+
+#include "support/generator.h"
+#include "support/levels.h"
+#include "support/reports.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <vector>
+
+using teska_test::Generator;
+using teska_test::lines;
+using teska_test::Reports;
+
+namespace
+{
+
+std::function<void(int)> on_line;
+
+struct Shape {
+    int n, source_lines, source_width, lines, width, in_step = 1, out_step = 1;
+};
+
+int start(ibilin *record, const Shape &s)
+{
+    return ibilin_start(
+        record, s.n, s.source_lines, s.source_width, s.lines, s.width, [](int c) { on_line(c); }, s.in_step,
+        s.out_step);
+}
+
+int call(ibilin *r, int count, unsigned char *const *in, unsigned char **out)
+{
+    return count == 1   ? ibilin_mono_b(r, in[0], out)
+           : count == 3 ? ibilin_rgb_b(r, in[0], in[1], in[2], out, out + 1, out + 2)
+                        : ibilin_cmyk_b(r, in[0], in[1], in[2], in[3], out, out + 1, out + 2, out + 3);
+}
+
+int call(ibilin *r, int count, unsigned short *const *in, unsigned short **out)
+{
+    return count == 1   ? ibilin_mono(r, in[0], out)
+           : count == 3 ? ibilin_rgb(r, in[0], in[1], in[2], out, out + 1, out + 2)
+                        : ibilin_cmyk(r, in[0], in[1], in[2], in[3], out, out + 1, out + 2, out + 3);
+}
+
+// The rule in floating point, one component and one sample at a time.
+template <class T>
+class Model
+{
+public:
+    explicit Model(const Shape &s) : s_(s) {}
+
+    struct Line {
+        int component;
+        T *out;
+        std::vector<double> samples;
+    };
+    std::deque<Line> due;  // what the feeding so far hands out
+
+    void feed(int c, const T *in, T *out)
+    {
+        Component &own = at_[c];
+        const Place row = place(delivered_, s_.source_lines, s_.lines);
+        if (delivered_ < s_.lines && (own.fed == row.first || own.fed == row.second)) {
+            std::vector<double> line;
+            for (int x = 0; x < s_.width; ++x) {
+                const Place p = place(x, s_.source_width, s_.width);
+                line.push_back(blend(in[p.first * s_.in_step], in[p.second * s_.in_step], p.weight));
+            }
+            own.previous = own.current.empty() ? line : own.current;
+            own.current = line;
+            own.out = out;
+        }
+        while (c == s_.n - 1 && delivered_ < s_.lines && own.fed >= place(delivered_, s_.source_lines, s_.lines).second)
+            hand_out(place(delivered_++, s_.source_lines, s_.lines).weight);
+        ++own.fed;
+    }
+
+private:
+    struct Place {
+        int first, second;
+        double weight;
+    };
+    struct Component {
+        int fed = 0;
+        T *out = nullptr;
+        std::vector<double> previous, current;
+    };
+
+    static Place place(int i, int source, int destination)
+    {
+        const double f = static_cast<double>(i) * source / destination;
+        const int first = static_cast<int>(f);
+        return {first, std::min(first + 1, source - 1), std::floor((f - first) * 65536)};
+    }
+    static double blend(double a, double b, double w) { return std::floor((a * (65536 - w) + b * w) / 65536); }
+
+    void hand_out(double weight)
+    {
+        for (int c = 0; c < s_.n; ++c) {
+            const Component &own = at_[c];
+            due.push_back({c, own.out, {}});
+            for (std::size_t x = 0; x < own.current.size(); ++x)
+                due.back().samples.push_back(blend(own.previous[x], own.current[x], weight));
+        }
+    }
+
+    Shape s_;
+    Component at_[4];
+    int delivered_ = 0;
+};
+
+// Where the components of a line stand: one buffer if they are interleaved, as short as it can be.
+template <class T>
+struct Line {
+    Line(int n, int width, int step)
+    {
+        const bool together = n > 1 && step == n;
+        const int length = (width - 1) * std::abs(step) + 1;
+        for (int c = 0; c < (together ? 1 : n); ++c)
+            buffers.emplace_back(static_cast<std::size_t>(together ? n * width : length), static_cast<T>(77));
+        for (int c = 0; c < 4; ++c)
+            at[c] = c >= n     ? nullptr
+                    : together ? buffers[0].data() + c
+                    : step < 0 ? &buffers[static_cast<std::size_t>(c)].back()
+                               : buffers[static_cast<std::size_t>(c)].data();
+    }
+    std::vector<std::vector<T>> buffers;
+    T *at[4];
+};
+
+// Feeds an image and compares all that the output lines hold at each callback. calls: components of the call for every
+// line fed, in turn. Output goes to two places, line by line; the holders change as soon as they have been read.
+template <class T>
+void expect_image(const Shape &s, const std::vector<int> &calls, Generator &random)
+{
+    SCOPED_TRACE(testing::Message() << s.n << " components of " << sizeof(T) << ", " << s.source_width << " x "
+                                    << s.source_lines << " to " << s.width << " x " << s.lines << ", steps "
+                                    << s.in_step << ", " << s.out_step);
+    const std::unique_ptr<ibilin, int (*)(ibilin *)> record(ibilin_new(0), ibilin_kill);
+    ASSERT_EQ(start(record.get(), s), 1);
+    Model<T> model(s);
+    Line<T> out[] = {{s.n, s.width, s.out_step}, {s.n, s.width, s.out_step}};
+    Line<T> in(s.n, s.source_width, s.in_step), expected(s.n, s.width, s.out_step);
+    T *holders[4];
+    on_line = [&](int c) {
+        ASSERT_FALSE(model.due.empty());
+        const auto line = model.due.front();
+        model.due.pop_front();
+        ASSERT_EQ(c, line.component);
+        Line<T> &place = out[line.out == out[1].at[c]];
+        for (int x = 0; x < s.width; ++x)
+            expected.at[c][x * s.out_step] = static_cast<T>(line.samples[static_cast<std::size_t>(x)]);
+        ASSERT_EQ(place.buffers, expected.buffers);
+        out[0].buffers = out[1].buffers = expected.buffers;
+        std::fill_n(holders, 4, nullptr);
+    };
+    for (std::size_t i = 0; i < calls.size() && !testing::Test::HasFatalFailure(); ++i) {
+        const T extremes[] = {0, static_cast<T>(~0U), static_cast<T>(random.next()), static_cast<T>(random.next())};
+        for (auto &buffer : in.buffers)
+            std::generate(buffer.begin(), buffer.end(), [&] { return extremes[random.below(4)]; });
+        std::copy_n(out[i % 2].at, 4, holders);
+        for (int c = 0; c < std::min(calls[i], s.n); ++c)
+            model.feed(c, in.at[c], holders[c]);
+        ASSERT_EQ(call(record.get(), calls[i], in.at, holders), 1);
+        ASSERT_TRUE(model.due.empty());
+    }
+}
+
+constexpr struct {
+    int n, in_step, out_step;
+} layouts[] = {{1, 1, 1}, {1, 1, 1},  {3, 3, 3}, {3, 3, 3}, {4, 4, 4}, {2, 2, 2},  {3, 1, 1},
+               {1, 3, 1}, {1, -1, 2}, {1, 0, 0}, {3, 3, 1}, {3, 1, 3}, {4, 4, -2}, {2, -2, 1}};
+
+// A destination of 1 .. limit, and a source in a ratio that is common, whole, or any.
+std::pair<int, int> sizes(Generator &random, int limit)
+{
+    const int size = 1 + random.below(limit);
+    const int sources[] = {
+        size, 2 * size, size * 3, (size * 4 + 2) / 3, (size * 2 + 2) / 3, 1 + random.below(2 * limit)};
+    return {sources[random.below(6)], size};
+}
+
+TEST(Ibilin, EqualsTheRuleInFloatingPointAtEveryLevel)
+{
+    teska_test::at_every_level([](teska::simd_level) {
+        Generator random(73);
+        for (const auto &layout : layouts)
+            for (int i = 0; i < 40 && !testing::Test::HasFatalFailure(); ++i) {
+                const auto [source_width, width] = sizes(random, i % 2 == 0 ? 20 : 140);
+                const auto [source_lines, rows] = sizes(random, 5);
+                const Shape s{layout.n, source_lines, source_width, rows, width, layout.in_step, layout.out_step};
+                const std::vector<int> calls(static_cast<std::size_t>(source_lines) + 1, s.n == 2 ? 3 : s.n);
+                expect_image<unsigned char>(s, calls, random);
+                expect_image<unsigned short>(s, calls, random);
+            }
+    });
+}
+
+TEST(Ibilin, LetsEveryComponentGoItsOwnWay)
+{
+    Generator random(74);
+    for (int i = 0; i < 200 && !HasFatalFailure(); ++i) {
+        const auto &layout = layouts[2 + random.below(5)];
+        const auto [source_lines, rows] = sizes(random, 6);
+        std::vector<int> calls;
+        while (calls.size() < 40)
+            calls.push_back(calls.size() < 5 ? 4 : std::vector{1, 3, 4, 4}[random.next() % 4]);
+        const Shape s{layout.n, source_lines, 7, rows, 1 + random.below(14), layout.in_step, layout.out_step};
+        expect_image<unsigned char>(s, calls, random);
+        expect_image<unsigned short>(s, calls, random);
+    }
+}
+
+// Samples of one column, as lines.
+TEST(Ibilin, KeptBlendsTheLastTwoLinesBehindTheLastOne)
+{
+    const struct {
+        std::vector<unsigned short> source, result;
+    } rows[] = {{{100, 200}, {100, 150, 100, 150}},
+                {{1, 2, 65535}, {1, 2, 2}},
+                {{9}, {9, 9, 9}},
+                {{10, 20, 30, 40}, {10, 30}},
+                {{65535, 0}, {65535, 43690, 21845, 65535, 43690, 21845}}};
+    const std::unique_ptr<ibilin, int (*)(ibilin *)> record(ibilin_new(5), ibilin_kill);
+    for (const auto &row : rows) {
+        std::vector<unsigned short> result;
+        unsigned short sample = 0, *out = &sample;
+        on_line = [&](int) { result.push_back(sample); };
+        start(record.get(), {1, static_cast<int>(row.source.size()), 1, static_cast<int>(row.result.size()), 1});
+        for (const unsigned short &line : row.source)
+            ibilin_mono(record.get(), &line, &out);
+        EXPECT_EQ(result, row.result);
+    }
+}
+
+TEST(IbilinStart, RefusesSizesAndThenIgnoresLines)
+{
+    Reports reports;
+    const std::unique_ptr<ibilin, int (*)(ibilin *)> record(ibilin_new(0), ibilin_kill);
+    on_line = [](int) { ADD_FAILURE() << "called"; };
+    unsigned char line[1] = {}, *out = line;
+    EXPECT_EQ(ibilin_mono_b(record.get(), line, &out), 1);
+    for (const Shape &s : {Shape{1, 1, 1, 0, 1}, Shape{1, 1, 1, 1, 0}, Shape{1, 1, 1, -1, 1}, Shape{1, 1, 1, 1, -1},
+                           Shape{1, 0, 1, 1, 1}, Shape{1, 1, 0, 1, 1}, Shape{0, 1, 1, 1, 1}, Shape{5, 1, 1, 1, 1}}) {
+        EXPECT_EQ(start(record.get(), {1, 1, 1, 1, 1}), 1);
+        EXPECT_EQ(start(record.get(), s), 0);
+        EXPECT_EQ(ibilin_mono_b(record.get(), line, &out), 1);
+    }
+    EXPECT_EQ(reports.take(), lines(8, "ibilin_start: illegal dest image"));
+    for (const Shape &s : {Shape{1, 1, 1, 1, INT_MAX}, Shape{4, 1, 1, 1, INT_MAX / 4, 4, 4}})
+        EXPECT_EQ(start(record.get(), s), 0);
+    EXPECT_EQ(reports.take(), lines(2, "ibilin_start: unsufficient resources"));
+    EXPECT_EQ(ibilin_mono_b(record.get(), line, &out), 1);
+    EXPECT_EQ(ibilin_kill(nullptr), 0);
+}
+
+}  // namespace
