@@ -1,8 +1,9 @@
-// md_tetrad_bench - evaluation of lines of doubles beside Little CMS
+// md_tetrad_bench - evaluation of lines of doubles beside Little CMS in doubles and OpenColorIO in floats
 
 #include "md_tetrad.h"
 
 #include "support/float_pairs.h"
+#include "support/ocio_peer.h"
 
 #include <algorithm>
 
@@ -45,6 +46,45 @@ private:
     int outputs_;
 };
 
+// The peer's ink amounts are 0 .. 100.
+std::vector<double> scaled(std::vector<double> line, double unit)
+{
+    for (double &value : line)
+        value *= unit;
+    return line;
+}
+
+void add(int inputs, int outputs, bench::Texture texture)
+{
+    const auto c = std::make_shared<bench::FloatCase>(inputs, outputs, texture);
+    const auto table = std::make_shared<Table>(inputs, outputs, c->values());
+    const auto ours = [=] { table->convert(c->line.data(), c->out.data()); };
+    ours();
+
+    const auto lcms =
+        std::make_shared<bench::Peer>(inputs, outputs, bench::float_points, c->grid, bench::Samples::doubles);
+    const auto line = std::make_shared<std::vector<double>>(scaled(c->line, inputs == 4 ? 100.0 : 1.0));
+    const auto out = std::make_shared<std::vector<double>>(c->out.size());
+    const auto in_doubles = [=] { lcms->convert(line->data(), out->data(), bench::line_pixels); };
+    in_doubles();
+    bench::compare(c->name, c->out, *out, outputs == 4 ? 100.0 : 1.0);
+    bench::add_pair(c->name + ", Little CMS", ours, in_doubles);
+
+    if (inputs != 3)
+        return;
+    const auto ocio = std::make_shared<bench::OcioPeer>(bench::float_points, c->grid, bench::OcioPeer::Depth::floats);
+    const auto in_floats = [=] { ocio->convert(c->peer_line.data(), c->peer_out.data(), bench::line_pixels); };
+    in_floats();
+    bench::compare(c->name, c->out, c->peer_out);
+    bench::add_pair(c->name + ", OpenColorIO", ours, in_floats);
+}
+
 }  // namespace
 
-int main(int argc, char **argv) { return bench::run_float_pairs<Table>(argc, argv); }
+int main(int argc, char **argv)
+{
+    for (const auto &[inputs, outputs] : {std::pair{3, 3}, {4, 3}, {4, 4}})
+        for (const bench::Texture texture : {bench::Texture::random, bench::Texture::smooth})
+            add(inputs, outputs, texture);
+    return bench::run_pairs(argc, argv);
+}

@@ -2,6 +2,7 @@
 //
 // Process-wide state: the table, the limits and the measurement of the gather, in one struct.
 
+#include "Kernels/gather.h"
 #include "Kernels/kernels.h"
 
 namespace teska
@@ -35,6 +36,7 @@ public:
     {
         const simd_level level = limit < available ? limit : available;
         install_scalar(table.clut);
+        install_scalar(table.fir);
         install_scalar(table.tetrab);
         install_scalar(table.tetrad);
         install_scalar(table.hull);
@@ -44,12 +46,14 @@ public:
         if (level >= simd_level::sse41) {
             install_sse41(table.clut);
             install_sse41(table.bilin);
+            install_sse41(table.fir);
             install_sse41(table.tetrab);
             install_sse41(table.usm);
         }
         if (level >= simd_level::avx2) {
             install_avx2(table.clut);
             install_avx2(table.bilin);
+            install_avx2(table.fir);
             install_avx2(table.hull);
             install_avx2(table.mat);
             install_avx2(table.tetrab, gathers());
@@ -57,6 +61,7 @@ public:
             install_avx2(table.usm, gathers());
         }
         if (level >= simd_level::avx512) {
+            install_avx512(table.fir);
             install_avx512(table.hull);
             install_avx512(table.mat);
             install_avx512(table.bilin);
@@ -89,7 +94,14 @@ dispatch_state &state() noexcept
 
 }  // namespace
 
-const kernel_table &kernels() noexcept { return state().table; }
+std::atomic<const kernel_table *> kernels_in_force{nullptr};
+
+const kernel_table &first_kernels() noexcept
+{
+    const kernel_table &table = state().table;
+    kernels_in_force.store(&table, std::memory_order_release);
+    return table;
+}
 
 simd_level simd_available() noexcept { return state().available; }
 

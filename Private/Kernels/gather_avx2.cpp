@@ -4,7 +4,7 @@
 // cannot be told from their numbers. Both ways read the same 4 KiB, three times each; the fastest of the three counts.
 // The answer decides between two ways to the same bits.
 
-#include "Kernels/kernels.h"
+#include "Kernels/gather.h"
 
 #include <immintrin.h>
 

@@ -4,7 +4,7 @@
 // <op>_<isa>.cpp is a faster copy that gives the same bits. The table starts with all scalar entries; every instruction
 // set the processor has overrides what it offers, in rising order. It is filled once, at the first use.
 //
-// Kernel sources are islands: intrinsics, <cstdint>, <cstddef> and headers of this directory, no other; everything but
+// Kernel sources are islands: intrinsics, <cstdint>, <cstddef> and the headers of operations, no other; everything but
 // the installing functions stands in unnamed namespaces. A function that a kernel source shared with others by an inline
 // definition would be merged by the linker, possibly to the copy built for a newer processor.
 
@@ -12,11 +12,15 @@
 #define TESKA_KERNELS_H
 
 #include "Kernels/clut_kernels.h"
-#include "Kernels/ibilin_kernels.h"
 #include "Kernels/fusm_kernels.h"
+#include "Kernels/hull_kernels.h"
+#include "Kernels/ibilin_kernels.h"
+#include "Kernels/fir_kernels.h"
 #include "Kernels/mat_kernels.h"
 #include "Kernels/md_tetrab_kernels.h"
 #include "Kernels/md_tetrad_kernels.h"
+
+#include <atomic>
 
 namespace teska
 {
@@ -32,12 +36,22 @@ struct kernel_table {
     tetrab_kernels tetrab;
     tetrad_kernels tetrad;
     usm_kernels usm;
+    hull_kernels hull;
+    fir_kernels fir;
     mat_kernels mat;
     bilin_kernels bilin;
 };
 
+// Null until the first use.
+extern std::atomic<const kernel_table *> kernels_in_force;
+const kernel_table &first_kernels() noexcept;
+
 // The table in force; filled at the first call, which may come from any thread.
-const kernel_table &kernels() noexcept;
+inline const kernel_table &kernels() noexcept
+{
+    const kernel_table *table = kernels_in_force.load(std::memory_order_acquire);
+    return table != nullptr ? *table : first_kernels();
+}
 
 // Test switches: no instruction set above the given level is used from now on; gathers are used as said. Return what was
 // in force before. Not locked.
@@ -46,10 +60,6 @@ gather_use gather_limit(gather_use use) noexcept;
 
 // What this processor has, whatever the limit.
 simd_level simd_available() noexcept;
-
-// Whether a gather is faster here than single loads, by a short measurement. Not to be called on a processor without
-// AVX2.
-bool measure_gather() noexcept;
 
 }  // namespace teska
 

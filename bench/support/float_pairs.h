@@ -1,10 +1,9 @@
-// float_pairs - a table of floating-point values beside Little CMS, 17 points, one thread
-//
-// The peer converts the same points twice over: one by one through the grid, and as a line through a transform.
+// float_pairs - points through a table of floating-point values, 17 points, beside a peer, one thread
 
 #ifndef BENCH_FLOAT_PAIRS_H
 #define BENCH_FLOAT_PAIRS_H
 
+#include "support/cap.h"
 #include "support/lines.h"
 #include "support/pairs.h"
 #include "support/peer.h"
@@ -14,6 +13,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -24,101 +24,72 @@ namespace bench
 
 constexpr int float_points = 17;
 
-// Table: a constructor from inputs, outputs and a grid of float_points as make_grid gives it, divided by 255; and
-// convert(in, out), which evaluates line_pixels interleaved points.
-template <class Table>
-class FloatCase
-{
-public:
+// Both sides of one table and one line; all values 0 .. 1.
+struct FloatCase {
     FloatCase(int inputs, int outputs, Texture texture)
-        : name_(std::to_string(inputs) + " to " + std::to_string(outputs) + ", " + bench::name(texture)),
-          ink_(inputs == 4 ? 100.0F : 1.0F), out_ink_(outputs == 4 ? 100.0F : 1.0F),
-          out_(static_cast<std::size_t>(line_pixels * outputs)), peer_out_(out_.size()),
-          peer_(inputs, outputs, float_points, make_grid(float_points, inputs, outputs), Samples::floats),
-          table_(inputs, outputs, grid(inputs, outputs))
+        : name(std::to_string(inputs) + " to " + std::to_string(outputs) + ", " + bench::name(texture)),
+          grid(make_grid(float_points, inputs, outputs)), out(static_cast<std::size_t>(line_pixels * outputs)),
+          peer_out(out.size())
     {
         for (const std::uint8_t byte : make_line(texture, inputs)) {
-            line_.push_back(byte / 255.0);
-            peer_points_.push_back(static_cast<float>(line_.back()));
-            peer_line_.push_back(peer_points_.back() * ink_);
+            line.push_back(byte / 255.0);
+            peer_line.push_back(static_cast<float>(line.back()));
         }
     }
 
-    const std::string &name() const { return name_; }
-    void ours() { table_.convert(line_.data(), out_.data()); }
-    void peer_by_points() { peer_.evaluate(peer_points_.data(), peer_out_.data(), line_pixels); }
-    void peer_as_line() { peer_.convert(peer_line_.data(), peer_out_.data(), line_pixels); }
-
-    // All must do the same work: results differ by the shape of the cells.
-    void check()
+    [[nodiscard]] std::vector<float> values() const
     {
-        ours();
-        peer_by_points();
-        compare(1.0F);
-        peer_as_line();
-        compare(out_ink_);
+        std::vector<float> result;
+        for (const std::uint8_t byte : grid)
+            result.push_back(static_cast<float>(byte) / 255.0F);
+        return result;
     }
 
-private:
-    static std::vector<float> grid(int inputs, int outputs)
-    {
-        std::vector<float> values;
-        for (const std::uint8_t byte : make_grid(float_points, inputs, outputs))
-            values.push_back(static_cast<float>(byte) / 255.0F);
-        return values;
-    }
-
-    void compare(float unit) const
-    {
-        constexpr double tolerance = 0.01;
-        for (std::size_t i = 0; i < out_.size(); ++i)
-            if (!(std::abs(out_[i] - static_cast<double>(peer_out_[i] / unit)) < tolerance)) {
-                std::fprintf(stderr, "%s: sample %zu is %g here, %g there\n", name_.c_str(), i, out_[i],
-                             static_cast<double>(peer_out_[i] / unit));
-                std::exit(1);
-            }
-    }
-
-    std::string name_;
-    float ink_;
-    float out_ink_;
-    std::vector<double> line_;
-    std::vector<float> peer_points_;
-    std::vector<float> peer_line_;
-    std::vector<double> out_;
-    std::vector<float> peer_out_;
-    Peer peer_;
-    Table table_;
+    std::string name;
+    std::vector<std::uint8_t> grid;
+    std::vector<double> line;
+    std::vector<double> out;
+    std::vector<float> peer_line;
+    std::vector<float> peer_out;
 };
 
-template <class Case>
-void add_float_benchmark(const std::string &name, std::shared_ptr<Case> c, void (Case::*run)())
+// Both must do the same work: results only differ by the shape of the cells.
+template <class Theirs>
+void compare(const std::string &name, const std::vector<double> &ours, const std::vector<Theirs> &theirs,
+             double unit = 1.0)
 {
-    benchmark::RegisterBenchmark(name.c_str(), [c, run](benchmark::State &state) {
+    constexpr double tolerance = 0.01;
+    for (std::size_t i = 0; i < ours.size(); ++i)
+        if (!(std::abs(ours[i] - static_cast<double>(theirs[i]) / unit) < tolerance)) {
+            std::fprintf(stderr, "%s: sample %zu is %g here, %g there\n", name.c_str(), i, ours[i],
+                         static_cast<double>(theirs[i]) / unit);
+            std::exit(1);
+        }
+}
+
+// One side at a level; an item is a point.
+inline void add_side(const std::string &name, teska::simd_level level, std::function<void()> run)
+{
+    benchmark::RegisterBenchmark(name.c_str(), [level, run = std::move(run)](benchmark::State &state) {
+        const Cap cap(level);
         for (auto _ : state) {
-            ((*c).*run)();
+            run();
             benchmark::ClobberMemory();
         }
         state.SetItemsProcessed(state.iterations() * line_pixels);
     });
 }
 
-// The body of main.
-template <class Table>
-int run_float_pairs(int argc, char **argv)
+// The pair as the processor allows, and once more with AVX2 at most.
+inline void add_pair(const std::string &name, const std::function<void()> &ours, const std::function<void()> &peer)
 {
-    using Case = FloatCase<Table>;
-    for (const auto &[inputs, outputs] : {std::pair{3, 3}, {4, 3}, {4, 4}})
-        for (const Texture texture : {Texture::random, Texture::smooth}) {
-            const auto c = std::make_shared<Case>(inputs, outputs, texture);
-            c->check();
-            const std::string names[] = {c->name() + ", peer by points", c->name() + ", peer as a line"};
-            add_float_benchmark(names[0] + "/ours", c, &Case::ours);
-            add_float_benchmark(names[0] + "/peer", c, &Case::peer_by_points);
-            add_float_benchmark(names[1] + "/ours", c, &Case::ours);
-            add_float_benchmark(names[1] + "/peer", c, &Case::peer_as_line);
-        }
-    return run_pairs(argc, argv);
+    for (const teska::simd_level level : {teska::simd_level::avx512, teska::simd_level::avx2}) {
+        if (level > teska::simd_available())
+            continue;
+        const std::string title = name + (level == teska::simd_level::avx2 ? " (AVX2)" : "");
+        add_side(title + "/ours", level, ours);
+        add_side(title + "/peer", level, peer);
+    }
 }
 
 }  // namespace bench

@@ -14,7 +14,7 @@ namespace bench
 namespace
 {
 
-// Keeps the best rate of every benchmark.
+// Keeps the rates of every benchmark.
 class PairReporter : public benchmark::BenchmarkReporter
 {
 public:
@@ -32,8 +32,7 @@ public:
                 continue;
             const std::string &name = run.run_name.function_name;
             const auto slash = name.rfind('/');
-            double &rate = rates_[name.substr(0, slash)][name.substr(slash + 1)];
-            rate = std::max(rate, items->second.value);
+            rates_[name.substr(0, slash)][name.substr(slash + 1)].push_back(items->second.value);
         }
     }
 
@@ -41,7 +40,7 @@ public:
     [[nodiscard]] bool print_ratios() const
     {
         bool complete = true;
-        std::printf("%-40s %10s %10s %8s\n", "million items a second", "ours", "peer", "ratio");
+        std::printf("%-48s %10s %10s %8s\n", "million items a second", "ours", "peer", "ratio");
         for (const auto &[name, sides] : rates_) {
             const auto ours = sides.find("ours");
             const auto peer = sides.find("peer");
@@ -49,14 +48,23 @@ public:
                 complete = false;
                 continue;
             }
-            std::printf("%-40s %10.1f %10.1f %8.2f\n", name.c_str(), ours->second * 1e-6, peer->second * 1e-6,
-                        ours->second / peer->second);
+            const double our_rate = median(ours->second);
+            const double peer_rate = median(peer->second);
+            std::printf("%-48s %10.1f %10.1f %8.2f\n", name.c_str(), our_rate * 1e-6, peer_rate * 1e-6,
+                        our_rate / peer_rate);
         }
         return complete;
     }
 
 private:
-    std::map<std::string, std::map<std::string, double>> rates_;
+    static double median(std::vector<double> rates)
+    {
+        const auto middle = rates.begin() + static_cast<std::ptrdiff_t>(rates.size() / 2);
+        std::nth_element(rates.begin(), middle, rates.end());
+        return *middle;
+    }
+
+    std::map<std::string, std::map<std::string, std::vector<double>>> rates_;
 };
 
 }  // namespace

@@ -17,6 +17,8 @@ cmsUInt32Number format(int channels, Samples samples)
 {
     if (samples == Samples::bytes)
         return channels == 3 ? TYPE_RGB_8 : TYPE_CMYK_8;
+    if (samples == Samples::doubles)
+        return channels == 3 ? TYPE_RGB_DBL : TYPE_CMYK_DBL;
     return channels == 3 ? TYPE_RGB_FLT : TYPE_CMYK_FLT;
 }
 

@@ -10,8 +10,9 @@ namespace bench
 {
 
 enum class Samples {
-    bytes,  // 0 .. 255, through a grid of 16-bit values
-    floats  // 0 .. 1, ink amounts 0 .. 100, through a grid of floats
+    bytes,   // 0 .. 255, through a grid of 16-bit values
+    floats,  // 0 .. 1, ink amounts 0 .. 100, through a grid of floats
+    doubles  // the same in doubles
 };
 
 // Three channels are RGB, four are CMYK. The transform is optimised as the library likes, on as many points as the grid
@@ -27,7 +28,7 @@ public:
 
     void convert(const void *in, void *out, int pixels) const;
 
-    // Point by point through the grid alone; all values 0 .. 1, ink amounts too. With floats only.
+    // Point by point through the grid alone; all values 0 .. 1, ink amounts too. Not with bytes.
     void evaluate(const float *in, float *out, int points) const;
 
 private:
