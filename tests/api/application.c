@@ -45,6 +45,8 @@ static double parabola(void *c1, void *c2, const double *x)
     return (x[0] - 1) * (x[0] - 1);
 }
 
+static void forget_line(int component) { (void)component; }
+
 static int in_stripe(void *end, int x, int y) { return y == 0 && x >= 0 && x < *(int *)end; }
 
 static void cut_stripe(void *end, int first, int last, int y) { *(int *)end = first + 0 * last * y; }
@@ -331,6 +333,12 @@ static const char *use_solvers(void)
 static const char *use_images(void)
 {
     int end = 7;
+    unsigned char line[] = {5, 6, 7}, result[3], *holder = result;
+    fir *filter = fir_new(1, 255);
+    EXPECT(fir_start(filter, 1, 1, 3, forget_line, 1, 1) == filter);
+    EXPECT(fir_mono_b(filter, line, &holder) == 1 && result[1] == 6);
+    EXPECT(fir_kill(filter) == 0);
+
     flood *bucket = flood_new(in_stripe, cut_stripe);
     EXPECT(flood_do(bucket, &end, 3, 0) == 1 && end == 0);
     EXPECT(flood_kill(bucket) == 0);

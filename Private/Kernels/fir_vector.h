@@ -1,0 +1,121 @@
+// fir_vector - one filtered line, many pixels at a time
+//
+// A coefficient is 65536 * high + low with two signed halves, both modulo 2^16. A multiply-add of pairs takes two
+// samples of one column, from two lines, times two halves, and adds the products:
+//
+//     words      | line 1 at x | line 0 at x | line 1 at x + 1 | line 0 at x + 1 | ..
+//     factors    |  low of 1   |  low of 0   |    low of 1     |    low of 0     | ..
+//     sum        |             x             |              x + 1                | ..
+//
+// The sums of the high halves are kept apart and shifted up at the end. 32767 is the largest result before it is
+// clipped, since the sum is signed.
+//
+// Words stand for all columns of a line, so the next column is the same load one word further on, and a line is packed
+// once, from the high halves of the words of the line before.
+
+#ifndef TESKA_FIR_VECTOR_H
+#define TESKA_FIR_VECTOR_H
+
+#include "Kernels/fir_kernels.h"
+
+#include <immintrin.h>
+
+namespace teska
+{
+
+namespace
+{
+
+// Isa::vector holds Isa::lanes sums.
+template <class Isa>
+struct fir_kernel {
+    using vector = typename Isa::vector;
+    static constexpr int lanes = Isa::lanes;
+    static constexpr int group = 4;            // vectors that fill one of bytes
+    static constexpr int wide = Isa::vectors;  // vectors whose sums grow side by side
+    static_assert(wide * lanes <= fir_spare_words);
+
+    template <int Vectors>
+    static void add(vector (&sums)[Vectors], const fir_tap *taps, int count, std::ptrdiff_t x) noexcept
+    {
+        for (const fir_tap *tap = taps; tap != taps + count; ++tap) {
+            const std::uint32_t *const words = tap->words + x;
+            const vector factors = Isa::all(tap->factors);
+            for (int v = 0; v < Vectors; ++v)
+                sums[v] = Isa::add(sums[v], Isa::multiply_add(Isa::load(words + v * lanes), factors));
+        }
+    }
+
+    template <int Vectors>
+    static void sum_up(vector (&sums)[Vectors], const fir_taps &taps, std::ptrdiff_t x) noexcept
+    {
+        for (vector &sum : sums)
+            sum = Isa::all(0);
+        if (taps.highs != 0) {
+            add(sums, taps.high, taps.highs, x);
+            for (vector &sum : sums)
+                sum = Isa::shift_up(sum);
+        }
+        for (vector &sum : sums)
+            sum = Isa::add(sum, Isa::all(taps.start));
+        add(sums, taps.low, taps.lows, x);
+    }
+
+    template <int Vectors, class Sample>
+    static void block(const fir_taps &taps, std::ptrdiff_t x, Sample *out) noexcept
+    {
+        vector sums[Vectors];
+        sum_up(sums, taps, x);
+        for (int v = 0; v < Vectors; v += group)
+            Isa::store(out + v * lanes, sums + v, taps.maximum);
+    }
+
+    template <class Sample>
+    static void filter_words(const fir_taps &taps, int first, int count, Sample *out) noexcept
+    {
+        const fir_taps local = taps;  // a copy that no sample that is stored could reach
+        std::ptrdiff_t x = 0;
+        for (; x + wide * lanes <= count; x += wide * lanes)
+            block<wide>(local, first + x, out + x);
+        for (; x + group * lanes <= count; x += group * lanes)
+            block<group>(local, first + x, out + x);
+        if (x < count) {
+            Sample last[group * lanes];
+            block<group>(local, first + x, last);
+            for (int i = 0; x < count; ++i, ++x)
+                out[x] = last[i];
+        }
+    }
+
+    template <class Sample>
+    static void pack(std::uint32_t *words, const std::uint32_t *before, const Sample *line, std::ptrdiff_t step,
+                     int count) noexcept
+    {
+        constexpr std::uint32_t offset = sizeof(Sample) == 1 ? 0 : 0x80000000U;
+        std::ptrdiff_t x = 0;
+        if (step == 1)
+            for (; x + lanes <= count; x += lanes)
+                Isa::store(words + x, Isa::halves(Isa::load(before + x), Isa::load(line + x), Isa::all(offset)));
+        for (; x < count; ++x)
+            words[x] = before[x] >> 16 | (std::uint32_t{line[x * step]} << 16 ^ offset);
+    }
+
+    template <class Sample>
+    static void install(fir_sample_kernels<Sample> &entries) noexcept
+    {
+        entries.pack = pack<Sample>;
+        entries.filter_words = filter_words<Sample>;
+    }
+
+    static void install(fir_kernels &table) noexcept
+    {
+        install(table.bytes);
+        install(table.shorts);
+    }
+};
+
+}  // namespace
+
+}  // namespace teska
+
+#endif

@@ -1,0 +1,183 @@
+#include "fir.h"
+
+#include "Support/fir_priv.h"
+#include "support/generator.h"
+#include "support/levels.h"
+#include "support/reports.h"
+#include "support/samples.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <vector>
+
+using teska_test::Samples;
+
+namespace
+{
+
+using Filter = std::unique_ptr<fir, int (*)(fir *)>;
+using Kernel = std::vector<double>;
+
+Filter filter_of(int radius, int maximum, const Kernel &kernel)
+{
+    Filter filter(fir_new(radius, maximum), fir_kill);
+    teska::fir_set_kernel(filter.get(), kernel.data());
+    return filter;
+}
+
+// The callback has no argument for it.
+std::function<void(int)> on_line;
+
+int feed(fir *f, const Samples<unsigned char> &in, unsigned char **out)
+{
+    const auto &l = in.at;
+    return l.size() == 1   ? fir_mono_b(f, l[0], out)
+           : l.size() == 3 ? fir_rgb_b(f, l[0], l[1], l[2], out, out + 1, out + 2)
+                           : fir_cmyk_b(f, l[0], l[1], l[2], l[3], out, out + 1, out + 2, out + 3);
+}
+
+int feed(fir *f, const Samples<unsigned short> &in, unsigned short **out)
+{
+    const auto &l = in.at;
+    return l.size() == 1   ? fir_mono(f, l[0], out)
+           : l.size() == 3 ? fir_rgb(f, l[0], l[1], l[2], out, out + 1, out + 2)
+                           : fir_cmyk(f, l[0], l[1], l[2], l[3], out, out + 1, out + 2, out + 3);
+}
+
+// An image, its kernel, and what must come out of them.
+template <class Sample>
+struct Case {
+    int radius, maximum, components, width, in_step, out_step;
+    Kernel kernel;
+    std::vector<Samples<Sample>> lines = {};
+
+    // Line y of one component, written in the plain way.
+    void write(int y, std::size_t component, Sample *out) const
+    {
+        const int height = static_cast<int>(lines.size());
+        const auto in = [&](int row, int x) { return lines[static_cast<std::size_t>(row)].at[component][x * in_step]; };
+        for (int x = 0; x < width; ++x)
+            out[x * out_step] = in(y, x);
+        if (y < radius || y >= height - radius)
+            return;
+        for (int x = radius; x < width - radius; ++x) {
+            const double *coefficient = kernel.data();
+            std::uint32_t sum = 0;
+            for (int i = y - radius; i <= y + radius; ++i)
+                for (int j = x - radius; j <= x + radius; ++j)
+                    sum += static_cast<std::uint32_t>(std::floor(*coefficient++ * 65536)) * in(i, j);
+            out[x * out_step] =
+                static_cast<Sample>(std::min(std::max(static_cast<std::int32_t>(sum), 0) >> 16, maximum));
+        }
+    }
+
+    void check() const
+    {
+        const Filter filter = filter_of(radius, maximum, kernel);
+        teska_test::at_every_level([&](teska::simd_level) {
+            Samples<Sample> out(components, width, out_step, 77);
+            Samples<Sample> expected = out;
+            std::vector<Sample *> at;
+            for (Sample *first : out.at)
+                at.push_back(expected.buffer.data() + (first - out.buffer.data()));
+            int delivered = 0;
+            on_line = [&](int component) {
+                EXPECT_EQ(component, delivered % components);
+                write(delivered++ / components, static_cast<std::size_t>(component),
+                      at[static_cast<std::size_t>(component)]);
+                EXPECT_EQ(out.buffer, expected.buffer);
+            };
+            const int height = static_cast<int>(lines.size());
+            fir_start(
+                filter.get(), components, height, width, [](int k) { on_line(k); }, in_step, out_step);
+            for (const auto &line : lines)
+                EXPECT_EQ(feed(filter.get(), line, out.at.data()), 1);
+            EXPECT_EQ(feed(filter.get(), lines[0], out.at.data()), 1) << "a line too many";
+            EXPECT_EQ(delivered, height * components);
+        });
+    }
+};
+
+// Images with fewer and more lines and columns than the kernel, blocks of any length, all layouts; coefficients up to
+// the largest, where sums wrap.
+template <class Sample>
+void check_random_images(teska_test::Generator &random)
+{
+    const int component_numbers[] = {1, 3, 4};
+    const double reaches[] = {0.49, 0.49, 2.0, 32767.999};
+    for (int round = 0; round < 11 * 14; ++round) {
+        const int radius = round % 11;
+        const int size = 2 * radius + 1;
+        const int components = component_numbers[random.below(3)];
+        const auto step = [&] {
+            return random.below(2) == 0 ? 1 : random.below(2) == 0 ? components : random.below(7) - 3;
+        };
+        const int width = random.below(round % 3 == 0 ? 300 - 12 * radius : 2 * 16 + 2 + size);
+        Case<Sample> c{radius, random.below(3) == 0 ? 255 : random.below(70000), components, width, step(), step(), {}};
+        const double reach = reaches[random.below(4)];
+        for (int i = 0; i < size * size; ++i)
+            c.kernel.push_back(random.below(4) == 0 ? 0 : random.between(-reach, reach));
+        const int height = 1 + random.below(size + 4);
+        for (int y = 0; y < height; ++y) {
+            c.lines.emplace_back(components, width, c.in_step);
+            for (Sample &sample : c.lines.back().buffer)
+                sample = static_cast<Sample>(round % 5 == 0 ? -1 : random.below(65536));
+        }
+        SCOPED_TRACE(testing::Message() << "radius " << radius << ", " << width << " x " << height);
+        c.check();
+    }
+}
+
+}  // namespace
+
+TEST(FirLines, EqualThePlainSumsOnEveryInstructionSet)
+{
+    teska_test::Generator random(71);
+    check_random_images<unsigned char>(random);
+    check_random_images<unsigned short>(random);
+}
+
+TEST(FirLines, PutTheOldestLineUnderTheFirstOfTheKernel)
+{
+    const Filter filter = filter_of(1, 100, {0, 0, 0.5, 0, 0, 0, -0.25, 0, 0});
+    std::vector<unsigned short> in[] = {{1, 2, 80, 4}, {9, 9, 9, 9}, {40, 400, 7, 8}, {200, 0, 300, 5}}, out[4];
+    std::size_t line = 0;
+    unsigned short *holder = nullptr;
+    on_line = [&](int) { holder = out[++line % 4].data(); };
+    for (auto &o : out)
+        o.resize(4);
+    holder = out[0].data();
+    fir_start(
+        filter.get(), 1, 4, 4, [](int k) { on_line(k); }, 1, 1);
+    for (const auto &l : in)
+        fir_mono(filter.get(), l.data(), &holder);
+    EXPECT_EQ(line, 4U);
+    EXPECT_EQ(out[0], in[0]);
+    EXPECT_EQ(out[1], (std::vector<unsigned short>{9, 30, 0, 9})) << "40 - 10, 2 - 100";
+    EXPECT_EQ(out[2], (std::vector<unsigned short>{40, 0, 4, 8})) << "4.5 - 50, 4.5 - 0";
+    EXPECT_EQ(out[3], in[3]);
+}
+
+TEST(FirNew, KeptGivesAKernelOfZeros)
+{
+    teska_test::Reports reports;
+    EXPECT_EQ(fir_new(11, 255), nullptr);
+    EXPECT_EQ(fir_new(-1, 255), nullptr);
+    EXPECT_EQ(reports.take(), teska_test::lines(2, "fir_new: illegal radius"));
+    EXPECT_EQ(fir_kill(nullptr), 0);
+
+    const Filter filter(fir_new(1, 255), fir_kill);
+    unsigned char in[] = {7, 8, 9, 6}, out[4], *holder = out;
+    std::vector<std::string> lines;
+    on_line = [&](int) { lines.emplace_back(out, out + 4); };
+    EXPECT_EQ(fir_start(
+                  filter.get(), 1, 3, 4, [](int k) { on_line(k); }, 1, 1),
+              filter.get());
+    for (int y = 0; y < 3; ++y)
+        fir_mono_b(filter.get(), in, &holder);
+    EXPECT_EQ(lines, (std::vector<std::string>{"\7\10\11\6", {7, 0, 0, 6}, "\7\10\11\6"}));
+}
