@@ -54,4 +54,5 @@ teska_subsystem(
   interp_double)
 teska_subsystem(colour "Colour lookup tables and multidimensional interpolation" clut md_tetrab md_tetrad tfastpow)
 teska_subsystem(image "Image processing, line by line" fir flood fusm ibilin:ibilin+ibilin_plan)
-teska_subsystem(geometry "Geometry and gamut" proj:proj+proj_tetra+proj_triangle tplane)
+teska_subsystem(geometry "Geometry and gamut" proj:proj+proj_tetra+proj_triangle
+                tetra:tetra+tetra_hull+tetra_tiling+tetra_volume tplane volume_export)

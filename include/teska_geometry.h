@@ -2,7 +2,9 @@
 #ifndef TESKA_GEOMETRY_H
 #define TESKA_GEOMETRY_H
 #include "proj.h"
+#include "tetra.h"
 #ifdef __cplusplus
 #    include "tplane.h"
 #endif
+#include "volume_export.h"
 #endif

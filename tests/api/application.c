@@ -359,6 +359,15 @@ static const char *use_geometry(void)
     ProjResult r;
     double dist = -1;
     EXPECT(proj(triangle, 3, query, &r, &dist) == 0 && r.point[0] == 2 && r.weight[1] == 0.2 && dist == 5);
+
+    list_rec *points = list_new(4, sizeof(tetra_point), NULL);
+    for (int i = 0; i < 8; ++i)
+        list_insert(points, &(tetra_point){i & 1, i >> 1 & 1, i >> 2, i});
+    tetra_volume *cube = tetra_volume_new(points);
+    tetra_rec *found = NULL;
+    EXPECT(tetra_volume_get_tetra(cube, (const double[]){0.9, 0.5, 0.8}, &found) == 0 && tetra_get_pointnr(found, 3) == 0);
+    EXPECT(writeVRML(cube, "", "") == -1);
+    EXPECT(tetra_volume_kill(cube) == 0 && list_kill(points) == 0);
     return NULL;
 }
 

@@ -1,0 +1,3 @@
+#include "volume_export.h"
+
+#include <gtest/gtest.h>
