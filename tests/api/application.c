@@ -365,7 +365,8 @@ static const char *use_geometry(void)
         list_insert(points, &(tetra_point){i & 1, i >> 1 & 1, i >> 2, i});
     tetra_volume *cube = tetra_volume_new(points);
     tetra_rec *found = NULL;
-    EXPECT(tetra_volume_get_tetra(cube, (const double[]){0.9, 0.5, 0.8}, &found) == 0 && tetra_get_pointnr(found, 3) == 0);
+    EXPECT(tetra_volume_get_tetra(cube, (const double[]){0.9, 0.5, 0.8}, &found) == 0 &&
+           tetra_get_pointnr(found, 3) == 0);
     EXPECT(writeVRML(cube, "", "") == -1);
     EXPECT(tetra_volume_kill(cube) == 0 && list_kill(points) == 0);
     return NULL;
