@@ -23,6 +23,16 @@ struct tetrab_table {
     std::uint64_t far_corner;        // sum of the strides
     std::uint32_t high;              // H, the weights of a path sum to it
     const std::uint8_t *products;    // 256 rows of 256, by value and weight; null: round(value * weight / 255), H = 255
+    // The rest is for convert_line. Rows by the input byte in front of its curve:
+    const std::uint32_t *places;  // N rows of 256: weight << 24 | byte offset of the lower vertex
+    const std::uint8_t *indices;  // N rows of 256: grid index of the lower vertex; null when the side of the grid is
+                                  // above 127 or stride 1 above 32767, and with fewer than 3 inputs
+    const std::uint8_t *weights;  // N rows of 256: weight
+    const std::uint8_t *late;     // null, or a byte u behind its curve has the index u * cells / 255, and as weight the
+                                  // remainder, or 1 less when bit u / 16 % 8 of late[u / 128 * 16 + u % 16] is set
+    int cells;                    // R - 1
+    bool curved_inputs;           // whether any curve is not the identity
+    bool curved_outputs;
 };
 
 // A run of pixels: pixel p of input d is in[d][p * in_step].
@@ -35,12 +45,21 @@ struct tetrab_run {
     std::ptrdiff_t end;
 };
 
+// Of convert_line: at most so many outputs, and all the offsets of the data below that limit.
+constexpr int tetrab_line_outputs = 16;
+constexpr std::size_t tetrab_line_data = std::size_t{1} << 24;
+
 struct tetrab_kernels {
     using convert_fn = void (*)(const tetrab_table &table, const tetrab_run &run) noexcept;
-    convert_fn convert[5];  // by number of inputs: 1, 2, 3, 4, 5 and more
+    convert_fn convert[5];       // any run; by number of inputs: 1, 2, 3, 4, 5 and more
+    convert_fn convert_line[5];  // null, or the same faster, for products and tables within the limits above and runs
+                                 // in which no pixel's outputs are bytes of another pixel or of another output
 };
 
 void install_scalar(tetrab_kernels &table) noexcept;
+void install_sse41(tetrab_kernels &table) noexcept;
+void install_avx2(tetrab_kernels &table, bool gathers) noexcept;
+void install_avx512(tetrab_kernels &table) noexcept;
 
 }  // namespace teska
 

@@ -261,6 +261,8 @@ void install_scalar(tetrab_kernels &table) noexcept
     table.convert[2] = convert<3>;
     table.convert[3] = convert<4>;
     table.convert[4] = convert<0>;
+    for (tetrab_kernels::convert_fn &line : table.convert_line)
+        line = nullptr;
 }
 
 }  // namespace teska

@@ -16,6 +16,9 @@
 // Kept: in doubles as they stand, exact rational numbers would give other bytes for some u (R = 3, u = 129: 3 for 2).
 // Example with R = 17, L = 0, H = 255: step 15.9375, u = 100 lies at 6.27, index 6, fraction 69.
 //
+// The faster kernels look both up at once, by the byte in front of the curve: places[d][v] = fraction << 24 | offset.
+// Callers may write to a curve at any time, so each conversion compares the curves with those of the last one.
+//
 // No process-wide state. Creation takes O((R + E)^N * M), conversion O(N * M) per pixel and a sort of N numbers.
 
 #include "md_tetrab.h"
@@ -26,7 +29,9 @@
 #include "Support/memory.h"
 #include "Support/report.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 
 using std::ptrdiff_t;
@@ -44,7 +49,10 @@ constexpr int input_low = 0;  // the range onto which input curves map
 constexpr int input_high = 255;
 constexpr int default_low = 0;  // the weights with which kernels multiply instead of looking products up
 constexpr int default_high = 255;
-constexpr size_t read_ahead = 64;  // bytes that a kernel may read behind the far corner of a cell
+constexpr size_t read_ahead = 64;            // bytes that a kernel may read behind the far corner of a cell
+constexpr uint64_t max_byte_side = 127;      // of grids whose indices kernels multiply as signed bytes,
+constexpr uint64_t max_byte_stride = 32767;  // and strides as signed halves
+constexpr int short_run = 16;                // pixels; what shorter runs gain is lost again on comparisons
 
 }  // namespace
 
@@ -53,10 +61,14 @@ struct md_tetrab {
     int points = 0;                              // R^N
     int weight_low = 0;                          // L, the weight at the lower vertex of a cell
     int weight_high = 0;                         // H, the weight of a whole cell
-    heap_block<uint32_t> offsets;                // N rows of 256
-    heap_block<uint8_t> in_curves;               // N rows of 256
+    heap_block<uint32_t> offsets;                // N rows of 256, and as many of places
+    heap_block<uint8_t> in_curves;               // N rows of 256, N that the places were made of, N of indices, N of
+                                                 // weights
+    bool placed = false;                         // whether there are places
     heap_block<uint8_t> out_curves;              // M rows of 256
     uint64_t fractions[curve_size]{};            // shifted up by 32: kernels sort them together with the strides
+    uint8_t late[32]{};                          // see tetrab_table
+    bool even = false;                           // whether late describes the positions
     int data_size = 0;                           // bytes, without the padding
     double input_step = 0;                       // from vertex to vertex, in input bytes
     heap_block<uint8_t> data;                    // vertices and padding
@@ -102,15 +114,27 @@ int place(const md_tetrab &table, size_t u, int &fraction)
     return i;
 }
 
+// Adds byte u to the positions that kernels can calculate: quotient and remainder of u * cells / 255, or one less.
+void compare_with_integers(md_tetrab &table, size_t u, size_t index, size_t fraction)
+{
+    const size_t product = u * static_cast<size_t>(table.shape.resolution - 1);
+    const bool late = fraction + 1 == product % 255;
+    table.even = table.even && index == product / 255 && (late || fraction == product % 255);
+    if (late)
+        table.late[u / 128 * 16 + u % 16] |= static_cast<uint8_t>(1 << u / 16 % 8);
+}
+
 bool make_positions(md_tetrab &table)
 {
     const auto inputs = static_cast<size_t>(table.shape.inputs);
-    table.offsets = teska::zeroed_block<uint32_t>(inputs * curve_size);
+    table.offsets = teska::zeroed_block<uint32_t>(2 * inputs * curve_size);
     if (!table.offsets)
         return false;
+    table.even = true;
     for (size_t u = 0; u < curve_size; ++u) {
         int fraction = 0;
         const auto index = static_cast<uint64_t>(place(table, u, fraction));
+        compare_with_integers(table, u, index, static_cast<size_t>(fraction));
         table.fractions[u] = static_cast<uint64_t>(fraction) << 32;
         for (size_t d = 0; d < inputs; ++d)
             table.offsets[d * curve_size + u] = static_cast<uint32_t>(index * table.strides[d]);
@@ -133,7 +157,7 @@ void set_curves(uint8_t *curves, int count, const uint8_t *const *sources)
 
 bool make_curves(md_tetrab &table)
 {
-    table.in_curves = teska::zeroed_block<uint8_t>(static_cast<size_t>(table.shape.inputs) * curve_size);
+    table.in_curves = teska::zeroed_block<uint8_t>(4 * static_cast<size_t>(table.shape.inputs) * curve_size);
     table.out_curves = teska::zeroed_block<uint8_t>(static_cast<size_t>(table.shape.outputs) * curve_size);
     if (!table.in_curves || !table.out_curves)
         return false;
@@ -170,8 +194,21 @@ bool make_lines(md_tetrab &table)
 
 // ---- Conversion -----------------------------------------------------------------------------------------------------
 
+bool curved(const uint8_t *curves, int count)
+{
+    for (size_t i = 0; i < static_cast<size_t>(count) * curve_size; ++i)
+        if (curves[i] != i % curve_size)
+            return true;
+    return false;
+}
+
+// What kernels see of the table; what depends on the curves is up to date only after update_places.
 teska::tetrab_table kernel_view(const md_tetrab &table)
 {
+    const size_t entries = static_cast<size_t>(table.shape.inputs) * curve_size;
+    const bool small =
+        table.shape.side() <= max_byte_side && table.shape.inputs >= 3 && table.strides[1] <= max_byte_stride;
+    const uint8_t *const rows = table.in_curves.get();
     return {.inputs = table.shape.inputs,
             .outputs = table.shape.outputs,
             .data = table.data.get(),
@@ -182,12 +219,69 @@ teska::tetrab_table kernel_view(const md_tetrab &table)
             .strides = table.strides,
             .far_corner = table.far_corner,
             .high = static_cast<uint32_t>(table.weight_high),
-            .products = table.products.get()};
+            .products = table.products.get(),
+            .places = table.offsets.get() + entries,
+            .indices = small ? rows + 2 * entries : nullptr,
+            .weights = rows + 3 * entries,
+            .late = small && table.even ? table.late : nullptr,
+            .cells = table.shape.resolution - 1,
+            .curved_inputs = curved(rows, table.shape.inputs),
+            .curved_outputs = curved(table.out_curves.get(), table.shape.outputs)};
 }
 
-teska::tetrab_kernels::convert_fn kernel_for(int inputs)
+// Whether the table is one that the faster kernels take.
+bool fits_lines(const md_tetrab &table)
 {
-    return teska::kernels().tetrab.convert[inputs < 5 ? inputs - 1 : 4];
+    return !table.products && table.shape.outputs <= teska::tetrab_line_outputs &&
+           static_cast<size_t>(table.data_size) + table.far_corner < teska::tetrab_line_data;
+}
+
+// Places, indices and weights of the curves as they are now.
+void update_places(md_tetrab &table)
+{
+    const size_t entries = static_cast<size_t>(table.shape.inputs) * curve_size;
+    uint8_t *const placed_curves = table.in_curves.get() + entries;
+    uint8_t *const indices = placed_curves + entries;
+    uint8_t *const weights = indices + entries;
+    if (table.placed && std::memcmp(table.in_curves.get(), placed_curves, entries) == 0)
+        return;
+    std::memcpy(placed_curves, table.in_curves.get(), entries);
+    for (size_t i = 0; i < entries; ++i) {
+        const uint32_t offset = table.offsets[i / curve_size * curve_size + placed_curves[i]];
+        weights[i] = static_cast<uint8_t>(table.fractions[placed_curves[i]] >> 32);
+        indices[i] = static_cast<uint8_t>(offset / table.strides[i / curve_size]);
+        table.offsets[entries + i] = uint32_t{weights[i]} << 24 | offset;
+    }
+    table.placed = true;
+}
+
+// Whether the samples that one line has in a run may be in the place of another's, those of the same pixel apart.
+bool collide(const uint8_t *a, ptrdiff_t a_step, const uint8_t *b, ptrdiff_t b_step, ptrdiff_t count)
+{
+    const ptrdiff_t distance = b - a;
+    const ptrdiff_t a_end = a_step * (count - 1);
+    const ptrdiff_t b_end = distance + b_step * (count - 1);
+    if (std::max(distance, b_end) < std::min<ptrdiff_t>(0, a_end) ||
+        std::max<ptrdiff_t>(0, a_end) < std::min(distance, b_end))
+        return false;
+    return a_step != b_step || std::abs(distance) >= std::abs(a_step);
+}
+
+// Whether the outcome is the same when several pixels are read before they are stored, output by output.
+bool independent(const md_tetrab &table, const teska::tetrab_run &run, ptrdiff_t count)
+{
+    for (int c = 0; c < table.shape.outputs; ++c) {
+        if (run.out[c] == nullptr)
+            continue;
+        for (int d = 0; d < table.shape.inputs; ++d)
+            if (collide(run.out[c], run.out_step, run.in[d], run.in_step, count))
+                return false;
+        for (int other = 0; other < c; ++other)
+            if (run.out[other] != nullptr && (run.out[c] == run.out[other] ||
+                                              collide(run.out[c], run.out_step, run.out[other], run.out_step, count)))
+                return false;
+    }
+    return true;
 }
 
 // The smallest mask byte above the threshold; 256 when there is none, as for not-a-number.
@@ -345,11 +439,18 @@ int md_tetrab_interp(md_tetrab *table, unsigned char **in, int inStep, unsigned 
 {
     if (count <= 0)
         return 1;
-    const teska::tetrab_table view = kernel_view(*table);
-    const auto convert = kernel_for(table->shape.inputs);
     teska::tetrab_run run{.in = in, .out = out, .in_step = inStep, .out_step = outStep, .first = 0, .end = count};
+    const teska::tetrab_kernels &kernels = teska::kernels().tetrab;
+    const int entry = std::min(table->shape.inputs, 5) - 1;
+    const auto convert = kernels.convert[entry];
+    auto convert_line = kernels.convert_line[entry];
+    if (convert_line == nullptr || count < short_run || !fits_lines(*table) || !independent(*table, run, count))
+        convert_line = convert;
+    else
+        update_places(*table);
+    const teska::tetrab_table view = kernel_view(*table);
     if (mask == nullptr) {
-        convert(view, run);
+        convert_line(view, run);
     } else {
         // A run of the kernel is a run of the mask: behind a masked pixel nothing is taken over from the one before.
         const int lowest = first_above(threshold);
@@ -359,7 +460,7 @@ int md_tetrab_interp(md_tetrab *table, unsigned char **in, int inStep, unsigned 
             for (run.end = run.first; run.end < count && mask[run.end] >= lowest;)
                 ++run.end;
             if (run.first < run.end)
-                convert(view, run);
+                (run.end - run.first < short_run ? convert : convert_line)(view, run);
         }
     }
     for (int c = 0; c < table->shape.outputs; ++c)
