@@ -117,10 +117,18 @@ struct avx2_loads : avx2 {
     static vector look_up16(const void *table, vector at) noexcept
     {
         const auto *const words = static_cast<const std::uint16_t *>(table);
-        std::uint32_t i[8];
+        std::int32_t i[8];
         store(i, at);
-        return _mm256_setr_epi32(words[i[0]], words[i[1]], words[i[2]], words[i[3]], words[i[4]], words[i[5]],
-                                 words[i[6]], words[i[7]]);
+        __m128i found = _mm_setzero_si128();
+        found = _mm_insert_epi16(found, words[i[0]], 0);
+        found = _mm_insert_epi16(found, words[i[1]], 1);
+        found = _mm_insert_epi16(found, words[i[2]], 2);
+        found = _mm_insert_epi16(found, words[i[3]], 3);
+        found = _mm_insert_epi16(found, words[i[4]], 4);
+        found = _mm_insert_epi16(found, words[i[5]], 5);
+        found = _mm_insert_epi16(found, words[i[6]], 6);
+        found = _mm_insert_epi16(found, words[i[7]], 7);
+        return _mm256_cvtepu16_epi32(found);
     }
 };
 

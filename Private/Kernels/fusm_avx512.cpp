@@ -108,11 +108,27 @@ struct avx512_loads : avx512 {
     static vector look_up16(const void *table, vector at) noexcept
     {
         const auto *const words = static_cast<const std::uint16_t *>(table);
-        std::uint32_t i[16];
+        std::int32_t i[16];
         store(i, at);
-        return _mm512_setr_epi32(words[i[0]], words[i[1]], words[i[2]], words[i[3]], words[i[4]], words[i[5]],
-                                 words[i[6]], words[i[7]], words[i[8]], words[i[9]], words[i[10]], words[i[11]],
-                                 words[i[12]], words[i[13]], words[i[14]], words[i[15]]);
+        __m128i low = _mm_setzero_si128();
+        low = _mm_insert_epi16(low, words[i[0]], 0);
+        low = _mm_insert_epi16(low, words[i[1]], 1);
+        low = _mm_insert_epi16(low, words[i[2]], 2);
+        low = _mm_insert_epi16(low, words[i[3]], 3);
+        low = _mm_insert_epi16(low, words[i[4]], 4);
+        low = _mm_insert_epi16(low, words[i[5]], 5);
+        low = _mm_insert_epi16(low, words[i[6]], 6);
+        low = _mm_insert_epi16(low, words[i[7]], 7);
+        __m128i high = _mm_setzero_si128();
+        high = _mm_insert_epi16(high, words[i[8]], 0);
+        high = _mm_insert_epi16(high, words[i[9]], 1);
+        high = _mm_insert_epi16(high, words[i[10]], 2);
+        high = _mm_insert_epi16(high, words[i[11]], 3);
+        high = _mm_insert_epi16(high, words[i[12]], 4);
+        high = _mm_insert_epi16(high, words[i[13]], 5);
+        high = _mm_insert_epi16(high, words[i[14]], 6);
+        high = _mm_insert_epi16(high, words[i[15]], 7);
+        return _mm512_cvtepu16_epi32(_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1));
     }
 };
 

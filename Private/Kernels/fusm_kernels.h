@@ -31,13 +31,15 @@ struct usm_curve {
     usm_ramp ramp;                      // for samples of 16 bits; shift 25 .. 32
 };
 
-// One component of a line on its way from the window to the output. Steps lead from pixel to pixel, in samples. The
-// output overlaps nothing that is read.
+// Samples of a line on their way from the window to the output: one component, or components alike that lie side by
+// side. Steps lead from one to the next. The output overlaps nothing that is read.
 template <class Sample>
 struct usm_line {
-    const Sample *rows[5];  // first pixels of the lines in the window, 3 or 5 of them, oldest first
+    const Sample *rows[5];  // first samples of the lines in the window, 3 or 5 of them, oldest first
     std::ptrdiff_t row_step;
-    const Sample *samples;  // what is corrected: the line in the middle, perhaps before its conversion
+    std::ptrdiff_t distance;  // in the rows, from a sample to its neighbour: row_step, or larger where row_step is 1
+    std::ptrdiff_t border;    // samples at either end that the window does not reach
+    const Sample *samples;    // what is corrected: the line in the middle, perhaps before its conversion
     std::ptrdiff_t step;
     const Sample *limits;  // upper bounds of the results; null: top
     std::ptrdiff_t limit_step;
@@ -61,7 +63,7 @@ void install_sse41(usm_kernels &table) noexcept;
 void install_avx2(usm_kernels &table, bool gathers) noexcept;
 void install_avx512(usm_kernels &table, bool gathers) noexcept;
 
-// The definition for the pixels first .. end - 1 of a line.
+// The definition for the samples first .. end - 1 of a line.
 void usm_pixels(int radius, const usm_curve &curve, const usm_bytes &line, std::ptrdiff_t first,
                 std::ptrdiff_t end) noexcept;
 void usm_pixels(int radius, const usm_curve &curve, const usm_words &line, std::ptrdiff_t first,

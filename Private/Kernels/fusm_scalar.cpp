@@ -32,7 +32,7 @@ int32_t weighted_sum(const usm_line<Sample> &line, ptrdiff_t x) noexcept
 #pragma GCC unroll 32
     for (int t = 0; t < window::count; ++t) {
         const usm_tap &tap = window::taps[t];
-        sum += tap.weight * line.rows[usm_reach(Radius) + tap.row][(x + tap.column) * line.row_step];
+        sum += tap.weight * line.rows[usm_reach(Radius) + tap.row][x * line.row_step + tap.column * line.distance];
     }
     return sum;
 }
@@ -40,9 +40,8 @@ int32_t weighted_sum(const usm_line<Sample> &line, ptrdiff_t x) noexcept
 template <int Radius, class Sample>
 void fill_high_pass(const usm_line<Sample> &line, ptrdiff_t first, ptrdiff_t end) noexcept
 {
-    constexpr int reach = usm_reach(Radius);
     for (ptrdiff_t x = first; x < end; ++x)
-        line.high_pass[x] = x >= reach && x < line.width - reach ? weighted_sum<Radius>(line, x) : 0;
+        line.high_pass[x] = x >= line.border && x < line.width - line.border ? weighted_sum<Radius>(line, x) : 0;
 }
 
 // The value with its sign taken off, cut to the last entry of the table.

@@ -108,7 +108,12 @@ struct sse41 {
         const auto *const words = static_cast<const std::uint16_t *>(table);
         std::int32_t i[4];
         store(i, at);
-        return _mm_setr_epi32(words[i[0]], words[i[1]], words[i[2]], words[i[3]]);
+        __m128i found = _mm_setzero_si128();
+        found = _mm_insert_epi16(found, words[i[0]], 0);
+        found = _mm_insert_epi16(found, words[i[1]], 1);
+        found = _mm_insert_epi16(found, words[i[2]], 2);
+        found = _mm_insert_epi16(found, words[i[3]], 3);
+        return _mm_unpacklo_epi16(found, _mm_setzero_si128());
     }
 };
 

@@ -223,20 +223,22 @@ template <class Sample>
 void usm_move(const Sample *from, std::ptrdiff_t step, Sample *to, std::ptrdiff_t distance,
               std::ptrdiff_t count) noexcept
 {
+#pragma GCC unroll 8
     for (std::ptrdiff_t i = 0; i < count; ++i)
         to[i * distance] = from[i * step];
 }
 
 // The pixels first .. end - 1, which the window reaches, in pieces: results go through a buffer, and so does what does
 // not lie as the rows do. Returns the first pixel not done: the last piece may be less than a vector.
-template <class Kernel, class Sample>
+template <int Radius, class Kernel, class Sample>
 std::ptrdiff_t usm_pieces(const Kernel &kernel, const usm_line<Sample> &line, std::ptrdiff_t first,
                           std::ptrdiff_t end) noexcept
 {
     Sample samples[usm_stage] = {};
     Sample limits[usm_stage] = {};
     Sample results[usm_stage];
-    const std::ptrdiff_t distance = line.row_step;
+    const std::ptrdiff_t distance =
+        line.distance;  // the step of the rows as well: what lies side by side needs no pieces
     const std::ptrdiff_t pixels = (usm_stage - 1) / distance + 1;
     usm_stretch<Sample> piece{{}, samples, line.limits != nullptr ? limits : nullptr, results, distance, 0};
     while (first < end) {
@@ -244,7 +246,7 @@ std::ptrdiff_t usm_pieces(const Kernel &kernel, const usm_line<Sample> &line, st
         piece.count = (count - 1) * distance + 1;
         if (piece.count < Kernel::lanes)
             break;
-        for (int row = 0; row < 5; ++row)
+        for (int row = 0; row < 2 * usm_reach(Radius) + 1; ++row)
             piece.rows[row] = line.rows[row] + first * distance;
         if (line.step == distance)
             piece.samples = line.samples + first * distance;
@@ -263,26 +265,26 @@ std::ptrdiff_t usm_pieces(const Kernel &kernel, const usm_line<Sample> &line, st
 template <class Kernel, class Sample, int Radius>
 void usm_sharpen(const usm_curve &curve, const usm_line<Sample> &line) noexcept
 {
-    constexpr int reach = usm_reach(Radius);
-    const std::ptrdiff_t inner = line.width - 2 * reach;
+    const std::ptrdiff_t border = line.border;
+    const std::ptrdiff_t inner = line.width - 2 * border;
     if (!Kernel::serves(curve) || line.row_step < 1 || line.row_step > usm_widest_step ||
         (inner - 1) * line.row_step + 1 < Kernel::lanes) {
         usm_pixels(Radius, curve, line, 0, line.width);
         return;
     }
     const Kernel kernel(curve);
-    std::ptrdiff_t done = reach + inner;
+    std::ptrdiff_t done = border + inner;
     if (line.row_step == 1 && line.step == 1 && line.out_step == 1 &&
         (line.limits == nullptr || line.limit_step == 1)) {
-        usm_stretch<Sample> whole{{}, line.samples + reach, nullptr, line.out + reach, 1, inner};
-        for (int row = 0; row < 5; ++row)
-            whole.rows[row] = line.rows[row] + reach;
+        usm_stretch<Sample> whole{{}, line.samples + border, nullptr, line.out + border, line.distance, inner};
+        for (int row = 0; row < 2 * usm_reach(Radius) + 1; ++row)
+            whole.rows[row] = line.rows[row] + border;
         if (line.limits != nullptr)
-            whole.limits = line.limits + reach;
+            whole.limits = line.limits + border;
         kernel.sharpen(whole);
     } else
-        done = usm_pieces(kernel, line, reach, reach + inner);
-    usm_pixels(Radius, curve, line, 0, reach);
+        done = usm_pieces<Radius>(kernel, line, border, border + inner);
+    usm_pixels(Radius, curve, line, 0, border);
     usm_pixels(Radius, curve, line, done, line.width);
 }
 

@@ -6,15 +6,7 @@
 //     fed          0   1   2   3   4   5   6
 //     handed over  0*  1*  -   -   2   3   4, 5*, 6*       * copied
 //
-// Per pixel there are only integers: strength, coring and level factors stand in tables of V + 1 entries. Beside the
-// tables stand forms of them that suit vectors. Corrections of bytes are cut to 255, which cannot be seen in a result;
-// and a table without coring mostly is one multiplication:
-//
-//     table[d] = d * multiplier >> shift      for all d, or the table is used
-//
-// A multiplier fits when table[d] * 2^shift <= d * multiplier < (table[d] + 1) * 2^shift, so all that fit lie between
-// two bounds. Example: strength 1.0, radius 1, V = 255, shift 16: 85 and 255 want 21846 at least, 2 wants 32767 at most,
-// 254 wants 21931; the multiplier is 21846.
+// Per pixel there are only integers; what they are is made by fusm_tables.cpp.
 //
 // No process-wide state. A pixel costs O(1) per component, an image O(width) of memory.
 
@@ -22,37 +14,27 @@
 
 #include "Kernels/kernels.h"
 #include "Support/checked_size.h"
+#include "Support/fusm_priv.h"
 #include "Support/memory.h"
 #include "Support/report.h"
-#include "interp_double.h"
 
 #include <algorithm>
 #include <climits>
-#include <cmath>
 #include <cstring>
 
-using std::int16_t;
 using std::int32_t;
 using std::ptrdiff_t;
 using std::size_t;
 using std::uint16_t;
-using std::uint32_t;
 using std::uint64_t;
-using std::uint8_t;
 using teska::heap_block;
+using teska::usm::max_processed;
 
 namespace
 {
 
-constexpr int max_processed = 4;
 constexpr int max_components = 10;
 constexpr int max_window = 5;  // lines
-constexpr int byte_values = 256;
-constexpr double factor_unit = 256.0;  // the level factor that changes nothing
-constexpr size_t read_ahead = 1;       // entries that a kernel may read behind a table
-
-// What stands in for a table there was no memory for.
-constexpr uint16_t no_correction[1 + read_ahead] = {};
 
 struct ring_line {
     const void *samples[max_processed];  // as they were fed
@@ -63,159 +45,29 @@ struct ring_line {
 }  // namespace
 
 struct fusm {
+    teska::usm::corrections corrections;
     int radius = 0;
     int reach = 0;   // lines of the window before and behind the middle
     int window = 0;  // lines
-    int top = 0;     // V
     int processed = 0;
     int components = 0;
-    int height = 0;  // lines of the image; 0 while none is expected
-    int width = 0;
-    double strengths[max_processed]{};
-    double noise[max_processed]{};
-    heap_block<int16_t> factors;  // K rows of V + 1; empty: no level reduction
-    heap_block<uint16_t> tables;  // K rows of V + 1; empty when there was no memory for them
-    ring_line ring[max_window]{};
-    int fed = 0;  // lines of the image
-    int in_step = 0;
-    int out_step = 0;
-    int limit_step = 0;
     int list[max_processed]{};
     fusm_conversion conversion = nullptr;
+
+    int height = 0;  // lines of the image; 0 while none is expected
+    int width = 0;
+    int fed = 0;  // lines of the image
     fusm_callback callback = nullptr;
+    int in_step = 0;
+    int limit_step = 0;
+    int out_step = 0;
+    ring_line ring[max_window]{};
     heap_block<uint16_t> converted;  // a row of `width` for each component of each line of the window
-    heap_block<int32_t> high_pass;   // a row of `width` for each component
-    teska::usm_curve curves[max_processed]{};
+    heap_block<int32_t> high_pass;   // a row of `width` for each component; then room for C * width samples
 };
 
 namespace
 {
-
-// ---- Correction tables ----------------------------------------------------------------------------------------------
-
-// Cut to an integer between the bounds; NaN gives 0.
-int cut(double value, int low, int high)
-{
-    if (std::isnan(value))
-        return 0;
-    return value <= low ? low : value >= high ? high : static_cast<int>(value);
-}
-
-double gain(int radius, double strength)
-{
-    return radius == 0 ? strength : radius == 1 ? strength / 3 : strength * 0.25;
-}
-
-void fill_table(uint16_t *table, int top, double g, double noise)
-{
-    const int threshold = cut(top * noise, INT_MIN, INT_MAX);
-    const int half = threshold / 2;
-    for (int64_t d = 0; d <= top; ++d) {
-        double value = static_cast<double>(d) * g;
-        if (d < half || (d < threshold && half == 0))
-            value = 0;
-        else if (d < threshold)
-            value = value * static_cast<double>(d - half) / half;
-        table[d] = static_cast<uint16_t>(cut(std::floor(value), 0, UINT16_MAX));
-    }
-}
-
-// The form of the table that is one multiplication by a number of so many bits, for samples up to `largest`.
-teska::usm_ramp find_ramp(const uint16_t *table, int last, double g, int bits, int largest)
-{
-    // Gains above 1 take some of the bits. From 128 on products would leave the lanes of a vector.
-    int shift = bits;
-    while (g > 1 && shift > bits - 7) {
-        g /= 2;
-        --shift;
-    }
-    uint64_t low = 0;
-    uint64_t high = (uint64_t{1} << bits) - 1;
-    for (uint64_t d = 1; d <= static_cast<uint64_t>(last) && low <= high; ++d) {
-        const uint64_t wanted = std::min<uint64_t>(table[d], static_cast<uint64_t>(largest));
-        low = std::max(low, ((wanted << shift) + d - 1) / d);
-        if (wanted < static_cast<uint64_t>(largest))
-            high = std::min(high, (((wanted + 1) << shift) - 1) / d);
-    }
-    return {.fits = low <= high, .multiplier = static_cast<uint32_t>(low), .shift = shift};
-}
-
-void fill_bytes(teska::usm_curve &curve, double g)
-{
-    for (int d = 0; d < byte_values; ++d)
-        curve.bytes[d] = static_cast<uint8_t>(std::min<int>(curve.table[std::min(d, curve.last)], UINT8_MAX));
-    curve.byte_ramp = find_ramp(curve.table, std::min(curve.last, UINT8_MAX), g, 16, UINT8_MAX);
-    curve.ramp = find_ramp(curve.table, curve.last, g, 32, UINT16_MAX);
-}
-
-size_t row_length(const fusm &f) { return static_cast<size_t>(f.top) + 1; }
-
-// A row of V + 1 two-byte entries for each processed component; empty when that is more than INT_MAX bytes.
-template <class T>
-heap_block<T> rows_of_entries(const fusm &f)
-{
-    teska::checked_size bytes(static_cast<uint64_t>(f.top) + 1, INT_MAX);
-    bytes *= static_cast<uint64_t>(f.processed) * sizeof(T);
-    return bytes.valid() ? teska::zeroed_block<T>(bytes.get() / sizeof(T) + read_ahead) : heap_block<T>();
-}
-
-void build_tables(fusm &f)
-{
-    // Kept: no report when there is no memory.
-    if (!f.tables)
-        f.tables = rows_of_entries<uint16_t>(f);
-    for (int k = 0; k < f.processed; ++k) {
-        teska::usm_curve &curve = f.curves[k];
-        const double g = gain(f.radius, f.strengths[k]);
-        curve.top = f.top;
-        curve.table = no_correction;
-        curve.last = 0;
-        if (f.tables) {
-            uint16_t *const table = f.tables.get() + static_cast<size_t>(k) * row_length(f);
-            fill_table(table, f.top, g, f.noise[k]);
-            curve.table = table;
-            curve.last = f.top;
-        }
-        fill_bytes(curve, g);
-    }
-}
-
-// ---- Level reduction ------------------------------------------------------------------------------------------------
-
-using Curve = teska::handle<lin_interp_double, lin_interp_double_kill>;
-
-// The factors of one component; its points stand `stride` numbers apart. False when the curve is none.
-bool fill_factors(int16_t *row, int top, int points, const double *levels, const double *factors, int stride)
-{
-    const Curve curve(lin_interp_double_new(points, nullptr));
-    if (!curve) {
-        TESKA_ERR("fusm_level_red_set: unable to create lin interp");
-        return false;
-    }
-    for (ptrdiff_t p = 0; p < points; ++p)
-        if (lin_interp_double_insert(curve.get(), levels[p * stride], factors[p * stride]) < 0)
-            return false;
-    for (ptrdiff_t v = 0; v <= top; ++v) {
-        double factor = 0;
-        if (lin_interp_double_inter(curve.get(), top > 0 ? static_cast<double>(v) / top : 0, &factor) < 0)
-            return false;
-        row[v] = static_cast<int16_t>(cut(std::floor(factor_unit * factor), INT16_MIN, INT16_MAX));
-    }
-    return true;
-}
-
-void use_factors(fusm &f)
-{
-    for (int k = 0; k < f.processed; ++k) {
-        teska::usm_curve &curve = f.curves[k];
-        curve.factors = f.factors ? f.factors.get() + static_cast<size_t>(k) * row_length(f) : nullptr;
-        for (int v = 0; v < byte_values && curve.factors != nullptr; ++v) {
-            const auto bits = static_cast<uint16_t>(curve.factors[std::min(v, f.top)]);
-            curve.factor_bytes[0][v] = static_cast<uint8_t>(bits);
-            curve.factor_bytes[1][v] = static_cast<uint8_t>(bits >> 8);
-        }
-    }
-}
 
 // ---- Flow of lines --------------------------------------------------------------------------------------------------
 
@@ -252,18 +104,22 @@ void take_line(fusm &f, int line, Sample *const *in, const Sample *limits)
 }
 
 template <class Sample>
+void copy_samples(const Sample *from, ptrdiff_t step, Sample *to, ptrdiff_t out_step, ptrdiff_t count)
+{
+    if (step == 1 && out_step == 1) {
+        std::memmove(to, from, static_cast<size_t>(count) * sizeof(Sample));
+        return;
+    }
+#pragma GCC unroll 8
+    for (ptrdiff_t x = 0; x < count; ++x)
+        to[x * out_step] = from[x * step];
+}
+
+template <class Sample>
 void copy_line(fusm &f, int line, Sample *const *out)
 {
-    const ptrdiff_t in_step = f.in_step;
-    const ptrdiff_t out_step = f.out_step;
     for (int k = 0; k < f.processed; ++k) {
-        const auto *const samples = static_cast<const Sample *>(slot(f, line).samples[k]);
-        Sample *const to = out[k];
-        if (in_step == 1 && out_step == 1)
-            std::memmove(to, samples, static_cast<size_t>(f.width) * sizeof(Sample));
-        else
-            for (ptrdiff_t x = 0; x < f.width; ++x)
-                to[x * out_step] = samples[x * in_step];
+        copy_samples(static_cast<const Sample *>(slot(f, line).samples[k]), f.in_step, out[k], f.out_step, f.width);
         f.callback(k);
     }
 }
@@ -279,23 +135,69 @@ void sharpen(int radius, const teska::usm_curve &curve, const teska::usm_words &
 }
 
 template <class Sample>
+teska::usm_line<Sample> window_around(fusm &f, int line, int k)
+{
+    teska::usm_line<Sample> work{};
+    for (int i = 0; i < f.window; ++i)
+        work.rows[i] = static_cast<const Sample *>(slot(f, line - f.reach + i).rows[k]);
+    work.row_step = work.distance = f.conversion != nullptr ? 1 : f.in_step;
+    work.border = f.reach;
+    work.samples = static_cast<const Sample *>(slot(f, line).samples[k]);
+    work.step = f.in_step;
+    work.limits = static_cast<const Sample *>(slot(f, line).limits);
+    work.limit_step = f.limit_step;
+    work.width = f.width;
+    work.high_pass = f.high_pass.get() + static_cast<ptrdiff_t>(f.list[k]) * f.width;
+    return work;
+}
+
+// Whether the components lie side by side in all lines of the window, and can be sharpened as one run of samples.
+template <class Sample>
+bool side_by_side(fusm &f, int line)
+{
+    if (f.processed == 1 || !f.corrections.alike || f.conversion != nullptr || f.in_step < f.processed ||
+        f.in_step > f.components || f.width == 0 || slot(f, line).limits != nullptr)
+        return false;
+    for (const ring_line &fed : f.ring)
+        for (int k = 0; k < f.processed && fed.rows[0] != nullptr; ++k)
+            if (fed.rows[k] != static_cast<const Sample *>(fed.rows[0]) + k)
+                return false;
+    return true;
+}
+
+// Sharpens all components at once, and hands them over one by one.
+template <class Sample>
+void sharpen_together(fusm &f, int line, Sample *const *out)
+{
+    const ptrdiff_t step = f.in_step;
+    auto *const results =
+        reinterpret_cast<Sample *>(f.high_pass.get() + static_cast<ptrdiff_t>(f.components) * f.width);
+    teska::usm_line<Sample> work = window_around<Sample>(f, line, 0);
+    work.row_step = work.step = work.out_step = 1;
+    work.distance = step;
+    work.border = f.reach * step;
+    work.width = (f.width - 1) * step + f.processed;
+    work.out = results;
+    work.high_pass = f.high_pass.get();
+    sharpen(f.radius, f.corrections.curves[0], work);
+    for (int k = 0; k < f.processed; ++k) {
+        copy_samples<Sample>(results + k, step, out[k], f.out_step, f.width);
+        f.callback(k);
+    }
+}
+
+template <class Sample>
 void sharpen_line(fusm &f, int line, Sample *const *out)
 {
-    const ring_line &middle = slot(f, line);
+    if (side_by_side<Sample>(f, line)) {
+        sharpen_together(f, line, out);
+        return;
+    }
     for (int k = 0; k < f.processed; ++k) {
-        teska::usm_line<Sample> work{};
-        for (int i = 0; i < f.window; ++i)
-            work.rows[i] = static_cast<const Sample *>(slot(f, line - f.reach + i).rows[k]);
-        work.row_step = f.conversion != nullptr ? 1 : f.in_step;
-        work.samples = static_cast<const Sample *>(middle.samples[k]);
-        work.step = f.in_step;
-        work.limits = static_cast<const Sample *>(middle.limits);
-        work.limit_step = f.limit_step;
+        teska::usm_line<Sample> work = window_around<Sample>(f, line, k);
         work.out = out[k];
         work.out_step = f.out_step;
-        work.width = f.width;
-        work.high_pass = f.high_pass.get() + static_cast<ptrdiff_t>(f.list[k]) * f.width;
-        sharpen(f.radius, f.curves[k], work);
+        sharpen(f.radius, f.corrections.curves[k], work);
         f.callback(k);
     }
 }
@@ -355,18 +257,18 @@ fusm *fusm_new(int radius, int maxValue, int nProcessed, int nComponents, const 
         TESKA_ERR("usm_new: unable to malloc");
         return nullptr;
     }
-    f->radius = radius;
+    f->radius = f->corrections.radius = radius;
     f->reach = radius == 0 ? 1 : 2;
     f->window = 2 * f->reach + 1;
-    f->top = std::max(maxValue, 0);
-    f->processed = nProcessed;
+    f->corrections.top = std::max(maxValue, 0);
+    f->processed = f->corrections.processed = nProcessed;
     f->components = nComponents;
     f->conversion = conversion;
     for (int k = 0; k < nProcessed; ++k) {
         f->list[k] = componentList != nullptr ? componentList[k] : k;
-        f->strengths[k] = 1.0;
+        f->corrections.strengths[k] = 1.0;
     }
-    build_tables(*f);
+    teska::usm::build_tables(f->corrections);
     return f.release();
 }
 
@@ -380,42 +282,28 @@ int fusm_kill(fusm *record) TESKA_NOTHROW
 
 int fusm_stren_set(fusm *record, const double *strengths) TESKA_NOTHROW
 {
-    std::copy_n(strengths, record->processed, record->strengths);
-    build_tables(*record);
+    std::copy_n(strengths, record->processed, record->corrections.strengths);
+    teska::usm::build_tables(record->corrections);
     return 1;
 }
 
 int fusm_noise_red_set(fusm *record, const double *noise) TESKA_NOTHROW
 {
-    std::copy_n(noise, record->processed, record->noise);
-    build_tables(*record);
+    std::copy_n(noise, record->processed, record->corrections.noise);
+    teska::usm::build_tables(record->corrections);
     return 1;
 }
 
 int fusm_level_red_set(fusm *record, int nPoints, const double *levels, const double *factors) TESKA_NOTHROW
 {
-    record->factors.reset();
-    use_factors(*record);
-    if (nPoints <= 0)
-        return 1;
-    auto rows = rows_of_entries<int16_t>(*record);
-    if (!rows)
-        return 0;
-    for (int k = 0; k < record->processed; ++k) {
-        int16_t *const row = rows.get() + static_cast<size_t>(k) * row_length(*record);
-        if (!fill_factors(row, record->top, nPoints, levels + k, factors + k, record->processed))
-            return 0;
-    }
-    record->factors.swap(rows);
-    use_factors(*record);
-    return 1;
+    return teska::usm::set_levels(record->corrections, nPoints, levels, factors) ? 1 : 0;
 }
 
 // ---- Query ----------------------------------------------------------------------------------------------------------
 
-double *fusm_stren_get(fusm *record) TESKA_NOTHROW { return record->strengths; }
+double *fusm_stren_get(fusm *record) TESKA_NOTHROW { return record->corrections.strengths; }
 
-double *fusm_noise_red_get(fusm *record) TESKA_NOTHROW { return record->noise; }
+double *fusm_noise_red_get(fusm *record) TESKA_NOTHROW { return record->corrections.noise; }
 
 // ---- Process --------------------------------------------------------------------------------------------------------
 
@@ -435,7 +323,7 @@ int fusm_start(fusm *record, int nLines, int width, fusm_callback callback, int 
         }
     }
     f.high_pass.reset();
-    f.high_pass = image_rows<int32_t>(f.components, f.width);
+    f.high_pass = image_rows<int32_t>(f.components + (f.components + 1) / 2, f.width);
     if (!f.high_pass) {
         TESKA_ERR("fusm_start: malloc HPFc_buf failed");
         return 0;
