@@ -14,26 +14,32 @@ struct avx512 {
     static constexpr int vectors = 8;
 
     static vector load(const std::uint32_t *at) noexcept { return _mm512_loadu_si512(at); }
-    static vector load(const std::uint8_t *at) noexcept
-    {
-        return _mm512_cvtepu8_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i *>(at)));
-    }
-    static vector load(const std::uint16_t *at) noexcept
-    {
-        return _mm512_cvtepu16_epi32(_mm256_loadu_si256(reinterpret_cast<const __m256i *>(at)));
-    }
     static vector all(std::uint32_t value) noexcept { return _mm512_set1_epi32(static_cast<int>(value)); }
     static vector add(vector a, vector b) noexcept { return _mm512_add_epi32(a, b); }
     static vector multiply_add(vector a, vector b) noexcept { return _mm512_madd_epi16(a, b); }
     static vector shift_up(vector a) noexcept { return _mm512_slli_epi32(a, 16); }
 
-    // The high halves of `before` become the low ones, the samples the high ones.
-    static vector halves(vector before, vector samples, vector offset) noexcept
+    static void store(std::uint32_t *at, vector value) noexcept { _mm512_storeu_si512(at, value); }
+
+    static vector widen(const std::uint8_t *at) noexcept
     {
-        return _mm512_or_si512(_mm512_srli_epi32(before, 16), _mm512_xor_si512(shift_up(samples), offset));
+        return _mm512_cvtepu8_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i *>(at)));
+    }
+    static vector widen(const std::uint16_t *at) noexcept
+    {
+        const __m256i samples = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(at));
+        return _mm512_cvtepu16_epi32(_mm256_xor_si256(samples, _mm256_set1_epi16(-0x8000)));
     }
 
-    static void store(std::uint32_t *at, vector value) noexcept { _mm512_storeu_si512(at, value); }
+    // As many adjacent pixels as fill vectors; returns how many.
+    template <class Sample>
+    static std::ptrdiff_t pack(std::uint32_t *words, const Sample *before, const Sample *line, int count) noexcept
+    {
+        std::ptrdiff_t x = 0;
+        for (; x + lanes <= count; x += lanes)
+            store(words + x, _mm512_or_si512(widen(before + x), shift_up(widen(line + x))));
+        return x;
+    }
 
     static vector clip(vector sum, std::uint16_t maximum) noexcept
     {

@@ -43,9 +43,8 @@ template <class Sample>
 struct fir_sample_kernels {
     // out[x * out_step], 0 <= x < count, from lines[i][(x + j) * in_step].
     void (*filter)(const fir_window &window, const Sample *const *lines, Sample *out) noexcept;
-    // The words of a line, from those of the line before, which may be the same place. Null in the scalar set, as
-    // filter_words.
-    void (*pack)(std::uint32_t *words, const std::uint32_t *before, const Sample *line, std::ptrdiff_t step,
+    // The words of a line and the one before it. Null in the scalar set, as filter_words.
+    void (*pack)(std::uint32_t *words, const Sample *before, const Sample *line, std::ptrdiff_t step,
                  int count) noexcept;
     // Pixels first .. first + count - 1 of the result, to out[0 ..].
     void (*filter_words)(const fir_taps &taps, int first, int count, Sample *out) noexcept;

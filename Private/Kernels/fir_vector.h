@@ -11,7 +11,7 @@
 // clipped, since the sum is signed.
 //
 // Words stand for all columns of a line, so the next column is the same load one word further on, and a line is packed
-// once, from the high halves of the words of the line before.
+// once.
 
 #ifndef TESKA_FIR_VECTOR_H
 #define TESKA_FIR_VECTOR_H
@@ -50,14 +50,12 @@ struct fir_kernel {
     static void sum_up(vector (&sums)[Vectors], const fir_taps &taps, std::ptrdiff_t x) noexcept
     {
         for (vector &sum : sums)
-            sum = Isa::all(0);
+            sum = Isa::all(taps.highs != 0 ? 0 : taps.start);
         if (taps.highs != 0) {
             add(sums, taps.high, taps.highs, x);
             for (vector &sum : sums)
-                sum = Isa::shift_up(sum);
+                sum = Isa::add(Isa::shift_up(sum), Isa::all(taps.start));
         }
-        for (vector &sum : sums)
-            sum = Isa::add(sum, Isa::all(taps.start));
         add(sums, taps.low, taps.lows, x);
     }
 
@@ -88,16 +86,12 @@ struct fir_kernel {
     }
 
     template <class Sample>
-    static void pack(std::uint32_t *words, const std::uint32_t *before, const Sample *line, std::ptrdiff_t step,
+    static void pack(std::uint32_t *words, const Sample *before, const Sample *line, std::ptrdiff_t step,
                      int count) noexcept
     {
-        constexpr std::uint32_t offset = sizeof(Sample) == 1 ? 0 : 0x80000000U;
-        std::ptrdiff_t x = 0;
-        if (step == 1)
-            for (; x + lanes <= count; x += lanes)
-                Isa::store(words + x, Isa::halves(Isa::load(before + x), Isa::load(line + x), Isa::all(offset)));
-        for (; x < count; ++x)
-            words[x] = before[x] >> 16 | (std::uint32_t{line[x * step]} << 16 ^ offset);
+        constexpr std::uint32_t offset = sizeof(Sample) == 1 ? 0 : 0x80008000U;
+        for (std::ptrdiff_t x = step == 1 ? Isa::pack(words, before, line, count) : 0; x < count; ++x)
+            words[x] = (before[x * step] | std::uint32_t{line[x * step]} << 16) ^ offset;
     }
 
     template <class Sample>

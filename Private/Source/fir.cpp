@@ -48,7 +48,8 @@ constexpr int max_components = 4;
 constexpr int max_taps = (max_radius + 1) * max_size;
 constexpr double one = 65536.0;       // coefficient 1
 constexpr uint32_t half = 0x8000;     // what is taken off 16-bit samples
-constexpr int row_unit = 16;          // words; rows begin a cache line apart
+constexpr size_t page_words = 1024;   // rows whole pages apart would get in each other's way in the cache
+constexpr size_t row_offset = 528;    // by which they miss it, in words: more than half, and whole cache lines
 constexpr int max_result = 0x7FFF;    // of a signed sum
 constexpr int strided_pixels = 1024;  // filtered at once when outputs are not adjacent
 
@@ -76,8 +77,9 @@ struct fir {
     line_rings<std::uint8_t> bytes;
     fir_callback callback = nullptr;
     bool all_zero = true;       // the fixed kernel
-    heap_block<uint32_t> rows;  // L rows of words for each component; empty: the definition works
-    size_t row_words = 0;       // from one row to the next
+    heap_block<uint32_t> rows;  // L rows of words for each component; kept for the next image
+    size_t rows_room = 0;       // words
+    size_t row_words = 0;       // from one row to the next; 0: the definition works
 };
 
 namespace
@@ -106,21 +108,32 @@ line_rings<Sample> &rings_of(fir &f)
 // Rows of words for the image that begins, where they are needed and there is memory.
 void prepare_rows(fir &f)
 {
-    f.rows.reset();
+    f.row_words = 0;
     if (f.all_zero || f.width < f.size || f.lines < f.size || f.bytes.kernels.pack == nullptr)
         return;
-    f.row_words = (static_cast<size_t>(f.width) + teska::fir_spare_words + row_unit - 1) / row_unit * row_unit;
-    teska::checked_size words(f.row_words, PTRDIFF_MAX / sizeof(uint32_t));
-    words *= static_cast<uint32_t>(f.size);
-    words *= max_components;
-    if (words.valid())
+    const size_t least = static_cast<size_t>(f.width) + teska::fir_spare_words;
+    const size_t row_words = (least + page_words - 1 - row_offset) / page_words * page_words + row_offset;
+    teska::checked_size words(row_words, PTRDIFF_MAX / sizeof(uint32_t));
+    words *= static_cast<uint32_t>(f.size * std::clamp(f.components, 1, max_components));
+    if (!words.valid())
+        return;
+    if (words.get() > f.rows_room) {
+        f.rows_room = 0;
+        f.rows.reset();
         f.rows = teska::zeroed_block<uint32_t>(words.get());
+        if (!f.rows)
+            return;
+        f.rows_room = words.get();
+    }
+    f.row_words = row_words;
 }
 
-// The words of a line, at least -1; those of line -1 are never needed.
+bool has_rows(const fir &f, int component) { return f.row_words != 0 && component < std::max(f.components, 1); }
+
+// The words of a line and the one before it.
 uint32_t *row(const fir &f, int component, std::int64_t line)
 {
-    const auto slot = static_cast<size_t>((line + f.size) % f.size);
+    const auto slot = static_cast<size_t>(line % f.size);
     return f.rows.get() + (static_cast<size_t>(component * f.size) + slot) * f.row_words;
 }
 
@@ -199,7 +212,7 @@ void filter_interior(fir &f, int component, Sample *out)
     if (f.all_zero) {
         for (ptrdiff_t x = 0; x < count; ++x)
             out[x * f.out_step] = 0;
-    } else if (f.rows) {
+    } else if (has_rows(f, component)) {
         filter_words(f, component, count, out);
     } else {
         const auto &rings = rings_of<Sample>(f);
@@ -224,8 +237,9 @@ void take_line(fir &f, int component, const Sample *line, Sample **out)
     const Sample *const centre = ring[f.radius];
 
     const std::int64_t c = f.counter;
-    if (f.rows && c < f.lines)
-        rings.kernels.pack(row(f, component, c), row(f, component, c - 1), line, f.in_step, f.width);
+    if (c < f.lines && has_rows(f, component))
+        rings.kernels.pack(row(f, component, c), c > 0 && f.radius > 0 ? ring[f.size - 2] : line, line, f.in_step,
+                           f.width);
     if (c < f.radius) {
         // The flush of an image of fewer than r lines passes here too.
         if (c >= f.lines)
