@@ -1,6 +1,5 @@
-# The map of the library: every module once, under its subsystem. It feeds the
-# build, the IDE groups, the test labels and the check of the index in
-# Private/Source/README.md.
+# The map of the library: every module once, under its subsystem. It feeds the build, the IDE groups, the test labels
+# and the check of the index in Private/Source/README.md.
 
 teska_subsystem(
   core
@@ -16,8 +15,7 @@ teska_subsystem(
   teska_time
   tlist:telement+tlist
   tobjfac:tobjel+tobjlist+tobjfac)
-teska_subsystem(text "Text and numbers" file_double:file_double+vd
-                numb:numb+byteorder str_utils str_zuk)
+teska_subsystem(text "Text and numbers" file_double:file_double+vd numb:numb+byteorder str_utils str_zuk)
 teska_subsystem(
   files
   "Files, streams and devices"
@@ -54,11 +52,7 @@ teska_subsystem(
   grad_tab
   hist
   interp_double)
-teska_subsystem(
-  colour "Colour lookup tables and multidimensional interpolation" clut
-  md_tetrab md_tetrad tfastpow)
-teska_subsystem(image "Image processing, line by line" fir flood
-                fusm:fusm+fusm_tables ibilin:ibilin+ibilin_plan)
-teska_subsystem(
-  geometry "Geometry and gamut" proj:proj+proj_tetra+proj_triangle
-  tetra:tetra+tetra_hull+tetra_tiling+tetra_volume tplane volume_export)
+teska_subsystem(colour "Colour lookup tables and multidimensional interpolation" clut md_tetrab md_tetrad tfastpow)
+teska_subsystem(image "Image processing, line by line" fir flood fusm:fusm+fusm_tables ibilin:ibilin+ibilin_plan)
+teska_subsystem(geometry "Geometry and gamut" proj:proj+proj_tetra+proj_triangle
+                tetra:tetra+tetra_hull+tetra_tiling+tetra_volume tplane volume_export)
