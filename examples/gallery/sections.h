@@ -22,6 +22,9 @@ section separation_section(const gallery_inputs &inputs);
 // A tone curve, fits through measured tones, the dither cell, two searches for a minimum.
 section curves_section(const gallery_inputs &inputs);
 
+// Sharpening, resampling, filling, and one formula in three kinds of tables.
+section lines_section(const gallery_inputs &inputs);
+
 // The pictures of the sections before it in one archive and out again: comes last.
 section records_section(const gallery_inputs &inputs);
 

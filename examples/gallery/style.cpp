@@ -69,6 +69,9 @@ figcaption { margin-top: .6rem; color: var(--soft); font-size: .95rem; line-heig
 figcaption b { color: var(--text); }
 .pair { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 24rem), 1fr)); gap: 1.75rem 2rem;
   margin-top: 1.5rem; }
+.strip { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 15rem), 1fr)); gap: 1.25rem;
+  margin-top: 1.5rem; }
+.strip img { image-rendering: pixelated; }
 .plates { display: grid; grid-template-columns: 1fr 1fr; gap: 1.25rem; align-content: start; }
 .plates b::before, .mixer label::before { content: ""; display: inline-block; width: .7em; height: .7em;
   margin-right: .45em; border-radius: 50%; background: var(--ink); border: 1px solid var(--soft); }

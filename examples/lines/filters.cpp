@@ -1,0 +1,129 @@
+// filters - the line filters of the library on whole pictures
+//
+// Callbacks know the component only, so the picture that is being made stands in one place of this file.
+
+#include "lines/job.h"
+#include "support/failure.h"
+#include "support/foreign.h"
+
+#include "fir.h"
+#include "fusm.h"
+#include "ibilin.h"
+
+#include <algorithm>
+#include <array>
+
+namespace examples
+{
+
+namespace
+{
+
+constexpr int most_channels = 3;
+
+// Where output lines go: sample pointers of the next line, one per channel.
+struct receiver {
+    explicit receiver(picture &target) : stride(target.width * target.channels)
+    {
+        for (int c = 0; c < most_channels; ++c)
+            next[static_cast<std::size_t>(c)] = target.samples.data() + c;
+    }
+
+    std::array<unsigned char *, most_channels> next{};
+    std::ptrdiff_t stride;
+};
+
+receiver *receiving = nullptr;
+
+// For filters that read the output pointer again for each line.
+void step_on(int component) { receiving->next[static_cast<std::size_t>(component)] += receiving->stride; }
+
+// The channels of a line.
+std::array<unsigned char *, most_channels> channels_of(const picture &source, int y)
+{
+    // The filters' interface leaves input lines alone but does not say so.
+    auto *line = const_cast<unsigned char *>(source.line(y));
+    return {line, line + 1, line + 2};
+}
+
+// For the resampler, which hands out several lines in one place: a row that is copied away when it is complete.
+struct collector {
+    explicit collector(picture &target)
+        : made(target),
+          row(static_cast<std::size_t>(target.width * target.channels)), at{row.data(), row.data() + 1, row.data() + 2}
+    {
+    }
+
+    picture &made;
+    int y = 0;
+    std::vector<unsigned char> row;
+    std::array<unsigned char *, most_channels> at;
+};
+
+collector *collecting = nullptr;
+
+void collect(int component)
+{
+    if (component + 1 == collecting->made.channels)
+        std::copy(collecting->row.begin(), collecting->row.end(), collecting->made.line(collecting->y++));
+}
+
+}  // namespace
+
+picture sharpened(const picture &source, int radius, double strength, double noise)
+{
+    const foreign<fusm, fusm_kill> filter(fusm_new(radius, 255, source.channels, source.channels, nullptr, nullptr));
+    if (!filter)
+        throw failure("no filter for sharpening");
+    const std::array<double, most_channels> strengths = {strength, strength, strength};
+    const std::array<double, most_channels> noises = {noise, noise, noise};
+    fusm_stren_set(filter.get(), strengths.data());
+    fusm_noise_red_set(filter.get(), noises.data());
+    if (fusm_start(filter.get(), source.height, source.width, step_on, source.channels, 0, source.channels) == 0)
+        throw failure("no memory for sharpening");
+    picture made(source.width, source.height, source.channels);
+    receiver lines(made);
+    receiving = &lines;
+    for (int y = 0; y < source.height; ++y) {
+        auto in = channels_of(source, y);
+        fusm_b_do(filter.get(), in.data(), lines.next.data(), nullptr);
+    }
+    return made;
+}
+
+picture borders_of_filter(const picture &source, int radius)
+{
+    const foreign<fir, fir_kill> filter(fir_new(radius, 255));
+    if (!filter)
+        throw failure("no filter");
+    fir_start(filter.get(), source.channels, source.height, source.width, step_on, source.channels, source.channels);
+    picture made(source.width, source.height, source.channels);
+    receiver lines(made);
+    receiving = &lines;
+    for (int y = 0; y < source.height; ++y) {
+        const auto in = channels_of(source, y);
+        fir_rgb_b(filter.get(), in[0], in[1], in[2], lines.next.data(), &lines.next[1], &lines.next[2]);
+    }
+    return made;
+}
+
+picture resampled(const picture &source, int width, int height)
+{
+    const foreign<ibilin, ibilin_kill> filter(ibilin_new(0));
+    if (!filter || ibilin_start(filter.get(), source.channels, source.height, source.width, height, width, collect,
+                                source.channels, source.channels) == 0)
+        throw failure("no memory for resampling");
+    picture made(width, height, source.channels);
+    collector lines(made);
+    collecting = &lines;
+    for (int y = 0; y < source.height; ++y) {
+        const auto in = channels_of(source, y);
+        if (source.channels == 1)
+            ibilin_mono_b(filter.get(), in[0], lines.at.data());
+        else
+            ibilin_rgb_b(filter.get(), in[0], in[1], in[2], lines.at.data(), &lines.at[1], &lines.at[2]);
+    }
+    return made;
+}
+
+}  // namespace examples

@@ -1,0 +1,165 @@
+// tables - one formula in three kinds of tables
+
+#include "lines/job.h"
+#include "support/failure.h"
+#include "support/foreign.h"
+
+#include "clut.h"
+#include "md_tetrab.h"
+#include "md_tetrad.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numbers>
+
+namespace examples
+{
+
+namespace
+{
+
+constexpr int grid_points = 17;
+constexpr int size = 256;  // of the picture
+constexpr double blue = 0.4;
+constexpr int error_factor = 64;
+
+using colour = std::array<double, 3>;
+
+// IEC 61966-2-1 and CIE 15; white is the sum of the primaries.
+double linear(double v) { return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4); }
+double encoded(double v) { return v <= 0.0031308 ? 12.92 * v : 1.055 * std::pow(v, 1 / 2.4) - 0.055; }
+double lightness(double t) { return t > 216.0 / 24389 ? std::cbrt(t) : (24389.0 / 27 * t + 16) / 116; }
+double luminance(double f) { return f > 6.0 / 29 ? f * f * f : (116 * f - 16) * 27 / 24389; }
+
+// Twice the chroma at the same lightness and hue, cut where the screen ends.
+colour vivid(const colour &in)
+{
+    const double r = linear(in[0]), g = linear(in[1]), b = linear(in[2]);
+    const double fx = lightness((0.4124 * r + 0.3576 * g + 0.1805 * b) / 0.9505);
+    const double fy = lightness(0.2126 * r + 0.7152 * g + 0.0722 * b);
+    const double fz = lightness((0.0193 * r + 0.1192 * g + 0.9505 * b) / 1.089);
+    const double x = 0.9505 * luminance(fy + 2 * (fx - fy));
+    const double y = luminance(fy);
+    const double z = 1.089 * luminance(fy - 2 * (fy - fz));
+    const colour out = {3.2406 * x - 1.5372 * y - 0.4986 * z, -0.9689 * x + 1.8758 * y + 0.0415 * z,
+                        0.0557 * x - 0.2040 * y + 1.0570 * z};
+    colour result;
+    std::transform(out.begin(), out.end(), result.begin(), [](double v) { return encoded(std::clamp(v, 0.0, 1.0)); });
+    return result;
+}
+
+colour place(int x, int y) { return {x / (size - 1.0), (size - 1 - y) / (size - 1.0), blue}; }
+
+colour vertex(const int *index)
+{
+    constexpr double top = grid_points - 1;
+    return vivid({index[0] / top, index[1] / top, index[2] / top});
+}
+
+// Calls put(pixel, channel, value 0 .. 1) for the whole picture.
+template <class Convert>
+std::vector<double> converted(const Convert &convert)
+{
+    std::vector<double> values;
+    for (int y = 0; y < size; ++y)
+        for (int x = 0; x < size; ++x)
+            for (const double value : convert(place(x, y)))
+                values.push_back(value);
+    return values;
+}
+
+// CLUT's last input varies fastest.
+std::vector<double> through_clut()
+{
+    std::array<unsigned char, 3> counts = {grid_points, grid_points, grid_points};
+    std::vector<float> values;
+    for (int r = 0; r < grid_points; ++r)
+        for (int g = 0; g < grid_points; ++g)
+            for (int b = 0; b < grid_points; ++b)
+                for (const double value : vertex(std::array{r, g, b}.data()))
+                    values.push_back(static_cast<float>(value));
+    CLUT table(3, counts.data(), 3, 0, values.data());
+    return converted([&](const colour &in) {
+        colour out;
+        table.Interpolate(out.data(), in.data());
+        return out;
+    });
+}
+
+std::vector<double> through_bytes()
+{
+    const foreign<md_tetrab, md_tetrab_kill> table(md_tetrab_new(3, 3, grid_points));
+    if (!table)
+        throw failure("no memory for a table of bytes");
+    std::array<int, 3> index{};
+    do {
+        unsigned char *out = md_tetrab_vertex_get(table.get(), index.data(), nullptr);
+        for (const double value : vertex(index.data()))
+            *out++ = static_cast<unsigned char>(std::lround(255 * value));
+    } while (md_tetrab_scan_vertex(table.get(), index.data()) != 0);
+    return converted([&](const colour &in) {
+        std::array<unsigned char, 3> bytes;
+        std::transform(in.begin(), in.end(), bytes.begin(),
+                       [](double v) { return static_cast<unsigned char>(std::lround(255 * v)); });
+        std::array<unsigned char, 3> answer{};
+        std::array<unsigned char *, 3> from = {bytes.data(), bytes.data() + 1, bytes.data() + 2};
+        std::array<unsigned char *, 3> to = {answer.data(), answer.data() + 1, answer.data() + 2};
+        md_tetrab_interp(table.get(), from.data(), 1, to.data(), 1, 1, nullptr, 0);
+        return colour{answer[0] / 255.0, answer[1] / 255.0, answer[2] / 255.0};
+    });
+}
+
+std::vector<double> through_doubles()
+{
+    const foreign<md_tetrad, md_tetrad_kill> table(md_tetrad_new(3, 3, grid_points, 0, 1));
+    if (!table)
+        throw failure("no memory for a table of doubles");
+    std::array<int, 3> index{};
+    do {
+        const colour value = vertex(index.data());
+        std::copy(value.begin(), value.end(), md_tetrad_vertex_get(table.get(), index.data(), nullptr));
+    } while (md_tetrad_scan_vertex(table.get(), index.data()) != 0);
+    return converted([&](colour in) {
+        colour out;
+        std::array<double *, 3> from = {in.data(), in.data() + 1, in.data() + 2};
+        std::array<double *, 3> to = {out.data(), out.data() + 1, out.data() + 2};
+        md_tetrad_interp(table.get(), from.data(), 1, to.data(), 1, 1);
+        return out;
+    });
+}
+
+picture shown(const std::vector<double> &values)
+{
+    picture result(size, size, 3);
+    std::transform(values.begin(), values.end(), result.samples.begin(),
+                   [](double v) { return static_cast<unsigned char>(std::lround(255 * v)); });
+    return result;
+}
+
+table_answer compared(const std::string &name, const std::vector<double> &values, const std::vector<double> &exact)
+{
+    table_answer answer{name, shown(values), picture(size, size, 3)};
+    double sum = 0;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const double error = 255 * std::abs(values[i] - exact[i]);
+        sum += error;
+        answer.largest = std::max(answer.largest, error);
+        answer.errors.samples[i] = static_cast<unsigned char>(std::lround(std::min(error_factor * error, 255.0)));
+    }
+    answer.mean = sum / static_cast<double>(values.size());
+    return answer;
+}
+
+}  // namespace
+
+table_comparison compare_tables()
+{
+    const std::vector<double> exact = converted(vivid);
+    return {grid_points,
+            shown(exact),
+            {compared("CLUT", through_clut(), exact), compared("md_tetrab", through_bytes(), exact),
+             compared("md_tetrad", through_doubles(), exact)}};
+}
+
+}  // namespace examples
