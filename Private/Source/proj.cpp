@@ -72,9 +72,29 @@ bool solve(const vec3 &row0, const vec3 &row1, const vec3 &row2, double b[3]) no
     return true;
 }
 
-plane plane_of(const double abcd[4]) { return {vertex(abcd), abcd[3]}; }
+// The product of two doubles is the sum of two: itself, rounded, and this. Source: T. J. Dekker, A floating-point
+// technique for extending the available precision, Numerische Mathematik 18 (1971), p. 233 (mul12).
+double rounded_off(double a, double b, double product)
+{
+    constexpr double halves = 134217729.0;  // 2^27 + 1: splits a double into two of 26 bits
+    const double a_scaled = halves * a;
+    const double b_scaled = halves * b;
+    const double a_high = a_scaled - (a_scaled - a);
+    const double b_high = b_scaled - (b_scaled - b);
+    const double a_low = a - a_high;
+    const double b_low = b - b_high;
+    return ((a_high * b_high - product) + a_high * b_low + a_low * b_high) + a_low * b_low;
+}
 
-projection first_end(const vec3 &p0, double dist) { return {p0, dist, {1.0, 0.0}}; }
+// a b - c d, with all its digits.
+double difference(double a, double b, double c, double d)
+{
+    const double first = a * b;
+    const double second = c * d;
+    return (first - second) + (rounded_off(a, b, first) - rounded_off(c, d, second));
+}
+
+plane plane_of(const double abcd[4]) { return {vertex(abcd), abcd[3]}; }
 
 // The point at t on the line from p0 to p1.
 projection along(const vec3 &p0, const vec3 &p1, double t, const vec3 &q)
@@ -90,22 +110,9 @@ projection along(const vec3 &p0, const vec3 &p1, double t, const vec3 &q)
 namespace teska
 {
 
-projection project_on_segment(const vec3 &p0, const vec3 &p1, const vec3 &q) noexcept
+vec3 narrow_cross(const vec3 &u, const vec3 &v) noexcept
 {
-    const vec3 edge = p1 - p0;
-    const double square = dot(edge, edge);
-    vec3 foot;
-    double unused;
-    // No foot: the ends fall together.
-    if (!foot_on_plane(plane_at_right_angles(edge, q), p0, foot, unused))
-        return first_end(p0, length(p0 - q));
-    const vec3 step = foot - p0;
-    if (!(dot(edge, step) >= 0.0))
-        return first_end(p0, length(p0 - q));
-    if (square < dot(step, step))
-        return {p1, length(p1 - q), {0.0, 1.0}};
-    const double weight = length(foot - p1) / std::sqrt(square);
-    return {foot, length(foot - q), {weight, 1.0 - weight}};
+    return {difference(u.y, v.z, u.z, v.y), difference(u.z, v.x, u.x, v.z), difference(u.x, v.y, u.y, v.x)};
 }
 
 projection project_on_segment_par(const vec3 &p0, const vec3 &p1, const vec3 &q, const vec3 &dir) noexcept
@@ -155,10 +162,10 @@ int proj_det_plane_abcd(const double pts[9], double abcd[4]) TESKA_NOTHROW
 {
     const triangle t = triangle_at(pts);
     plane p;
-    const bool spanned = span_plane(t.v[0], t.v[1] - t.v[0], t.v[2] - t.v[0], p);
+    const double size = span_triangle(t, p);
     store(p.n, abcd);
     abcd[3] = p.d;
-    return spanned ? 0 : -1;
+    return size < proj_degenerate ? -1 : 0;
 }
 
 int proj_on_plane_abcd(const double abcd[4], const double p[3], double x[3], double *dist) TESKA_NOTHROW
@@ -302,7 +309,7 @@ int proj(const double *pts, int n, const double q[3], ProjResult *r, double *dis
     else if (n == 3 && project_on_triangle(triangle_at(pts), query, found) != 0)
         return -1;
     else if (n == 4) {
-        if (project_on_tetra(tetra_at(pts), query, found) != 0)
+        if (project_on_tetra(pts, query, found) != 0)
             return -1;
         found.dist = found.dist >= 0.0 ? 0.0 : -found.dist;
     }

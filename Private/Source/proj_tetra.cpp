@@ -24,22 +24,25 @@ constexpr int faces[4][3] = {{1, 2, 3}, {0, 2, 3}, {0, 1, 3}, {0, 1, 2}};
 
 enum class place { inside, outside, beside_a_line };
 
-triangle face_of(const tetrahedron &t, int k) { return {{t.v[faces[k][0]], t.v[faces[k][1]], t.v[faces[k][2]]}}; }
+triangle face_of(const double *tet, int k)
+{
+    return {{tet + 3 * faces[k][0], tet + 3 * faces[k][1], tet + 3 * faces[k][2]}};
+}
 
 // Finds the weights of q, and the largest of them as its distance. `collinear` is the face that has no plane.
-place locate(const tetrahedron &t, const vec3 &q, projection &found, int &collinear)
+place locate(const double *tet, const vec3 &q, projection &found, int &collinear)
 {
     found.point = q;
     found.dist = 0.0;
     for (int k = 0; k < 4; ++k) {
-        const triangle face = face_of(t, k);
+        const triangle face = face_of(tet, k);
         plane p;
-        if (!span_plane(face.v[0], face.v[1] - face.v[0], face.v[2] - face.v[0], p)) {
+        if (span_triangle(face, p) < proj_degenerate) {
             collinear = k;
             return place::beside_a_line;
         }
         // All comparisons say what has to hold, so that not-a-number is outside.
-        const double height = value_at(p, t.v[k]);
+        const double height = value_at(p, vertex(tet, k));
         if (!(std::fabs(height) >= flat))
             return place::outside;
         const double weight = value_at(p, q) / height;
@@ -54,12 +57,12 @@ place locate(const tetrahedron &t, const vec3 &q, projection &found, int &collin
 // The nearest face, the first of equals; faces that cannot be projected on are left out. face(triangle, found) is a
 // projection onto a triangle. Returns 0, or -1 when no face is left.
 template <class Face>
-int on_faces(const tetrahedron &t, const Face &face, projection &best)
+int on_faces(const double *tet, const Face &face, projection &best)
 {
     bool any = false;
     for (int k = 0; k < 4; ++k) {
         projection found;
-        if (face(face_of(t, k), found) != 0 || (any && !(found.dist < best.dist)))
+        if (face(face_of(tet, k), found) != 0 || (any && !(found.dist < best.dist)))
             continue;
         any = true;
         best.point = found.point;
@@ -71,16 +74,16 @@ int on_faces(const tetrahedron &t, const Face &face, projection &best)
     return any ? 0 : -1;
 }
 
-int on_boundary(const tetrahedron &t, const vec3 &q, projection &found)
+int on_boundary(const double *tet, const vec3 &q, projection &found)
 {
     return on_faces(
-        t, [&q](const triangle &face, projection &on_face) { return project_on_triangle(face, q, on_face); }, found);
+        tet, [&q](const triangle &face, projection &on_face) { return project_on_triangle(face, q, on_face); }, found);
 }
 
-int on_boundary_par(const tetrahedron &t, const vec3 &q, const vec3 &dir, projection &found)
+int on_boundary_par(const double *tet, const vec3 &q, const vec3 &dir, projection &found)
 {
     return on_faces(
-        t,
+        tet,
         [&q, &dir](const triangle &face, projection &on_face) {
             return project_on_triangle_par(face, q, dir, on_face);
         },
@@ -88,12 +91,13 @@ int on_boundary_par(const tetrahedron &t, const vec3 &q, const vec3 &dir, projec
 }
 
 // Three vertices on a line and one beside it: a triangle of the longest side and that vertex.
-int on_flat_par(const tetrahedron &t, int apex, const vec3 &q, const vec3 &dir, projection &found)
+int on_flat_par(const double *tet, int apex, const vec3 &q, const vec3 &dir, projection &found)
 {
-    const triangle_side base = longest_side(face_of(t, apex));
+    const triangle_side base = longest_side(face_of(tet, apex));
     const int corners[3] = {faces[apex][base.a], faces[apex][base.b], apex};
     projection flat_found;
-    if (project_on_triangle_par({{t.v[corners[0]], t.v[corners[1]], t.v[corners[2]]}}, q, dir, flat_found) != 0)
+    if (project_on_triangle_par({{tet + 3 * corners[0], tet + 3 * corners[1], tet + 3 * corners[2]}}, q, dir,
+                                flat_found) != 0)
         return -1;
     found = {flat_found.point, -flat_found.dist, {0.0, 0.0, 0.0, 0.0}};
     for (int i = 0; i < 3; ++i)
@@ -106,12 +110,12 @@ int on_flat_par(const tetrahedron &t, int apex, const vec3 &q, const vec3 &dir, 
 namespace teska
 {
 
-int project_on_tetra(const tetrahedron &t, const vec3 &q, projection &found) noexcept
+int project_on_tetra(const double *tet, const vec3 &q, projection &found) noexcept
 {
     int collinear = 0;
-    if (locate(t, q, found, collinear) == place::inside)
+    if (locate(tet, q, found, collinear) == place::inside)
         return 0;
-    if (on_boundary(t, q, found) != 0)
+    if (on_boundary(tet, q, found) != 0)
         return -1;
     found.dist = -found.dist;
     return 0;
@@ -122,7 +126,7 @@ int project_on_tetra(const tetrahedron &t, const vec3 &q, projection &found) noe
 int proj_on_tetra(const double tet[12], const double q[3], ProjResult *r, double *dist) TESKA_NOTHROW
 {
     projection found;
-    if (project_on_tetra(tetra_at(tet), vertex(q), found) != 0)
+    if (project_on_tetra(tet, vertex(q), found) != 0)
         return -1;
     store(found, 4, r, dist);
     return 0;
@@ -131,20 +135,19 @@ int proj_on_tetra(const double tet[12], const double q[3], ProjResult *r, double
 int proj_on_tetra_par(const double tet[12], const double q[3], const double dir[3], ProjResult *r,
                       double *dist) TESKA_NOTHROW
 {
-    const tetrahedron t = tetra_at(tet);
     const vec3 query = vertex(q);
     const vec3 along = vertex(dir);
     projection found;
     int collinear = 0;
-    switch (locate(t, query, found, collinear)) {
+    switch (locate(tet, query, found, collinear)) {
     case place::inside:
         break;
     case place::beside_a_line:
-        if (on_flat_par(t, collinear, query, along, found) != 0)
+        if (on_flat_par(tet, collinear, query, along, found) != 0)
             return -1;
         break;
     case place::outside:
-        if (on_boundary_par(t, query, along, found) != 0)
+        if (on_boundary_par(tet, query, along, found) != 0)
             return -100;
         found.dist = -found.dist;
         break;
@@ -156,7 +159,7 @@ int proj_on_tetra_par(const double tet[12], const double q[3], const double dir[
 int proj_on_tetra_bound(const double tet[12], const double q[3], ProjResult *r, double *dist) TESKA_NOTHROW
 {
     projection found;
-    if (on_boundary(tetra_at(tet), vertex(q), found) != 0)
+    if (on_boundary(tet, vertex(q), found) != 0)
         return -1;
     store(found, 4, r, dist);
     return 0;
@@ -166,7 +169,7 @@ int proj_on_tetra_bound_par(const double tet[12], const double q[3], const doubl
                             double *dist) TESKA_NOTHROW
 {
     projection found;
-    if (on_boundary_par(tetra_at(tet), vertex(q), vertex(dir), found) != 0)
+    if (on_boundary_par(tet, vertex(q), vertex(dir), found) != 0)
         return -1;
     store(found, 4, r, dist);
     return 0;

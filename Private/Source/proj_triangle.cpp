@@ -30,48 +30,63 @@ constexpr double infinitely_far = 1e20;
 // In the order of the tests; edge number k, the one without vertex k, is sides[2 - k].
 constexpr triangle_side sides[3] = {{0, 1, 2}, {0, 2, 1}, {1, 2, 0}};
 
-enum class place { inside, beyond_an_edge, undecided };
+constexpr int inside = 3;
+constexpr int undecided = 4;
 
-// Tests the edges and finds the weights as far as it comes; `beyond` is the edge that decided.
-place test_edges(const triangle &t, const vec3 &normal, const vec3 &x, double weight[3], const triangle_side *&beyond)
+// Tests the edges. Returns the number of the side that x lies beyond, the first one, or `inside`, or `undecided` when a
+// side has no length.
+//
+// normal  at right angles to the triangle, of any length
+// value   for each side the value of its plane at x, positive on the side of the triangle
+//
+// Side and normal span the plane of an edge. Its value at x, and at the opposite vertex, is formed without dividing by the
+// length of side and normal: signs and ratio are the same. At the opposite vertex it is then the scalar product of the
+// normal with (p1 - p0) x (p2 - p0), whichever the edge; formed from the vertex it could have any sign in a triangle
+// hardly wider than the spacing of the doubles.
+int test_edges(const triangle &t, const vec3 &normal, const vec3 &x, double value[3])
 {
-    for (const triangle_side &s : sides) {
-        plane edge;
-        if (!span_plane(t.v[s.a], t.v[s.b] - t.v[s.a], normal, edge))
-            return place::undecided;
-        const double at_x = value_at(edge, x);
-        const double at_opposite = value_at(edge, t.v[s.opposite]);
-        weight[s.opposite] = std::fabs(at_x / at_opposite);
-        if (at_x * at_opposite < 0.0) {
-            beyond = &s;
-            return place::beyond_an_edge;
-        }
-    }
-    return place::inside;
+    const vec3 edges[3] = {t[1] - t[0], t[2] - t[0], t[2] - t[1]};
+    value[0] = -dot(cross(edges[0], normal), x - t[0]);
+    value[1] = dot(cross(edges[1], normal), x - t[0]);
+    value[2] = -dot(cross(edges[2], normal), x - t[1]);
+    int side = value[2] < 0.0 ? 2 : inside;
+    side = value[1] < 0.0 ? 1 : side;
+    side = value[0] < 0.0 ? 0 : side;
+    for (int i = 0; i < 3; ++i)
+        if (dot(edges[i], edges[i]) < proj_degenerate * proj_degenerate && i <= side)
+            return undecided;
+    return side;
+}
+
+// The weights of a point inside, by the values of the edges and that at the opposite vertices.
+void set_weights(projection &found, const double value[3], double at_opposite)
+{
+    for (int i = 0; i < 3; ++i)
+        found.weight[sides[i].opposite] = std::fabs(value[i] / at_opposite);
 }
 
 // segment(p0, p1) is a projection onto a segment; the result becomes one on the triangle.
 template <class Segment>
-projection on_side(const triangle &t, const triangle_side &s, const Segment &segment)
+void on_side(const triangle &t, const triangle_side &s, const Segment &segment, projection &found)
 {
-    projection found = segment(t.v[s.a], t.v[s.b]);
-    const double weight[2] = {found.weight[0], found.weight[1]};
-    found.weight[s.a] = weight[0];
-    found.weight[s.b] = weight[1];
-    found.weight[s.opposite] = 0.0;
-    return found;
+    const projection on_segment = segment(t[s.a], t[s.b]);
+    found.point = on_segment.point;
+    found.dist = on_segment.dist;
+    // A choice for each vertex: what is written by number cannot be read at once.
+    for (int i = 0; i < 3; ++i)
+        found.weight[i] = i == s.a ? on_segment.weight[0] : i == s.b ? on_segment.weight[1] : 0.0;
 }
 
 template <class Segment>
-projection on_all_edges(const triangle &t, const Segment &segment)
+void on_all_edges(const triangle &t, const Segment &segment, projection &best)
 {
-    projection best = on_side(t, sides[2], segment);
+    on_side(t, sides[2], segment, best);
     for (int k = 1; k < 3; ++k) {
-        const projection found = on_side(t, sides[2 - k], segment);
+        projection found;
+        on_side(t, sides[2 - k], segment, found);
         if (found.dist < best.dist)
             best = found;
     }
-    return best;
 }
 
 auto ordinary(const vec3 &q)
@@ -84,7 +99,29 @@ auto at_parameter(const vec3 &q, const vec3 &dir)
     return [&q, &dir](const vec3 &p0, const vec3 &p1) { return project_on_segment_par(p0, p1, q, dir); };
 }
 
-bool plane_of(const triangle &t, plane &p) { return span_plane(t.v[0], t.v[1] - t.v[0], t.v[2] - t.v[0], p); }
+// Inline where it is exported, so that the result need not go through memory.
+[[gnu::always_inline]] inline int project(const triangle &t, const vec3 &q, projection &found)
+{
+    const vec3 normal = normal_of(t[1] - t[0], t[2] - t[0]);
+    const double square = dot(normal, normal);
+    if (square < proj_degenerate * proj_degenerate) {
+        on_side(t, longest_side(t), ordinary(q), found);
+        return 0;
+    }
+    double value[3];
+    const int side = test_edges(t, normal, q, value);
+    if (side == undecided)
+        return -1;
+    if (side != inside) {
+        on_side(t, sides[side], ordinary(q), found);
+        return 0;
+    }
+    set_weights(found, value, square);
+    const double height = dot(normal, q - t[0]);
+    found.point = q - height / square * normal;
+    found.dist = std::fabs(height) / std::sqrt(square);
+    return 0;
+}
 
 }  // namespace
 
@@ -93,64 +130,41 @@ namespace teska
 
 triangle_side longest_side(const triangle &t) noexcept
 {
-    const double d01 = length(t.v[1] - t.v[0]);
-    const double d02 = length(t.v[2] - t.v[0]);
-    const double d12 = length(t.v[2] - t.v[1]);
+    const double d01 = length(t[1] - t[0]);
+    const double d02 = length(t[2] - t[0]);
+    const double d12 = length(t[2] - t[1]);
     if (d01 <= d02)
         return d12 < d02 ? sides[1] : sides[2];
     return d12 < d01 ? sides[0] : sides[2];
 }
 
-int project_on_triangle(const triangle &t, const vec3 &q, projection &found) noexcept
-{
-    plane p;
-    if (!plane_of(t, p)) {
-        found = on_side(t, longest_side(t), ordinary(q));
-        return 0;
-    }
-    projection inside;
-    const triangle_side *beyond = nullptr;
-    switch (test_edges(t, p.n, q, inside.weight, beyond)) {
-    case place::undecided:
-        return -1;
-    case place::beyond_an_edge:
-        found = on_side(t, *beyond, ordinary(q));
-        return 0;
-    case place::inside:
-        break;
-    }
-    foot_on_plane(p, q, inside.point, inside.dist);
-    found = inside;
-    return 0;
-}
+int project_on_triangle(const triangle &t, const vec3 &q, projection &found) noexcept { return project(t, q, found); }
 
 int project_on_triangle_par(const triangle &t, const vec3 &q, const vec3 &dir, projection &found) noexcept
 {
     plane p;
-    if (!plane_of(t, p)) {
-        found = on_side(t, longest_side(t), at_parameter(q, dir));
+    const double size = span_triangle(t, p);
+    if (size < proj_degenerate) {
+        on_side(t, longest_side(t), at_parameter(q, dir), found);
         return 0;
     }
-    projection inside;
-    if (!point_on_plane_par(p, q, dir, inside.point)) {
+    if (!point_on_plane_par(p, q, dir, found.point)) {
         // The triangle has one parameter all over.
         if (project_on_triangle(t, q, found) != 0)
             return -1;
         found.dist = penalised_distance(found.point, q, dir);
         return 0;
     }
-    const triangle_side *beyond = nullptr;
-    switch (test_edges(t, p.n, inside.point, inside.weight, beyond)) {
-    case place::undecided:
+    double value[3];
+    const int side = test_edges(t, p.n, found.point, value);
+    if (side == undecided)
         return -1;
-    case place::beyond_an_edge:
-        found = on_all_edges(t, at_parameter(q, dir));
+    if (side != inside) {
+        on_all_edges(t, at_parameter(q, dir), found);
         return 0;
-    case place::inside:
-        break;
     }
-    inside.dist = length(inside.point - q);
-    found = inside;
+    set_weights(found, value, size);
+    found.dist = length(found.point - q);
     return 0;
 }
 
@@ -159,7 +173,7 @@ int project_on_triangle_par(const triangle &t, const vec3 &q, const vec3 &dir, p
 int proj_on_triangle(const double tri[9], const double q[3], ProjResult *r, double *dist) TESKA_NOTHROW
 {
     projection found;
-    if (project_on_triangle(triangle_at(tri), vertex(q), found) != 0)
+    if (project(triangle_at(tri), vertex(q), found) != 0)
         return -1;
     store(found, 3, r, dist);
     return 0;
@@ -182,9 +196,7 @@ int proj_on_triangle_parline(const double tri[9], const double q[3], const doubl
     const vec3 query = vertex(q);
     const vec3 along = vertex(dir);
     plane p;
-    double slope = 0.0;
-    if (plane_of(t, p))
-        slope = dot(p.n, along);
+    const double slope = span_triangle(t, p) < proj_degenerate ? 0.0 : dot(p.n, along);
     projection found;
     // The slope is looked at first: without one there is no point to project.
     if (std::fabs(slope) < proj_degenerate ||
@@ -206,7 +218,12 @@ int proj_on_triangle_edge(const double tri[9], const double q[3], int edge, Proj
     const triangle t = triangle_at(tri);
     const vec3 query = vertex(q);
     const auto segment = ordinary(query);
-    store(edge < 0 ? on_all_edges(t, segment) : on_side(t, sides[2 - edge], segment), 3, r, dist);
+    projection found;
+    if (edge < 0)
+        on_all_edges(t, segment, found);
+    else
+        on_side(t, sides[2 - edge], segment, found);
+    store(found, 3, r, dist);
     return 0;
 }
 
@@ -220,6 +237,8 @@ int proj_on_triangle_bound_par(const double tri[9], const double q[3], const dou
 {
     const vec3 query = vertex(q);
     const vec3 along = vertex(dir);
-    store(on_all_edges(triangle_at(tri), at_parameter(query, along)), 3, r, dist);
+    projection found;
+    on_all_edges(triangle_at(tri), at_parameter(query, along), found);
+    store(found, 3, r, dist);
     return 0;
 }

@@ -60,16 +60,31 @@ inline plane plane_at_right_angles(const vec3 &normal, const vec3 &through) noex
     return {normal, -dot(normal, through)};
 }
 
-// The plane through a point along two vectors, with a normal of length 1. Returns false when the vectors are parallel;
-// the plane then has their product as it is.
-inline bool span_plane(const vec3 &through, const vec3 &u, const vec3 &v, plane &p) noexcept
+// Where the square of the sine between two vectors is smaller, their product has lost three digits and more.
+inline constexpr double cancelling = 1e-6;
+
+// The product of vectors that are nearly parallel, with all its digits.
+vec3 narrow_cross(const vec3 &u, const vec3 &v) noexcept;
+
+// A vector at right angles to two others, also where these are nearly parallel. Its length is that of the plain product;
+// one below proj_degenerate says that the vectors are parallel.
+inline vec3 normal_of(const vec3 &u, const vec3 &v) noexcept
 {
-    p = plane_at_right_angles(cross(u, v), through);
+    const vec3 n = cross(u, v);
+    const double square = dot(n, n);
+    const bool narrow = square < cancelling * (dot(u, u) * dot(v, v));
+    return narrow && square >= proj_degenerate * proj_degenerate ? narrow_cross(u, v) : n;
+}
+
+// The plane through a point along two vectors, with a normal of length 1. Returns the length of their product; when it is
+// below proj_degenerate the vectors are parallel, and the plane has the product as it is.
+inline double span_plane(const vec3 &through, const vec3 &u, const vec3 &v, plane &p) noexcept
+{
+    p = plane_at_right_angles(normal_of(u, v), through);
     const double size = length(p.n);
-    if (size < proj_degenerate)
-        return false;
-    p = {p.n / size, p.d / size};
-    return true;
+    if (!(size < proj_degenerate))
+        p = {p.n / size, p.d / size};
+    return size;
 }
 
 // The foot of the perpendicular. Returns false, with nothing written, when there is no normal.
@@ -104,12 +119,12 @@ inline void store(const projection &from, int vertices, ProjResult *r, double *d
 
 // ---- Figures -------------------------------------------------------------------------------------------------------
 
+// A triangle where the caller keeps it, or a face of a tetrahedron there. Nothing is copied: it would take as long as half
+// of a projection.
 struct triangle {
-    vec3 v[3];
-};
+    const double *at[3];
 
-struct tetrahedron {
-    vec3 v[4];
+    vec3 operator[](int i) const noexcept { return vertex(at[i]); }
 };
 
 // Two vertices of a triangle and the third.
@@ -117,22 +132,39 @@ struct triangle_side {
     int a, b, opposite;
 };
 
-inline triangle triangle_at(const double *figure) noexcept
-{
-    return {{vertex(figure, 0), vertex(figure, 1), vertex(figure, 2)}};
-}
+inline triangle triangle_at(const double *figure) noexcept { return {{figure, figure + 3, figure + 6}}; }
 
-inline tetrahedron tetra_at(const double *figure) noexcept
+// The plane of a triangle, as span_plane gives it.
+inline double span_triangle(const triangle &t, plane &p) noexcept
 {
-    return {{vertex(figure, 0), vertex(figure, 1), vertex(figure, 2), vertex(figure, 3)}};
+    return span_plane(t[0], t[1] - t[0], t[2] - t[0], p);
 }
 
 // The ordinary projections and those at constant parameter; what the functions of proj.h do, which hand them on. 0 or -1.
-projection project_on_segment(const vec3 &p0, const vec3 &p1, const vec3 &q) noexcept;
+inline projection first_end(const vec3 &p0, double dist) noexcept { return {p0, dist, {1.0, 0.0}}; }
+
+// Inline: a projection on a triangle ends here as a rule.
+inline projection project_on_segment(const vec3 &p0, const vec3 &p1, const vec3 &q) noexcept
+{
+    const vec3 edge = p1 - p0;
+    const double square = dot(edge, edge);
+    if (square < proj_degenerate)
+        return first_end(p0, length(p0 - q));
+    // How far along the segment the foot is, 0 .. square.
+    const double along = dot(edge, q) - dot(edge, p0);
+    if (!(along >= 0.0))
+        return first_end(p0, length(p0 - q));
+    if (square < along)
+        return {p1, length(p1 - q), {0.0, 1.0}};
+    const vec3 foot = p0 + along / square * edge;
+    const double weight = length(foot - p1) / std::sqrt(square);
+    return {foot, length(foot - q), {weight, 1.0 - weight}};
+}
+
 projection project_on_segment_par(const vec3 &p0, const vec3 &p1, const vec3 &q, const vec3 &dir) noexcept;
 int project_on_triangle(const triangle &t, const vec3 &q, projection &found) noexcept;
 int project_on_triangle_par(const triangle &t, const vec3 &q, const vec3 &dir, projection &found) noexcept;
-int project_on_tetra(const tetrahedron &t, const vec3 &q, projection &found) noexcept;
+int project_on_tetra(const double *tet, const vec3 &q, projection &found) noexcept;
 
 // The point of a plane at the parameter of q. Returns whether there is one.
 bool point_on_plane_par(const plane &p, const vec3 &q, const vec3 &dir, vec3 &x) noexcept;

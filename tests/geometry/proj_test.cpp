@@ -17,7 +17,6 @@ using Values = std::vector<double>;
 using Function = int (*)(const double *figure, const double *q, const double *dir, ProjResult *r, double *dist);
 
 constexpr double untouched = -77.0;
-constexpr double quiet = std::numeric_limits<double>::quiet_NaN();
 
 // An ordinary projection by the face of one at constant parameter.
 template <auto F>
@@ -179,4 +178,83 @@ TEST(ProjOnTetra, GivesKnownAnswers)
             {corner, {-2, 2, 3}, {0, 2, 3}, {0.5, 0, 0.2, 0.3}, -4},
             {corner, {0, 0, -1}, {0, 0, 0}, {1, 0, 0, 0}, -1000},
             {{0, 0, 4, 4, 0, 0, 0, 0, 0, -4, 0, 0}, {1, 3, 1}, {1, 0, 1}, {0.25, 0.5, 0, 0.25}, -9}});
+}
+
+// Nearest is the point from which no vertex lies towards q.
+TEST(ProjOnTriangle, FindsTheNearestPointOfTheDecidingEdgeOrOfTheTriangle)
+{
+    teska_test::Generator random(801);
+    for (int i = 0; i < 6000; ++i) {
+        Values t(9), q(3);
+        const bool narrow = i % 3 == 0;
+        for (double &x : t)
+            x = i % 3 == 1 ? random.below(4) : random.between(-50, 50);
+        for (double &x : q)
+            x = i % 3 == 1 ? random.below(4) : random.between(-50, 50);
+        const double place = random.between(-1, 2);
+        for (std::size_t c = 0; narrow && c < 3; ++c)
+            t[6 + c] = t[c] + place * (t[3 + c] - t[c]);
+        const Outcome found(plain<proj_on_triangle>, t, q, {});
+        ASSERT_EQ(found.code, 0);
+        double sum[3] = {0, 0, 0}, away = 0;
+        for (std::size_t c = 0; c < 3; ++c) {
+            for (std::size_t v = 0; v < 3; ++v)
+                sum[c] += found.r.weight[v] * t[3 * v + c];
+            ASSERT_NEAR(sum[c], found.r.point[c], 1e-11) << i;
+            away += (q[c] - found.r.point[c]) * (q[c] - found.r.point[c]);
+        }
+        ASSERT_NEAR(found.dist, std::sqrt(away), 1e-12);
+        for (std::size_t v = 0; v < 3; ++v) {
+            double towards = 0;
+            for (std::size_t c = 0; c < 3; ++c)
+                towards += (q[c] - found.r.point[c]) * (t[3 * v + c] - found.r.point[c]);
+            ASSERT_TRUE(found.r.weight[v] >= -1e-12 && (towards <= 1e-9 || found.r.weight[v] == 0)) << i;
+        }
+        // No other point of the boundary is nearer than what the search of all edges gives, nor is one inside.
+        const Outcome nearest(plain<proj_on_triangle_bound>, t, q, {});
+        const bool inside = *std::min_element(found.r.weight, found.r.weight + 3) > 0;
+        ASSERT_TRUE(inside ? found.dist <= nearest.dist + 1e-12 : found.dist >= nearest.dist - 1e-12) << i;
+    }
+}
+
+TEST(ProjPlanes, GiveKnownAnswers)
+{
+    const Values slant{0, 3, 4, -25};
+    double x[3], dist = 0, abcd[4], dir[3];
+    EXPECT_EQ(proj_on_plane(slant.data(), Values{1, 3, 4}.data(), x, 3, &dist), 0);
+    EXPECT_TRUE(x[0] == 1 && x[1] == 3 && x[2] == 4 && dist == 0);
+    EXPECT_EQ(proj_on_plane_abcd(slant.data(), Values{1, 0, 0}.data(), x, &dist), 0);
+    EXPECT_TRUE(x[0] == 1 && x[1] == 3 && x[2] == 4 && dist == 5);
+    EXPECT_EQ(proj_on_plane_par(slant.data(), Values{1, 0, 4}.data(), Values{0, 0, 2}.data(), x, &dist), 0);
+    EXPECT_TRUE(x[0] == 1 && x[1] == 3 && x[2] == 4 && dist == 3) << x[1];
+    EXPECT_EQ(proj_on_plane_par(slant.data(), Values{1, 0, 4}.data(), Values{0, 6, 8}.data(), x, &dist), -1);
+    EXPECT_EQ(proj_on_plane_parline(slant.data(), Values{1, 3, 0}.data(), Values{0, 0, 2}.data(), x, &dist), 0);
+    EXPECT_TRUE(x[0] == 1 && x[1] == 3 && x[2] == 4 && dist == 4);
+    EXPECT_EQ(proj_on_plane_parline(slant.data(), Values{1, 3, 0}.data(), Values{1, 0, 0}.data(), x, &dist), -1);
+    EXPECT_EQ(dist, 1e20);
+    EXPECT_EQ(proj_plane_intersect(slant.data(), Values{1, 0, 0, -2}.data(), dir, x), 0);
+    expect_near(x, {2, 3, 4}, "point");
+    expect_near(dir, {0, 0.8, -0.6}, "point");
+    EXPECT_EQ(proj_plane_intersect(slant.data(), Values{0, 6, 8, 1}.data(), dir, x), -1);
+    EXPECT_EQ(proj_det_plane_abcd(Values{0, 0, 2, 5, 0, 2, 0, 5, 2}.data(), abcd), 0);
+    EXPECT_TRUE(abcd[0] == 0 && abcd[1] == 0 && abcd[2] == 1 && abcd[3] == -2);
+    EXPECT_EQ(proj_det_plane_abcd(Values{0, 0, 0, 1e-11, 0, 0, 0, 1e-11, 0}.data(), abcd), -1);
+    EXPECT_EQ(abcd[2], 1e-11 * 1e-11);
+    EXPECT_EQ(proj_on_plane(Values{1e-21, 0, 1}.data(), x, x, 2, &dist), -1);
+    EXPECT_EQ(proj_on_plane_abcd(Values{1e-11, 0, 0, 1}.data(), x, x, &dist), -1);
+    EXPECT_EQ(proj_on_plane(slant.data(), x, x, 0, &dist), -1);
+    for (const double end : {2.0, 5.0}) {
+        EXPECT_EQ(proj_on_line(Values{2, 0, 0, end, 0, 0}.data(), Values{end, 3, 4}.data(), x, &dist), 0);
+        EXPECT_TRUE(x[0] == end && x[1] == 0 && dist == 5);
+    }
+}
+
+TEST(Proj, LeavesNanOutside)
+{
+    for (int i = 0; i < 3; ++i) {
+        Values q{1, 2, 3};
+        q[static_cast<std::size_t>(i)] = std::numeric_limits<double>::quiet_NaN();
+        EXPECT_TRUE(std::isnan(Outcome(any<4>, corner, q, {}).dist));
+        EXPECT_TRUE(std::isnan(Outcome(any<3>, right, q, {}).dist));
+    }
 }
