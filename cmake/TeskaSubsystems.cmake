@@ -54,5 +54,11 @@ teska_subsystem(
   interp_double)
 teska_subsystem(colour "Colour lookup tables and multidimensional interpolation" clut md_tetrab md_tetrad tfastpow)
 teska_subsystem(image "Image processing, line by line" fir flood fusm:fusm+fusm_tables ibilin:ibilin+ibilin_plan)
-teska_subsystem(geometry "Geometry and gamut" proj:proj+proj_tetra+proj_triangle
-                tetra:tetra+tetra_hull+tetra_tiling+tetra_volume tplane volume_export)
+teska_subsystem(
+  geometry
+  "Geometry and gamut"
+  proj:proj+proj_tetra+proj_triangle
+  tconvexhull:tconvexhull+tconvexhull_lists+tconvexhull_print+tconvexhull_step
+  tetra:tetra+tetra_hull+tetra_tiling+tetra_volume
+  tplane
+  volume_export)

@@ -4,6 +4,7 @@
 #include "proj.h"
 #include "tetra.h"
 #ifdef __cplusplus
+#    include "tconvexhull.h"
 #    include "tplane.h"
 #endif
 #include "volume_export.h"

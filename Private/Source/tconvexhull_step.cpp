@@ -1,0 +1,272 @@
+// tconvexhull_step - which faces a new point takes away from a hull (geometry)
+//
+// The promised choice is every face with a volume below -0.5. Where faces are small it leaves out some in the midst of
+// others: the border falls into several loops, or touches itself at a vertex, and a cone over it would give an edge more or
+// fewer than two faces. And where it happens to be a loop, the surface is left a little hollow at the faces left out, and
+// a later point may see into the hollow from afar: no choice of faces mends that step alone.
+//
+// In exact steps the choice is every face with a volume below 0 in exact arithmetic. From a first triangle and a point
+// beside it on, the surface is then convex without any slack, and the faces below a point are a disc: those in the plane
+// of the point do not count, so they are also the faces below a point moved a little towards the inside, from which no
+// face is seen edge-on. They hold together, so they are grown around one of them. A neighbour joins when the piece stays
+// a disc: it meets the piece in one edge and its opposite vertex is not of the piece, or in two edges; one with three
+// would leave no other side. Any disc of triangles can be built up that way in any order, so this never stops short; it
+// is there for coordinates whose products overflow, where exact arithmetic ends.
+
+#include "tconvexhull.h"
+
+#include "Support/hull_priv.h"
+
+#include <algorithm>
+#include <cmath>
+
+using teska::full;
+
+namespace teska
+{
+
+namespace
+{
+
+// A sum of doubles in exact arithmetic, as doubles that do not overlap, in rising magnitude.
+// Source: J. R. Shewchuk, Adaptive precision floating-point arithmetic and fast robust geometric predicates, Discrete &
+// Computational Geometry 18 (1997), theorem 10 (Grow-Expansion), theorems 7, 17 and 18 (Two-Sum, Split, Two-Product).
+class exact_sum
+{
+public:
+    struct pair {
+        double rounded;
+        double rest;
+    };
+
+    static pair difference(double a, double b) noexcept { return sum(a, -b); }
+
+    // Adds x * y * z.
+    void add_product(pair x, pair y, pair z) noexcept
+    {
+        for (const double a : {x.rest, x.rounded})
+            for (const double b : {y.rest, y.rounded})
+                for (const double c : {z.rest, z.rounded})
+                    if (a != 0.0 && b != 0.0 && c != 0.0)
+                        add_product(a, b, c);
+    }
+
+    [[nodiscard]] int sign() const noexcept
+    {
+        if (count_ == 0)
+            return 0;
+        return parts_[count_ - 1] > 0 ? 1 : -1;
+    }
+
+private:
+    void add_product(double a, double b, double c) noexcept
+    {
+        const pair ab = product(a, b);
+        for (const double part : {ab.rest, ab.rounded}) {
+            const pair abc = product(part, c);
+            add(abc.rest);
+            add(abc.rounded);
+        }
+    }
+
+    static pair sum(double a, double b) noexcept
+    {
+        const double s = a + b;
+        const double from_b = s - a;
+        const double from_a = s - from_b;
+        return {s, (a - from_a) + (b - from_b)};
+    }
+
+    // The upper half of the digits, and the lower one.
+    static pair split(double a) noexcept
+    {
+        const double c = 134217729.0 * a;  // 2^27 + 1
+        const double upper = c - (c - a);
+        return {upper, a - upper};
+    }
+
+    static pair product(double a, double b) noexcept
+    {
+        const double p = a * b;
+        const pair x = split(a);
+        const pair y = split(b);
+        const double rest = ((x.rounded * y.rounded - p) + x.rounded * y.rest + x.rest * y.rounded) + x.rest * y.rest;
+        return {p, rest};
+    }
+
+    void add(double value) noexcept
+    {
+        int kept = 0;
+        for (int i = 0; i < count_; ++i) {
+            const pair s = sum(value, parts_[i]);
+            value = s.rounded;
+            if (s.rest != 0.0)
+                parts_[kept++] = s.rest;
+        }
+        if (value != 0.0)
+            parts_[kept++] = value;
+        count_ = kept;
+    }
+
+    double parts_[6 * 8 * 4];
+    int count_ = 0;
+};
+
+// The volume's error is below 7.1 u times the sum of the magnitudes of its products, u = 2^-53 (Shewchuk, section 4.3).
+constexpr double relative_error = 0x1p-50;
+
+}  // namespace
+
+int exact_volume_sign(const tFaceStructure *f, const double *p) noexcept
+{
+    using pair = exact_sum::pair;
+    pair side[3][3];
+    for (int i = 0; i < 3; ++i)
+        for (int k = 0; k < 3; ++k)
+            side[i][k] = exact_sum::difference(f->vertex[i]->v[k], p[k]);
+    double volume = 0.0;
+    double magnitude = 0.0;
+    for (int i = 0; i < 3; ++i) {
+        const double plus = side[1][(i + 1) % 3].rounded * side[2][(i + 2) % 3].rounded;
+        const double minus = side[1][(i + 2) % 3].rounded * side[2][(i + 1) % 3].rounded;
+        volume += side[0][i].rounded * (plus - minus);
+        magnitude += std::fabs(side[0][i].rounded) * (std::fabs(plus) + std::fabs(minus));
+    }
+    const double error = relative_error * magnitude;
+    if (volume > error || volume < -error || magnitude == 0.0)
+        return (volume > 0.0 ? 1 : 0) - (volume < 0.0 ? 1 : 0);
+    exact_sum total;
+    for (int i = 0; i < 3; ++i) {
+        const pair x = side[0][i];
+        total.add_product(x, side[1][(i + 1) % 3], side[2][(i + 2) % 3]);
+        total.add_product({-x.rounded, -x.rest}, side[1][(i + 2) % 3], side[2][(i + 1) % 3]);
+    }
+    return total.sign();
+}
+
+namespace
+{
+
+// Whether the border, of which every vertex knows its follower, comes back to its beginning only after all its edges.
+bool one_loop(const tVertexStructure *begin, std::size_t edges) noexcept
+{
+    std::size_t length = 0;
+    const tVertexStructure *v = begin;
+    do {
+        v = static_cast<const hull_vertex *>(v)->follower;
+        ++length;
+    } while (v != begin);
+    return length == edges;
+}
+
+tFaceStructure *across(const tEdgeStructure *e, const tFaceStructure *f) noexcept
+{
+    return e->adjface[e->adjface[0] == f ? 1 : 0];
+}
+
+// A piece of the surface that stays a disc.
+class piece
+{
+public:
+    explicit piece(std::int64_t number) noexcept : number_(number) {}
+
+    [[nodiscard]] bool may_join(const tFaceStructure *f) const noexcept
+    {
+        int shared = 0;
+        int corners = 0;
+        for (int i = 0; i < 3; ++i) {
+            shared += across(f->edge[i], f)->visible;
+            corners += full(f->vertex[i])->piece == number_ ? 1 : 0;
+        }
+        return shared == 2 || (shared == 1 && corners == 2);
+    }
+
+    // False: memory is short.
+    bool join(tHullStore &store, tFaceStructure *f) const noexcept
+    {
+        for (tVertexStructure *const v : f->vertex)
+            full(v)->piece = number_;
+        return store.see(f);
+    }
+
+private:
+    std::int64_t number_;
+};
+
+}  // namespace
+
+}  // namespace teska
+
+// Marks and gathers the faces that the point takes away, and finds their border. Returns a hull_step.
+int TConvexHull::FindVisible(tVertexStructure *p)
+{
+    const teska::centred_point point(*store, p->v);
+    if (store->planes.in_core(point.at))
+        return teska::inside;
+    if (store->exact)
+        return FindBelow(p);
+    const double limit = store->band(point.largest) - teska::visible_volume;
+    const teska::face_planes &planes = store->planes;
+    for (std::ptrdiff_t i = 0; (i = planes.first_below(i, point.at, limit)) < planes.faces(); ++i)
+        if (VolumeSign(planes.face(i), p) < 0 && !store->see(planes.face(i)))
+            return teska::no_memory;
+    // The first point beside the double triangle is above one side or the other, whatever rounding says.
+    if (store->seen.size() == 0 && planes.faces() == 2 && VolumeSign(faces, p) > 0 && !store->see(faces->next))
+        return teska::no_memory;
+    return store->seen.size() == 0 ? teska::inside : FindBorder();
+}
+
+// The same in exact steps.
+int TConvexHull::FindBelow(tVertexStructure *p)
+{
+    const teska::centred_point point(*store, p->v);
+    const double band = store->band(point.largest);
+    const teska::face_planes &planes = store->planes;
+    std::ptrdiff_t start = planes.first_below(0, point.at, band);
+    while (start < planes.faces() && teska::exact_volume_sign(planes.face(start), p->v) >= 0)
+        start = planes.first_below(start + 1, point.at, band);
+    if (start == planes.faces())
+        return teska::inside;
+    const teska::piece grown(++store->pieces_grown);
+    if (!grown.join(*store, planes.face(start)))
+        return teska::no_memory;
+    for (std::size_t i = 0; i < store->seen.size(); ++i)
+        for (const tEdgeStructure *const e : store->seen[i]->edge) {
+            tFaceStructure *const f = teska::across(e, store->seen[i]);
+            const bool joins = f->visible == 0 && grown.may_join(f) && teska::exact_volume_sign(f, p->v) < 0;
+            if (joins && !grown.join(*store, f))
+                return teska::no_memory;
+        }
+    return FindBorder();
+}
+
+// The edges at the border of the marked faces, in the order of the list, and those between them. Returns a hull_step.
+int TConvexHull::FindBorder()
+{
+    store->border.clear();
+    store->buried.clear();
+    bool simple = true;
+    const tVertexStructure *begin = nullptr;
+    for (tFaceStructure *const f : store->seen)
+        for (int i = 0; i < 3; ++i) {
+            tEdgeStructure *const e = f->edge[i];
+            if (teska::across(e, f)->visible != 0) {
+                if (e->adjface[0] == f && !store->buried.push(e))
+                    return teska::no_memory;
+                continue;
+            }
+            if (!store->border.push(e))
+                return teska::no_memory;
+            begin = f->vertex[i];
+            tVertexStructure *&follower = full(f->vertex[i])->follower;
+            simple = simple && follower == nullptr;
+            follower = f->vertex[(i + 1) % 3];
+        }
+    simple = simple && begin != nullptr && teska::one_loop(begin, store->border.size());
+    for (const tEdgeStructure *const e : store->border)
+        for (tVertexStructure *const end : e->endpts)
+            full(end)->follower = nullptr;
+    std::sort(store->border.begin(), store->border.end(),
+              [](tEdgeStructure *a, tEdgeStructure *b) { return full(a)->order < full(b)->order; });
+    return simple ? teska::outside : teska::torn;
+}

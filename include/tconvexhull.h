@@ -1,0 +1,178 @@
+/* tconvexhull.h - class TConvexHull: the convex hull of points in three dimensions, and whether a point lies inside
+ *
+ *     TConvexHull hull;
+ *     for (const Lab &colour : measured)
+ *         hull.AddPoint(colour.L, colour.a, colour.b);
+ *     if (hull.Construct() != 0) ...                       all points in one plane, or memory is short
+ *     if (hull.InsideHull(50, 12, -7)) ...                 inside, or on the hull
+ *
+ * Common rules
+ *   Coordinates are of the order of colour values, tens to hundreds in each direction. The measure of everything is the
+ *   signed volume of a face and a point,
+ *
+ *       vol = a.x (b.y c.z - b.z c.y) + a.y (b.z c.x - b.x c.z) + a.z (b.x c.y - b.y c.x)
+ *
+ *   a, b, c the vertices of the face minus the point: six times the volume of the tetrahedron, negative for a point that
+ *   the face sees from outside. The face is visible from the point when vol < -0.5.
+ *   Kept: the 0.5 does not scale with the coordinates. Points that differ by less than about 0.1 make no volume at all.
+ *
+ *   Points are taken one after another (O'Rourke's incremental algorithm). One that sees no face is inside; for any other
+ *   the faces it sees make way for a cone of new faces over their border. As long as every border is one simple closed
+ *   loop, the lists come out as that algorithm makes them, record for record. On dense curved clouds the 0.5 leaves out
+ *   small faces in the midst of others and tears the border. The hull is then made anew from the first point, with the
+ *   sign of vol in exact arithmetic in place of the 0.5 in all steps.
+ *
+ *   Guaranteed for every cloud: Construct ends, in a closed surface of triangles oriented alike, with two faces at every
+ *   edge and V - E + F = 2. No point that sees a face at its turn is left out. A hull made
+ *   by exact signs        is convex, and all points lie in it or on it, at a distance of 0, as long as products of three
+ *                         coordinates do not overflow.
+ *   by the 0.5            only grows from step to step. A point left inside has vol >= -0.5 with every face there was at
+ *                         its turn, so it lies beyond the plane of a face of area A by no more than 0.25 / A. The surface
+ *                         may be hollow at an edge by as much, and InsideHull 0 for a point of the hull: for 2 of 3,000
+ *                         on a sphere of radius 300, by 0.017.
+ *
+ *   Points with a coordinate that is not finite are not part of the hull, and not inside it.
+ *   An object, and all copies that share its lists, is used by one thread at a time; InsideHull alone may run in several.
+ *   Nothing is reported or thrown.
+ *   Source: J. O'Rourke, Computational Geometry in C, 2nd ed., Cambridge University Press 1998, chapter 4.
+ */
+#ifndef TESKA_TCONVEXHULL_H
+#define TESKA_TCONVEXHULL_H
+#include "teska_api.h"
+#ifdef __cplusplus
+
+struct tEdgeStructure;
+struct tFaceStructure;
+struct tHullStore;
+
+/* Three circular doubly linked lists. A new record stands at the end, just before the head. */
+struct tVertexStructure {
+    double v[3];
+    int vnum;                  /* number of the point in order of adding, from 0 */
+    tEdgeStructure *duplicate; /* edge of the present cone from this vertex, or null */
+    int onhull;
+    int mark; /* already processed */
+    tVertexStructure *next, *prev;
+};
+
+struct tEdgeStructure {
+    tFaceStructure *adjface[2];
+    tVertexStructure *endpts[2];
+    tFaceStructure *newface; /* face of the present cone on this edge, or null */
+    int del;                 /* to be removed */
+    tEdgeStructure *next, *prev;
+};
+
+struct tFaceStructure {
+    tEdgeStructure *edge[3]; /* edge[i] joins vertex[i] and vertex[(i + 1) % 3] */
+    tVertexStructure *vertex[3];
+    int visible; /* from the point being added */
+    tFaceStructure *next, *prev;
+};
+
+class TESKA_API TConvexHull
+{
+public:
+    /* ---- Life ---------------------------------------------------------------------------------------------------- */
+
+    /* An empty hull. */
+    TConvexHull();
+    ~TConvexHull();
+
+    /* Copies refer to the same lists: what is done to one is done to all. The last one frees them. Copying allocates
+     * nothing. */
+    TConvexHull(TConvexHull const &);
+    TConvexHull &operator=(TConvexHull const &);
+
+    /* ---- Change -------------------------------------------------------------------------------------------------- */
+
+    /* AddPoint - add a point, in any order.
+     *
+     * Returns 0. A point that is not finite takes a number and is left out. When memory is short the point is lost, and
+     * Construct gives -1 from then on.
+     */
+    int AddPoint(double, double, double);
+
+    /* Construct - build the hull of all points added.
+     *
+     * Returns 0, or -1 when all points are collinear, or coplanar as far as the 0.5 tells, or when memory is short. The
+     * points are then all there, so that more can be added or the call repeated.
+     * Points inside are forgotten. Further points may be added and a further call made: the vertices of the hull are the
+     * points that are left then.
+     * Kept: without three consecutive points that are not collinear, the last followed by the first, the result is -1:
+     * points that were all added twice in a row have no hull.
+     * O(n F) for n points and F faces, with a small constant; of the points of a cloud usually few are vertices.
+     */
+    int Construct();
+
+    /* ---- Query --------------------------------------------------------------------------------------------------- */
+
+    /* IsEmpty - non-zero when no point was added, finite or not. */
+    int IsEmpty() const;
+
+    /* InsideHull - 1 when no face is visible from the point, which then lies inside or on the hull; else 0.
+     *
+     * 0 without a hull, and for a point that is not finite. O(F).
+     */
+    int InsideHull(double, double, double) const;
+
+private:
+    tVertexStructure *vertices; /* heads of the lists */
+    tEdgeStructure *edges;
+    tFaceStructure *faces;
+    int count; /* points added, and the next number */
+
+    mutable TConvexHull *sharer; /* the next of the objects with these lists, in a ring */
+    tHullStore *store;           /* what makes it fast; null before the first point */
+    int lost;                    /* a point has found no memory */
+
+    tVertexStructure *MakeNullVertex();
+    tEdgeStructure *MakeNullEdge();
+    tFaceStructure *MakeNullFace();
+    tFaceStructure *MakeFace(tVertexStructure *, tVertexStructure *, tVertexStructure *, tFaceStructure *fold);
+    int Collinear(tVertexStructure const *, tVertexStructure const *, tVertexStructure const *) const;
+    int DoubleTriangle();
+    int ConstructHull();
+    int AddPoint(tVertexStructure *);
+    int VolumeSign(tFaceStructure *, tVertexStructure *) const;
+    tFaceStructure *MakeConeFace(tEdgeStructure *, tVertexStructure *);
+    void MakeCcw(tFaceStructure *, tEdgeStructure *, tVertexStructure *);
+    void CleanUp(tVertexStructure **);
+    void CleanEdges();
+    void CleanFaces();
+    void CleanVertices(tVertexStructure **);
+    void EdgeOrderOnFaces();
+    int InsideHull(tVertexStructure *) const;
+    void SubVec(double const *, double const *, double *) const;
+
+    /* Debug output, to standard error and (PrintPoint, Print) to standard output; the checks give 1 for good. */
+    int Volumei(tFaceStructure *, tVertexStructure *) const;
+    void PrintPoint(tVertexStructure *) const;
+    void PrintOut(tVertexStructure *) const;
+    void PrintVertices() const;
+    void PrintEdges() const;
+    void PrintFaces() const;
+    void Print() const;
+    int CheckEndpts() const;
+    int Consistency() const;
+    int Convexity() const;
+    void CheckEuler(int, int, int) const;
+    void Checks() const;
+
+    void Leave();
+    void Take(TConvexHull const &);
+    void Publish() const;
+    bool Prepare();
+    int Build();
+    void Abandon();
+    void FreeSurface();
+    void FreeVertices();
+    int FindVisible(tVertexStructure *);
+    int FindBelow(tVertexStructure *);
+    int FindBorder();
+
+    friend struct TConvexHullTest;
+};
+
+#endif
+#endif

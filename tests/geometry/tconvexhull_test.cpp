@@ -1,0 +1,296 @@
+#include "tconvexhull.h"
+
+#include "support/generator.h"
+#include "support/levels.h"
+
+#include <cmath>
+#include <functional>
+#include <initializer_list>
+#include <limits>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using teska_test::Generator;
+
+namespace
+{
+
+struct Point {
+    double x, y, z;
+};
+using Points = std::vector<Point>;
+
+const double nan = std::numeric_limits<double>::quiet_NaN();
+const double infinity = std::numeric_limits<double>::infinity();
+const Points tetrahedron{{0, 0, 0}, {10, 0, 0}, {0, 10, 0}, {0, 0, 10}};
+
+void add(TConvexHull &hull, const Points &points)
+{
+    for (const Point &p : points)
+        EXPECT_EQ(hull.AddPoint(p.x, p.y, p.z), 0);
+}
+
+// All points with coordinates 0, step, .. (n - 1) * step.
+Points lattice(int n, double step, int layers)
+{
+    Points points;
+    for (int z = 0; z < layers; ++z)
+        for (int y = 0; y < n; ++y)
+            for (int x = 0; x < n; ++x)
+                points.push_back({x * step, y * step, z * step});
+    return points;
+}
+
+Points repeated(Points points)
+{
+    const Points once = points;
+    points.insert(points.end(), once.begin(), once.end());
+    return points;
+}
+
+// On an ellipsoid, or with `solid` in it; rounded to 1 / decimals unless that is 0.
+Points cloud(int n, Point radius, bool solid, double decimals)
+{
+    Generator input(static_cast<std::uint64_t>(n));
+    Points points;
+    while (static_cast<int>(points.size()) < n) {
+        const Point p{input.between(-1, 1), input.between(-1, 1), input.between(-1, 1)};
+        const double r = std::sqrt(p.x * p.x + p.y * p.y + p.z * p.z);
+        if (r > 1 || r < 0.1)
+            continue;
+        const double k = solid ? 1 : 1 / r;
+        const auto rounded = [=](double v) { return decimals > 0 ? std::round(v * decimals) / decimals : v; };
+        points.push_back({rounded(p.x * k * radius.x), rounded(p.y * k * radius.y), rounded(p.z * k * radius.z)});
+    }
+    return points;
+}
+
+}  // namespace
+
+// Walks the lists, and reaches the private routines.
+struct TConvexHullTest {
+    template <class Record>
+    static void each(Record *head, const std::function<void(Record *)> &visit)
+    {
+        Record *record = head;
+        do {
+            EXPECT_EQ(record->next->prev, record);
+            visit(record);
+        } while ((record = record->next) != head);
+    }
+
+    // The numbers of the vertices, of the ends of every edge and of the corners of every face, each in their order.
+    static std::string text(const TConvexHull &hull)
+    {
+        std::ostringstream out;
+        each<tVertexStructure>(hull.vertices, [&](auto *v) { out << v->vnum << ' '; });
+        out << '|';
+        each<tEdgeStructure>(hull.edges, [&](auto *e) { out << ' ' << e->endpts[0]->vnum << e->endpts[1]->vnum; });
+        out << " |";
+        each<tFaceStructure>(
+            hull.faces, [&](auto *f) { out << ' ' << f->vertex[0]->vnum << f->vertex[1]->vnum << f->vertex[2]->vnum; });
+        return out.str();
+    }
+
+    // "vertices / edges / faces" of a closed surface, every mark cleared, with two faces at every edge.
+    static std::string count(const TConvexHull &hull)
+    {
+        int v = 0, e = 0, f = 0;
+        bool sound = hull.CheckEndpts() != 0 && hull.Consistency() != 0;
+        each<tVertexStructure>(hull.vertices,
+                               [&](auto *r) { sound = sound && r->mark && !r->onhull && !r->duplicate && ++v; });
+        each<tEdgeStructure>(hull.edges, [&](auto *r) { sound = sound && !r->del && !r->newface && ++e; });
+        each<tFaceStructure>(hull.faces, [&](auto *r) { sound = sound && !r->visible && ++f; });
+        sound = sound && v - e + f == 2 && 2 * e == 3 * f;
+        std::ostringstream out;
+        out << v << " / " << e << " / " << f;
+        return sound ? out.str() : "broken";
+    }
+
+    static bool convex(const TConvexHull &hull) { return hull.Convexity() != 0; }
+
+    static std::string printed(const TConvexHull &hull, void (TConvexHull::*print)() const)
+    {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        (hull.*print)();
+        return testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr();
+    }
+    static std::string picture(const TConvexHull &hull) { return printed(hull, &TConvexHull::Print); }
+    static std::string vertices(const TConvexHull &hull) { return printed(hull, &TConvexHull::PrintVertices); }
+};
+
+namespace
+{
+
+TEST(TConvexHullConstruct, MakesTheListsOfTheIncrementalAlgorithm)
+{
+    // The first triangle is 1, 2, 3, since 0 lies on a line with 1 and 2; 5 is inside; 6 takes 4 away.
+    const Points points{{0, 0, 0}, {5, 0, 0}, {10, 0, 0}, {0, 10, 0}, {2, 2, 8}, {2, 2, 2}, {2, 2, 20}};
+    TConvexHull hull;
+    add(hull, points);
+    EXPECT_EQ(hull.Construct(), 0);
+    EXPECT_EQ(TConvexHullTest::text(hull), "6 0 1 2 3 | 12 23 31 16 26 36 30 10 60 | 321 126 236 310 160 630");
+}
+
+TEST(TConvexHullConstruct, IsAClosedSurfaceAroundEveryPoint)
+{
+    struct Case {
+        const char *name;
+        Points points;
+        const char *counts;  // "": only that it is closed
+    };
+    const Case cases[] = {
+        {"tetrahedron", tetrahedron, "4 / 6 / 4"},
+        {"lattice of coplanar points", lattice(9, 3, 9), ""},
+        {"cube", lattice(2, 10, 2), "8 / 18 / 12"},
+        {"duplicates", repeated(lattice(2, 10, 2)), "8 / 18 / 12"},
+        {"sphere", cloud(1000, {100, 100, 100}, false, 0), "1000 / 2994 / 1996"},
+        {"dense sphere", cloud(3000, {20, 20, 20}, false, 0), "3000 / 8994 / 5996"},
+        {"colours", cloud(6000, {50, 90, 110}, true, 10), ""},
+        {"needle", cloud(500, {1000, 0.2, 0.2}, false, 0), ""},
+        {"far away and large", cloud(500, {3e7, 2e7, 1e7}, false, 0), "500 / 1494 / 996"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        std::string first;
+        teska_test::at_every_level([&](auto) {
+            TConvexHull hull;
+            add(hull, c.points);
+            ASSERT_EQ(hull.Construct(), 0);
+            const std::string counts = TConvexHullTest::count(hull);
+            EXPECT_EQ(counts, *c.counts != 0 ? c.counts : counts);
+            EXPECT_NE(counts, "broken");
+            EXPECT_TRUE(TConvexHullTest::convex(hull));
+            for (const Point &p : c.points)
+                ASSERT_EQ(hull.InsideHull(p.x, p.y, p.z), 1) << p.x << ", " << p.y << ", " << p.z;
+            const std::string text = TConvexHullTest::text(hull);
+            EXPECT_EQ(text, first.empty() ? text : first);
+            first = text;
+        });
+    }
+}
+
+TEST(TConvexHullConstruct, RefusesPointsThatSpanNoVolume)
+{
+    const Points none[] = {
+        {},
+        {{1, 2, 3}},
+        {{1, 2, 3}, {4, 5, 6}},
+        {{0, 0, 0}, {10, 0, 0}, {0, 10, 0}},
+        {{1, 1, 1}, {1, 1, 1}, {1, 1, 1}, {1, 1, 1}},
+        {{0, 0, 0}, {1, 2, 3}, {2, 4, 6}, {5, 10, 15}},
+        lattice(5, 10, 1),
+        {{nan, 0, 0}, {10, 0, infinity}, {0, -infinity, 0}, {0, 0, 10}, {9, 9, 9}},
+    };
+    for (const Points &points : none) {
+        TConvexHull hull;
+        add(hull, points);
+        EXPECT_EQ(hull.Construct(), -1) << points.size();
+        EXPECT_EQ(hull.IsEmpty() != 0, points.empty());
+        EXPECT_EQ(hull.InsideHull(1, 1, 1), 0);
+        // Nothing is lost by it.
+        add(hull, lattice(2, 100, 2));
+        EXPECT_EQ(hull.Construct(), 0);
+        EXPECT_EQ(hull.InsideHull(99, 99, 99), 1);
+        for (const Point &p : points)
+            EXPECT_EQ(hull.InsideHull(p.x, p.y, p.z), std::isfinite(p.x + p.y + p.z) ? 1 : 0);
+    }
+}
+
+TEST(TConvexHullConstruct, KeptDoesNotScaleItsThreshold)
+{
+    TConvexHull small;
+    for (const Point &p : tetrahedron)
+        small.AddPoint(p.x / 125, p.y / 125, p.z / 125);
+    EXPECT_EQ(small.Construct(), -1);
+}
+
+TEST(TConvexHullConstruct, KeptSeesNoTriangleInPointsAddedInPairs)
+{
+    TConvexHull pairs;
+    for (const Point &p : tetrahedron)
+        add(pairs, {p, p});
+    EXPECT_EQ(pairs.Construct(), -1);
+}
+
+TEST(TConvexHullConstruct, GoesOnFromTheVerticesOfAnEarlierHull)
+{
+    TConvexHull hull;
+    add(hull, lattice(2, 10, 2));
+    EXPECT_EQ(hull.Construct(), 0);
+    add(hull, {{5, 5, 30}, {5, 5, 5}});
+    EXPECT_EQ(hull.Construct(), 0);
+    EXPECT_EQ(TConvexHullTest::count(hull), "9 / 21 / 14");
+    EXPECT_EQ(hull.InsideHull(5, 5, 29), 1);
+}
+
+TEST(TConvexHullInsideHull, CountsTheSurfaceAsInside)
+{
+    struct Query {
+        Point p;
+        int inside;
+    };
+    // Six times the volume over a triangle of area 50 reaches 0.5 at a height of 0.005.
+    const Query queries[] = {{{5, 5, 5}, 1},      {{10, 10, 10}, 1}, {{0, 5, 0}, 1},       {{10.004, 5, 5}, 1},
+                             {{10.006, 5, 5}, 0}, {{5, 5, -1}, 0},   {{1e9, 5, 5}, 0},     {{5, -1e300, 5}, 0},
+                             {{nan, 5, 5}, 0},    {{5, nan, 5}, 0},  {{infinity, 5, 5}, 0}};
+    TConvexHull cube;
+    EXPECT_EQ(cube.InsideHull(0, 0, 0), 0);
+    add(cube, lattice(2, 10, 2));
+    EXPECT_EQ(cube.InsideHull(5, 5, 5), 0);
+    cube.Construct();
+    teska_test::at_every_level([&](auto) {
+        for (const Query &q : queries)
+            EXPECT_EQ(cube.InsideHull(q.p.x, q.p.y, q.p.z), q.inside) << q.p.x << ", " << q.p.y << ", " << q.p.z;
+    });
+}
+
+TEST(TConvexHullCopy, SharesTheListsWithItsSource)
+{
+    TConvexHull last;
+    {
+        TConvexHull first;
+        add(first, lattice(2, 10, 2));
+        TConvexHull second(first);
+        TConvexHull third;
+        add(third, tetrahedron);
+        third = second;
+        third = *&third;
+        add(second, {{5, 5, 20}});
+        EXPECT_EQ(third.Construct(), 0);
+        EXPECT_EQ(first.InsideHull(5, 5, 19), 1);
+        EXPECT_EQ(TConvexHullTest::text(first), TConvexHullTest::text(second));
+        last = second;
+    }
+    EXPECT_EQ(last.InsideHull(5, 5, 19), 1);
+    EXPECT_EQ(TConvexHullTest::count(last), "9 / 21 / 14");
+}
+
+TEST(TConvexHullPrint, WritesThePictureOfTheFacesAbove)
+{
+    TConvexHull hull;
+    add(hull, tetrahedron);
+    hull.Construct();
+    EXPECT_EQ(TConvexHullTest::picture(hull),
+              "%!PS\n%%BoundingBox: 0 0 10 10\n%%HiResBoundingBox: 0 0 10 10\n0 setlinewidth\n"
+              "0.000000 0.000000 translate\n\n%% Vertices:\tV = 4\n%% index:\tx\ty\tz\n"
+              "%%     3:\t0.000\t0.000\t10.000\n%%     0:\t0.000\t0.000\t0.000\n"
+              "%%     1:\t10.000\t0.000\t0.000\n%%     2:\t0.000\t10.000\t0.000\n\n"
+              "%% Faces:\tF = 4\n%% Visible faces only: \n"
+              "%% vnums:  0  1  3\nnewpath\n0.000\t0.000\tmoveto\n10.000\t0.000\tlineto\n"
+              "0.000\t0.000\tlineto\nclosepath stroke\n\n"
+              "%% vnums:  1  2  3\nnewpath\n10.000\t0.000\tmoveto\n0.000\t10.000\tlineto\n"
+              "0.000\t0.000\tlineto\nclosepath stroke\n\n"
+              "%% vnums:  2  0  3\nnewpath\n0.000\t10.000\tmoveto\n0.000\t0.000\tlineto\n"
+              "0.000\t0.000\tlineto\nclosepath stroke\n\n"
+              "%% List of all faces: \n%%\tv0\tv1\tv2\t(vertex indices)\n%%\t2\t1\t0\n%%\t0\t1\t3\n"
+              "%%\t1\t2\t3\n%%\t2\t0\t3\n\n%% Edges:\tE = 6\n\nshowpage\n\n");
+    const std::string vertices = TConvexHullTest::vertices(hull);
+    EXPECT_NE(vertices.find("\t  vnum    3   ( 0.000, 0.000,10.000)   active:  0   dup:    0   mark: 1\n"),
+              std::string::npos)
+        << vertices;
+}
+
+}  // namespace
