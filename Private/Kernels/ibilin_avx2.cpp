@@ -39,10 +39,10 @@ struct avx2 {
     static vector either(vector a, vector b) noexcept { return _mm256_or_si256(a, b); }
     static vector join_lower(vector a, vector b) noexcept { return _mm256_unpacklo_epi64(a, b); }
     static vector join_upper(vector a, vector b) noexcept { return _mm256_unpackhi_epi64(a, b); }
-    static vector narrow(vector a, vector b) noexcept
-    {
-        return _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xD8);
-    }
+    static vector widen_lower(vector v) noexcept { return _mm256_unpacklo_epi8(v, _mm256_setzero_si256()); }
+    static vector widen_upper(vector v) noexcept { return _mm256_unpackhi_epi8(v, _mm256_setzero_si256()); }
+    static vector narrow_units(vector a, vector b) noexcept { return _mm256_packus_epi16(a, b); }
+    static vector narrow(vector a, vector b) noexcept { return narrow_units(a, b); }
 
     template <class T>
     using stripe = __m256i;

@@ -48,6 +48,9 @@ struct avx512 {
         return _mm512_inserti64x4(a, _mm512_castsi512_si256(b), 1);
     }
     static vector join_upper(vector a, vector b) noexcept { return _mm512_shuffle_i64x2(a, b, 0xEE); }
+    static vector widen_lower(vector v) noexcept { return _mm512_unpacklo_epi8(v, _mm512_setzero_si512()); }
+    static vector widen_upper(vector v) noexcept { return _mm512_unpackhi_epi8(v, _mm512_setzero_si512()); }
+    static vector narrow_units(vector a, vector b) noexcept { return _mm512_packus_epi16(a, b); }
     static vector narrow(vector a, vector b) noexcept
     {
         return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), _mm512_packus_epi16(a, b));

@@ -23,17 +23,15 @@ T blend(std::uint32_t a, std::uint32_t b, std::uint32_t weight) noexcept
 }
 
 template <class T>
-void columns(const bilin_place *places, std::ptrdiff_t count, bilin_run<const T> in,
-             bilin_run<std::uint16_t> out) noexcept
+void columns(const bilin_place *places, std::ptrdiff_t count, bilin_run<const T> in, bilin_run<T> out) noexcept
 {
     for (std::ptrdiff_t x = 0; x < count; ++x)
         out.at[x * out.step] =
-            blend<std::uint16_t>(in.at[places[x].first * in.step], in.at[places[x].second * in.step], places[x].weight);
+            blend<T>(in.at[places[x].first * in.step], in.at[places[x].second * in.step], places[x].weight);
 }
 
 template <class T>
-void down(const std::uint16_t *upper, const std::uint16_t *lower, std::uint32_t weight, std::ptrdiff_t count,
-          T *out) noexcept
+void down(const T *upper, const T *lower, std::uint32_t weight, std::ptrdiff_t count, T *out) noexcept
 {
     for (std::ptrdiff_t i = 0; i < count; ++i)
         out[i] = blend<T>(upper[i], lower[i], weight);
@@ -46,21 +44,15 @@ void spread(const T *in, int c, int n, std::ptrdiff_t count, T *out) noexcept
         out[i] = in[i];
 }
 
+template <class T>
+constexpr bilin_depth<T> by_samples = {.columns = columns<T>, .across = nullptr, .down = down<T>, .spread = spread<T>};
+
 }  // namespace
 
 void install_scalar(bilin_kernels &table) noexcept
 {
-    table = {.unit = 0,
-             .units = 0,
-             .columns_b = columns<std::uint8_t>,
-             .columns = columns<std::uint16_t>,
-             .across_b = nullptr,
-             .across = nullptr,
-             .pick = nullptr,
-             .down_b = down<std::uint8_t>,
-             .down = down<std::uint16_t>,
-             .spread_b = spread<std::uint8_t>,
-             .spread = spread<std::uint16_t>};
+    table = {
+        .unit = 0, .units = 0, .bytes = by_samples<std::uint8_t>, .words = by_samples<std::uint16_t>, .pick = nullptr};
 }
 
 }  // namespace teska

@@ -34,7 +34,10 @@ struct sse41 {
     static vector either(vector a, vector b) noexcept { return _mm_or_si128(a, b); }
     static vector join_lower(vector a, vector b) noexcept { return _mm_unpacklo_epi64(a, b); }
     static vector join_upper(vector a, vector b) noexcept { return _mm_unpackhi_epi64(a, b); }
-    static vector narrow(vector a, vector b) noexcept { return _mm_packus_epi16(a, b); }
+    static vector widen_lower(vector v) noexcept { return _mm_unpacklo_epi8(v, _mm_setzero_si128()); }
+    static vector widen_upper(vector v) noexcept { return _mm_unpackhi_epi8(v, _mm_setzero_si128()); }
+    static vector narrow_units(vector a, vector b) noexcept { return _mm_packus_epi16(a, b); }
+    static vector narrow(vector a, vector b) noexcept { return narrow_units(a, b); }
 
     template <class T>
     using stripe = __m128i;

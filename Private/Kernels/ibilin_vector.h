@@ -41,7 +41,8 @@ template <class Isa>
 struct bilin_kernel {
     using vector = typename Isa::vector;
     static constexpr std::ptrdiff_t bytes = Isa::unit * Isa::units;
-    static constexpr std::ptrdiff_t lanes = bytes / 2;
+    template <class T>
+    static constexpr std::ptrdiff_t samples = bytes / static_cast<std::ptrdiff_t>(sizeof(T));
 
     static vector blend_bytes(vector a, vector b, vector negative_weight) noexcept
     {
@@ -68,124 +69,139 @@ struct bilin_kernel {
                 Isa::template shuffle<Bytes, 2>(Isa::windows(in, offset + Isa::units), Isa::load(mask + bytes)));
     }
 
+    // A vector of lanes; offset and table go on to the next one.
     template <int Bytes, int Windows>
-    static void across_windows(const bilin_plan &plan, const std::uint8_t *in, std::uint16_t *out) noexcept
+    static vector blended(const std::uint8_t *in, const std::ptrdiff_t *&offset, const std::uint8_t *&table) noexcept
     {
         constexpr int masks = Windows == 1 ? 2 : Windows;
-        const std::ptrdiff_t *offset = plan.offsets;
-        const std::uint8_t *table = plan.tables;
-        const vector zero = Isa::same(0);
-        for (std::ptrdiff_t v = 0; v < plan.vectors; ++v) {
-            vector a, b;
-            if constexpr (Windows == 1) {
-                const vector window = Isa::windows(in, offset);
-                a = Isa::template shuffle<Bytes, 0>(window, Isa::load(table));
-                b = Isa::template shuffle<Bytes, 0>(window, Isa::load(table + bytes));
-            } else {
-                const vector lower = shuffled<Bytes, Windows / 2>(in, offset, table);
-                const vector upper =
-                    shuffled<Bytes, Windows / 2>(in, offset + Windows / 2 * Isa::units, table + Windows / 2 * bytes);
-                a = Isa::join_lower(lower, upper);
-                b = Isa::join_upper(lower, upper);
+        constexpr int half = Windows / 2;
+        vector a, b;
+        if constexpr (Windows == 1) {
+            const vector window = Isa::windows(in, offset);
+            a = Isa::template shuffle<Bytes, 0>(window, Isa::load(table));
+            b = Isa::template shuffle<Bytes, 0>(window, Isa::load(table + bytes));
+        } else {
+            const vector lower = shuffled<Bytes, half>(in, offset, table);
+            const vector upper = shuffled<Bytes, half>(in, offset + half * Isa::units, table + half * bytes);
+            a = Isa::join_lower(lower, upper);
+            b = Isa::join_upper(lower, upper);
+        }
+        const vector weight = Isa::load(table + masks * bytes);
+        offset += Windows * Isa::units;
+        table += (masks + 1) * bytes;
+        if constexpr (Bytes == 1)
+            return blend_bytes(a, b, weight);
+        else
+            return blend_words(a, b, weight, Isa::subtract(Isa::same(0), weight));
+    }
+
+    template <int Windows, class T>
+    static void across_windows(const bilin_plan &plan, const std::uint8_t *in, T *out) noexcept
+    {
+        for (std::ptrdiff_t r = 0; r < plan.repeats; ++r, in += plan.advance) {
+            const std::ptrdiff_t *offset = plan.offsets;
+            const std::uint8_t *table = plan.tables;
+            for (std::ptrdiff_t v = 0; v < plan.vectors; ++v, out += samples<T>) {
+                const vector first = blended<sizeof(T), Windows>(in, offset, table);
+                if constexpr (sizeof(T) == 1)
+                    Isa::store(out, Isa::narrow(first, blended<1, Windows>(in, offset, table)));
+                else
+                    Isa::store(out, first);
             }
-            const vector weight = Isa::load(table + masks * bytes);
-            if constexpr (Bytes == 1)
-                Isa::store(out, blend_bytes(a, b, weight));
-            else
-                Isa::store(out, blend_words(a, b, weight, Isa::subtract(zero, weight)));
-            out += lanes;
-            offset += Windows * Isa::units;
-            table += (masks + 1) * bytes;
         }
     }
 
-    template <int Bytes, class T>
-    static void across(const bilin_plan &plan, const T *in, std::uint16_t *out) noexcept
+    template <class T>
+    static void across(const bilin_plan &plan, const T *in, T *out) noexcept
     {
         const auto *const line = reinterpret_cast<const std::uint8_t *>(in);
-        switch (plan.windows) {
-        case 1:
-            return across_windows<Bytes, 1>(plan, line, out);
-        case 2:
-            return across_windows<Bytes, 2>(plan, line, out);
-        default:
-            return across_windows<Bytes, 4>(plan, line, out);
-        }
+        if (plan.windows == 1)
+            across_windows<1>(plan, line, out);
+        else if (plan.windows == 2)
+            across_windows<2>(plan, line, out);
+        else
+            across_windows<4>(plan, line, out);
     }
 
     template <int Windows>
     static void pick_windows(const bilin_plan &plan, const std::uint8_t *in, std::uint8_t *out) noexcept
     {
-        const std::ptrdiff_t *offset = plan.offsets;
-        const std::uint8_t *table = plan.tables;
-        for (std::ptrdiff_t v = 0; v < plan.vectors; ++v) {
-            const vector lower = shuffled<2, Windows / 2>(in, offset, table);
-            const vector upper =
-                shuffled<2, Windows / 2>(in, offset + Windows / 2 * Isa::units, table + Windows / 2 * bytes);
-            Isa::store(out, Isa::join_lower(lower, upper));
-            out += bytes;
-            offset += Windows * Isa::units;
-            table += Windows * bytes;
+        constexpr int half = Windows / 2;
+        for (std::ptrdiff_t r = 0; r < plan.repeats; ++r, in += plan.advance) {
+            const std::ptrdiff_t *offset = plan.offsets;
+            const std::uint8_t *table = plan.tables;
+            for (std::ptrdiff_t v = 0; v < plan.vectors; ++v, out += bytes) {
+                const vector lower = shuffled<2, half>(in, offset, table);
+                const vector upper = shuffled<2, half>(in, offset + half * Isa::units, table + half * bytes);
+                Isa::store(out, Isa::join_lower(lower, upper));
+                offset += Windows * Isa::units;
+                table += Windows * bytes;
+            }
         }
     }
 
     static void pick(const bilin_plan &plan, const void *in, void *out) noexcept
     {
-        const auto *const line = static_cast<const std::uint8_t *>(in);
         if (plan.windows == 2)
-            pick_windows<2>(plan, line, static_cast<std::uint8_t *>(out));
+            pick_windows<2>(plan, static_cast<const std::uint8_t *>(in), static_cast<std::uint8_t *>(out));
         else
-            pick_windows<4>(plan, line, static_cast<std::uint8_t *>(out));
+            pick_windows<4>(plan, static_cast<const std::uint8_t *>(in), static_cast<std::uint8_t *>(out));
     }
 
-    // make(i) gives the vector of output from sample i on; Step samples each. What is behind `count` is not written.
-    template <std::ptrdiff_t Step, class T, class Make>
+    // make(i) gives the vector of output from sample i on. What is behind `count` is not written.
+    template <class T, class Make>
     static void write(std::ptrdiff_t count, T *out, Make make) noexcept
     {
         std::ptrdiff_t i = 0;
-        for (; i + Step <= count; i += Step)
+        for (; i + samples<T> <= count; i += samples<T>)
             Isa::store(out + i, make(i));
         if (i < count) {
-            T rest[Step];
+            T rest[samples<T>];
             Isa::store(rest, make(i));
             for (const T *from = rest; i < count; ++i, ++from)
                 out[i] = *from;
         }
     }
 
-    static void down_b(const std::uint16_t *upper, const std::uint16_t *lower, std::uint32_t weight,
-                       std::ptrdiff_t count, std::uint8_t *out) noexcept
+    static void down_bytes(const std::uint8_t *upper, const std::uint8_t *lower, std::uint32_t weight,
+                           std::ptrdiff_t count, std::uint8_t *out) noexcept
     {
-        if (weight == 0)
-            return write<bytes>(count, out, [=](std::ptrdiff_t i) {
-                return Isa::narrow(Isa::load(upper + i), Isa::load(upper + i + lanes));
-            });
         const bool lower_is_nearer = weight > 32768;
-        const std::uint16_t *const a = lower_is_nearer ? lower : upper;
-        const std::uint16_t *const b = lower_is_nearer ? upper : lower;
+        const std::uint8_t *const nearer = lower_is_nearer ? lower : upper;
+        const std::uint8_t *const further = lower_is_nearer ? upper : lower;
         const vector w = Isa::same(static_cast<int>(lower_is_nearer ? weight - 65536 : 0 - weight));
-        write<bytes>(count, out, [=](std::ptrdiff_t i) {
-            return Isa::narrow(blend_bytes(Isa::load(a + i), Isa::load(b + i), w),
-                               blend_bytes(Isa::load(a + i + lanes), Isa::load(b + i + lanes), w));
+        write(count, out, [=](std::ptrdiff_t i) {
+            const vector a = Isa::load(nearer + i);
+            const vector b = Isa::load(further + i);
+            return Isa::narrow_units(blend_bytes(Isa::widen_lower(a), Isa::widen_lower(b), w),
+                                     blend_bytes(Isa::widen_upper(a), Isa::widen_upper(b), w));
         });
     }
 
-    static void down(const std::uint16_t *upper, const std::uint16_t *lower, std::uint32_t weight, std::ptrdiff_t count,
-                     std::uint16_t *out) noexcept
+    static void down_words(const std::uint16_t *upper, const std::uint16_t *lower, std::uint32_t weight,
+                           std::ptrdiff_t count, std::uint16_t *out) noexcept
     {
-        if (weight == 0)
-            return write<lanes>(count, out, [=](std::ptrdiff_t i) { return Isa::load(upper + i); });
         const vector w = Isa::same(static_cast<int>(weight));
         const vector rest = Isa::same(static_cast<int>(0 - weight));
-        write<lanes>(count, out, [=](std::ptrdiff_t i) {
-            return blend_words(Isa::load(upper + i), Isa::load(lower + i), w, rest);
-        });
+        write(count, out,
+              [=](std::ptrdiff_t i) { return blend_words(Isa::load(upper + i), Isa::load(lower + i), w, rest); });
+    }
+
+    template <class T>
+    static void down(const T *upper, const T *lower, std::uint32_t weight, std::ptrdiff_t count, T *out) noexcept
+    {
+        if (weight == 0)
+            write(count, out, [=](std::ptrdiff_t i) { return Isa::load(upper + i); });
+        else if constexpr (sizeof(T) == 1)
+            down_bytes(upper, lower, weight, count, out);
+        else
+            down_words(upper, lower, weight, count, out);
     }
 
     template <int N, class T>
     static void spread_of(const T *in, int c, std::ptrdiff_t count, T *out) noexcept
     {
-        constexpr std::ptrdiff_t step = bytes / static_cast<std::ptrdiff_t>(sizeof(T));
+        constexpr std::ptrdiff_t step = samples<T>;
         typename Isa::template stripe<T> chosen[N];
         for (int k = 0; k < N; ++k)
             chosen[k] = Isa::template stripe_at<T>(striped<T, N>.at + (N - c) % N + k * step % N);
@@ -210,17 +226,21 @@ struct bilin_kernel {
             spread_of<4>(in, c, count, out);
     }
 
+    template <class T>
+    static void install(bilin_depth<T> &table) noexcept
+    {
+        table.across = across<T>;
+        table.down = down<T>;
+        table.spread = spread<T>;
+    }
+
     static void install(bilin_kernels &table) noexcept
     {
         table.unit = Isa::unit;
         table.units = Isa::units;
-        table.across_b = across<1, std::uint8_t>;
-        table.across = across<2, std::uint16_t>;
+        install(table.bytes);
+        install(table.words);
         table.pick = pick;
-        table.down_b = down_b;
-        table.down = down;
-        table.spread_b = spread<std::uint8_t>;
-        table.spread = spread<std::uint16_t>;
     }
 };
 

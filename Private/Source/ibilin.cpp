@@ -5,7 +5,7 @@
 //
 //     source line s, s + 1    a0 a1 a2 a3 a4       columns: places, computed once
 //                               \ | \ | \ |
-//     previous, current        b0  b1  b2          16-bit samples; the roles change with every line used
+//     previous, current        b0  b1  b2          the roles change with every line used
 //                               |   |   |
 //     destination line         c0  c1  c2          place of the line, computed when it is the next one
 //
@@ -13,8 +13,7 @@
 // kernels as one line: their buffers are interleaved too. What a kernel needs to know of the columns, a plan, is made
 // when the first line shows the depth of the samples.
 //
-// A line is not resampled when no destination line gives it a weight: halving uses every other line only. Where all
-// weights are zero in both directions samples are picked, and the buffers hold them as they came, bytes as bytes.
+// A line is not resampled when no destination line gives it a weight: halving uses every other line only.
 //
 // All this holds while the components are fed together. Once a call has fed some of them only, each goes its own way,
 // sample by sample.
@@ -33,8 +32,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <cmath>
-#include <cstring>
 #include <utility>
 
 using std::ptrdiff_t;
@@ -76,8 +73,9 @@ struct ibilin {
     bilin_place row{};     // of the next one
     bool together = true;  // all calls so far fed all components
     bool joined = false;   // buffers are interleaved
-    bool picks = false;    // all weights are 0
-    int planned = 0;       // bytes of a sample for which the plan was made; 0: none
+    bool picks = false;    // all weights of columns are 0
+    int depth = 0;         // bytes of a sample for which a plan was tried; 0: none
+    bool planned = false;  // there is a plan
     teska::bilin_kernels kernels{};
     heap_block<bilin_place> columns;
     heap_block<uint16_t> buffers;  // previous and current of all components, one line for what is written by samples
@@ -90,14 +88,14 @@ namespace
 
 // ---- Start ----------------------------------------------------------------------------------------------------------
 
-// In doubles as they stand.
+// In doubles as they stand. Nothing is negative, so conversion rounds down.
 bilin_place place_of(int i, int source, int destination)
 {
     const double f = static_cast<double>(i) * source / destination;
-    const int first = static_cast<int>(std::floor(f));
+    const int first = static_cast<int>(f);
     return {.first = first,
             .second = std::min(first + 1, source - 1),
-            .weight = static_cast<uint32_t>(std::floor((f - first) * 65536))};
+            .weight = static_cast<uint32_t>((f - first) * 65536)};
 }
 
 bilin_place next_row(const ibilin &record) { return place_of(record.delivered, record.source_lines, record.lines); }
@@ -135,15 +133,24 @@ bool make_plan_room(ibilin &record)
     return record.planner.reserve(record.kernels, static_cast<ptrdiff_t>(record.width) * joined_components(record));
 }
 
-// ---- Places of samples ----------------------------------------------------------------------------------------------
+// ---- What depends on the depth, and places of samples ----------------------------------------------------------------------------------------------
 
-// Buffer 0 or 1 of a component. T is what it holds: bytes where they are only picked, else 16-bit samples.
+template <class T>
+const teska::bilin_depth<T> &depth(const teska::bilin_kernels &kernels)
+{
+    if constexpr (sizeof(T) == 1)
+        return kernels.bytes;
+    else
+        return kernels.words;
+}
+
+// Buffer 0 or 1 of a component.
 template <class T>
 bilin_run<T> buffer(const ibilin &record, int c, int which)
 {
     const ptrdiff_t lines = record.joined ? 1 : record.components;
     const ptrdiff_t line = which * lines + (record.joined ? 0 : c);
-    T *const begin = reinterpret_cast<T *>(record.buffers.get() + line * record.buffer_size);
+    T *const begin = reinterpret_cast<T *>(record.buffers.get()) + line * record.buffer_size;
     return {.at = begin + (record.joined ? c : 0), .step = joined_components(record)};
 }
 
@@ -164,7 +171,7 @@ template <class T>
 T *aside(const ibilin &record)
 {
     const ptrdiff_t lines = record.joined ? 1 : record.components;
-    return reinterpret_cast<T *>(record.buffers.get() + 2 * lines * record.buffer_size);
+    return reinterpret_cast<T *>(record.buffers.get()) + 2 * lines * record.buffer_size;
 }
 
 ptrdiff_t line_samples(const ibilin &record)
@@ -202,42 +209,27 @@ void take(component &c, void *out)
     c.out = out;
 }
 
-void resample_columns(const ibilin &record, bilin_run<const uint8_t> in, bilin_run<uint16_t> out)
-{
-    record.kernels.columns_b(record.columns.get(), record.width, in, out);
-}
-
-void resample_columns(const ibilin &record, bilin_run<const uint16_t> in, bilin_run<uint16_t> out)
-{
-    record.kernels.columns(record.columns.get(), record.width, in, out);
-}
-
 // One component, sample by sample.
 template <class T>
-void resample_singly(ibilin &record, int c, const T *line)
+void resample_singly(const ibilin &record, int c, const T *line)
 {
-    const bilin_run<const T> in{.at = line, .step = record.in_step};
-    if (!record.picks)
-        return resample_columns(record, in, current<uint16_t>(record, c));
-    const bilin_run<T> out = current<T>(record, c);
-    for (ptrdiff_t x = 0; x < record.width; ++x)
-        out.at[x * out.step] = in.at[record.columns[static_cast<size_t>(x)].first * in.step];
+    depth<T>(record.kernels)
+        .columns(record.columns.get(), record.width, {.at = line, .step = record.in_step}, current<T>(record, c));
 }
 
-void resample_planned(const ibilin &record, int c, const uint8_t *line)
+// A component, or all that are joined.
+template <class T>
+void resample_planned(const ibilin &record, int c, const T *line)
 {
-    if (record.picks)
-        record.kernels.pick(record.planner.plan(), line, current<uint8_t>(record, c).at);
-    else
-        record.kernels.across_b(record.planner.plan(), line, current<uint16_t>(record, c).at);
-}
-
-void resample_planned(const ibilin &record, int c, const uint16_t *line)
-{
-    if (record.picks)
-        record.kernels.pick(record.planner.plan(), line, current<uint16_t>(record, c).at);
-    else
-        record.kernels.across(record.planner.plan(), line, current<uint16_t>(record, c).at);
+    T *const out = current<T>(record, c).at;
+    T *const rest = out + record.planner.rest_at() / static_cast<ptrdiff_t>(sizeof(T));
+    if (record.picks) {
+        record.kernels.pick(record.planner.repeated(), line, out);
+        record.kernels.pick(record.planner.rest(), line, rest);
+    } else {
+        depth<T>(record.kernels).across(record.planner.repeated(), line, out);
+        depth<T>(record.kernels).across(record.planner.rest(), line, rest);
+    }
 }
 
 template <class T>
@@ -252,22 +244,22 @@ bool interleaved(const ibilin &record, const T *const *lines)
 template <class T>
 void make_plan(ibilin &record)
 {
-    record.planned = sizeof(T);
-    record.planner.make({.places = record.columns.get(),
-                         .pixels = record.width,
-                         .source_pixels = record.source_width,
-                         .together = joined_components(record),
-                         .step = static_cast<int>(record.in_step),
-                         .picks = record.picks},
-                        sizeof(T));
+    record.depth = sizeof(T);
+    record.planned = record.planner.make({.places = record.columns.get(),
+                                          .pixels = record.width,
+                                          .source_pixels = record.source_width,
+                                          .together = joined_components(record),
+                                          .step = static_cast<int>(record.in_step),
+                                          .picks = record.picks},
+                                         sizeof(T));
 }
 
 template <class T>
 void resample(ibilin &record, const T *const *lines)
 {
-    if (record.planned != sizeof(T))
+    if (record.depth != sizeof(T))
         make_plan<T>(record);
-    const bool planned = record.planner.plan().windows != 0 && (!record.joined || interleaved(record, lines));
+    const bool planned = record.planned && (!record.joined || interleaved(record, lines));
     if (planned && record.joined)
         return resample_planned(record, 0, lines[0]);
     for (int c = 0; c < record.components; ++c)
@@ -279,85 +271,56 @@ void resample(ibilin &record, const T *const *lines)
 
 // ---- Destination lines are handed out -------------------------------------------------------------------------------
 
-void blend_rows(const ibilin &record, int c, uint8_t *out)
+template <class T>
+void blend_rows(const ibilin &record, int c, T *out)
 {
-    record.kernels.down_b(previous<uint16_t>(record, c).at, current<uint16_t>(record, c).at, record.row.weight,
-                          line_samples(record), out);
-}
-
-void blend_rows(const ibilin &record, int c, uint16_t *out)
-{
-    record.kernels.down(previous<uint16_t>(record, c).at, current<uint16_t>(record, c).at, record.row.weight,
-                        line_samples(record), out);
-}
-
-void spread(const ibilin &record, int c, const uint8_t *in, uint8_t *out)
-{
-    record.kernels.spread_b(in, c, record.components, line_samples(record), out);
-}
-
-void spread(const ibilin &record, int c, const uint16_t *in, uint16_t *out)
-{
-    record.kernels.spread(in, c, record.components, line_samples(record), out);
+    depth<T>(record.kernels)
+        .down(previous<T>(record, c).at, current<T>(record, c).at, record.row.weight, line_samples(record), out);
 }
 
 template <class T>
-void copy_pixels(const ibilin &record, bilin_run<const T> in, T *out)
+void copy_pixels(const ibilin &record, const T *in, ptrdiff_t step, T *out)
 {
     for (ptrdiff_t x = 0; x < record.width; ++x)
-        out[x * record.out_step] = in.at[x * in.step];
+        out[x * record.out_step] = in[x * step];
 }
 
-// One component, sample by sample.
+// A component of joined lines that goes its own way, sample by sample.
 template <class T>
-void write_singly(const ibilin &record, int c)
+void write_singly(const ibilin &record, int c, T *out)
 {
-    T *const out = static_cast<T *>(record.at[c].out);
-    if (record.picks) {
-        const bilin_run<T> line = previous<T>(record, c);
-        return copy_pixels<T>(record, {.at = line.at, .step = line.step}, out);
-    }
-    const bilin_run<uint16_t> upper = previous<uint16_t>(record, c);
-    const bilin_run<uint16_t> lower = current<uint16_t>(record, c);
-    const uint32_t weight = record.row.weight;
+    const bilin_run<T> upper = previous<T>(record, c);
+    const bilin_run<T> lower = current<T>(record, c);
     for (ptrdiff_t x = 0; x < record.width; ++x)
-        out[x * record.out_step] =
-            static_cast<T>((upper.at[x * upper.step] * (65536 - weight) + lower.at[x * lower.step] * weight) >> 16);
+        depth<T>(record.kernels)
+            .down(upper.at + x * upper.step, lower.at + x * lower.step, record.row.weight, 1,
+                  out + x * record.out_step);
 }
 
 // A component of lines that are not joined.
 template <class T>
-void write_plane(const ibilin &record, int c)
+void write_plane(const ibilin &record, int c, T *out)
 {
-    T *const out = static_cast<T *>(record.at[c].out);
-    if (record.picks) {
-        const T *const line = previous<T>(record, c).at;
-        if (record.out_step == 1)
-            std::memcpy(out, line, static_cast<size_t>(record.width) * sizeof(T));
-        else
-            copy_pixels<T>(record, {.at = line, .step = 1}, out);
-    } else if (record.out_step == 1) {
-        blend_rows(record, c, out);
-    } else {
-        blend_rows(record, c, aside<T>(record));
-        copy_pixels<T>(record, {.at = aside<T>(record), .step = 1}, out);
-    }
+    if (record.out_step == 1)
+        return blend_rows(record, c, out);
+    blend_rows(record, c, aside<T>(record));
+    copy_pixels(record, aside<T>(record), 1, out);
 }
 
 // A component of joined lines: with the first one all are blended, each is written when its turn comes.
 template <class T>
-void write_joined(const ibilin &record, int c)
+void write_joined(const ibilin &record, int c, T *out)
 {
-    if (c == 0 && !record.picks)
+    if (c == 0 && record.row.weight != 0)
         blend_rows(record, 0, aside<T>(record));
-    const T *const line = record.picks ? previous<T>(record, 0).at : aside<T>(record);
+    const T *const line = record.row.weight != 0 ? aside<T>(record) : previous<T>(record, 0).at;
     const T *outs[most_components];
     for (int k = 0; k < record.components; ++k)
         outs[k] = static_cast<const T *>(record.at[k].out);
     if (record.out_step == record.components && interleaved(record, outs))
-        spread(record, c, line, static_cast<T *>(record.at[0].out));
+        depth<T>(record.kernels).spread(line, c, record.components, line_samples(record), out - c);
     else
-        copy_pixels<T>(record, {.at = line + c, .step = record.components}, static_cast<T *>(record.at[c].out));
+        copy_pixels(record, line + c, record.components, out);
 }
 
 template <class T>
@@ -365,12 +328,13 @@ void deliver(ibilin &record, int line)
 {
     while (record.delivered < record.lines && line >= record.row.second) {
         for (int c = 0; c < record.components; ++c) {
-            if (!record.together)
-                write_singly<T>(record, c);
-            else if (record.joined)
-                write_joined<T>(record, c);
+            T *const out = static_cast<T *>(record.at[c].out);
+            if (!record.joined)
+                write_plane(record, c, out);
+            else if (record.together)
+                write_joined(record, c, out);
             else
-                write_plane<T>(record, c);
+                write_singly(record, c, out);
             record.callback(c);
         }
         ++record.delivered;
@@ -463,7 +427,7 @@ int ibilin_start(ibilin *record, int nComponents, int srcLines, int srcWidth, in
     image.callback = callback;
     image.row = next_row(image);
     image.joined = nComponents > 1 && inStep == nComponents;
-    image.picks = srcLines % dstLines == 0 && srcWidth % dstWidth == 0;
+    image.picks = srcWidth % dstWidth == 0;
     if (!make_buffers(image) || !make_columns(image) || !make_plan_room(image)) {
         TESKA_ERR("ibilin_start: unsufficient resources");
         return 0;

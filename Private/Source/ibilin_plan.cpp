@@ -8,15 +8,23 @@
 //
 // A window begins with its first byte, or earlier so as not to reach behind the line. Behind the last sample the vector
 // is filled up with its repetition.
+//
+// Sizes in the ratio of p to q, in lowest terms, repeat their weights every q pixels, p pixels later in the source. So
+// a few vectors serve the whole line but its end, and stay in the fastest cache whatever its length. Whether the places
+// do repeat is looked up, not concluded: they come from floating-point numbers.
 
 #include "Support/ibilin_plan.h"
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <cstring>
+#include <numeric>
 
 using std::ptrdiff_t;
 using std::size_t;
+using std::uint16_t;
+using std::uint32_t;
 using std::uint8_t;
 
 namespace
@@ -24,25 +32,37 @@ namespace
 
 constexpr int most_windows = 4;
 constexpr uint8_t zero_byte = 0x80;
+constexpr int most_samples = 64;        // of a window
+constexpr ptrdiff_t least_vectors = 8;  // that a repetition is worth
 
 // A destination sample: where its two source samples begin, in bytes, and the weight of the further one.
 struct sample {
     ptrdiff_t nearer;
     ptrdiff_t further;
-    std::uint32_t weight;
+    uint32_t weight;
 };
 
 // Walks along the samples of a line; stays at the last one.
 class walk
 {
 public:
-    walk(const teska::bilin_line &line, int bytes) noexcept : line_(line), bytes_(bytes) {}
+    // From sample `first` on.
+    walk(const teska::bilin_line &line, int bytes, ptrdiff_t first) noexcept
+        : line_(line), bytes_(bytes), step_(static_cast<ptrdiff_t>(line.step) * bytes),
+          pixel_(static_cast<int>(std::min<ptrdiff_t>(first / line.together, line.pixels - 1))),
+          component_(static_cast<int>(first % line.together))
+    {
+    }
 
-    [[nodiscard]] sample at() const noexcept
+    sample next() noexcept
     {
         const teska::bilin_place &place = line_.places[pixel_];
-        const ptrdiff_t first = (place.first * static_cast<ptrdiff_t>(line_.step) + component_) * bytes_;
-        const ptrdiff_t second = (place.second * static_cast<ptrdiff_t>(line_.step) + component_) * bytes_;
+        const ptrdiff_t first = place.first * step_ + component_ * bytes_;
+        const ptrdiff_t second = place.second * step_ + component_ * bytes_;
+        if (component_ + 1 < line_.together)
+            ++component_;
+        else if (pixel_ + 1 < line_.pixels)
+            ++pixel_, component_ = 0;
         if (place.weight == 0)
             return {.nearer = first, .further = first, .weight = 0};
         // The weights of words are not negated, and keep their order.
@@ -51,70 +71,94 @@ public:
         return {.nearer = second, .further = first, .weight = 65536 - place.weight};
     }
 
-    void next() noexcept
-    {
-        if (component_ + 1 < line_.together)
-            ++component_;
-        else if (pixel_ + 1 < line_.pixels)
-            ++pixel_, component_ = 0;
-    }
-
 private:
     const teska::bilin_line &line_;
     const int bytes_;
-    int pixel_ = 0;
-    int component_ = 0;
+    const ptrdiff_t step_;
+    int pixel_;
+    int component_;
 };
 
-// One window after the other, inside the bytes of the line.
-class window
-{
-public:
-    window(ptrdiff_t begin, ptrdiff_t end, int size) noexcept : begin_(begin), end_(end), size_(size) {}
+// The next samples of a line, and the window they are read from.
+struct window {
+    sample at[most_samples];
+    ptrdiff_t start;
 
-    // Places itself over the next `count` samples from `from` on. Returns false when it does not reach them all.
-    bool place(walk from, int count, int bytes) noexcept
+    // Returns false when a window of `size` bytes, inside the bytes begin .. end - 1, does not reach all of `count`.
+    bool place(walk &from, int count, int bytes, ptrdiff_t begin, ptrdiff_t end, int size) noexcept
     {
-        ptrdiff_t low = from.at().nearer;
-        ptrdiff_t high = low;
-        for (int i = 0; i < count; ++i, from.next()) {
-            const sample s = from.at();
-            low = std::min({low, s.nearer, s.further});
-            high = std::max({high, s.nearer, s.further});
+        ptrdiff_t low = PTRDIFF_MAX;
+        ptrdiff_t high = PTRDIFF_MIN;
+        for (int i = 0; i < count; ++i) {
+            at[i] = from.next();
+            low = std::min({low, at[i].nearer, at[i].further});
+            high = std::max({high, at[i].nearer, at[i].further});
         }
-        start_ = std::min(low, end_ - size_);
-        return start_ >= begin_ && high + bytes - start_ <= size_;
+        start = std::min(low, end - size);
+        return start >= begin && high + bytes - start <= size;
     }
 
-    [[nodiscard]] ptrdiff_t start() const noexcept { return start_; }
-
-    void mark(uint8_t *mask, ptrdiff_t at, int bytes) const noexcept
+    void mark(uint8_t *mask, ptrdiff_t byte, int bytes) const noexcept
     {
         for (int i = 0; i < bytes; ++i)
-            mask[i] = static_cast<uint8_t>(at - start_ + i);
+            mask[i] = static_cast<uint8_t>(byte - start + i);
     }
-
-private:
-    ptrdiff_t begin_;
-    ptrdiff_t end_;
-    int size_;
-    ptrdiff_t start_ = 0;
 };
+
+// For how many pixels the places repeat with a period.
+int repeating_pixels(const teska::bilin_line &line, int period, int source_period) noexcept
+{
+    int x = period;
+    for (; x < line.pixels; ++x) {
+        const teska::bilin_place &now = line.places[x];
+        const teska::bilin_place &before = line.places[x - period];
+        if (now.weight != before.weight || now.first != before.first + source_period ||
+            (now.weight != 0 && now.second != before.second + source_period))
+            break;
+    }
+    return std::min(x, line.pixels);
+}
 
 }  // namespace
 
 namespace teska
 {
 
+// All numbers of a plan but those of the single vectors.
+struct bilin_planner::shape {
+    shape(const bilin_line &of, int depth, int windows_, int unit, int units) noexcept
+        : line(of), sample_bytes(depth), windows(windows_), lane(of.picks ? depth : 2), share(unit / lane / windows_),
+          masks(windows_ == 1 ? 2 : windows_), vector_bytes(unit * units), blended(depth == 1 && !of.picks ? 2 : 1),
+          samples(vector_bytes / depth), table_bytes(blended * vector_bytes * (masks + (of.picks ? 0 : 1))),
+          offsets(blended * units * windows_)
+    {
+        const ptrdiff_t reach = (of.source_pixels - 1) * static_cast<ptrdiff_t>(of.step);
+        begin = std::min<ptrdiff_t>(reach, 0) * depth;
+        end = (std::max<ptrdiff_t>(reach, 0) + of.together) * depth;
+    }
+
+    const bilin_line &line;
+    const int sample_bytes;
+    const int windows;
+    const int lane;   // bytes
+    const int share;  // lanes of a window
+    const int masks;  // of a vector of lanes
+    const int vector_bytes;
+    const int blended;      // vectors of lanes for a vector of samples
+    const int samples;      // of a vector
+    const int table_bytes;  // of a vector of samples
+    const int offsets;      // of a vector of samples
+    ptrdiff_t begin;        // the bytes of the line
+    ptrdiff_t end;
+};
+
 bool bilin_planner::reserve(const bilin_kernels &kernels, ptrdiff_t samples) noexcept
 {
     unit_ = kernels.unit;
     units_ = kernels.units;
-    if (units_ == 0)
-        return true;
-    // Vectors of lanes of 16 bits need most.
-    const auto bytes = static_cast<std::uint64_t>(unit_ * units_);
-    const std::uint64_t vectors = (static_cast<std::uint64_t>(samples) + bytes / 2 - 1) / (bytes / 2);
+    // Bytes that are blended need most for a vector, words most vectors.
+    const auto bytes = static_cast<std::uint64_t>(std::max(unit_ * units_, 16));
+    const std::uint64_t vectors = units_ == 0 ? 0 : static_cast<std::uint64_t>(samples) / (bytes / 2) + 2;
     checked_size offsets(vectors, INT_MAX / sizeof(ptrdiff_t));
     offsets *= static_cast<std::uint64_t>(units_ * most_windows);
     checked_size tables(vectors, INT_MAX);
@@ -126,53 +170,84 @@ bool bilin_planner::reserve(const bilin_kernels &kernels, ptrdiff_t samples) noe
     return offsets_ && tables_;
 }
 
-void bilin_planner::make(const bilin_line &line, int sample_bytes) noexcept
+bool bilin_planner::make(const bilin_line &line, int sample_bytes) noexcept
 {
-    plan_ = {};
     for (int windows = line.picks ? 2 : 1; units_ != 0 && windows <= most_windows; windows *= 2)
-        if (try_windows(line, sample_bytes, windows))
-            return;
+        if (plan_all(shape(line, sample_bytes, windows, unit_, units_)))
+            return true;
+    return false;
 }
 
-bool bilin_planner::try_windows(const bilin_line &line, int sample_bytes, int windows) noexcept
+// `vectors` vectors of samples, the first of them at sample `first`.
+bool bilin_planner::plan_vectors(const shape &form, ptrdiff_t first, ptrdiff_t vectors, bilin_plan &plan,
+                                 ptrdiff_t *offset, uint8_t *table) noexcept
 {
-    const ptrdiff_t reach = (line.source_pixels - 1) * static_cast<ptrdiff_t>(line.step);
-    window w(std::min<ptrdiff_t>(reach, 0) * sample_bytes,
-             (std::max<ptrdiff_t>(reach, 0) + line.together) * sample_bytes, unit_);
-    const int lane = line.picks ? sample_bytes : 2;
-    const int share = unit_ / lane / windows;
-    const int masks = windows == 1 ? 2 : windows;
-    const int bytes = unit_ * units_;
-    const int stride = bytes * (masks + (line.picks ? 0 : 1));
-    const ptrdiff_t samples = static_cast<ptrdiff_t>(line.pixels) * line.together;
-    const ptrdiff_t vectors = (samples * lane + bytes - 1) / bytes;
-
-    walk at(line, sample_bytes);
-    ptrdiff_t *offset = offsets_.get();
-    uint8_t *table = tables_.get();
-    for (ptrdiff_t v = 0; v < vectors; ++v, table += stride, offset += units_ * windows) {
-        std::memset(table, zero_byte, static_cast<size_t>(bytes * masks));
-        for (int u = 0; u < units_; ++u)
-            for (int k = 0; k < windows; ++k) {
-                if (!w.place(at, share, sample_bytes))
-                    return false;
-                offset[k * units_ + u] = w.start();
-                for (int i = k * share; i < (k + 1) * share; ++i, at.next()) {
-                    // With several windows the halves of the masks are those of the samples.
-                    const int lane_at = windows == 1 ? i * lane : i * lane % (unit_ / 2);
-                    uint8_t *const mask = table + k * bytes + u * unit_ + lane_at;
-                    const sample s = at.at();
-                    w.mark(mask, s.nearer, sample_bytes);
-                    if (line.picks)
-                        continue;
-                    w.mark(windows == 1 ? mask + bytes : mask + unit_ / 2, s.further, sample_bytes);
-                    const auto weight = static_cast<std::uint16_t>(sample_bytes == 1 ? 0 - s.weight : s.weight);
-                    std::memcpy(table + masks * bytes + u * unit_ + i * 2, &weight, sizeof weight);
-                }
+    plan = {
+        .windows = form.windows, .repeats = 1, .advance = 0, .vectors = vectors, .offsets = offset, .tables = table};
+    walk along(form.line, form.sample_bytes, first);
+    window w;
+    // With several windows the halves of a mask are those of the samples, else there is a mask for either.
+    const int further = form.windows == 1 ? form.vector_bytes : unit_ / 2;
+    const int lanes_bytes = form.table_bytes / form.blended;
+    for (; vectors > 0; --vectors, table += form.table_bytes, offset += form.offsets) {
+        std::memset(table, zero_byte, static_cast<size_t>(form.table_bytes));
+        for (int part = 0; part < form.offsets; ++part) {
+            const int k = part % form.windows;
+            const int of_lanes = part / form.windows % form.blended;
+            const int u = part / form.windows / form.blended;
+            if (!w.place(along, form.share, form.sample_bytes, form.begin, form.end, unit_))
+                return false;
+            offset[(of_lanes * form.windows + k) * units_ + u] = w.start;
+            uint8_t *const masks = table + of_lanes * lanes_bytes + u * unit_;
+            for (int i = 0; i < form.share; ++i) {
+                const int at = (k * form.share + i) * form.lane;
+                uint8_t *const nearer = masks + k * form.vector_bytes + (form.windows == 1 ? at : at % (unit_ / 2));
+                w.mark(nearer, w.at[i].nearer, form.sample_bytes);
+                if (form.line.picks)
+                    continue;
+                w.mark(nearer + further, w.at[i].further, form.sample_bytes);
+                const uint32_t weight = form.sample_bytes == 1 ? 0 - w.at[i].weight : w.at[i].weight;
+                const auto word = static_cast<uint16_t>(weight);
+                std::memcpy(masks + form.masks * form.vector_bytes + at, &word, sizeof word);
             }
+        }
     }
-    plan_ = {.windows = windows, .vectors = vectors, .offsets = offsets_.get(), .tables = tables_.get()};
     return true;
+}
+
+bool bilin_planner::plan_all(const shape &form) noexcept
+{
+    const bilin_line &line = form.line;
+    const ptrdiff_t samples = static_cast<ptrdiff_t>(line.pixels) * line.together;
+    const ptrdiff_t vectors = (samples + form.samples - 1) / form.samples;
+    const int divisor = std::gcd(line.pixels, line.source_pixels);
+    const int pixels = line.pixels / divisor;
+    const int source_pixels = line.source_pixels / divisor;
+    ptrdiff_t period = std::lcm<ptrdiff_t>(static_cast<ptrdiff_t>(pixels) * line.together, form.samples);
+    period *= (least_vectors * form.samples + period - 1) / period;
+
+    repeated_ = {};
+    ptrdiff_t repeats = 0;
+    if (period / form.samples * 2 <= vectors) {
+        const ptrdiff_t fit = static_cast<ptrdiff_t>(repeating_pixels(line, pixels, source_pixels)) * line.together;
+        if (!plan_vectors(form, 0, period / form.samples, repeated_, offsets_.get(), tables_.get()))
+            return false;
+        repeated_.advance =
+            period / line.together / pixels * source_pixels * static_cast<ptrdiff_t>(line.step) * form.sample_bytes;
+        const ptrdiff_t *const offset = offsets_.get();
+        const auto [low, high] = std::minmax_element(offset, offset + period / form.samples * form.offsets);
+        for (repeats = fit / period; repeats > 0; --repeats) {
+            const ptrdiff_t last = (repeats - 1) * repeated_.advance;
+            if (*low + last >= form.begin && *high + last + unit_ <= form.end)
+                break;
+        }
+        repeated_.repeats = repeats;
+    }
+    const ptrdiff_t used = repeats > 0 ? period / form.samples : 0;
+    const ptrdiff_t done = repeats * used;
+    rest_at_ = done * form.vector_bytes;
+    return plan_vectors(form, done * form.samples, vectors - done, rest_, offsets_.get() + used * form.offsets,
+                        tables_.get() + used * form.table_bytes);
 }
 
 }  // namespace teska

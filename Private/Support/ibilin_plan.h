@@ -20,25 +20,36 @@ struct bilin_line {
     bool picks;  // all weights are 0
 };
 
-// What kernels with vectors of `units` units of `unit` bytes need for lines of up to `samples` samples.
+// Two plans follow each other along a line: one for as far as the pattern of its samples repeats, one for the rest.
 class bilin_planner
 {
 public:
-    // False when there is no memory. Without units nothing is taken.
+    // For kernels with vectors of kernels.units units, and lines of up to `samples` samples of either depth. False when
+    // there is no memory.
     [[nodiscard]] bool reserve(const bilin_kernels &kernels, std::ptrdiff_t samples) noexcept;
 
-    // Plans with the fewest windows that reach all samples of a line; plan().windows stays 0 when none do, or when the
-    // line is shorter than a unit.
-    void make(const bilin_line &line, int sample_bytes) noexcept;
+    // Plans with the fewest windows that reach all samples of a line. False when none do, as in a line shorter than a
+    // unit, or when the kernels have no vectors.
+    bool make(const bilin_line &line, int sample_bytes) noexcept;
 
-    [[nodiscard]] const bilin_plan &plan() const noexcept { return plan_; }
+    // Meaningful only after make() has succeeded; the repeats of either plan may be 0. The second one begins at the
+    // byte rest_at() of the output.
+    [[nodiscard]] const bilin_plan &repeated() const noexcept { return repeated_; }
+    [[nodiscard]] const bilin_plan &rest() const noexcept { return rest_; }
+    [[nodiscard]] std::ptrdiff_t rest_at() const noexcept { return rest_at_; }
 
 private:
-    [[nodiscard]] bool try_windows(const bilin_line &line, int sample_bytes, int windows) noexcept;
+    struct shape;
+
+    [[nodiscard]] bool plan_vectors(const shape &form, std::ptrdiff_t first, std::ptrdiff_t vectors, bilin_plan &plan,
+                                    std::ptrdiff_t *offset, std::uint8_t *table) noexcept;
+    [[nodiscard]] bool plan_all(const shape &form) noexcept;
 
     int unit_ = 0;
     int units_ = 0;
-    bilin_plan plan_{};
+    bilin_plan repeated_{};
+    bilin_plan rest_{};
+    std::ptrdiff_t rest_at_ = 0;
     heap_block<std::ptrdiff_t> offsets_;
     heap_block<std::uint8_t> tables_;
 };

@@ -1,0 +1,84 @@
+#include "determinism/operations.h"
+
+#include "Support/fir_priv.h"
+#include "flood.h"
+
+#include <vector>
+
+namespace teska_test
+{
+
+namespace
+{
+
+constexpr int width = 301;
+constexpr int height = 40;
+
+void ignore_line(int) {}
+
+// Coefficients of both signs, some above 1; the sums of 16-bit samples wrap.
+template <int Radius, class Sample, int (*Feed)(fir *, const Sample *, Sample **)>
+void filter(Generator &input, Digest &digest)
+{
+    std::vector<double> kernel((2 * Radius + 1) * (2 * Radius + 1));
+    for (double &coefficient : kernel)
+        coefficient = input.between(-1.5, 1.6);
+    fir *const record = fir_new(Radius, sizeof(Sample) == 1 ? 255 : 65535);
+    teska::fir_set_kernel(record, kernel.data());
+    fir_start(record, 1, height, width, ignore_line, 1, 2);
+    std::vector<Sample> lines(height * width);
+    for (Sample &sample : lines)
+        sample = static_cast<Sample>(input.next() >> 40);
+    std::vector<Sample> out(2 * width);
+    for (int y = 0; y < height; ++y) {
+        Sample *holder = out.data();
+        Feed(record, &lines[static_cast<std::size_t>(y * width)], &holder);
+        digest.add(out.data(), out.size() * sizeof(Sample));
+    }
+    fir_kill(record);
+}
+
+// Every call counts, in its order.
+struct Picture {
+    std::vector<char> walls;
+    Digest *calls;
+
+    static int inside(void *user, int x, int y)
+    {
+        const auto *p = static_cast<Picture *>(user);
+        const int at[] = {x, y};
+        p->calls->add(at, sizeof at);
+        return x >= 0 && x < width && y >= 0 && y < height && p->walls[static_cast<std::size_t>(y * width + x)] == 0;
+    }
+
+    static void fill(void *user, int first, int last, int y)
+    {
+        auto *p = static_cast<Picture *>(user);
+        const int at[] = {first, last, y};
+        p->calls->add(at, sizeof at);
+        for (int x = first; x <= last; ++x)
+            p->walls[static_cast<std::size_t>(y * width + x)] = 1;
+    }
+};
+
+void fill_among_obstacles(Generator &input, Digest &digest)
+{
+    flood *const record = flood_new(Picture::inside, Picture::fill);
+    for (int tenths = 0; tenths < 5; ++tenths) {
+        Picture picture{std::vector<char>(width * height), &digest};
+        for (char &wall : picture.walls)
+            wall = input.below(10) < tenths;
+        flood_do(record, &picture, width / 2, height / 2);
+    }
+    flood_kill(record);
+}
+
+const Operation operations[] = {
+    {"fir_mono, radius 3", filter<3, unsigned short, fir_mono>},
+    {"fir_mono_b, radius 10", filter<10, unsigned char, fir_mono_b>},
+    {"flood_do among obstacles, every call", fill_among_obstacles},
+};
+
+}  // namespace
+
+}  // namespace teska_test
