@@ -2,6 +2,7 @@
 
 #include "Support/fir_priv.h"
 #include "flood.h"
+#include "ibilin.h"
 
 #include <vector>
 
@@ -73,10 +74,33 @@ void fill_among_obstacles(Generator &input, Digest &digest)
     flood_kill(record);
 }
 
+template <class Sample, int From, int To>
+void ibilin_image(Generator &input, Digest &digest)
+{
+    std::vector<Sample> in(3 * From), out(3 * To);
+    Sample *to[] = {out.data(), out.data() + 1, out.data() + 2};
+    ibilin *const record = ibilin_new(0);
+    ibilin_start(record, 3, height, From, height * To / From, To, ignore_line, 3, 3);
+    for (int y = 0; y < height; ++y) {
+        for (Sample &sample : in)
+            sample = static_cast<Sample>(input.next() >> 40);
+        if constexpr (sizeof(Sample) == 1)
+            ibilin_rgb_b(record, &in[0], &in[1], &in[2], &to[0], &to[1], &to[2]);
+        else
+            ibilin_rgb(record, &in[0], &in[1], &in[2], &to[0], &to[1], &to[2]);
+        digest.add(out.data(), out.size() * sizeof(Sample));
+    }
+    ibilin_kill(record);
+}
+
 const Operation operations[] = {
     {"fir_mono, radius 3", filter<3, unsigned short, fir_mono>},
     {"fir_mono_b, radius 10", filter<10, unsigned char, fir_mono_b>},
     {"flood_do among obstacles, every call", fill_among_obstacles},
+    {"ibilin 8-bit, 1000 to 750", ibilin_image<unsigned char, 1000, 750>},
+    {"ibilin 8-bit, 300 to 1717", ibilin_image<unsigned char, 300, 1717>},
+    {"ibilin 16-bit, 1000 to 1500", ibilin_image<unsigned short, 1000, 1500>},
+    {"ibilin 16-bit, 1201 to 300", ibilin_image<unsigned short, 1201, 300>},
 };
 
 }  // namespace
