@@ -1,6 +1,8 @@
 #include "determinism/operations.h"
 
+#include "proj.h"
 #include "tetra.h"
+#include "tplane.h"
 
 #include <cmath>
 #include <memory>
@@ -50,6 +52,60 @@ const Operation tetra_cut("tetra_volume_new, get_tetra, point_inside", [](Genera
             digest.add(&inside, sizeof inside);
             digest.add(w, sizeof w);
         }
+    }
+});
+
+// Figures of random points, of points on a small grid, and with a vertex near the line through two others.
+const Operation projections("proj, ordinary, at constant parameter and along a line", [](Generator &input,
+                                                                                         Digest &digest) {
+    using Projection = int (*)(const double *, const double *, const double *, ProjResult *, double *);
+    const Projection functions[] = {proj_on_line_par,         proj_on_line_segm_par,      proj_on_triangle_par,
+                                    proj_on_triangle_parline, proj_on_triangle_bound_par, proj_on_tetra_par,
+                                    proj_on_tetra_bound_par};
+    for (int i = 0; i < 3000; ++i) {
+        double points[18], line[6];
+        for (double &x : points)
+            x = i % 3 == 1 ? input.below(4) : input.between(-50, 50);
+        for (int c = 0; i % 3 == 2 && c < 3; ++c)
+            points[6 + c] = points[c] + (points[3 + c] - points[c]) / 3;
+        const auto add = [&](int code, const ProjResult &r, double dist) {
+            digest.add(&code, sizeof code);
+            digest.add(&r, sizeof r);
+            digest.add(&dist, sizeof dist);
+        };
+        for (const Projection f : functions) {
+            ProjResult r{};
+            double dist = 0;
+            const int code = f(points, points + 12, points + 15, &r, &dist);
+            add(code, r, dist);
+        }
+        for (int n = 1; n <= 4; ++n) {
+            ProjResult r{};
+            double dist = 0;
+            const int code = proj(points, n, points + 12, &r, &dist);
+            add(code, r, dist);
+        }
+        if (proj_plane_intersect(points, points + 4, line, line + 3) == 0)
+            digest.add(line, sizeof line);
+    }
+});
+
+// Not the hue plane, which depends on the host's sine and cosine.
+const Operation sections("TPlane, planes of constant L, a and b", [](Generator &input, Digest &digest) {
+    for (int i = 0; i < 300; ++i) {
+        double v[5];
+        for (double &x : v)
+            x = input.between(1, 150);
+        const int w = 1 + input.below(500), h = 1 + input.below(500), x = input.below(500), y = input.below(500);
+        const TPlane plane(w, h, static_cast<TPlane::PlaneType>(i % 3), v[0] - 75, -v[1], v[2], 50 - v[3], 50 + v[4]);
+        double lab[3];
+        int pixel[4];
+        plane.GetLab(x, y, lab, i % 2 == 0);
+        plane.GetXY(lab, &pixel[0], &pixel[1], true);
+        digest.add(plane.GetXGridPoints(&pixel[2], &pixel[3]), 11 * sizeof(int));
+        digest.add(plane.GetYGridPoints(&pixel[2], &pixel[3]), 11 * sizeof(int));
+        digest.add(lab, sizeof lab);
+        digest.add(pixel, sizeof pixel);
     }
 });
 
