@@ -314,20 +314,22 @@ int fusm_start(fusm *record, int nLines, int width, fusm_callback callback, int 
     f.height = 0;
     f.fed = 0;
     f.width = std::max(width, 0);
+    f.converted.reset();
+    f.high_pass.reset();
+    heap_block<uint16_t> converted;
     if (f.conversion != nullptr) {
-        f.converted.reset();
-        f.converted = image_rows<uint16_t>(f.components * f.window, f.width);
-        if (!f.converted) {
+        converted = image_rows<uint16_t>(f.components * f.window, f.width);
+        if (!converted) {
             TESKA_ERR("fusm_start: malloc comps_buf failed");
             return 0;
         }
     }
-    f.high_pass.reset();
     f.high_pass = image_rows<int32_t>(f.components + (f.components + 1) / 2, f.width);
     if (!f.high_pass) {
         TESKA_ERR("fusm_start: malloc HPFc_buf failed");
         return 0;
     }
+    f.converted.swap(converted);
     f.callback = callback;
     f.in_step = inStep;
     f.limit_step = limitStep;

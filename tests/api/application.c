@@ -343,6 +343,15 @@ static const char *use_images(void)
     EXPECT(flood_do(bucket, &end, 3, 0) == 1 && end == 0);
     EXPECT(flood_kill(bucket) == 0);
 
+    unsigned char *in = line;
+    fusm *usm = fusm_new(0, 255, 1, 1, NULL, NULL);
+    const double levels[2] = {0, 1}, factors[2] = {0.5, 0.5};
+    EXPECT(fusm_stren_set(usm, fusm_stren_get(usm)) == 1 && fusm_noise_red_set(usm, fusm_noise_red_get(usm)) == 1);
+    EXPECT(fusm_level_red_set(usm, 2, levels, factors) == 1);
+    EXPECT(fusm_start(usm, 1, 3, forget_line, 1, 0, 1) == 1);
+    EXPECT(fusm_b_do(usm, &in, &holder, NULL) == 1 && result[2] == 7 && fusm_do(usm, NULL, NULL, NULL) == 1);
+    EXPECT(fusm_kill(usm) == 0);
+
     const unsigned char upper[] = {10, 20}, lower[] = {30, 40};
     unsigned char *row = mixed;
     ibilin *half = ibilin_new(0);

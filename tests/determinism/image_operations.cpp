@@ -2,6 +2,7 @@
 
 #include "Support/fir_priv.h"
 #include "flood.h"
+#include "fusm.h"
 #include "ibilin.h"
 
 #include <vector>
@@ -93,10 +94,41 @@ void ibilin_image(Generator &input, Digest &digest)
     ibilin_kill(record);
 }
 
+// Coring and level reduction differ from component to component; samples above V as well.
+template <int Radius, class Sample, int (*Feed)(fusm *, Sample **, Sample **, const Sample *)>
+void sharpen(Generator &input, Digest &digest)
+{
+    constexpr bool bytes = sizeof(Sample) == 1;
+    fusm *const record = fusm_new(Radius, bytes ? 255 : 40000, 3, 3, nullptr, nullptr);
+    std::vector<double> numbers(18);
+    for (double &number : numbers)
+        number = input.between(0.0, 1.5);
+    fusm_stren_set(record, &numbers[0]);
+    fusm_noise_red_set(record, &numbers[3]);
+    if (Radius != 1)
+        fusm_level_red_set(record, 2, &numbers[6], &numbers[12]);
+    fusm_start(record, height, width, ignore_line, 3, 0, 3);
+    std::vector<Sample> lines(3 * height * width);
+    for (Sample &sample : lines)
+        sample = static_cast<Sample>(input.next() >> 40);
+    std::vector<Sample> out(3 * width);
+    Sample *to[] = {out.data(), out.data() + 1, out.data() + 2};
+    for (int y = 0; y < height; ++y) {
+        Sample *const line = &lines[static_cast<std::size_t>(3 * y * width)];
+        Sample *in[] = {line, line + 1, line + 2};
+        Feed(record, in, to, nullptr);
+        digest.add(out.data(), out.size() * sizeof(Sample));
+    }
+    fusm_kill(record);
+}
+
 const Operation operations[] = {
     {"fir_mono, radius 3", filter<3, unsigned short, fir_mono>},
     {"fir_mono_b, radius 10", filter<10, unsigned char, fir_mono_b>},
     {"flood_do among obstacles, every call", fill_among_obstacles},
+    {"fusm_b_do, radius 0, levels", sharpen<0, unsigned char, fusm_b_do>},
+    {"fusm_b_do, radius 1", sharpen<1, unsigned char, fusm_b_do>},
+    {"fusm_do, radius 2, levels", sharpen<2, unsigned short, fusm_do>},
     {"ibilin 8-bit, 1000 to 750", ibilin_image<unsigned char, 1000, 750>},
     {"ibilin 8-bit, 300 to 1717", ibilin_image<unsigned char, 300, 1717>},
     {"ibilin 16-bit, 1000 to 1500", ibilin_image<unsigned short, 1000, 1500>},

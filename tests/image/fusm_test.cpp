@@ -271,3 +271,150 @@ TEST(FusmDo, SharpensAsTheRuleInFloatingPointAtEveryLevel)
         }
     });
 }
+
+namespace
+{
+
+using Bytes = std::vector<unsigned char>;
+
+unsigned char *next_line;
+int line_width;
+void move_on(int) { next_line += line_width; }
+
+// An image of one component through a filter; what it does not hand over is 9.
+Bytes feed_image(fusm *f, Bytes image, int width)
+{
+    Bytes out(image.size(), 9);
+    next_line = out.data();
+    line_width = width;
+    for (unsigned char *line = image.data(); line != image.data() + image.size(); line += width)
+        EXPECT_EQ(fusm_b_do(f, &line, &next_line, nullptr), 1);
+    return out;
+}
+
+// The middle of 5 by 5 pixels of the same value but for the middle.
+int sharpen_spot(fusm *f, int around, int middle)
+{
+    Bytes image(25, static_cast<unsigned char>(around));
+    image[12] = static_cast<unsigned char>(middle);
+    EXPECT_EQ(fusm_start(f, 5, 5, move_on, 1, 1, 1), 1);
+    return feed_image(f, image, 5)[12];
+}
+
+Filter plain(int radius, int top = 255) { return {fusm_new(radius, top, 1, 1, nullptr, nullptr), fusm_kill}; }
+
+}  // namespace
+
+TEST(FusmNew, RefusesOtherRadiiAndComponents)
+{
+    Reports reports;
+    const int list[] = {0, 2, 1, 3}, outside[] = {0, -1};
+    const auto refusal = [&](int radius, int processed, int components, const int *components_of) {
+        const Filter f(fusm_new(radius, 255, processed, components, components_of, nullptr), fusm_kill);
+        const lines said = reports.take();
+        EXPECT_EQ(f == nullptr, said.size() == 1);
+        return said.empty() ? std::string() : said[0];
+    };
+    for (const int radius : {-1, 3, INT_MIN})
+        EXPECT_EQ(refusal(radius, 5, 0, nullptr), "usm_new: illegal radius");
+    for (const auto &[processed, components] : {std::pair{0, 1}, {5, 10}, {1, 0}, {1, 11}, {2, 1}})
+        EXPECT_EQ(refusal(0, processed, components, nullptr), "usm_new: illegal nr comp") << processed;
+    EXPECT_EQ(refusal(0, 4, 3, list), "usm_new: illegal nr comp");
+    EXPECT_EQ(refusal(0, 2, 2, outside), "usm_new: illegal nr comp");
+    EXPECT_EQ(refusal(2, 4, 10, nullptr) + refusal(0, 4, 4, list), "");
+    EXPECT_EQ(fusm_kill(nullptr), 0);
+}
+
+TEST(FusmDo, GivesTheValuesComputedByHand)
+{
+    const struct {
+        int radius;
+        double strength, noise;
+        int around, middle, result;
+    } rows[] = {
+        {0, 1, 0, 100, 110, 150},  // 4 * 10
+        {0, 1, 0, 100, 90, 50},       {0, 1, 0, 30, 20, 0},       {0, 9, 0, 200, 210, 255},
+        {0, 0.3, 0, 100, 110, 122},  // 40 * 0.3
+        {0, 0.1, 0, 100, 110, 114},   {0, -1, 0, 100, 110, 110},  {0, NAN, NAN, 100, 110, 110},
+        {0, 1, -5, 100, 110, 150},    {0, 1, 0.2, 100, 110, 134},  // T = 51, half = 25: 40 * 15 / 25
+        {0, 1, 0.2, 100, 106, 106},                                // 24 is noise
+        {0, 1, 0.2, 100, 87, 35},                                  // 52 is beyond the ramp
+        {0, 1, 0.004, 100, 101, 105},                              // T = 1, half = 0
+        {1, 1, 0, 100, 130, 215},                                  // 12 * 30, cut to 255, / 3
+        {1, 1, 0, 100, 105, 125},     {2, 1, 0, 100, 110, 130},   {2, 2, 0, 100, 97, 85},
+    };
+    for (const auto &row : rows) {
+        const Filter f = plain(row.radius);
+        fusm_stren_set(f.get(), &row.strength);
+        fusm_noise_red_set(f.get(), &row.noise);
+        EXPECT_EQ(sharpen_spot(f.get(), row.around, row.middle), row.result) << row.radius << " " << row.strength;
+    }
+}
+
+TEST(FusmSet, CountsFromTheNextLineOn)
+{
+    const Filter f = plain(0);
+    double *strength = fusm_stren_get(f.get()), *noise = fusm_noise_red_get(f.get());
+    EXPECT_TRUE(*strength == 1.0 && *noise == 0.0);
+    *strength = 2;
+    EXPECT_EQ(sharpen_spot(f.get(), 100, 110), 150) << "before the next setter";
+    const double half = 0.5, all = 1;
+    EXPECT_EQ(fusm_stren_set(f.get(), &half), 1);
+    EXPECT_EQ(sharpen_spot(f.get(), 100, 110), 130);
+    EXPECT_EQ(fusm_noise_red_set(f.get(), &all), 1);
+    EXPECT_EQ(sharpen_spot(f.get(), 100, 110), 110);
+    EXPECT_TRUE(fusm_stren_get(f.get()) == strength && *strength == 0.5 && fusm_noise_red_get(f.get()) == noise);
+}
+
+TEST(FusmLevelRedSet, IsOffWhenACurveIsNone)
+{
+    Reports reports;
+    const Filter f = plain(0);
+    const double levels[] = {0, 1, 1}, factors[] = {0.5, 0.5, 0.5};
+    const struct {
+        int points;
+        const double *levels;
+        int result, sharpened;
+        lines said;
+    } rows[] = {{2, levels, 1, 130, {}},
+                {1, levels, 0, 150, {"lin_interp : too little function points"}},
+                {2, levels, 1, 130, {}},
+                {2, levels + 1, 0, 150, {"lin_interp : not a function !!"}},
+                {3, levels, 0, 150, {"lin_interp : not a function !!"}},
+                {2, levels, 1, 130, {}},
+                {0, nullptr, 1, 150, {}},
+                {-1, nullptr, 1, 150, {}}};
+    for (const auto &row : rows) {
+        EXPECT_EQ(fusm_level_red_set(f.get(), row.points, row.levels, factors), row.result);
+        EXPECT_EQ(reports.take(), row.said);
+        EXPECT_EQ(sharpen_spot(f.get(), 100, 110), row.sharpened);
+    }
+}
+
+TEST(FusmStart, LeavesAFilterThatDoesNothingWhenItFails)
+{
+    Reports reports;
+    const auto convert = [](void **, int, void **, int, int) {};
+    const Bytes image(50, 100), untouched(50, 9);
+    for (const bool converted : {false, true}) {
+        const Filter f(fusm_new(1, 255, 1, 10, nullptr, converted ? +convert : nullptr), fusm_kill);
+        EXPECT_EQ(feed_image(f.get(), image, 5), untouched) << "before it was started";
+        EXPECT_EQ(fusm_start(f.get(), 10, 5, move_on, 1, 1, 1), 1);
+        EXPECT_EQ(fusm_start(f.get(), 10, INT_MAX / 30, move_on, 1, 1, 1), 0);
+        EXPECT_EQ(reports.take(), lines({converted ? "fusm_start: malloc comps_buf failed"  // more than INT_MAX bytes
+                                                   : "fusm_start: malloc HPFc_buf failed"}));
+        EXPECT_EQ(feed_image(f.get(), image, 5), untouched);
+        EXPECT_EQ(fusm_start(f.get(), 0, 5, move_on, 1, 1, 1), 1);
+        EXPECT_EQ(feed_image(f.get(), image, 5), untouched) << "no line counts";
+    }
+}
+
+TEST(FusmNew, KeptSaysNothingWithoutTables)
+{
+    Reports reports;
+    const Filter f = plain(0, INT_MAX);
+    const double strength = 5;
+    EXPECT_EQ(fusm_stren_set(f.get(), &strength), 1);
+    EXPECT_EQ(reports.take(), lines());
+    EXPECT_EQ(sharpen_spot(f.get(), 100, 110), 110);
+}
