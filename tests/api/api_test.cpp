@@ -149,4 +149,16 @@ TEST(Application, FindsTheColoursOfASection)
     EXPECT_TRUE(lab[0] == 50 && lab[1] == 100 && lab[2] == 100);
 }
 
+TEST(Application, AsksWhatIsInsideAHull)
+{
+    TConvexHull hull;
+    for (const double x : {0, 100})
+        for (const double y : {0, 50})
+            for (const double z : {0, 20})
+                hull.AddPoint(x, y, z);
+    EXPECT_EQ(hull.Construct(), 0);
+    const TConvexHull same = hull;
+    EXPECT_TRUE(same.InsideHull(99, 1, 19) == 1 && same.InsideHull(99, 1, 21) == 0);
+}
+
 }  // namespace

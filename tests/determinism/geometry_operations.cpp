@@ -1,6 +1,7 @@
 #include "determinism/operations.h"
 
 #include "proj.h"
+#include "tconvexhull.h"
 #include "tetra.h"
 #include "tplane.h"
 
@@ -106,6 +107,28 @@ const Operation sections("TPlane, planes of constant L, a and b", [](Generator &
         digest.add(plane.GetYGridPoints(&pixel[2], &pixel[3]), 11 * sizeof(int));
         digest.add(lab, sizeof lab);
         digest.add(pixel, sizeof pixel);
+    }
+});
+
+// Clouds that are built by the promised steps, and smaller ones on which these are torn.
+const Operation hulls("TConvexHull, points on spheres", [](Generator &input, Digest &digest) {
+    for (const double radius : {100.0, 30.0, 3.0}) {
+        TConvexHull hull;
+        for (int i = 0; i < 300; ++i) {
+            const double x = input.between(-1, 1), y = input.between(-1, 1), z = input.between(-1, 1);
+            const double k = radius / std::sqrt(x * x + y * y + z * z);
+            hull.AddPoint(x * k, y * k, z * k);
+        }
+        int answer = hull.Construct();
+        digest.add(&answer, sizeof answer);
+        for (int i = 0; i < 3000; ++i) {
+            const double reach = 0.6 * radius;
+            double q[3];
+            for (double &coordinate : q)
+                coordinate = input.between(-reach, reach);
+            answer = hull.InsideHull(q[0], q[1], q[2]);
+            digest.add(&answer, sizeof answer);
+        }
     }
 });
 
