@@ -112,6 +112,7 @@ private:
     // Boxes over the hull's extent; of each the cell where its last point went. 0 at first, which is a cell too.
     static constexpr int boxes = 16;
     teska::heap_block<int> latest_;
+    int youngest_ = 0;  // the cell where the last point of all went
     double low_[3] = {HUGE_VAL, HUGE_VAL, HUGE_VAL};
     double per_unit_[3] = {0.0, 0.0, 0.0};
     const growing<hull_triangle> *hull_ = nullptr;
@@ -152,9 +153,12 @@ bool tiling::is_outside(int point) const
                        [&](const hull_triangle &t) { return height(t.corner, point) > tolerance_; });
 }
 
-// Whether what a point is outside of a cell, if it is, comes of rounding or is a sliver.
+// Whether what a point is outside of a cell, if it is, comes of rounding or is a sliver. To a cell that is itself a
+// sliver all points of its plane would seem near.
 bool tiling::nearly_holds(const cell &c, int point) const
 {
+    if (is_sliver(c.corner))
+        return false;
     for (int k = 0; k < 4; ++k) {
         if (side(c.corner, k, point) >= 0)
             continue;
@@ -348,7 +352,7 @@ bool tiling::fill(int point)
         cells_[faces_[a.face].made].across[a.cell_face] = faces_[b.face].made;
         cells_[faces_[b.face].made].across[b.cell_face] = faces_[a.face].made;
     }
-    latest_[static_cast<std::size_t>(region(point))] = faces_[0].made;
+    youngest_ = latest_[static_cast<std::size_t>(region(point))] = faces_[0].made;
     return true;
 }
 
@@ -365,8 +369,8 @@ void tiling::set_boxes()
         per_unit_[i] = boxes / (high[i] - low_[i]);
 }
 
-// The fan of the apex: a cell for each triangle of the hull that does not lie in a plane with it. False when memory is
-// short.
+// The fan of the apex: a cell for each triangle of the hull that does not lie in a plane with it, up to the tolerance: a
+// flat cell would make neighbours of cells that are far from each other. False when memory is short.
 bool tiling::start(int nr_points, const growing<hull_triangle> &hull, int apex)
 {
     const auto room = static_cast<std::size_t>(nr_points);
@@ -379,7 +383,8 @@ bool tiling::start(int nr_points, const growing<hull_triangle> &hull, int apex)
     set_boxes();
     for (const hull_triangle &t : hull) {
         cell c{.corner = {t.corner[0], t.corner[1], t.corner[2], apex}, .across = {none, none, none, none}, .stamp = 0};
-        const bool solid = std::find(t.corner, t.corner + 3, apex) == t.corner + 3 && side(c.corner, 3, apex) > 0;
+        const bool solid = std::find(t.corner, t.corner + 3, apex) == t.corner + 3 && side(c.corner, 3, apex) > 0 &&
+                           height(t.corner, apex) < -tolerance_;
         if (!number.push(solid ? cells_.size() : none) || (solid && !cells_.push(c)))
             return false;
     }
@@ -393,7 +398,7 @@ bool tiling::start(int nr_points, const growing<hull_triangle> &hull, int apex)
 bool tiling::take_up(int point)
 {
     const int latest = latest_[static_cast<std::size_t>(region(point))];
-    int at = walk(cells_[latest].corner[0] != none ? latest : 0, point);
+    int at = walk(cells_[latest].corner[0] != none ? latest : youngest_, point);
     if (!holds(cells_[at], point)) {
         if (is_outside(point))
             return true;
