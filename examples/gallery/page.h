@@ -41,6 +41,9 @@ public:
     std::string figure(const std::string &name, const picture &shown, const std::string &alt,
                        const std::string &caption) const;
 
+    // The place of a file that is not a picture.
+    std::filesystem::path file(const std::string &name) const { return folder_ / name; }
+
     // The address of a picture within the page.
     std::string address(const std::string &name) const { return id_ + "/" + name + ".png"; }
 

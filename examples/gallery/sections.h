@@ -25,6 +25,9 @@ section curves_section(const gallery_inputs &inputs);
 // Sharpening, resampling, filling, and one formula in three kinds of tables.
 section lines_section(const gallery_inputs &inputs);
 
+// What the press can print, as a solid of colours.
+section gamut_section(const gallery_inputs &inputs);
+
 // The pictures of the sections before it in one archive and out again: comes last.
 section records_section(const gallery_inputs &inputs);
 

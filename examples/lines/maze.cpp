@@ -1,6 +1,7 @@
 // maze - a maze, and the order in which the library fills it
 
 #include "lines/job.h"
+#include "support/cie.h"
 #include "support/failure.h"
 #include "support/foreign.h"
 
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <random>
 #include <utility>
 
@@ -89,8 +89,7 @@ std::array<unsigned char, 3> heat(double t)
     const double red = 0.28 - 1.1 * t + 1.8 * t * t;
     const double green = 0.02 + 1.25 * t - 0.4 * t * t;
     const double blue = 0.34 + 1.2 * t - 1.45 * t * t;
-    const auto byte = [](double v) { return static_cast<unsigned char>(std::lround(255 * std::clamp(v, 0.0, 1.0))); };
-    return {byte(red), byte(green), byte(blue)};
+    return {sample_of(red), sample_of(green), sample_of(blue)};
 }
 
 }  // namespace
@@ -107,9 +106,9 @@ filled_maze fill_maze(int columns, int rows)
     result.coloured = picture(maze.width, maze.height, 3);
     unsigned char *sample = result.coloured.samples.data();
     for (const long place : maze.order) {
-        const auto colour = place > 0 ? heat(static_cast<double>(place) / static_cast<double>(result.pixels))
-                                      : std::array<unsigned char, 3>{24, 24, 30};
-        sample = std::copy(colour.begin(), colour.end(), sample);
+        const auto shade = place > 0 ? heat(static_cast<double>(place) / static_cast<double>(result.pixels))
+                                     : std::array<unsigned char, 3>{24, 24, 30};
+        sample = std::copy(shade.begin(), shade.end(), sample);
     }
     return result;
 }

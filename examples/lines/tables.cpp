@@ -1,6 +1,7 @@
 // tables - one formula in three kinds of tables
 
 #include "lines/job.h"
+#include "support/cie.h"
 #include "support/failure.h"
 #include "support/foreign.h"
 
@@ -11,7 +12,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <numbers>
 
 namespace examples
 {
@@ -24,29 +24,14 @@ constexpr int size = 256;  // of the picture
 constexpr double blue = 0.4;
 constexpr int error_factor = 64;
 
-using colour = std::array<double, 3>;
-
-// IEC 61966-2-1 and CIE 15; white is the sum of the primaries.
-double linear(double v) { return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4); }
-double encoded(double v) { return v <= 0.0031308 ? 12.92 * v : 1.055 * std::pow(v, 1 / 2.4) - 0.055; }
-double lightness(double t) { return t > 216.0 / 24389 ? std::cbrt(t) : (24389.0 / 27 * t + 16) / 116; }
-double luminance(double f) { return f > 6.0 / 29 ? f * f * f : (116 * f - 16) * 27 / 24389; }
-
 // Twice the chroma at the same lightness and hue, cut where the screen ends.
 colour vivid(const colour &in)
 {
-    const double r = linear(in[0]), g = linear(in[1]), b = linear(in[2]);
-    const double fx = lightness((0.4124 * r + 0.3576 * g + 0.1805 * b) / 0.9505);
-    const double fy = lightness(0.2126 * r + 0.7152 * g + 0.0722 * b);
-    const double fz = lightness((0.0193 * r + 0.1192 * g + 0.9505 * b) / 1.089);
-    const double x = 0.9505 * luminance(fy + 2 * (fx - fy));
-    const double y = luminance(fy);
-    const double z = 1.089 * luminance(fy - 2 * (fy - fz));
-    const colour out = {3.2406 * x - 1.5372 * y - 0.4986 * z, -0.9689 * x + 1.8758 * y + 0.0415 * z,
-                        0.0557 * x - 0.2040 * y + 1.0570 * z};
-    colour result;
-    std::transform(out.begin(), out.end(), result.begin(), [](double v) { return encoded(std::clamp(v, 0.0, 1.0)); });
-    return result;
+    const colour lab = lab_of_screen(in);
+    colour out = screen_of_lab({lab[0], 2 * lab[1], 2 * lab[2]});
+    for (double &v : out)
+        v = std::clamp(v, 0.0, 1.0);
+    return out;
 }
 
 colour place(int x, int y) { return {x / (size - 1.0), (size - 1 - y) / (size - 1.0), blue}; }
@@ -96,12 +81,11 @@ std::vector<double> through_bytes()
     do {
         unsigned char *out = md_tetrab_vertex_get(table.get(), index.data(), nullptr);
         for (const double value : vertex(index.data()))
-            *out++ = static_cast<unsigned char>(std::lround(255 * value));
+            *out++ = sample_of(value);
     } while (md_tetrab_scan_vertex(table.get(), index.data()) != 0);
     return converted([&](const colour &in) {
         std::array<unsigned char, 3> bytes;
-        std::transform(in.begin(), in.end(), bytes.begin(),
-                       [](double v) { return static_cast<unsigned char>(std::lround(255 * v)); });
+        std::transform(in.begin(), in.end(), bytes.begin(), sample_of);
         std::array<unsigned char, 3> answer{};
         std::array<unsigned char *, 3> from = {bytes.data(), bytes.data() + 1, bytes.data() + 2};
         std::array<unsigned char *, 3> to = {answer.data(), answer.data() + 1, answer.data() + 2};
@@ -132,8 +116,7 @@ std::vector<double> through_doubles()
 picture shown(const std::vector<double> &values)
 {
     picture result(size, size, 3);
-    std::transform(values.begin(), values.end(), result.samples.begin(),
-                   [](double v) { return static_cast<unsigned char>(std::lround(255 * v)); });
+    std::transform(values.begin(), values.end(), result.samples.begin(), sample_of);
     return result;
 }
 
