@@ -6,6 +6,7 @@
 #ifdef __cplusplus
 #    include "tconvexhull.h"
 #    include "tplane.h"
+#    include "ttriangulartopsurface.h"
 #endif
 #include "volume_export.h"
 #endif

@@ -161,4 +161,32 @@ TEST(Application, AsksWhatIsInsideAHull)
     EXPECT_TRUE(same.InsideHull(99, 1, 19) == 1 && same.InsideHull(99, 1, 21) == 0);
 }
 
+struct DrawnSurface : TTriangularTopSurface {
+    using TTriangularTopSurface::TTriangularTopSurface;
+    std::ostream &ForBinaryStream(std::ostream &stream) override { return stream << darkening->Count(); }
+};
+
+// A press of two inks that mix linearly.
+TEST(Application, FindsTheTopSurfaceOfADevice)
+{
+    const double levels[] = {1.0, 0.0};
+    const double *of[] = {levels, levels};
+    const int counts[] = {2, 2};
+    int inks = 2;
+    const auto press = [](void *, const double *v, double *c) {
+        c[0] = 20.0 + 40.0 * (v[0] + v[1]);
+        c[1] = 30.0 * (v[1] - v[0]);
+        c[2] = 10.0 * (1.0 - v[0]);
+        return 1;
+    };
+    DrawnSurface top(2, of, counts, &inks, 0, press, 31, 31);
+    const double white[3] = {100.0, 0.0, 0.0};
+    double norm[3], penalty = -1.0;
+    EXPECT_EQ(top.DetermineNormCoord(white, norm, &penalty, 1), 0);
+    EXPECT_EQ(norm[0] + penalty, 0.0);
+    EXPECT_EQ(norm[2], 1.0);
+    EXPECT_EQ(top.Export("api_test.m"), 0);
+    EXPECT_EQ(std::remove("api_test.m"), 0);
+}
+
 }  // namespace
