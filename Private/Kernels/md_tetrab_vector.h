@@ -48,6 +48,7 @@ struct pixel_layout {
     bool packed = false;
     ptrdiff_t first = 0;  // the line that begins at the first byte of the pixel stands there
     int line[4] = {-1, -1, -1, -1};
+    alignas(16) signed char control[16] = {};  // shuffles four words with a byte of each line to the first bytes
 };
 
 template <class Byte>
@@ -68,6 +69,9 @@ inline pixel_layout find_layout(Byte *const *lines, int count, ptrdiff_t step) n
             return layout;
         layout.line[k] = i;
     }
+    for (int i = 0; i < 4; ++i)
+        for (int k = 0; k < count; ++k)
+            layout.control[i * count + k] = static_cast<signed char>(4 * i + layout.line[k]);
     layout.packed = true;
     return layout;
 }
@@ -109,22 +113,35 @@ inline void split_4(const uint8_t *pixels, uint8_t *const *planes) noexcept
     }
 }
 
-// 64 pixels of 3 bytes to 3 planes. Of 16 consecutive bytes a shuffle takes those of a channel to where they belong.
+// Shuffles between 16 pixels of 3 bytes, in thirds of 16 bytes, and 16 bytes of each channel; -1 gives 0.
+struct third_shuffles {
+    signed char split[3][3][16];  // by channel and third
+    signed char join[3][3][16];   // by third and channel
+
+    constexpr third_shuffles() noexcept : split(), join()
+    {
+        for (int third = 0; third < 3; ++third)
+            for (int k = 0; k < 3; ++k)
+                for (int i = 0; i < 16; ++i) {
+                    const int byte = 3 * i + k - 16 * third;
+                    split[k][third][i] = static_cast<signed char>(byte >= 0 && byte < 16 ? byte : -1);
+                    const int place = 16 * third + i;
+                    join[third][k][i] = static_cast<signed char>(place % 3 == k ? place / 3 : -1);
+                }
+    }
+};
+
+constexpr third_shuffles thirds_of_16;
+
+// 64 pixels of 3 bytes to 3 planes.
 inline void split_3(const uint8_t *pixels, uint8_t *const *planes) noexcept
 {
-    alignas(16) signed char take[3][3][16];
-    for (int k = 0; k < 3; ++k)
-        for (int third = 0; third < 3; ++third)
-            for (int p = 0; p < 16; ++p) {
-                const int byte = 3 * p + k - 16 * third;
-                take[k][third][p] = static_cast<signed char>(byte >= 0 && byte < 16 ? byte : -1);
-            }
     for (int p = 0; p < block_pixels; p += 16) {
         const __m128i thirds[] = {load_16(pixels + 3 * p), load_16(pixels + 3 * p + 16), load_16(pixels + 3 * p + 32)};
         for (int k = 0; k < 3; ++k) {
             __m128i channel = _mm_setzero_si128();
             for (int third = 0; third < 3; ++third)
-                channel = _mm_or_si128(channel, _mm_shuffle_epi8(thirds[third], load_16(take[k][third])));
+                channel = _mm_or_si128(channel, _mm_shuffle_epi8(thirds[third], load_16(thirds_of_16.split[k][third])));
             store_16(planes[k] + p, channel);
         }
     }
@@ -133,16 +150,12 @@ inline void split_3(const uint8_t *pixels, uint8_t *const *planes) noexcept
 // 3 planes to 64 pixels of 3 bytes.
 inline void join_3(const uint8_t *const *planes, uint8_t *pixels) noexcept
 {
-    alignas(16) signed char take[3][3][16];
-    for (int third = 0; third < 3; ++third)
-        for (int i = 0; i < 16; ++i)
-            for (int k = 0; k < 3; ++k)
-                take[third][k][i] = static_cast<signed char>((16 * third + i) % 3 == k ? (16 * third + i) / 3 : -1);
     for (int p = 0; p < block_pixels; p += 16)
         for (int third = 0; third < 3; ++third) {
             __m128i bytes = _mm_setzero_si128();
             for (int k = 0; k < 3; ++k)
-                bytes = _mm_or_si128(bytes, _mm_shuffle_epi8(load_16(planes[k] + p), load_16(take[third][k])));
+                bytes =
+                    _mm_or_si128(bytes, _mm_shuffle_epi8(load_16(planes[k] + p), load_16(thirds_of_16.join[third][k])));
             store_16(pixels + 3 * p + 16 * third, bytes);
         }
 }
@@ -196,6 +209,10 @@ struct tetrab_line {
         constexpr int registers = block_pixels / static_cast<int>(sizeof(raw));
         if constexpr (Isa::reads_byte_tables) {
             Isa::store(to, Isa::look_up(curve, Isa::load(from)));
+        } else if constexpr (lanes == 4) {
+            // Registers this short do not gain.
+            for (int p = 0; p < block_pixels; ++p)
+                to[p] = curve[from[p]];
         } else {
             octets sum[registers] = {};
             for (int half = 0; half < 2; ++half) {
@@ -487,11 +504,7 @@ struct tetrab_line {
                     int count, const uint32_t (*result)[block_pixels]) noexcept
     {
         if (count == block_pixels && layout.packed && !table.curved_outputs) {
-            alignas(16) signed char control[16] = {};
-            for (int i = 0; i < 4; ++i)
-                for (int k = 0; k < table.outputs; ++k)
-                    control[i * table.outputs + k] = static_cast<signed char>(4 * i + layout.line[k]);
-            return store_packed(result[0], load_16(control), run.out_step,
+            return store_packed(result[0], load_16(layout.control), run.out_step,
                                 run.out[0] + layout.first + first * run.out_step);
         }
         if (count == block_pixels && (layout.packed || run.out_step == 1)) {
@@ -522,6 +535,13 @@ struct tetrab_line {
         return Isa::is_zero(as<raw>(change));
     }
 
+    static bool has_positions(const tetrab_table &table) noexcept
+    {
+        if (Isa::reads_byte_tables)
+            return table.indices != nullptr;
+        return table.late != nullptr && (lanes > 4 || !table.curved_inputs);
+    }
+
     template <int N>
     static void convert_block(const tetrab_table &table, const uint8_t **planes, int count, buffers &b) noexcept
     {
@@ -531,7 +551,7 @@ struct tetrab_line {
             for (int c = 0; c < table.outputs; c += 4)
                 for (int p = 0; p < block_pixels; p += lanes)
                     Isa::store(b.result[c / 4] + p, words(*b.result[c / 4]));
-        } else if (N != 0 && (Isa::reads_byte_tables ? table.indices : table.late) != nullptr) {
+        } else if (N != 0 && has_positions(table)) {
             if (!Isa::reads_byte_tables && table.curved_inputs)
                 for (int d = 0; d < n; ++d) {
                     through_curve(table.in_curves + 256 * d, planes[d], b.bytes[d]);
