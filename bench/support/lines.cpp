@@ -34,15 +34,43 @@ std::vector<std::uint8_t> smooth_line(std::mt19937 &random, int channels)
     return line;
 }
 
+std::vector<std::uint8_t> graphics_line(std::mt19937 &random, int channels)
+{
+    std::vector<std::uint8_t> line;
+    std::vector<std::uint8_t> colour(static_cast<size_t>(channels));
+    for (int p = 0, left = 0; p < line_pixels; ++p, --left) {
+        if (left == 0) {
+            left = byte(random) + 1;
+            for (std::uint8_t &value : colour)
+                value = byte(random);
+        }
+        line.insert(line.end(), colour.begin(), colour.end());
+    }
+    return line;
+}
+
 }  // namespace
 
-const char *name(Texture texture) { return texture == Texture::random ? "random" : "smooth"; }
+const char *name(Texture texture)
+{
+    switch (texture) {
+    case Texture::random:
+        return "random";
+    case Texture::smooth:
+        return "smooth";
+    case Texture::graphics:
+        break;
+    }
+    return "graphics";
+}
 
 std::vector<std::uint8_t> make_line(Texture texture, int channels)
 {
     std::mt19937 random(static_cast<unsigned>(channels));
     if (texture == Texture::smooth)
         return smooth_line(random, channels);
+    if (texture == Texture::graphics)
+        return graphics_line(random, channels);
     std::vector<std::uint8_t> line(static_cast<size_t>(line_pixels * channels));
     for (std::uint8_t &value : line)
         value = byte(random);

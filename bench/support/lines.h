@@ -12,8 +12,9 @@ namespace bench
 constexpr int line_pixels = 4096;
 
 enum class Texture {
-    random,  // every byte by itself: the worst case for caches and branches
-    smooth   // gradients between random colours, 64 pixels apart: like a photograph
+    random,   // every byte by itself: the worst case for caches and branches
+    smooth,   // gradients between random colours, 64 pixels apart: like a photograph
+    graphics  // areas of one colour, 1 to 256 pixels wide
 };
 
 const char *name(Texture texture);

@@ -39,6 +39,22 @@ cmsStage *make_stage(int inputs, int outputs, int points, const std::vector<std:
     return cmsStageAllocCLutFloat(nullptr, r, n, m, wide.data());
 }
 
+// The same curve for all channels; nothing without values.
+void insert_curves(cmsPipeline *pipeline, cmsStageLoc place, int channels, const std::vector<std::uint8_t> &values)
+{
+    if (values.empty())
+        return;
+    std::vector<cmsUInt16Number> wide;
+    for (const std::uint8_t value : values)
+        wide.push_back(static_cast<cmsUInt16Number>(value * 257));
+    cmsToneCurve *curve = cmsBuildTabulatedToneCurve16(nullptr, 256, wide.data());
+    const std::vector<cmsToneCurve *> curves(static_cast<std::size_t>(channels), curve);
+    cmsPipelineInsertStage(pipeline, place,
+                           cmsStageAllocToneCurves(nullptr, static_cast<cmsUInt32Number>(channels),
+                                                   const_cast<cmsToneCurve **>(curves.data())));
+    cmsFreeToneCurve(curve);
+}
+
 cmsHPROFILE make_link(int inputs, int outputs, cmsPipeline *pipeline, Samples samples)
 {
     cmsHPROFILE link = cmsCreateProfilePlaceholder(nullptr);
@@ -52,15 +68,20 @@ cmsHPROFILE make_link(int inputs, int outputs, cmsPipeline *pipeline, Samples sa
 
 }  // namespace
 
-Peer::Peer(int inputs, int outputs, int points, const std::vector<std::uint8_t> &grid, Samples samples)
+Peer::Peer(int inputs, int outputs, int points, const std::vector<std::uint8_t> &grid, Samples samples,
+           const PeerExtras &extras)
     : inputs_(inputs), outputs_(outputs),
       pipeline_(cmsPipelineAlloc(nullptr, static_cast<cmsUInt32Number>(inputs), static_cast<cmsUInt32Number>(outputs)))
 {
     auto *pipeline = static_cast<cmsPipeline *>(pipeline_);
     cmsPipelineInsertStage(pipeline, cmsAT_BEGIN, make_stage(inputs, outputs, points, grid, samples));
+    insert_curves(pipeline, cmsAT_BEGIN, inputs, extras.in_curve);
+    insert_curves(pipeline, cmsAT_END, outputs, extras.out_curve);
     cmsHPROFILE link = make_link(inputs, outputs, pipeline, samples);
-    transform_ = cmsCreateMultiprofileTransform(&link, 1, format(inputs, samples), format(outputs, samples),
-                                                INTENT_PERCEPTUAL, cmsFLAGS_NOCACHE | cmsFLAGS_GRIDPOINTS(points));
+    const int flags = cmsFLAGS_GRIDPOINTS(points) | cmsFLAGS_CLUT_PRE_LINEARIZATION | cmsFLAGS_CLUT_POST_LINEARIZATION;
+    transform_ =
+        cmsCreateMultiprofileTransform(&link, 1, format(inputs, samples), format(outputs, samples), INTENT_PERCEPTUAL,
+                                       static_cast<cmsUInt32Number>(extras.cache ? flags : flags | cmsFLAGS_NOCACHE));
     cmsCloseProfile(link);
     if (transform_ == nullptr) {
         std::fprintf(stderr, "peer: no transform for %d to %d channels\n", inputs, outputs);

@@ -15,13 +15,21 @@ enum class Samples {
     doubles  // the same in doubles
 };
 
+// What a transform may have beside the grid.
+struct PeerExtras {
+    std::vector<std::uint8_t> in_curve;   // 256 values for every input, or none
+    std::vector<std::uint8_t> out_curve;  // and for every output
+    bool cache = false;                   // the library's cache of the last pixel
+};
+
 // Three channels are RGB, four are CMYK. The transform is optimised as the library likes, on as many points as the grid
-// has, and without its cache of the last pixel, which would only measure repetitions.
+// has, and by default without its cache of the last pixel, which would only measure repetitions.
 class Peer
 {
 public:
     // grid: bytes as make_grid gives them. Ends the program when the transform cannot be made.
-    Peer(int inputs, int outputs, int points, const std::vector<std::uint8_t> &grid, Samples samples);
+    Peer(int inputs, int outputs, int points, const std::vector<std::uint8_t> &grid, Samples samples,
+         const PeerExtras &extras = {});
     Peer(const Peer &) = delete;
     Peer &operator=(const Peer &) = delete;
     ~Peer();
