@@ -38,12 +38,17 @@ struct fir_kernel {
     template <int Vectors>
     static void add(vector (&sums)[Vectors], const fir_tap *taps, int count, std::ptrdiff_t x) noexcept
     {
-        for (const fir_tap *tap = taps; tap != taps + count; ++tap) {
-            const std::uint32_t *const words = tap->words + x;
+        if (count == 0)
+            return;
+        const fir_tap *tap = taps;
+        do {
+            const std::uint32_t *words = tap->words + x;
+            // One address with fixed distances: the compiler would add a register of its own to each.
+            __asm__("" : "+r"(words));
             const vector factors = Isa::all(tap->factors);
             for (int v = 0; v < Vectors; ++v)
                 sums[v] = Isa::add(sums[v], Isa::multiply_add(Isa::load(words + v * lanes), factors));
-        }
+        } while (++tap != taps + count);
     }
 
     template <int Vectors>

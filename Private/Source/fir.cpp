@@ -48,6 +48,7 @@ constexpr int max_components = 4;
 constexpr int max_taps = (max_radius + 1) * max_size;
 constexpr double one = 65536.0;       // coefficient 1
 constexpr uint32_t half = 0x8000;     // what is taken off 16-bit samples
+constexpr size_t line_words = 16;     // of a cache line, where rows begin
 constexpr size_t page_words = 1024;   // rows whole pages apart would get in each other's way in the cache
 constexpr size_t row_offset = 528;    // by which they miss it, in words: more than half, and whole cache lines
 constexpr int max_result = 0x7FFF;    // of a signed sum
@@ -79,7 +80,8 @@ struct fir {
     bool all_zero = true;       // the fixed kernel
     heap_block<uint32_t> rows;  // L rows of words for each component; kept for the next image
     size_t rows_room = 0;       // words
-    size_t row_words = 0;       // from one row to the next; 0: the definition works
+    uint32_t *first_row = nullptr;
+    size_t row_words = 0;  // from one row to the next; 0: the definition works
 };
 
 namespace
@@ -115,6 +117,7 @@ void prepare_rows(fir &f)
     const size_t row_words = (least + page_words - 1 - row_offset) / page_words * page_words + row_offset;
     teska::checked_size words(row_words, PTRDIFF_MAX / sizeof(uint32_t));
     words *= static_cast<uint32_t>(f.size * std::clamp(f.components, 1, max_components));
+    words += line_words;
     if (!words.valid())
         return;
     if (words.get() > f.rows_room) {
@@ -125,6 +128,8 @@ void prepare_rows(fir &f)
             return;
         f.rows_room = words.get();
     }
+    const size_t address = reinterpret_cast<size_t>(f.rows.get()) / sizeof(uint32_t);
+    f.first_row = f.rows.get() + (line_words - address % line_words) % line_words;
     f.row_words = row_words;
 }
 
@@ -134,7 +139,7 @@ bool has_rows(const fir &f, int component) { return f.row_words != 0 && componen
 uint32_t *row(const fir &f, int component, std::int64_t line)
 {
     const auto slot = static_cast<size_t>(line % f.size);
-    return f.rows.get() + (static_cast<size_t>(component * f.size) + slot) * f.row_words;
+    return f.first_row + (static_cast<size_t>(component * f.size) + slot) * f.row_words;
 }
 
 // One half of every coefficient, two lines together; pairs of zeros are left out. Returns the number of taps.
@@ -189,15 +194,13 @@ void filter_words(fir &f, int component, int count, Sample *out)
 // ---- Lines ----------------------------------------------------------------------------------------------------------
 
 template <class Sample>
-void copy_line(const fir &f, const Sample *line, Sample *out)
+void copy_pixels(const fir &f, const Sample *line, Sample *out, ptrdiff_t first, ptrdiff_t end)
 {
-    if (f.width <= 0)
-        return;
-    if (f.in_step == 1 && f.out_step == 1) {
-        std::memmove(out, line, static_cast<size_t>(f.width) * sizeof(Sample));
+    if (f.in_step == 1 && f.out_step == 1 && first < end) {
+        std::memmove(out + first, line + first, static_cast<size_t>(end - first) * sizeof(Sample));
         return;
     }
-    for (ptrdiff_t x = 0; x < f.width; ++x)
+    for (ptrdiff_t x = first; x < end; ++x)
         out[x * f.out_step] = line[x * f.in_step];
 }
 
@@ -205,8 +208,6 @@ void copy_line(const fir &f, const Sample *line, Sample *out)
 template <class Sample>
 void filter_interior(fir &f, int component, Sample *out)
 {
-    if (f.width < f.size)
-        return;
     const int count = f.width - 2 * f.radius;
     out += f.radius * f.out_step;
     if (f.all_zero) {
@@ -244,12 +245,12 @@ void take_line(fir &f, int component, const Sample *line, Sample **out)
         // The flush of an image of fewer than r lines passes here too.
         if (c >= f.lines)
             return;
-        copy_line(f, line, *out);
+        copy_pixels(f, line, *out, 0, f.width);
     } else if (c < f.size - 1 || c >= std::int64_t{f.lines} + f.radius) {
         return;
     } else {
-        copy_line(f, centre, *out);
-        if (c < f.lines)
+        copy_pixels(f, centre, *out, 0, f.width);
+        if (c < f.lines && f.width >= f.size)
             filter_interior(f, component, *out);
     }
     f.callback(component);
