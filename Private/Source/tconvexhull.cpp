@@ -174,9 +174,7 @@ bool TConvexHull::Prepare()
     return store->all.size() >= 3 && store->inside.reserve(store->all.size());
 }
 
-// The whole construction, by promised steps or by exact ones. Unless it succeeds everything is as before, without a
-// surface.
-// Returns 0, -1, or torn.
+// The whole construction, by promised steps or by exact ones. Returns 0, -1, or torn.
 int TConvexHull::Build()
 {
     store->unlinked = 0;
@@ -197,6 +195,7 @@ int TConvexHull::Build()
     return 0;
 }
 
+// Everything as it was before Construct, but for a surface from an earlier call.
 void TConvexHull::Abandon()
 {
     FreeSurface();

@@ -42,9 +42,9 @@ void core::cut(const double *n, double d, double limit) noexcept
     }
     ball_fall = std::sqrt(ball_fall);
     const double room = d > limit ? d - limit : 0.0;
-    if (!(room >= box_ * box_fall))
+    if (!(room > box_ * box_fall))
         box_ = room / box_fall;
-    if (!(room >= ball_ * ball_fall))
+    if (!(room > ball_ * ball_fall))
         ball_ = room / ball_fall;
 }
 
@@ -80,7 +80,7 @@ bool face_planes::grow() noexcept
     const std::size_t over = reinterpret_cast<std::uintptr_t>(block.get()) % line;
     double *const values = block.get() + (over != 0 ? (line - over) / sizeof(double) : 0);
     for (std::ptrdiff_t i = 0; i < count_; ++i) {
-        owners[i] = owners_[i];
+        owners.get()[i] = owners_.get()[i];
         for (int k = 0; k < 4; ++k)
             values[k * room + i] = values_[k * room_ + i];
     }
@@ -116,7 +116,7 @@ bool face_planes::add(hull_face *face) noexcept
         values_[k * room_ + count_] = n[k];
     values_[3 * room_ + count_] =
         -(n[0] * (p[0] - centre_[0]) + n[1] * (p[1] - centre_[1]) + n[2] * (p[2] - centre_[2]));
-    owners_[count_] = face;
+    owners_.get()[count_] = face;
     face->slot = count_++;
     cut_core(face->slot);
     return true;
@@ -129,8 +129,8 @@ void face_planes::remove(hull_face *face) noexcept
     const std::ptrdiff_t last = --count_;
     for (int k = 0; k < 4; ++k)
         values_[k * room_ + face->slot] = values_[k * room_ + last];
-    owners_[face->slot] = owners_[last];
-    owners_[last]->slot = face->slot;
+    owners_.get()[face->slot] = owners_.get()[last];
+    owners_.get()[last]->slot = face->slot;
     blank(last);
 }
 

@@ -163,7 +163,7 @@ public:
     // The first slot, from `from` on, whose face may have less volume than the limit; faces() when there is none.
     [[nodiscard]] std::ptrdiff_t first_below(std::ptrdiff_t from, const double *point, double limit) const noexcept;
     [[nodiscard]] std::ptrdiff_t faces() const noexcept { return count_; }
-    [[nodiscard]] hull_face *face(std::ptrdiff_t slot) const noexcept { return owners_[slot]; }
+    [[nodiscard]] hull_face *face(std::ptrdiff_t slot) const noexcept { return owners_.get()[slot]; }
 
     // Makes the core as large as the faces allow. O(faces).
     void fit_core() noexcept;
