@@ -18,6 +18,7 @@ struct avx2 {
     static vector load(const void *at) noexcept { return _mm256_loadu_si256(static_cast<const __m256i *>(at)); }
     static void store(void *at, vector v) noexcept { _mm256_storeu_si256(static_cast<__m256i *>(at), v); }
     static vector same(int value) noexcept { return _mm256_set1_epi16(static_cast<short>(value)); }
+    static vector same_pair(int value) noexcept { return _mm256_set1_epi32(value); }
 
     static vector add(vector a, vector b) noexcept { return _mm256_add_epi16(a, b); }
     static vector subtract(vector a, vector b) noexcept { return _mm256_sub_epi16(a, b); }
@@ -36,12 +37,15 @@ struct avx2 {
     {
         return _mm256_shuffle_epi8(window, mask);
     }
+    static vector both(vector a, vector b) noexcept { return _mm256_and_si256(a, b); }
     static vector either(vector a, vector b) noexcept { return _mm256_or_si256(a, b); }
     static vector join_lower(vector a, vector b) noexcept { return _mm256_unpacklo_epi64(a, b); }
     static vector join_upper(vector a, vector b) noexcept { return _mm256_unpackhi_epi64(a, b); }
     static vector widen_lower(vector v) noexcept { return _mm256_unpacklo_epi8(v, _mm256_setzero_si256()); }
     static vector widen_upper(vector v) noexcept { return _mm256_unpackhi_epi8(v, _mm256_setzero_si256()); }
     static vector narrow_units(vector a, vector b) noexcept { return _mm256_packus_epi16(a, b); }
+    static vector narrow_pairs(vector a, vector b) noexcept { return _mm256_packus_epi32(a, b); }
+    static vector in_order(vector v) noexcept { return _mm256_permute4x64_epi64(v, 0xD8); }
     static vector narrow(vector a, vector b) noexcept { return narrow_units(a, b); }
 
     template <class T>

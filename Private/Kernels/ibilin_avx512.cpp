@@ -26,6 +26,7 @@ struct avx512 {
     static vector load(const void *at) noexcept { return _mm512_loadu_si512(at); }
     static void store(void *at, vector v) noexcept { _mm512_storeu_si512(at, v); }
     static vector same(int value) noexcept { return _mm512_set1_epi16(static_cast<short>(value)); }
+    static vector same_pair(int value) noexcept { return _mm512_set1_epi32(value); }
 
     static vector add(vector a, vector b) noexcept { return _mm512_add_epi16(a, b); }
     static vector subtract(vector a, vector b) noexcept { return _mm512_sub_epi16(a, b); }
@@ -42,6 +43,7 @@ struct avx512 {
         else
             return _mm512_maskz_permutexvar_epi8(kept<Bytes, Part>, mask, window);
     }
+    static vector both(vector a, vector b) noexcept { return _mm512_and_si512(a, b); }
     static vector either(vector a, vector b) noexcept { return _mm512_or_si512(a, b); }
     static vector join_lower(vector a, vector b) noexcept
     {
@@ -51,10 +53,12 @@ struct avx512 {
     static vector widen_lower(vector v) noexcept { return _mm512_unpacklo_epi8(v, _mm512_setzero_si512()); }
     static vector widen_upper(vector v) noexcept { return _mm512_unpackhi_epi8(v, _mm512_setzero_si512()); }
     static vector narrow_units(vector a, vector b) noexcept { return _mm512_packus_epi16(a, b); }
-    static vector narrow(vector a, vector b) noexcept
+    static vector narrow_pairs(vector a, vector b) noexcept { return _mm512_packus_epi32(a, b); }
+    static vector in_order(vector v) noexcept
     {
-        return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), _mm512_packus_epi16(a, b));
+        return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), v);
     }
+    static vector narrow(vector a, vector b) noexcept { return in_order(narrow_units(a, b)); }
 
     // One bit a sample.
     template <class T>

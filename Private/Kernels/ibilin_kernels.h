@@ -43,7 +43,8 @@ struct bilin_run {
 // both samples are the same. A vector of bytes is put together from two vectors of lanes, in whose units the runs of
 // U / 2 samples alternate: unit 0 of the first, unit 0 of the second, unit 1 of the first ..
 //
-// A plan that only picks samples has no further ones and no weights, and its lanes are as wide as the samples.
+// A plan that only picks samples has no further ones and no weights, and its lanes are as wide as the samples. With one
+// window it needs no tables: it picks every other sample.
 //
 // The same vectors are made `repeats` times, each time `advance` bytes later in the line.
 struct bilin_plan {
@@ -64,6 +65,9 @@ struct bilin_depth {
     // The same by a plan; whole vectors are written.
     void (*across)(const bilin_plan &plan, const T *in, T *out) noexcept;
 
+    // The same by a plan that only picks.
+    void (*pick)(const bilin_plan &plan, const T *in, T *out) noexcept;
+
     // From line to line; weight is that of the lower one. Lines are read as far as the padding goes.
     void (*down)(const T *upper, const T *lower, std::uint32_t weight, std::ptrdiff_t count, T *out) noexcept;
 
@@ -79,9 +83,6 @@ struct bilin_kernels {
 
     bilin_depth<std::uint8_t> bytes;
     bilin_depth<std::uint16_t> words;
-
-    // By a plan that only picks, samples of any depth.
-    void (*pick)(const bilin_plan &plan, const void *in, void *out) noexcept;
 };
 
 void install_scalar(bilin_kernels &table) noexcept;

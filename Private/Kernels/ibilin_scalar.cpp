@@ -45,14 +45,14 @@ void spread(const T *in, int c, int n, std::ptrdiff_t count, T *out) noexcept
 }
 
 template <class T>
-constexpr bilin_depth<T> by_samples = {.columns = columns<T>, .across = nullptr, .down = down<T>, .spread = spread<T>};
+constexpr bilin_depth<T> by_samples = {
+    .columns = columns<T>, .across = nullptr, .pick = nullptr, .down = down<T>, .spread = spread<T>};
 
 }  // namespace
 
 void install_scalar(bilin_kernels &table) noexcept
 {
-    table = {
-        .unit = 0, .units = 0, .bytes = by_samples<std::uint8_t>, .words = by_samples<std::uint16_t>, .pick = nullptr};
+    table = {.unit = 0, .units = 0, .bytes = by_samples<std::uint8_t>, .words = by_samples<std::uint16_t>};
 }
 
 }  // namespace teska

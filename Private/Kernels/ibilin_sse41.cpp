@@ -18,6 +18,7 @@ struct sse41 {
     static vector load(const void *at) noexcept { return _mm_loadu_si128(static_cast<const __m128i *>(at)); }
     static void store(void *at, vector v) noexcept { _mm_storeu_si128(static_cast<__m128i *>(at), v); }
     static vector same(int value) noexcept { return _mm_set1_epi16(static_cast<short>(value)); }
+    static vector same_pair(int value) noexcept { return _mm_set1_epi32(value); }
 
     static vector add(vector a, vector b) noexcept { return _mm_add_epi16(a, b); }
     static vector subtract(vector a, vector b) noexcept { return _mm_sub_epi16(a, b); }
@@ -31,12 +32,15 @@ struct sse41 {
     {
         return _mm_shuffle_epi8(window, mask);
     }
+    static vector both(vector a, vector b) noexcept { return _mm_and_si128(a, b); }
     static vector either(vector a, vector b) noexcept { return _mm_or_si128(a, b); }
     static vector join_lower(vector a, vector b) noexcept { return _mm_unpacklo_epi64(a, b); }
     static vector join_upper(vector a, vector b) noexcept { return _mm_unpackhi_epi64(a, b); }
     static vector widen_lower(vector v) noexcept { return _mm_unpacklo_epi8(v, _mm_setzero_si128()); }
     static vector widen_upper(vector v) noexcept { return _mm_unpackhi_epi8(v, _mm_setzero_si128()); }
     static vector narrow_units(vector a, vector b) noexcept { return _mm_packus_epi16(a, b); }
+    static vector narrow_pairs(vector a, vector b) noexcept { return _mm_packus_epi32(a, b); }
+    static vector in_order(vector v) noexcept { return v; }
     static vector narrow(vector a, vector b) noexcept { return narrow_units(a, b); }
 
     template <class T>

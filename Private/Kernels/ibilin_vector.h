@@ -140,12 +140,27 @@ struct bilin_kernel {
         }
     }
 
-    static void pick(const bilin_plan &plan, const void *in, void *out) noexcept
+    template <class T>
+    static void pick_every_other(const bilin_plan &plan, const T *in, T *out) noexcept
     {
-        if (plan.windows == 2)
-            pick_windows<2>(plan, static_cast<const std::uint8_t *>(in), static_cast<std::uint8_t *>(out));
+        const vector even = sizeof(T) == 1 ? Isa::same(0xFF) : Isa::same_pair(0xFFFF);
+        for (std::ptrdiff_t v = 0; v < plan.vectors; ++v, in += 2 * samples<T>, out += samples<T>) {
+            const vector a = Isa::both(Isa::load(in), even);
+            const vector b = Isa::both(Isa::load(in + samples<T>), even);
+            Isa::store(out, Isa::in_order(sizeof(T) == 1 ? Isa::narrow_units(a, b) : Isa::narrow_pairs(a, b)));
+        }
+    }
+
+    template <class T>
+    static void pick(const bilin_plan &plan, const T *in, T *out) noexcept
+    {
+        const auto *const line = reinterpret_cast<const std::uint8_t *>(in);
+        if (plan.windows == 1)
+            pick_every_other(plan, in, out);
+        else if (plan.windows == 2)
+            pick_windows<2>(plan, line, reinterpret_cast<std::uint8_t *>(out));
         else
-            pick_windows<4>(plan, static_cast<const std::uint8_t *>(in), static_cast<std::uint8_t *>(out));
+            pick_windows<4>(plan, line, reinterpret_cast<std::uint8_t *>(out));
     }
 
     // make(i) gives the vector of output from sample i on. What is behind `count` is not written.
@@ -230,6 +245,7 @@ struct bilin_kernel {
     static void install(bilin_depth<T> &table) noexcept
     {
         table.across = across<T>;
+        table.pick = pick<T>;
         table.down = down<T>;
         table.spread = spread<T>;
     }
@@ -240,7 +256,6 @@ struct bilin_kernel {
         table.units = Isa::units;
         install(table.bytes);
         install(table.words);
-        table.pick = pick;
     }
 };
 

@@ -71,6 +71,7 @@ struct ibilin {
     component at[most_components];
     int delivered = 0;     // destination lines
     bilin_place row{};     // of the next one
+    bilin_place later{};   // of the one after it
     bool together = true;  // all calls so far fed all components
     bool joined = false;   // buffers are interleaved
     bool picks = false;    // all weights of columns are 0
@@ -98,7 +99,11 @@ bilin_place place_of(int i, int source, int destination)
             .weight = static_cast<uint32_t>((f - first) * 65536)};
 }
 
-bilin_place next_row(const ibilin &record) { return place_of(record.delivered, record.source_lines, record.lines); }
+// Behind the last one it is the last one.
+bilin_place row_of(const ibilin &record, int i)
+{
+    return place_of(std::min(i, record.lines - 1), record.source_lines, record.lines);
+}
 
 int joined_components(const ibilin &record) { return record.joined ? record.components : 1; }
 
@@ -192,11 +197,12 @@ bool needed(const ibilin &record, int line)
     if (record.source_lines == 1)
         return true;
     bilin_place row = record.row;
-    for (int i = record.delivered; i < record.lines; row = place_of(++i, record.source_lines, record.lines)) {
+    for (int i = record.delivered; i < record.lines; ++i) {
         if (row.second > line)
             return row.first <= line || row.first == row.second;
         if (row.weight != 0)
             return true;
+        row = i == record.delivered ? record.later : row_of(record, i + 1);
     }
     return false;
 }
@@ -223,13 +229,10 @@ void resample_planned(const ibilin &record, int c, const T *line)
 {
     T *const out = current<T>(record, c).at;
     T *const rest = out + record.planner.rest_at() / static_cast<ptrdiff_t>(sizeof(T));
-    if (record.picks) {
-        record.kernels.pick(record.planner.repeated(), line, out);
-        record.kernels.pick(record.planner.rest(), line, rest);
-    } else {
-        depth<T>(record.kernels).across(record.planner.repeated(), line, out);
-        depth<T>(record.kernels).across(record.planner.rest(), line, rest);
-    }
+    const teska::bilin_depth<T> &kernels = depth<T>(record.kernels);
+    const auto make = record.picks ? kernels.pick : kernels.across;
+    make(record.planner.repeated(), line, out);
+    make(record.planner.rest(), line, rest);
 }
 
 template <class T>
@@ -338,7 +341,8 @@ void deliver(ibilin &record, int line)
             record.callback(c);
         }
         ++record.delivered;
-        record.row = next_row(record);
+        record.row = record.later;
+        record.later = row_of(record, record.delivered + 1);
     }
 }
 
@@ -425,7 +429,8 @@ int ibilin_start(ibilin *record, int nComponents, int srcLines, int srcWidth, in
     image.in_step = inStep;
     image.out_step = outStep;
     image.callback = callback;
-    image.row = next_row(image);
+    image.row = row_of(image, 0);
+    image.later = row_of(image, 1);
     image.joined = nComponents > 1 && inStep == nComponents;
     image.picks = srcWidth % dstWidth == 0;
     if (!make_buffers(image) || !make_columns(image) || !make_plan_room(image)) {

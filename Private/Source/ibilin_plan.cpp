@@ -215,36 +215,47 @@ bool bilin_planner::plan_vectors(const shape &form, ptrdiff_t first, ptrdiff_t v
     return true;
 }
 
-bool bilin_planner::plan_all(const shape &form) noexcept
+// As many vectors as the pattern of the samples reaches, none where that is not worth a plan.
+bool bilin_planner::plan_repeated(const shape &form, ptrdiff_t all_vectors) noexcept
 {
     const bilin_line &line = form.line;
-    const ptrdiff_t samples = static_cast<ptrdiff_t>(line.pixels) * line.together;
-    const ptrdiff_t vectors = (samples + form.samples - 1) / form.samples;
     const int divisor = std::gcd(line.pixels, line.source_pixels);
     const int pixels = line.pixels / divisor;
     const int source_pixels = line.source_pixels / divisor;
+    repeated_ = {};
+    if (line.picks && line.together == 1 && line.step == 1 && pixels == 1 && source_pixels == 2) {
+        repeated_.windows = 1;
+        repeated_.repeats = 1;
+        repeated_.vectors = form.end / (2 * form.vector_bytes);
+        return true;
+    }
     ptrdiff_t period = std::lcm<ptrdiff_t>(static_cast<ptrdiff_t>(pixels) * line.together, form.samples);
     period *= (least_vectors * form.samples + period - 1) / period;
-
-    repeated_ = {};
-    ptrdiff_t repeats = 0;
-    if (period / form.samples * 2 <= vectors) {
-        const ptrdiff_t fit = static_cast<ptrdiff_t>(repeating_pixels(line, pixels, source_pixels)) * line.together;
-        if (!plan_vectors(form, 0, period / form.samples, repeated_, offsets_.get(), tables_.get()))
-            return false;
-        repeated_.advance =
-            period / line.together / pixels * source_pixels * static_cast<ptrdiff_t>(line.step) * form.sample_bytes;
-        const ptrdiff_t *const offset = offsets_.get();
-        const auto [low, high] = std::minmax_element(offset, offset + period / form.samples * form.offsets);
-        for (repeats = fit / period; repeats > 0; --repeats) {
-            const ptrdiff_t last = (repeats - 1) * repeated_.advance;
-            if (*low + last >= form.begin && *high + last + unit_ <= form.end)
-                break;
-        }
-        repeated_.repeats = repeats;
+    const ptrdiff_t vectors = period / form.samples;
+    if (2 * vectors > all_vectors)
+        return true;
+    if (!plan_vectors(form, 0, vectors, repeated_, offsets_.get(), tables_.get()))
+        return false;
+    repeated_.advance =
+        period / line.together / pixels * source_pixels * static_cast<ptrdiff_t>(line.step) * form.sample_bytes;
+    const auto [low, high] = std::minmax_element(offsets_.get(), offsets_.get() + vectors * form.offsets);
+    repeated_.repeats = static_cast<ptrdiff_t>(repeating_pixels(line, pixels, source_pixels)) * line.together / period;
+    for (; repeated_.repeats > 0; --repeated_.repeats) {
+        const ptrdiff_t last = (repeated_.repeats - 1) * repeated_.advance;
+        if (*low + last >= form.begin && *high + last + unit_ <= form.end)
+            break;
     }
-    const ptrdiff_t used = repeats > 0 ? period / form.samples : 0;
-    const ptrdiff_t done = repeats * used;
+    return true;
+}
+
+bool bilin_planner::plan_all(const shape &form) noexcept
+{
+    const ptrdiff_t samples = static_cast<ptrdiff_t>(form.line.pixels) * form.line.together;
+    const ptrdiff_t vectors = (samples + form.samples - 1) / form.samples;
+    if (!plan_repeated(form, vectors))
+        return false;
+    const ptrdiff_t done = repeated_.repeats * repeated_.vectors;
+    const ptrdiff_t used = repeated_.tables != nullptr ? repeated_.vectors : 0;
     rest_at_ = done * form.vector_bytes;
     return plan_vectors(form, done * form.samples, vectors - done, rest_, offsets_.get() + used * form.offsets,
                         tables_.get() + used * form.table_bytes);

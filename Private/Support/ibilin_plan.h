@@ -43,6 +43,7 @@ private:
 
     [[nodiscard]] bool plan_vectors(const shape &form, std::ptrdiff_t first, std::ptrdiff_t vectors, bilin_plan &plan,
                                     std::ptrdiff_t *offset, std::uint8_t *table) noexcept;
+    [[nodiscard]] bool plan_repeated(const shape &form, std::ptrdiff_t all_vectors) noexcept;
     [[nodiscard]] bool plan_all(const shape &form) noexcept;
 
     int unit_ = 0;
