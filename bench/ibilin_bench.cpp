@@ -146,7 +146,8 @@ int main(int argc, char **argv)
     cv::setNumThreads(1);
     for (const int n : {1, 3})
         for (const auto &[name, numerator, denominator] : {std::tuple{"3/4", 3, 4}, {"3/2", 3, 2}, {"half", 1, 2}}) {
-            const std::string rest = std::string(" to ") + name + ", " + std::to_string(n) + " components";
+            const std::string rest =
+                std::string(" to ") + name + ", " + std::to_string(n) + (n == 1 ? " component" : " components");
             add<std::uint8_t>("8-bit" + rest, n, numerator, denominator);
             add<std::uint16_t>("16-bit" + rest, n, numerator, denominator);
         }
