@@ -28,6 +28,9 @@ section lines_section(const gallery_inputs &inputs);
 // What the press can print, as a solid of colours.
 section gamut_section(const gallery_inputs &inputs);
 
+// The umbrella of the press and of a printer with six inks.
+section topsurface_section(const gallery_inputs &inputs);
+
 // The pictures of the sections before it in one archive and out again: comes last.
 section records_section(const gallery_inputs &inputs);
 
