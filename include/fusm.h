@@ -152,7 +152,7 @@ TESKA_API double *fusm_noise_red_get(fusm *record) TESKA_NOTHROW;
  * inStep, limitStep, outStep  steps of the lines that will be fed
  * Returns 1, or 0 with "fusm_start: malloc comps_buf failed" or "fusm_start: malloc HPFc_buf failed"; feeding then does
  * nothing.
- * Memory: 4 * C * width bytes, with a conversion 2 * C * width more for each of the 3 or 5 lines of the window.
+ * Memory: 6 * C * width bytes, with a conversion 2 * C * width more for each of the 3 or 5 lines of the window.
  */
 TESKA_API int fusm_start(fusm *record, int nLines, int width, fusm_callback callback, int inStep, int limitStep,
                          int outStep) TESKA_NOTHROW;
