@@ -1,5 +1,6 @@
 #include "tconvexhull.h"
 
+#include "Support/hull_priv.h"
 #include "support/generator.h"
 #include "support/levels.h"
 
@@ -172,6 +173,33 @@ TEST(TConvexHullConstruct, IsAClosedSurfaceAroundEveryPoint)
     }
 }
 
+// Torn by loops apart from each other or by one that meets itself, or beyond all arithmetic.
+TEST(TConvexHullConstruct, IsAClosedSurfaceWhateverTheCloud)
+{
+    for (const double radius : {3.0, 10.0, 30.0, 1e150})
+        for (int n = 20; n < 220; ++n) {
+            TConvexHull hull;
+            add(hull, cloud(n, {radius, radius, radius}, false, 0));
+            ASSERT_TRUE(hull.Construct() == -1 || TConvexHullTest::count(hull) != "broken") << n << ", " << radius;
+        }
+}
+
+TEST(TConvexHullConstruct, KnowsTheSignThatRoundingHides)
+{
+    tVertexStructure corner[3] = {};
+    tFaceStructure face{};
+    for (int i = 0; i < 3; ++i) {
+        corner[i].v[i] = 1;
+        face.vertex[i] = &corner[i];
+    }
+    // The double next to 1 / 3 lies below it, by a third of the step to the one above.
+    const double third = 1.0 / 3, more = std::nextafter(third, 1);
+    const double below[] = {third, third, third}, on[] = {third, third, more}, above[] = {third, more, more};
+    EXPECT_EQ(teska::exact_volume_sign(&face, below), 1);
+    EXPECT_EQ(teska::exact_volume_sign(&face, on), 0);
+    EXPECT_EQ(teska::exact_volume_sign(&face, above), -1);
+}
+
 TEST(TConvexHullConstruct, RefusesPointsThatSpanNoVolume)
 {
     const Points none[] = {
@@ -251,6 +279,11 @@ TEST(TConvexHullCopy, SharesTheListsWithItsSource)
 {
     TConvexHull last;
     {
+        TConvexHull empty;
+        TConvexHull filled(empty);
+        add(filled, tetrahedron);
+        EXPECT_EQ(empty.Construct(), 0);
+        EXPECT_EQ(filled.InsideHull(1, 1, 1), 1);
         TConvexHull first;
         add(first, lattice(2, 10, 2));
         TConvexHull second(first);
