@@ -1,0 +1,150 @@
+// The top surface with every allocation failing in turn: the messages of each step and no others, an object that can be
+// asked and destroyed, nothing leaked, and success when the step is tried again. Its allocations are too many for a row
+// of the sweep.
+#include "faults/injector.h"
+#include "support/reports.h"
+
+#include "ttriangulartopsurface.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <functional>
+#include <optional>
+#include <set>
+
+namespace teska_test
+{
+
+namespace
+{
+
+// Four channels that do not quite add up: sheets of both rings, some thrown out, some hidden in part.
+int channels(void *, const double *v, double *c)
+{
+    static const double of[6][3] = {{0.24, 0.30, 0.06},  {0.33, 0.02, 0.27},  {0.25, -0.31, 0.04},
+                                    {0.18, 0.05, -0.30}, {0.0, -0.05, -0.10}, {0.15, 0.10, -0.20}};
+    const double amount[6] = {v[0], v[1], v[2], v[3], v[0] * v[1], v[1] * v[2]};
+    for (int k = 0; k < 3; ++k) {
+        c[k] = 0.0;
+        for (int i = 0; i < 6; ++i)
+            c[k] += amount[i] * of[i][k];
+    }
+    return 0;
+}
+
+struct Top : TTriangularTopSurface {
+    Top() : TTriangularTopSurface(4, of, counts, counts, 0, channels, 3, 3) {}
+    using TTriangularTopSurface::DeterminePhirVTrTetar;
+
+    static constexpr double levels[2] = {1.0, 0.0};
+    static inline const double *of[4] = {levels, levels, levels, levels};
+    static inline int counts[4] = {2, 2, 2, 2};
+};
+
+struct Step {
+    const char *name;
+    std::function<bool(std::optional<Top> &)> prepare, call;
+    std::set<std::string> reports;  // of all failures together
+};
+
+bool edge(Top &top)
+{
+    double teta = 0.0, height = 0.0;
+    return top.UmbrellaEdge(1.0, &teta, &height) == 0;
+}
+
+void ask(TTriangularTopSurface &top)
+{
+    double a[4], x[3][3], y[3][3];
+    top.GetPrimComb(0, a);
+    top.ScanTriangles(1, x, y);
+    top.ScanMaskedTriangles(1, x);
+}
+
+bool made(std::optional<Top> &top)
+{
+    top.emplace();
+    ask(*top);
+    return top->ErrNo() == 0;
+}
+
+const Step steps[] = {
+    {"constructor",
+     [](std::optional<Top> &) { return true; },
+     made,
+     {"Not enough memory", "No Memory", "No memory", "no Memory", "No more memory", "No Mem"}},
+    {"edge",
+     made,
+     [](std::optional<Top> &top) { return edge(*top); },
+     {"Out of memory", "No More Memory", "func_new : unable to create new instance of function",
+      "lin_interp : Cannot create new instance of double interpolator",
+      "list_new : Not enough resources to create list"}},
+    {"smaller gamut",
+     [](std::optional<Top> &top) { return made(top) && edge(*top); },
+     [](std::optional<Top> &top) {
+         double c[3] = {0.5, 0.0, 0.0};
+         return top->DetermineXYZMinGam(c, c, c, 1) == 0 && top->DeterminePhirVTrTetar() == 0;
+     },
+     {"out of memory", "md_tetra_new: insufficient memory", "md_tetrab_new: malloc failure",
+      "md_tetrad_new: insuff. mem."}},
+    {"many colours",
+     [](std::optional<Top> &top) { return made(top) && edge(*top); },
+     [](std::optional<Top> &top) {
+         std::array<double, 900> c = {};
+         return top->DetermineXYZ(c.data(), c.data(), nullptr, 300) == 0;
+     },
+     {}},
+    {"copy",
+     [](std::optional<Top> &top) { return made(top) && edge(*top); },
+     [](std::optional<Top> &top) {
+         Top copy(*top);
+         ask(copy);
+         return copy.ErrNo() == 0;
+     },
+     {"Not enough memory", "No Memory", "func_new : unable to create new instance of function",
+      "lin_interp : Cannot create new instance of double interpolator",
+      "list_new : Not enough resources to create list"}},
+    {"export",
+     [](std::optional<Top> &top) { return made(top) && edge(*top); },
+     [](std::optional<Top> &top) { return top->Export("topsurface_rows.m") == 0; },
+     {"cannot open export file topsurface_rows.m", "Cannot export process", "No memory"}},
+};
+
+// Allocation n fails, alone or with all later ones. False: there was none.
+bool fails(const Step &step, int n, bool sticky, std::set<std::string> *seen)
+{
+    SCOPED_TRACE(std::string(step.name) + ", " + std::to_string(n) + (sticky ? ", sticky" : ""));
+    Reports captured;
+    track_memory();
+    std::optional<Top> top;
+    EXPECT_TRUE(step.prepare(top));
+    arm(fault_kind::memory, n, sticky);
+    const bool succeeded = step.call(top);
+    const bool injected = disarm() > 0;
+    EXPECT_TRUE(injected || succeeded);
+    EXPECT_TRUE(step.call(top)) << "tried again";
+    top.reset();
+    EXPECT_EQ(live_blocks(), 0);
+    const lines said = captured.take();
+    EXPECT_EQ(said.empty(), succeeded);
+    seen->insert(said.begin(), said.end());
+    return injected;
+}
+
+TEST(TopSurfaceFaults, LeaveAnObjectThatCanBeAskedAndTriedAgain)
+{
+    for (const Step &step : steps) {
+        std::set<std::string> seen;
+        for (int n = 0; fails(step, n, false, &seen); ++n)
+            if (n % 8 == 0)
+                fails(step, n, true, &seen);
+        EXPECT_EQ(seen, step.reports) << step.name;
+    }
+    std::remove("topsurface_rows.m");
+}
+
+}  // namespace
+
+}  // namespace teska_test
