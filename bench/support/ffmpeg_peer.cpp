@@ -92,7 +92,7 @@ FfmpegPeer::FfmpegPeer(int points, const std::vector<std::uint8_t> &grid, const 
                 avfilter_graph_config(s.graph, nullptr) >= 0,
             "links");
     std::filesystem::remove(cube);
-    require(av_buffersink_get_format(s.sink) == AV_PIX_FMT_GBRP, "planes behind the filter");
+    require(av_buffersink_get_format(s.sink) == AV_PIX_FMT_GBRP16, "planes behind the filter");
 
     s.in = av_frame_alloc();
     s.out = av_frame_alloc();
