@@ -108,8 +108,7 @@ void expect_conversion(const Table &table, Generator &random)
     const int out_steps[] = {1, 2, -1, 0, table.s.M, table.s.M};
     Samples in(in_channels, pixels, one_of(in_steps)), apart(table.s.M, pixels, one_of(out_steps), 77);
     for (Samples *samples : {&in, &apart})
-        std::swap(samples->at.front(),
-                  samples->at[static_cast<std::size_t>(random.below(2) * (samples->at.size() - 1))]);
+        std::swap(samples->at.front(), random.below(2) == 0 ? samples->at.front() : samples->at.back());
     for (int p = 0; p < pixels; ++p) {
         const bool repeat = p > 0 && random.below(64) < 16 * quarters;
         for (unsigned char *line : in.at) {
