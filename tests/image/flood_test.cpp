@@ -88,9 +88,9 @@ TEST(FloodDo, TestsAndFillsInThePromisedOrder)
          "2147483646,2147483646? 2147483645,2147483646? 2147483647,2147483646? 2147483646-2147483647,2147483646 "
          "2147483646,2147483645? 2147483647,2147483645? "},
         {{{"..", ".."}, INT_MIN, INT_MIN},
+         INT_MIN + 1,
          INT_MIN,
-         INT_MIN,
-         "-2147483648,-2147483648? -2147483647,-2147483648? -2147483646,-2147483648? "
+         "-2147483647,-2147483648? -2147483648,-2147483648? -2147483646,-2147483648? "
          "-2147483648--2147483647,-2147483648 -2147483648,-2147483647? -2147483647,-2147483647? "
          "-2147483646,-2147483647? -2147483648--2147483647,-2147483647 -2147483648,-2147483646? "
          "-2147483647,-2147483646? "},
@@ -105,21 +105,25 @@ TEST(FloodDo, TestsAndFillsInThePromisedOrder)
 TEST(FloodDo, FillsRandomRegionsToTheirEnds)
 {
     teska_test::Generator random(76);
+    teska_test::Digest calls;
     for (int round = 0; round < 700; ++round) {
-        Drawing d{std::vector<std::string>(1 + random.next() % 30, std::string(1 + random.next() % 30, '.'))};
-        for (std::string &row : d.rows)
-            for (char &pixel : row)
+        const std::string row(1 + random.next() % 30, '.');
+        Drawing d{std::vector<std::string>(1 + random.next() % 30, row)};
+        for (std::string &pixels : d.rows)
+            for (char &pixel : pixels)
                 pixel = random.below(10) < round % 7 ? '#' : '.';
         d.at(0, 0) = '.';
         d.fill_from(0, 0);
         EXPECT_EQ(d.at(0, 0), 'o');
-        for (const std::string &row : d.rows) {
-            EXPECT_EQ(row.find(".o"), std::string::npos);
-            EXPECT_EQ(row.find("o."), std::string::npos);
-            for (std::size_t x = 0; &row != &d.rows[0] && x < row.size(); ++x)
-                EXPECT_FALSE((&row)[0][x] + (&row)[-1][x] == '.' + 'o');
+        calls.add(d.log.data(), d.log.size());
+        for (const std::string &pixels : d.rows) {
+            EXPECT_EQ(pixels.find(".o"), std::string::npos);
+            EXPECT_EQ(pixels.find("o."), std::string::npos);
+            for (std::size_t x = 0; &pixels != &d.rows[0] && x < pixels.size(); ++x)
+                EXPECT_FALSE((&pixels)[0][x] + (&pixels)[-1][x] == '.' + 'o');
         }
     }
+    EXPECT_EQ(calls.value(), 0xe8a330614eca9fa7U) << "another order";
 }
 
 TEST(FloodDo, TestsThePixelsOfAnOpenAreaOnce)
