@@ -54,8 +54,9 @@ public:
     {
         // Gentle, or above V.
         const int peak = random.below(3) == 0 ? j.top / 8 : std::min<int>(j.top + j.top / 20, static_cast<T>(-1));
+        const int channels = random.below(2) == 0 ? std::max(j.K, j.in_step) : j.K;  // others between ours, or planes
         for (int y = 0; y < j.height; ++y) {
-            in.emplace_back(j.K, std::max(j.width, 1), j.in_step);
+            in.emplace_back(channels, std::max(j.width, 1), j.in_step);
             for (T &sample : in.back().buffer)
                 sample = random.below(9) == 0 ? static_cast<T>(-1) : static_cast<T>(random.unit() * (peak + 1));
             limits.emplace_back(1, std::max(j.width, 1), j.limit_step);
@@ -216,7 +217,7 @@ Job random_job(Generator &random, int largest, int lanes)
     j.list.resize(4);
     std::generate(j.list.begin(), j.list.end(), [&] { return random.below(j.C); });
     j.height = 1 + random.below(8);
-    j.width = random.below(random.below(25) == 0 ? 1500 : 2 * lanes + 6);
+    j.width = random.below(2 * lanes + 6) + (random.below(25) == 0 ? 1000 : 0);
     const int steps[] = {1, 1, j.K, j.K, j.K + 1, 2, 5, -1, -3, 0, 11};
     j.in_step = one_of(steps);
     j.out_step = random.below(2) == 0 ? j.in_step : one_of(steps);
