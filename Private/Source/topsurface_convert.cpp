@@ -28,6 +28,7 @@ using teska::edge_point;
 namespace
 {
 
+constexpr int colours_for_a_curve = 200;    // from as many on it pays to lay out the edge
 constexpr double just_inside = 1.0 - 1e-9;  // of the radius: a direction on the rim itself may meet no triangle
 constexpr double piece_slack = 1e-7;        // by which a piece reaches beyond its edges, in the plane
 
@@ -109,10 +110,16 @@ int TTriangularTopSurface::DetermineNormCoord(double const *xyz, double *norm, d
 {
     if (DeterminePhirTetaMaxAndVTMin() != 0)
         return -1;
+    teska::edge_curve curve;
+    const bool many = count >= colours_for_a_curve && curve.load(tetaMax, edgeHeight);
     for (int i = 0; i < count; ++i, xyz += 3, norm += 3) {
         double phir = 0.0, outside = 0.0;
         edge_point edge = {};
-        if (NormalisedHue(xyz, &phir, &outside) != 0 || EdgeAt(phir, &edge.tetamax, &edge.height) != 0)
+        if (NormalisedHue(xyz, &phir, &outside) != 0)
+            return -1;
+        if (many && phir >= 0.0)  // not when it is not a number
+            edge = curve.at(phir);
+        else if (EdgeAt(phir, &edge.tetamax, &edge.height) != 0)
             return -1;
         const double vertical = xyz[vertAxis];
         const double radius = radius_of(xyz[horAxis1], xyz[horAxis2]);
@@ -152,11 +159,15 @@ int TTriangularTopSurface::DetermineXYZ(double const *norm, double *xyz, double 
 {
     if (DeterminePhirTetaMaxAndVTMin() != 0)
         return -1;
+    teska::edge_curve curve;
+    const bool many = count >= colours_for_a_curve && curve.load(tetaMax, edgeHeight);
     for (int i = 0; i < count; ++i, xyz += 3, norm += 3) {
         edge_point edge = {};
         const double phir = norm[1];
         const double vtr = norm[2];
-        if (EdgeAt(phir, &edge.tetamax, &edge.height) != 0)
+        if (many && phir >= 0.0 && phir <= 1.0)
+            edge = curve.at(phir);
+        else if (EdgeAt(phir, &edge.tetamax, &edge.height) != 0)
             return -1;
         const double teta = norm[0] * edge.tetamax;
         if (PlaceColour(teta, phir, teska::height_at(teta, edge, VTMax) * vtr, xyz) != 0)

@@ -223,6 +223,11 @@ TEST_P(TopSurface, HoldsItsDeviceAndSeesEachDirectionOnce)
     std::vector<double> norm(colours.size()), penalty(colours.size() / 3);
     ASSERT_EQ(top.DetermineNormCoord(colours.data(), norm.data(), penalty.data(), 3000), 0);
     EXPECT_GT(*std::min_element(penalty.begin(), penalty.end()), 1.0 - c.reach);
+    for (std::size_t k = 0; k < 90; k += 3) {
+        colour alone;
+        ASSERT_EQ(top.DetermineNormCoord(&colours[k], alone.data(), nullptr, 1), 0);
+        EXPECT_TRUE(std::equal(alone.begin(), alone.end(), &norm[k])) << "as among many";
+    }
     using T = TTriangularTopSurface;
     EXPECT_LT(round_trip(top, colours, &T::DetermineNormCoord, &T::DetermineXYZ), 1e-7);
     EXPECT_LT(round_trip(top, colours, &T::DetermineNormCoordMinGam, &T::DetermineXYZMinGam), 1e-7);
