@@ -199,7 +199,7 @@ bool needed(const ibilin &record, int line)
     bilin_place row = record.row;
     for (int i = record.delivered; i < record.lines; ++i) {
         if (row.second > line)
-            return row.first <= line || row.first == row.second;
+            return row.first <= line;
         if (row.weight != 0)
             return true;
         row = i == record.delivered ? record.later : row_of(record, i + 1);
