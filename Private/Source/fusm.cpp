@@ -106,7 +106,7 @@ void take_line(fusm &f, int line, Sample *const *in, const Sample *limits)
 template <class Sample>
 void copy_samples(const Sample *from, ptrdiff_t step, Sample *to, ptrdiff_t out_step, ptrdiff_t count)
 {
-    if (step == 1 && out_step == 1) {
+    if (step == 1 && out_step == 1 && count > 0) {
         std::memmove(to, from, static_cast<size_t>(count) * sizeof(Sample));
         return;
     }
