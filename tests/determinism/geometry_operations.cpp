@@ -4,6 +4,7 @@
 #include "tconvexhull.h"
 #include "tetra.h"
 #include "tplane.h"
+#include "ttriangulartopsurface.h"
 
 #include <cmath>
 #include <memory>
@@ -128,6 +129,46 @@ const Operation hulls("TConvexHull, points on spheres", [](Generator &input, Dig
                 coordinate = input.between(-reach, reach);
             answer = hull.InsideHull(q[0], q[1], q[2]);
             digest.add(&answer, sizeof answer);
+        }
+    }
+});
+
+// A press of five inks whose shares of the light multiply. Its triangles are what they are to the last bit; angles come
+// from the host's functions, and normalised coordinates count to six digits.
+int five_inks(void *, const double *device, double *colour)
+{
+    static const double share[5][3] = {
+        {0.15, 0.45, 0.80}, {0.75, 0.12, 0.40}, {0.95, 0.80, 0.10}, {0.05, 0.05, 0.06}, {0.85, 0.40, 0.08}};
+    double light[3] = {1.0, 1.0, 1.0};
+    for (int i = 0; i < 5; ++i)
+        for (int k = 0; k < 3; ++k)
+            light[k] *= 1.0 - (1.0 - device[i]) * (1.0 - share[i][k]);
+    colour[0] = light[0] + light[1] + 0.3 * light[2];
+    colour[1] = light[0] - light[1];
+    colour[2] = light[1] - light[2];
+    return 0;
+}
+
+const Operation top_surface("TTriangularTopSurface, five inks", [](Generator &input, Digest &digest) {
+    const double levels[] = {1.0, 0.8, 0.45, 0.2, 0.0};
+    const double *of[] = {levels, levels, levels, levels, levels};
+    int counts[] = {5, 5, 5, 5, 5};
+    TTriangularTopSurface top(5, of, counts, counts, 0, five_inks, 61, 61);
+    double xyz[3][3], own[3][3];
+    for (int more = top.ScanTriangles(1, xyz, own); more >= 0; more = top.ScanTriangles(0, xyz, own)) {
+        digest.add(xyz, sizeof xyz);
+        digest.add(own, sizeof own);
+    }
+    for (int more = top.ScanMaskedTriangles(1, xyz); more >= 0; more = top.ScanMaskedTriangles(0, xyz))
+        digest.add(xyz, sizeof xyz);
+    for (int i = 0; i < 300; ++i) {
+        const double colour[3] = {input.between(0.1, 2.3), input.between(-0.5, 0.5), input.between(-0.5, 0.5)};
+        double norm[6], penalty[2];
+        top.DetermineNormCoord(colour, norm, penalty, 1);
+        top.DetermineNormCoordMinGam(colour, norm + 3, penalty + 1, 1);
+        for (const double value : norm) {
+            const double rounded = std::floor(value * 1e6 + 0.5);
+            digest.add(&rounded, sizeof rounded);
         }
     }
 });
