@@ -83,18 +83,15 @@ std::vector<const grid_point *> outer_bounds(const TPrimComb &part)
     return all;
 }
 
-void write_edge(std::ostream &stream, const lin_interp_double *edge)
+void write_edge(std::ostream &stream, const std::vector<flat> &edge)
 {
     stream << "% vertical line, x,y-pairs\n%";
-    for (int i = 0; edge != nullptr && i < lin_interp_double_num(edge); ++i) {
-        double x = 0.0, y = 0.0;
-        lin_interp_double_getp(edge, i, &x, &y);
-        stream << ' ' << x << ',' << y;
-    }
+    for (const flat &p : edge)
+        stream << ' ' << p.x << ',' << p.y;
     stream << '\n';
 }
 
-void write_part(std::ostream &stream, int k, const TPrimComb &part, const lin_interp_double *edge)
+void write_part(std::ostream &stream, int k, const TPrimComb &part, const std::vector<flat> &edge)
 {
     write_arrays(stream, "x", "y", k, outlines(part));
     std::vector<flat> bounds;
@@ -122,13 +119,21 @@ std::ostream &TTriangularTopSurface::ForBinaryStream(std::ostream &stream)
     const std::ios_base::fmtflags flags = stream.flags(std::ios_base::dec);
     const std::streamsize precision = stream.precision(6);
     const auto write = [&] {
-        // A part may be drawn without its edge, as in a gamut that has none.
-        static_cast<void>(umbrella != nullptr && umbrella->First() != nullptr && DeterminePhirTetaMaxAndVTMin());
+        // Parts may be drawn without their edge, as in a gamut that has none.
+        std::vector<flat> edge;
+        const bool known = umbrella != nullptr && umbrella->First() != nullptr && DeterminePhirTetaMaxAndVTMin() == 0;
+        for (int i = 0; known && i < lin_interp_double_num(edgeHeight); ++i) {
+            flat p = {};
+            double phir = 0.0;
+            lin_interp_double_getp(edgeHeight, i, &phir, &p.y);
+            PhirToPhi(phir, &p.x);
+            edge.push_back(p);
+        }
         int k = 0;
         for (TElement *e = umbrella != nullptr ? umbrella->First() : nullptr; e != nullptr && stream; e = e->Next()) {
             if (k == 0)
                 stream << "hold on\n";
-            write_part(stream, k++, *static_cast<TPrimComb *>(e), edgeHeight);
+            write_part(stream, k++, *static_cast<TPrimComb *>(e), edge);
         }
         return true;
     };

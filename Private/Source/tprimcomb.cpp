@@ -148,9 +148,11 @@ TPrimComb::TPrimComb(const TPrimComb &other)
 {
     for (const TDumEl *e = first_of(other.further); e != nullptr; e = next_of(e))
         further.Add(new TDumEl(e->value, e->width), nullptr);
-    for (const TElement *e = other.masked.First(); e != nullptr; e = e->Next()) {
-        const auto *from = static_cast<const TMaskedTriangle *>(e);
-        masked.Add(new TMaskedTriangle(*from), nullptr);  // linked anew
+    for (TElement *e = other.masked.First(); e != nullptr; e = e->Next()) {
+        auto *copy = new TMaskedTriangle(*static_cast<TMaskedTriangle *>(e));
+        masked.Add(copy, nullptr);  // linked anew
+        if (e == other.masked.Current())
+            masked.SetCurrent(copy);
     }
 }
 
@@ -462,6 +464,7 @@ int TPrimComb::SetMasked(const std::vector<piece> &hidden)
             masked.Add(triangle, nullptr);
         }
     }
+    masked.SetCurrent(masked.First());
     return 0;
 }
 
