@@ -72,28 +72,6 @@ bool solve(const vec3 &row0, const vec3 &row1, const vec3 &row2, double b[3]) no
     return true;
 }
 
-// The product of two doubles is the sum of two: itself, rounded, and this. Source: T. J. Dekker, A floating-point
-// technique for extending the available precision, Numerische Mathematik 18 (1971), p. 233 (mul12).
-double rounded_off(double a, double b, double product)
-{
-    constexpr double halves = 134217729.0;  // 2^27 + 1: splits a double into two of 26 bits
-    const double a_scaled = halves * a;
-    const double b_scaled = halves * b;
-    const double a_high = a_scaled - (a_scaled - a);
-    const double b_high = b_scaled - (b_scaled - b);
-    const double a_low = a - a_high;
-    const double b_low = b - b_high;
-    return ((a_high * b_high - product) + a_high * b_low + a_low * b_high) + a_low * b_low;
-}
-
-// a b - c d, with all its digits.
-double difference(double a, double b, double c, double d)
-{
-    const double first = a * b;
-    const double second = c * d;
-    return (first - second) + (rounded_off(a, b, first) - rounded_off(c, d, second));
-}
-
 plane plane_of(const double abcd[4]) { return {vertex(abcd), abcd[3]}; }
 
 // The point at t on the line from p0 to p1.
@@ -109,11 +87,6 @@ projection along(const vec3 &p0, const vec3 &p1, double t, const vec3 &q)
 
 namespace teska
 {
-
-vec3 narrow_cross(const vec3 &u, const vec3 &v) noexcept
-{
-    return {difference(u.y, v.z, u.z, v.y), difference(u.z, v.x, u.x, v.z), difference(u.x, v.y, u.y, v.x)};
-}
 
 projection project_on_segment_par(const vec3 &p0, const vec3 &p1, const vec3 &q, const vec3 &dir) noexcept
 {
@@ -189,7 +162,7 @@ int proj_on_plane(const double *coef, const double *p, double *x, int n, double 
         product += coef[i] * p[i];
     }
     const double size = std::sqrt(square);
-    if (n < 1 || size < proj_degenerate)
+    if (size < proj_degenerate)
         return -1;
     const double t = (-product - coef[n]) / square;
     for (int i = 0; i < n; ++i)

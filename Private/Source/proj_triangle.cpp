@@ -102,7 +102,7 @@ auto at_parameter(const vec3 &q, const vec3 &dir)
 // Inline where it is exported, so that the result need not go through memory.
 [[gnu::always_inline]] inline int project(const triangle &t, const vec3 &q, projection &found)
 {
-    const vec3 normal = normal_of(t[1] - t[0], t[2] - t[0]);
+    const vec3 normal = cross(t[1] - t[0], t[2] - t[0]);
     const double square = dot(normal, normal);
     if (square < proj_degenerate * proj_degenerate) {
         on_side(t, longest_side(t), ordinary(q), found);

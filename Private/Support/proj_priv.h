@@ -60,33 +60,6 @@ inline plane plane_at_right_angles(const vec3 &normal, const vec3 &through) noex
     return {normal, -dot(normal, through)};
 }
 
-// Where the square of the sine between two vectors is smaller, their product has lost three digits and more.
-inline constexpr double cancelling = 1e-6;
-
-// The product of vectors that are nearly parallel, with all its digits.
-vec3 narrow_cross(const vec3 &u, const vec3 &v) noexcept;
-
-// A vector at right angles to two others, also where these are nearly parallel. Its length is that of the plain product;
-// one below proj_degenerate says that the vectors are parallel.
-inline vec3 normal_of(const vec3 &u, const vec3 &v) noexcept
-{
-    const vec3 n = cross(u, v);
-    const double square = dot(n, n);
-    const bool narrow = square < cancelling * (dot(u, u) * dot(v, v));
-    return narrow && square >= proj_degenerate * proj_degenerate ? narrow_cross(u, v) : n;
-}
-
-// The plane through a point along two vectors, with a normal of length 1. Returns the length of their product; when it is
-// below proj_degenerate the vectors are parallel, and the plane has the product as it is.
-inline double span_plane(const vec3 &through, const vec3 &u, const vec3 &v, plane &p) noexcept
-{
-    p = plane_at_right_angles(normal_of(u, v), through);
-    const double size = length(p.n);
-    if (!(size < proj_degenerate))
-        p = {p.n / size, p.d / size};
-    return size;
-}
-
 // The foot of the perpendicular. Returns false, with nothing written, when there is no normal.
 inline bool foot_on_plane(const plane &p, const vec3 &from, vec3 &foot, double &dist) noexcept
 {
@@ -134,10 +107,15 @@ struct triangle_side {
 
 inline triangle triangle_at(const double *figure) noexcept { return {{figure, figure + 3, figure + 6}}; }
 
-// The plane of a triangle, as span_plane gives it.
+// The plane of a triangle, with a normal of length 1. Returns the length of the product of its edges; when it is below
+// proj_degenerate the vertices are on a line, and the plane has the product as it is.
 inline double span_triangle(const triangle &t, plane &p) noexcept
 {
-    return span_plane(t[0], t[1] - t[0], t[2] - t[0], p);
+    p = plane_at_right_angles(cross(t[1] - t[0], t[2] - t[0]), t[0]);
+    const double size = length(p.n);
+    if (!(size < proj_degenerate))
+        p = {p.n / size, p.d / size};
+    return size;
 }
 
 // The ordinary projections and those at constant parameter; what the functions of proj.h do, which hand them on. 0 or -1.
