@@ -34,7 +34,7 @@ def read_rates(path):
     """case -> side -> median of the items a second, in million; cases in the order of the program"""
     runs = {}
     for run in sorted(json.loads(pathlib.Path(path).read_text())["benchmarks"], key=lambda run: run["family_index"]):
-        if run.get("run_type") == "iteration" and "items_per_second" in run:
+        if run.get("run_type") == "iteration" and "items_per_second" in run and "/" in run["run_name"]:
             case, side = run["run_name"].split("/")[:2]
             runs.setdefault(case, {}).setdefault(side, []).append(run["items_per_second"] * 1e-6)
     return {case: {side: statistics.median(rates) for side, rates in sides.items()} for case, sides in runs.items()}
