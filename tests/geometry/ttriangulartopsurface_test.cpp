@@ -148,6 +148,20 @@ bool meets(const Triangle &t, double x, double y)
     return true;
 }
 
+// The height of the triangle in a direction.
+double height_of(const Triangle &t, double x, double y)
+{
+    const double ray[3] = {1.0, x, y};
+    double n[3], plane = 0.0, along = 0.0;
+    const auto edge = [&](int a, int k) { return t.xyz[a][k % 3] - t.xyz[0][k % 3]; };
+    for (int k = 0; k < 3; ++k) {
+        n[k] = edge(1, k + 1) * edge(2, k + 2) - edge(1, k + 2) * edge(2, k + 1);
+        plane += n[k] * t.xyz[0][k];
+        along += n[k] * ray[k];
+    }
+    return plane / along;
+}
+
 // Colours that come back from normalised coordinates; returns the largest difference.
 using Convert = int (TTriangularTopSurface::*)(const double *, double *, double *, int);
 double round_trip(TTriangularTopSurface &top, const std::vector<double> &xyz, Convert there, Convert back)
@@ -247,11 +261,17 @@ TEST_P(TopSurface, HoldsItsDeviceAndSeesEachDirectionOnce)
     int met[3] = {0, 0, 0};
     for (int i = 0; i < 300; ++i) {
         const double phi = random.between(0.0, 2.0 * pi);
-        const double radius = std::tan(top.own_rim(phi) * 0.999 * std::sqrt(random.unit()));
+        double place[3] = {0.999 * std::sqrt(random.unit()), 0.0, 1.0}, peak[3];
+        const double radius = std::tan(top.own_rim(phi) * place[0]);
         const double x = radius * std::cos(phi), y = radius * std::sin(phi);
-        const auto count =
-            std::count_if(triangles.begin(), triangles.end(), [=](const Triangle &t) { return meets(t, x, y); });
+        const auto met_here = [=](const Triangle &t) { return meets(t, x, y); };
+        const auto count = std::count_if(triangles.begin(), triangles.end(), met_here);
         ++met[std::min<std::ptrdiff_t>(count, 2)];
+        ASSERT_EQ(top.PhiToPhir(phi, &place[1]) + top.DetermineXYZMinGam(place, peak, nullptr, 1), 0);
+        if (count == 1) {
+            const auto t = std::find_if(triangles.begin(), triangles.end(), met_here);
+            EXPECT_LT(peak[0], 1.02 * height_of(*t, x, y)) << "the smaller gamut ends at the umbrella";
+        }
     }
     EXPECT_EQ(met[2], 0);
     EXPECT_LE(met[0], c.of.colorants == 2 ? 9 : 0) << "a sheet need not surround the axis when there is but one";
@@ -292,6 +312,9 @@ TEST(TopSurfaceOfFourChannels, IsTheKnownOne)
         ASSERT_EQ(top.UmbrellaEdge(std::atan2(c[2], c[1]), &teta, &height), 0);
         EXPECT_NEAR(teta, std::atan(std::hypot(c[1], c[2]) / c[0]), 1e-6);
     }
+    ASSERT_EQ(static_cast<TPrimComb *>(top.umbrella->First())->SetPieces({}, {}), 0);
+    Triangle further;
+    EXPECT_EQ(top.ScanTriangles(1, further.xyz, further.own), 1) << "the first part has none";
 }
 
 // Of all faces of the device cube in fine steps, the colour of each three degrees that reaches farthest.
@@ -701,13 +724,13 @@ struct Sheet {
     double axis[3] = {1.0, 0.5, 0.0};
     double *levels[3] = {axis, axis, axis};
     int counts[3] = {3, 3, 3};
-    double height = 1.0, curve = 0.0, fail = 0.0;
+    double height = 1.0, curve = 0.0, fail = 0.0, stretch = 1.0;
 
     static int answer(void *self, const double *v, double *c)
     {
         const auto *s = static_cast<const Sheet *>(self);
         c[0] = s->height + s->curve * (v[0] - 0.5);
-        c[1] = c[0] * (v[0] - v[1]);
+        c[1] = s->stretch * c[0] * (v[0] - v[1]);
         c[2] = c[0] * (v[0] + v[1] + (v[2] < 0.5 ? 5.0 : 0.0));
         return s->fail != 0.0 ? -1 : 0;
     }
@@ -759,6 +782,7 @@ TEST(TPrimComb, ComparesWithAnOlderOne)
         {{.height = 2.0}, 0, 1, {-1, -1, 1.0 - 1e-7}, 0},
         {{.curve = 1.0}, 0, 1, {-1, -1, 1.0 - 1e-7}, 2},
         {{.curve = 0.0}, 0, 1, {-1, -1, 1.0 - 1e-7}, 4},
+        {{.stretch = 1.0001}, 0, 1, {-1, -1, 1.0 - 1e-7}, 2},
         {{.fail = 1.0}, 0, 1, {-1, -1, 0.9}, -10},
     };
     Reports reports;
@@ -786,6 +810,40 @@ TEST(TPrimComb, KeptEndsTheWalkOverFurtherColorantsBelowOne)
     Reports reports;
     EXPECT_EQ(part->AddFurther(2) + part->AddFurther(0) + part->AddFurther(3), -3);
     EXPECT_EQ(reports.take(), (lines(3, "TPrimCoord: Invalid data")));
+}
+
+TEST(MaskAndPrune, KeepsTheEarlierOfTwoSheetsThatCoincide)
+{
+    Sheet sheet;
+    TList list(nullptr);
+    for (const double third : {1.0, 1.0 - 1e-7})
+        ASSERT_EQ(static_cast<TPrimComb *>(list.Add(sheet.part(0, 1, {-1, -1, third}).release()))->Prepare(), 0);
+    const TElement *earlier = list.First();
+    EXPECT_EQ(teska::mask_and_prune(&list), 0);
+    EXPECT_EQ(list.Count(), 1);
+    EXPECT_EQ(list.First(), earlier);
+}
+
+// Two of the four corners lie farther from the origin; their diagonal is the ridge.
+TEST(TPrimComb, SplitsACellSoThatItFoldsOutwards)
+{
+    double levels[] = {1.0, 0.0}, *of[] = {levels, levels};
+    const int counts[] = {2, 2};
+    const double device[] = {-1.0, -1.0};
+    TPrimary a(device, 0, 0), b(device, 1, 0);
+    for (int raised : {0, 1}) {
+        const auto answer = [](void *user, const double *v, double *c) {
+            c[0] = (v[0] == v[1]) == (*static_cast<int *>(user) == 0) ? 1.2 : 1.0;
+            c[1] = c[0] * v[0];
+            c[2] = c[0] * v[1];
+            return 0;
+        };
+        TPrimComb part(&a, &b, device, 2, of, counts, answer, &raised, 0);
+        ASSERT_EQ(part.Prepare(), 0);
+        for (const teska::grid_facet &f : part.Facets())
+            for (const int corner : {raised, 3 - raised})
+                EXPECT_EQ(std::count(f.vertex.begin(), f.vertex.end(), corner), 1) << raised;
+    }
 }
 
 // Cells that are seen edge-on: both triangles, or one of them.
