@@ -132,10 +132,11 @@ int TConvexHull::Construct()
         result = Build();
         if (result == teska::torn) {
             store->exact = true;
-            result = Build();
+            result = store->compass.reserve(store->all.size()) ? Build() : -1;
         }
         store->inside.clear();
         store->all.clear();
+        store->compass.release();
         store->spare_edges.release();
         store->spare_faces.release();
     }
@@ -273,6 +274,8 @@ int TConvexHull::ConstructHull()
             if (step < 0)
                 return step;
             CleanUp(&next);
+            if (store->exact && step == teska::outside)
+                store->orient(v);
         }
         v = next;
     } while (v != vertices);

@@ -118,6 +118,8 @@ bool face_planes::add(hull_face *face) noexcept
         -(n[0] * (p[0] - centre_[0]) + n[1] * (p[1] - centre_[1]) + n[2] * (p[2] - centre_[2]));
     owners_.get()[count_] = face;
     face->slot = count_++;
+    for (tVertexStructure *const v : face->vertex)
+        full(v)->face = face;
     cut_core(face->slot);
     return true;
 }

@@ -103,7 +103,7 @@ void TConvexHull::PrintVertices() const
     });
 }
 
-// Kept: "%4.d" prints nothing for vertex 0.
+// Kept: here and for faces, "%4.d" prints four blanks for vertex 0.
 void TConvexHull::PrintEdges() const
 {
     std::fprintf(stderr, "Edge List\n");

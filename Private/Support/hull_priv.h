@@ -30,6 +30,7 @@ constexpr double visible_volume = 0.5;
 struct hull_vertex : tVertexStructure {
     tVertexStructure *follower;  // along the border of a step
     std::int64_t piece;          // the last piece grown that this vertex belongs to
+    tFaceStructure *face;        // one of its faces, while it is of the hull
     bool gone;                   // found inside
 };
 
@@ -155,7 +156,7 @@ class face_planes
 public:
     // A new hull about a centre. No plane's value may be below `limit`, with room for rounding, in the core.
     void start(const double *centre, const double *half, double limit) noexcept;
-    // Takes the face in; false: memory is short.
+    // Takes the face in, and tells its corners; false: memory is short.
     bool add(hull_face *face) noexcept;
     void remove(hull_face *face) noexcept;
     void clear() noexcept;
@@ -185,6 +186,40 @@ private:
     core core_;
 };
 
+// The vertices of a hull by the direction in which they lie from a point inside, the eye: where a walk to the face in
+// some direction begins. Directions meet the sides of a cube, which are divided into squares, coarse ones to fine ones;
+// each square knows the last vertex in it.
+class compass
+{
+public:
+    // For so many vertices; there is no eye yet. False: memory is short.
+    bool reserve(std::size_t vertices) noexcept;
+    void release() noexcept;
+    // Distances count in the proportions of the cloud.
+    void look_from(const double *eye, const double *half) noexcept;
+    [[nodiscard]] bool has_eye() const noexcept { return has_eye_; }
+    [[nodiscard]] const double *eye() const noexcept { return eye_; }
+
+    void enter(hull_vertex *v) noexcept;
+    // A vertex of the hull in about the same direction; null when none is known.
+    [[nodiscard]] const hull_vertex *nearest(const double *point) const noexcept;
+
+private:
+    struct square {
+        std::size_t side;
+        std::size_t x;
+        std::size_t y;
+    };
+    [[nodiscard]] square finest(const double *point) const noexcept;
+    [[nodiscard]] std::size_t place(const square &of, int level) const noexcept;
+
+    heap_block<hull_vertex *> last_;
+    int levels_ = 0;  // level k divides every side into 2^k by 2^k squares
+    bool has_eye_ = false;
+    double eye_[3] = {};
+    double half_[3] = {};
+};
+
 // What a point does to a hull.
 enum hull_step : int {
     torn = -2,  // the border of what it sees is not one simple closed loop
@@ -203,6 +238,7 @@ struct tHullStore {
     std::int64_t edges_made = 0;
     std::int64_t pieces_grown = 0;
     teska::face_planes planes;
+    teska::compass compass;  // in exact steps
 
     teska::spares<teska::hull_edge> spare_edges;
     teska::spares<teska::hull_face> spare_faces;
@@ -223,6 +259,9 @@ struct tHullStore {
         f->visible = 1;
         return seen.push(f);
     }
+
+    // After an exact step outside: enters the point, or opens the eye in the middle of the first four.
+    void orient(tVertexStructure *added) noexcept;
 
     void drop(tVertexStructure *v) noexcept
     {
@@ -268,9 +307,13 @@ inline double face_volume(const tFaceStructure *f, const double *p) noexcept
     return a[0] * (b[1] * c[2] - b[2] * c[1]) + a[1] * (b[2] * c[0] - b[0] * c[2]) + a[2] * (b[0] * c[1] - b[1] * c[0]);
 }
 
-// The sign of the same volume in exact arithmetic: 1, 0 or -1. Exact unless products of three coordinates overflow or
+// The sign of the same volume, of a face or of any triangle, in exact arithmetic: 1, 0 or -1. Exact unless products of three coordinates overflow or
 // underflow.
-int exact_volume_sign(const tFaceStructure *f, const double *p) noexcept;
+int exact_volume_sign(const double *a, const double *b, const double *c, const double *p) noexcept;
+inline int exact_volume_sign(const tFaceStructure *f, const double *p) noexcept
+{
+    return exact_volume_sign(f->vertex[0]->v, f->vertex[1]->v, f->vertex[2]->v, p);
+}
 
 // Appends a record to a circular list: just before the head, or as the head.
 template <class Record>

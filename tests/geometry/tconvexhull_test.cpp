@@ -120,6 +120,7 @@ struct TConvexHullTest {
     }
     static std::string picture(const TConvexHull &hull) { return printed(hull, &TConvexHull::Print); }
     static std::string vertices(const TConvexHull &hull) { return printed(hull, &TConvexHull::PrintVertices); }
+    static std::string edges(const TConvexHull &hull) { return printed(hull, &TConvexHull::PrintEdges); }
 };
 
 namespace
@@ -324,6 +325,14 @@ TEST(TConvexHullPrint, WritesThePictureOfTheFacesAbove)
     EXPECT_NE(vertices.find("\t  vnum    3   ( 0.000, 0.000,10.000)   active:  0   dup:    0   mark: 1\n"),
               std::string::npos)
         << vertices;
+}
+
+TEST(TConvexHullPrint, KeptLeavesTheNumberOfVertex0Blank)
+{
+    TConvexHull hull;
+    add(hull, tetrahedron);
+    hull.Construct();
+    EXPECT_NE(TConvexHullTest::edges(hull).find("  endpts:       1  del:  0\n"), std::string::npos);
 }
 
 }  // namespace
