@@ -61,5 +61,5 @@ teska_subsystem(
   tconvexhull:tconvexhull+tconvexhull_lists+tconvexhull_print+tconvexhull_step
   tetra:tetra+tetra_hull+tetra_tiling+tetra_volume
   tplane
-  ttriangulartopsurface:ttriangulartopsurface+gnomonic+topsurface_build+topsurface_convert+topsurface_edge+topsurface_export+topsurface_mask+topsurface_rim+tprimcomb+tprimcomb_compare
+  ttriangulartopsurface:ttriangulartopsurface+gnomonic+topsurface_build+topsurface_convert+topsurface_edge+topsurface_export+topsurface_mask+topsurface_rim+topsurface_widen+tprimcomb+tprimcomb_compare+tprimcomb_seen
   volume_export)

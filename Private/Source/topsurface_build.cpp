@@ -1,8 +1,8 @@
 // topsurface_build - from the colorants of a device to its umbrella (geometry)
 //
 // Ring 0, the non-saturated parts, are the sheets of two colorants that meet in white. Where two of them share a bound,
-// the ramp of a full colorant, the surface may go on with the sheet of their two other colorants on top of the full one;
-// such saturated parts form ring 1, their bounds ring 2, and so on until nothing new is seen:
+// the ramp of a full colorant, the surface may go on with the sheet of their two other colorants on top of the full
+// one; such saturated parts form ring 1, their bounds ring 2, and so on until nothing new is seen:
 //
 //     (c, m)  and  (m, y)   meet in the corner "m full"   ->  candidate (c, y | m)
 //
@@ -103,8 +103,8 @@ struct candidate {
 
 using candidates = std::set<candidate>;
 
-// What the bounds that parts have in common lead to, except sheets with the darkest corner. False: two parts do not meet
-// where they must; reported.
+// What the bounds that parts have in common lead to, except sheets with the darkest corner. False: two parts do not
+// meet where they must; reported.
 bool collect(const TList &umbrella, int nrPrims, std::size_t used, candidates *all)
 {
     candidate c = {0, 0, std::vector<double>(static_cast<std::size_t>(nrPrims))};

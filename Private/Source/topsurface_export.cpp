@@ -1,7 +1,7 @@
 // topsurface_export - an umbrella as a script for plotting, and its parts as text (geometry)
 //
-// The script draws what one sees along the vertical axis: of each part the outlines of its visible triangles in red, its
-// two outer bounds in yellow.
+// The script draws what one sees along the vertical axis: of each part the outlines of its visible triangles in red,
+// its two outer bounds in yellow.
 //
 //     x_0 = [0,12.5,3.25,0]
 //     y_0 = [0,4.5,20.25,0]

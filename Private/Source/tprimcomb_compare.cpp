@@ -1,8 +1,8 @@
 // tprimcomb_compare - how two parts of a top surface lie to each other (geometry)
 //
 // Over the directions that both parts have, either one lies farther from the origin. Two sheets that cross, or overlap
-// only partly, live side by side: what hides what of them is a matter for masking. Only where one of them leaves nothing
-// of the other to be seen, the points of the grid decide which one.
+// only partly, live side by side: what hides what of them is a matter for masking. Only where one of them leaves
+// nothing of the other to be seen, the points of the grid decide which one.
 //
 // No process-wide state.
 

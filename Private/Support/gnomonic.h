@@ -5,8 +5,8 @@
 //
 //     q(x, y) = q0 + gx (x - x0) + gy (y - y0)             farther along the ray  <=>  smaller q
 //
-// so what hides what is arithmetic of convex polygons. A point with the plane weights m_i is the colour with the weights
-// m_i q_i / q; neither colours nor device values may be mixed with the plane weights.
+// so what hides what is arithmetic of convex polygons. A point with the plane weights m_i is the colour with the
+// weights m_i q_i / q; neither colours nor device values may be mixed with the plane weights.
 //
 // What keeps the arithmetic together: lines have unit normals; distances below `touch` are none; corners closer than
 // that are one; shorter edges do not cut. Without it edges of length 1e-15 get arbitrary normals, and the pieces of a

@@ -1,7 +1,7 @@
 // rim - how far out straight edges reach at given hues
 //
-// The edges lie in the plane of directions (gnomonic.h), each an end with its nearness and hue. At every hue the crossing
-// farthest from the vertical axis counts.
+// The edges lie in the plane of directions (gnomonic.h), each an end with its nearness and hue. At every hue the
+// crossing farthest from the vertical axis counts.
 //
 //     rim edge(hues);                        any order, 0 .. 2 pi
 //     edge.add(a, b);                        O(log hues + hues crossed)

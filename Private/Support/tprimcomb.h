@@ -29,8 +29,9 @@ using device_callback = int (*)(void *, const double *, double *);
 // The caller's index of V, h1 and h2.
 std::array<std::size_t, 3> colour_axes(int vertical);
 
-// Hue of a direction, 0 .. 2 pi; 0 for none.
+// Hue of a direction, 0 .. 2 pi, 0 for none; and its distance from the axis, tan(teta).
 double hue_of(gnomonic::point p);
+double radius_of(gnomonic::point p);
 
 // A sampled colour.
 struct grid_point {

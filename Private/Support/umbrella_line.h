@@ -13,6 +13,9 @@
 namespace teska
 {
 
+constexpr double knots_apart = 1e-7;     // of the edge, in phir: nearer ones are one
+constexpr double largest_edge = 1.5707;  // of teta, in radians: just below a right angle
+
 // The edge at one hue: its angle from the vertical axis and its height.
 struct edge_point {
     double tetamax;
@@ -30,8 +33,8 @@ inline double height_at(double teta, edge_point edge, double apex)
     return height_at_tangent(std::tan(teta), edge, apex);
 }
 
-// The two curves of an edge laid out for a run of colours: a place is found from the number of its cell, and both curves
-// are evaluated there, with the bits of lin_interp_double_inextp.
+// The two curves of an edge laid out for a run of colours: a place is found from the number of its cell, and both
+// curves are evaluated there, with the bits of lin_interp_double_inextp.
 class edge_curve
 {
 public:
