@@ -105,10 +105,10 @@ TESKA_API tetra_volume *tetra_volume_new(list_rec *points) TESKA_NOTHROW;
  *    than 1e-9 times the largest coordinate beyond the hull of the others is no corner of it.
  * 2. The first point of the list is the apex: each boundary triangle that does not lie in a plane with it makes a
  *    tetrahedron, of the triangle's points and the apex, in the order of the planes.
- * 3. The other points follow in the order of the list, but for those within 0.01 of a corner or of one before. The
- *    tetrahedra that hold the point (one; two at a face; more at an edge) are cut up: the point takes the place of each
- *    corner in turn unless that gives nothing. The first part of a tetrahedron takes its place in the list, the others
- *    go to the end.
+ * 3. The other points, corners of the boundary that step 2 has no use for among them, follow in the order of the list,
+ *    but for those within 0.01 of a corner in use. The tetrahedra that hold the point (one; two at a face; more at an
+ *    edge) are cut up: the point takes the place of each corner in turn unless that gives nothing. The first part of a
+ *    tetrahedron takes its place in the list, the others go to the end.
  *
  * The tetrahedra fill the hull without gap or overlap, and every point that is not dropped is a corner of some
  * tetrahedron. Two things are left out: points within 0.01 of the apex are no corners of the boundary, and tetrahedra
@@ -232,8 +232,8 @@ TESKA_API int tetra_volume_get_tetra2(const tetra_volume *v, int index, tetra_re
 /* tetra_volume_point_inside - whether a point lies inside the boundary.
  *
  * 1 when the segment from p to (10000, p.y, p.z) crosses the boundary an odd number of times, as counted by
- * tetra_volume_line_intersect; else 0, for null too. A point on the boundary is inside where the segment leaves the
- * volume at it. Within 0.01 of a corner or of the outline, seen along x, the count may be wrong.
+ * tetra_volume_line_intersect; else 0, for null and where that fails too. A point on the boundary is inside where the
+ * segment leaves the volume at it. Within 0.01 of a corner or of the outline, seen along x, the count may be wrong.
  */
 TESKA_API int tetra_volume_point_inside(const tetra_volume *v, const double p[3]) TESKA_NOTHROW;
 
@@ -260,7 +260,8 @@ TESKA_API int tetra_volume_line_intersect2(const tetra_volume *v, const double a
 /* tetra_volume_line_hasintersects - whether the boundary lies between the ends of a segment.
  *
  * 1 when a crossing, counted as above, differs from both ends by more than 0.01 in some coordinate, or when the middle
- * of the segment is inside; else 0, for null too. A corner is thus seen from outside although the segment ends on it.
+ * of the segment is inside; else 0, for null and when memory is short too. A corner is thus seen from outside although
+ * the segment ends on it.
  */
 TESKA_API int tetra_volume_line_hasintersects(const tetra_volume *v, const double a[3],
                                               const double b[3]) TESKA_NOTHROW;

@@ -483,16 +483,16 @@ bool add_planes(tetra_volume *v, const point_set &set)
     });
 }
 
-// Makes corners of the other points in list order, but for those near a corner of the boundary or near one before.
+// Makes corners of the other points in list order, but for those near a corner of the fan or near one before. A corner of
+// the hull whose triangles all lie in a plane with the apex is not in the fan: it is one of the others.
 bool take_up_others(const point_set &set, tiling &cells)
 {
     tp::distinct_points taken;
-    if (!taken.reserve(3 * static_cast<std::size_t>(set.hull.size()) + static_cast<std::size_t>(set.count)))
+    if (!taken.reserve(static_cast<std::size_t>(set.count)))
         return false;
-    for (const hull_triangle &t : set.hull)
-        for (const int corner : t.corner)
+    for (const cell &c : cells.cells())
+        for (const int corner : c.corner)
             taken.take(set.points[corner]);
-    taken.take(set.points[set.apex]);
     for (int i = 0; i < set.count; ++i) {
         if (!set.is_usable(i) || i == set.apex || !taken.take(set.points[i]))
             continue;

@@ -114,6 +114,12 @@ tetra_point on_axes(int i)
     return i < 59 ? tetra_point{t * 1.7, t * 1.7, t * 1.7, 0} : tetra_point{50 + t * 0.3, 50 - t * 0.7, 30, 0};
 }
 
+// In two planes, the first point in the middle of one.
+tetra_point in_layers(int i)
+{
+    return {i % 2 * 100.0, (50 + i * i * 7) % 101 - 50.0, (51 + i * i * i * 3) % 103 - 51.0, 0};
+}
+
 // ---- What holds for every set ----------------------------------------------------------------------------------------
 
 // The boundary closes, faces outward and leaves no point outside, and the tetrahedra fill it, all the same way round,
@@ -393,7 +399,8 @@ TEST(TetraVolumeNew2, FillsTheHullAndHasEveryPointAsACorner)
                 {"grid", grid(6, false), 12},
                 {"turned grid", grid(7, true), 12},
                 {"copies", with_copies(ball(150, 50, 50, 50), 0.004), 0},
-                {"grey axis", box(100, made(118, on_axes)), 12}};
+                {"grey axis", box(100, made(118, on_axes)), 12},
+                {"layers", made(60, in_layers), 0}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
         const Volume v = cut(row.points);
