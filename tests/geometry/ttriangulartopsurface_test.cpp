@@ -381,7 +381,7 @@ TEST(TopSurfaceAxes, MakeNoDifferenceButTheOrder)
         ASSERT_EQ(plain.UmbrellaEdge(1.0, &teta[0], &height[0]) + top.UmbrellaEdge(1.0, &teta[1], &height[1]), 0);
         EXPECT_EQ(teta[0], teta[1]);
         EXPECT_EQ(height[0], height[1]);
-        const double axis[3] = {vertical == 1 ? 0.0 : 0.0, vertical == 1 ? 40.0 : 0.0, vertical == 2 ? 40.0 : 0.0};
+        const double axis[3] = {0.0, vertical == 1 ? 40.0 : 0.0, vertical == 2 ? 40.0 : 0.0};
         double norm[3], penalty = 1.0;
         ASSERT_EQ(top.DetermineNormCoord(axis, norm, &penalty, 1), 0);
         EXPECT_EQ(norm[0] + penalty, 0.0);
@@ -605,7 +605,6 @@ TEST(TopSurfaceConstructor, SurvivesCallbacksThatAreNoDevice)
     const device good = printer("CMYK");
     int calls = 0;
     const auto nan = std::numeric_limits<double>::quiet_NaN();
-    Generator noise(5);
     using Answer = std::function<int(const double *, double *)>;
     const auto counted = [&](int until) {
         return [&good, &calls, until](const double *v, double *c) {
@@ -619,16 +618,8 @@ TEST(TopSurfaceConstructor, SurvivesCallbacksThatAreNoDevice)
         int error, result;
     } const table[] = {
         {counted(0), {}, 1, -1},
-        {counted(4),
-         {"Algorithm sucks", "Algorithm sucks", "Algorithm sucks", "Algorithm sucks", "Algorithm sucks",
-          "Algorithm sucks"},
-         0,
-         -1},
-        {[&](const double *, double *c) { return c[0] = c[1] = c[2] = nan, 0; },
-         {"Algorithm sucks", "Algorithm sucks", "Algorithm sucks", "Algorithm sucks", "Algorithm sucks",
-          "Algorithm sucks"},
-         0,
-         -1},
+        {counted(4), lines(6, "Algorithm sucks"), 0, -1},
+        {[&](const double *, double *c) { return c[0] = c[1] = c[2] = nan, 0; }, lines(6, "Algorithm sucks"), 0, -1},
         {[&](const double *v, double *c) {
              good.convert(v, c);
              c[1] += ++calls;
