@@ -19,8 +19,13 @@
 // The pending shadows wait in a list, newest first. Selecting the row of the first one takes its shadows out; the others
 // are pushed back, which reverses them. This order is part of the contract: it shows in the order of the calls.
 //
-// Columns are calculated in 64 bits and rows end at those of int, so nothing overflows at the edges of the plane.
-// No process-wide state.
+// Nothing is pushed back here: either end of the list may be its head, and selecting a row changes ends. Each row has a
+// list of its own shadows too, in the same order, so they are found without a walk past the others. The rows are a
+// chain from the topmost to the lowest, since a run leads to its neighbours only. A shadow that becomes invalid stays
+// where it is until the next selection, as overlaps are looked for among the invalid ones too.
+//
+// Columns are calculated in 64 bits and rows end at those of int, so nothing overflows at the edges of the plane. O(1)
+// for a shadow, but for its place in its row. No process-wide state.
 
 #include "flood.h"
 
@@ -34,113 +39,164 @@
 namespace
 {
 
+constexpr int above = 0;  // ways from a row to the next
+constexpr int below = 1;
+
+struct row;
+
 struct shadow {
-    shadow *next;
+    shadow *in_row[2];      // neighbours among the pending ones of its row, toward either end
+    shadow *in_pending[2];  // and among all pending ones
+    shadow *next;           // in a chain
+    row *of;
     int left;
     int right;
-    int row;
     int parent;  // the row whose run cast it
     bool valid;
 };
 
-// A chain of shadows, which it owns.
-class chain
-{
-public:
-    chain() = default;
-    chain(const chain &) = delete;
-    chain &operator=(const chain &) = delete;
-    ~chain() { clear(); }
+// A list of pending shadows; either end may be its head.
+template <shadow *(shadow::*links)[2]>
+struct two_ended {
+    shadow *ends[2] = {};
 
-    void clear()
+    void push(int end, shadow *s)
     {
-        while (shadow *s = pop())
-            std::free(s);
+        shadow *const before = std::exchange(ends[end], s);
+        (s->*links)[end] = nullptr;
+        (s->*links)[1 - end] = before;
+        (before != nullptr ? (before->*links)[end] : ends[1 - end]) = s;
     }
+
+    void remove(const shadow *s)
+    {
+        for (const int end : {0, 1}) {
+            shadow *const beside = (s->*links)[end];
+            (beside != nullptr ? (beside->*links)[1 - end] : ends[end]) = (s->*links)[1 - end];
+        }
+    }
+};
+
+struct row {
+    row *beside[2] = {};  // above and below; null until a shadow falls there
+    two_ended<&shadow::in_row> pending;
+    int y = 0;
+};
+
+// Shadows one behind the other.
+struct chain {
+    shadow *head = nullptr;
 
     void push(shadow *s) { s->next = std::exchange(head, s); }
 
     shadow *pop() { return head != nullptr ? std::exchange(head, head->next) : nullptr; }
-
-    shadow *head = nullptr;
 };
 
-// Filled pixels of one row, and the columns beside them.
+// Filled pixels of the current row, and the columns beside them.
 struct run {
     std::int64_t left;
     std::int64_t right;
-    int row;
 };
 
 }  // namespace
 
+// Between fills there are no rows and no shadows.
 struct flood {
     flood_inside inside = nullptr;
     flood_fill fill = nullptr;
-    int row = 0;      // whose shadows are being filled
-    chain pending;    // newest first
-    chain row_list;   // of the current row, by ascending left end
-    chain free_list;  // to be used again
+    row *current = nullptr;                  // whose shadows are being filled
+    int head = 0;                            // the end of all pending lists where the newest are
+    two_ended<&shadow::in_pending> pending;  // of all rows
+    chain invalid;                           // pending ones
+    chain row_list;                          // of the current row, by ascending left end
+    chain free_list;                         // to be used again
     void *user = nullptr;
 };
 
 namespace
 {
 
-// Casts a shadow; false, reported, without memory. There is nothing beyond the last rows.
-bool cast(flood &f, std::int64_t left, std::int64_t right, std::int64_t row, int parent)
+row *make_row(int y)
 {
-    if (row < INT_MIN || row > INT_MAX)
-        return true;
-    shadow *s = f.free_list.pop();
-    if (s == nullptr)
+    auto r = teska::make_record<row>();
+    if (r)
+        r->y = y;
+    return r.release();
+}
+
+// A pending shadow on row r; false, reported, without memory, which the row may have lacked already.
+bool make_shadow(flood &f, row *r, std::int64_t left, std::int64_t right, int parent)
+{
+    shadow *s = r != nullptr ? f.free_list.pop() : nullptr;
+    if (s == nullptr && r != nullptr)
         s = static_cast<shadow *>(std::malloc(sizeof(shadow)));
     if (s == nullptr) {
         TESKA_ERR("new_shdw: malloc failure");
         return false;
     }
-    *s = {.next = nullptr,
+    *s = {.in_row = {},
+          .in_pending = {},
+          .next = nullptr,
+          .of = r,
           .left = static_cast<int>(left),
           .right = static_cast<int>(right),
-          .row = static_cast<int>(row),
           .parent = parent,
           .valid = true};
-    f.pending.push(s);
+    r->pending.push(f.head, s);
+    f.pending.push(f.head, s);
     return true;
 }
 
-// Takes the shadows of one row, that of the first valid one, out of the pending ones.
+// Casts a shadow from the current row on the one above or below. There is nothing beyond the last rows.
+void cast(flood &f, std::int64_t left, std::int64_t right, int way)
+{
+    row &from = *f.current;
+    if (from.y == (way == above ? INT_MIN : INT_MAX))
+        return;
+    row *&to = from.beside[way];
+    if (to == nullptr) {
+        to = make_row(way == above ? from.y - 1 : from.y + 1);
+        if (to != nullptr)
+            to->beside[1 - way] = &from;
+    }
+    make_shadow(f, to, left, right, from.y);
+}
+
+// Before the first whose left end is not smaller; mostly that place follows the last one that was inserted.
+void insert_in_row(chain &row_list, shadow *last, shadow *s)
+{
+    shadow **place = last != nullptr && last->left < s->left ? &last->next : &row_list.head;
+    while (*place != nullptr && (*place)->left < s->left)
+        place = &(*place)->next;
+    s->next = std::exchange(*place, s);
+}
+
+// Takes the shadows of one row, that of the first valid one, out of the pending ones; reverses the others.
 void select_row(flood &f)
 {
-    bool selected = false;
-    shadow *last = nullptr;  // inserted
-    chain waiting;
-    std::swap(waiting.head, f.pending.head);
-    while (shadow *s = waiting.pop()) {
-        if (!s->valid) {
-            f.free_list.push(s);
-            continue;
-        }
-        if (!std::exchange(selected, true) || s->row == f.row) {
-            f.row = s->row;
-            // Before the first whose left end is not smaller; mostly that place follows the last one.
-            shadow **place = last != nullptr && last->left < s->left ? &last->next : &f.row_list.head;
-            while (*place != nullptr && (*place)->left < s->left)
-                place = &(*place)->next;
-            s->next = std::exchange(*place, s);
-            last = s;
-        } else {
-            f.pending.push(s);
-        }
+    while (shadow *s = f.invalid.pop()) {
+        s->of->pending.remove(s);
+        f.pending.remove(s);
+        f.free_list.push(s);
     }
+    if (f.pending.ends[f.head] == nullptr)
+        return;
+    f.current = f.pending.ends[f.head]->of;
+    shadow *s = f.current->pending.ends[f.head];
+    for (shadow *last = nullptr; s != nullptr; last = s, s = s->in_row[1 - f.head]) {
+        f.pending.remove(s);
+        insert_in_row(f.row_list, last, s);
+    }
+    f.current->pending = {};
+    f.head = 1 - f.head;
 }
 
 // A run went on into the later shadow t.
 void remove_overlap(flood &f, shadow &t)
 {
-    shadow *q = f.pending.head;
-    while (q != nullptr && q->row != t.parent)
-        q = q->next;
+    const int way = t.parent > f.current->y ? below : above;
+    const row *const parent = f.current->beside[way];
+    shadow *const q = parent != nullptr ? parent->pending.ends[f.head] : nullptr;
     if (q == nullptr) {
         TESKA_ERR("remove_overlap: algorithm failure");
         return;
@@ -148,10 +204,11 @@ void remove_overlap(flood &f, shadow &t)
     const std::int64_t left = q->left;
     const std::int64_t right = q->right;
     if (left < std::int64_t{t.left} - 1)
-        cast(f, left, std::int64_t{t.left} - 2, q->row, t.row);
+        cast(f, left, std::int64_t{t.left} - 2, way);
     if (right > std::int64_t{t.right} + 1)
-        cast(f, std::int64_t{t.right} + 2, right, q->row, t.row);
-    q->valid = false;
+        cast(f, std::int64_t{t.right} + 2, right, way);
+    if (std::exchange(q->valid, false))
+        f.invalid.push(q);
     if (t.right <= right + 1)
         t.valid = false;
     else
@@ -161,16 +218,16 @@ void remove_overlap(flood &f, shadow &t)
 // The shadows of a run that was found in the shadow p.
 void cast_shadows(flood &f, const run &r, const shadow &p)
 {
-    const std::int64_t y = r.row;
-    const std::int64_t away = y >= p.parent ? 1 : -1;
-    cast(f, r.left, r.right, y + away, r.row);
+    const int y = f.current->y;
+    const int away = y >= p.parent ? below : above;
+    cast(f, r.left, r.right, away);
     if (y == p.parent) {
-        cast(f, r.left, r.right, y - away, r.row);
+        cast(f, r.left, r.right, 1 - away);
     } else {
         if (r.left < std::int64_t{p.left} - 1)
-            cast(f, r.left, std::int64_t{p.left} - 2, y - away, r.row);
+            cast(f, r.left, std::int64_t{p.left} - 2, 1 - away);
         if (r.right > std::int64_t{p.right} + 1)
-            cast(f, std::int64_t{p.right} + 2, r.right, y - away, r.row);
+            cast(f, std::int64_t{p.right} + 2, r.right, 1 - away);
     }
     for (shadow *t = f.row_list.head; t != nullptr && t->left <= r.right; t = t->next)
         if (t->valid)
@@ -181,7 +238,7 @@ void fill_shadow(flood &f, const shadow &s)
 {
     const flood_inside inside = f.inside;
     void *const user = f.user;
-    const int y = s.row;
+    const int y = f.current->y;
     for (std::int64_t x = s.left; x <= s.right; ++x) {
         if (inside(user, static_cast<int>(x), y) == 0)
             continue;
@@ -193,8 +250,19 @@ void fill_shadow(flood &f, const shadow &s)
             ++x;
         while (x <= INT_MAX && inside(user, static_cast<int>(x), y) != 0);
         f.fill(user, static_cast<int>(start), static_cast<int>(x - 1), y);
-        cast_shadows(f, {.left = start, .right = x - 1, .row = y}, s);
+        cast_shadows(f, {.left = start, .right = x - 1}, s);
     }
+}
+
+void give_back(flood &f)
+{
+    while (shadow *s = f.free_list.pop())
+        std::free(s);
+    if (f.current != nullptr)
+        for (const int way : {above, below})
+            for (row *r = f.current->beside[way]; r != nullptr;)
+                std::free(std::exchange(r, r->beside[way]));
+    std::free(std::exchange(f.current, nullptr));
 }
 
 }  // namespace
@@ -225,11 +293,10 @@ int flood_do(flood *record, void *user, int x, int y) TESKA_NOTHROW
 {
     flood &f = *record;
     f.user = user;
-    if (!cast(f, x, x, y, y)) {
+    f.current = make_row(y);
+    if (!make_shadow(f, f.current, x, x, y))
         TESKA_ERR("flood_do: new_shdw failed");
-        return 1;
-    }
-    while (f.pending.head != nullptr) {
+    while (f.pending.ends[f.head] != nullptr) {
         select_row(f);
         while (shadow *s = f.row_list.pop()) {
             if (s->valid)
@@ -237,6 +304,6 @@ int flood_do(flood *record, void *user, int x, int y) TESKA_NOTHROW
             f.free_list.push(s);
         }
     }
-    f.free_list.clear();
+    give_back(f);
     return 1;
 }

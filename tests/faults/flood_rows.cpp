@@ -63,9 +63,11 @@ TEST(FloodDo, GoesOnWithoutTheShadowsThatFindNoMemory)
     const int whole = fill_failing_at(1000, false, reported);
     EXPECT_EQ(whole, size * size - 9 * size / 2);
     for (const bool sticky : {false, true}) {
-        EXPECT_EQ(fill_failing_at(0, sticky, reported), 0);
-        EXPECT_EQ(reported, (lines{"flood_do: new_shdw failed", "new_shdw: malloc failure"}));
-        for (int n = 1; fill_failing_at(n, sticky, reported) < whole || !reported.empty(); ++n)
+        for (const int seed : {0, 1}) {
+            EXPECT_EQ(fill_failing_at(seed, sticky, reported), 0) << "no row, no shadow";
+            EXPECT_EQ(reported, (lines{"flood_do: new_shdw failed", "new_shdw: malloc failure"}));
+        }
+        for (int n = 2; fill_failing_at(n, sticky, reported) < whole || !reported.empty(); ++n)
             for (const std::string &line : reported)
                 EXPECT_TRUE(line == "new_shdw: malloc failure" || line == "remove_overlap: algorithm failure") << line;
         EXPECT_EQ(fill_failing_at(1000, false, reported), whole);
