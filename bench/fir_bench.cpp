@@ -19,7 +19,7 @@
 #include <memory>
 #include <random>
 #include <string>
-#include <type_traits>
+#include <vector>
 
 namespace
 {
@@ -51,8 +51,8 @@ struct Case {
             coefficient = static_cast<float>(std::floor(value * fixed_units) / fixed_units);
             sign = -sign;
         }
-        const cv::Mat_<double> coefficients = kernel;
-        teska::fir_set_kernel(filter.get(), coefficients[0]);
+        const std::vector<double> coefficients(kernel.begin(), kernel.end());
+        teska::fir_set_kernel(filter.get(), coefficients.data());
     }
 
     void filter_ours()

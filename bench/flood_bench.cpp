@@ -59,7 +59,7 @@ struct Case {
         std::mt19937 random(7);
         for (int y = 0; y < size; ++y)
             for (int x = 0; x < size; ++x)
-                if (random() < obstacles * 4294967296.0)
+                if (static_cast<double>(random()) < obstacles * 4294967296.0)
                     ours(y, x) = wall;
         ours(size / 2, size / 2) = 0;
         peers = ours.clone();
