@@ -71,7 +71,8 @@ void fill_table(uint16_t *table, int top, double g, double noise)
     }
 }
 
-// The form of the table that is one multiplication by a number of so many bits, for samples up to `largest`.
+// The form of the table that is one multiplication by a number of so many bits, for samples up to `largest`. Magnitudes
+// of more than 16 bits have none: their products would not fit.
 usm_ramp find_ramp(const uint16_t *table, int last, double g, int bits, int largest)
 {
     // Gains above 1 take some of the bits. From 128 on products would leave the lanes of a vector.
@@ -88,7 +89,7 @@ usm_ramp find_ramp(const uint16_t *table, int last, double g, int bits, int larg
         if (wanted < static_cast<uint64_t>(largest))
             high = std::min(high, (((wanted + 1) << shift) - 1) / d);
     }
-    return {.fits = low <= high, .multiplier = static_cast<uint32_t>(low), .shift = shift};
+    return {.fits = low <= high && last <= UINT16_MAX, .multiplier = static_cast<uint32_t>(low), .shift = shift};
 }
 
 // What stands beside the table.
@@ -127,7 +128,7 @@ void compare_curves(corrections &c)
 
 void build_tables(corrections &c) noexcept
 {
-    // Kept: no report when there is no memory.
+    // Kept: no report when there is no memory; "usm_new: unable to alloc usmval" is never said.
     if (!c.tables)
         c.tables = rows_of_entries<uint16_t>(c);
     for (int k = 0; k < c.processed; ++k) {
