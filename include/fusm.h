@@ -48,8 +48,8 @@
  *   followed as they are. What lies between the samples of an output line stays as it is.
  *   The first and last reach lines, reach = 1 for radius 0, else 2, are copied: no clip, no limit. An image of less than
  *   2 * reach + 1 lines is copied whole.
- *   Without a conversion the record keeps pointers, not lines: an input line and its limits must stay as they are until
- *   the 2 * reach lines after it have been fed, and outputs must not overlap them.
+ *   The record keeps pointers, not lines: an input line and its limits must stay as they are until the 2 * reach lines
+ *   after it have been fed, with a conversion the reach lines after it, and outputs must not overlap them meanwhile.
  *   The caller owns all lines. Nothing is allocated while lines are fed.
  *   Failures are reported through error_mess_fl (error_mess.h). Except where a block says so, a record must not be null.
  *   A record serves one image at a time, on one thread; callbacks run on it, inside the call that feeds a line. They
@@ -152,7 +152,8 @@ TESKA_API double *fusm_noise_red_get(fusm *record) TESKA_NOTHROW;
  * inStep, limitStep, outStep  steps of the lines that will be fed
  * Returns 1, or 0 with "fusm_start: malloc comps_buf failed" or "fusm_start: malloc HPFc_buf failed"; feeding then does
  * nothing.
- * Memory: 6 * C * width bytes, with a conversion 2 * C * width more for each of the 3 or 5 lines of the window.
+ * Memory: (4 * C + 4 * ((C + 1) / 2)) * width bytes, with a conversion 2 * C * width more for each of the 3 or 5 lines
+ * of the window.
  */
 TESKA_API int fusm_start(fusm *record, int nLines, int width, fusm_callback callback, int inStep, int limitStep,
                          int outStep) TESKA_NOTHROW;
