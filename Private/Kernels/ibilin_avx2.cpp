@@ -37,6 +37,13 @@ struct avx2 {
     {
         return _mm256_shuffle_epi8(window, mask);
     }
+    // The mask with the places of either window below 0x80, those of the other one not.
+    static vector shuffle_pair(vector first, vector second, vector mask) noexcept
+    {
+        const vector of_first = _mm256_add_epi8(mask, _mm256_set1_epi8(0x70));
+        const vector of_second = _mm256_sub_epi8(mask, _mm256_set1_epi8(0x10));
+        return either(_mm256_shuffle_epi8(first, of_first), _mm256_shuffle_epi8(second, of_second));
+    }
     static vector both(vector a, vector b) noexcept { return _mm256_and_si256(a, b); }
     static vector either(vector a, vector b) noexcept { return _mm256_or_si256(a, b); }
     static vector join_lower(vector a, vector b) noexcept { return _mm256_unpacklo_epi64(a, b); }

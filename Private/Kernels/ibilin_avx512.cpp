@@ -43,6 +43,10 @@ struct avx512 {
         else
             return _mm512_maskz_permutexvar_epi8(kept<Bytes, Part>, mask, window);
     }
+    static vector shuffle_pair(vector first, vector second, vector mask) noexcept
+    {
+        return _mm512_permutex2var_epi8(first, mask, second);
+    }
     static vector both(vector a, vector b) noexcept { return _mm512_and_si512(a, b); }
     static vector either(vector a, vector b) noexcept { return _mm512_or_si512(a, b); }
     static vector join_lower(vector a, vector b) noexcept

@@ -43,8 +43,10 @@ struct bilin_run {
 // both samples are the same. A vector of bytes is put together from two vectors of lanes, in whose units the runs of
 // U / 2 samples alternate: unit 0 of the first, unit 0 of the second, unit 1 of the first ..
 //
-// A plan that only picks samples has no further ones and no weights, and its lanes are as wide as the samples. With one
-// window it needs no tables: it picks every other sample.
+// A plan that only picks samples has no further ones and no weights, and its lanes are as wide as the samples. Windows
+// come in pairs, one pair for a unit or one for each half; the first of a pair serves as many samples as it reaches,
+// the second the others. One mask for both holds the place of a byte in the first window, or U + that in the second.
+// With one window it needs no tables: it picks every other sample.
 //
 // The same vectors are made `repeats` times, each time `advance` bytes later in the line.
 struct bilin_plan {

@@ -32,6 +32,13 @@ struct sse41 {
     {
         return _mm_shuffle_epi8(window, mask);
     }
+    // The mask with the places of either window below 0x80, those of the other one not.
+    static vector shuffle_pair(vector first, vector second, vector mask) noexcept
+    {
+        const vector of_first = _mm_add_epi8(mask, _mm_set1_epi8(0x70));
+        const vector of_second = _mm_sub_epi8(mask, _mm_set1_epi8(0x10));
+        return either(_mm_shuffle_epi8(first, of_first), _mm_shuffle_epi8(second, of_second));
+    }
     static vector both(vector a, vector b) noexcept { return _mm_and_si128(a, b); }
     static vector either(vector a, vector b) noexcept { return _mm_or_si128(a, b); }
     static vector join_lower(vector a, vector b) noexcept { return _mm_unpacklo_epi64(a, b); }

@@ -123,19 +123,27 @@ struct bilin_kernel {
             across_windows<4>(plan, line, out);
     }
 
+    // What one mask picks out of a pair of windows; offset and table go on to the next pair.
+    static vector pair(const std::uint8_t *in, const std::ptrdiff_t *&offset, const std::uint8_t *&table) noexcept
+    {
+        const vector picked =
+            Isa::shuffle_pair(Isa::windows(in, offset), Isa::windows(in, offset + Isa::units), Isa::load(table));
+        offset += 2 * Isa::units;
+        table += bytes;
+        return picked;
+    }
+
     template <int Windows>
     static void pick_windows(const bilin_plan &plan, const std::uint8_t *in, std::uint8_t *out) noexcept
     {
-        constexpr int half = Windows / 2;
         for (std::ptrdiff_t r = 0; r < plan.repeats; ++r, in += plan.advance) {
             const std::ptrdiff_t *offset = plan.offsets;
             const std::uint8_t *table = plan.tables;
             for (std::ptrdiff_t v = 0; v < plan.vectors; ++v, out += bytes) {
-                const vector lower = shuffled<2, half>(in, offset, table);
-                const vector upper = shuffled<2, half>(in, offset + half * Isa::units, table + half * bytes);
-                Isa::store(out, Isa::join_lower(lower, upper));
-                offset += Windows * Isa::units;
-                table += Windows * bytes;
+                vector picked = pair(in, offset, table);
+                if constexpr (Windows == 4)
+                    picked = Isa::join_lower(picked, pair(in, offset, table));
+                Isa::store(out, picked);
             }
         }
     }

@@ -54,21 +54,25 @@ public:
     {
     }
 
-    sample next() noexcept
+    [[nodiscard]] sample now() const noexcept
     {
         const teska::bilin_place &place = line_.places[pixel_];
         const ptrdiff_t first = place.first * step_ + component_ * bytes_;
         const ptrdiff_t second = place.second * step_ + component_ * bytes_;
-        if (component_ + 1 < line_.together)
-            ++component_;
-        else if (pixel_ + 1 < line_.pixels)
-            ++pixel_, component_ = 0;
         if (place.weight == 0)
             return {.nearer = first, .further = first, .weight = 0};
         // The weights of words are not negated, and keep their order.
         if (bytes_ == 2 || place.weight <= 32768)
             return {.nearer = first, .further = second, .weight = place.weight};
         return {.nearer = second, .further = first, .weight = 65536 - place.weight};
+    }
+
+    void next() noexcept
+    {
+        if (component_ + 1 < line_.together)
+            ++component_;
+        else if (pixel_ + 1 < line_.pixels)
+            ++pixel_, component_ = 0;
     }
 
 private:
@@ -79,29 +83,36 @@ private:
     int component_;
 };
 
-// The next samples of a line, and the window they are read from.
+// The next samples of a line that a window can reach.
 struct window {
     sample at[most_samples];
-    ptrdiff_t start;
+    int count = 0;
+    ptrdiff_t start = 0;
 
-    // Returns false when a window of `size` bytes, inside the bytes begin .. end - 1, does not reach all of `count`.
-    bool place(walk &from, int count, int bytes, ptrdiff_t begin, ptrdiff_t end, int size) noexcept
+    // Takes up to `most` samples in a window of `size` bytes, which begins at or behind the byte `begin` and ends before
+    // `end`. Returns false when it cannot be placed.
+    bool place(walk &from, int most, int bytes, ptrdiff_t begin, ptrdiff_t end, int size) noexcept
     {
         ptrdiff_t low = PTRDIFF_MAX;
         ptrdiff_t high = PTRDIFF_MIN;
-        for (int i = 0; i < count; ++i) {
-            at[i] = from.next();
-            low = std::min({low, at[i].nearer, at[i].further});
-            high = std::max({high, at[i].nearer, at[i].further});
+        for (count = 0; count < most; ++count) {
+            at[count] = from.now();
+            const ptrdiff_t lower = std::min({low, at[count].nearer, at[count].further});
+            const ptrdiff_t upper = std::max({high, at[count].nearer, at[count].further});
+            if (upper + bytes - lower > size)
+                break;
+            low = lower;
+            high = upper;
+            from.next();
         }
-        start = std::min(low, end - size);
-        return start >= begin && high + bytes - start <= size;
+        start = count == 0 ? begin : std::min(low, end - size);
+        return start >= begin && start + size <= end;
     }
 
-    void mark(uint8_t *mask, ptrdiff_t byte, int bytes) const noexcept
+    void mark(uint8_t *mask, ptrdiff_t byte, int bytes, int shift = 0) const noexcept
     {
         for (int i = 0; i < bytes; ++i)
-            mask[i] = static_cast<uint8_t>(byte - start + i);
+            mask[i] = static_cast<uint8_t>(byte - start + i + shift);
     }
 };
 
@@ -126,20 +137,24 @@ namespace teska
 
 // All numbers of a plan but those of the single vectors.
 struct bilin_planner::shape {
-    shape(const bilin_line &of, int depth, int windows_, int unit, int units) noexcept
-        : line(of), sample_bytes(depth), windows(windows_), lane(of.picks ? depth : 2), share(unit / lane / windows_),
-          masks(windows_ == 1 ? 2 : windows_), vector_bytes(unit * units), blended(depth == 1 && !of.picks ? 2 : 1),
-          samples(vector_bytes / depth), table_bytes(blended * vector_bytes * (masks + (of.picks ? 0 : 1))),
-          offsets(blended * units * windows_)
+    shape(const bilin_line &of, int depth, int windows_, int unit_bytes, int units_) noexcept
+        : line(of), sample_bytes(depth), windows(windows_), unit(unit_bytes), units(units_), lane(of.picks ? depth : 2),
+          share(unit / lane / windows_), masks(of.picks ? windows_ / 2 : std::max(windows_, 2)),
+          vector_bytes(unit * units), blended(depth == 1 && !of.picks ? 2 : 1), samples(vector_bytes / depth),
+          table_bytes(blended * vector_bytes * (masks + (of.picks ? 0 : 1))), offsets(blended * units * windows_)
     {
         const ptrdiff_t reach = (of.source_pixels - 1) * static_cast<ptrdiff_t>(of.step);
         begin = std::min<ptrdiff_t>(reach, 0) * depth;
         end = (std::max<ptrdiff_t>(reach, 0) + of.together) * depth;
     }
 
+    [[nodiscard]] bool pick_vector(walk &along, ptrdiff_t *offset, uint8_t *table) const noexcept;
+
     const bilin_line &line;
     const int sample_bytes;
     const int windows;
+    const int unit;  // bytes
+    const int units;
     const int lane;   // bytes
     const int share;  // lanes of a window
     const int masks;  // of a vector of lanes
@@ -151,6 +166,30 @@ struct bilin_planner::shape {
     ptrdiff_t begin;        // the bytes of the line
     ptrdiff_t end;
 };
+
+// A vector of samples that are only picked.
+bool bilin_planner::shape::pick_vector(walk &along, ptrdiff_t *offset, uint8_t *table) const noexcept
+{
+    const int lanes = 2 * share;
+    for (int part = 0; part < units * masks; ++part) {
+        const int pair = part % masks;
+        const int u = part / masks;
+        uint8_t *mask = table + pair * vector_bytes + u * unit;
+        int missing = lanes;
+        for (int k = 0; k < 2; ++k) {
+            window w;
+            if (!w.place(along, missing, sample_bytes, begin, end, unit))
+                return false;
+            offset[(2 * pair + k) * units + u] = w.start;
+            for (int i = 0; i < w.count; ++i, mask += lane)
+                w.mark(mask, w.at[i].nearer, lane, k * unit);
+            missing -= w.count;
+        }
+        if (missing != 0)
+            return false;
+    }
+    return true;
+}
 
 bool bilin_planner::reserve(const bilin_kernels &kernels, ptrdiff_t samples) noexcept
 {
@@ -191,11 +230,16 @@ bool bilin_planner::plan_vectors(const shape &form, ptrdiff_t first, ptrdiff_t v
     const int lanes_bytes = form.table_bytes / form.blended;
     for (; vectors > 0; --vectors, table += form.table_bytes, offset += form.offsets) {
         std::memset(table, zero_byte, static_cast<size_t>(form.table_bytes));
+        if (form.line.picks) {
+            if (!form.pick_vector(along, offset, table))
+                return false;
+            continue;
+        }
         for (int part = 0; part < form.offsets; ++part) {
             const int k = part % form.windows;
             const int of_lanes = part / form.windows % form.blended;
             const int u = part / form.windows / form.blended;
-            if (!w.place(along, form.share, form.sample_bytes, form.begin, form.end, unit_))
+            if (!w.place(along, form.share, form.sample_bytes, form.begin, form.end, unit_) || w.count < form.share)
                 return false;
             offset[(of_lanes * form.windows + k) * units_ + u] = w.start;
             uint8_t *const masks = table + of_lanes * lanes_bytes + u * unit_;
@@ -203,8 +247,6 @@ bool bilin_planner::plan_vectors(const shape &form, ptrdiff_t first, ptrdiff_t v
                 const int at = (k * form.share + i) * form.lane;
                 uint8_t *const nearer = masks + k * form.vector_bytes + (form.windows == 1 ? at : at % (unit_ / 2));
                 w.mark(nearer, w.at[i].nearer, form.sample_bytes);
-                if (form.line.picks)
-                    continue;
                 w.mark(nearer + further, w.at[i].further, form.sample_bytes);
                 const uint32_t weight = form.sample_bytes == 1 ? 0 - w.at[i].weight : w.at[i].weight;
                 const auto word = static_cast<uint16_t>(weight);
