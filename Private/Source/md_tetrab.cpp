@@ -30,6 +30,7 @@
 #include "Support/report.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -53,6 +54,13 @@ constexpr size_t read_ahead = 64;            // bytes that a kernel may read beh
 constexpr uint64_t max_byte_side = 127;      // of grids whose indices kernels multiply as signed bytes,
 constexpr uint64_t max_byte_stride = 32767;  // and strides as signed halves
 constexpr int short_run = 16;                // pixels; what shorter runs gain is lost again on comparisons
+
+constexpr auto identity_curve = [] {
+    std::array<uint8_t, curve_size> curve{};
+    for (size_t v = 0; v < curve_size; ++v)
+        curve[v] = static_cast<uint8_t>(v);
+    return curve;
+}();
 
 }  // namespace
 
@@ -147,11 +155,8 @@ bool make_positions(md_tetrab &table)
 void set_curves(uint8_t *curves, int count, const uint8_t *const *sources)
 {
     for (int i = 0; i < count; ++i, curves += curve_size) {
-        if (sources != nullptr && sources[i] != nullptr)
-            std::memmove(curves, sources[i], curve_size);
-        else
-            for (size_t v = 0; v < curve_size; ++v)
-                curves[v] = static_cast<uint8_t>(v);
+        const bool given = sources != nullptr && sources[i] != nullptr;
+        std::memmove(curves, given ? sources[i] : identity_curve.data(), curve_size);
     }
 }
 
@@ -196,14 +201,15 @@ bool make_lines(md_tetrab &table)
 
 bool curved(const uint8_t *curves, int count)
 {
-    for (size_t i = 0; i < static_cast<size_t>(count) * curve_size; ++i)
-        if (curves[i] != i % curve_size)
+    for (int i = 0; i < count; ++i, curves += curve_size)
+        if (std::memcmp(curves, identity_curve.data(), curve_size) != 0)
             return true;
     return false;
 }
 
-// What kernels see of the table; what depends on the curves is up to date only after update_places.
-teska::tetrab_table kernel_view(const md_tetrab &table)
+// What kernels see of the table. What depends on the curves takes a look at each of them, which costs more than a pixel:
+// it is there `for_lines` only, and up to date after update_places.
+teska::tetrab_table kernel_view(const md_tetrab &table, bool for_lines)
 {
     const size_t entries = static_cast<size_t>(table.shape.inputs) * curve_size;
     const bool small =
@@ -225,8 +231,8 @@ teska::tetrab_table kernel_view(const md_tetrab &table)
             .weights = rows + 3 * entries,
             .late = small && table.even ? table.late : nullptr,
             .cells = table.shape.resolution - 1,
-            .curved_inputs = curved(rows, table.shape.inputs),
-            .curved_outputs = curved(table.out_curves.get(), table.shape.outputs)};
+            .curved_inputs = for_lines && curved(rows, table.shape.inputs),
+            .curved_outputs = for_lines && curved(table.out_curves.get(), table.shape.outputs)};
 }
 
 // Whether the table is one that the faster kernels take.
@@ -444,11 +450,13 @@ int md_tetrab_interp(md_tetrab *table, unsigned char **in, int inStep, unsigned 
     const int entry = std::min(table->shape.inputs, 5) - 1;
     const auto convert = kernels.convert[entry];
     auto convert_line = kernels.convert_line[entry];
-    if (convert_line == nullptr || count < short_run || !fits_lines(*table) || !independent(*table, run, count))
-        convert_line = convert;
-    else
+    const bool for_lines =
+        convert_line != nullptr && count >= short_run && fits_lines(*table) && independent(*table, run, count);
+    if (for_lines)
         update_places(*table);
-    const teska::tetrab_table view = kernel_view(*table);
+    else
+        convert_line = convert;
+    const teska::tetrab_table view = kernel_view(*table, for_lines);
     if (mask == nullptr) {
         convert_line(view, run);
     } else {
