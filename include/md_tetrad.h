@@ -94,8 +94,8 @@ TESKA_API int md_tetrad_scan_vertex(md_tetrad *table, int *coord) TESKA_NOTHROW;
  *
  * in       N pointers to the first value of each input; not changed
  * inStep   doubles from one point of an input to the next; 0 and negative steps are fine
- * out      M pointers to the first value of each output, which must not overlap the inputs; a null entry skips that
- *          output. The others are advanced in the caller's array by count * outStep.
+ * out      M pointers to the first value of each output, which overlaps neither inputs nor other outputs; a null entry
+ *          skips that output. The others are advanced in the caller's array by count * outStep.
  * outStep  doubles from one point of an output to the next
  * count    points; 0 and less do nothing
  * Returns 1.

@@ -150,7 +150,7 @@ struct tetrad_kernel {
         bool adjacent = run.out[channel] != nullptr && (Count == 1 || run.out_step >= Count);
         for (int c = 0; c < Count; ++c) {
             double *const line = run.out[channel + c];
-            adjacent &= line == run.out[channel] + c;
+            adjacent = adjacent && line == run.out[channel] + c;
             out[c] = line == nullptr ? nullptr : line + first * run.out_step;
         }
         for (int p = 0; p < points; ++p) {
