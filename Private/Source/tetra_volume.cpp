@@ -104,10 +104,12 @@ bool collect(const tetra_volume &v, const double a[3], const double b[3], crossi
     return each_crossing(v, a, b, true, [&found](const crossing &x) { return found.add(x); });
 }
 
+// The numbers are whole: they differ in their upper bits, and a product carries nothing downwards, but the fold does.
 std::uint64_t mixed(std::uint64_t hash, double cube)
 {
     // Adding 0 makes one of the two zeros.
-    return (hash ^ std::bit_cast<std::uint64_t>(cube + 0.0)) * 0x9e3779b97f4a7c15U;
+    const std::uint64_t product = (hash ^ std::bit_cast<std::uint64_t>(cube + 0.0)) * 0x9e3779b97f4a7c15U;
+    return product ^ (product >> 32);
 }
 
 // Cubes of 1/80: points that are near each other lie in the same one or in neighbours, rounding included.
@@ -133,7 +135,7 @@ namespace teska::tetra
 
 bool distinct_points::reserve(std::size_t most) noexcept
 {
-    buckets_ = std::bit_ceil(most + 1);
+    buckets_ = std::bit_ceil(most + 2);
     entries_ = zeroed_block<entry>(most);
     first_ = zeroed_block<std::int32_t>(buckets_);
     return entries_ && first_;
@@ -141,8 +143,8 @@ bool distinct_points::reserve(std::size_t most) noexcept
 
 std::size_t distinct_points::bucket(double x, double y, double z) const noexcept
 {
-    const std::uint64_t hash = mixed(mixed(mixed(0, x), y), z);
-    return static_cast<std::size_t>(hash >> 32) & (buckets_ - 1);
+    // The uppermost bits depend on all others.
+    return static_cast<std::size_t>(mixed(mixed(mixed(0, x), y), z) >> (64 - std::bit_width(buckets_ - 1)));
 }
 
 bool distinct_points::holds_near(std::size_t bucket, const double p[3]) const noexcept

@@ -54,7 +54,7 @@ private:
     };
     heap_block<entry> entries_;
     heap_block<std::int32_t> first_;  // of each bucket, likewise
-    std::size_t buckets_ = 0;         // a power of two
+    std::size_t buckets_ = 0;         // a power of two, at least 2
     std::int32_t count_ = 0;
 };
 
