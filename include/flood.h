@@ -66,7 +66,7 @@ TESKA_API int flood_kill(flood *record) TESKA_NOTHROW;
  * "new_shdw: malloc failure", the first one also "flood_do: new_shdw failed", others may lead to
  * "remove_overlap: algorithm failure".
  * About 1 inside test for each pixel of an open area, 2 among many obstacles. Memory grows with the number of runs that
- * are waiting, and is given back at the end.
+ * are waiting and with the height of the region, and is given back at the end.
  * Source: K. P. Fishkin and B. A. Barsky, An analysis and algorithm for filling propagation, Graphics Interface 1985.
  */
 TESKA_API int flood_do(flood *record, void *user, int x, int y) TESKA_NOTHROW;

@@ -1,7 +1,6 @@
 #include "determinism/operations.h"
 
 #include "Support/fir_priv.h"
-#include "flood.h"
 #include "fusm.h"
 #include "ibilin.h"
 
@@ -38,41 +37,6 @@ void filter(Generator &input, Digest &digest)
         digest.add(out.data(), out.size() * sizeof(Sample));
     }
     fir_kill(record);
-}
-
-// Every call counts, in its order.
-struct Picture {
-    std::vector<char> walls;
-    Digest *calls;
-
-    static int inside(void *user, int x, int y)
-    {
-        const auto *p = static_cast<Picture *>(user);
-        const int at[] = {x, y};
-        p->calls->add(at, sizeof at);
-        return x >= 0 && x < width && y >= 0 && y < height && p->walls[static_cast<std::size_t>(y * width + x)] == 0;
-    }
-
-    static void fill(void *user, int first, int last, int y)
-    {
-        auto *p = static_cast<Picture *>(user);
-        const int at[] = {first, last, y};
-        p->calls->add(at, sizeof at);
-        for (int x = first; x <= last; ++x)
-            p->walls[static_cast<std::size_t>(y * width + x)] = 1;
-    }
-};
-
-void fill_among_obstacles(Generator &input, Digest &digest)
-{
-    flood *const record = flood_new(Picture::inside, Picture::fill);
-    for (int tenths = 0; tenths < 5; ++tenths) {
-        Picture picture{std::vector<char>(width * height), &digest};
-        for (char &wall : picture.walls)
-            wall = input.below(10) < tenths;
-        flood_do(record, &picture, width / 2, height / 2);
-    }
-    flood_kill(record);
 }
 
 template <class Sample, int From, int To>
@@ -125,7 +89,6 @@ void sharpen(Generator &input, Digest &digest)
 const Operation operations[] = {
     {"fir_mono, radius 3", filter<3, unsigned short, fir_mono>},
     {"fir_mono_b, radius 10", filter<10, unsigned char, fir_mono_b>},
-    {"flood_do among obstacles, every call", fill_among_obstacles},
     {"fusm_b_do, radius 0, levels", sharpen<0, unsigned char, fusm_b_do>},
     {"fusm_b_do, radius 1", sharpen<1, unsigned char, fusm_b_do>},
     {"fusm_do, radius 2, levels", sharpen<2, unsigned short, fusm_do>},

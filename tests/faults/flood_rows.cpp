@@ -19,28 +19,26 @@ const SweepRows rows({calling("flood_new", [] { return made(flood_new(nullptr, n
 
 constexpr int size = 12;
 
+// 0: in the region; walls between every second pair of columns.
 struct Comb {
-    char pixels[size][size];  // 0: in the region; walls between every second pair of columns
+    int pixels[size][size];
     int filled = 0;
 
     Comb()
     {
-        for (int y = 0; y < size; ++y)
-            for (int x = 0; x < size; ++x)
-                pixels[y][x] = x % 2 == 1 && y % 4 != 0;
+        for (int i = 0; i < size * size; ++i)
+            pixels[i / size][i % size] = i % 2 == 1 && i / size % 4 != 0;
     }
 
     static int inside(void *user, int x, int y)
     {
-        const auto *comb = static_cast<Comb *>(user);
-        return x >= 0 && x < size && y >= 0 && y < size && comb->pixels[y][x] == 0;
+        return x >= 0 && x < size && y >= 0 && y < size && static_cast<Comb *>(user)->pixels[y][x] == 0;
     }
 
     static void fill(void *user, int first, int last, int y)
     {
-        auto *comb = static_cast<Comb *>(user);
-        std::fill(&comb->pixels[y][first], &comb->pixels[y][last] + 1, char{1});
-        comb->filled += last - first + 1;
+        for (int x = first; x <= last; ++x)
+            static_cast<Comb *>(user)->filled += ++static_cast<Comb *>(user)->pixels[y][x];
     }
 };
 
