@@ -80,15 +80,19 @@ Points box(double size, const Points &more = {})
     return points;
 }
 
-// m^3 points, turned by the angle of 3-4-5 about two axes.
-Points grid(int m, bool turned)
+// Turned by the angle of 3-4-5 about two axes.
+tetra_point turned(double x, double y, double z)
 {
-    return made(m * m * m, [=](int i) {
-        const double x = i % m * 10.3, y = i / m % m * 10.3, z = i / m / m * 10.3, t = 0.8 * y + 0.6 * z;
-        return turned ? tetra_point{0.6 * x - 0.8 * t, 0.8 * x + 0.6 * t, 0.8 * z - 0.6 * y, 0}
-                      : tetra_point{x, y, z, 0};
-    });
+    const double t = 0.8 * y + 0.6 * z;
+    return {0.6 * x - 0.8 * t, 0.8 * x + 0.6 * t, 0.8 * z - 0.6 * y, 0};
 }
+
+tetra_point grid(int i) { return {i % 6 * 10.3, i / 6 % 6 * 10.3, i / 36 * 10.3, 0}; }
+
+tetra_point turned_grid(int i) { return turned(i % 7 * 10.3, i / 7 % 7 * 10.3, i / 49 * 10.3); }
+
+// In two planes, the first point in the middle of one.
+tetra_point turned_layers(int i) { return turned(i % 2 * 50, (26 + i * i * 7) % 53, (26 + i * i * i * 5) % 59); }
 
 Points ball(int count, double x, double y, double z, bool surface = false)
 {
@@ -400,8 +404,9 @@ TEST(TetraVolumeNew2, FillsTheHullAndHasEveryPointAsACorner)
                 {"sphere", ball(150, 50, 50, 50, true), 296},
                 {"needle", ball(200, 2000, 0.5, 0.5), 0},
                 {"disc", ball(200, 500, 500, 0.3), 0},
-                {"grid", grid(6, false), 12},
-                {"turned grid", grid(7, true), 12},
+                {"grid", made(216, grid), 12},
+                {"turned grid", made(343, turned_grid), 12},
+                {"turned layers", made(40, turned_layers), 0},
                 {"copies", with_copies(ball(150, 50, 50, 50), 0.004), 0},
                 {"grey axis", box(100, made(118, on_axes)), 12},
                 {"layers", layers, 0}};
