@@ -115,10 +115,11 @@ private:
     int delivered_ = 0;
 };
 
-// Where the components of a line stand: one buffer if they are interleaved, as short as it can be.
+// Where the components of a line stand: one buffer if they are interleaved, as short as it can be. Interleaved ones may
+// be the other way round.
 template <class T>
 struct Line {
-    Line(int n, int width, int step)
+    Line(int n, int width, int step, bool reversed)
     {
         const bool together = n > 1 && step == n;
         const int length = (width - 1) * std::abs(step) + 1;
@@ -126,7 +127,7 @@ struct Line {
             buffers.emplace_back(static_cast<std::size_t>(together ? n * width : length), static_cast<T>(77));
         for (int c = 0; c < 4; ++c)
             at[c] = c >= n     ? nullptr
-                    : together ? buffers[0].data() + c
+                    : together ? buffers[0].data() + (reversed ? n - 1 - c : c)
                     : step < 0 ? &buffers[static_cast<std::size_t>(c)].back()
                                : buffers[static_cast<std::size_t>(c)].data();
     }
@@ -145,8 +146,10 @@ void expect_image(const Shape &s, const std::vector<int> &calls, Generator &rand
     const std::unique_ptr<ibilin, int (*)(ibilin *)> record(ibilin_new(0), ibilin_kill);
     ASSERT_EQ(start(record.get(), s), 1);
     Model<T> model(s);
-    Line<T> out[] = {{s.n, s.width, s.out_step}, {s.n, s.width, s.out_step}};
-    Line<T> in(s.n, s.source_width, s.in_step), expected(s.n, s.width, s.out_step);
+    const bool reversed = random.below(4) == 0;
+    Line<T> out[] = {{s.n, s.width, s.out_step, reversed}, {s.n, s.width, s.out_step, reversed}};
+    Line<T> in(s.n, s.source_width, s.in_step, random.below(4) == 0);
+    Line<T> expected(s.n, s.width, s.out_step, reversed);
     T *holders[4];
     on_line = [&](int c) {
         ASSERT_FALSE(model.due.empty());
