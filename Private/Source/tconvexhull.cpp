@@ -160,6 +160,7 @@ bool TConvexHull::Prepare()
         if (!store->all.push(v))
             return false;
         v->mark = 0;
+        full(v)->piece = 0;
         for (int k = 0; k < 3; ++k) {
             low[k] = std::min(low[k], v->v[k]);
             high[k] = std::max(high[k], v->v[k]);
@@ -167,6 +168,7 @@ bool TConvexHull::Prepare()
         v = v->next;
     } while (v != vertices);
     store->extent = 0.0;
+    store->pieces_grown = 0;
     for (int k = 0; k < 3; ++k) {
         store->centre[k] = low[k] / 2 + high[k] / 2;
         store->half[k] = std::max(store->centre[k] - low[k], high[k] - store->centre[k]);

@@ -283,7 +283,7 @@ tFaceStructure *find_below(const tHullStore &store, tFaceStructure *any, const d
 class piece
 {
 public:
-    explicit piece(std::int64_t number) noexcept : number_(number) {}
+    explicit piece(int number) noexcept : number_(number) {}
 
     [[nodiscard]] bool may_join(const tFaceStructure *f) const noexcept
     {
@@ -305,7 +305,7 @@ public:
     }
 
 private:
-    std::int64_t number_;
+    int number_;
 };
 
 }  // namespace

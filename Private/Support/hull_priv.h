@@ -29,8 +29,8 @@ constexpr double visible_volume = 0.5;
 
 struct hull_vertex : tVertexStructure {
     tVertexStructure *follower;  // along the border of a step
-    std::int64_t piece;          // the last piece grown that this vertex belongs to
     tFaceStructure *face;        // one of its faces, while it is of the hull
+    int piece;                   // the last piece grown that this vertex belongs to
     bool gone;                   // found inside
 };
 
@@ -236,7 +236,7 @@ struct tHullStore {
     double extent = 0.0;  // no vertex has a coordinate farther from the centre's
     bool exact = false;   // the hull is made in exact steps
     std::int64_t edges_made = 0;
-    std::int64_t pieces_grown = 0;
+    int pieces_grown = 0;  // in this construction
     teska::face_planes planes;
     teska::compass compass;  // in exact steps
 
