@@ -84,8 +84,8 @@ public:
      *        Reported besides the lines of memory: "Inconsistent common bound algorithm", "No Common Bounds!",
      *        "Algorithm does not converge" (pieces without end: what the callback gives has no shape)
      *     2  "Invalid Parameters, nrphisteps and nrtetasteps still need to be the same" for what is out of range above;
-     *        "Invalid Parameters" for null levels or less than two; "TPrimCoord: Invalid data" for a level outside 0 ..
-     *        1
+     *        "Invalid Parameters" for null levels or less than two;
+     *        "TPrimCoord: Invalid data" for a level outside 0 .. 1
      * Every object can be asked and destroyed; without an umbrella queries give their failure value.
      * The callback is called n times for n colorants, and for each pair of them as often as their levels multiply.
      */
@@ -117,11 +117,14 @@ public:
      * norm     3 * count results: tetar, phir, vtr
      * penalty  count results: 0 inside; negative outside, as much as phir and tetar lie outside 0 .. 1, added; may be
      *          null
-     * phir is cut to 0 .. 1, tetar and vtr to at most 1. vtr is negative for colours below the level of the origin.
+     * phir is cut to 0 .. 1, tetar and vtr to at most 1; vtr is not cut from below. Below the level of the origin V(teta)
+     * may be negative too, and vtr then positive; tetar is 1 there and the penalty negative.
+     * A colour on the vertical axis has the hue 0, also where the range of hues does not hold that.
      * Returns 0, or -1 when there is no umbrella or its tables cannot be prepared: besides the lines of memory
      * "lin_interp : too little function points" (fewer than 2 steps) and "Such a small or big gamut is just not
-     * possible". Kept: a vtr cut to 1 costs no penalty. The line from apex to edge is a chord, above which colours do
-     * lie. Kept: V(teta) is taken at the colour's own teta, also when tetar is cut.
+     * possible".
+     * Kept: a vtr cut to 1 costs no penalty. The line from apex to edge is a chord, above which colours do lie.
+     * Kept: V(teta) is taken at the colour's own teta, also when tetar is cut.
      * Kept: the margin around a partial range of hues scales the angles (0.9 of its start, 1.1 of its width), and hues
      * do not wrap around its ends: the far end of a range that starts late lies outside.
      */

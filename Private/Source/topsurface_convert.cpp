@@ -239,10 +239,10 @@ int TTriangularTopSurface::DetermineXYZMinGam(double const *norm, double *xyz, d
 
 int TTriangularTopSurface::DeterminePhirTetarVTMax()
 {
-    if (tabVT != nullptr)
-        return 0;
     if (DeterminePhirTetaMaxAndVTMin() != 0)
         return -1;
+    if (tabVT != nullptr)
+        return 0;
     md_tetrad *table = md_tetrad_new(2, 1, nrPhiSteps, 0.0, 1.0);
     const auto fill = [&] {
         Seen seen(umbrella);

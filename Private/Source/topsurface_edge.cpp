@@ -154,10 +154,10 @@ void TTriangularTopSurface::DropEdge()
 
 int TTriangularTopSurface::DeterminePhirTetaMaxAndVTMin()
 {
-    if (tetaMax != nullptr)
-        return 0;
     if (DetermineVTMax() != 0 || DeterminePosPhiMinPosDeltaPhi() != 0)
         return -1;
+    if (tetaMax != nullptr)
+        return 0;
     if (MakeEdge() == 0 && RecalcTetarForOutDarkGamPrims() == 0)
         return 0;
     DropEdge();

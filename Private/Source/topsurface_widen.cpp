@@ -1,11 +1,12 @@
 // topsurface_widen - the edge of an umbrella reaches over every colour of the device (geometry)
 //
-// The cone below that rim need not hold the whole device: black over cyan opens the angle by a degree, the dark blues
-// of a display in a lightness space by thirty. All faces of the device cube are looked at, and where one reaches
-// farther the edge point moves outwards on its own straight line from the apex: V(teta) stays, only tetar is scaled.
+// The cone below the rim of what is seen need not hold the whole device: black over cyan opens the angle by a degree,
+// the dark blues of a display in a lightness space by thirty. All faces of the device cube are looked at, and where one
+// reaches farther the edge point moves outwards on its own straight line from the apex: V(teta) stays, only tetar is
+// scaled.
 //
-// The faces are sampled once. Each knot of the edge moves out to the farthest crossing of their segments at its hue; then
-// the points that still lie outside, peaks between two knots, become knots of their own.
+// The faces are sampled once. Each knot of the edge moves out to the farthest crossing of their segments at its hue;
+// then the points that still lie outside, peaks between two knots, become knots of their own.
 //
 // No process-wide state.
 

@@ -1,7 +1,7 @@
 // ttriangulartopsurface - the light side of the gamut of a device with several colorants (geometry)
 //
 // The object owns its lists, level arrays, curves and tables. The constructor finds the umbrella (topsurface_build);
-// what the conversions need of it is prepared at the first one (topsurface_edge, topsurface_tables), and a failure
+// what the conversions need of it is prepared at the first one (topsurface_edge, topsurface_convert), and a failure
 // there is tried again at the next. Colours are taken as (V, h1, h2) at once and given back in the caller's order.
 //
 // No process-wide state.
