@@ -56,7 +56,7 @@ public:
         const int peak = random.below(3) == 0 ? j.top / 8 : std::min<int>(j.top + j.top / 20, static_cast<T>(-1));
         const int channels = random.below(2) == 0 ? std::max(j.K, j.in_step) : j.K;  // others between ours, or planes
         for (int y = 0; y < j.height; ++y) {
-            in.emplace_back(channels, std::max(j.width, 1), j.in_step);
+            in.emplace_back(random.below(9) == 0 ? j.K : channels, std::max(j.width, 1), j.in_step);
             for (T &sample : in.back().buffer)
                 sample = random.below(9) == 0 ? static_cast<T>(-1) : static_cast<T>(random.unit() * (peak + 1));
             limits.emplace_back(1, std::max(j.width, 1), j.limit_step);
