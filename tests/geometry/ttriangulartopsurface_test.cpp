@@ -80,6 +80,7 @@ struct Surface : TTriangularTopSurface {
         return teta;
     }
 
+    using TTriangularTopSurface::cursorPrimCombs;
     using TTriangularTopSurface::DeterminePhirVTrTetar;
     using TTriangularTopSurface::FindDarkeningPrimaries;
     using TTriangularTopSurface::PhirToPhi;
@@ -468,6 +469,20 @@ TEST(PhiToPhir, FoldsOtherTurnsIntoTheFirst)
     EXPECT_NEAR(phi, 7.0 - 6.283185307, 1e-12);
 }
 
+// Two channels whose hues are 5.6 and 1.2, on either side of 0.
+TEST(PhiToPhir, HasTheWholeCircleWhereAPartCrossesItsStart)
+{
+    const device of = {"crossing", 2, [](const double *v, double *c) {
+                           c[0] = 0.2 + v[0] + v[1];
+                           c[1] = 0.5 * (v[0] * std::cos(5.6) + v[1] * std::cos(1.2));
+                           c[2] = 0.5 * (v[0] * std::sin(5.6) + v[1] * std::sin(1.2));
+                       }};
+    Surface top(of);
+    double phir = 9.0;
+    ASSERT_EQ(top.PhiToPhir(1.2, &phir), 0);
+    EXPECT_DOUBLE_EQ(phir, 1.2 / 6.283185307);
+}
+
 // ---- Scans, copies, scripts -----------------------------------------------------------------------------------------
 
 TEST(ScanDifferentPrimCombs, KeptSaysMinusOneWhereThereIsAPart)
@@ -480,6 +495,7 @@ TEST(ScanDifferentPrimCombs, KeptSaysMinusOneWhereThereIsAPart)
     EXPECT_EQ(values[1], -1.0);
     top.umbrella->Destroy();
     EXPECT_EQ(top.ScanDifferentPrimCombs(0, values), 0);
+    EXPECT_EQ(top.cursorPrimCombs, 1);
 }
 
 TEST(TopSurfaceCopy, SharesNothing)
@@ -696,7 +712,10 @@ TEST(TopSurfaceSteps, ReportWhatTheyLack)
     EXPECT_EQ(plain.DeterminePhirVTrTetar(), 0);
     Surface broken(two);
     ASSERT_EQ(broken.DetermineXYZMinGam(c, c, nullptr, 1), 0);
-    broken.VTMax = std::numeric_limits<double>::quiet_NaN();
+    broken.VTMax = 0.0;
+    ASSERT_EQ(broken.DetermineXYZMinGam(c, c, nullptr, 1), 0);
+    EXPECT_EQ(broken.VTMax, plain.VTMax) << "found again";
+    broken.VTMax = std::numeric_limits<double>::infinity();
     EXPECT_EQ(broken.DeterminePhirVTrTetar(), -1);
     EXPECT_EQ(reports.take(), lines{"Check code, has to be an error somewhere!"});
     single.primaries->Destroy();
