@@ -80,6 +80,7 @@ struct Surface : TTriangularTopSurface {
         return teta;
     }
 
+    using TTriangularTopSurface::AddToUmbrella;
     using TTriangularTopSurface::cursorPrimCombs;
     using TTriangularTopSurface::DeterminePhirVTrTetar;
     using TTriangularTopSurface::FindDarkeningPrimaries;
@@ -801,6 +802,33 @@ TEST(TPrimComb, ComparesWithAnOlderOne)
     for (auto &row : table)
         EXPECT_EQ(row.mine.part(row.a, row.b, row.device)->Compare(old.get()), row.outcome) << &row - table;
     EXPECT_EQ(reports.take(), lines{"Algorithm sucks"});
+}
+
+TEST(AddToUmbrella, TakesWhatLiesApartOrFarther)
+{
+    const device of = printer("CM");
+    Surface top(of);
+    top.umbrella->Destroy();
+    struct {
+        Sheet sheet;
+        double third;
+        int taken, parts;
+    } table[] = {{{}, 1.0, 1, 1},
+                 {{}, 1.0, 0, 1},
+                 {{.height = 0.5}, 1.0 - 1e-7, 0, 1},
+                 {{.height = 2.0}, 1.0 - 1e-7, 1, 1},
+                 {{}, 0.0, 1, 2},
+                 {{.fail = 1.0}, 0.5, -10, 2}};
+    Reports reports;
+    for (auto &row : table) {
+        auto part = row.sheet.part(0, 1, {-1, -1, row.third});
+        const TPrimComb *offered = part.get();
+        EXPECT_EQ(top.AddToUmbrella(part.get()), row.taken) << &row - table;
+        if (row.taken == 1)
+            static_cast<void>(part.release());
+        EXPECT_EQ(top.umbrella->Count(), row.parts);
+        EXPECT_EQ(top.umbrella->Last() == offered, row.taken == 1);
+    }
 }
 
 TEST(TPrimComb, KeptEndsTheWalkOverFurtherColorantsBelowOne)
