@@ -12,10 +12,10 @@
 #define TESKA_KERNELS_H
 
 #include "Kernels/clut_kernels.h"
+#include "Kernels/fir_kernels.h"
 #include "Kernels/fusm_kernels.h"
 #include "Kernels/hull_kernels.h"
 #include "Kernels/ibilin_kernels.h"
-#include "Kernels/fir_kernels.h"
 #include "Kernels/mat_kernels.h"
 #include "Kernels/md_tetrab_kernels.h"
 #include "Kernels/md_tetrad_kernels.h"
