@@ -43,10 +43,9 @@ Points lattice(int n, double step, int layers)
     return points;
 }
 
-Points repeated(Points points)
+Points joined(Points points, const Points &more)
 {
-    const Points once = points;
-    points.insert(points.end(), once.begin(), once.end());
+    points.insert(points.end(), more.begin(), more.end());
     return points;
 }
 
@@ -143,13 +142,16 @@ TEST(TConvexHullConstruct, IsAClosedSurfaceAroundEveryPoint)
         Points points;
         const char *counts;  // "": only that it is closed
     };
+    const Points small = cloud(900, {10, 10, 10}, false, 0), around = cloud(1100, {20, 20, 20}, false, 0);
     const Case cases[] = {
         {"tetrahedron", tetrahedron, "4 / 6 / 4"},
         {"lattice of coplanar points", lattice(9, 3, 9), ""},
         {"cube", lattice(2, 10, 2), "8 / 18 / 12"},
-        {"duplicates", repeated(lattice(2, 10, 2)), "8 / 18 / 12"},
+        {"duplicates", joined(lattice(2, 10, 2), lattice(2, 10, 2)), "8 / 18 / 12"},
         {"sphere", cloud(1000, {100, 100, 100}, false, 0), "1000 / 2994 / 1996"},
         {"dense sphere", cloud(3000, {20, 20, 20}, false, 0), "3000 / 8994 / 5996"},
+        {"sphere inside another, and all again", joined(joined(small, around), joined(small, around)),
+         "1100 / 3294 / 2196"},
         {"colours", cloud(6000, {50, 90, 110}, true, 10), ""},
         {"needle", cloud(500, {1000, 0.2, 0.2}, false, 0), ""},
         {"far away and large", cloud(500, {3e7, 2e7, 1e7}, false, 0), "500 / 1494 / 996"},
