@@ -867,8 +867,8 @@ TEST(TPrimComb, SplitsACellSoThatItFoldsOutwards)
 {
     double levels[] = {1.0, 0.0}, *of[] = {levels, levels};
     const int counts[] = {2, 2};
-    const double device[] = {-1.0, -1.0};
-    TPrimary a(device, 0, 0), b(device, 1, 0);
+    const double device[] = {-1.0, -1.0}, black[3] = {};
+    TPrimary a(black, 0, 0), b(black, 1, 0);
     for (int raised : {0, 1}) {
         const auto answer = [](void *user, const double *v, double *c) {
             c[0] = (v[0] == v[1]) == (*static_cast<int *>(user) == 0) ? 1.2 : 1.0;
