@@ -38,7 +38,7 @@ struct Table {
 
     md_tetrab *get() const { return owner.get(); }
 
-    // Every byte of the grid, and the first and last curve.
+    // Every byte of the grid, the curve of some input and of the last output.
     void randomize(Generator &random) const
     {
         std::generate_n(data, size, [&] { return random.byte(); });
@@ -47,7 +47,7 @@ struct Table {
 
     void randomize_curves(Generator &random) const
     {
-        for (unsigned char *curve : {md_tetrab_ilutptr(get(), 0), md_tetrab_olutptr(get(), s.M - 1)})
+        for (unsigned char *curve : {md_tetrab_ilutptr(get(), random.below(s.N)), md_tetrab_olutptr(get(), s.M - 1)})
             std::generate_n(curve, 256, [&] { return random.byte(); });
     }
 

@@ -156,7 +156,11 @@ TEST(MdTetradInterp, StepsAlongEqualFractionsInTheOrderOfTheInputs)
             Coords coord(table.n, 0);
             coord.data()[d] = 1;
             *table.vertex(coord) = inf;
-            EXPECT_EQ(std::isnan(table.at(Doubles(table.n, 0.5))[0]), d == 0) << n << " inputs, along " << d;
+            teska_test::at_every_level([&](teska::simd_level) {
+                Samples in(n, 4, 1, 0.5), out(1, 4, 1);
+                md_tetrad_interp(table.get(), in.at.data(), 1, out.at.data(), 1, 4);
+                EXPECT_EQ(std::isnan(out.buffer[3]), d == 0) << n << " inputs, along " << d;
+            });
         }
 }
 
