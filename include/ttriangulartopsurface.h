@@ -117,8 +117,8 @@ public:
      * norm     3 * count results: tetar, phir, vtr
      * penalty  count results: 0 inside; negative outside, as much as phir and tetar lie outside 0 .. 1, added; may be
      *          null
-     * phir is cut to 0 .. 1, tetar and vtr to at most 1; vtr is not cut from below. Below the level of the origin V(teta)
-     * may be negative too, and vtr then positive; tetar is 1 there and the penalty negative.
+     * phir is cut to 0 .. 1, tetar and vtr to at most 1; vtr is not cut from below. Below the level of the origin
+     * V(teta) may be negative too, and vtr then positive; tetar is 1 there and the penalty negative.
      * A colour on the vertical axis has the hue 0, also where the range of hues does not hold that.
      * Returns 0, or -1 when there is no umbrella or its tables cannot be prepared: besides the lines of memory
      * "lin_interp : too little function points" (fewer than 2 steps) and "Such a small or big gamut is just not
