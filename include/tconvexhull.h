@@ -12,28 +12,28 @@
  *
  *       vol = a.x (b.y c.z - b.z c.y) + a.y (b.z c.x - b.x c.z) + a.z (b.x c.y - b.y c.x)
  *
- *   a, b, c the vertices of the face minus the point: six times the volume of the tetrahedron, negative for a point that
- *   the face sees from outside. The face is visible from the point when vol < -0.5.
+ *   a, b, c the vertices of the face minus the point: six times the volume of the tetrahedron, negative for a point
+ *   that the face sees from outside. The face is visible from the point when vol < -0.5.
  *   Kept: the 0.5 does not scale with the coordinates. Points that differ by less than about 0.1 make no volume at all.
  *
- *   Points are taken one after another (O'Rourke's incremental algorithm). One that sees no face is inside; for any other
- *   the faces it sees make way for a cone of new faces over their border. As long as every border is one simple closed
- *   loop, the lists come out as that algorithm makes them, record for record. On dense curved clouds the 0.5 leaves out
- *   small faces in the midst of others and tears the border. The hull is then made anew from the first point, with the
- *   sign of vol in exact arithmetic in place of the 0.5 in all steps.
+ *   Points are taken one after another (O'Rourke's incremental algorithm). One that sees no face is inside; for any
+ *   other the faces it sees make way for a cone of new faces over their border. As long as every border is one simple
+ *   closed loop, the lists come out as that algorithm makes them, record for record. On dense curved clouds the 0.5
+ *   leaves out small faces in the midst of others and tears the border. The hull is then made anew from the first
+ *   point, with the sign of vol in exact arithmetic in place of the 0.5 in all steps.
  *
- *   Guaranteed for every cloud: Construct ends, in a closed surface of triangles oriented alike, with two faces at every
- *   edge and V - E + F = 2. No point that sees a face at its turn is left out. A hull made
- *   by exact signs        is convex, and all points lie in it or on it, at a distance of 0, as long as products of three
- *                         coordinates do not overflow.
- *   by the 0.5            only grows from step to step. A point left inside has vol >= -0.5 with every face there was at
- *                         its turn, so it lies beyond the plane of a face of area A by no more than 0.25 / A. The surface
- *                         may be hollow at an edge by as much, and InsideHull 0 for a point of the hull: for 2 of 3,000
- *                         on a sphere of radius 300, by 0.017.
+ *   Guaranteed for every cloud: Construct ends, in a closed surface of triangles oriented alike, with two faces at
+ *   every edge and V - E + F = 2. A hull made
+ *   by exact signs        is convex, and all points lie in it or on it, at a distance of 0, as long as products of
+ *                         three coordinates do not overflow.
+ *   by the 0.5            only grows from step to step, and no point that sees a face at its turn is left out. One left
+ *                         inside has vol >= -0.5 with every face there was at its turn, so it lies beyond the plane of a
+ *                         face of area A by no more than 0.25 / A. The surface may be hollow at an edge by as much, and
+ *                         InsideHull 0 for a point of the hull: for 2 of 3,000 on a sphere of radius 300, by 0.017.
  *
  *   Points with a coordinate that is not finite are not part of the hull, and not inside it.
- *   An object, and all copies that share its lists, is used by one thread at a time; InsideHull alone may run in several.
- *   Nothing is reported or thrown.
+ *   An object, and all copies that share its lists, is used by one thread at a time; InsideHull alone may run in
+ *   several. Nothing is reported or thrown.
  *   Source: J. O'Rourke, Computational Geometry in C, 2nd ed., Cambridge University Press 1998, chapter 4.
  */
 #ifndef TESKA_TCONVEXHULL_H
@@ -97,8 +97,8 @@ public:
      *
      * Returns 0, or -1 when all points are collinear, or coplanar as far as the 0.5 tells, or when memory is short. The
      * points are then all there, so that more can be added or the call repeated.
-     * Points inside are forgotten. Further points may be added and a further call made: the vertices of the hull are the
-     * points that are left then.
+     * Points inside are forgotten. Further points may be added and a further call made: the vertices of the hull are
+     * the points that are left then.
      * Kept: without three consecutive points that are not collinear, the last followed by the first, the result is -1:
      * points that were all added twice in a row have no hull.
      * O(n F) for n points and F faces, with a small constant: of the points of a cloud usually few are vertices. By

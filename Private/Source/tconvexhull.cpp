@@ -9,17 +9,18 @@
 //     /    \______/    \                  _____/________\_____
 //    hidden  border  hidden              hidden            hidden
 //
-// The promised result is what comes out when every step walks all faces, edges and vertices in the order of their lists.
-// Here a search through plane coefficients finds the few faces that may be visible, the promised expression decides on
-// them, and the border is put into the order of the edge list before the cone is made of it; whatever else the walks
-// would do is nothing. Example: the corners of a cube, one after another, give 8 vertices, 18 edges and 12 faces.
+// The promised result is what comes out when every step walks all faces, edges and vertices in the order of their
+// lists. Here a search through plane coefficients finds the few faces that may be visible, the promised expression
+// decides on them, and the border is put into the order of the edge list before the cone is made of it; whatever else
+// the walks would do is nothing. Example: the corners of a cube, one after another, give 8 vertices, 18 edges and 12
+// faces.
 //
 // Invariant between steps: a closed surface of triangles, oriented alike. A border that is one simple closed loop keeps
 // it so (the visible faces are then a disc, and so is the cone); any other is replaced before a list is changed
 // (tconvexhull_step.cpp).
 //
-// A construction can be abandoned at every allocation: faces and edges are freed, and all vertices, which live until the
-// end, return to their places. Objects that share their lists stand in a ring, and each change is copied to all.
+// A construction can be abandoned at every allocation: faces and edges are freed, and all vertices, which live until
+// the end, return to their places. Objects that share their lists stand in a ring, and each change is copied to all.
 //
 // Source: J. O'Rourke, Computational Geometry in C, 2nd ed., Cambridge University Press 1998, chapter 4.
 

@@ -1,8 +1,8 @@
 // tconvexhull_lists - the records of a hull: making, joining, cleaning up (geometry)
 //
 // Records are made one by one. Faces enter the plane arrays (Support/hull_priv.h) as soon as they know their vertices,
-// and leave them when they are freed. A clean-up touches only what the step has touched; the lists come out as if it had
-// walked them from end to end.
+// and leave them when they are freed. A clean-up touches only what the step has touched; the lists come out as if it
+// had walked them from end to end.
 
 #include "tconvexhull.h"
 

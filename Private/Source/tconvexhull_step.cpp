@@ -1,23 +1,23 @@
 // tconvexhull_step - which faces a new point takes away from a hull (geometry)
 //
 // The promised choice is every face with a volume below -0.5. Where faces are small it leaves out some in the midst of
-// others: the border falls into several loops, or touches itself at a vertex, and a cone over it would give an edge more or
-// fewer than two faces. And where it happens to be a loop, the surface is left a little hollow at the faces left out, and
-// a later point may see into the hollow from afar: no choice of faces mends that step alone.
+// others: the border falls into several loops, or touches itself at a vertex, and a cone over it would give an edge
+// more or fewer than two faces. And where it happens to be a loop, the surface is left a little hollow at the faces
+// left out, and a later point may see into the hollow from afar: no choice of faces mends that step alone.
 //
 // In exact steps the choice is every face with a volume below 0 in exact arithmetic. From a first triangle and a point
-// beside it on, the surface is then convex without any slack, and the faces below a point are a disc: those in the plane
-// of the point do not count, so they are also the faces below a point moved a little towards the inside, from which no
-// face is seen edge-on. They hold together, so they are grown around one of them. A neighbour joins when the piece stays
-// a disc: it meets the piece in one edge and its opposite vertex is not of the piece, or in two edges; one with three
-// would leave no other side. Any disc of triangles can be built up that way in any order, so this never stops short; it
-// is there for coordinates whose products overflow, where exact arithmetic ends.
+// beside it on, the surface is then convex without any slack, and the faces below a point are a disc: those in the
+// plane of the point do not count, so they are also the faces below a point moved a little towards the inside, from
+// which no face is seen edge-on. They hold together, so they are grown around one of them. A neighbour joins when the
+// piece stays a disc: it meets the piece in one edge and its opposite vertex is not of the piece, or in two edges; one
+// with three would leave no other side. Any disc of triangles can be built up that way in any order, so this never
+// stops short; it is there for coordinates whose products overflow, where exact arithmetic ends.
 //
-// The first of them is found by a walk. From a point inside, the eye, every other point lies in the direction of one face:
-// it is outside when it is below that one. A walk starts at a vertex in about that direction and crosses the sides behind
-// which the point lies. With n the normal of a face as long as 1 / its distance from the eye, every step to a face that is
-// not in the same plane makes n * point larger, so the walk ends; among faces in one plane it may go round in circles, and
-// is given up. Then, and before there is an eye, the search through the planes serves.
+// The first of them is found by a walk. From a point inside, the eye, every other point lies in the direction of one
+// face: it is outside when it is below that one. A walk starts at a vertex in about that direction and crosses the
+// sides behind which the point lies. With n the normal of a face as long as 1 / its distance from the eye, every step
+// to a face that is not in the same plane makes n * point larger, so the walk ends; among faces in one plane it may go
+// round in circles, and is given up. Then, and before there is an eye, the search through the planes serves.
 
 #include "tconvexhull.h"
 

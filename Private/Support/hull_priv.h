@@ -1,11 +1,11 @@
 // hull_priv - what TConvexHull keeps behind its four members: its records with room for marks, and arrays for speed
 //
-// Every face has a slot in four arrays of plane coefficients, and the value of slot i at a point is the face's volume as
-// far as rounding allows: at most `band` away from the promised expression, for points within `extent` of the centre. A
-// search through the arrays finds all faces that may be visible; the expression itself decides on those.
+// Every face has a slot in four arrays of plane coefficients, and the value of slot i at a point is the face's volume
+// as far as rounding allows: at most `band` away from the promised expression, for points within `extent` of the
+// centre. A search through the arrays finds all faces that may be visible; the expression itself decides on those.
 //
-// The bound. With all coordinates relative to the centre at most s, and u = 2^-53, differences of coordinates are at most
-// 2 s, off by 2 u s; products of two of them make minors of at most 8 s^2, off by 32 u s^2. The three terms of the
+// The bound. With all coordinates relative to the centre at most s, and u = 2^-53, differences of coordinates are at
+// most 2 s, off by 2 u s; products of two of them make minors of at most 8 s^2, off by 32 u s^2. The three terms of the
 // expression are then off by 64 u s^3 each and their sum, at most 48 s^3, by less than 400 u s^3. A plane's value sums
 // three products of at most 8 s^3 and as much for d, likewise off by less than 400 u s^3. band = 2048 u s^3 leaves more
 // than twice that: 4.8e-7 for s = 128.
@@ -85,8 +85,8 @@ private:
     std::size_t room_ = 0;
 };
 
-// A box and an ellipsoid about the centre in the proportions of the cloud, so large that no face of the hull can be visible
-// from a point in them: most points of most clouds need no search.
+// A box and an ellipsoid about the centre in the proportions of the cloud, so large that no face of the hull can be
+// visible from a point in them: most points of most clouds need no search.
 class core
 {
 public:
@@ -247,8 +247,8 @@ struct tHullStore {
     teska::pointers<tFaceStructure> seen;
     teska::pointers<tEdgeStructure> border;
     teska::pointers<tEdgeStructure> buried;
-    // One construction: all vertices in the order of the list; those found inside, for which there is room, and how many
-    // of them are out of the list.
+    // One construction: all vertices in the order of the list; those found inside, for which there is room, and how
+    // many of them are out of the list.
     teska::pointers<tVertexStructure> all;
     teska::pointers<tVertexStructure> inside;
     std::size_t unlinked = 0;
@@ -307,8 +307,8 @@ inline double face_volume(const tFaceStructure *f, const double *p) noexcept
     return a[0] * (b[1] * c[2] - b[2] * c[1]) + a[1] * (b[2] * c[0] - b[0] * c[2]) + a[2] * (b[0] * c[1] - b[1] * c[0]);
 }
 
-// The sign of the same volume, of a face or of any triangle, in exact arithmetic: 1, 0 or -1. Exact unless products of three coordinates overflow or
-// underflow.
+// The sign of the same volume, of a face or of any triangle, in exact arithmetic: 1, 0 or -1. Exact unless products of
+// three coordinates overflow or underflow.
 int exact_volume_sign(const double *a, const double *b, const double *c, const double *p) noexcept;
 inline int exact_volume_sign(const tFaceStructure *f, const double *p) noexcept
 {
