@@ -27,7 +27,7 @@
  *   by exact signs        is convex, and all points lie in it or on it, at a distance of 0, as long as products of
  *                         three coordinates do not overflow.
  *   by the 0.5            only grows from step to step, and no point that sees a face at its turn is left out. One left
- *                         inside has vol >= -0.5 with every face there was at its turn, so it lies beyond the plane of a
+ *                         inside has vol >= -0.5 with every face there was at its turn, so it is beyond the plane of a
  *                         face of area A by no more than 0.25 / A. The surface may be hollow at an edge by as much, and
  *                         InsideHull 0 for a point of the hull: for 2 of 3,000 on a sphere of radius 300, by 0.017.
  *
