@@ -19,9 +19,9 @@ struct Samples {
           buffer(static_cast<std::size_t>((distance == channels ? 1 : std::abs(distance) + 1) * channels * count),
                  content)
     {
-        T *first = buffer.data() + (step < 0 ? (count - 1) * -step : 0);
+        T *first = buffer.data() + (step < 0 && count > 0 ? (count - 1) * -step : 0);
         for (int c = 0; c < channels; ++c)
-            at.push_back(first + c * (step == channels ? 1 : (std::abs(step) + 1) * count));
+            at.push_back(buffer.empty() ? first : first + c * (step == channels ? 1 : (std::abs(step) + 1) * count));
     }
 
     // A single point.
