@@ -17,6 +17,7 @@
 
 #include "Kernels/hull_kernels.h"
 #include "Support/memory.h"
+#include "Support/orient.h"
 
 #include <cstdint>
 #include <utility>
@@ -309,7 +310,10 @@ inline double face_volume(const tFaceStructure *f, const double *p) noexcept
 
 // The sign of the same volume, of a face or of any triangle, in exact arithmetic: 1, 0 or -1. Exact unless products of
 // three coordinates overflow or underflow.
-int exact_volume_sign(const double *a, const double *b, const double *c, const double *p) noexcept;
+inline int exact_volume_sign(const double *a, const double *b, const double *c, const double *p) noexcept
+{
+    return -orientation(a, b, c, p);
+}
 inline int exact_volume_sign(const tFaceStructure *f, const double *p) noexcept
 {
     return exact_volume_sign(f->vertex[0]->v, f->vertex[1]->v, f->vertex[2]->v, p);

@@ -14,6 +14,7 @@
 #define TESKA_SUPPORT_ORIENT_H
 
 #include <cmath>
+#include <initializer_list>
 
 namespace teska
 {
@@ -129,11 +130,17 @@ expansion<A> negated(expansion<A> a)
 
 inline int exact_orientation(const double *a, const double *b, const double *c, const double *d)
 {
+    // What is too large is made smaller by a power of two: the sign stays, as far as no digits fall off at the other end.
+    double scale = 1.0;
+    for (const double *point : {a, b, c, d})
+        for (int i = 0; i < 3; ++i)
+            if (!orient_takes(point[i]))
+                scale = 0x1p-700;
     expansion<2> u[3], v[3], w[3];
     for (int i = 0; i < 3; ++i) {
-        u[i] = difference(b[i], a[i]);
-        v[i] = difference(c[i], a[i]);
-        w[i] = difference(d[i], a[i]);
+        u[i] = difference(scale * b[i], scale * a[i]);
+        v[i] = difference(scale * c[i], scale * a[i]);
+        w[i] = difference(scale * d[i], scale * a[i]);
     }
     const auto along = [&](int i, int j, int k) {
         return product(sum(product(u[i], v[j]), negated(product(u[j], v[i]))), w[k]);
@@ -147,8 +154,8 @@ inline int exact_orientation(const double *a, const double *b, const double *c, 
 }  // namespace orient_detail
 
 // The sign of ((b - a) x (c - a)) . (d - a), exactly: 1 when d lies on the side from which a, b, c run counterclockwise,
-// -1 on the other one, 0 in their plane. Each point is three coordinates, 0 or of magnitudes from orient_smallest to
-// orient_largest.
+// -1 on the other one, 0 in their plane. Each point is three finite coordinates; exact where those that are not 0
+// have magnitudes from orient_smallest to orient_largest.
 inline int orientation(const double *a, const double *b, const double *c, const double *d) noexcept
 {
     constexpr double error_bound = 8.0 * 0x1p-53;  // of the determinant, relative to the sum of magnitudes
