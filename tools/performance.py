@@ -35,7 +35,7 @@ def read_rates(path):
     runs = {}
     for run in sorted(json.loads(pathlib.Path(path).read_text())["benchmarks"], key=lambda run: run["family_index"]):
         if run.get("run_type") == "iteration" and "items_per_second" in run and "/" in run["run_name"]:
-            case, side = run["run_name"].split("/")[:2]
+            case, side = run["run_name"].rsplit("/", 1)
             runs.setdefault(case, {}).setdefault(side, []).append(run["items_per_second"] * 1e-6)
     return {case: {side: statistics.median(rates) for side, rates in sides.items()} for case, sides in runs.items()}
 
