@@ -54,8 +54,8 @@ std::vector<double> converted(const Convert &convert)
     return values;
 }
 
-// CLUT's last input varies fastest.
-std::vector<double> through_clut()
+// The last input varies fastest.
+CLUT make_clut()
 {
     std::array<unsigned char, 3> counts = {grid_points, grid_points, grid_points};
     std::vector<float> values;
@@ -64,7 +64,13 @@ std::vector<double> through_clut()
             for (int b = 0; b < grid_points; ++b)
                 for (const double value : vertex(std::array{r, g, b}.data()))
                     values.push_back(static_cast<float>(value));
-    CLUT table(3, counts.data(), 3, 0, values.data());
+    return {3, counts.data(), 3, 0, values.data()};
+}
+
+std::vector<double> through_clut()
+{
+    // A table of this class keeps its memory until the program ends: it is built once.
+    static CLUT table = make_clut();
     return converted([&](const colour &in) {
         colour out;
         table.Interpolate(out.data(), in.data());
