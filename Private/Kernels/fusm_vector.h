@@ -77,17 +77,7 @@ public:
 
     static bool serves(const usm_curve &curve) noexcept { return curve.last <= 255 && curve.top <= 255; }
 
-    void sharpen(const stretch &s) const noexcept
-    {
-        const usm_neighbours<Radius, std::uint8_t> from(s);
-        std::ptrdiff_t i = 0;
-        for (; i + lanes <= s.count; i += lanes)
-            sharpen_vector(s, from, i);
-        if (i < s.count)
-            sharpen_vector(s, from, s.count - lanes);
-    }
-
-private:
+    // The vector of samples from i on.
     void sharpen_vector(const stretch &s, const usm_neighbours<Radius, std::uint8_t> &from,
                         std::ptrdiff_t i) const noexcept
     {
@@ -118,6 +108,7 @@ private:
         Isa::store(s.out + i, Isa::min8(result, s.limits != nullptr ? Isa::load(s.limits + i) : top_));
     }
 
+private:
     void reduce(vector samples, vector (&h)[2]) const noexcept
     {
         const vector low = low_.look_up(samples);
@@ -159,17 +150,7 @@ public:
 
     static bool serves(const usm_curve &) noexcept { return true; }
 
-    void sharpen(const stretch &s) const noexcept
-    {
-        const usm_neighbours<Radius, std::uint16_t> from(s);
-        std::ptrdiff_t i = 0;
-        for (; i + lanes <= s.count; i += lanes)
-            sharpen_vector(s, from, i);
-        if (i < s.count)
-            sharpen_vector(s, from, s.count - lanes);
-    }
-
-private:
+    // The vector of samples from i on.
     void sharpen_vector(const stretch &s, const usm_neighbours<Radius, std::uint16_t> &from,
                         std::ptrdiff_t i) const noexcept
     {
@@ -198,6 +179,7 @@ private:
         Isa::store(s.out + i, Isa::min16(result, s.limits != nullptr ? Isa::load(s.limits + i) : top_));
     }
 
+private:
     vector reduce(vector samples, vector h) const noexcept
     {
         const vector entry = Isa::min32(samples, Isa::set32(curve_.top));
@@ -214,6 +196,18 @@ private:
     vector last_;
     vector top_;
 };
+
+// A whole stretch of at least a vector: what is less than one at its end is computed together with samples before it.
+template <int Radius, class Kernel, class Sample>
+void usm_sharpen_stretch(const Kernel &kernel, const usm_stretch<Sample> &s) noexcept
+{
+    const usm_neighbours<Radius, Sample> from(s);
+    std::ptrdiff_t i = 0;
+    for (; i + Kernel::lanes <= s.count; i += Kernel::lanes)
+        kernel.sharpen_vector(s, from, i);
+    if (i < s.count)
+        kernel.sharpen_vector(s, from, s.count - Kernel::lanes);
+}
 
 constexpr std::ptrdiff_t usm_stage = 1024;  // samples of a piece, those between the ones of interest counted
 constexpr std::ptrdiff_t usm_widest_step = 10;
@@ -254,7 +248,7 @@ std::ptrdiff_t usm_pieces(const Kernel &kernel, const usm_line<Sample> &line, st
             usm_move(line.samples + first * line.step, line.step, samples, distance, count);
         if (line.limits != nullptr)
             usm_move(line.limits + first * line.limit_step, line.limit_step, limits, distance, count);
-        kernel.sharpen(piece);
+        usm_sharpen_stretch<Radius>(kernel, piece);
         usm_move(static_cast<const Sample *>(results), distance, line.out + first * line.out_step, line.out_step,
                  count);
         first += count;
@@ -281,7 +275,7 @@ void usm_sharpen(const usm_curve &curve, const usm_line<Sample> &line) noexcept
             whole.rows[row] = line.rows[row] + border;
         if (line.limits != nullptr)
             whole.limits = line.limits + border;
-        kernel.sharpen(whole);
+        usm_sharpen_stretch<Radius>(kernel, whole);
     } else
         done = usm_pieces<Radius>(kernel, line, border, border + inner);
     usm_pixels(Radius, curve, line, 0, border);
