@@ -5,7 +5,7 @@
 
 #include "fir.h"
 
-#include "Support/fir_priv.h"
+#include "Source/fir/fir_priv.h"
 #include "support/cap.h"
 #include "support/pairs.h"
 

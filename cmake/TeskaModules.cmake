@@ -1,21 +1,27 @@
 # The verbs the map, the companions and the tests are written with.
 
+# teska_parts(<module> <part...>)
+#
+# A module of several sources: the module file Private/Source/<module>.cpp and, in the folder of its name, its parts.
+# Stands before the subsystem that holds the module.
+function(teska_parts module)
+  set_property(GLOBAL PROPERTY TESKA_PARTS_${module} ${ARGN})
+endfunction()
+
 # teska_subsystem(<key> <title> [module...])
 #
 # Registers the modules of one subsystem. A module is a triad, include/x.h, Private/Source/x.cpp and
-# tests/<key>/x_test.cpp, with a line in Private/Source/README.md; one that lacks a piece stops the build. A module whose
-# header has several sources names them: x:a+b stands for include/x.h, a.cpp and b.cpp.
+# tests/<key>/x_test.cpp, with a line in Private/Source/README.md; one that lacks a piece stops the build.
 function(teska_subsystem key title)
   set(index "${PROJECT_SOURCE_DIR}/Private/Source/README.md")
   set_property(DIRECTORY "${PROJECT_SOURCE_DIR}" APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${index}")
   file(READ "${index}" index_text)
-  set(modules)
+  set(headers)
   set(sources)
-  foreach(entry IN LISTS ARGN)
-    string(REGEX MATCH "^[^:]+" module "${entry}")
-    string(REGEX REPLACE "^[^:]+:" "" module_sources "${entry}")
-    string(REPLACE "+" ";" module_sources "${module_sources}")
-    list(TRANSFORM module_sources REPLACE "(.+)" "Private/Source/\\1.cpp")
+  foreach(module IN LISTS ARGN)
+    get_property(parts GLOBAL PROPERTY TESKA_PARTS_${module})
+    list(TRANSFORM parts REPLACE "(.+)" "Private/Source/${module}/\\1.cpp" OUTPUT_VARIABLE module_sources)
+    list(PREPEND module_sources "Private/Source/${module}.cpp")
     foreach(piece "include/${module}.h" "tests/${key}/${module}_test.cpp" ${module_sources})
       if(NOT EXISTS "${PROJECT_SOURCE_DIR}/${piece}")
         message(FATAL_ERROR "module ${module} (${title}) lacks ${piece}")
@@ -24,8 +30,9 @@ function(teska_subsystem key title)
     if(NOT index_text MATCHES "`${module}`")
       message(FATAL_ERROR "module ${module} (${title}) lacks a line in Private/Source/README.md")
     endif()
+    list(JOIN module_sources " " line)
+    set_property(GLOBAL APPEND PROPERTY TESKA_MAP "${key} ${module} ${line}")
     list(TRANSFORM module_sources PREPEND "${PROJECT_SOURCE_DIR}/")
-    list(APPEND modules ${module})
     list(APPEND sources ${module_sources})
     list(APPEND headers "${PROJECT_SOURCE_DIR}/include/${module}.h")
   endforeach()
@@ -34,8 +41,17 @@ function(teska_subsystem key title)
   endif()
   source_group("${title}" FILES ${sources} ${headers})
   set_property(GLOBAL APPEND PROPERTY TESKA_SUBSYSTEMS ${key})
-  set_property(GLOBAL PROPERTY TESKA_MODULES_${key} ${modules})
+  set_property(GLOBAL PROPERTY TESKA_MODULES_${key} ${ARGN})
   set_property(GLOBAL APPEND PROPERTY TESKA_SOURCES ${sources})
+endfunction()
+
+# teska_write_map()
+#
+# The map as the checks read it, <build tree>/map.txt: a line for each module with its subsystem, its name and its sources.
+function(teska_write_map)
+  get_property(map GLOBAL PROPERTY TESKA_MAP)
+  list(JOIN map "\n" text)
+  file(WRITE "${PROJECT_BINARY_DIR}/map.txt" "${text}\n")
 endfunction()
 
 # teska_companion(<target> <folder-key> SOURCES <file...>)

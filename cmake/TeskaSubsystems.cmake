@@ -1,5 +1,32 @@
-# The map of the library: every module once, under its subsystem. It feeds the build, the IDE groups, the test labels
-# and the check of the index in Private/Source/README.md.
+# The map of the library: every module once, under its subsystem. It feeds the build, the IDE groups, the test labels,
+# the check of the index in Private/Source/README.md and, through <build tree>/map.txt, the checks of ./dev check.
+
+# Sources that are a module's own, beside Private/Source/<module>.cpp: Private/Source/<module>/<part>.cpp.
+teska_parts(bezierd_base roots)
+teska_parts(fdstream fdifstream fdofstream)
+teska_parts(file_double vd)
+teska_parts(filepacker unpack)
+teska_parts(fusm tables)
+teska_parts(ibilin plan)
+teska_parts(numb byteorder)
+teska_parts(proj tetra triangle)
+teska_parts(tconvexhull lists print step)
+teska_parts(tetra hull tiling volume)
+teska_parts(tlist telement)
+teska_parts(tobjfac tobjel tobjlist)
+teska_parts(
+  ttriangulartopsurface
+  build
+  convert
+  edge
+  export
+  gnomonic
+  mask
+  rim
+  tprimcomb
+  tprimcomb_compare
+  tprimcomb_seen
+  widen)
 
 teska_subsystem(
   core
@@ -13,16 +40,16 @@ teska_subsystem(
   rom
   tcriticsect
   teska_time
-  tlist:telement+tlist
-  tobjfac:tobjel+tobjlist+tobjfac)
-teska_subsystem(text "Text and numbers" file_double:file_double+vd numb:numb+byteorder str_utils str_zuk)
+  tlist
+  tobjfac)
+teska_subsystem(text "Text and numbers" file_double numb str_utils str_zuk)
 teska_subsystem(
   files
   "Files, streams and devices"
   base64
   cipher
-  fdstream:streambufext+fdifstream+fdofstream
-  filepacker:filepacker+filepacker_unpack
+  fdstream
+  filepacker
   flock
   fport
   md5_digest
@@ -44,7 +71,7 @@ teska_subsystem(
   curves
   "Curves and one-dimensional tables"
   bezier_cpoly_det
-  bezierd_base:bezierd_base+bezierd_roots
+  bezierd_base
   bezierd_fit
   bezierd_split
   bezierd_vector
@@ -53,13 +80,14 @@ teska_subsystem(
   hist
   interp_double)
 teska_subsystem(colour "Colour lookup tables and multidimensional interpolation" clut md_tetrab md_tetrad tfastpow)
-teska_subsystem(image "Image processing, line by line" fir flood fusm:fusm+fusm_tables ibilin:ibilin+ibilin_plan)
+teska_subsystem(image "Image processing, line by line" fir flood fusm ibilin)
 teska_subsystem(
   geometry
   "Geometry and gamut"
-  proj:proj+proj_tetra+proj_triangle
-  tconvexhull:tconvexhull+tconvexhull_lists+tconvexhull_print+tconvexhull_step
-  tetra:tetra+tetra_hull+tetra_tiling+tetra_volume
+  proj
+  tconvexhull
+  tetra
   tplane
-  ttriangulartopsurface:ttriangulartopsurface+gnomonic+topsurface_build+topsurface_convert+topsurface_edge+topsurface_export+topsurface_mask+topsurface_rim+topsurface_widen+tprimcomb+tprimcomb_compare+tprimcomb_seen
+  ttriangulartopsurface
   volume_export)
+teska_write_map()

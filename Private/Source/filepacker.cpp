@@ -15,14 +15,14 @@
 // whole archive after every call; when it cannot be cut off the file is closed, because entries behind a torn one would
 // be lost without a word.
 //
-// Reading goes through the stream; filepacker_unpack.cpp has the walk over the entries.
+// Reading goes through the stream; filepacker/unpack.cpp has the walk over the entries.
 //
 // Process-wide state: none.
 #include "filepacker.h"
 
 #include "Platform/descriptor.h"
 #include "Platform/files.h"
-#include "Support/filepacker_priv.h"
+#include "Source/filepacker/filepacker_priv.h"
 #include "Support/memory.h"
 #include "lopra.h"
 #include "str_utils.h"

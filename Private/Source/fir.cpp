@@ -23,7 +23,7 @@
 
 #include "Kernels/kernels.h"
 #include "Support/checked_size.h"
-#include "Support/fir_priv.h"
+#include "Source/fir/fir_priv.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 

@@ -14,7 +14,7 @@
 
 #include "Kernels/kernels.h"
 #include "Support/checked_size.h"
-#include "Support/fusm_priv.h"
+#include "Source/fusm/fusm_priv.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 

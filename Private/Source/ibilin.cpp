@@ -26,7 +26,7 @@
 
 #include "Kernels/kernels.h"
 #include "Support/checked_size.h"
-#include "Support/ibilin_plan.h"
+#include "Source/ibilin/plan.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 

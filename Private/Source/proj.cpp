@@ -14,7 +14,7 @@
 #include "proj.h"
 
 #include "Kernels/kernels.h"
-#include "Support/proj_priv.h"
+#include "Source/proj/proj_priv.h"
 
 #include <algorithm>
 #include <utility>

@@ -13,7 +13,7 @@
 
 #include "special_functions.h"
 
-#include "Support/gamma.h"
+#include "Source/special_functions/gamma.h"
 #include "Support/report.h"
 
 #include <cmath>

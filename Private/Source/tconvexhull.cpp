@@ -26,7 +26,7 @@
 
 #include "tconvexhull.h"
 
-#include "Support/hull_priv.h"
+#include "Source/tconvexhull/hull_priv.h"
 
 #include <algorithm>
 #include <cmath>

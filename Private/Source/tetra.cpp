@@ -1,7 +1,7 @@
 // tetra - planes, tetrahedra and volumes cut into tetrahedra (geometry)
 //
 // This source has the records of planes and tetrahedra and what is asked of points, lines and triangles; volumes are in
-// tetra_volume.cpp, the hull in tetra_hull.cpp, the cutting in tetra_tiling.cpp.
+// tetra/volume.cpp, the hull in tetra/hull.cpp, the cutting in tetra/tiling.cpp.
 //
 // Several measures are odd on purpose: distances are squares, and areas and volumes are made of them. Callers compare
 // them with each other, and they only need to grow with the size.
@@ -9,7 +9,7 @@
 #include "tetra.h"
 
 #include "Support/memory.h"
-#include "Support/tetra_priv.h"
+#include "Source/tetra/tetra_priv.h"
 
 #include <algorithm>
 #include <climits>

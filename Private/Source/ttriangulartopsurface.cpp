@@ -8,10 +8,10 @@
 
 #include "ttriangulartopsurface.h"
 
-#include "Support/guard.h"
+#include "Source/ttriangulartopsurface/guard.h"
 #include "Support/memory.h"
 #include "Support/report.h"
-#include "Support/tprimcomb.h"
+#include "Source/ttriangulartopsurface/tprimcomb.h"
 
 #include "interp_double.h"
 #include "md_tetrad.h"

@@ -1,6 +1,6 @@
 #include "determinism/operations.h"
 
-#include "Support/fir_priv.h"
+#include "Source/fir/fir_priv.h"
 #include "fusm.h"
 #include "ibilin.h"
 

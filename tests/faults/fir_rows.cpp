@@ -1,6 +1,6 @@
 #include "faults/sweep.h"
 
-#include "Support/fir_priv.h"
+#include "Source/fir/fir_priv.h"
 #include "faults/injector.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "tconvexhull.h"
 
-#include "Support/hull_priv.h"
+#include "Source/tconvexhull/hull_priv.h"
 #include "support/generator.h"
 #include "support/levels.h"
 

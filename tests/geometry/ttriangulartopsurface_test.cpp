@@ -1,6 +1,6 @@
 #include "ttriangulartopsurface.h"
 
-#include "Support/tprimcomb.h"
+#include "Source/ttriangulartopsurface/tprimcomb.h"
 #include "error_mess.h"
 #include "interp_double.h"
 #include "support/devices.h"

@@ -1,6 +1,6 @@
 #include "fir.h"
 
-#include "Support/fir_priv.h"
+#include "Source/fir/fir_priv.h"
 #include "support/generator.h"
 #include "support/levels.h"
 #include "support/reports.h"

@@ -1,6 +1,6 @@
 #include "special_functions.h"
 
-#include "Support/gamma.h"
+#include "Source/special_functions/gamma.h"
 #include "support/reports.h"
 
 #include <gtest/gtest.h>

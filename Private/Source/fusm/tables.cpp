@@ -1,0 +1,214 @@
+// fusm/tables - the numbers by which a component is sharpened (image)
+//
+// Strength, coring and level factors stand in tables of V + 1 entries. Beside them stand forms that suit vectors.
+// Corrections of bytes are cut to 255, which cannot be seen in a result; and a table without coring mostly is one
+// multiplication:
+//
+//     table[d] = d * multiplier >> shift      for all d, or the table is used
+//
+// A multiplier fits when table[d] * 2^shift <= d * multiplier < (table[d] + 1) * 2^shift, so all that fit lie between
+// two bounds. Example: strength 1.0, radius 1, V = 255, shift 16: 3 wants 21846 at least, 254 wants 21931 at most.
+
+#include "Kernels/kernels.h"
+#include "Support/checked_size.h"
+#include "Source/fusm/fusm_priv.h"
+#include "Support/report.h"
+#include "interp_double.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstring>
+
+using std::int16_t;
+using std::int64_t;
+using std::ptrdiff_t;
+using std::size_t;
+using std::uint16_t;
+using std::uint32_t;
+using std::uint64_t;
+using std::uint8_t;
+
+namespace teska::usm
+{
+
+namespace
+{
+
+constexpr int byte_values = 256;
+constexpr double factor_unit = 256.0;  // the level factor that changes nothing
+constexpr size_t read_ahead = 1;       // entries that a kernel may read behind a table
+
+// What stands in for a table there was no memory for.
+constexpr uint16_t no_correction[1 + read_ahead] = {};
+
+// ---- Correction tables ----------------------------------------------------------------------------------------------
+
+// Cut to an integer between the bounds; NaN gives 0.
+int cut(double value, int low, int high)
+{
+    if (std::isnan(value))
+        return 0;
+    return value <= low ? low : value >= high ? high : static_cast<int>(value);
+}
+
+double gain(int radius, double strength)
+{
+    return radius == 0 ? strength : radius == 1 ? strength / 3 : strength * 0.25;
+}
+
+void fill_table(uint16_t *table, int top, double g, double noise)
+{
+    const int threshold = cut(top * noise, INT_MIN, INT_MAX);
+    const int half = threshold / 2;
+    for (int64_t d = 0; d <= top; ++d) {
+        double value = static_cast<double>(d) * g;
+        if (d < half || (d < threshold && half == 0))
+            value = 0;
+        else if (d < threshold)
+            value = value * static_cast<double>(d - half) / half;
+        table[d] = static_cast<uint16_t>(cut(std::floor(value), 0, UINT16_MAX));
+    }
+}
+
+// The form of the table that is one multiplication by a number of so many bits, for samples up to `largest`. Magnitudes
+// of more than 16 bits have none: their products would not fit.
+usm_ramp find_ramp(const uint16_t *table, int last, double g, int bits, int largest)
+{
+    // Gains above 1 take some of the bits. From 128 on products would leave the lanes of a vector.
+    int shift = bits;
+    while (g > 1 && shift > bits - 7) {
+        g /= 2;
+        --shift;
+    }
+    uint64_t low = 0;
+    uint64_t high = (uint64_t{1} << bits) - 1;
+    for (uint64_t d = 1; d <= static_cast<uint64_t>(last) && low <= high; ++d) {
+        const uint64_t wanted = std::min<uint64_t>(table[d], static_cast<uint64_t>(largest));
+        low = std::max(low, ((wanted << shift) + d - 1) / d);
+        if (wanted < static_cast<uint64_t>(largest))
+            high = std::min(high, (((wanted + 1) << shift) - 1) / d);
+    }
+    return {.fits = low <= high && last <= UINT16_MAX, .multiplier = static_cast<uint32_t>(low), .shift = shift};
+}
+
+// What stands beside the table.
+void fill_vector_forms(usm_curve &curve, double g)
+{
+    for (int d = 0; d < byte_values; ++d)
+        curve.bytes[d] = static_cast<uint8_t>(std::min<int>(curve.table[std::min(d, curve.last)], UINT8_MAX));
+    curve.byte_ramp = find_ramp(curve.table, std::min(curve.last, UINT8_MAX), g, 16, UINT8_MAX);
+    curve.ramp = find_ramp(curve.table, curve.last, g, 32, UINT16_MAX);
+}
+
+size_t row_length(const corrections &c) { return static_cast<size_t>(c.top) + 1; }
+
+// A row of V + 1 two-byte entries for each processed component; empty when that is more than INT_MAX bytes.
+template <class T>
+heap_block<T> rows_of_entries(const corrections &c)
+{
+    checked_size bytes(static_cast<uint64_t>(c.top) + 1, INT_MAX);
+    bytes *= static_cast<uint64_t>(c.processed) * sizeof(T);
+    return bytes.valid() ? zeroed_block<T>(bytes.get() / sizeof(T) + read_ahead) : heap_block<T>();
+}
+
+// Notes whether all components are corrected by the same numbers.
+void compare_curves(corrections &c)
+{
+    const auto differs = [&c](const void *first, const void *row) {
+        return first != row && std::memcmp(first, row, row_length(c) * sizeof(uint16_t)) != 0;
+    };
+    c.alike = true;
+    for (int k = 1; k < c.processed; ++k)
+        if (differs(c.curves[0].table, c.curves[k].table) || differs(c.curves[0].factors, c.curves[k].factors))
+            c.alike = false;
+}
+
+}  // namespace
+
+void build_tables(corrections &c) noexcept
+{
+    // Kept: no report when there is no memory; "usm_new: unable to alloc usmval" is never said.
+    if (!c.tables)
+        c.tables = rows_of_entries<uint16_t>(c);
+    for (int k = 0; k < c.processed; ++k) {
+        usm_curve &curve = c.curves[k];
+        const double g = gain(c.radius, c.strengths[k]);
+        curve.top = c.top;
+        curve.table = no_correction;
+        curve.last = 0;
+        if (c.tables) {
+            uint16_t *const table = c.tables.get() + static_cast<size_t>(k) * row_length(c);
+            fill_table(table, c.top, g, c.noise[k]);
+            curve.table = table;
+            curve.last = c.top;
+        }
+        fill_vector_forms(curve, g);
+    }
+    compare_curves(c);
+}
+
+// ---- Level reduction ------------------------------------------------------------------------------------------------
+
+namespace
+{
+
+using Curve = handle<lin_interp_double, lin_interp_double_kill>;
+
+// The factors of one component; its points stand `stride` numbers apart. False when there is no such curve.
+bool fill_factors(int16_t *row, int top, int points, const double *levels, const double *factors, int stride)
+{
+    const Curve curve(lin_interp_double_new(points, nullptr));
+    if (!curve) {
+        TESKA_ERR("fusm_level_red_set: unable to create lin interp");
+        return false;
+    }
+    for (ptrdiff_t p = 0; p < points; ++p)
+        if (lin_interp_double_insert(curve.get(), levels[p * stride], factors[p * stride]) < 0)
+            return false;
+    for (ptrdiff_t v = 0; v <= top; ++v) {
+        double factor = 0;
+        if (lin_interp_double_inter(curve.get(), top > 0 ? static_cast<double>(v) / top : 0, &factor) < 0)
+            return false;
+        row[v] = static_cast<int16_t>(cut(std::floor(factor_unit * factor), INT16_MIN, INT16_MAX));
+    }
+    return true;
+}
+
+void use_factors(corrections &c)
+{
+    for (int k = 0; k < c.processed; ++k) {
+        usm_curve &curve = c.curves[k];
+        curve.factors = c.factors ? c.factors.get() + static_cast<size_t>(k) * row_length(c) : nullptr;
+        for (int v = 0; v < byte_values && curve.factors != nullptr; ++v) {
+            const auto bits = static_cast<uint16_t>(curve.factors[std::min(v, c.top)]);
+            curve.factor_bytes[0][v] = static_cast<uint8_t>(bits);
+            curve.factor_bytes[1][v] = static_cast<uint8_t>(bits >> 8);
+        }
+    }
+}
+
+}  // namespace
+
+bool set_levels(corrections &c, int points, const double *levels, const double *factors) noexcept
+{
+    c.factors.reset();
+    use_factors(c);
+    compare_curves(c);
+    if (points <= 0)
+        return true;
+    auto rows = rows_of_entries<int16_t>(c);
+    if (!rows)
+        return false;
+    for (int k = 0; k < c.processed; ++k) {
+        int16_t *const row = rows.get() + static_cast<size_t>(k) * row_length(c);
+        if (!fill_factors(row, c.top, points, levels + k, factors + k, c.processed))
+            return false;
+    }
+    c.factors.swap(rows);
+    use_factors(c);
+    compare_curves(c);
+    return true;
+}
+
+}  // namespace teska::usm

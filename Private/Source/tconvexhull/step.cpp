@@ -1,0 +1,280 @@
+// tconvexhull/step - which faces a new point takes away from a hull (geometry)
+//
+// The promised choice is every face with a volume below -0.5. Where faces are small it leaves out some in the midst of
+// others: the border falls into several loops, or touches itself at a vertex, and a cone over it would give an edge
+// more or fewer than two faces. And where it happens to be a loop, the surface is left a little hollow at the faces
+// left out, and a later point may see into the hollow from afar: no choice of faces mends that step alone.
+//
+// In exact steps the choice is every face with a volume below 0 in exact arithmetic. From a first triangle and a point
+// beside it on, the surface is then convex without any slack, and the faces below a point are a disc: those in the
+// plane of the point do not count, so they are also the faces below a point moved a little towards the inside, from
+// which no face is seen edge-on. They hold together, so they are grown around one of them. A neighbour joins when the
+// piece stays a disc: it meets the piece in one edge and its opposite vertex is not of the piece, or in two edges; one
+// with three would leave no other side. Any disc of triangles can be built up that way in any order, so this never
+// stops short; it is there for coordinates whose products overflow, where exact arithmetic ends.
+//
+// The first of them is found by a walk. From a point inside, the eye, every other point lies in the direction of one
+// face: it is outside when it is below that one. A walk starts at a vertex in about that direction and crosses the
+// sides behind which the point lies. With n the normal of a face as long as 1 / its distance from the eye, every step
+// to a face that is not in the same plane makes n * point larger, so the walk ends; among faces in one plane it may go
+// round in circles, and is given up. Then, and before there is an eye, the search through the planes serves.
+
+#include "tconvexhull.h"
+
+#include "Source/tconvexhull/hull_priv.h"
+
+#include <algorithm>
+#include <cmath>
+
+using teska::full;
+
+namespace teska
+{
+
+// ---- Directions -----------------------------------------------------------------------------------------------------
+
+bool compass::reserve(std::size_t vertices) noexcept
+{
+    has_eye_ = false;
+    levels_ = 1;
+    while (std::size_t{6} << 2 * (levels_ - 1) < vertices)
+        ++levels_;
+    last_ = zeroed_block<hull_vertex *>(place({0, 0, 0}, levels_));
+    return last_ != nullptr;
+}
+
+void compass::release() noexcept
+{
+    has_eye_ = false;
+    last_.reset();
+}
+
+void compass::look_from(const double *eye, const double *half) noexcept
+{
+    has_eye_ = true;
+    std::copy_n(eye, 3, eye_);
+    std::copy_n(half, 3, half_);
+}
+
+compass::square compass::finest(const double *point) const noexcept
+{
+    double d[3];
+    int main = 0;
+    for (int k = 0; k < 3; ++k) {
+        d[k] = (point[k] - eye_[k]) / half_[k];
+        main = std::fabs(d[k]) > std::fabs(d[main]) ? k : main;
+    }
+    const double squares = static_cast<double>(std::size_t{1} << (levels_ - 1));
+    // Where it meets the side, from edge to edge; the eye itself lies in the first square.
+    const auto along = [&](double length) {
+        const double at = (length / std::fabs(d[main]) + 1) / 2 * squares;
+        return static_cast<std::size_t>(at >= 1 ? std::min(at, squares - 1) : 0.0);
+    };
+    return {2 * static_cast<std::size_t>(main) + (d[main] < 0 ? 1 : 0), along(d[(main + 1) % 3]),
+            along(d[(main + 2) % 3])};
+}
+
+// The squares of all coarser levels come first: 6 + 24 + .. = 2 (4^level - 1).
+std::size_t compass::place(const square &of, int level) const noexcept
+{
+    const int finer = std::max(levels_ - 1 - level, 0);
+    const std::size_t coarser = 2 * ((std::size_t{1} << 2 * level) - 1);
+    return coarser + (((of.side << level) + (of.x >> finer)) << level) + (of.y >> finer);
+}
+
+void compass::enter(hull_vertex *v) noexcept
+{
+    const square in = finest(v->v);
+    for (int level = 0; level < levels_; ++level)
+        last_[place(in, level)] = v;
+}
+
+const hull_vertex *compass::nearest(const double *point) const noexcept
+{
+    const square in = finest(point);
+    for (int level = levels_ - 1; level >= 0; --level) {
+        const hull_vertex *const v = last_[place(in, level)];
+        if (v != nullptr && !v->gone)
+            return v;
+    }
+    return nullptr;
+}
+
+namespace
+{
+
+// Whether the border, of which every vertex knows its follower, comes back to its beginning only after all its edges.
+bool one_loop(const tVertexStructure *begin, std::size_t edges) noexcept
+{
+    std::size_t length = 0;
+    const tVertexStructure *v = begin;
+    do {
+        v = static_cast<const hull_vertex *>(v)->follower;
+        ++length;
+    } while (v != begin);
+    return length == edges;
+}
+
+tFaceStructure *across(const tEdgeStructure *e, const tFaceStructure *f) noexcept
+{
+    return e->adjface[e->adjface[0] == f ? 1 : 0];
+}
+
+// The face of a convex hull in the direction of the point; null: not found on the way.
+tFaceStructure *walk(const double *eye, tFaceStructure *from, const double *p, std::ptrdiff_t steps) noexcept
+{
+    tFaceStructure *f = from;
+    const tEdgeStructure *crossed = nullptr;
+    for (; steps > 0; --steps) {
+        const auto behind = [&](int i) {
+            return f->edge[i] != crossed && exact_volume_sign(f->vertex[i]->v, f->vertex[(i + 1) % 3]->v, p, eye) < 0;
+        };
+        int i = 0;
+        while (i < 3 && !behind(i))
+            ++i;
+        if (i == 3)
+            return f;
+        crossed = f->edge[i];
+        f = across(crossed, f);
+    }
+    return nullptr;
+}
+
+// A face below the point; null: there is none. Any face will do to start from.
+tFaceStructure *find_below(const tHullStore &store, tFaceStructure *any, const double *p) noexcept
+{
+    const face_planes &planes = store.planes;
+    if (store.compass.has_eye()) {
+        const hull_vertex *const v = store.compass.nearest(p);
+        // Steps that cost about as much as the search are enough.
+        tFaceStructure *const f = walk(store.compass.eye(), v != nullptr ? v->face : any, p, 64 + planes.faces() / 16);
+        if (f != nullptr)
+            return exact_volume_sign(f, p) < 0 ? f : nullptr;
+    }
+    const centred_point point(store, p);
+    const double band = store.band(point.largest);
+    for (std::ptrdiff_t i = 0; (i = planes.first_below(i, point.at, band)) < planes.faces(); ++i)
+        if (exact_volume_sign(planes.face(i), p) < 0)
+            return planes.face(i);
+    return nullptr;
+}
+
+// A piece of the surface that stays a disc.
+class piece
+{
+public:
+    explicit piece(int number) noexcept : number_(number) {}
+
+    [[nodiscard]] bool may_join(const tFaceStructure *f) const noexcept
+    {
+        int shared = 0;
+        int corners = 0;
+        for (int i = 0; i < 3; ++i) {
+            shared += across(f->edge[i], f)->visible;
+            corners += full(f->vertex[i])->piece == number_ ? 1 : 0;
+        }
+        return shared == 2 || (shared == 1 && corners == 2);
+    }
+
+    // False: memory is short.
+    bool join(tHullStore &store, tFaceStructure *f) const noexcept
+    {
+        for (tVertexStructure *const v : f->vertex)
+            full(v)->piece = number_;
+        return store.see(f);
+    }
+
+private:
+    int number_;
+};
+
+}  // namespace
+
+}  // namespace teska
+
+void tHullStore::orient(tVertexStructure *added) noexcept
+{
+    if (compass.has_eye())
+        compass.enter(teska::full(added));
+    if (compass.has_eye() || planes.faces() != 4)
+        return;
+    double mean[3] = {};
+    bool inside_all = true;
+    for (int i = 0; i < 4; ++i)
+        for (const tVertexStructure *const v : planes.face(i)->vertex)
+            for (int k = 0; k < 3; ++k)
+                mean[k] += v->v[k] / 12;
+    for (int i = 0; i < 4; ++i)
+        inside_all = inside_all && teska::exact_volume_sign(planes.face(i), mean) > 0;
+    if (inside_all)
+        compass.look_from(mean, half);
+}
+
+// Marks and gathers the faces that the point takes away, and finds their border. Returns a hull_step.
+int TConvexHull::FindVisible(tVertexStructure *p)
+{
+    const teska::centred_point point(*store, p->v);
+    if (store->planes.in_core(point.at))
+        return teska::inside;
+    if (store->exact)
+        return FindBelow(p);
+    const double limit = store->band(point.largest) - teska::visible_volume;
+    const teska::face_planes &planes = store->planes;
+    for (std::ptrdiff_t i = 0; (i = planes.first_below(i, point.at, limit)) < planes.faces(); ++i)
+        if (VolumeSign(planes.face(i), p) < 0 && !store->see(planes.face(i)))
+            return teska::no_memory;
+    // The first point beside the double triangle is above one side or the other, whatever rounding says.
+    if (store->seen.size() == 0 && planes.faces() == 2 && VolumeSign(faces, p) > 0 && !store->see(faces->next))
+        return teska::no_memory;
+    return store->seen.size() == 0 ? teska::inside : FindBorder();
+}
+
+// The same in exact steps.
+int TConvexHull::FindBelow(tVertexStructure *p)
+{
+    tFaceStructure *const start = teska::find_below(*store, faces, p->v);
+    if (start == nullptr)
+        return teska::inside;
+    const teska::piece grown(++store->pieces_grown);
+    if (!grown.join(*store, start))
+        return teska::no_memory;
+    for (std::size_t i = 0; i < store->seen.size(); ++i)
+        for (const tEdgeStructure *const e : store->seen[i]->edge) {
+            tFaceStructure *const f = teska::across(e, store->seen[i]);
+            const bool joins = f->visible == 0 && grown.may_join(f) && teska::exact_volume_sign(f, p->v) < 0;
+            if (joins && !grown.join(*store, f))
+                return teska::no_memory;
+        }
+    return FindBorder();
+}
+
+// The edges at the border of the marked faces, in the order of the list, and those between them. Returns a hull_step.
+int TConvexHull::FindBorder()
+{
+    store->border.clear();
+    store->buried.clear();
+    bool simple = true;
+    const tVertexStructure *begin = nullptr;
+    for (tFaceStructure *const f : store->seen)
+        for (int i = 0; i < 3; ++i) {
+            tEdgeStructure *const e = f->edge[i];
+            if (teska::across(e, f)->visible != 0) {
+                if (e->adjface[0] == f && !store->buried.push(e))
+                    return teska::no_memory;
+                continue;
+            }
+            if (!store->border.push(e))
+                return teska::no_memory;
+            begin = f->vertex[i];
+            tVertexStructure *&follower = full(f->vertex[i])->follower;
+            simple = simple && follower == nullptr;
+            follower = f->vertex[(i + 1) % 3];
+        }
+    simple = simple && begin != nullptr && teska::one_loop(begin, store->border.size());
+    for (const tEdgeStructure *const e : store->border)
+        for (tVertexStructure *const end : e->endpts)
+            full(end)->follower = nullptr;
+    std::sort(store->border.begin(), store->border.end(),
+              [](tEdgeStructure *a, tEdgeStructure *b) { return full(a)->order < full(b)->order; });
+    return simple ? teska::outside : teska::torn;
+}
