@@ -3,11 +3,11 @@
 // Each case appends n items of 8 bytes to an empty container that grows by 10. The rates of a container at 8,000,
 // 16,000, 32,000 and 64,000 items are about the same when the time is in proportion to the number of items.
 
+#include "support/pairs.h"
+
 #include "dynar.h"
 #include "itemfifo.h"
 #include "list.h"
-
-#include "support/pairs.h"
 
 #include <benchmark/benchmark.h>
 

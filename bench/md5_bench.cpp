@@ -1,8 +1,8 @@
 // md5_bench - the MD5 digest beside that of OpenSSL, one thread
 
-#include "md5_digest.h"
-
 #include "support/pairs.h"
+
+#include "md5_digest.h"
 
 #include <benchmark/benchmark.h>
 #include <openssl/evp.h>

@@ -3,9 +3,9 @@
 // One item: one evaluation, of a function that costs next to nothing, so that the time is that of the search around it.
 // All search from one start to the same nearness, each along its own way. Objects are kept from search to search.
 
-#include "dhsm.h"
-
 #include "support/pairs.h"
+
+#include "dhsm.h"
 
 #include <benchmark/benchmark.h>
 #include <gsl/gsl_multimin.h>

@@ -2,9 +2,9 @@
 //
 // Construction is timed with the callback's share in it; "callback" tells what that is: the same number of calls alone.
 
-#include "ttriangulartopsurface.h"
-
 #include "support/devices.h"
+
+#include "ttriangulartopsurface.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,6 +1,7 @@
-#include <cstdio>
 #include <error_mess.h>
 #include <md_tetrab.h>
+
+#include <cstdio>
 
 int main()
 {

@@ -44,6 +44,7 @@
 #include "teska_api.h"
 #ifdef __cplusplus
 #    include "list.h"
+
 #    include <cstdint>
 #    include <cstdio>
 

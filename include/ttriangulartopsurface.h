@@ -53,11 +53,11 @@
 #define TESKA_TTRIANGULARTOPSURFACE_H
 #include "teska_api.h"
 #ifdef __cplusplus
+#    include "tlist.h"
+
 #    include <cstddef>
 #    include <cstdio>
 #    include <ostream>
-
-#    include "tlist.h"
 
 struct lin_interp_double;
 struct md_tetrad;

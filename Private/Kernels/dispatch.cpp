@@ -37,37 +37,37 @@ public:
         const simd_level level = limit < available ? limit : available;
         install_scalar(table.clut);
         install_scalar(table.fir);
-        install_scalar(table.tetrab);
-        install_scalar(table.tetrad);
+        install_scalar(table.md_tetrab);
+        install_scalar(table.md_tetrad);
         install_scalar(table.hull);
         install_scalar(table.mat);
-        install_scalar(table.usm);
-        install_scalar(table.bilin);
+        install_scalar(table.fusm);
+        install_scalar(table.ibilin);
         if (level >= simd_level::sse41) {
             install_sse41(table.clut);
-            install_sse41(table.bilin);
+            install_sse41(table.ibilin);
             install_sse41(table.fir);
-            install_sse41(table.tetrab);
-            install_sse41(table.usm);
+            install_sse41(table.md_tetrab);
+            install_sse41(table.fusm);
         }
         if (level >= simd_level::avx2) {
             install_avx2(table.clut);
-            install_avx2(table.bilin);
+            install_avx2(table.ibilin);
             install_avx2(table.fir);
             install_avx2(table.hull);
             install_avx2(table.mat);
-            install_avx2(table.tetrab, gathers());
-            install_avx2(table.tetrad);
-            install_avx2(table.usm, gathers());
+            install_avx2(table.md_tetrab, gathers());
+            install_avx2(table.md_tetrad);
+            install_avx2(table.fusm, gathers());
         }
         if (level >= simd_level::avx512) {
             install_avx512(table.fir);
             install_avx512(table.hull);
             install_avx512(table.mat);
-            install_avx512(table.bilin);
-            install_avx512(table.tetrab);
-            install_avx512(table.tetrad);
-            install_avx512(table.usm, gathers());
+            install_avx512(table.ibilin);
+            install_avx512(table.md_tetrab);
+            install_avx512(table.md_tetrad);
+            install_avx512(table.fusm, gathers());
         }
     }
 

@@ -134,12 +134,12 @@ struct avx2_loads : avx2 {
 
 }  // namespace
 
-void install_avx2(usm_kernels &table, bool gathers) noexcept
+void install_avx2(fusm_kernels &table, bool gathers) noexcept
 {
     if (gathers)
-        usm_install<avx2, avx2_gathers>(table);
+        fusm_install<avx2, avx2_gathers>(table);
     else
-        usm_install<avx2, avx2_loads>(table);
+        fusm_install<avx2, avx2_loads>(table);
 }
 
 }  // namespace teska

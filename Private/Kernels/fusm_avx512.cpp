@@ -134,12 +134,12 @@ struct avx512_loads : avx512 {
 
 }  // namespace
 
-void install_avx512(usm_kernels &table, bool gathers) noexcept
+void install_avx512(fusm_kernels &table, bool gathers) noexcept
 {
     if (gathers)
-        usm_install<avx512, avx512_gathers>(table);
+        fusm_install<avx512, avx512_gathers>(table);
     else
-        usm_install<avx512, avx512_loads>(table);
+        fusm_install<avx512, avx512_loads>(table);
 }
 
 }  // namespace teska

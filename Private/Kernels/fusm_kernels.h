@@ -11,14 +11,14 @@ namespace teska
 
 // A run of corrections that is one multiplication: min(table[d], largest sample) is min(d * multiplier >> shift, the
 // same) for every d up to `last`.
-struct usm_ramp {
+struct fusm_ramp {
     bool fits;  // the rest means nothing otherwise
     std::uint32_t multiplier;
     int shift;
 };
 
 // How one component is corrected. Tables are followed by two readable bytes, so that a word may be read at any entry.
-struct usm_curve {
+struct fusm_curve {
     const std::uint16_t *table;   // corrections by min(|high-pass|, last)
     const std::int16_t *factors;  // in 256ths, by min(sample, top); null: the high-pass counts as it is
     std::int32_t last;            // not negative
@@ -27,14 +27,14 @@ struct usm_curve {
     // The same for samples of 8 bits, where last and top are at most 255.
     std::uint8_t bytes[256];            // min(table[min(d, last)], 255)
     std::uint8_t factor_bytes[2][256];  // low and high byte of factors[min(sample, top)]
-    usm_ramp byte_ramp;                 // multiplier below 2^16, shift 9 .. 16
-    usm_ramp ramp;                      // for samples of 16 bits; shift 25 .. 32
+    fusm_ramp byte_ramp;                // multiplier below 2^16, shift 9 .. 16
+    fusm_ramp ramp;                     // for samples of 16 bits; shift 25 .. 32
 };
 
 // Samples of a line on their way from the window to the output: one component, or components alike that lie side by
 // side. Steps lead from one to the next. The output overlaps nothing that is read.
 template <class Sample>
-struct usm_line {
+struct fusm_line {
     const Sample *rows[5];  // first samples of the lines in the window, 3 or 5 of them, oldest first
     std::ptrdiff_t row_step;
     std::ptrdiff_t distance;  // in the rows, from a sample to its neighbour: row_step, or larger where row_step is 1
@@ -49,25 +49,25 @@ struct usm_line {
     std::int32_t *high_pass;  // scratch, width values
 };
 
-using usm_bytes = usm_line<std::uint8_t>;
-using usm_words = usm_line<std::uint16_t>;
+using fusm_bytes = fusm_line<std::uint8_t>;
+using fusm_words = fusm_line<std::uint16_t>;
 
-struct usm_kernels {
+struct fusm_kernels {
     // By radius 0, 1, 2.
-    void (*bytes[3])(const usm_curve &curve, const usm_bytes &line) noexcept;
-    void (*words[3])(const usm_curve &curve, const usm_words &line) noexcept;
+    void (*bytes[3])(const fusm_curve &curve, const fusm_bytes &line) noexcept;
+    void (*words[3])(const fusm_curve &curve, const fusm_words &line) noexcept;
 };
 
-void install_scalar(usm_kernels &table) noexcept;
-void install_sse41(usm_kernels &table) noexcept;
-void install_avx2(usm_kernels &table, bool gathers) noexcept;
-void install_avx512(usm_kernels &table, bool gathers) noexcept;
+void install_scalar(fusm_kernels &table) noexcept;
+void install_sse41(fusm_kernels &table) noexcept;
+void install_avx2(fusm_kernels &table, bool gathers) noexcept;
+void install_avx512(fusm_kernels &table, bool gathers) noexcept;
 
 // The definition for the samples first .. end - 1 of a line.
-void usm_pixels(int radius, const usm_curve &curve, const usm_bytes &line, std::ptrdiff_t first,
-                std::ptrdiff_t end) noexcept;
-void usm_pixels(int radius, const usm_curve &curve, const usm_words &line, std::ptrdiff_t first,
-                std::ptrdiff_t end) noexcept;
+void fusm_pixels(int radius, const fusm_curve &curve, const fusm_bytes &line, std::ptrdiff_t first,
+                 std::ptrdiff_t end) noexcept;
+void fusm_pixels(int radius, const fusm_curve &curve, const fusm_words &line, std::ptrdiff_t first,
+                 std::ptrdiff_t end) noexcept;
 
 }  // namespace teska
 

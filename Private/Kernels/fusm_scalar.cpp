@@ -25,20 +25,20 @@ using std::ptrdiff_t;
 constexpr int factor_bits = 8;
 
 template <int Radius, class Sample>
-int32_t weighted_sum(const usm_line<Sample> &line, ptrdiff_t x) noexcept
+int32_t weighted_sum(const fusm_line<Sample> &line, ptrdiff_t x) noexcept
 {
-    using window = usm_window<Radius>;
+    using window = fusm_window<Radius>;
     int32_t sum = 0;
 #pragma GCC unroll 32
     for (int t = 0; t < window::count; ++t) {
-        const usm_tap &tap = window::taps[t];
-        sum += tap.weight * line.rows[usm_reach(Radius) + tap.row][x * line.row_step + tap.column * line.distance];
+        const fusm_tap &tap = window::taps[t];
+        sum += tap.weight * line.rows[fusm_reach(Radius) + tap.row][x * line.row_step + tap.column * line.distance];
     }
     return sum;
 }
 
 template <int Radius, class Sample>
-void fill_high_pass(const usm_line<Sample> &line, ptrdiff_t first, ptrdiff_t end) noexcept
+void fill_high_pass(const fusm_line<Sample> &line, ptrdiff_t first, ptrdiff_t end) noexcept
 {
     for (ptrdiff_t x = first; x < end; ++x)
         line.high_pass[x] = x >= line.border && x < line.width - line.border ? weighted_sum<Radius>(line, x) : 0;
@@ -52,7 +52,7 @@ int32_t magnitude(int64_t h, int32_t last) noexcept
 }
 
 template <class Sample>
-void correct(const usm_curve &curve, const usm_line<Sample> &line, ptrdiff_t first, ptrdiff_t end) noexcept
+void correct(const fusm_curve &curve, const fusm_line<Sample> &line, ptrdiff_t first, ptrdiff_t end) noexcept
 {
     constexpr int32_t largest = static_cast<Sample>(-1);
     const int32_t top = curve.top < largest ? curve.top : largest;
@@ -71,7 +71,7 @@ void correct(const usm_curve &curve, const usm_line<Sample> &line, ptrdiff_t fir
 }
 
 template <class Sample>
-void sharpen_pixels(int radius, const usm_curve &curve, const usm_line<Sample> &line, ptrdiff_t first,
+void sharpen_pixels(int radius, const fusm_curve &curve, const fusm_line<Sample> &line, ptrdiff_t first,
                     ptrdiff_t end) noexcept
 {
     if (radius == 0)
@@ -84,24 +84,24 @@ void sharpen_pixels(int radius, const usm_curve &curve, const usm_line<Sample> &
 }
 
 template <int Radius, class Sample>
-void sharpen(const usm_curve &curve, const usm_line<Sample> &line) noexcept
+void sharpen(const fusm_curve &curve, const fusm_line<Sample> &line) noexcept
 {
     sharpen_pixels(Radius, curve, line, 0, line.width);
 }
 
 }  // namespace
 
-void usm_pixels(int radius, const usm_curve &curve, const usm_bytes &line, ptrdiff_t first, ptrdiff_t end) noexcept
+void fusm_pixels(int radius, const fusm_curve &curve, const fusm_bytes &line, ptrdiff_t first, ptrdiff_t end) noexcept
 {
     sharpen_pixels(radius, curve, line, first, end);
 }
 
-void usm_pixels(int radius, const usm_curve &curve, const usm_words &line, ptrdiff_t first, ptrdiff_t end) noexcept
+void fusm_pixels(int radius, const fusm_curve &curve, const fusm_words &line, ptrdiff_t first, ptrdiff_t end) noexcept
 {
     sharpen_pixels(radius, curve, line, first, end);
 }
 
-void install_scalar(usm_kernels &table) noexcept
+void install_scalar(fusm_kernels &table) noexcept
 {
     table = {{sharpen<0, std::uint8_t>, sharpen<1, std::uint8_t>, sharpen<2, std::uint8_t>},
              {sharpen<0, std::uint16_t>, sharpen<1, std::uint16_t>, sharpen<2, std::uint16_t>}};

@@ -119,6 +119,6 @@ struct sse41 {
 
 }  // namespace
 
-void install_sse41(usm_kernels &table) noexcept { usm_install<sse41, sse41>(table); }
+void install_sse41(fusm_kernels &table) noexcept { fusm_install<sse41, sse41>(table); }
 
 }  // namespace teska

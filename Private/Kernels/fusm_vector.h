@@ -28,7 +28,7 @@ namespace
 
 // A stretch of adjacent samples of all components, those of interest `distance` apart.
 template <class Sample>
-struct usm_stretch {
+struct fusm_stretch {
     const Sample *rows[5];
     const Sample *samples;
     const Sample *limits;  // null: top
@@ -39,35 +39,35 @@ struct usm_stretch {
 
 // The pointers from which the taps of a window are read.
 template <int Radius, class Sample>
-struct usm_neighbours {
-    const Sample *at[usm_window<Radius>::count + 1];
+struct fusm_neighbours {
+    const Sample *at[fusm_window<Radius>::count + 1];
 
-    explicit usm_neighbours(const usm_stretch<Sample> &s) noexcept
+    explicit fusm_neighbours(const fusm_stretch<Sample> &s) noexcept
     {
-        for (int t = 0; t < usm_window<Radius>::count; ++t) {
-            const usm_tap &tap = usm_window<Radius>::taps[t];
-            at[t] = s.rows[usm_reach(Radius) + tap.row] + tap.column * s.distance;
+        for (int t = 0; t < fusm_window<Radius>::count; ++t) {
+            const fusm_tap &tap = fusm_window<Radius>::taps[t];
+            at[t] = s.rows[fusm_reach(Radius) + tap.row] + tap.column * s.distance;
         }
-        at[usm_window<Radius>::count] = at[0];
+        at[fusm_window<Radius>::count] = at[0];
     }
 
     // The last tap of a window stands beside one of weight 0.
     static constexpr int weight(int t) noexcept
     {
-        return t < usm_window<Radius>::count ? usm_window<Radius>::taps[t].weight : 0;
+        return t < fusm_window<Radius>::count ? fusm_window<Radius>::taps[t].weight : 0;
     }
 };
 
 template <class Isa, int Radius>
-class usm_byte_kernel
+class fusm_byte_kernel
 {
     using vector = typename Isa::vector;
-    using stretch = usm_stretch<std::uint8_t>;
+    using stretch = fusm_stretch<std::uint8_t>;
 
 public:
     static constexpr int lanes = static_cast<int>(sizeof(vector));
 
-    explicit usm_byte_kernel(const usm_curve &curve) noexcept
+    explicit fusm_byte_kernel(const fusm_curve &curve) noexcept
         : levels_(curve.factors != nullptr), ramp_(curve.byte_ramp.fits), shift_(16 - curve.byte_ramp.shift),
           multiplier_(Isa::set16(static_cast<int>(curve.byte_ramp.multiplier))), last_(Isa::set16(curve.last)),
           top_(Isa::set8(curve.top)), corrections_(curve.bytes, !ramp_), low_(curve.factor_bytes[0], levels_),
@@ -75,16 +75,16 @@ public:
     {
     }
 
-    static bool serves(const usm_curve &curve) noexcept { return curve.last <= 255 && curve.top <= 255; }
+    static bool serves(const fusm_curve &curve) noexcept { return curve.last <= 255 && curve.top <= 255; }
 
     // The vector of samples from i on.
-    void sharpen_vector(const stretch &s, const usm_neighbours<Radius, std::uint8_t> &from,
+    void sharpen_vector(const stretch &s, const fusm_neighbours<Radius, std::uint8_t> &from,
                         std::ptrdiff_t i) const noexcept
     {
         const vector samples = Isa::load(s.samples + i);
         vector h[2] = {Isa::set16(0), Isa::set16(0)};
 #pragma GCC unroll 16
-        for (int t = 0; t < usm_window<Radius>::count; t += 2) {
+        for (int t = 0; t < fusm_window<Radius>::count; t += 2) {
             const vector a = Isa::load(from.at[t] + i);
             const vector b = Isa::load(from.at[t + 1] + i);
             const vector weights = Isa::set16((from.weight(t) & 255) | from.weight(t + 1) * 256);
@@ -134,31 +134,31 @@ private:
 };
 
 template <class Isa, int Radius>
-class usm_word_kernel
+class fusm_word_kernel
 {
     using vector = typename Isa::vector;
-    using stretch = usm_stretch<std::uint16_t>;
+    using stretch = fusm_stretch<std::uint16_t>;
 
 public:
     static constexpr int lanes = static_cast<int>(sizeof(vector) / 2);
 
-    explicit usm_word_kernel(const usm_curve &curve) noexcept
+    explicit fusm_word_kernel(const fusm_curve &curve) noexcept
         : curve_(curve), shift_(curve.ramp.shift), multiplier_(Isa::set32(static_cast<int>(curve.ramp.multiplier))),
           last_(Isa::set32(curve.last)), top_(Isa::set16(curve.top < 65535 ? curve.top : 65535))
     {
     }
 
-    static bool serves(const usm_curve &) noexcept { return true; }
+    static bool serves(const fusm_curve &) noexcept { return true; }
 
     // The vector of samples from i on.
-    void sharpen_vector(const stretch &s, const usm_neighbours<Radius, std::uint16_t> &from,
+    void sharpen_vector(const stretch &s, const fusm_neighbours<Radius, std::uint16_t> &from,
                         std::ptrdiff_t i) const noexcept
     {
         const vector offset = Isa::set16(0x8000);
         const vector samples = Isa::load(s.samples + i);
         vector h[2] = {Isa::set32(0), Isa::set32(0)};
 #pragma GCC unroll 16
-        for (int t = 0; t < usm_window<Radius>::count; t += 2) {
+        for (int t = 0; t < fusm_window<Radius>::count; t += 2) {
             const vector a = Isa::exclusive_or(Isa::load(from.at[t] + i), offset);
             const vector b = Isa::exclusive_or(Isa::load(from.at[t + 1] + i), offset);
             const vector weights = Isa::set32((from.weight(t) & 65535) | from.weight(t + 1) * 65536);
@@ -190,7 +190,7 @@ private:
                           Isa::template shift_right32<8>(rest));
     }
 
-    const usm_curve &curve_;
+    const fusm_curve &curve_;
     int shift_;
     vector multiplier_;
     vector last_;
@@ -199,9 +199,9 @@ private:
 
 // A whole stretch of at least a vector: what is less than one at its end is computed together with samples before it.
 template <int Radius, class Kernel, class Sample>
-void usm_sharpen_stretch(const Kernel &kernel, const usm_stretch<Sample> &s) noexcept
+void fusm_sharpen_stretch(const Kernel &kernel, const fusm_stretch<Sample> &s) noexcept
 {
-    const usm_neighbours<Radius, Sample> from(s);
+    const fusm_neighbours<Radius, Sample> from(s);
     std::ptrdiff_t i = 0;
     for (; i + Kernel::lanes <= s.count; i += Kernel::lanes)
         kernel.sharpen_vector(s, from, i);
@@ -209,13 +209,13 @@ void usm_sharpen_stretch(const Kernel &kernel, const usm_stretch<Sample> &s) noe
         kernel.sharpen_vector(s, from, s.count - Kernel::lanes);
 }
 
-constexpr std::ptrdiff_t usm_stage = 1024;  // samples of a piece, those between the ones of interest counted
-constexpr std::ptrdiff_t usm_widest_step = 10;
+constexpr std::ptrdiff_t fusm_stage = 1024;  // samples of a piece, those between the ones of interest counted
+constexpr std::ptrdiff_t fusm_widest_step = 10;
 
 // Every step-th sample of a line to every distance-th place.
 template <class Sample>
-void usm_move(const Sample *from, std::ptrdiff_t step, Sample *to, std::ptrdiff_t distance,
-              std::ptrdiff_t count) noexcept
+void fusm_move(const Sample *from, std::ptrdiff_t step, Sample *to, std::ptrdiff_t distance,
+               std::ptrdiff_t count) noexcept
 {
 #pragma GCC unroll 8
     for (std::ptrdiff_t i = 0; i < count; ++i)
@@ -225,72 +225,72 @@ void usm_move(const Sample *from, std::ptrdiff_t step, Sample *to, std::ptrdiff_
 // The pixels first .. end - 1, which the window reaches, in pieces: results go through a buffer, and so does what does
 // not lie as the rows do. Returns the first pixel not done: the last piece may be less than a vector.
 template <int Radius, class Kernel, class Sample>
-std::ptrdiff_t usm_pieces(const Kernel &kernel, const usm_line<Sample> &line, std::ptrdiff_t first,
-                          std::ptrdiff_t end) noexcept
+std::ptrdiff_t fusm_pieces(const Kernel &kernel, const fusm_line<Sample> &line, std::ptrdiff_t first,
+                           std::ptrdiff_t end) noexcept
 {
-    Sample samples[usm_stage] = {};
-    Sample limits[usm_stage] = {};
-    Sample results[usm_stage];
+    Sample samples[fusm_stage] = {};
+    Sample limits[fusm_stage] = {};
+    Sample results[fusm_stage];
     const std::ptrdiff_t distance =
         line.distance;  // the step of the rows as well: what lies side by side needs no pieces
-    const std::ptrdiff_t pixels = (usm_stage - 1) / distance + 1;
-    usm_stretch<Sample> piece{{}, samples, line.limits != nullptr ? limits : nullptr, results, distance, 0};
+    const std::ptrdiff_t pixels = (fusm_stage - 1) / distance + 1;
+    fusm_stretch<Sample> piece{{}, samples, line.limits != nullptr ? limits : nullptr, results, distance, 0};
     while (first < end) {
         const std::ptrdiff_t count = end - first < pixels ? end - first : pixels;
         piece.count = (count - 1) * distance + 1;
         if (piece.count < Kernel::lanes)
             break;
-        for (int row = 0; row < 2 * usm_reach(Radius) + 1; ++row)
+        for (int row = 0; row < 2 * fusm_reach(Radius) + 1; ++row)
             piece.rows[row] = line.rows[row] + first * distance;
         if (line.step == distance)
             piece.samples = line.samples + first * distance;
         else
-            usm_move(line.samples + first * line.step, line.step, samples, distance, count);
+            fusm_move(line.samples + first * line.step, line.step, samples, distance, count);
         if (line.limits != nullptr)
-            usm_move(line.limits + first * line.limit_step, line.limit_step, limits, distance, count);
-        usm_sharpen_stretch<Radius>(kernel, piece);
-        usm_move(static_cast<const Sample *>(results), distance, line.out + first * line.out_step, line.out_step,
-                 count);
+            fusm_move(line.limits + first * line.limit_step, line.limit_step, limits, distance, count);
+        fusm_sharpen_stretch<Radius>(kernel, piece);
+        fusm_move(static_cast<const Sample *>(results), distance, line.out + first * line.out_step, line.out_step,
+                  count);
         first += count;
     }
     return first;
 }
 
 template <class Kernel, class Sample, int Radius>
-void usm_sharpen(const usm_curve &curve, const usm_line<Sample> &line) noexcept
+void fusm_sharpen(const fusm_curve &curve, const fusm_line<Sample> &line) noexcept
 {
     const std::ptrdiff_t border = line.border;
     const std::ptrdiff_t inner = line.width - 2 * border;
-    if (!Kernel::serves(curve) || line.row_step < 1 || line.row_step > usm_widest_step ||
+    if (!Kernel::serves(curve) || line.row_step < 1 || line.row_step > fusm_widest_step ||
         (inner - 1) * line.row_step + 1 < Kernel::lanes) {
-        usm_pixels(Radius, curve, line, 0, line.width);
+        fusm_pixels(Radius, curve, line, 0, line.width);
         return;
     }
     const Kernel kernel(curve);
     std::ptrdiff_t done = border + inner;
     if (line.row_step == 1 && line.step == 1 && line.out_step == 1 &&
         (line.limits == nullptr || line.limit_step == 1)) {
-        usm_stretch<Sample> whole{{}, line.samples + border, nullptr, line.out + border, line.distance, inner};
-        for (int row = 0; row < 2 * usm_reach(Radius) + 1; ++row)
+        fusm_stretch<Sample> whole{{}, line.samples + border, nullptr, line.out + border, line.distance, inner};
+        for (int row = 0; row < 2 * fusm_reach(Radius) + 1; ++row)
             whole.rows[row] = line.rows[row] + border;
         if (line.limits != nullptr)
             whole.limits = line.limits + border;
-        usm_sharpen_stretch<Radius>(kernel, whole);
+        fusm_sharpen_stretch<Radius>(kernel, whole);
     } else
-        done = usm_pieces<Radius>(kernel, line, border, border + inner);
-    usm_pixels(Radius, curve, line, 0, border);
-    usm_pixels(Radius, curve, line, done, line.width);
+        done = fusm_pieces<Radius>(kernel, line, border, border + inner);
+    fusm_pixels(Radius, curve, line, 0, border);
+    fusm_pixels(Radius, curve, line, done, line.width);
 }
 
 template <class ForBytes, class ForWords>
-void usm_install(usm_kernels &table) noexcept
+void fusm_install(fusm_kernels &table) noexcept
 {
-    table = {{usm_sharpen<usm_byte_kernel<ForBytes, 0>, std::uint8_t, 0>,
-              usm_sharpen<usm_byte_kernel<ForBytes, 1>, std::uint8_t, 1>,
-              usm_sharpen<usm_byte_kernel<ForBytes, 2>, std::uint8_t, 2>},
-             {usm_sharpen<usm_word_kernel<ForWords, 0>, std::uint16_t, 0>,
-              usm_sharpen<usm_word_kernel<ForWords, 1>, std::uint16_t, 1>,
-              usm_sharpen<usm_word_kernel<ForWords, 2>, std::uint16_t, 2>}};
+    table = {{fusm_sharpen<fusm_byte_kernel<ForBytes, 0>, std::uint8_t, 0>,
+              fusm_sharpen<fusm_byte_kernel<ForBytes, 1>, std::uint8_t, 1>,
+              fusm_sharpen<fusm_byte_kernel<ForBytes, 2>, std::uint8_t, 2>},
+             {fusm_sharpen<fusm_word_kernel<ForWords, 0>, std::uint16_t, 0>,
+              fusm_sharpen<fusm_word_kernel<ForWords, 1>, std::uint16_t, 1>,
+              fusm_sharpen<fusm_word_kernel<ForWords, 2>, std::uint16_t, 2>}};
 }
 
 }  // namespace

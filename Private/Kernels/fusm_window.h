@@ -19,37 +19,37 @@ namespace
 {
 
 // A sample as seen from the middle.
-struct usm_tap {
+struct fusm_tap {
     int row;
     int column;
     int weight;
 };
 
 // Lines and columns to either side of the middle.
-constexpr int usm_reach(int radius) noexcept { return radius == 0 ? 1 : 2; }
+constexpr int fusm_reach(int radius) noexcept { return radius == 0 ? 1 : 2; }
 
 template <int Radius>
-struct usm_window;
+struct fusm_window;
 
 template <>
-struct usm_window<0> {
+struct fusm_window<0> {
     static constexpr int count = 5;
-    static constexpr usm_tap taps[] = {{0, 0, 4}, {-1, 0, -1}, {1, 0, -1}, {0, -1, -1}, {0, 1, -1}};
+    static constexpr fusm_tap taps[] = {{0, 0, 4}, {-1, 0, -1}, {1, 0, -1}, {0, -1, -1}, {0, 1, -1}};
 };
 
 template <>
-struct usm_window<1> {
+struct fusm_window<1> {
     static constexpr int count = 9;
-    static constexpr usm_tap taps[] = {{0, 0, 12},  {-1, 0, -2}, {1, 0, -2},  {0, -1, -2}, {0, 1, -2},
-                                       {-2, 0, -1}, {2, 0, -1},  {0, -2, -1}, {0, 2, -1}};
+    static constexpr fusm_tap taps[] = {{0, 0, 12},  {-1, 0, -2}, {1, 0, -2},  {0, -1, -2}, {0, 1, -2},
+                                        {-2, 0, -1}, {2, 0, -1},  {0, -2, -1}, {0, 2, -1}};
 };
 
 template <>
-struct usm_window<2> {
+struct fusm_window<2> {
     static constexpr int count = 17;
-    static constexpr usm_tap taps[] = {{0, 0, 8},  {-1, 0, 2},   {1, 0, 2},   {0, -1, 2},   {0, 1, 2},   {-2, 0, -2},
-                                       {2, 0, -2}, {0, -2, -2},  {0, 2, -2},  {-2, -1, -1}, {-2, 1, -1}, {2, -1, -1},
-                                       {2, 1, -1}, {-1, -2, -1}, {-1, 2, -1}, {1, -2, -1},  {1, 2, -1}};
+    static constexpr fusm_tap taps[] = {{0, 0, 8},  {-1, 0, 2},   {1, 0, 2},   {0, -1, 2},   {0, 1, 2},   {-2, 0, -2},
+                                        {2, 0, -2}, {0, -2, -2},  {0, 2, -2},  {-2, -1, -1}, {-2, 1, -1}, {2, -1, -1},
+                                        {2, 1, -1}, {-1, -2, -1}, {-1, 2, -1}, {1, -2, -1},  {1, 2, -1}};
 };
 
 }  // namespace

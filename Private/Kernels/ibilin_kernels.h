@@ -1,7 +1,7 @@
 // ibilin_kernels - bilinear resampling of lines: what the inner loops see, and their entries of the table
 //
 // Lines that have been resampled in their own direction keep their depth. Such a line is followed by room up to a
-// multiple of bilin_padding samples, which may be read and written.
+// multiple of ibilin_padding samples, which may be read and written.
 
 #ifndef TESKA_IBILIN_KERNELS_H
 #define TESKA_IBILIN_KERNELS_H
@@ -12,10 +12,10 @@
 namespace teska
 {
 
-constexpr std::ptrdiff_t bilin_padding = 64;
+constexpr std::ptrdiff_t ibilin_padding = 64;
 
 // Where one destination place lies in the source.
-struct bilin_place {
+struct ibilin_place {
     int first;             // the sample or line before it
     int second;            // the one behind it; the last one at the end
     std::uint32_t weight;  // of the second, 0 .. 65535; that of the first is 65536 - weight
@@ -23,7 +23,7 @@ struct bilin_place {
 
 // A component inside a line of several: sample x is at[x * step].
 template <class T>
-struct bilin_run {
+struct ibilin_run {
     T *at;
     std::ptrdiff_t step;
 };
@@ -49,7 +49,7 @@ struct bilin_run {
 // With one window it needs no tables: it picks every other sample.
 //
 // The same vectors are made `repeats` times, each time `advance` bytes later in the line.
-struct bilin_plan {
+struct ibilin_plan {
     int windows;
     std::ptrdiff_t repeats;
     std::ptrdiff_t advance;
@@ -60,15 +60,16 @@ struct bilin_plan {
 
 // What depends on the depth.
 template <class T>
-struct bilin_depth {
+struct ibilin_depth {
     // Inside a line, sample by sample.
-    void (*columns)(const bilin_place *places, std::ptrdiff_t count, bilin_run<const T> in, bilin_run<T> out) noexcept;
+    void (*columns)(const ibilin_place *places, std::ptrdiff_t count, ibilin_run<const T> in,
+                    ibilin_run<T> out) noexcept;
 
     // The same by a plan; whole vectors are written.
-    void (*across)(const bilin_plan &plan, const T *in, T *out) noexcept;
+    void (*across)(const ibilin_plan &plan, const T *in, T *out) noexcept;
 
     // The same by a plan that only picks.
-    void (*pick)(const bilin_plan &plan, const T *in, T *out) noexcept;
+    void (*pick)(const ibilin_plan &plan, const T *in, T *out) noexcept;
 
     // From line to line; weight is that of the lower one. Lines are read as far as the padding goes.
     void (*down)(const T *upper, const T *lower, std::uint32_t weight, std::ptrdiff_t count, T *out) noexcept;
@@ -78,19 +79,19 @@ struct bilin_depth {
     void (*spread)(const T *in, int c, int n, std::ptrdiff_t count, T *out) noexcept;
 };
 
-struct bilin_kernels {
+struct ibilin_kernels {
     // The shape of plans; no units: plans are not used.
     int unit;
     int units;
 
-    bilin_depth<std::uint8_t> bytes;
-    bilin_depth<std::uint16_t> words;
+    ibilin_depth<std::uint8_t> bytes;
+    ibilin_depth<std::uint16_t> words;
 };
 
-void install_scalar(bilin_kernels &table) noexcept;
-void install_sse41(bilin_kernels &table) noexcept;
-void install_avx2(bilin_kernels &table) noexcept;
-void install_avx512(bilin_kernels &table) noexcept;
+void install_scalar(ibilin_kernels &table) noexcept;
+void install_sse41(ibilin_kernels &table) noexcept;
+void install_avx2(ibilin_kernels &table) noexcept;
+void install_avx512(ibilin_kernels &table) noexcept;
 
 }  // namespace teska
 

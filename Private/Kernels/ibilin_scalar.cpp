@@ -23,7 +23,7 @@ T blend(std::uint32_t a, std::uint32_t b, std::uint32_t weight) noexcept
 }
 
 template <class T>
-void columns(const bilin_place *places, std::ptrdiff_t count, bilin_run<const T> in, bilin_run<T> out) noexcept
+void columns(const ibilin_place *places, std::ptrdiff_t count, ibilin_run<const T> in, ibilin_run<T> out) noexcept
 {
     for (std::ptrdiff_t x = 0; x < count; ++x)
         out.at[x * out.step] =
@@ -45,12 +45,12 @@ void spread(const T *in, int c, int n, std::ptrdiff_t count, T *out) noexcept
 }
 
 template <class T>
-constexpr bilin_depth<T> by_samples = {
+constexpr ibilin_depth<T> by_samples = {
     .columns = columns<T>, .across = nullptr, .pick = nullptr, .down = down<T>, .spread = spread<T>};
 
 }  // namespace
 
-void install_scalar(bilin_kernels &table) noexcept
+void install_scalar(ibilin_kernels &table) noexcept
 {
     table = {.unit = 0, .units = 0, .bytes = by_samples<std::uint8_t>, .words = by_samples<std::uint16_t>};
 }

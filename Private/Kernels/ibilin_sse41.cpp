@@ -66,6 +66,6 @@ struct sse41 {
 
 }  // namespace
 
-void install_sse41(bilin_kernels &table) noexcept { bilin_kernel<sse41>::install(table); }
+void install_sse41(ibilin_kernels &table) noexcept { ibilin_kernel<sse41>::install(table); }
 
 }  // namespace teska

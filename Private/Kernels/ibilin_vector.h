@@ -38,7 +38,7 @@ template <class T, int N>
 constexpr stripes<T, N> striped;
 
 template <class Isa>
-struct bilin_kernel {
+struct ibilin_kernel {
     using vector = typename Isa::vector;
     static constexpr std::ptrdiff_t bytes = Isa::unit * Isa::units;
     template <class T>
@@ -96,7 +96,7 @@ struct bilin_kernel {
     }
 
     template <int Windows, class T>
-    static void across_windows(const bilin_plan &plan, const std::uint8_t *in, T *out) noexcept
+    static void across_windows(const ibilin_plan &plan, const std::uint8_t *in, T *out) noexcept
     {
         for (std::ptrdiff_t r = 0; r < plan.repeats; ++r, in += plan.advance) {
             const std::ptrdiff_t *offset = plan.offsets;
@@ -112,7 +112,7 @@ struct bilin_kernel {
     }
 
     template <class T>
-    static void across(const bilin_plan &plan, const T *in, T *out) noexcept
+    static void across(const ibilin_plan &plan, const T *in, T *out) noexcept
     {
         const auto *const line = reinterpret_cast<const std::uint8_t *>(in);
         if (plan.windows == 1)
@@ -134,7 +134,7 @@ struct bilin_kernel {
     }
 
     template <int Windows>
-    static void pick_windows(const bilin_plan &plan, const std::uint8_t *in, std::uint8_t *out) noexcept
+    static void pick_windows(const ibilin_plan &plan, const std::uint8_t *in, std::uint8_t *out) noexcept
     {
         for (std::ptrdiff_t r = 0; r < plan.repeats; ++r, in += plan.advance) {
             const std::ptrdiff_t *offset = plan.offsets;
@@ -149,7 +149,7 @@ struct bilin_kernel {
     }
 
     template <class T>
-    static void pick_every_other(const bilin_plan &plan, const T *in, T *out) noexcept
+    static void pick_every_other(const ibilin_plan &plan, const T *in, T *out) noexcept
     {
         const vector even = sizeof(T) == 1 ? Isa::same(0xFF) : Isa::same_pair(0xFFFF);
         for (std::ptrdiff_t v = 0; v < plan.vectors; ++v, in += 2 * samples<T>, out += samples<T>) {
@@ -160,7 +160,7 @@ struct bilin_kernel {
     }
 
     template <class T>
-    static void pick(const bilin_plan &plan, const T *in, T *out) noexcept
+    static void pick(const ibilin_plan &plan, const T *in, T *out) noexcept
     {
         const auto *const line = reinterpret_cast<const std::uint8_t *>(in);
         if (plan.windows == 1)
@@ -250,7 +250,7 @@ struct bilin_kernel {
     }
 
     template <class T>
-    static void install(bilin_depth<T> &table) noexcept
+    static void install(ibilin_depth<T> &table) noexcept
     {
         table.across = across<T>;
         table.pick = pick<T>;
@@ -258,7 +258,7 @@ struct bilin_kernel {
         table.spread = spread<T>;
     }
 
-    static void install(bilin_kernels &table) noexcept
+    static void install(ibilin_kernels &table) noexcept
     {
         table.unit = Isa::unit;
         table.units = Isa::units;

@@ -33,13 +33,13 @@ enum class gather_use : int { as_measured = 0, never = 1, always = 2 };
 
 struct kernel_table {
     clut_kernels clut;
-    tetrab_kernels tetrab;
-    tetrad_kernels tetrad;
-    usm_kernels usm;
+    md_tetrab_kernels md_tetrab;
+    md_tetrad_kernels md_tetrad;
+    fusm_kernels fusm;
     hull_kernels hull;
     fir_kernels fir;
     mat_kernels mat;
-    bilin_kernels bilin;
+    ibilin_kernels ibilin;
 };
 
 // Null until the first use.

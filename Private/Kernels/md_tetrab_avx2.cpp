@@ -56,12 +56,12 @@ struct avx2_without_gather : avx2 {
 
 }  // namespace
 
-void install_avx2(tetrab_kernels &table, bool gathers) noexcept
+void install_avx2(md_tetrab_kernels &table, bool gathers) noexcept
 {
     if (gathers)
-        tetrab_line<avx2>::install(table);
+        md_tetrab_line<avx2>::install(table);
     else
-        tetrab_line<avx2_without_gather>::install(table);
+        md_tetrab_line<avx2_without_gather>::install(table);
 }
 
 }  // namespace teska

@@ -11,7 +11,7 @@ namespace teska
 
 // A byte table as the kernels see it. The data is followed by readable padding, so that four bytes may be read at any
 // channel of any vertex of a path.
-struct tetrab_table {
+struct md_tetrab_table {
     int inputs;                      // N, 1 .. 30
     int outputs;                     // M, at least 1
     const std::uint8_t *data;        // vertices; outputs of one vertex are adjacent
@@ -36,7 +36,7 @@ struct tetrab_table {
 };
 
 // A run of pixels: pixel p of input d is in[d][p * in_step].
-struct tetrab_run {
+struct md_tetrab_run {
     const std::uint8_t *const *in;  // N lines
     std::uint8_t *const *out;       // M lines; null: the output is skipped
     std::ptrdiff_t in_step;
@@ -46,20 +46,20 @@ struct tetrab_run {
 };
 
 // Of convert_line: at most so many outputs, and all the offsets of the data below that limit.
-constexpr int tetrab_line_outputs = 16;
-constexpr std::size_t tetrab_line_data = std::size_t{1} << 24;
+constexpr int md_tetrab_line_outputs = 16;
+constexpr std::size_t md_tetrab_line_data = std::size_t{1} << 24;
 
-struct tetrab_kernels {
-    using convert_fn = void (*)(const tetrab_table &table, const tetrab_run &run) noexcept;
+struct md_tetrab_kernels {
+    using convert_fn = void (*)(const md_tetrab_table &table, const md_tetrab_run &run) noexcept;
     convert_fn convert[5];       // any run; by number of inputs: 1, 2, 3, 4, 5 and more
     convert_fn convert_line[5];  // null, or the same faster, for products and tables within the limits above and runs
                                  // in which no pixel's outputs are bytes of another pixel or of another output
 };
 
-void install_scalar(tetrab_kernels &table) noexcept;
-void install_sse41(tetrab_kernels &table) noexcept;
-void install_avx2(tetrab_kernels &table, bool gathers) noexcept;
-void install_avx512(tetrab_kernels &table) noexcept;
+void install_scalar(md_tetrab_kernels &table) noexcept;
+void install_sse41(md_tetrab_kernels &table) noexcept;
+void install_avx2(md_tetrab_kernels &table, bool gathers) noexcept;
+void install_avx512(md_tetrab_kernels &table) noexcept;
 
 }  // namespace teska
 

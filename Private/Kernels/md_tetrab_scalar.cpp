@@ -59,7 +59,7 @@ struct path_vertex {
 class multiplied
 {
 public:
-    explicit multiplied(const tetrab_table & /*table*/) noexcept {}
+    explicit multiplied(const md_tetrab_table & /*table*/) noexcept {}
 
     [[gnu::always_inline]] uint64_t sum(const path_vertex *path, int vertices, int channel) const noexcept
     {
@@ -75,7 +75,7 @@ public:
 class looked_up
 {
 public:
-    explicit looked_up(const tetrab_table &table) noexcept : products_(table.products) {}
+    explicit looked_up(const md_tetrab_table &table) noexcept : products_(table.products) {}
 
     uint64_t sum(const path_vertex *path, int vertices, int channel) const noexcept
     {
@@ -130,7 +130,7 @@ template <int N>
 }
 
 template <int N>
-[[gnu::always_inline]] inline void find_path(const tetrab_table &table, const uint32_t *bytes, int n,
+[[gnu::always_inline]] inline void find_path(const md_tetrab_table &table, const uint32_t *bytes, int n,
                                              path_vertex *path) noexcept
 {
     uint64_t key[N != 0 ? N : max_inputs];
@@ -167,11 +167,11 @@ template <int N>
 
 // N inputs and M outputs, both 1 .. 4, no output null, weights 0 .. 255.
 template <int N, int M>
-void convert_few(const tetrab_table &shared_table, const tetrab_run &shared_run) noexcept
+void convert_few(const md_tetrab_table &shared_table, const md_tetrab_run &shared_run) noexcept
 {
     // Copies, because the compiler must assume that a store to an output changes whatever is not local.
-    const tetrab_table table = shared_table;
-    const tetrab_run run = shared_run;
+    const md_tetrab_table table = shared_table;
+    const md_tetrab_run run = shared_run;
     const multiplied products(table);
     const uint8_t *in[N];
     uint8_t *out[M];
@@ -199,7 +199,8 @@ void convert_few(const tetrab_table &shared_table, const tetrab_run &shared_run)
 
 // Stores up to four outputs from `channel` on, in the order of the routine: falling for any number of inputs.
 template <int N>
-void store(const tetrab_table &table, const tetrab_run &run, std::ptrdiff_t at, int channel, uint64_t lanes) noexcept
+void store(const md_tetrab_table &table, const md_tetrab_run &run, std::ptrdiff_t at, int channel,
+           uint64_t lanes) noexcept
 {
     const int width = table.outputs - channel < 4 ? table.outputs - channel : 4;
     for (int k = 0; k < width; ++k) {
@@ -212,7 +213,7 @@ void store(const tetrab_table &table, const tetrab_run &run, std::ptrdiff_t at, 
 
 // N inputs, or any number when N is 0; any outputs, in groups of four.
 template <int N, class Products>
-void convert_many(const tetrab_table &table, const tetrab_run &run) noexcept
+void convert_many(const md_tetrab_table &table, const md_tetrab_run &run) noexcept
 {
     const Products products(table);
     const int n = N != 0 ? N : table.inputs;
@@ -239,13 +240,13 @@ void convert_many(const tetrab_table &table, const tetrab_run &run) noexcept
 }
 
 template <int N>
-void convert(const tetrab_table &table, const tetrab_run &run) noexcept
+void convert(const md_tetrab_table &table, const md_tetrab_run &run) noexcept
 {
     if (table.products != nullptr)
         return convert_many<N, looked_up>(table, run);
     if constexpr (N != 0) {
-        constexpr tetrab_kernels::convert_fn few[] = {convert_few<N, 1>, convert_few<N, 2>, convert_few<N, 3>,
-                                                      convert_few<N, 4>};
+        constexpr md_tetrab_kernels::convert_fn few[] = {convert_few<N, 1>, convert_few<N, 2>, convert_few<N, 3>,
+                                                         convert_few<N, 4>};
         if (table.outputs <= 4 && all_present(run.out, table.outputs))
             return few[table.outputs - 1](table, run);
     }
@@ -254,14 +255,14 @@ void convert(const tetrab_table &table, const tetrab_run &run) noexcept
 
 }  // namespace
 
-void install_scalar(tetrab_kernels &table) noexcept
+void install_scalar(md_tetrab_kernels &table) noexcept
 {
     table.convert[0] = convert<1>;
     table.convert[1] = convert<2>;
     table.convert[2] = convert<3>;
     table.convert[3] = convert<4>;
     table.convert[4] = convert<0>;
-    for (tetrab_kernels::convert_fn &line : table.convert_line)
+    for (md_tetrab_kernels::convert_fn &line : table.convert_line)
         line = nullptr;
 }
 

@@ -45,6 +45,6 @@ struct sse41 {
 
 }  // namespace
 
-void install_sse41(tetrab_kernels &table) noexcept { tetrab_line<sse41>::install(table); }
+void install_sse41(md_tetrab_kernels &table) noexcept { md_tetrab_line<sse41>::install(table); }
 
 }  // namespace teska

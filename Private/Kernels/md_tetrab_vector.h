@@ -39,7 +39,7 @@ using std::uint8_t;
 
 constexpr int block_pixels = 64;
 constexpr int most_inputs = 30;
-constexpr int most_groups = tetrab_line_outputs / 4;
+constexpr int most_groups = md_tetrab_line_outputs / 4;
 
 // ---- Layouts --------------------------------------------------------------------------------------------------------
 
@@ -180,7 +180,7 @@ inline void join_4(const uint8_t *const *planes, uint8_t *pixels) noexcept
 // Isa::raw is the register of the intrinsics, Isa::lanes its words. Operations of Isa that move bytes work in every 16
 // bytes by themselves, as the instructions do.
 template <class Isa>
-struct tetrab_line {
+struct md_tetrab_line {
     using raw = typename Isa::raw;
     typedef uint8_t octets __attribute__((vector_size(sizeof(raw))));
     typedef uint16_t halves __attribute__((vector_size(sizeof(raw))));
@@ -239,7 +239,7 @@ struct tetrab_line {
     // ---- Fetch ------------------------------------------------------------------------------------------------------
 
     // Sets planes[d] to the bytes of input d of `count` pixels from `first` on; behind them come others or zeros.
-    static void fetch(const tetrab_run &run, const pixel_layout &layout, int n, ptrdiff_t first, int count,
+    static void fetch(const md_tetrab_run &run, const pixel_layout &layout, int n, ptrdiff_t first, int count,
                       uint8_t (*bytes)[block_pixels], const uint8_t **planes) noexcept
     {
         for (int d = 0; d < n; ++d)
@@ -279,7 +279,7 @@ struct tetrab_line {
     };
 
     // Quotient and remainder of u * cells / 255, and what doubles make of the remainder.
-    static position even_position(const tetrab_table &table, octets u) noexcept
+    static position even_position(const md_tetrab_table &table, octets u) noexcept
     {
         halves quotient[2];
         halves rest[2];
@@ -301,7 +301,7 @@ struct tetrab_line {
                 as<octets>(Isa::pack(as<raw>(rest[0]), as<raw>(rest[1]))) + as<octets>(late)};
     }
 
-    static position find_position(const tetrab_table &table, int d, const uint8_t *plane) noexcept
+    static position find_position(const md_tetrab_table &table, int d, const uint8_t *plane) noexcept
     {
         if constexpr (Isa::reads_byte_tables)
             return {as<octets>(Isa::look_up(table.indices + 256 * d, Isa::load(plane))),
@@ -343,7 +343,7 @@ struct tetrab_line {
         vector at[most + 1];
         halves weight[most + 1];
 
-        void find(const tetrab_table &table, vector base, vector *key, int n) noexcept
+        void find(const md_tetrab_table &table, vector base, vector *key, int n) noexcept
         {
             const __m128i top_bytes = _mm_setr_epi8(3, -1, 3, -1, 7, -1, 7, -1, 11, -1, 11, -1, 15, -1, 15, -1);
             sort<N>(key, n);
@@ -383,7 +383,8 @@ struct tetrab_line {
 
     // `count` pixels from planes of bytes to words of four outputs, by places.
     template <int N>
-    static void convert_places(const tetrab_table &table, const uint8_t *const *planes, int count, buffers &b) noexcept
+    static void convert_places(const md_tetrab_table &table, const uint8_t *const *planes, int count,
+                               buffers &b) noexcept
     {
         const int n = N != 0 ? N : table.inputs;
         for (int p = 0; p < count; p += lanes) {
@@ -418,7 +419,7 @@ struct tetrab_line {
     }
 
     template <int N, bool High>
-    static void convert_quarter(const tetrab_table &table, const raw *index, const raw *weight,
+    static void convert_quarter(const md_tetrab_table &table, const raw *index, const raw *weight,
                                 uint32_t (*result)[block_pixels], int p) noexcept
     {
         const raw strides = words(static_cast<uint32_t>(table.strides[1] | table.strides[N - 1] << 16));
@@ -432,7 +433,7 @@ struct tetrab_line {
     }
 
     template <int N, bool High>
-    static void convert_half(const tetrab_table &table, const position *at, uint32_t (*result)[block_pixels],
+    static void convert_half(const md_tetrab_table &table, const position *at, uint32_t (*result)[block_pixels],
                              int p) noexcept
     {
         const auto side = static_cast<uint32_t>(table.strides[0] / table.strides[1]);
@@ -449,7 +450,7 @@ struct tetrab_line {
     }
 
     template <int N>
-    static void convert_positions(const tetrab_table &table, const uint8_t *const *planes, int count,
+    static void convert_positions(const md_tetrab_table &table, const uint8_t *const *planes, int count,
                                   buffers &b) noexcept
     {
         for (int p = 0; p < count; p += 4 * lanes) {
@@ -478,7 +479,7 @@ struct tetrab_line {
     }
 
     // Up to four outputs of 64 pixels by way of planes; planar lines, or packed ones of 3 or 4 outputs.
-    static void put_planes(const tetrab_table &table, const tetrab_run &run, const pixel_layout &layout,
+    static void put_planes(const md_tetrab_table &table, const md_tetrab_run &run, const pixel_layout &layout,
                            ptrdiff_t first, int channel, const uint32_t *result) noexcept
     {
         uint8_t planes[4][block_pixels];
@@ -500,7 +501,7 @@ struct tetrab_line {
         }
     }
 
-    static void put(const tetrab_table &table, const tetrab_run &run, const pixel_layout &layout, ptrdiff_t first,
+    static void put(const md_tetrab_table &table, const md_tetrab_run &run, const pixel_layout &layout, ptrdiff_t first,
                     int count, const uint32_t (*result)[block_pixels]) noexcept
     {
         if (count == block_pixels && layout.packed && !table.curved_outputs) {
@@ -535,7 +536,7 @@ struct tetrab_line {
         return Isa::is_zero(as<raw>(change));
     }
 
-    static bool has_positions(const tetrab_table &table) noexcept
+    static bool has_positions(const md_tetrab_table &table) noexcept
     {
         if (Isa::reads_byte_tables)
             return table.indices != nullptr;
@@ -543,7 +544,7 @@ struct tetrab_line {
     }
 
     template <int N>
-    static void convert_block(const tetrab_table &table, const uint8_t **planes, int count, buffers &b) noexcept
+    static void convert_block(const md_tetrab_table &table, const uint8_t **planes, int count, buffers &b) noexcept
     {
         const int n = N != 0 ? N : table.inputs;
         if (count == block_pixels && uniform(planes, n)) {
@@ -564,11 +565,11 @@ struct tetrab_line {
     }
 
     template <int N>
-    static void convert(const tetrab_table &shared_table, const tetrab_run &shared_run) noexcept
+    static void convert(const md_tetrab_table &shared_table, const md_tetrab_run &shared_run) noexcept
     {
         // Copies, because the compiler must assume that a store to an output changes whatever is not local.
-        const tetrab_table table = shared_table;
-        const tetrab_run run = shared_run;
+        const md_tetrab_table table = shared_table;
+        const md_tetrab_run run = shared_run;
         const int n = N != 0 ? N : table.inputs;
         const pixel_layout in_layout = find_layout(run.in, n, run.in_step);
         pixel_layout out_layout = find_layout(run.out, table.outputs, run.out_step);
@@ -585,7 +586,7 @@ struct tetrab_line {
         }
     }
 
-    static void install(tetrab_kernels &table) noexcept
+    static void install(md_tetrab_kernels &table) noexcept
     {
         table.convert_line[2] = convert<3>;
         table.convert_line[3] = convert<4>;

@@ -10,7 +10,7 @@ namespace teska
 {
 
 // A table of doubles as the kernels see it.
-struct tetrad_table {
+struct md_tetrad_table {
     int inputs;                 // N, 1 .. 30
     int outputs;                // M, at least 1
     int resolution;             // R, vertices along each input
@@ -29,7 +29,7 @@ struct tetrad_table {
 };
 
 // A run of points: point p of input d is in[d][p * in_step].
-struct tetrad_run {
+struct md_tetrad_run {
     const double *const *in;  // N lines
     double *const *out;       // M lines; null: the output is skipped
     std::ptrdiff_t in_step;
@@ -37,16 +37,16 @@ struct tetrad_run {
     std::ptrdiff_t count;
 };
 
-struct tetrad_kernels {
-    using evaluate_fn = void (*)(const tetrad_table &table, const tetrad_run &run) noexcept;
+struct md_tetrad_kernels {
+    using evaluate_fn = void (*)(const md_tetrad_table &table, const md_tetrad_run &run) noexcept;
     // Both by number of inputs: 1, 2, 3, 4, 5 and more.
     evaluate_fn evaluate[5];
     evaluate_fn evaluate_long[5];  // for runs of several points
 };
 
-void install_scalar(tetrad_kernels &table) noexcept;
-void install_avx2(tetrad_kernels &table) noexcept;
-void install_avx512(tetrad_kernels &table) noexcept;
+void install_scalar(md_tetrad_kernels &table) noexcept;
+void install_avx2(md_tetrad_kernels &table) noexcept;
+void install_avx512(md_tetrad_kernels &table) noexcept;
 
 }  // namespace teska
 

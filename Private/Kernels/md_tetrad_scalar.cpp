@@ -27,7 +27,7 @@ struct place {
 // Quotients miss the grid by a rounding at many vertices, for R = 50 in 0 .. 1 even at the upper end; therefore an
 // input that is the product a vertex was filled from counts as that vertex. The index is limited before it becomes an
 // integer, in an order by which not-a-number gives 0.
-[[gnu::always_inline]] inline place locate(const tetrad_table &table, double x) noexcept
+[[gnu::always_inline]] inline place locate(const md_tetrad_table &table, double x) noexcept
 {
     const int top = table.resolution - 1;
     if (x == table.high)
@@ -100,7 +100,7 @@ template <int N>
 
 // Fills the n + 1 vertices and weights of the path of a point.
 template <int N>
-[[gnu::always_inline]] inline void find_path(const tetrad_table &table, const double *const *in, std::ptrdiff_t at,
+[[gnu::always_inline]] inline void find_path(const md_tetrad_table &table, const double *const *in, std::ptrdiff_t at,
                                              double *fraction, int *stride, const double **path,
                                              double *weight) noexcept
 {
@@ -137,11 +137,11 @@ template <int N>
 
 // N inputs and M outputs, both 1 .. 4, no output null.
 template <int N, int M>
-void evaluate_few(const tetrad_table &shared_table, const tetrad_run &shared_run) noexcept
+void evaluate_few(const md_tetrad_table &shared_table, const md_tetrad_run &shared_run) noexcept
 {
     // Copies, because the compiler must assume that a store to an output changes whatever is not local.
-    const tetrad_table table = shared_table;
-    const tetrad_run run = shared_run;
+    const md_tetrad_table table = shared_table;
+    const md_tetrad_run run = shared_run;
     const double *in[N];
     double *out[M];
     for (int d = 0; d < N; ++d)
@@ -165,7 +165,7 @@ void evaluate_few(const tetrad_table &shared_table, const tetrad_run &shared_run
 
 // N inputs, or any number when N is 0; any outputs.
 template <int N>
-void evaluate_many(const tetrad_table &table, const tetrad_run &run) noexcept
+void evaluate_many(const md_tetrad_table &table, const md_tetrad_run &run) noexcept
 {
     const int n = N != 0 ? N : table.inputs;
     for (std::ptrdiff_t p = 0; p < run.count; ++p) {
@@ -177,11 +177,11 @@ void evaluate_many(const tetrad_table &table, const tetrad_run &run) noexcept
 }
 
 template <int N>
-void evaluate(const tetrad_table &table, const tetrad_run &run) noexcept
+void evaluate(const md_tetrad_table &table, const md_tetrad_run &run) noexcept
 {
     if constexpr (N != 0) {
-        constexpr tetrad_kernels::evaluate_fn few[] = {evaluate_few<N, 1>, evaluate_few<N, 2>, evaluate_few<N, 3>,
-                                                       evaluate_few<N, 4>};
+        constexpr md_tetrad_kernels::evaluate_fn few[] = {evaluate_few<N, 1>, evaluate_few<N, 2>, evaluate_few<N, 3>,
+                                                          evaluate_few<N, 4>};
         if (table.outputs <= 4 && all_present(run.out, table.outputs))
             return few[table.outputs - 1](table, run);
     }
@@ -190,10 +190,10 @@ void evaluate(const tetrad_table &table, const tetrad_run &run) noexcept
 
 }  // namespace
 
-void install_scalar(tetrad_kernels &table) noexcept
+void install_scalar(md_tetrad_kernels &table) noexcept
 {
-    constexpr tetrad_kernels::evaluate_fn by_inputs[] = {evaluate<1>, evaluate<2>, evaluate<3>, evaluate<4>,
-                                                         evaluate<0>};
+    constexpr md_tetrad_kernels::evaluate_fn by_inputs[] = {evaluate<1>, evaluate<2>, evaluate<3>, evaluate<4>,
+                                                            evaluate<0>};
     for (int k = 0; k < 5; ++k)
         table.evaluate[k] = table.evaluate_long[k] = by_inputs[k];
 }

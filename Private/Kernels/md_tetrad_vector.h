@@ -21,30 +21,30 @@ namespace teska
 namespace
 {
 
-constexpr int tetrad_batch = 32;
-constexpr int tetrad_most_inputs = 30;
+constexpr int md_tetrad_batch = 32;
+constexpr int md_tetrad_most_inputs = 30;
 
 // The batch between the stages. Steps are strides of the path in its order, in doubles.
 template <int Inputs>
-struct tetrad_places {
-    alignas(64) double input[Inputs][tetrad_batch];
-    alignas(64) double weight[Inputs + 1][tetrad_batch];
-    alignas(64) std::int64_t step[Inputs][tetrad_batch];
-    alignas(64) std::int32_t base[tetrad_batch];
+struct md_tetrad_places {
+    alignas(64) double input[Inputs][md_tetrad_batch];
+    alignas(64) double weight[Inputs + 1][md_tetrad_batch];
+    alignas(64) std::int64_t step[Inputs][md_tetrad_batch];
+    alignas(64) std::int32_t base[md_tetrad_batch];
 };
 
 template <int Count>
-struct tetrad_channels {
+struct md_tetrad_channels {
     typedef double type __attribute__((vector_size(Count == 2 ? 16 : 32), aligned(8), may_alias));
 };
 template <>
-struct tetrad_channels<1> {
+struct md_tetrad_channels<1> {
     using type = double;
 };
 
 // Isa::vector holds Isa::lanes doubles, Isa::mask an answer for each of them.
 template <class Isa>
-struct tetrad_kernel {
+struct md_tetrad_kernel {
     using vector = typename Isa::vector;
     using mask = typename Isa::mask;
     static constexpr int lanes = Isa::lanes;
@@ -53,7 +53,7 @@ struct tetrad_kernel {
 
     // The places behind the last point repeat it.
     template <class Places>
-    static void gather(const tetrad_run &run, std::ptrdiff_t first, int points, int n, Places &places) noexcept
+    static void gather(const md_tetrad_run &run, std::ptrdiff_t first, int points, int n, Places &places) noexcept
     {
         const int filled = (points + lanes - 1) / lanes * lanes;
         for (int d = 0; d < n; ++d) {
@@ -72,7 +72,7 @@ struct tetrad_kernel {
         vector fraction;
     };
 
-    [[gnu::always_inline]] static place locate(const tetrad_table &table, vector x) noexcept
+    [[gnu::always_inline]] static place locate(const md_tetrad_table &table, vector x) noexcept
     {
         const vector zero = Isa::set(0.0);
         const vector top = Isa::set(table.resolution - 1);
@@ -91,11 +91,11 @@ struct tetrad_kernel {
 
     // The vector of points from p on.
     template <int N, class Places>
-    [[gnu::always_inline]] static void find_paths(const tetrad_table &table, int p, Places &places) noexcept
+    [[gnu::always_inline]] static void find_paths(const md_tetrad_table &table, int p, Places &places) noexcept
     {
         const int n = N != 0 ? N : table.inputs;
-        vector fraction[N != 0 ? N : tetrad_most_inputs];
-        vector step[N != 0 ? N : tetrad_most_inputs];  // integers; only moved
+        vector fraction[N != 0 ? N : md_tetrad_most_inputs];
+        vector step[N != 0 ? N : md_tetrad_most_inputs];  // integers; only moved
         auto base = Isa::no_offsets();
         for (int d = 0; d < n; ++d) {
             const place where = locate(table, Isa::load(&places.input[d][p]));
@@ -121,14 +121,14 @@ struct tetrad_kernel {
 
     // Three channels are read as four: the data has room behind it.
     template <int Count>
-    [[gnu::always_inline]] static typename tetrad_channels<Count>::type load_channels(const double *from) noexcept
+    [[gnu::always_inline]] static typename md_tetrad_channels<Count>::type load_channels(const double *from) noexcept
     {
-        return *reinterpret_cast<const typename tetrad_channels<Count>::type *>(from);
+        return *reinterpret_cast<const typename md_tetrad_channels<Count>::type *>(from);
     }
 
     template <int N, int Count, class Places>
-    [[gnu::always_inline]] static typename tetrad_channels<Count>::type
-    sum(const tetrad_table &table, const Places &places, int p, int channel) noexcept
+    [[gnu::always_inline]] static typename md_tetrad_channels<Count>::type
+    sum(const md_tetrad_table &table, const Places &places, int p, int channel) noexcept
     {
         const int n = N != 0 ? N : table.inputs;
         const double *vertex = table.data + places.base[p] + channel;
@@ -143,7 +143,7 @@ struct tetrad_kernel {
 
     // Count channels of all points, from `channel` on. A null output is skipped.
     template <int N, int Count, class Places>
-    static void sum_channels(const tetrad_table &table, const tetrad_run &run, std::ptrdiff_t first, int points,
+    static void sum_channels(const md_tetrad_table &table, const md_tetrad_run &run, std::ptrdiff_t first, int points,
                              int channel, const Places &places) noexcept
     {
         double *out[Count];
@@ -169,16 +169,16 @@ struct tetrad_kernel {
     }
 
     template <int N>
-    static void evaluate(const tetrad_table &shared_table, const tetrad_run &shared_run) noexcept
+    static void evaluate(const md_tetrad_table &shared_table, const md_tetrad_run &shared_run) noexcept
     {
         // Copies, because the compiler must assume that a store to an output changes whatever is not local.
-        const tetrad_table table = shared_table;
-        const tetrad_run run = shared_run;
+        const md_tetrad_table table = shared_table;
+        const md_tetrad_run run = shared_run;
         const int n = N != 0 ? N : table.inputs;
-        tetrad_places<N != 0 ? N : tetrad_most_inputs> places;
-        for (std::ptrdiff_t first = 0; first < run.count; first += tetrad_batch) {
+        md_tetrad_places<N != 0 ? N : md_tetrad_most_inputs> places;
+        for (std::ptrdiff_t first = 0; first < run.count; first += md_tetrad_batch) {
             const std::ptrdiff_t left = run.count - first;
-            const int points = left < tetrad_batch ? static_cast<int>(left) : tetrad_batch;
+            const int points = left < md_tetrad_batch ? static_cast<int>(left) : md_tetrad_batch;
             gather(run, first, points, n, places);
             for (int p = 0; p < points; p += lanes)
                 find_paths<N>(table, p, places);
@@ -201,13 +201,13 @@ struct tetrad_kernel {
         }
     }
 
-    static void evaluate_many(const tetrad_table &table, const tetrad_run &run) noexcept
+    static void evaluate_many(const md_tetrad_table &table, const md_tetrad_run &run) noexcept
     {
-        constexpr tetrad_kernels::evaluate_fn known[] = {evaluate<5>, evaluate<6>, evaluate<7>, evaluate<8>};
+        constexpr md_tetrad_kernels::evaluate_fn known[] = {evaluate<5>, evaluate<6>, evaluate<7>, evaluate<8>};
         (table.inputs <= 8 ? known[table.inputs - 5] : evaluate<0>)(table, run);
     }
 
-    static void install(tetrad_kernels &table) noexcept
+    static void install(md_tetrad_kernels &table) noexcept
     {
         table.evaluate_long[0] = evaluate<1>;
         table.evaluate_long[1] = evaluate<2>;

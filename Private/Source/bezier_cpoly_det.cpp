@@ -11,6 +11,7 @@
 #include "Support/bezier_priv.h"
 #include "Support/memory.h"
 #include "Support/report.h"
+
 #include "scalar_solvers.h"
 
 #include <algorithm>

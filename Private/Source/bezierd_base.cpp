@@ -13,8 +13,8 @@
 
 #include "Support/bezier_priv.h"
 #include "Support/report.h"
-#include "scalar_solvers.h"
 
+#include "scalar_solvers.h"
 #include "wem.h"
 
 #include <algorithm>

@@ -26,8 +26,9 @@
 #include "Support/bezier_priv.h"
 #include "Support/memory.h"
 #include "Support/report.h"
-#include "scalar_solvers.h"
+#include "Support/vec.h"
 
+#include "scalar_solvers.h"
 #include "wem.h"
 
 #include <algorithm>
@@ -48,19 +49,6 @@ constexpr int most_passes = 20;  // a pass begun is finished: 21
 constexpr int newton_steps = 4;
 constexpr double settled = 0.001;  // a step in t, which runs from 0 to 1
 
-struct vec {
-    double x, y;
-};
-
-vec operator-(vec a, vec b) { return {a.x - b.x, a.y - b.y}; }
-vec operator+(vec a, vec b) { return {a.x + b.x, a.y + b.y}; }
-vec operator*(double k, vec a) { return {k * a.x, k * a.y}; }
-double dot(vec a, vec b) { return a.x * b.x + a.y * b.y; }
-double cross(vec a, vec b) { return a.x * b.y - a.y * b.x; }
-
-// Not hypot, whose last digit differs between machines.
-double length(vec a) { return std::sqrt(dot(a, a)); }
-
 // A point of the row with what the fit knows of it.
 struct sample {
     double way;       // from the first point along the points
@@ -73,9 +61,9 @@ struct data {
     const double *xs;
     const double *ys;
 
-    vec operator[](std::size_t i) const { return {xs[i], ys[i]}; }
-    vec first() const { return (*this)[0]; }
-    vec last() const { return (*this)[static_cast<std::size_t>(n) - 1]; }
+    vec2 operator[](std::size_t i) const { return {xs[i], ys[i]}; }
+    vec2 first() const { return (*this)[0]; }
+    vec2 last() const { return (*this)[static_cast<std::size_t>(n) - 1]; }
 };
 
 struct errors {
@@ -85,16 +73,16 @@ struct errors {
 
 // ---- Closed forms ---------------------------------------------------------------------------------------------------
 
-vec control(const bezier &b, int i) { return {b.x[i], b.y[i]}; }
+vec2 control(const bezier &b, int i) { return {b.x[i], b.y[i]}; }
 
-void set_control(bezier &b, int i, vec p)
+void set_control(bezier &b, int i, vec2 p)
 {
     b.x[i] = p.x;
     b.y[i] = p.y;
     b.coef_valid = 0;
 }
 
-void set_all(bezier &b, vec p0, vec p1, vec p2, vec p3)
+void set_all(bezier &b, vec2 p0, vec2 p1, vec2 p2, vec2 p3)
 {
     set_control(b, 0, p0);
     set_control(b, 1, p1);
@@ -102,18 +90,18 @@ void set_all(bezier &b, vec p0, vec p1, vec p2, vec p3)
     set_control(b, 3, p3);
 }
 
-double part_of_way(vec start, vec middle, vec end)
+double part_of_way(vec2 start, vec2 middle, vec2 end)
 {
     const double d1 = length(middle - start);
     const double whole = d1 + length(end - middle);
     return whole == 0.0 ? 0.5 : d1 / whole;
 }
 
-errors fit_three(bezier &b, vec start, vec middle, vec end)
+errors fit_three(bezier &b, vec2 start, vec2 middle, vec2 end)
 {
     const double t = part_of_way(start, middle, end);
     const double u = 1.0 - t;
-    const vec chord = end - start;
+    const vec2 chord = end - start;
     if ((t < least_middle || t > greatest_middle) && start.x != end.x && start.y != end.y) {
         set_all(b, start, start, end, end);
         const double off = std::fabs(cross(middle - start, chord)) / bezier_approx_len(chord.x, chord.y);
@@ -124,8 +112,8 @@ errors fit_three(bezier &b, vec start, vec middle, vec end)
         set_all(b, start, start, end, end);
         return {0.0, 0.0};
     }
-    const vec rest = middle - (u * u * u) * start - (t * t * t) * end;
-    const vec c = {rest.x / weight, rest.y / weight};
+    const vec2 rest = middle - (u * u * u) * start - (t * t * t) * end;
+    const vec2 c = {rest.x / weight, rest.y / weight};
     set_all(b, start, c, c, end);
     return {0.0, 0.0};
 }
@@ -144,12 +132,12 @@ void first_parameters(std::span<sample> samples, const data &points)
 
 // One inner point: where it is when its unknowns are 0, and the directions they move it along.
 struct inner_point {
-    vec origin;
+    vec2 origin;
     int unknowns;  // 1 or 2
-    vec direction[2];
+    vec2 direction[2];
 };
 
-inner_point inner(vec end, int tangent, const double *dir)
+inner_point inner(vec2 end, int tangent, const double *dir)
 {
     if (tangent != 0)
         return {end, 1, {{dir[0], dir[1]}, {}}};
@@ -159,7 +147,7 @@ inner_point inner(vec end, int tangent, const double *dir)
 // Sums over the points of the products of B1 and B2 with each other, and with what is left of the points.
 struct sums {
     double basis[2][2];
-    vec rest[2];
+    vec2 rest[2];
 };
 
 sums add_up(const bezier &b, const inner_point (&inners)[2], std::span<const sample> samples, const data &points)
@@ -167,7 +155,7 @@ sums add_up(const bezier &b, const inner_point (&inners)[2], std::span<const sam
     sums s{};
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const double *basis = samples[i].basis;
-        vec rest = points[i] - basis[0] * control(b, 0) - basis[3] * control(b, 3);
+        vec2 rest = points[i] - basis[0] * control(b, 0) - basis[3] * control(b, 3);
         for (int j = 0; j < 2; ++j)
             rest = rest - basis[1 + j] * inners[j].origin;
         for (int j = 0; j < 2; ++j) {
@@ -217,7 +205,7 @@ void set_inner_points(bezier &b, std::span<sample> samples, const data &points)
     }
     const double *unknown = e.b;
     for (int p = 0; p < 2; ++p) {
-        vec at = inners[p].origin;
+        vec2 at = inners[p].origin;
         for (int j = 0; j < inners[p].unknowns; ++j)
             at = at + *unknown++ * inners[p].direction[j];
         set_control(b, 1 + p, at);
@@ -226,19 +214,19 @@ void set_inner_points(bezier &b, std::span<sample> samples, const data &points)
 
 // ---- Parameters for given control points ----------------------------------------------------------------------------
 
-vec at(const bezier &b, double t) { return {bezier_horner(b.ax, 3, t), bezier_horner(b.ay, 3, t)}; }
+vec2 at(const bezier &b, double t) { return {bezier_horner(b.ax, 3, t), bezier_horner(b.ay, 3, t)}; }
 
 double first_derivative(const double *a, double t) { return (3.0 * a[3] * t + 2.0 * a[2]) * t + a[1]; }
 
 double second_derivative(const double *a, double t) { return 6.0 * a[3] * t + 2.0 * a[2]; }
 
 // Kept: a step that would leave (0, 1) is tried again from the same place, up to the last.
-double nearest(const bezier &b, vec q, double t)
+double nearest(const bezier &b, vec2 q, double t)
 {
     for (int step = 0; step < newton_steps; ++step) {
-        const vec off = at(b, t) - q;
-        const vec d1 = {first_derivative(b.ax, t), first_derivative(b.ay, t)};
-        const vec d2 = {second_derivative(b.ax, t), second_derivative(b.ay, t)};
+        const vec2 off = at(b, t) - q;
+        const vec2 d1 = {first_derivative(b.ax, t), first_derivative(b.ay, t)};
+        const vec2 d2 = {second_derivative(b.ax, t), second_derivative(b.ay, t)};
         const double slope = dot(d1, d1) + dot(off, d2);
         if (slope == 0.0)
             TESKA_ERR("Bezier_fit : divide by 0");
@@ -268,7 +256,7 @@ errors distances(const bezier &b, std::span<const sample> samples, const data &p
     double sum = 0.0;
     double largest = 0.0;
     for (std::size_t i = 1; i + 1 < samples.size(); ++i) {
-        const vec off = at(b, samples[i].t) - points[i];
+        const vec2 off = at(b, samples[i].t) - points[i];
         const double square = dot(off, off);
         sum += square;
         if (square > largest || std::isnan(square))
@@ -277,7 +265,7 @@ errors distances(const bezier &b, std::span<const sample> samples, const data &p
     return {std::sqrt(sum), std::sqrt(largest)};
 }
 
-void set_tangents(bezier &b, unsigned int start_given, vec start, unsigned int end_given, vec end)
+void set_tangents(bezier &b, unsigned int start_given, vec2 start, unsigned int end_given, vec2 end)
 {
     b.start_given = start_given != 0 ? 1 : 0;
     b.start_t[0] = start.x;

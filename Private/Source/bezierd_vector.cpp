@@ -15,6 +15,7 @@
 #include "Support/dynar_priv.h"
 #include "Support/memory.h"
 #include "Support/report.h"
+
 #include "bezierd_split.h"
 
 #include <algorithm>

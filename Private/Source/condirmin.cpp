@@ -13,11 +13,11 @@
 
 #include "condirmin.h"
 
-#include "error_mess.h"
-
 #include "Support/memory.h"
 #include "Support/report.h"
 #include "Support/restriction_priv.h"
+
+#include "error_mess.h"
 
 #include <algorithm>
 #include <cmath>

@@ -8,11 +8,11 @@
 
 #include "dhsm.h"
 
-#include "vect.h"
-
 #include "Support/checked_size.h"
 #include "Support/memory.h"
 #include "Support/module_error.h"
+
+#include "vect.h"
 
 #include <algorithm>
 #include <cmath>

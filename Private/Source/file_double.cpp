@@ -13,6 +13,7 @@
 
 #include "Support/memory.h"
 #include "Support/vd.h"
+
 #include "str_utils.h"
 #include "zuk.h"
 

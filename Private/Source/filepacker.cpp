@@ -24,6 +24,7 @@
 #include "Platform/files.h"
 #include "Source/filepacker/filepacker_priv.h"
 #include "Support/memory.h"
+
 #include "lopra.h"
 #include "str_utils.h"
 

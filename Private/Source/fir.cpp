@@ -22,8 +22,8 @@
 #include "fir.h"
 
 #include "Kernels/kernels.h"
-#include "Support/checked_size.h"
 #include "Source/fir/fir_priv.h"
+#include "Support/checked_size.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 

@@ -5,6 +5,7 @@
 #include "fport.h"
 
 #include "Support/report.h"
+
 #include "str_utils.h"
 
 #include <wem.h>

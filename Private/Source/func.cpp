@@ -11,10 +11,10 @@
 
 #include "func.h"
 
-#include "list.h"
-
 #include "Support/memory.h"
 #include "Support/report.h"
+
+#include "list.h"
 
 struct func {
     teska::handle<list_rec, list_kill> x;

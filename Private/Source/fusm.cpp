@@ -13,8 +13,8 @@
 #include "fusm.h"
 
 #include "Kernels/kernels.h"
-#include "Support/checked_size.h"
 #include "Source/fusm/fusm_priv.h"
+#include "Support/checked_size.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 
@@ -28,7 +28,7 @@ using std::size_t;
 using std::uint16_t;
 using std::uint64_t;
 using teska::heap_block;
-using teska::usm::max_processed;
+using teska::fusm_numbers::max_processed;
 
 namespace
 {
@@ -45,7 +45,7 @@ struct ring_line {
 }  // namespace
 
 struct fusm {
-    teska::usm::corrections corrections;
+    teska::fusm_numbers::corrections corrections;
     int radius = 0;
     int reach = 0;   // lines of the window before and behind the middle
     int window = 0;  // lines
@@ -124,20 +124,20 @@ void copy_line(fusm &f, int line, Sample *const *out)
     }
 }
 
-void sharpen(int radius, const teska::usm_curve &curve, const teska::usm_bytes &line)
+void sharpen(int radius, const teska::fusm_curve &curve, const teska::fusm_bytes &line)
 {
-    teska::kernels().usm.bytes[radius](curve, line);
+    teska::kernels().fusm.bytes[radius](curve, line);
 }
 
-void sharpen(int radius, const teska::usm_curve &curve, const teska::usm_words &line)
+void sharpen(int radius, const teska::fusm_curve &curve, const teska::fusm_words &line)
 {
-    teska::kernels().usm.words[radius](curve, line);
+    teska::kernels().fusm.words[radius](curve, line);
 }
 
 template <class Sample>
-teska::usm_line<Sample> window_around(fusm &f, int line, int k)
+teska::fusm_line<Sample> window_around(fusm &f, int line, int k)
 {
-    teska::usm_line<Sample> work{};
+    teska::fusm_line<Sample> work{};
     for (int i = 0; i < f.window; ++i)
         work.rows[i] = static_cast<const Sample *>(slot(f, line - f.reach + i).rows[k]);
     work.row_step = work.distance = f.conversion != nullptr ? 1 : f.in_step;
@@ -172,7 +172,7 @@ void sharpen_together(fusm &f, int line, Sample *const *out)
     const ptrdiff_t step = f.in_step;
     auto *const results =
         reinterpret_cast<Sample *>(f.high_pass.get() + static_cast<ptrdiff_t>(f.components) * f.width);
-    teska::usm_line<Sample> work = window_around<Sample>(f, line, 0);
+    teska::fusm_line<Sample> work = window_around<Sample>(f, line, 0);
     work.row_step = work.step = work.out_step = 1;
     work.distance = step;
     work.border = f.reach * step;
@@ -194,7 +194,7 @@ void sharpen_line(fusm &f, int line, Sample *const *out)
         return;
     }
     for (int k = 0; k < f.processed; ++k) {
-        teska::usm_line<Sample> work = window_around<Sample>(f, line, k);
+        teska::fusm_line<Sample> work = window_around<Sample>(f, line, k);
         work.out = out[k];
         work.out_step = f.out_step;
         sharpen(f.radius, f.corrections.curves[k], work);
@@ -268,7 +268,7 @@ fusm *fusm_new(int radius, int maxValue, int nProcessed, int nComponents, const 
         f->list[k] = componentList != nullptr ? componentList[k] : k;
         f->corrections.strengths[k] = 1.0;
     }
-    teska::usm::build_tables(f->corrections);
+    teska::fusm_numbers::build_tables(f->corrections);
     return f.release();
 }
 
@@ -283,20 +283,20 @@ int fusm_kill(fusm *record) TESKA_NOTHROW
 int fusm_stren_set(fusm *record, const double *strengths) TESKA_NOTHROW
 {
     std::copy_n(strengths, record->processed, record->corrections.strengths);
-    teska::usm::build_tables(record->corrections);
+    teska::fusm_numbers::build_tables(record->corrections);
     return 1;
 }
 
 int fusm_noise_red_set(fusm *record, const double *noise) TESKA_NOTHROW
 {
     std::copy_n(noise, record->processed, record->corrections.noise);
-    teska::usm::build_tables(record->corrections);
+    teska::fusm_numbers::build_tables(record->corrections);
     return 1;
 }
 
 int fusm_level_red_set(fusm *record, int nPoints, const double *levels, const double *factors) TESKA_NOTHROW
 {
-    return teska::usm::set_levels(record->corrections, nPoints, levels, factors) ? 1 : 0;
+    return teska::fusm_numbers::set_levels(record->corrections, nPoints, levels, factors) ? 1 : 0;
 }
 
 // ---- Query ----------------------------------------------------------------------------------------------------------

@@ -6,10 +6,10 @@
 
 #include "grad_tab.h"
 
+#include "Support/memory.h"
+
 #include "file_double.h"
 #include "interp_double.h"
-
-#include "Support/memory.h"
 
 #include <cmath>
 #include <cstddef>

@@ -16,12 +16,12 @@
 
 #include "hash_tab.h"
 
-#include "wem.h"
-
 #include "Support/checked_size.h"
 #include "Support/dynar_priv.h"
 #include "Support/memory.h"
 #include "Support/report.h"
+
+#include "wem.h"
 
 #include <algorithm>
 #include <climits>

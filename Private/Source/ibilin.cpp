@@ -25,8 +25,8 @@
 #include "ibilin.h"
 
 #include "Kernels/kernels.h"
-#include "Support/checked_size.h"
 #include "Source/ibilin/plan.h"
+#include "Support/checked_size.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 
@@ -39,9 +39,9 @@ using std::size_t;
 using std::uint16_t;
 using std::uint32_t;
 using std::uint8_t;
-using teska::bilin_place;
-using teska::bilin_run;
 using teska::heap_block;
+using teska::ibilin_place;
+using teska::ibilin_run;
 
 namespace
 {
@@ -70,18 +70,18 @@ struct ibilin {
     ibilin_callback callback = nullptr;
     component at[most_components];
     int delivered = 0;     // destination lines
-    bilin_place row{};     // of the next one
-    bilin_place later{};   // of the one after it
+    ibilin_place row{};    // of the next one
+    ibilin_place later{};  // of the one after it
     bool together = true;  // all calls so far fed all components
     bool joined = false;   // buffers are interleaved
     bool picks = false;    // all weights of columns are 0
     int depth = 0;         // bytes of a sample for which a plan was tried; 0: none
     bool planned = false;  // there is a plan
-    teska::bilin_kernels kernels{};
-    heap_block<bilin_place> columns;
+    teska::ibilin_kernels kernels{};
+    heap_block<ibilin_place> columns;
     heap_block<uint16_t> buffers;  // previous and current of all components, one line for what is written by samples
     ptrdiff_t buffer_size = 0;     // samples of a line of one component, or of all if they are joined
-    teska::bilin_planner planner;
+    teska::ibilin_planner planner;
 };
 
 namespace
@@ -90,7 +90,7 @@ namespace
 // ---- Start ----------------------------------------------------------------------------------------------------------
 
 // In doubles as they stand. Nothing is negative, so conversion rounds down.
-bilin_place place_of(int i, int source, int destination)
+ibilin_place place_of(int i, int source, int destination)
 {
     const double f = static_cast<double>(i) * source / destination;
     const int first = static_cast<int>(f);
@@ -100,7 +100,7 @@ bilin_place place_of(int i, int source, int destination)
 }
 
 // Behind the last one it is the last one.
-bilin_place row_of(const ibilin &record, int i)
+ibilin_place row_of(const ibilin &record, int i)
 {
     return place_of(std::min(i, record.lines - 1), record.source_lines, record.lines);
 }
@@ -112,7 +112,7 @@ bool make_buffers(ibilin &record)
     const auto width = static_cast<std::uint64_t>(record.width);
     const auto components = static_cast<std::uint64_t>(record.components);
     const auto joined = static_cast<std::uint64_t>(joined_components(record));
-    const std::uint64_t size = (width * joined + teska::bilin_padding) / teska::bilin_padding * teska::bilin_padding;
+    const std::uint64_t size = (width * joined + teska::ibilin_padding) / teska::ibilin_padding * teska::ibilin_padding;
     teska::checked_size samples(2 * components / joined + 1, INT_MAX / sizeof(uint16_t));
     samples *= size;
     if (!samples.valid())
@@ -124,9 +124,9 @@ bool make_buffers(ibilin &record)
 
 bool make_columns(ibilin &record)
 {
-    if (!teska::checked_size(static_cast<std::uint64_t>(record.width), INT_MAX / sizeof(bilin_place)).valid())
+    if (!teska::checked_size(static_cast<std::uint64_t>(record.width), INT_MAX / sizeof(ibilin_place)).valid())
         return false;
-    record.columns = teska::zeroed_block<bilin_place>(static_cast<size_t>(record.width));
+    record.columns = teska::zeroed_block<ibilin_place>(static_cast<size_t>(record.width));
     for (int x = 0; record.columns && x < record.width; ++x)
         record.columns[static_cast<size_t>(x)] = place_of(x, record.source_width, record.width);
     return static_cast<bool>(record.columns);
@@ -134,14 +134,14 @@ bool make_columns(ibilin &record)
 
 bool make_plan_room(ibilin &record)
 {
-    record.kernels = teska::kernels().bilin;
+    record.kernels = teska::kernels().ibilin;
     return record.planner.reserve(record.kernels, static_cast<ptrdiff_t>(record.width) * joined_components(record));
 }
 
 // ---- What depends on the depth, and places of samples ----------------------------------------------------------------------------------------------
 
 template <class T>
-const teska::bilin_depth<T> &depth(const teska::bilin_kernels &kernels)
+const teska::ibilin_depth<T> &depth(const teska::ibilin_kernels &kernels)
 {
     if constexpr (sizeof(T) == 1)
         return kernels.bytes;
@@ -151,7 +151,7 @@ const teska::bilin_depth<T> &depth(const teska::bilin_kernels &kernels)
 
 // Buffer 0 or 1 of a component.
 template <class T>
-bilin_run<T> buffer(const ibilin &record, int c, int which)
+ibilin_run<T> buffer(const ibilin &record, int c, int which)
 {
     const ptrdiff_t lines = record.joined ? 1 : record.components;
     const ptrdiff_t line = which * lines + (record.joined ? 0 : c);
@@ -160,13 +160,13 @@ bilin_run<T> buffer(const ibilin &record, int c, int which)
 }
 
 template <class T>
-bilin_run<T> current(const ibilin &record, int c)
+ibilin_run<T> current(const ibilin &record, int c)
 {
     return buffer<T>(record, c, record.at[c].current);
 }
 
 template <class T>
-bilin_run<T> previous(const ibilin &record, int c)
+ibilin_run<T> previous(const ibilin &record, int c)
 {
     return buffer<T>(record, c, record.at[c].alone ? record.at[c].current : 1 - record.at[c].current);
 }
@@ -196,7 +196,7 @@ bool needed(const ibilin &record, int line)
 {
     if (record.source_lines == 1)
         return true;
-    bilin_place row = record.row;
+    ibilin_place row = record.row;
     for (int i = record.delivered; i < record.lines; ++i) {
         if (row.second > line)
             return row.first <= line;
@@ -229,7 +229,7 @@ void resample_planned(const ibilin &record, int c, const T *line)
 {
     T *const out = current<T>(record, c).at;
     T *const rest = out + record.planner.rest_at() / static_cast<ptrdiff_t>(sizeof(T));
-    const teska::bilin_depth<T> &kernels = depth<T>(record.kernels);
+    const teska::ibilin_depth<T> &kernels = depth<T>(record.kernels);
     const auto make = record.picks ? kernels.pick : kernels.across;
     make(record.planner.repeated(), line, out);
     make(record.planner.rest(), line, rest);
@@ -292,8 +292,8 @@ void copy_pixels(const ibilin &record, const T *in, ptrdiff_t step, T *out)
 template <class T>
 void write_singly(const ibilin &record, int c, T *out)
 {
-    const bilin_run<T> upper = previous<T>(record, c);
-    const bilin_run<T> lower = current<T>(record, c);
+    const ibilin_run<T> upper = previous<T>(record, c);
+    const ibilin_run<T> lower = current<T>(record, c);
     for (ptrdiff_t x = 0; x < record.width; ++x)
         depth<T>(record.kernels)
             .down(upper.at + x * upper.step, lower.at + x * lower.step, record.row.weight, 1,

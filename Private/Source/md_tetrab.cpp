@@ -75,7 +75,7 @@ struct md_tetrab {
     bool placed = false;                         // whether there are places
     heap_block<uint8_t> out_curves;              // M rows of 256
     uint64_t fractions[curve_size]{};            // shifted up by 32: kernels sort them together with the strides
-    uint8_t late[32]{};                          // see tetrab_table
+    uint8_t late[32]{};                          // see md_tetrab_table
     bool even = false;                           // whether late describes the positions
     int data_size = 0;                           // bytes, without the padding
     double input_step = 0;                       // from vertex to vertex, in input bytes
@@ -209,7 +209,7 @@ bool curved(const uint8_t *curves, int count)
 
 // What kernels see of the table. What depends on the curves takes a look at each of them, which costs more than a pixel:
 // it is there `for_lines` only, and up to date after update_places.
-teska::tetrab_table kernel_view(const md_tetrab &table, bool for_lines)
+teska::md_tetrab_table kernel_view(const md_tetrab &table, bool for_lines)
 {
     const size_t entries = static_cast<size_t>(table.shape.inputs) * curve_size;
     const bool small =
@@ -238,8 +238,8 @@ teska::tetrab_table kernel_view(const md_tetrab &table, bool for_lines)
 // Whether the table is one that the faster kernels take.
 bool fits_lines(const md_tetrab &table)
 {
-    return !table.products && table.shape.outputs <= teska::tetrab_line_outputs &&
-           static_cast<size_t>(table.data_size) + table.far_corner < teska::tetrab_line_data;
+    return !table.products && table.shape.outputs <= teska::md_tetrab_line_outputs &&
+           static_cast<size_t>(table.data_size) + table.far_corner < teska::md_tetrab_line_data;
 }
 
 // Places, indices and weights of the curves as they are now.
@@ -274,7 +274,7 @@ bool collide(const uint8_t *a, ptrdiff_t a_step, const uint8_t *b, ptrdiff_t b_s
 }
 
 // Whether the outcome is the same when several pixels are read before they are stored, output by output.
-bool independent(const md_tetrab &table, const teska::tetrab_run &run, ptrdiff_t count)
+bool independent(const md_tetrab &table, const teska::md_tetrab_run &run, ptrdiff_t count)
 {
     for (int c = 0; c < table.shape.outputs; ++c) {
         if (run.out[c] == nullptr)
@@ -445,8 +445,8 @@ int md_tetrab_interp(md_tetrab *table, unsigned char **in, int inStep, unsigned 
 {
     if (count <= 0)
         return 1;
-    teska::tetrab_run run{.in = in, .out = out, .in_step = inStep, .out_step = outStep, .first = 0, .end = count};
-    const teska::tetrab_kernels &kernels = teska::kernels().tetrab;
+    teska::md_tetrab_run run{.in = in, .out = out, .in_step = inStep, .out_step = outStep, .first = 0, .end = count};
+    const teska::md_tetrab_kernels &kernels = teska::kernels().md_tetrab;
     const int entry = std::min(table->shape.inputs, 5) - 1;
     const auto convert = kernels.convert[entry];
     auto convert_line = kernels.convert_line[entry];
@@ -456,7 +456,7 @@ int md_tetrab_interp(md_tetrab *table, unsigned char **in, int inStep, unsigned 
         update_places(*table);
     else
         convert_line = convert;
-    const teska::tetrab_table view = kernel_view(*table, for_lines);
+    const teska::md_tetrab_table view = kernel_view(*table, for_lines);
     if (mask == nullptr) {
         convert_line(view, run);
     } else {

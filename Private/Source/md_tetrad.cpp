@@ -84,7 +84,7 @@ bool make_work_arrays(md_tetrad &table)
     return table.fractions && table.order && table.weights && table.path;
 }
 
-teska::tetrad_table kernel_view(const md_tetrad &table)
+teska::md_tetrad_table kernel_view(const md_tetrad &table)
 {
     return {.inputs = table.shape.inputs,
             .outputs = table.shape.outputs,
@@ -180,7 +180,7 @@ int md_tetrad_interp(md_tetrad *table, double **in, int inStep, double **out, in
         return 1;
     const int inputs = table->shape.inputs;
     constexpr int several = 4;  // from here on vectors of points pay
-    const teska::tetrad_kernels &kernels = teska::kernels().tetrad;
+    const teska::md_tetrad_kernels &kernels = teska::kernels().md_tetrad;
     const auto &by_inputs = count < several ? kernels.evaluate : kernels.evaluate_long;
     by_inputs[inputs < 5 ? inputs - 1 : 4](
         kernel_view(*table), {.in = in, .out = out, .in_step = inStep, .out_step = outStep, .count = count});

@@ -15,6 +15,7 @@
 
 #include "Support/memory.h"
 #include "Support/report.h"
+
 #include "list.h"
 
 #include <algorithm>

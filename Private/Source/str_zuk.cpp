@@ -15,10 +15,10 @@
 
 #include "str_zuk.h"
 
-#include "str_utils.h"
-
 #include "Support/memory.h"
 #include "Support/vd.h"
+
+#include "str_utils.h"
 
 #include <climits>
 #include <cstring>

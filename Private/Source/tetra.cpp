@@ -8,8 +8,9 @@
 
 #include "tetra.h"
 
-#include "Support/memory.h"
 #include "Source/tetra/tetra_priv.h"
+#include "Support/memory.h"
+#include "Support/vec.h"
 
 #include <algorithm>
 #include <climits>
@@ -20,29 +21,16 @@ namespace
 {
 
 namespace tp = teska::tetra;
+using teska::vec3;
 
 constexpr double least_squared_normal = 0.01;  // squared twice the area: a plane through less is none
 constexpr double least_length = 0.01;          // a line through nearer points is none
 constexpr double side_tolerance = 1e-9;        // relative to the squared normal: inside a triangle
 constexpr double beyond_end = 0.01;            // product of distances: inside a segment
 
-struct vector3 {
-    double x, y, z;
-};
+vec3 between(const tetra_point &from, const tetra_point &to) { return {to.x - from.x, to.y - from.y, to.z - from.z}; }
 
-vector3 between(const tetra_point &from, const tetra_point &to)
-{
-    return {to.x - from.x, to.y - from.y, to.z - from.z};
-}
-
-double dot(const vector3 &a, const vector3 &b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
-
-vector3 cross(const vector3 &a, const vector3 &b)
-{
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-
-vector3 normal(const tetra_plane &plane) { return {plane.a, plane.b, plane.c}; }
+vec3 normal(const tetra_plane &plane) { return {plane.a, plane.b, plane.c}; }
 
 double height(const tetra_plane &plane, double x, double y, double z)
 {
@@ -51,7 +39,7 @@ double height(const tetra_plane &plane, double x, double y, double z)
 
 void set_plane(tetra_plane &plane, const tetra_point &p0, const tetra_point &p1, const tetra_point &p2)
 {
-    const vector3 n = cross(between(p2, p0), between(p2, p1));
+    const vec3 n = cross(between(p2, p0), between(p2, p1));
     plane.a = n.x;
     plane.b = n.y;
     plane.c = n.z;
@@ -75,10 +63,10 @@ double kept_from_zero(double det)
 // The rows of the inverse are e2 x e3, e3 x e1 and e1 x e2 over the determinant.
 void set_inverse(tetra_rec &t)
 {
-    const vector3 e1 = between(t.p[0], t.p[1]), e2 = between(t.p[0], t.p[2]), e3 = between(t.p[0], t.p[3]);
+    const vec3 e1 = between(t.p[0], t.p[1]), e2 = between(t.p[0], t.p[2]), e3 = between(t.p[0], t.p[3]);
     const double det = kept_from_zero(tp::spanned(t.p[0], t.p[1], t.p[2], t.p[3]));
     double *m = t.m;
-    for (const vector3 &row : {cross(e2, e3), cross(e3, e1), cross(e1, e2)}) {
+    for (const vec3 &row : {cross(e2, e3), cross(e3, e1), cross(e1, e2)}) {
         *m++ = row.x / det;
         *m++ = row.y / det;
         *m++ = row.z / det;
@@ -88,11 +76,11 @@ void set_inverse(tetra_rec &t)
 // Whether a point of the triangle's plane lies between its sides.
 bool between_sides(const tetra_plane &tri, const double p[3])
 {
-    const vector3 n = normal(tri);
+    const vec3 n = normal(tri);
     const double least = -side_tolerance * dot(n, n);
     for (int i = 0; i < 3; ++i) {
         const tetra_point &corner = tri.p[i];
-        const vector3 to_p{p[0] - corner.x, p[1] - corner.y, p[2] - corner.z};
+        const vec3 to_p{p[0] - corner.x, p[1] - corner.y, p[2] - corner.z};
         // Not a number counts as outside.
         if (!(dot(n, cross(between(corner, tri.p[(i + 1) % 3]), to_p)) >= least))
             return false;
@@ -186,7 +174,7 @@ int triangle_point_inside(const tetra_plane *tri, const double p[3]) TESKA_NOTHR
 {
     if (tri == nullptr)
         return 0;
-    const vector3 n = normal(*tri);
+    const vec3 n = normal(*tri);
     const double length = std::sqrt(dot(n, n));
     const bool in_plane = length > 0.0 && std::fabs(height(*tri, p[0], p[1], p[2])) <= tp::near_distance * length;
     return in_plane && between_sides(*tri, p) ? 1 : 0;
@@ -196,13 +184,13 @@ int plane_intersect_line(const tetra_plane *plane, const double a[3], const doub
 {
     if (plane == nullptr)
         return 0;
-    const vector3 along{b[0] - a[0], b[1] - a[1], b[2] - a[2]};
+    const vec3 along{b[0] - a[0], b[1] - a[1], b[2] - a[2]};
     const double s = dot(normal(*plane), along);
     if (s == 0.0)
         return 0;
     const double t = -height(*plane, a[0], a[1], a[2]) / s;
     // x may be a or b.
-    const vector3 crossing{a[0] + t * along.x, a[1] + t * along.y, a[2] + t * along.z};
+    const vec3 crossing{a[0] + t * along.x, a[1] + t * along.y, a[2] + t * along.z};
     x[0] = crossing.x;
     x[1] = crossing.y;
     x[2] = crossing.z;
@@ -223,20 +211,20 @@ double plane_get_distance_from_point(const tetra_point *p, const tetra_point *p0
 
 double line_get_distance_from_point(const tetra_point *p, const tetra_point *s, const tetra_point *e) TESKA_NOTHROW
 {
-    const vector3 along = between(*s, *e);
+    const vec3 along = between(*s, *e);
     const double length = std::sqrt(dot(along, along));
     if (length < least_length)
         return 0.0;
-    const vector3 u{along.x / length, along.y / length, along.z / length};
+    const vec3 u{along.x / length, along.y / length, along.z / length};
     // Kept: divided by the length, which leaves the foot of the perpendicular unless that is 1.
     const double t = dot(between(*s, *p), u) / length;
-    const vector3 off{p->x - (s->x + t * u.x), p->y - (s->y + t * u.y), p->z - (s->z + t * u.z)};
+    const vec3 off{p->x - (s->x + t * u.x), p->y - (s->y + t * u.y), p->z - (s->z + t * u.z)};
     return dot(off, off);
 }
 
 double triangle_get_area(const tetra_point *p0, const tetra_point *p1, const tetra_point *p2) TESKA_NOTHROW
 {
-    const vector3 side = between(*p1, *p0);
+    const vec3 side = between(*p1, *p0);
     // Kept: the height is a square.
     return 0.5 * std::sqrt(dot(side, side)) * line_get_distance_from_point(p2, p0, p1);
 }

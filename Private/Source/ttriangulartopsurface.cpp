@@ -9,9 +9,9 @@
 #include "ttriangulartopsurface.h"
 
 #include "Source/ttriangulartopsurface/guard.h"
+#include "Source/ttriangulartopsurface/tprimcomb.h"
 #include "Support/memory.h"
 #include "Support/report.h"
-#include "Source/ttriangulartopsurface/tprimcomb.h"
 
 #include "interp_double.h"
 #include "md_tetrad.h"

@@ -2,9 +2,9 @@
 
 #include "vect.h"
 
-#include "mat.h"
-
 #include "Support/memory.h"
+
+#include "mat.h"
 
 #include <algorithm>
 #include <cmath>

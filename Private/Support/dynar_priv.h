@@ -7,9 +7,9 @@
 #ifndef TESKA_SUPPORT_DYNAR_PRIV_H
 #define TESKA_SUPPORT_DYNAR_PRIV_H
 
-#include "dynar.h"
-
 #include "Support/room.h"
+
+#include "dynar.h"
 
 #include <cstddef>
 #include <cstdint>

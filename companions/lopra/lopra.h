@@ -30,6 +30,7 @@
 #define LOPRA_H
 
 #include <fcntl.h>
+
 #include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>

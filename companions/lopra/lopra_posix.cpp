@@ -17,9 +17,16 @@
 //   process, and they vanish when any descriptor of the file is closed.
 //
 // Process-wide state: the table of temporary files, under its own lock.
+#include "lopra_posix.h"
+
 #include "lopra.h"
 #include "lopra_arguments.h"
-#include "lopra_posix.h"
+
+#include <pthread.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -31,12 +38,6 @@
 #include <memory>
 #include <mutex>
 #include <utility>
-
-#include <pthread.h>
-#include <sys/file.h>
-#include <sys/ioctl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace
 {

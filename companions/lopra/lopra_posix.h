@@ -2,15 +2,15 @@
 #ifndef LOPRA_POSIX_H
 #define LOPRA_POSIX_H
 
+#include <sys/types.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-
-#include <sys/types.h>
-#include <unistd.h>
 
 namespace lopra
 {

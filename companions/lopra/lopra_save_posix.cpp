@@ -12,10 +12,10 @@
 #include "lopra.h"
 #include "lopra_posix.h"
 
-#include <cstdio>
-
 #include <fcntl.h>
 #include <sys/stat.h>
+
+#include <cstdio>
 
 namespace
 {

@@ -9,6 +9,11 @@
 #include "lopra.h"
 #include "lopra_arguments.h"
 
+#include <io.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <windows.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
@@ -18,11 +23,6 @@
 #include <cstring>
 #include <cwchar>
 #include <memory>
-
-#include <io.h>
-#include <sys/stat.h>
-#include <sys/types.h>
-#include <windows.h>
 
 namespace
 {

@@ -3,10 +3,10 @@
 
 #include "lopra.h"
 
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <memory>
-
-#include <sys/stat.h>
 
 namespace zuk
 {

@@ -1,11 +1,11 @@
 // fits - curves through measured tones, and the searches for the bottom of a valley
 
-#include "curves/job.h"
 #include "support/failure.h"
 #include "support/foreign.h"
 
 #include "bezierd_fit.h"
 #include "condirmin.h"
+#include "curves/job.h"
 #include "dhsm.h"
 #include "error_mess.h"
 

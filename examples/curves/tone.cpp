@@ -1,9 +1,9 @@
 // tone - a photograph through a gradation table, and its histograms
 
-#include "curves/job.h"
 #include "support/failure.h"
 #include "support/foreign.h"
 
+#include "curves/job.h"
 #include "grad_tab.h"
 #include "hist.h"
 #include "rdither.h"

@@ -1,10 +1,11 @@
 // curves_section - tone curves, fits through measured tones, the dither cell, two ways down a valley
 
+#include "support/png_file.h"
+
 #include "curves/job.h"
 #include "gallery/html.h"
 #include "gallery/plot.h"
 #include "gallery/sections.h"
-#include "support/png_file.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,9 +1,10 @@
 // lines_section - what the line filters, the flood fill and the three kinds of tables do to pictures
 
+#include "support/png_file.h"
+
 #include "gallery/html.h"
 #include "gallery/sections.h"
 #include "lines/job.h"
-#include "support/png_file.h"
 
 #include <algorithm>
 #include <array>

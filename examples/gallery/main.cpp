@@ -4,11 +4,11 @@
 //
 // Exit code 0, or 1 with one line on standard error.
 
-#include "gallery/page.h"
-#include "gallery/sections.h"
 #include "support/failure.h"
 
 #include "error_mess.h"
+#include "gallery/page.h"
+#include "gallery/sections.h"
 
 #include <cstdio>
 #include <exception>

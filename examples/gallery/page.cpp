@@ -2,10 +2,11 @@
 
 #include "gallery/page.h"
 
-#include "gallery/html.h"
-#include "gallery/style.h"
 #include "support/failure.h"
 #include "support/png_file.h"
+
+#include "gallery/html.h"
+#include "gallery/style.h"
 
 #include <cerrno>
 #include <fstream>

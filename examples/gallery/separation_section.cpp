@@ -1,11 +1,12 @@
 // separation_section - a photograph on its way to the press and back
 
-#include "gallery/html.h"
-#include "gallery/sections.h"
-#include "separation/job.h"
 #include "support/colour_engine.h"
 #include "support/machine.h"
 #include "support/png_file.h"
+
+#include "gallery/html.h"
+#include "gallery/sections.h"
+#include "separation/job.h"
 
 #include <fstream>
 

@@ -1,17 +1,18 @@
 // gamut - the solid of printable colours, and what lies outside it
 
-#include "gamut/job.h"
 #include "support/failure.h"
 
+#include "gamut/job.h"
 #include "proj.h"
 #include "tetra.h"
 #include "volume_export.h"
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <limits>
 #include <numbers>
-#include <unistd.h>
 
 // The hull shows its debug output to this class alone.
 struct TConvexHullTest {

@@ -1,8 +1,8 @@
 // pictures - a solid of colours, shaded, sliced and as a page that turns it
 
-#include "gamut/job.h"
 #include "support/failure.h"
 
+#include "gamut/job.h"
 #include "tplane.h"
 
 #include <algorithm>

@@ -2,13 +2,13 @@
 //
 // Callbacks know the component only, so the picture that is being made stands in one place of this file.
 
-#include "lines/job.h"
 #include "support/failure.h"
 #include "support/foreign.h"
 
 #include "fir.h"
 #include "fusm.h"
 #include "ibilin.h"
+#include "lines/job.h"
 
 #include <algorithm>
 #include <array>

@@ -1,11 +1,11 @@
 // maze - a maze, and the order in which the library fills it
 
-#include "lines/job.h"
 #include "support/cie.h"
 #include "support/failure.h"
 #include "support/foreign.h"
 
 #include "flood.h"
+#include "lines/job.h"
 
 #include <algorithm>
 #include <array>

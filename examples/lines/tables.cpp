@@ -1,11 +1,11 @@
 // tables - one formula in three kinds of tables
 
-#include "lines/job.h"
 #include "support/cie.h"
 #include "support/failure.h"
 #include "support/foreign.h"
 
 #include "clut.h"
+#include "lines/job.h"
 #include "md_tetrab.h"
 #include "md_tetrad.h"
 

@@ -2,8 +2,9 @@
 
 #include "separation/job.h"
 
-#include "separation/colour_table.h"
 #include "support/progress.h"
+
+#include "separation/colour_table.h"
 
 #include <algorithm>
 #include <ctime>

@@ -12,10 +12,11 @@
 #ifndef EXAMPLES_SEPARATION_JOB_H
 #define EXAMPLES_SEPARATION_JOB_H
 
-#include "separation/difference.h"
-#include "separation/race.h"
 #include "support/colour_engine.h"
 #include "support/picture.h"
+
+#include "separation/difference.h"
+#include "separation/race.h"
 
 #include <array>
 #include <string>

@@ -2,11 +2,11 @@
 
 #include "support/progress.h"
 
+#include <unistd.h>
+
 #include <cstdint>
 #include <cstdio>
 #include <utility>
-
-#include <unistd.h>
 
 namespace examples
 {

@@ -1,6 +1,7 @@
 // job - umbrellas, drawn
 
 #include "topsurface/job.h"
+
 #include "support/failure.h"
 
 #include <algorithm>

@@ -3,13 +3,14 @@
 
 #include "application.h"
 
+#include <wem.h>
+
 #include <gtest/gtest.h>
 #include <teska_colour.h>
 #include <teska_core.h>
 #include <teska_files.h>
 #include <teska_geometry.h>
 #include <teska_numerics.h>
-#include <wem.h>
 
 #include <cstdio>
 #include <memory>

@@ -1,11 +1,11 @@
 /* application - the library used from C11, through the shared libraries' public headers alone */
 #include "application.h"
 
-#include <bezier.h>
 #include <lopra.h>
-#include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
+#include <wem.h>
+#include <zuk.h>
+
+#include <bezier.h>
 #include <teska_colour.h>
 #include <teska_core.h>
 #include <teska_curves.h>
@@ -14,8 +14,10 @@
 #include <teska_image.h>
 #include <teska_numerics.h>
 #include <teska_text.h>
-#include <wem.h>
-#include <zuk.h>
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
 
 #define EXPECT(condition)                                                                                              \
     if (!(condition))                                                                                                  \

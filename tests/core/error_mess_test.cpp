@@ -3,6 +3,7 @@
 #include "wem.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <csetjmp>
 #include <cstdio>
@@ -10,8 +11,6 @@
 #include <tuple>
 #include <utility>
 #include <vector>
-
-#include <unistd.h>
 
 namespace
 {

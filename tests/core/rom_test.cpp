@@ -1,7 +1,8 @@
 #include "rom.h"
 
-#include "error_mess.h"
 #include "support/reports.h"
+
+#include "error_mess.h"
 
 #include <gtest/gtest.h>
 

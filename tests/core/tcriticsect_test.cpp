@@ -2,6 +2,7 @@
 
 #include "support/child.h"
 #include "support/folder.h"
+
 #include "teska_time.h"
 
 #include <gtest/gtest.h>

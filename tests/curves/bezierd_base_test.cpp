@@ -1,7 +1,8 @@
 #include "bezierd_base.h"
 
-#include "curves/segments.h"
 #include "support/reports.h"
+
+#include "curves/segments.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,8 @@
 #include "bezierd_fit.h"
 
-#include "curves/segments.h"
 #include "support/host.h"
+
+#include "curves/segments.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,9 @@
 #include "bezierd_vector.h"
 
+#include "support/reports.h"
+
 #include "curves/segments.h"
 #include "error_mess.h"
-#include "support/reports.h"
 
 #include <gtest/gtest.h>
 

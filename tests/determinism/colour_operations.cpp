@@ -1,8 +1,7 @@
-#include "determinism/operations.h"
-
 #include "support/owned_clut.h"
 #include "support/samples.h"
 
+#include "determinism/operations.h"
 #include "md_tetrab.h"
 #include "md_tetrad.h"
 

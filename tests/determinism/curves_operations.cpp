@@ -1,9 +1,8 @@
-#include "determinism/operations.h"
-
 #include "bezier_cpoly_det.h"
 #include "bezierd_fit.h"
 #include "bezierd_split.h"
 #include "bezierd_vector.h"
+#include "determinism/operations.h"
 #include "hist.h"
 #include "interp_double.h"
 

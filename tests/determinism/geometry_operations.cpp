@@ -1,5 +1,4 @@
 #include "determinism/operations.h"
-
 #include "proj.h"
 #include "tconvexhull.h"
 #include "tetra.h"

@@ -1,6 +1,6 @@
-#include "determinism/operations.h"
-
 #include "Source/fir/fir_priv.h"
+
+#include "determinism/operations.h"
 #include "fusm.h"
 #include "ibilin.h"
 

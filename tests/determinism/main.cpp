@@ -5,9 +5,9 @@
 //     determinism --check FILE           compare: exit code 1 and a line per difference
 //     determinism ... --level avx2       use no instruction set above this one; 77 when the processor lacks it
 
-#include "determinism/operations.h"
-
 #include "Kernels/kernels.h"
+
+#include "determinism/operations.h"
 
 #include <algorithm>
 #include <cinttypes>

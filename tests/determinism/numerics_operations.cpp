@@ -1,10 +1,9 @@
-#include "determinism/operations.h"
-#include "numerics/problems.h"
-
 #include "condirmin.h"
+#include "determinism/operations.h"
 #include "dhsm.h"
 #include "error_mess.h"
 #include "mat.h"
+#include "numerics/problems.h"
 #include "random.h"
 #include "rdither.h"
 #include "scalar_solvers.h"

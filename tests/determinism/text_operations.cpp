@@ -1,5 +1,4 @@
 #include "determinism/operations.h"
-
 #include "str_zuk.h"
 
 #include <cmath>

@@ -1,5 +1,8 @@
 // The examples' own parts, and the program's answer to inputs it cannot use.
 
+#include "support/failure.h"
+#include "support/png_file.h"
+
 #include "curves/job.h"
 #include "gallery/html.h"
 #include "gamut/job.h"
@@ -7,10 +10,9 @@
 #include "records/job.h"
 #include "separation/difference.h"
 #include "separation/job.h"
-#include "support/failure.h"
-#include "support/png_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <cmath>
@@ -18,7 +20,6 @@
 #include <filesystem>
 #include <fstream>
 #include <numeric>
-#include <sys/wait.h>
 
 namespace
 {

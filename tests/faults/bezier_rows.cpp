@@ -1,10 +1,9 @@
-#include "faults/injector.h"
-#include "faults/sweep.h"
-
 #include "bezier_cpoly_det.h"
 #include "bezierd_split.h"
 #include "bezierd_vector.h"
 #include "error_mess.h"
+#include "faults/injector.h"
+#include "faults/sweep.h"
 #include "wem.h"
 
 #include <gtest/gtest.h>

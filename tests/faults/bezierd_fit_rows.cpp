@@ -1,6 +1,5 @@
-#include "faults/sweep.h"
-
 #include "bezierd_fit.h"
+#include "faults/sweep.h"
 
 #include <gtest/gtest.h>
 

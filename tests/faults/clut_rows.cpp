@@ -1,6 +1,6 @@
-#include "faults/sweep.h"
-
 #include "support/owned_clut.h"
+
+#include "faults/sweep.h"
 
 #include <new>
 

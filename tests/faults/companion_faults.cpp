@@ -1,15 +1,13 @@
 // The companions with every allocation failing in turn, and with a host that refuses to open
 #include "faults/injector.h"
-
 #include "lopra.h"
 #include "wem.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <string>
-
-#include <unistd.h>
 
 namespace teska_test
 {

@@ -1,9 +1,8 @@
-#include "faults/sweep.h"
-
 #include "cache.h"
 #include "dynar.h"
 #include "error_mess.h"
 #include "faults/injector.h"
+#include "faults/sweep.h"
 #include "hash_tab.h"
 #include "itemfifo.h"
 #include "list.h"

@@ -1,7 +1,6 @@
-#include "faults/sweep.h"
-
 #include "support/folder.h"
 
+#include "faults/sweep.h"
 #include "func.h"
 #include "grad_tab.h"
 #include "hist.h"

@@ -1,8 +1,8 @@
 // MD5_check_file on a disk that does not give back what it holds
-#include "faults/injector.h"
-
-#include "md5_digest.h"
 #include "support/folder.h"
+
+#include "faults/injector.h"
+#include "md5_digest.h"
 
 #include <gtest/gtest.h>
 

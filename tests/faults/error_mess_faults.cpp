@@ -1,6 +1,5 @@
-#include "faults/injector.h"
-
 #include "error_mess.h"
+#include "faults/injector.h"
 
 #include <gtest/gtest.h>
 

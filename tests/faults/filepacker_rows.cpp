@@ -1,9 +1,9 @@
 // FilePacker: its allocations failing in turn, and every file call of packing and unpacking
+#include "support/folder.h"
+
 #include "faults/injector.h"
 #include "faults/sweep.h"
-
 #include "filepacker.h"
-#include "support/folder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "faults/sweep.h"
-
 #include "Source/fir/fir_priv.h"
+
 #include "faults/injector.h"
+#include "faults/sweep.h"
 
 #include <gtest/gtest.h>
 

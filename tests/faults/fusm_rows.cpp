@@ -1,5 +1,4 @@
 #include "faults/sweep.h"
-
 #include "fusm.h"
 
 #include <algorithm>

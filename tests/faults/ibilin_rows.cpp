@@ -1,5 +1,4 @@
 #include "faults/sweep.h"
-
 #include "ibilin.h"
 
 #include <memory>

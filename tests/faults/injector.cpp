@@ -3,6 +3,11 @@
 
 #include "faults/injector.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdarg>
 #include <cstdio>
@@ -10,11 +15,6 @@
 #include <new>
 #include <string_view>
 #include <unordered_set>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/types.h>
-#include <unistd.h>
 
 namespace
 {

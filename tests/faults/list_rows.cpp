@@ -1,5 +1,4 @@
 #include "faults/sweep.h"
-
 #include "list.h"
 
 #include <memory>

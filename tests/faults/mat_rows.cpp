@@ -1,5 +1,4 @@
 #include "faults/sweep.h"
-
 #include "mat.h"
 #include "vect.h"
 

@@ -1,5 +1,4 @@
 #include "faults/sweep.h"
-
 #include "md_tetrab.h"
 
 #include <memory>

@@ -1,5 +1,4 @@
 #include "faults/sweep.h"
-
 #include "md_tetrad.h"
 
 namespace teska_test

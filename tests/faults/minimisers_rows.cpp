@@ -1,10 +1,8 @@
-#include "faults/sweep.h"
-
-#include "faults/injector.h"
-
 #include "condirmin.h"
 #include "dhsm.h"
 #include "error_mess.h"
+#include "faults/injector.h"
+#include "faults/sweep.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,5 @@
-#include "faults/sweep.h"
-
 #include "faults/injector.h"
+#include "faults/sweep.h"
 #include "rom.h"
 #include "tobjfac.h"
 

@@ -1,5 +1,4 @@
 #include "faults/sweep.h"
-
 #include "random.h"
 #include "rdither.h"
 

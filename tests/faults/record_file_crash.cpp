@@ -3,11 +3,10 @@
 // The power cut is a model. What was written and not flushed may be on the disk whole, in half, as zeros or not at all;
 // a name may lead to any file that it was given since its folder was flushed. What a disk can hold after each file call
 // of a run of saves is built in every such way and looked at.
-#include "faults/injector.h"
-
 #include "support/child.h"
 #include "support/folder.h"
 
+#include "faults/injector.h"
 #include "zuk.h"
 
 #include <gtest/gtest.h>

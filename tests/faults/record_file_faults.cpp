@@ -1,9 +1,8 @@
 // Record files and the tables in them, with every allocation and every file call failing in turn
-#include "faults/injector.h"
-#include "faults/sweep.h"
-
 #include "support/folder.h"
 
+#include "faults/injector.h"
+#include "faults/sweep.h"
 #include "file_double.h"
 #include "zuk.h"
 

@@ -1,19 +1,17 @@
 // Serial lines that refuse, break off and go away
 #include "faults/injector.h"
 #include "faults/sweep.h"
-
 #include "rs232.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <termios.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <tuple>
 #include <utility>
-
-#include <fcntl.h>
-#include <termios.h>
-#include <unistd.h>
 
 // What a line was asked for: a pseudo terminal has eight bits and no parity, whatever it is set to.
 static termios asked;

@@ -1,5 +1,4 @@
 #include "faults/injector.h"
-
 #include "str_zuk.h"
 
 #include <gtest/gtest.h>

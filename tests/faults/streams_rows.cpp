@@ -1,15 +1,13 @@
 // Streams and lock files: their allocations, and the host's calls on an open file failing in turn
 #include "faults/injector.h"
 #include "faults/sweep.h"
-
 #include "fdstream.h"
 #include "flock.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <fstream>
-
-#include <unistd.h>
 
 namespace teska_test
 {

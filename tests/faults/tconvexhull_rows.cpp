@@ -1,7 +1,7 @@
 // TConvexHull with every allocation failing in turn: nothing is reported or lost, and the same call succeeds afterwards
-#include "faults/injector.h"
 #include "support/generator.h"
 
+#include "faults/injector.h"
 #include "tconvexhull.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // Tetrahedral volumes and their export: allocations, and what is written when a file call fails
+#include "support/folder.h"
+
 #include "faults/injector.h"
 #include "faults/sweep.h"
-
-#include "support/folder.h"
 #include "volume_export.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,5 @@
 // TFastPow with every allocation failing in turn: nothing is reported, and the powers are the same
 #include "faults/injector.h"
-
 #include "tfastpow.h"
 
 #include <gtest/gtest.h>

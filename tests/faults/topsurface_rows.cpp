@@ -1,9 +1,9 @@
 // The top surface with every allocation failing in turn: the messages of each step and no others, an object that can be
 // asked and destroyed, nothing leaked, and success when the step is tried again. Its allocations are too many for a row
 // of the sweep.
-#include "faults/injector.h"
 #include "support/reports.h"
 
+#include "faults/injector.h"
 #include "ttriangulartopsurface.h"
 
 #include <gtest/gtest.h>

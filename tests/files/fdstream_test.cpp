@@ -3,8 +3,9 @@
 #include "support/folder.h"
 #include "support/generator.h"
 
-#include <gtest/gtest.h>
 #include <lopra.h>
+
+#include <gtest/gtest.h>
 
 #include <string>
 #include <tuple>

@@ -13,9 +13,10 @@
 #include <vector>
 
 #if !defined(_WIN32)
-#    include <csignal>
 #    include <sys/resource.h>
 #    include <sys/stat.h>
+
+#    include <csignal>
 #endif
 
 namespace

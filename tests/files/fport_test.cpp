@@ -2,8 +2,9 @@
 
 #include "support/reports.h"
 
-#include <gtest/gtest.h>
 #include <wem.h>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>

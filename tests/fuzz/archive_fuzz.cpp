@@ -4,9 +4,10 @@
 // the raw calls as well. A hunter unpacks one input in sixteen to files, which take ten times as long as memory.
 // Hunt with TEST_TMPDIR=/dev/shm: everything goes through files.
 
-#include "filepacker.h"
 #include "support/folder.h"
 #include "support/generator.h"
+
+#include "filepacker.h"
 
 #include <algorithm>
 #include <cstdint>

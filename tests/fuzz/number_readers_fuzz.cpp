@@ -4,6 +4,7 @@
 // together are numbers in file order.
 
 #include "Support/vd.h"
+
 #include "error_mess.h"
 #include "file_double.h"
 #include "numb.h"

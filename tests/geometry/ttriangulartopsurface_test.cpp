@@ -1,12 +1,13 @@
 #include "ttriangulartopsurface.h"
 
 #include "Source/ttriangulartopsurface/tprimcomb.h"
-#include "error_mess.h"
-#include "interp_double.h"
 #include "support/devices.h"
 #include "support/folder.h"
 #include "support/generator.h"
 #include "support/reports.h"
+
+#include "error_mess.h"
+#include "interp_double.h"
 
 #include <gtest/gtest.h>
 

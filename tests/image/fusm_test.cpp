@@ -1,10 +1,11 @@
 #include "fusm.h"
 
-#include "interp_double.h"
 #include "support/generator.h"
 #include "support/levels.h"
 #include "support/reports.h"
 #include "support/samples.h"
+
+#include "interp_double.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,9 @@
 #include "condirmin.h"
 
+#include "support/reports.h"
+
 #include "error_mess.h"
 #include "numerics/problems.h"
-#include "support/reports.h"
 
 #include <gtest/gtest.h>
 

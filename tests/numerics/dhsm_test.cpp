@@ -1,7 +1,8 @@
 #include "dhsm.h"
 
-#include "numerics/problems.h"
 #include "support/reports.h"
+
+#include "numerics/problems.h"
 
 #include <gtest/gtest.h>
 

@@ -9,10 +9,11 @@
 #    include <process.h>
 #    include <windows.h>
 #else
-#    include <csignal>
 #    include <spawn.h>
 #    include <sys/wait.h>
 #    include <unistd.h>
+
+#    include <csignal>
 #endif
 
 namespace teska_test

@@ -2,9 +2,9 @@
 
 #include "Platform/descriptor.h"
 
-#include <cerrno>
-
 #include <unistd.h>
+
+#include <cerrno>
 
 namespace teska
 {

@@ -22,13 +22,13 @@
 
 #include <lopra.h>
 
+#include <sys/file.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
-
-#include <sys/file.h>
-#include <sys/stat.h>
 
 namespace teska
 {

@@ -4,9 +4,9 @@
 
 #include "Platform/descriptor.h"
 
-#include <cerrno>
-
 #include <io.h>
+
+#include <cerrno>
 
 namespace teska
 {

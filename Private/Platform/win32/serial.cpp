@@ -2,10 +2,10 @@
 
 #include "Platform/serial.h"
 
+#include <windows.h>
+
 #include <cstdint>
 #include <cstring>
-
-#include <windows.h>
 
 namespace teska::serial
 {

@@ -12,10 +12,11 @@
 //
 // No state. O(digits) per number.
 
-#include "file_double.h"
+#include "Support/vd.h"
 
 #include "Support/report.h"
-#include "Support/vd.h"
+
+#include "file_double.h"
 
 #include <algorithm>
 #include <charconv>

@@ -11,11 +11,11 @@
 // is not taken for the end.
 //
 // The public ReadString has no limit and is not used here.
-#include "filepacker.h"
-
 #include "Platform/files.h"
 #include "Source/filepacker/filepacker_priv.h"
 #include "Support/memory.h"
+
+#include "filepacker.h"
 #include "lopra.h"
 #include "str_utils.h"
 

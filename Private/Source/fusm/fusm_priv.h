@@ -6,7 +6,7 @@
 #include "Kernels/fusm_kernels.h"
 #include "Support/memory.h"
 
-namespace teska::usm
+namespace teska::fusm_numbers
 {
 
 constexpr int max_processed = 4;
@@ -19,7 +19,7 @@ struct corrections {
     double noise[max_processed]{};
     heap_block<std::int16_t> factors;  // K rows of V + 1; empty: no level reduction
     heap_block<std::uint16_t> tables;  // K rows of V + 1; empty when there was no memory for them
-    usm_curve curves[max_processed]{};
+    fusm_curve curves[max_processed]{};
     bool alike = false;  // all components are corrected by the same numbers
 };
 
@@ -29,6 +29,6 @@ void build_tables(corrections &c) noexcept;
 // As fusm_level_red_set; false when level reduction is off although points were given.
 bool set_levels(corrections &c, int points, const double *levels, const double *factors) noexcept;
 
-}  // namespace teska::usm
+}  // namespace teska::fusm_numbers
 
 #endif

@@ -10,9 +10,10 @@
 // two bounds. Example: strength 1.0, radius 1, V = 255, shift 16: 3 wants 21846 at least, 254 wants 21931 at most.
 
 #include "Kernels/kernels.h"
-#include "Support/checked_size.h"
 #include "Source/fusm/fusm_priv.h"
+#include "Support/checked_size.h"
 #include "Support/report.h"
+
 #include "interp_double.h"
 
 #include <algorithm>
@@ -29,7 +30,7 @@ using std::uint32_t;
 using std::uint64_t;
 using std::uint8_t;
 
-namespace teska::usm
+namespace teska::fusm_numbers
 {
 
 namespace
@@ -73,7 +74,7 @@ void fill_table(uint16_t *table, int top, double g, double noise)
 
 // The form of the table that is one multiplication by a number of so many bits, for samples up to `largest`. Magnitudes
 // of more than 16 bits have none: their products would not fit.
-usm_ramp find_ramp(const uint16_t *table, int last, double g, int bits, int largest)
+fusm_ramp find_ramp(const uint16_t *table, int last, double g, int bits, int largest)
 {
     // Gains above 1 take some of the bits. From 128 on products would leave the lanes of a vector.
     int shift = bits;
@@ -93,7 +94,7 @@ usm_ramp find_ramp(const uint16_t *table, int last, double g, int bits, int larg
 }
 
 // What stands beside the table.
-void fill_vector_forms(usm_curve &curve, double g)
+void fill_vector_forms(fusm_curve &curve, double g)
 {
     for (int d = 0; d < byte_values; ++d)
         curve.bytes[d] = static_cast<uint8_t>(std::min<int>(curve.table[std::min(d, curve.last)], UINT8_MAX));
@@ -132,7 +133,7 @@ void build_tables(corrections &c) noexcept
     if (!c.tables)
         c.tables = rows_of_entries<uint16_t>(c);
     for (int k = 0; k < c.processed; ++k) {
-        usm_curve &curve = c.curves[k];
+        fusm_curve &curve = c.curves[k];
         const double g = gain(c.radius, c.strengths[k]);
         curve.top = c.top;
         curve.table = no_correction;
@@ -178,7 +179,7 @@ bool fill_factors(int16_t *row, int top, int points, const double *levels, const
 void use_factors(corrections &c)
 {
     for (int k = 0; k < c.processed; ++k) {
-        usm_curve &curve = c.curves[k];
+        fusm_curve &curve = c.curves[k];
         curve.factors = c.factors ? c.factors.get() + static_cast<size_t>(k) * row_length(c) : nullptr;
         for (int v = 0; v < byte_values && curve.factors != nullptr; ++v) {
             const auto bits = static_cast<uint16_t>(curve.factors[std::min(v, c.top)]);
@@ -211,4 +212,4 @@ bool set_levels(corrections &c, int points, const double *levels, const double *
     return true;
 }
 
-}  // namespace teska::usm
+}  // namespace teska::fusm_numbers

@@ -1,6 +1,6 @@
 // ibilin/plan - which bytes of a source line become which samples, prepared for the kernels of one vector length (image)
 //
-// bilin_plan says how a plan looks. An example, bytes of one component brought to 3/4 with units of 16 bytes and one
+// ibilin_plan says how a plan looks. An example, bytes of one component brought to 3/4 with units of 16 bytes and one
 // window: the first unit makes samples 0 .. 7 out of bytes 0 .. 10, the next one samples 8 .. 15 from byte 10 on.
 //
 //     window  0   masks  0 1 2 4 5 7 8 9     nearer samples, at 0, 1 1/3, 2 2/3, 4 ..; each followed by a zero byte
@@ -47,7 +47,7 @@ class walk
 {
 public:
     // From sample `first` on.
-    walk(const teska::bilin_line &line, int bytes, ptrdiff_t first) noexcept
+    walk(const teska::ibilin_line &line, int bytes, ptrdiff_t first) noexcept
         : line_(line), bytes_(bytes), step_(static_cast<ptrdiff_t>(line.step) * bytes),
           pixel_(static_cast<int>(std::min<ptrdiff_t>(first / line.together, line.pixels - 1))),
           component_(static_cast<int>(first % line.together))
@@ -56,7 +56,7 @@ public:
 
     [[nodiscard]] sample now() const noexcept
     {
-        const teska::bilin_place &place = line_.places[pixel_];
+        const teska::ibilin_place &place = line_.places[pixel_];
         const ptrdiff_t first = place.first * step_ + component_ * bytes_;
         const ptrdiff_t second = place.second * step_ + component_ * bytes_;
         if (place.weight == 0)
@@ -76,7 +76,7 @@ public:
     }
 
 private:
-    const teska::bilin_line &line_;
+    const teska::ibilin_line &line_;
     const int bytes_;
     const ptrdiff_t step_;
     int pixel_;
@@ -117,12 +117,12 @@ struct window {
 };
 
 // For how many pixels the places repeat with a period.
-int repeating_pixels(const teska::bilin_line &line, int period, int source_period) noexcept
+int repeating_pixels(const teska::ibilin_line &line, int period, int source_period) noexcept
 {
     int x = period;
     for (; x < line.pixels; ++x) {
-        const teska::bilin_place &now = line.places[x];
-        const teska::bilin_place &before = line.places[x - period];
+        const teska::ibilin_place &now = line.places[x];
+        const teska::ibilin_place &before = line.places[x - period];
         if (now.weight != before.weight || now.first != before.first + source_period ||
             (now.weight != 0 && now.second != before.second + source_period))
             break;
@@ -136,8 +136,8 @@ namespace teska
 {
 
 // All numbers of a plan but those of the single vectors.
-struct bilin_planner::shape {
-    shape(const bilin_line &of, int depth, int windows_, int unit_bytes, int units_) noexcept
+struct ibilin_planner::shape {
+    shape(const ibilin_line &of, int depth, int windows_, int unit_bytes, int units_) noexcept
         : line(of), sample_bytes(depth), windows(windows_), unit(unit_bytes), units(units_), lane(of.picks ? depth : 2),
           share(unit / lane / windows_), masks(of.picks ? windows_ / 2 : std::max(windows_, 2)),
           vector_bytes(unit * units), blended(depth == 1 && !of.picks ? 2 : 1), samples(vector_bytes / depth),
@@ -150,7 +150,7 @@ struct bilin_planner::shape {
 
     [[nodiscard]] bool pick_vector(walk &along, ptrdiff_t *offset, uint8_t *table) const noexcept;
 
-    const bilin_line &line;
+    const ibilin_line &line;
     const int sample_bytes;
     const int windows;
     const int unit;  // bytes
@@ -168,7 +168,7 @@ struct bilin_planner::shape {
 };
 
 // A vector of samples that are only picked.
-bool bilin_planner::shape::pick_vector(walk &along, ptrdiff_t *offset, uint8_t *table) const noexcept
+bool ibilin_planner::shape::pick_vector(walk &along, ptrdiff_t *offset, uint8_t *table) const noexcept
 {
     const int lanes = 2 * share;
     for (int part = 0; part < units * masks; ++part) {
@@ -191,7 +191,7 @@ bool bilin_planner::shape::pick_vector(walk &along, ptrdiff_t *offset, uint8_t *
     return true;
 }
 
-bool bilin_planner::reserve(const bilin_kernels &kernels, ptrdiff_t samples) noexcept
+bool ibilin_planner::reserve(const ibilin_kernels &kernels, ptrdiff_t samples) noexcept
 {
     unit_ = kernels.unit;
     units_ = kernels.units;
@@ -209,7 +209,7 @@ bool bilin_planner::reserve(const bilin_kernels &kernels, ptrdiff_t samples) noe
     return offsets_ && tables_;
 }
 
-bool bilin_planner::make(const bilin_line &line, int sample_bytes) noexcept
+bool ibilin_planner::make(const ibilin_line &line, int sample_bytes) noexcept
 {
     for (int windows = line.picks ? 2 : 1; units_ != 0 && windows <= most_windows; windows *= 2)
         if (plan_all(shape(line, sample_bytes, windows, unit_, units_)))
@@ -218,8 +218,8 @@ bool bilin_planner::make(const bilin_line &line, int sample_bytes) noexcept
 }
 
 // `vectors` vectors of samples, the first of them at sample `first`.
-bool bilin_planner::plan_vectors(const shape &form, ptrdiff_t first, ptrdiff_t vectors, bilin_plan &plan,
-                                 ptrdiff_t *offset, uint8_t *table) noexcept
+bool ibilin_planner::plan_vectors(const shape &form, ptrdiff_t first, ptrdiff_t vectors, ibilin_plan &plan,
+                                  ptrdiff_t *offset, uint8_t *table) noexcept
 {
     plan = {
         .windows = form.windows, .repeats = 1, .advance = 0, .vectors = vectors, .offsets = offset, .tables = table};
@@ -258,9 +258,9 @@ bool bilin_planner::plan_vectors(const shape &form, ptrdiff_t first, ptrdiff_t v
 }
 
 // As many vectors as the pattern of the samples reaches, none where that is not worth a plan.
-bool bilin_planner::plan_repeated(const shape &form, ptrdiff_t all_vectors) noexcept
+bool ibilin_planner::plan_repeated(const shape &form, ptrdiff_t all_vectors) noexcept
 {
-    const bilin_line &line = form.line;
+    const ibilin_line &line = form.line;
     const int divisor = std::gcd(line.pixels, line.source_pixels);
     const int pixels = line.pixels / divisor;
     const int source_pixels = line.source_pixels / divisor;
@@ -290,7 +290,7 @@ bool bilin_planner::plan_repeated(const shape &form, ptrdiff_t all_vectors) noex
     return true;
 }
 
-bool bilin_planner::plan_all(const shape &form) noexcept
+bool ibilin_planner::plan_all(const shape &form) noexcept
 {
     const ptrdiff_t samples = static_cast<ptrdiff_t>(form.line.pixels) * form.line.together;
     const ptrdiff_t vectors = (samples + form.samples - 1) / form.samples;

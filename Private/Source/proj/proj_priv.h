@@ -3,9 +3,12 @@
 #ifndef TESKA_PROJ_PRIV_H
 #define TESKA_PROJ_PRIV_H
 
+#include "Support/vec.h"
+
 #include "proj.h"
 
 #include <cmath>
+#include <cstddef>
 
 namespace teska
 {
@@ -16,35 +19,9 @@ inline constexpr double proj_degenerate = 1e-20;
 
 // ---- Points and planes ---------------------------------------------------------------------------------------------
 
-struct vec3 {
-    double x, y, z;
-};
-
-inline vec3 operator+(const vec3 &a, const vec3 &b) noexcept { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
-inline vec3 operator-(const vec3 &a, const vec3 &b) noexcept { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
-inline vec3 operator*(double s, const vec3 &a) noexcept { return {s * a.x, s * a.y, s * a.z}; }
-inline vec3 operator/(const vec3 &a, double s) noexcept { return {a.x / s, a.y / s, a.z / s}; }
-
-inline double dot(const vec3 &a, const vec3 &b) noexcept { return a.x * b.x + a.y * b.y + a.z * b.z; }
-inline double length(const vec3 &a) noexcept { return std::sqrt(dot(a, a)); }
-
-// Plainly, and not by the determinants of vect.h: those put 1e-20 in the place of a zero pivot, and the product of
-// parallel vectors would no longer be 0.
-inline vec3 cross(const vec3 &a, const vec3 &b) noexcept
-{
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-
 inline vec3 vertex(const double *figure, int i = 0) noexcept
 {
-    return {figure[3 * i], figure[3 * i + 1], figure[3 * i + 2]};
-}
-
-inline void store(const vec3 &a, double *to) noexcept
-{
-    to[0] = a.x;
-    to[1] = a.y;
-    to[2] = a.z;
+    return vec3_at(figure + 3 * static_cast<std::ptrdiff_t>(i));
 }
 
 // n * x + d = 0; n need not have length 1.

@@ -4,9 +4,9 @@
 // weight of vertex k: all four within 0 .. 1, with some slack, say that q is inside. Outside the nearest of the four faces
 // answers, and so it does for a tetrahedron that is too flat to have an inside.
 
-#include "proj.h"
-
 #include "Source/proj/proj_priv.h"
+
+#include "proj.h"
 
 using namespace teska;
 

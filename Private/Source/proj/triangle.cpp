@@ -13,9 +13,9 @@
 // Far from the origin a vertex shifted by the unit normal would be rounded back to where it was; the planes are spanned by
 // the edge and the normal itself.
 
-#include "proj.h"
-
 #include "Source/proj/proj_priv.h"
+
+#include "proj.h"
 
 using namespace teska;
 

@@ -13,11 +13,11 @@
 #ifndef TESKA_HULL_PRIV_H
 #define TESKA_HULL_PRIV_H
 
-#include "tconvexhull.h"
-
 #include "Kernels/hull_kernels.h"
 #include "Support/memory.h"
 #include "Support/orient.h"
+
+#include "tconvexhull.h"
 
 #include <cstdint>
 #include <utility>

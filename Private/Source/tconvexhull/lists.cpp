@@ -4,10 +4,10 @@
 // and leave them when they are freed. A clean-up touches only what the step has touched; the lists come out as if it
 // had walked them from end to end.
 
-#include "tconvexhull.h"
-
 #include "Kernels/kernels.h"
 #include "Source/tconvexhull/hull_priv.h"
+
+#include "tconvexhull.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,9 +2,9 @@
 //
 // Records are named by the lower 32 bits of their addresses, which is what a debugger session of one process needs.
 
-#include "tconvexhull.h"
-
 #include "Source/tconvexhull/hull_priv.h"
+
+#include "tconvexhull.h"
 
 #include <algorithm>
 #include <cmath>

@@ -19,9 +19,9 @@
 // to a face that is not in the same plane makes n * point larger, so the walk ends; among faces in one plane it may go
 // round in circles, and is given up. Then, and before there is an eye, the search through the planes serves.
 
-#include "tconvexhull.h"
-
 #include "Source/tconvexhull/hull_priv.h"
+
+#include "tconvexhull.h"
 
 #include <algorithm>
 #include <cmath>

@@ -16,9 +16,9 @@
 // Software 22, 1996, p. 472. Cost: O(n log n) for points in no particular order.
 
 #include "Source/tetra/growing.h"
+#include "Source/tetra/tetra_priv.h"
 #include "Support/memory.h"
 #include "Support/orient.h"
-#include "Source/tetra/tetra_priv.h"
 
 #include <algorithm>
 #include <cmath>

@@ -5,6 +5,7 @@
 
 #include "Source/tetra/growing.h"
 #include "Support/memory.h"
+
 #include "tetra.h"
 
 #include <cmath>

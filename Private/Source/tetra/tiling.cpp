@@ -19,12 +19,12 @@
 // went. A point beyond the surface, by what rounding or the tolerance of the hull leave, goes into the cell next to it:
 // the faces that it sees from without are given up, and the surface moves out to it.
 
-#include "tetra.h"
-
 #include "Source/tetra/growing.h"
+#include "Source/tetra/tetra_priv.h"
 #include "Support/memory.h"
 #include "Support/orient.h"
-#include "Source/tetra/tetra_priv.h"
+
+#include "tetra.h"
 
 #include <algorithm>
 #include <cmath>

@@ -4,11 +4,11 @@
 // goes through one walk, each_crossing: it meets the triangles in a given order and offers each crossing to a
 // collection, which drops those near an earlier one. Walking the other way keeps other representatives.
 
-#include "tetra.h"
-
 #include "Source/tetra/growing.h"
-#include "Support/memory.h"
 #include "Source/tetra/tetra_priv.h"
+#include "Support/memory.h"
+
+#include "tetra.h"
 
 #include <algorithm>
 #include <bit>

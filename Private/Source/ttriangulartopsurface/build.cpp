@@ -12,15 +12,14 @@
 //
 // No process-wide state.
 
-#include "ttriangulartopsurface.h"
-
 #include "Source/ttriangulartopsurface/guard.h"
-#include "Support/memory.h"
-#include "Support/report.h"
 #include "Source/ttriangulartopsurface/rim.h"
 #include "Source/ttriangulartopsurface/tprimcomb.h"
+#include "Support/memory.h"
+#include "Support/report.h"
 
 #include "scalar_solvers.h"
+#include "ttriangulartopsurface.h"
 
 #include <algorithm>
 #include <cmath>

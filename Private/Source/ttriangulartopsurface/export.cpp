@@ -13,14 +13,13 @@
 //
 // Triangles are separated by NaN, which the tools take for a gap. No process-wide state.
 
-#include "ttriangulartopsurface.h"
-
 #include "Source/ttriangulartopsurface/guard.h"
-#include "Support/report.h"
 #include "Source/ttriangulartopsurface/tprimcomb.h"
+#include "Support/report.h"
 
 #include "fdstream.h"
 #include "interp_double.h"
+#include "ttriangulartopsurface.h"
 
 #include <cstdio>
 #include <locale>

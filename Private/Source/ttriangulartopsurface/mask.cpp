@@ -11,8 +11,8 @@
 // Cost: n triangles with k overlapping ones each take O(n log n + n k) cuts. No process-wide state.
 
 #include "Source/ttriangulartopsurface/guard.h"
-#include "Support/report.h"
 #include "Source/ttriangulartopsurface/tprimcomb.h"
+#include "Support/report.h"
 
 #include <algorithm>
 

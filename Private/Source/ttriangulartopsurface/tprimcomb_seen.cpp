@@ -7,8 +7,8 @@
 // No process-wide state.
 
 #include "Source/ttriangulartopsurface/guard.h"
-#include "Support/report.h"
 #include "Source/ttriangulartopsurface/tprimcomb.h"
+#include "Support/report.h"
 
 #include <algorithm>
 #include <cmath>

@@ -10,15 +10,14 @@
 //
 // No process-wide state.
 
-#include "ttriangulartopsurface.h"
-
 #include "Source/ttriangulartopsurface/guard.h"
-#include "Support/report.h"
 #include "Source/ttriangulartopsurface/rim.h"
 #include "Source/ttriangulartopsurface/tprimcomb.h"
 #include "Source/ttriangulartopsurface/umbrella_line.h"
+#include "Support/report.h"
 
 #include "interp_double.h"
+#include "ttriangulartopsurface.h"
 
 #include <algorithm>
 #include <cmath>

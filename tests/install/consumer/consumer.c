@@ -1,9 +1,11 @@
 /* consumer - a program that knows the library only as it was installed: the list of its words, in order */
 #include <lopra.h>
-#include <stdio.h>
-#include <teska_core.h>
 #include <wem.h>
 #include <zuk.h>
+
+#include <teska_core.h>
+
+#include <stdio.h>
 
 int main(int argc, char **argv)
 {
