@@ -112,7 +112,8 @@ function(teska_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL" "SOURCES;LIBRARIES")
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} teska_test_support GTest::gtest_main teska_flags
-                                        teska_warnings)
+                                        teska_warnings teska_test_options)
+  target_precompile_headers(${name} REUSE_FROM teska_gtest_headers)
   teska_test_entry(${name} ${arg_LABEL})
 endfunction()
 
