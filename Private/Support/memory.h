@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <span>
 #include <type_traits>
 
 namespace teska
@@ -19,9 +20,26 @@ struct free_delete {
     void operator()(void *p) const noexcept { std::free(p); }
 };
 
-// An owned array of plain values.
+// An owned array of plain values. Any integer type is an index.
 template <class T>
-using heap_block = std::unique_ptr<T[], free_delete>;
+class heap_block : public std::unique_ptr<T[], free_delete>
+{
+public:
+    using std::unique_ptr<T[], free_delete>::unique_ptr;
+
+    template <class Index>
+    T &operator[](Index i) const noexcept
+    {
+        static_assert(std::is_integral_v<Index>);
+        return this->get()[static_cast<std::ptrdiff_t>(i)];
+    }
+
+    template <class Count>
+    [[nodiscard]] std::span<T> first(Count count) const noexcept
+    {
+        return {this->get(), static_cast<std::size_t>(count)};
+    }
+};
 
 // A zeroed array of count values, or an empty owner when memory or the address space runs out. A count of 0 gives a
 // block too, because an empty owner always means failure.

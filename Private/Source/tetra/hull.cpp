@@ -15,8 +15,8 @@
 // Source: Barber, Dobkin and Huhdanpaa, The Quickhull Algorithm for Convex Hulls, ACM Transactions on Mathematical
 // Software 22, 1996, p. 472. Cost: O(n log n) for points in no particular order.
 
-#include "Source/tetra/growing.h"
 #include "Source/tetra/tetra_priv.h"
+#include "Support/growing.h"
 #include "Support/memory.h"
 #include "Support/orient.h"
 

@@ -3,7 +3,7 @@
 #ifndef TESKA_TETRA_PRIV_H
 #define TESKA_TETRA_PRIV_H
 
-#include "Source/tetra/growing.h"
+#include "Support/growing.h"
 #include "Support/memory.h"
 
 #include "tetra.h"

@@ -19,8 +19,8 @@
 // went. A point beyond the surface, by what rounding or the tolerance of the hull leave, goes into the cell next to it:
 // the faces that it sees from without are given up, and the surface moves out to it.
 
-#include "Source/tetra/growing.h"
 #include "Source/tetra/tetra_priv.h"
+#include "Support/growing.h"
 #include "Support/memory.h"
 #include "Support/orient.h"
 

@@ -4,8 +4,8 @@
 // goes through one walk, each_crossing: it meets the triangles in a given order and offers each crossing to a
 // collection, which drops those near an earlier one. Walking the other way keeps other representatives.
 
-#include "Source/tetra/growing.h"
 #include "Source/tetra/tetra_priv.h"
+#include "Support/growing.h"
 #include "Support/memory.h"
 
 #include "tetra.h"

@@ -1,17 +1,19 @@
 // growing - an array that grows at its end, for code that must not throw
 
-#ifndef TESKA_GROWING_H
-#define TESKA_GROWING_H
+#ifndef TESKA_SUPPORT_GROWING_H
+#define TESKA_SUPPORT_GROWING_H
 
 #include "Support/memory.h"
 
 #include <climits>
 #include <cstring>
+#include <span>
 
 namespace teska
 {
 
-// Indices are int; the values are plain. Appending n values is O(n). References are valid until the next push.
+// The values are plain; any integer type is an index. Appending n values is O(n). References are valid until the next
+// push.
 template <class T>
 class growing
 {
@@ -21,7 +23,7 @@ public:
     {
         if (count_ == room_ && !grow())
             return false;
-        data_[static_cast<std::size_t>(count_++)] = value;
+        data_[count_++] = value;
         return true;
     }
 
@@ -31,7 +33,12 @@ public:
     [[nodiscard]] int size() const noexcept { return count_; }
     [[nodiscard]] T *begin() const noexcept { return data_.get(); }
     [[nodiscard]] T *end() const noexcept { return data_.get() + count_; }
-    T &operator[](int index) const noexcept { return data_[static_cast<std::size_t>(index)]; }
+    template <class Index>
+    T &operator[](Index i) const noexcept
+    {
+        return data_[i];
+    }
+    [[nodiscard]] std::span<T> all() const noexcept { return data_.first(count_); }
     [[nodiscard]] T &last() const noexcept { return (*this)[count_ - 1]; }
 
 private:
