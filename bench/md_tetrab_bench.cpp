@@ -107,7 +107,7 @@ void add_side(const std::string &name, teska::simd_level level, int pixels, std:
 void add_pair(const std::string &name, int pixels, const std::function<void()> &ours, const std::function<void()> &peer)
 {
     const std::pair<teska::simd_level, const char *> levels[] = {
-        {teska::simd_level::avx512, ""}, {teska::simd_level::avx2, " (AVX2)"}, {teska::simd_level::sse41, " (SSE4.1)"}};
+        {teska::simd_level::avx512, ""}, {teska::simd_level::avx2, " (AVX2)"}, {teska::simd_level::v128, " (SSE4.1)"}};
     for (const auto &[level, suffix] : levels) {
         if (level > teska::simd_available())
             continue;

@@ -5,6 +5,6 @@
 namespace teska
 {
 
-void install_avx2(clut_kernels &table) noexcept { table.tetra = tetra; }
+void install_avx2(clut_kernels &table, bool /*gathers*/) noexcept { table.tetra = tetra; }
 
 }  // namespace teska

@@ -40,10 +40,6 @@ struct clut_kernels {
     void (*weighted)(const clut_point &point, const float *weight, std::size_t corners);
 };
 
-void install_scalar(clut_kernels &table) noexcept;
-void install_sse41(clut_kernels &table) noexcept;
-void install_avx2(clut_kernels &table) noexcept;
-
 }  // namespace teska
 
 #endif

@@ -198,7 +198,7 @@ void weighted(const clut_point &point, const float *weight, std::size_t corners)
 
 }  // namespace
 
-void install_scalar(clut_kernels &table) noexcept
+void install_scalar(clut_kernels &table, bool /*gathers*/) noexcept
 {
     table.tetra = tetra;
     table.linear3 = linear<3>;

@@ -84,6 +84,6 @@ struct avx2 {
 
 }  // namespace
 
-void install_avx2(fir_kernels &table) noexcept { fir_kernel<avx2>::install(table); }
+void install_avx2(fir_kernels &table, bool /*gathers*/) noexcept { fir_kernel<avx2>::install(table); }
 
 }  // namespace teska

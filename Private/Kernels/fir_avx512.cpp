@@ -64,6 +64,6 @@ struct avx512 {
 
 }  // namespace
 
-void install_avx512(fir_kernels &table) noexcept { fir_kernel<avx512>::install(table); }
+void install_avx512(fir_kernels &table, bool /*gathers*/) noexcept { fir_kernel<avx512>::install(table); }
 
 }  // namespace teska

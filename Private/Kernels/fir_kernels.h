@@ -55,11 +55,6 @@ struct fir_kernels {
     fir_sample_kernels<std::uint16_t> shorts;
 };
 
-void install_scalar(fir_kernels &table) noexcept;
-void install_sse41(fir_kernels &table) noexcept;
-void install_avx2(fir_kernels &table) noexcept;
-void install_avx512(fir_kernels &table) noexcept;
-
 }  // namespace teska
 
 #endif

@@ -32,7 +32,7 @@ void filter(const fir_window &w, const Sample *const *lines, Sample *out) noexce
 
 }  // namespace
 
-void install_scalar(fir_kernels &table) noexcept
+void install_scalar(fir_kernels &table, bool /*gathers*/) noexcept
 {
     table.bytes = {.filter = filter<std::uint8_t>, .pack = nullptr, .filter_words = nullptr};
     table.shorts = {.filter = filter<std::uint16_t>, .pack = nullptr, .filter_words = nullptr};

@@ -58,11 +58,6 @@ struct fusm_kernels {
     void (*words[3])(const fusm_curve &curve, const fusm_words &line) noexcept;
 };
 
-void install_scalar(fusm_kernels &table) noexcept;
-void install_sse41(fusm_kernels &table) noexcept;
-void install_avx2(fusm_kernels &table, bool gathers) noexcept;
-void install_avx512(fusm_kernels &table, bool gathers) noexcept;
-
 // The definition for the samples first .. end - 1 of a line.
 void fusm_pixels(int radius, const fusm_curve &curve, const fusm_bytes &line, std::ptrdiff_t first,
                  std::ptrdiff_t end) noexcept;

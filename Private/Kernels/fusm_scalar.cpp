@@ -101,7 +101,7 @@ void fusm_pixels(int radius, const fusm_curve &curve, const fusm_words &line, pt
     sharpen_pixels(radius, curve, line, first, end);
 }
 
-void install_scalar(fusm_kernels &table) noexcept
+void install_scalar(fusm_kernels &table, bool /*gathers*/) noexcept
 {
     table = {{sharpen<0, std::uint8_t>, sharpen<1, std::uint8_t>, sharpen<2, std::uint8_t>},
              {sharpen<0, std::uint16_t>, sharpen<1, std::uint16_t>, sharpen<2, std::uint16_t>}};

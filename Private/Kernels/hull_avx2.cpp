@@ -22,6 +22,9 @@ struct avx2 {
 
 }  // namespace
 
-void install_avx2(hull_kernels &table) noexcept { table.first_below = hull_kernel<avx2>::first_below; }
+void install_avx2(hull_kernels &table, bool /*gathers*/) noexcept
+{
+    table.first_below = hull_kernel<avx2>::first_below;
+}
 
 }  // namespace teska

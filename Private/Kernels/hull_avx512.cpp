@@ -22,6 +22,9 @@ struct avx512 {
 
 }  // namespace
 
-void install_avx512(hull_kernels &table) noexcept { table.first_below = hull_kernel<avx512>::first_below; }
+void install_avx512(hull_kernels &table, bool /*gathers*/) noexcept
+{
+    table.first_below = hull_kernel<avx512>::first_below;
+}
 
 }  // namespace teska

@@ -26,11 +26,7 @@ struct hull_kernels {
                                   double limit) noexcept;
 };
 
-void install_scalar(hull_kernels &table) noexcept;
-
 // Not to be called on a processor without the instructions.
-void install_avx2(hull_kernels &table) noexcept;
-void install_avx512(hull_kernels &table) noexcept;
 
 }  // namespace teska
 

@@ -20,6 +20,6 @@ std::ptrdiff_t first_below(const hull_planes &planes, std::ptrdiff_t from, const
 
 }  // namespace
 
-void install_scalar(hull_kernels &table) noexcept { table = {first_below}; }
+void install_scalar(hull_kernels &table, bool /*gathers*/) noexcept { table = {first_below}; }
 
 }  // namespace teska

@@ -71,6 +71,6 @@ struct avx2 {
 
 }  // namespace
 
-void install_avx2(ibilin_kernels &table) noexcept { ibilin_kernel<avx2>::install(table); }
+void install_avx2(ibilin_kernels &table, bool /*gathers*/) noexcept { ibilin_kernel<avx2>::install(table); }
 
 }  // namespace teska

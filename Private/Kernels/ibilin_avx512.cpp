@@ -86,6 +86,6 @@ struct avx512 {
 
 }  // namespace
 
-void install_avx512(ibilin_kernels &table) noexcept { ibilin_kernel<avx512>::install(table); }
+void install_avx512(ibilin_kernels &table, bool /*gathers*/) noexcept { ibilin_kernel<avx512>::install(table); }
 
 }  // namespace teska

@@ -88,11 +88,6 @@ struct ibilin_kernels {
     ibilin_depth<std::uint16_t> words;
 };
 
-void install_scalar(ibilin_kernels &table) noexcept;
-void install_sse41(ibilin_kernels &table) noexcept;
-void install_avx2(ibilin_kernels &table) noexcept;
-void install_avx512(ibilin_kernels &table) noexcept;
-
 }  // namespace teska
 
 #endif

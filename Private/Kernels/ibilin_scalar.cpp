@@ -50,7 +50,7 @@ constexpr ibilin_depth<T> by_samples = {
 
 }  // namespace
 
-void install_scalar(ibilin_kernels &table) noexcept
+void install_scalar(ibilin_kernels &table, bool /*gathers*/) noexcept
 {
     table = {.unit = 0, .units = 0, .bytes = by_samples<std::uint8_t>, .words = by_samples<std::uint16_t>};
 }

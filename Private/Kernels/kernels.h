@@ -25,8 +25,9 @@
 namespace teska
 {
 
-// In rising order; each includes those before it. avx512 stands for the parts F, BW, DQ, VL and VBMI together.
-enum class simd_level : int { scalar = 0, sse41 = 1, avx2 = 2, avx512 = 3 };
+// In rising order; each includes those before it. v128 is SSE4.1 or what another processor has of 128 bits; avx512 is the
+// parts F, BW, DQ, VL and VBMI together.
+enum class simd_level : int { scalar = 0, v128 = 1, avx2 = 2, avx512 = 3 };
 
 // Whether tables are read with gather instructions, where a variant has both ways: they are slow on some processors.
 enum class gather_use : int { as_measured = 0, never = 1, always = 2 };

@@ -17,6 +17,6 @@ struct avx2 {
 
 }  // namespace
 
-void install_avx2(mat_kernels &table) noexcept { table.decompose = lu_kernel<avx2>::decompose; }
+void install_avx2(mat_kernels &table, bool /*gathers*/) noexcept { table.decompose = lu_kernel<avx2>::decompose; }
 
 }  // namespace teska

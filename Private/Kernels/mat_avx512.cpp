@@ -16,6 +16,6 @@ struct avx512 {
 
 }  // namespace
 
-void install_avx512(mat_kernels &table) noexcept { table.decompose = lu_kernel<avx512>::decompose; }
+void install_avx512(mat_kernels &table, bool /*gathers*/) noexcept { table.decompose = lu_kernel<avx512>::decompose; }
 
 }  // namespace teska

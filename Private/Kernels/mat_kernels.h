@@ -27,10 +27,6 @@ struct mat_kernels {
     bool (*decompose_small)(const lu_matrix &m) noexcept;  // where vectors do not pay
 };
 
-void install_scalar(mat_kernels &table) noexcept;
-void install_avx2(mat_kernels &table) noexcept;
-void install_avx512(mat_kernels &table) noexcept;
-
 }  // namespace teska
 
 #endif

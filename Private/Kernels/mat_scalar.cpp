@@ -127,6 +127,6 @@ bool decompose_small(const lu_matrix &m) noexcept
 
 }  // namespace
 
-void install_scalar(mat_kernels &table) noexcept { table = {decompose, decompose_small}; }
+void install_scalar(mat_kernels &table, bool /*gathers*/) noexcept { table = {decompose, decompose_small}; }
 
 }  // namespace teska

@@ -53,6 +53,6 @@ struct avx512 {
 
 }  // namespace
 
-void install_avx512(md_tetrab_kernels &table) noexcept { md_tetrab_line<avx512>::install(table); }
+void install_avx512(md_tetrab_kernels &table, bool /*gathers*/) noexcept { md_tetrab_line<avx512>::install(table); }
 
 }  // namespace teska

@@ -56,11 +56,6 @@ struct md_tetrab_kernels {
                                  // in which no pixel's outputs are bytes of another pixel or of another output
 };
 
-void install_scalar(md_tetrab_kernels &table) noexcept;
-void install_sse41(md_tetrab_kernels &table) noexcept;
-void install_avx2(md_tetrab_kernels &table, bool gathers) noexcept;
-void install_avx512(md_tetrab_kernels &table) noexcept;
-
 }  // namespace teska
 
 #endif

@@ -255,7 +255,7 @@ void convert(const md_tetrab_table &table, const md_tetrab_run &run) noexcept
 
 }  // namespace
 
-void install_scalar(md_tetrab_kernels &table) noexcept
+void install_scalar(md_tetrab_kernels &table, bool /*gathers*/) noexcept
 {
     table.convert[0] = convert<1>;
     table.convert[1] = convert<2>;

@@ -59,6 +59,6 @@ struct avx2 {
 
 }  // namespace
 
-void install_avx2(md_tetrad_kernels &table) noexcept { md_tetrad_kernel<avx2>::install(table); }
+void install_avx2(md_tetrad_kernels &table, bool /*gathers*/) noexcept { md_tetrad_kernel<avx2>::install(table); }
 
 }  // namespace teska

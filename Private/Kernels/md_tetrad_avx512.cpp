@@ -61,6 +61,6 @@ struct avx512 {
 
 }  // namespace
 
-void install_avx512(md_tetrad_kernels &table) noexcept { md_tetrad_kernel<avx512>::install(table); }
+void install_avx512(md_tetrad_kernels &table, bool /*gathers*/) noexcept { md_tetrad_kernel<avx512>::install(table); }
 
 }  // namespace teska

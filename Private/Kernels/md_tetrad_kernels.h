@@ -44,10 +44,6 @@ struct md_tetrad_kernels {
     evaluate_fn evaluate_long[5];  // for runs of several points
 };
 
-void install_scalar(md_tetrad_kernels &table) noexcept;
-void install_avx2(md_tetrad_kernels &table) noexcept;
-void install_avx512(md_tetrad_kernels &table) noexcept;
-
 }  // namespace teska
 
 #endif

@@ -190,7 +190,7 @@ void evaluate(const md_tetrad_table &table, const md_tetrad_run &run) noexcept
 
 }  // namespace
 
-void install_scalar(md_tetrad_kernels &table) noexcept
+void install_scalar(md_tetrad_kernels &table, bool /*gathers*/) noexcept
 {
     constexpr md_tetrad_kernels::evaluate_fn by_inputs[] = {evaluate<1>, evaluate<2>, evaluate<3>, evaluate<4>,
                                                             evaluate<0>};

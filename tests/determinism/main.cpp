@@ -110,7 +110,7 @@ const char *option(int argc, char **argv, const char *name)
 // Returns false when the processor lacks the level; an unknown name is one it lacks.
 bool limit_to(const std::string &level)
 {
-    const char *names[] = {"scalar", "sse41", "avx2", "avx512"};
+    const char *names[] = {"scalar", "v128", "avx2", "avx512"};
     const auto *at = std::find(std::begin(names), std::end(names), level);
     const auto wanted = static_cast<teska::simd_level>(at - names);
     if (at == std::end(names) || wanted > teska::simd_available())

@@ -14,7 +14,7 @@ namespace teska_test
 template <class Check>
 void at_every_level(const Check &check)
 {
-    static const char *const names[] = {"scalar", "SSE4.1", "AVX2", "AVX-512"};
+    static const char *const names[] = {"scalar", "v128", "AVX2", "AVX-512"};
     const teska::simd_level before = teska::simd_limit(teska::simd_level::scalar);
     for (int level = 0; level <= static_cast<int>(teska::simd_available()); ++level) {
         SCOPED_TRACE(names[level]);

@@ -1,4 +1,4 @@
-// fir_sse41 - one filtered line. Vectors of 4 sums.
+// fir_v128 - one filtered line. Vectors of 4 sums.
 
 #include "Kernels/fir_vector.h"
 
@@ -8,7 +8,7 @@ namespace teska
 namespace
 {
 
-struct sse41 {
+struct v128 {
     using vector = __m128i;
     static constexpr int lanes = 4;
     static constexpr int vectors = 8;
@@ -80,6 +80,6 @@ struct sse41 {
 
 }  // namespace
 
-void install_sse41(fir_kernels &table) noexcept { fir_kernel<sse41>::install(table); }
+void install_v128(fir_kernels &table, bool /*gathers*/) noexcept { fir_kernel<v128>::install(table); }
 
 }  // namespace teska

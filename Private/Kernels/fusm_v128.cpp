@@ -1,4 +1,4 @@
-// fusm_sse41 - sharpening of image lines. Vectors of 16 bytes; tables of bytes by shuffles.
+// fusm_v128 - sharpening of image lines. Vectors of 16 bytes; tables of bytes by shuffles.
 
 #include "Kernels/fusm_vector.h"
 
@@ -43,7 +43,7 @@ private:
     std::uint8_t rows_[256];
 };
 
-struct sse41 {
+struct v128 {
     using vector = __m128i;
     using byte_table = shuffle_table;
 
@@ -119,6 +119,6 @@ struct sse41 {
 
 }  // namespace
 
-void install_sse41(fusm_kernels &table) noexcept { fusm_install<sse41, sse41>(table); }
+void install_v128(fusm_kernels &table, bool /*gathers*/) noexcept { fusm_install<v128, v128>(table); }
 
 }  // namespace teska

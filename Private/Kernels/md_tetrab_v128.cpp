@@ -1,4 +1,4 @@
-// md_tetrab_sse41 - conversion of bytes over a simplex, four pixels at a time
+// md_tetrab_v128 - conversion of bytes over a simplex, four pixels at a time
 
 #include "Kernels/md_tetrab_vector.h"
 
@@ -8,7 +8,7 @@ namespace teska
 namespace
 {
 
-struct sse41 {
+struct v128 {
     static constexpr bool reads_byte_tables = false;
     using raw = __m128i;
     static constexpr int lanes = 4;
@@ -45,6 +45,6 @@ struct sse41 {
 
 }  // namespace
 
-void install_sse41(md_tetrab_kernels &table) noexcept { md_tetrab_line<sse41>::install(table); }
+void install_v128(md_tetrab_kernels &table, bool /*gathers*/) noexcept { md_tetrab_line<v128>::install(table); }
 
 }  // namespace teska

@@ -1,4 +1,4 @@
-// ibilin_sse41 - bilinear resampling of lines, one unit a vector
+// ibilin_v128 - bilinear resampling of lines, one unit a vector
 
 #include "Kernels/ibilin_vector.h"
 
@@ -10,7 +10,7 @@ namespace teska
 namespace
 {
 
-struct sse41 {
+struct v128 {
     using vector = __m128i;
     static constexpr int unit = 16;
     static constexpr int units = 1;
@@ -66,6 +66,6 @@ struct sse41 {
 
 }  // namespace
 
-void install_sse41(ibilin_kernels &table) noexcept { ibilin_kernel<sse41>::install(table); }
+void install_v128(ibilin_kernels &table, bool /*gathers*/) noexcept { ibilin_kernel<v128>::install(table); }
 
 }  // namespace teska
