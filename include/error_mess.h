@@ -1,7 +1,7 @@
 /* error_mess.h - error and diagnostic reporting
  *
  * Every module reports a failure as one line of text and returns a failure value. What becomes of the line is
- * decided by the reporting mode, a process-wide setting:
+ * decided by the reporting mode, a process-wide setting that a thread may replace by one of its own:
  *
  *     mode 1   printed on standard output at once (the initial mode)
  *     mode 2   queued until error_get fetches it; equal lines, letters compared without case, are queued once
@@ -16,7 +16,11 @@
  *
  * Common rules
  *   A line is a prefix, the message and a closing quote, at most 511 characters. The message is data, never a format.
- *   All state is process-wide and not locked: calls here, and of functions that may report, are to be serialised.
+ *   Threads: any number of threads may call these functions, and functions that report, at the same time. The mode of
+ *   error_set, its queue and kept line, the threshold and the debug switch are process-wide, guarded by one lock. Lines of
+ *   different threads are never mixed within a line; lines that one failing call reports may have those of another
+ *   thread between them. A thread that needs exactly the lines of its own calls, as a language binding does, asks for
+ *   a mode of its own: error_set_thread.
  *   Numbers that the library writes and reads as text need the C locale's decimal point; it never calls setlocale.
  */
 #ifndef TESKA_ERROR_MESS_H
@@ -31,26 +35,28 @@ TESKA_BEGIN_C
  * message     what failed, as "function : what"; not null
  * file, line  where; accepted and not used
  * Returns 0.
- * Kept: a queued line keeps its first 256 characters. Reported again, the whole line differs from the one kept and is
- * queued once more.
- * Kept: when the queue cannot grow, the line is lost and reported in its place is
+ * Kept: a line in the process-wide queue keeps its first 256 characters. Reported again, the whole line differs from
+ * the one kept and is queued once more.
+ * Kept: when that queue cannot grow, the line is lost and reported in its place is
  * "list_insert : Unable to extend list, insufficient resources"; while memory stays short such reports end at a depth
  * of 16.
  */
 TESKA_API int error_mess_fl(const char *message, const char *file, int line) TESKA_NOTHROW;
 
-/* error_get - fetch a line that was queued (mode 2) or kept (mode 3).
+/* error_get - fetch a line that was queued (mode 2) or kept (mode 3), of the calling thread's own mode if it has one.
  *
- * Returns the library's buffer, valid until the next error_get, error_display_all_msgs or report in mode 3; NULL when
- * nothing is pending.
- * Kept: queued lines come in descending order of their text, letters compared without case, not in the order reported.
+ * Returns a buffer of the calling thread, valid until its next error_get, error_display_all_msgs or report in mode 3;
+ * NULL when nothing is pending.
+ * Kept: lines of the process-wide queue come in descending order of their text, letters compared without case, not in
+ * the order reported.
  */
 TESKA_API char *error_get(void) TESKA_NOTHROW;
 
-/* error_display_all_msgs - print what error_get gives, a line each, on standard output. Returns 0. */
+/* error_display_all_msgs - print what error_get gives, a line each, on standard output. No line of another thread comes
+ * between them. Returns 0. */
 TESKA_API int error_display_all_msgs(void) TESKA_NOTHROW;
 
-/* error_set - set the reporting mode.
+/* error_set - set the process-wide reporting mode.
  *
  * Forgets the line kept in mode 3, also when the mode stays the same. Entering mode 2 creates the queue, staying in it
  * keeps the queued lines, leaving it drops them.
@@ -60,6 +66,36 @@ TESKA_API int error_display_all_msgs(void) TESKA_NOTHROW;
  * the next call shows that mode 2 was not reached.
  */
 TESKA_API int error_set(int mode) TESKA_NOTHROW;
+
+/* The mode of a thread that has none of its own, and the result of error_set_thread when memory is short. */
+#define TESKA_ERROR_PROCESS_WIDE (-1)
+#define TESKA_ERROR_NO_MEMORY (-2)
+
+/* error_set_thread - set a reporting mode for the calling thread alone.
+ *
+ *     int before = error_set_thread(2);
+ *     if (list_insert(list, element) < 0)
+ *         while ((line = error_get()) != NULL)       this thread's lines, first reported first
+ *             append(text, line);
+ *     error_set_thread(before);
+ *
+ * Until the mode is set back, the lines that this thread reports go by its own mode, and error_get and
+ * error_display_all_msgs give it those lines only. Other threads, and what error_set controls, are not affected.
+ *
+ *     mode 1   printed at once
+ *     mode 2   queued as they are and in the order reported, equal lines too. The queue holds 64 lines; while it is
+ *              full, further ones are lost. Reporting needs no memory.
+ *     mode 3   the last one is kept
+ *     mode 0   dropped
+ *     TESKA_ERROR_PROCESS_WIDE   back to the mode of error_set (the initial mode of a thread)
+ *
+ * Lines that were not fetched are lost, but for queued ones when mode 2 is set again. They are also lost when the thread
+ * ends.
+ *
+ * mode  one of the above; any other value counts as 0
+ * Returns the thread's previous mode; TESKA_ERROR_NO_MEMORY, with nothing changed, when the queue cannot be created.
+ */
+TESKA_API int error_set_thread(int mode) TESKA_NOTHROW;
 
 /* error_exit - fatal error: hands "ERROR  : 'message'" (two blanks) to errexit of wem.h, whatever the mode.
  *

@@ -1,43 +1,94 @@
 // error_mess - error and diagnostic reporting (core)
 //
-// Process-wide state, without locks: one struct below. The queue exists exactly while the mode is 2; it is a sorted
-// list of 256-byte texts. The last-message buffer serves error_get in every mode and holds the kept line of mode 3.
+//     report -> the thread's own mode, if it has one:   printed | queue of 64 lines | last line | dropped
+//            -> the mode of the process:                printed | sorted list       | last line | dropped
 //
-// A report that cannot be queued makes the list report in turn, so reports nest. max_depth bounds that: on a dead heap,
-// and when the queue has reached the list's 65535 elements, nothing else would end it.
+// Process-wide state: the struct below, guarded by its lock. The shared queue exists exactly while the mode is 2; it is
+// a sorted list of 256-byte texts. Mode, threshold and debug switch are atomic, so that what is dropped takes no lock.
+//
+// State of a thread: its nesting depth, its mode with the lines that wait in it, and the buffer of error_get.
+//
+// A report that cannot enter the shared queue makes the list report in turn, so reports nest. The lock is taken by the
+// outermost call of a thread only, and max_depth bounds the nesting: on a dead heap, and when the queue has reached the
+// list's 65535 elements, nothing else would end it.
 
 #include "error_mess.h"
+
+#include "Support/memory.h"
 
 #include "list.h"
 #include "str_utils.h"
 #include "wem.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 
 namespace
 {
 
+constexpr int mode_process_wide = TESKA_ERROR_PROCESS_WIDE;
+constexpr int mode_drop = 0;
 constexpr int mode_print = 1;
 constexpr int mode_queue = 2;
 constexpr int mode_keep_last = 3;
 
 constexpr int queue_step = 50;          // lines
-constexpr unsigned slot_size = 256;     // bytes of a queued line
+constexpr unsigned slot_size = 256;     // bytes of a line in the shared queue
+constexpr int thread_queue_room = 64;   // lines
 constexpr std::size_t line_size = 512;  // bytes of a line, the terminating zero included
 constexpr int max_depth = 16;           // nested reports
 
 struct reporting_state {
-    int mode = mode_print;
+    std::mutex lock;
+    std::atomic<int> mode = mode_print;
     list_rec *queue = nullptr;
     char last_message[line_size] = {};
-    int pending = 0;
-    int warn_threshold = 0;
-    int debug_on = 0;
-    int depth = 0;
+    bool pending = false;  // whether last_message waits to be fetched
+    std::atomic<int> warn_threshold = 0;
+    std::atomic<int> debug_on = 0;
 };
 
-reporting_state state;
+constinit reporting_state state;
+
+// The lines of one thread in a ring.
+struct thread_queue {
+    int first = 0;
+    int count = 0;
+    char lines[thread_queue_room][line_size] = {};
+};
+
+// Without a destructor, so that code that runs late in a thread's life may still report.
+struct thread_state {
+    int depth = 0;  // calls of this thread that hold or share the lock
+    int mode = mode_process_wide;
+    thread_queue *queue = nullptr;  // owned; there while the thread's mode is 2
+    bool pending = false;           // whether `text` is a line kept in the thread's mode 3
+    char text[line_size] = {};      // what error_get gives
+};
+
+constinit thread_local thread_state own;
+
+bool keeps_lines(int mode) { return mode == mode_print || mode == mode_queue || mode == mode_keep_last; }
+
+// The lock of the process-wide state, for the outermost of nested calls.
+class outermost_lock
+{
+public:
+    outermost_lock()
+    {
+        if (own.depth++ == 0)
+            state.lock.lock();
+    }
+    outermost_lock(const outermost_lock &) = delete;
+    outermost_lock &operator=(const outermost_lock &) = delete;
+    ~outermost_lock()
+    {
+        if (--own.depth == 0)
+            state.lock.unlock();
+    }
+};
 
 // The buffer is zeroed: queueing copies whole slots out of it.
 struct report_line {
@@ -47,9 +98,12 @@ struct report_line {
 
 void print_line(const char *line)
 {
+    const outermost_lock lock;
     std::printf("%s\n", line);
     std::fflush(stdout);
 }
+
+// ---- Lines of the process, under the lock ---------------------------------------------------------------------------
 
 void queue_line(const char *line)
 {
@@ -63,7 +117,7 @@ void queue_line(const char *line)
 
 void keep_line(const char *line)
 {
-    state.pending = 1;
+    state.pending = true;
     strncpy_w0(state.last_message, line, line_size - 1);
 }
 
@@ -74,9 +128,68 @@ char *fetch_queued()
         return nullptr;
     // A text may fill its slot without a terminating zero.
     const auto *slot = static_cast<const char *>(list_get_element(state.queue, last));
-    strncpy_w0(state.last_message, slot, slot_size);
+    strncpy_w0(own.text, slot, slot_size);
     list_rem_element(state.queue, last);
-    return state.last_message;
+    return own.text;
+}
+
+char *fetch_kept()
+{
+    if (!state.pending)
+        return nullptr;
+    state.pending = false;
+    return static_cast<char *>(std::memcpy(own.text, state.last_message, line_size));
+}
+
+// ---- Lines of one thread --------------------------------------------------------------------------------------------
+
+void report_to_thread(const char *line)
+{
+    if (own.mode == mode_print) {
+        print_line(line);
+    } else if (own.mode == mode_queue && own.queue->count < thread_queue_room) {
+        const int free_line = (own.queue->first + own.queue->count++) % thread_queue_room;
+        std::memcpy(own.queue->lines[free_line], line, line_size);
+    } else if (own.mode == mode_keep_last) {
+        own.pending = true;
+        std::memcpy(own.text, line, line_size);
+    }
+}
+
+char *fetch_from_thread()
+{
+    if (own.mode == mode_queue) {
+        if (own.queue->count == 0)
+            return nullptr;
+        std::memcpy(own.text, own.queue->lines[own.queue->first], line_size);
+        own.queue->first = (own.queue->first + 1) % thread_queue_room;
+        --own.queue->count;
+        return own.text;
+    }
+    const bool kept = own.pending;
+    own.pending = false;
+    return kept ? own.text : nullptr;
+}
+
+void leave_thread_mode()
+{
+    teska::kill_record(own.queue);
+    own.queue = nullptr;
+    own.pending = false;
+    own.mode = mode_process_wide;
+}
+
+struct at_thread_end {
+    ~at_thread_end() { leave_thread_mode(); }
+};
+
+bool make_thread_queue()
+{
+    own.queue = teska::make_record<thread_queue>().release();
+    if (own.queue == nullptr)
+        return false;
+    [[maybe_unused]] thread_local const at_thread_end end;
+    return true;
 }
 
 }  // namespace
@@ -85,32 +198,36 @@ char *fetch_queued()
 
 int error_mess_fl(const char *message, const char * /*file*/, int /*line*/) TESKA_NOTHROW
 {
-    if (state.depth >= max_depth)
+    const bool process_wide = own.mode == mode_process_wide;
+    if (own.depth >= max_depth || !keeps_lines(process_wide ? state.mode.load() : own.mode))
         return 0;
-    ++state.depth;
     const report_line line("ERROR : '", message);
-    if (state.mode == mode_print)
+    if (!process_wide) {
+        report_to_thread(line.text);
+        return 0;
+    }
+    const outermost_lock lock;
+    const int mode = state.mode;
+    if (mode == mode_print)
         print_line(line.text);
-    else if (state.mode == mode_queue)
+    else if (mode == mode_queue)
         queue_line(line.text);
-    else if (state.mode == mode_keep_last)
+    else if (mode == mode_keep_last)
         keep_line(line.text);
-    --state.depth;
     return 0;
 }
 
 char *error_get(void) TESKA_NOTHROW
 {
-    if (state.queue != nullptr)
-        return fetch_queued();
-    if (state.pending == 0)
-        return nullptr;
-    state.pending = 0;
-    return state.last_message;
+    if (own.mode != mode_process_wide)
+        return fetch_from_thread();
+    const outermost_lock lock;
+    return state.queue != nullptr ? fetch_queued() : fetch_kept();
 }
 
 int error_display_all_msgs(void) TESKA_NOTHROW
 {
+    const outermost_lock lock;
     while (const char *line = error_get())
         print_line(line);
     return 0;
@@ -118,9 +235,10 @@ int error_display_all_msgs(void) TESKA_NOTHROW
 
 int error_set(int mode) TESKA_NOTHROW
 {
+    const outermost_lock lock;
     const int previous = state.mode;
     state.mode = mode;
-    state.pending = 0;
+    state.pending = false;
     if (mode != mode_queue) {
         list_kill(state.queue);
         state.queue = nullptr;
@@ -130,6 +248,20 @@ int error_set(int mode) TESKA_NOTHROW
         if (state.queue == nullptr)
             state.mode = previous;
     }
+    return previous;
+}
+
+int error_set_thread(int mode) TESKA_NOTHROW
+{
+    const int previous = own.mode;
+    if (mode == mode_queue && previous == mode_queue)
+        return previous;
+    if (mode == mode_queue && !make_thread_queue())
+        return TESKA_ERROR_NO_MEMORY;
+    if (mode != mode_queue)
+        leave_thread_mode();
+    own.pending = false;
+    own.mode = keeps_lines(mode) || mode == mode_process_wide ? mode : mode_drop;
     return previous;
 }
 
@@ -148,12 +280,7 @@ void teska_warn(int level, const char *message) TESKA_NOTHROW
         print_line(report_line("WARNING  : '", message).text);
 }
 
-int teska_warn_level(int threshold) TESKA_NOTHROW
-{
-    const int previous = state.warn_threshold;
-    state.warn_threshold = threshold;
-    return previous;
-}
+int teska_warn_level(int threshold) TESKA_NOTHROW { return state.warn_threshold.exchange(threshold); }
 
 void dbg(const char *message) TESKA_NOTHROW
 {
@@ -161,9 +288,4 @@ void dbg(const char *message) TESKA_NOTHROW
         print_line(report_line("DEBUG : '", message).text);
 }
 
-int dbg_set(int on) TESKA_NOTHROW
-{
-    const int previous = state.debug_on;
-    state.debug_on = on;
-    return previous;
-}
+int dbg_set(int on) TESKA_NOTHROW { return state.debug_on.exchange(on); }

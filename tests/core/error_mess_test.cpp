@@ -7,7 +7,9 @@
 
 #include <csetjmp>
 #include <cstdio>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -36,7 +38,7 @@ lines take()
     return taken;
 }
 
-// Runs body and gives what it printed on standard output, all of which must have reached the file behind it.
+// Runs body and gives what it printed on standard output, all of which must have been flushed.
 template <class Body>
 std::string printed(Body &&body)
 {
@@ -56,6 +58,7 @@ protected:
     ~Reporting() override
     {
         error_set(1);
+        error_set_thread(TESKA_ERROR_PROCESS_WIDE);
         teska_warn_level(0);
         dbg_set(0);
         wem_set_errexit(nullptr);
@@ -64,6 +67,7 @@ protected:
 
 using ErrorMess = Reporting;
 using ErrorSet = Reporting;
+using ErrorSetThread = Reporting;
 using ErrorExit = Reporting;
 using TeskaWarn = Reporting;
 
@@ -119,6 +123,104 @@ TEST_F(ErrorSet, KeptForgetsTheKeptLineWhenMode3IsSetAgainAndTheQueueOnLeavingMo
     }
 }
 
+TEST_F(ErrorSetThread, CollectsWholeLinesOfItsThreadInTheOrderReported)
+{
+    const std::string long_message(600, 'x');
+    const std::string cut = "ERROR : '" + std::string(502, 'x');
+    const lines ink = {"ERROR : 'ink'"};
+    error_set(3);
+    EXPECT_EQ(error_set_thread(2), TESKA_ERROR_PROCESS_WIDE);
+    report({"b", long_message, "a", "b"});
+    EXPECT_EQ(error_set(3), 3) << "the mode of the process stays";
+    EXPECT_EQ(error_set_thread(2), 2);
+    EXPECT_EQ(take(), (lines{"ERROR : 'b'", cut, "ERROR : 'a'", "ERROR : 'b'"})) << "setting it again keeps the lines";
+
+    const std::tuple<int, int, std::string, lines> cases[] = {{3, 3, "", ink},
+                                                              {0, 0, "", {}},
+                                                              {7, 0, "", {}},
+                                                              {-3, 0, "", {}},
+                                                              {1, 1, "ERROR : 'paper'\nERROR : 'ink'\n", {}}};
+    int before = 2;
+    for (const auto &[mode, stored, expected, fetched] : cases) {
+        report({"lost"});
+        EXPECT_EQ(error_set_thread(mode), std::exchange(before, stored)) << mode;
+        EXPECT_EQ(take(), lines{}) << mode;
+        EXPECT_EQ(printed([] { report({"paper", "ink"}); }), expected) << mode;
+        EXPECT_EQ(take(), fetched) << mode;
+    }
+    error_set_thread(TESKA_ERROR_PROCESS_WIDE);
+    EXPECT_EQ(take(), lines{});
+    report({"ink"});
+    EXPECT_EQ(take(), ink) << "by the mode of the process again";
+}
+
+TEST_F(ErrorSetThread, HoldsTheFirst64LinesAndTakesMoreAsTheyAreFetched)
+{
+    lines expected;
+    error_set_thread(2);
+    for (int i = 0; i < 200; ++i) {
+        const std::string line = "ERROR : '" + std::to_string(i) + "'";
+        report({std::to_string(i)});
+        if (i < 64 || i >= 100)
+            expected.push_back(line);
+        if (i >= 99) {
+            EXPECT_EQ(error_get(), expected.front());
+            expected.erase(expected.begin());
+        }
+    }
+    EXPECT_EQ(take(), expected);
+}
+
+TEST_F(ErrorMess, TakesLinesOfAllThreadsAtOnce)
+{
+    constexpr int threads = 4, rounds = 500, shared_lines = 40;
+    const auto in_all_threads = [](auto &&work) {
+        std::vector<std::thread> running;
+        for (int t = 0; t < threads; ++t)
+            running.emplace_back([=] { work(std::to_string(t)); });
+        for (std::thread &thread : running)
+            thread.join();
+    };
+    lines expected;
+    for (int t = threads; t-- > 0;)
+        for (int i = shared_lines; i-- > 0;)
+            expected.push_back("ERROR : '" + std::to_string(t) + " " + std::to_string(100 + i) + "'");
+
+    error_set(2);
+    in_all_threads([](const std::string &name) {
+        for (int i = 0; i < rounds; ++i)
+            report({name + " " + std::to_string(100 + i % shared_lines)});
+    });
+    EXPECT_EQ(take(), expected) << "every line once";
+
+    in_all_threads([](const std::string &name) {
+        error_set_thread(2);
+        for (int i = 0; i < rounds; ++i) {
+            report({name, "and " + name});
+            EXPECT_EQ(take(), (lines{"ERROR : '" + name + "'", "ERROR : 'and " + name + "'"}));
+        }
+        report({"lost with the thread"});
+    });
+    EXPECT_EQ(take(), lines{});
+
+    // Modes change under the reporters: each line that is printed is whole all the same.
+    std::istringstream text(printed([&] {
+        in_all_threads([](const std::string &name) {
+            for (int i = 0; i < rounds; ++i) {
+                error_set(i % 4);
+                report({name});
+                teska_warn(1, name.c_str());
+                error_get();
+                error_display_all_msgs();
+            }
+        });
+    }));
+    for (std::string line; std::getline(text, line);) {
+        const std::string thread(1, line[line.size() > 2 ? line.size() - 2 : 0]);
+        EXPECT_EQ(line, (line[0] == 'E' ? "ERROR : '" : "WARNING  : '") + thread + "'");
+    }
+}
+
 TEST_F(TeskaWarn, PrintsAboveTheThresholdAndDbgWhileSwitchedOnInEveryMode)
 {
     const std::tuple<int, int, int, std::string> cases[] = {{0, 0, 0, ""},
@@ -127,7 +229,8 @@ TEST_F(TeskaWarn, PrintsAboveTheThresholdAndDbgWhileSwitchedOnInEveryMode)
                                                             {-3, -2, 1, "WARNING  : 'ink'\nDEBUG : 'ink'\n"}};
     int threshold = initial_threshold;
     int debug = initial_debug;
-    EXPECT_TRUE(threshold == 0 && debug == 0);
+    EXPECT_EQ(threshold, 0);
+    EXPECT_EQ(debug, 0);
     for (const auto &[new_threshold, level, new_debug, expected] : cases)
         for (const int mode : {0, 1, 2, 3}) {
             error_set(mode);

@@ -65,6 +65,22 @@ TEST(ErrorSet, StaysInItsModeWhenTheQueueCannotBeMade)
     error_set(1);
 }
 
+TEST(ErrorSetThread, ChangesNothingWithoutMemoryAndThenReportsWithoutAny)
+{
+    error_set_thread(3);
+    error_mess_fl("kept", "", 0);
+    arm(fault_kind::memory, 0, true);
+    EXPECT_EQ(error_set_thread(2), TESKA_ERROR_NO_MEMORY);
+    EXPECT_EQ(disarm(), 1);
+    EXPECT_STREQ(error_get(), "ERROR : 'kept'");
+    EXPECT_EQ(error_set_thread(2), 3);
+    arm(fault_kind::memory, 0, true);
+    error_mess_fl("queued", "", 0);
+    EXPECT_EQ(disarm(), 0);
+    EXPECT_STREQ(error_get(), "ERROR : 'queued'");
+    EXPECT_EQ(error_set_thread(TESKA_ERROR_PROCESS_WIDE), 2);
+}
+
 }  // namespace
 
 }  // namespace teska_test
