@@ -22,6 +22,19 @@ if(MINGW)
 else()
   target_compile_definitions(teska_flags INTERFACE _GNU_SOURCE)
 endif()
+if(EMSCRIPTEN)
+  # Programs run under node and see the files of the host; what fails for want of memory is reported as anywhere.
+  target_compile_options(teska_flags INTERFACE -fexceptions)
+  target_link_options(
+    teska_flags
+    INTERFACE
+    -fexceptions
+    -sENVIRONMENT=node
+    -sNODERAWFS=1
+    -sEXIT_RUNTIME=1
+    -sALLOW_MEMORY_GROWTH=1
+    -sTOTAL_STACK=4MB)
+endif()
 if(TESKA_SANITIZE)
   target_compile_options(teska_flags INTERFACE "-fsanitize=${TESKA_SANITIZE}" -fno-sanitize-recover=all
                                                -fno-omit-frame-pointer)

@@ -66,7 +66,7 @@ function(teska_companion target key)
   target_compile_definitions(${target}_objects PUBLIC ${upper}_BUILD)
   target_link_libraries(${target}_objects PRIVATE teska_flags teska_warnings)
   set_target_properties(${target}_objects PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
-  add_library(${target} SHARED)
+  add_library(${target} ${TESKA_SHARED})
   target_link_libraries(${target} PRIVATE ${target}_objects teska_flags)
   target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>"
                                               "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/teska>")
@@ -87,6 +87,13 @@ function(teska_kernel_flags source)
   set_source_files_properties("${source}" PROPERTIES COMPILE_OPTIONS "${flags}")
 endfunction()
 
+# What a shared library is where there are none.
+if(EMSCRIPTEN)
+  set(TESKA_SHARED STATIC)
+else()
+  set(TESKA_SHARED SHARED)
+endif()
+
 # teska_shared_library(<target> <version-script>)
 #
 # What every shared library of the house has in common: version, hidden names, and that it finds the others beside it
@@ -96,7 +103,7 @@ function(teska_shared_library target version_script)
                                              LINKER_LANGUAGE CXX)
   if(MINGW)
     set_target_properties(${target} PROPERTIES PREFIX "")
-  else()
+  elseif(NOT EMSCRIPTEN)
     target_link_options(${target} PRIVATE "-Wl,--version-script=${version_script}" -Wl,-Bsymbolic-functions)
     if(NOT TESKA_SANITIZE)
       target_link_options(${target} PRIVATE -Wl,--no-undefined)
@@ -125,4 +132,9 @@ function(teska_test_entry program label)
   add_test(NAME "${label}.${program}" COMMAND ${program} "--gtest_output=xml:reports/${program}.xml"
            WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
   set_tests_properties("${label}.${program}" PROPERTIES LABELS "${label}" TIMEOUT 600)
+  if(CMAKE_CROSSCOMPILING)
+    # Programs that start themselves again do it with the emulator.
+    list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
+    set_property(TEST "${label}.${program}" APPEND PROPERTY ENVIRONMENT "TESKA_EMULATOR=${emulator}")
+  endif()
 endfunction()
