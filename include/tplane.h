@@ -18,8 +18,8 @@
  *
  *   A pixel position is rounded to the nearest pixel, halves away from 0, and kept within +-2147483647; where it is not
  *   a number, because a range is empty or a coordinate NaN, it is 0.
- *   Nothing is checked: any size, range and colour may be given. No member allocates, throws or reports. The axes are
- *   computed by the first call that asks for grid points: until then one thread uses the object at a time.
+ *   Nothing is checked: any size, type, range and colour may be given. No member allocates, throws or reports.
+ *   Any number of threads may query one object at the same time; only an assignment changes it.
  *   Types 0 to 2 give the same bits everywhere; type 3 takes sine, cosine and angle from the C library.
  */
 #ifndef TESKA_TPLANE_H
@@ -30,11 +30,12 @@
 class TESKA_API TPlane
 {
 public:
-    enum PlaneType { ConstLPlane = 0, ConstAPlane = 1, ConstBPlane = 2, ConstHuePlane = 3 };
+    enum PlaneType : int { ConstLPlane = 0, ConstAPlane = 1, ConstBPlane = 2, ConstHuePlane = 3 };
 
     /* ---- Life ---------------------------------------------------------------------------------------------------- */
 
-    /* TPlane - a picture of W columns and H rows; value is the constant of the plane. */
+    /* TPlane - a picture of W columns and H rows; value is the constant of the plane. The grid points are computed
+     * here. */
     TPlane(int W, int H, enum TPlane::PlaneType type, double value, double xmin, double xmax, double ymin, double ymax);
 
     /* Copies take over the grid points, too. */
@@ -43,7 +44,7 @@ public:
 
     /* ---- Query --------------------------------------------------------------------------------------------------- */
 
-    /* Equal when size, type, value and ranges are exactly equal, whatever grid points were asked for. 1 or 0. */
+    /* Equal when size, type, value and ranges are exactly equal. 1 or 0. */
     int operator==(TPlane const &other) const;
     int operator!=(TPlane const &other) const;
 
@@ -56,7 +57,7 @@ public:
 
     /* ---- Process ------------------------------------------------------------------------------------------------- */
 
-    /* Coordinate of a column and of a row, also of those outside of the picture.
+    /* Coordinate of a column and of a row, also of those outside the picture.
      *
      *     X(i) = xmin + (xmax - xmin) * i / (W - 1),    Y(j) = ymax - (ymax - ymin) * j / (H - 1)
      */
@@ -75,7 +76,7 @@ public:
      * negative on the far side of the grey axis.
      *
      * lab      3 values
-     * noClamp  whether x and y may lie outside of 0 .. W and 0 .. H
+     * noClamp  whether x and y may lie outside 0 .. W and 0 .. H
      * Kept: the same limits, one beyond the last pixel, and a flag of the opposite sense.
      */
     void GetXY(double const *lab, int *x, int *y, bool noClamp) const;
@@ -87,9 +88,9 @@ public:
      *
      * nr     11, the number of positions
      * steps  what the axis says about its steps: 5 for the range of -125 to 125, 10 for that of 0 to 100
-     * Returns the positions, owned by the object and valid as long as it is; a copy has its own. They may lie outside of
+     * Returns the positions, owned by the object and valid as long as it is; a copy has its own. They may lie outside
      * the picture.
-     * Kept: positions on the down axis count from ymin, that is from the bottom row upwards, other than rows do.
+     * Kept: positions on the down axis count from ymin, that is from the bottom row upwards, unlike rows.
      */
     int const *GetXGridPoints(int *nr, int *steps) const;
     int const *GetYGridPoints(int *nr, int *steps) const;
@@ -97,7 +98,7 @@ public:
 private:
     int X2x(double v) const;
     int Y2y(double v) const;
-    void CalculateAxes() const;
+    void CalculateAxes();
     void GetGridPoints(double high, double low, double axisMax, double axisMin, int pixels, int nr, int *out) const;
 
     int w;
@@ -108,11 +109,11 @@ private:
     double xmax;
     double ymin;
     double ymax;
-    mutable int axesDone; /* whether the fields below are filled */
-    mutable int xSteps;
-    mutable int ySteps;
-    mutable int xGrid[11];
-    mutable int yGrid[11];
+    int axesDone; /* whether the fields below are filled: 1 in every object */
+    int xSteps;
+    int ySteps;
+    int xGrid[11];
+    int yGrid[11];
 };
 
 #endif

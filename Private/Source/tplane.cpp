@@ -5,8 +5,8 @@
 //     xmin     X(i)     xmax
 //      0 ------- i ----- W-1        X(i) = xmin + (xmax - xmin) * i / (W - 1)
 //
-// A hue plane goes through the grey axis. Its across coordinate is the chroma along its direction (cos, sin) of the angle,
-// so that a colour of another hue falls on the foot of its perpendicular.
+// A hue plane contains the grey axis. Its across coordinate is the chroma in the direction (cos, sin) of its angle, so a
+// colour of another hue falls on the foot of its perpendicular.
 
 #include "tplane.h"
 
@@ -20,7 +20,7 @@ namespace
 
 constexpr int grid_lines = 11;
 
-// What an axis shows, and what it tells about its steps.
+// What an axis shows, and what it reports about its steps.
 struct axis_range {
     double low, high;
     int steps;
@@ -31,7 +31,7 @@ constexpr axis_range lightness_axis{0.0, 100.0, 10};
 
 double radians(double degrees) { return 2.0 * std::numbers::pi * degrees / 360.0; }
 
-// Halves away from 0. Kept inside of an int, where a conversion is defined.
+// Halves away from 0; limited to the range of int, in which the conversion is defined.
 int pixel(double position)
 {
     if (std::isnan(position))
@@ -44,10 +44,10 @@ int pixel(double position)
 // Kept: up to the size itself, not to the last pixel.
 int limited(int position, int size) { return std::min(std::max(position, 0), size); }
 
-// A size is an int, and one less need not be.
+// The index of the last pixel. A double, because one less than the smallest int is no int.
 double last(int size) { return size - 1.0; }
 
-// The way from the first pixel to one of `size`, of which the last is at `range`.
+// How far pixel i of `size` lies from the first one, when the last one lies at `range`.
 double offset(double range, int i, int size) { return size == 1 ? 0.0 : range * i / last(size); }
 
 }  // namespace
@@ -56,9 +56,9 @@ double offset(double range, int i, int size) { return size == 1 ? 0.0 : range * 
 
 TPlane::TPlane(int W, int H, enum TPlane::PlaneType type_, double value_, double xmin_, double xmax_, double ymin_,
                double ymax_)
-    : w(W), h(H), type(type_), value(value_), xmin(xmin_), xmax(xmax_), ymin(ymin_), ymax(ymax_), axesDone(0),
-      xSteps(0), ySteps(0), xGrid(), yGrid()
+    : w(W), h(H), type(type_), value(value_), xmin(xmin_), xmax(xmax_), ymin(ymin_), ymax(ymax_)
 {
+    CalculateAxes();
 }
 
 TPlane::TPlane(TPlane const &other) = default;
@@ -132,7 +132,6 @@ void TPlane::GetXY(double const *lab, int *x, int *y, bool noClamp) const
 
 int const *TPlane::GetXGridPoints(int *nr, int *steps) const
 {
-    CalculateAxes();
     *nr = grid_lines;
     *steps = xSteps;
     return xGrid;
@@ -140,16 +139,13 @@ int const *TPlane::GetXGridPoints(int *nr, int *steps) const
 
 int const *TPlane::GetYGridPoints(int *nr, int *steps) const
 {
-    CalculateAxes();
     *nr = grid_lines;
     *steps = ySteps;
     return yGrid;
 }
 
-void TPlane::CalculateAxes() const
+void TPlane::CalculateAxes()
 {
-    if (axesDone != 0)
-        return;
     const axis_range &down = type == ConstLPlane ? chroma_axis : lightness_axis;
     xSteps = chroma_axis.steps;
     ySteps = down.steps;

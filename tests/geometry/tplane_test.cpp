@@ -38,8 +38,9 @@ Ints grid(const TPlane &plane, const int *(TPlane::*of_axis)(int *, int *) const
 
 TEST(TPlane, GoesToColoursAndBackOnEveryPixel)
 {
-    for (int type = 0; type < 4; ++type) {
-        const TPlane plane = plane_of(type, type == 3 ? 30 : -7);
+    for (const int type : {0, 1, 2, 3, 7, -1}) {
+        const std::size_t kind = type == 7 || type == -1 ? 3 : static_cast<std::size_t>(type);
+        const TPlane plane = plane_of(type, kind == 3 ? 30 : -7);
         for (int i = -1; i <= 41; ++i)
             for (int j = -1; j <= 31; ++j) {
                 std::vector<double> lab(3);
@@ -50,7 +51,7 @@ TEST(TPlane, GoesToColoursAndBackOnEveryPixel)
                                               {down, across, -7},
                                               {down, std::sqrt(0.75) * across, 0.5 * across}};
                 for (std::size_t c = 0; c < 3; ++c)
-                    ASSERT_NEAR(lab[c], colours[type][c], 1e-12) << type << ": " << i << ", " << j;
+                    ASSERT_NEAR(lab[c], colours[kind][c], 1e-12) << type << ": " << i << ", " << j;
                 ASSERT_EQ(pixel(plane, lab, true), (Ints{i, j})) << type;
             }
     }
