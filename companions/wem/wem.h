@@ -17,8 +17,9 @@
  * Rules common to all functions:
  * - Text is zero-terminated bytes; a null text counts as the empty text. Output buffers belong to the caller.
  * - No exception leaves, except one thrown by the host's own handler through errexit.
- * - Handlers, logical names and each pool are not locked: callers on several threads serialise their use.
- *   fmtstr and the clocks touch no shared state.
+ * - Any number of threads may call any of these functions at the same time. Handlers and logical names are
+ *   shared by the whole process: a handler may be called by several threads at once, and what a name
+ *   translates to is the last translation that any thread gave it. Pools have a lock each.
  * - Numbers are printed by the C library: the host leaves the locale category LC_NUMERIC at "C".
  */
 #ifndef WEM_H
@@ -128,7 +129,8 @@ WEM_API int wem_lognam_clear(void) WEM_NOTHROW;
 /* ---- Record pools ------------------------------------------------------------------------------------
  *
  * A pool hands out records of one size. It takes memory from the heap in blocks and gives it back only when
- * the pool is destroyed; freed records are handed out again.
+ * the pool is destroyed; freed records are handed out again. A record may be taken by one thread and given
+ * back by another; only wem_zdestroy needs the pool for itself.
  */
 typedef struct wem_pool wem_pool;
 

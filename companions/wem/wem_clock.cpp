@@ -4,51 +4,15 @@
 // every host: they go into file names and prints that programs compare. Every index into a table of names
 // comes from a date that the calendar has, so bad input cannot reach outside.
 #include "wem.h"
+#include "wem_host.h"
 
 #include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <ctime>
 
-#if defined(_WIN32)
-#    include <windows.h>
-#else
-#    include <time.h>
-#endif
-
 namespace
 {
-
-// The host's answers that the standard library does not give: processor time is wall time in some runtimes,
-// and the thread-safe local time has two names.
-#if defined(_WIN32)
-
-std::int64_t process_ms()
-{
-    FILETIME created, ended, kernel, user;  // units of 100 ns
-    if (!GetProcessTimes(GetCurrentProcess(), &created, &ended, &kernel, &user))
-        return 0;
-    const auto ticks = [](const FILETIME &t) {
-        return static_cast<std::int64_t>(t.dwHighDateTime) << 32 | t.dwLowDateTime;
-    };
-    return (ticks(kernel) + ticks(user)) / 10000;
-}
-
-bool local_time(std::time_t now, std::tm &local) { return localtime_s(&local, &now) == 0; }
-
-#else
-
-std::int64_t process_ms()
-{
-    timespec used = {};
-    if (clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used) != 0)
-        return 0;
-    return static_cast<std::int64_t>(used.tv_sec) * 1000 + used.tv_nsec / 1000000;
-}
-
-bool local_time(std::time_t now, std::tm &local) { return localtime_r(&now, &local) != nullptr; }
-
-#endif
 
 constexpr const char *month_names[12] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
@@ -93,14 +57,14 @@ int elapsed() noexcept
     return kept_to_31_bits(duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
 }
 
-int cputime() noexcept { return kept_to_31_bits(process_ms()); }
+int cputime() noexcept { return kept_to_31_bits(wem::process_ms()); }
 
 int dattim(int *date, int *time_of_day) noexcept
 {
     *date = 0;
     *time_of_day = 0;
     std::tm local = {};
-    if (!local_time(std::time(nullptr), local))
+    if (!wem::local_time(std::time(nullptr), local))
         return -1;
     *date = (local.tm_year + 1900) * 10000 + (local.tm_mon + 1) * 100 + local.tm_mday;
     *time_of_day = local.tm_hour * 10000 + local.tm_min * 100 + local.tm_sec;

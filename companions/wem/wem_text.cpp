@@ -11,9 +11,11 @@
 // hold any mark. Lines are built in a local buffer that cannot be overrun and copied out at the end, so that
 // a value may lie in the destination.
 //
-// Process-wide state: the two handlers.
+// Process-wide state: the two handlers, which are atomic. A line is shown by one call of the host or of the C library,
+// so lines of several threads do not mix.
 #include "wem.h"
 
+#include <atomic>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
@@ -24,11 +26,11 @@ namespace
 {
 
 struct handler_set {
-    wem_line_fn show = nullptr;   // null: standard output
-    wem_line_fn leave = nullptr;  // null: write the line and exit
+    std::atomic<wem_line_fn> show = nullptr;   // null: standard output
+    std::atomic<wem_line_fn> leave = nullptr;  // null: write the line and exit
 };
 
-handler_set handlers;
+constinit handler_set handlers;
 
 // A "%g" text takes at most 13 characters, an int 11.
 constexpr std::size_t number_size = 32;
@@ -118,32 +120,22 @@ int typefl(const char *templ, ...) noexcept
     va_start(values, templ);
     expand(line, or_empty(templ), values);
     va_end(values);
-    if (handlers.show)
-        return handlers.show(line.text);
+    if (const wem_line_fn show = handlers.show)
+        return show(line.text);
     print_line(line.text);
     return 0;
 }
 
-wem_line_fn wem_set_typefl(wem_line_fn handler) noexcept
-{
-    const wem_line_fn previous = handlers.show;
-    handlers.show = handler;
-    return previous;
-}
+wem_line_fn wem_set_typefl(wem_line_fn handler) noexcept { return handlers.show.exchange(handler); }
 
 // Not noexcept, and nothing here has a destructor: the handler may throw or jump through this frame.
 int errexit(const char *line)
 {
     line = or_empty(line);
-    if (handlers.leave)
-        return handlers.leave(line);
+    if (const wem_line_fn leave = handlers.leave)
+        return leave(line);
     print_line(line);
     std::exit(1);
 }
 
-wem_line_fn wem_set_errexit(wem_line_fn handler) noexcept
-{
-    const wem_line_fn previous = handlers.leave;
-    handlers.leave = handler;
-    return previous;
-}
+wem_line_fn wem_set_errexit(wem_line_fn handler) noexcept { return handlers.leave.exchange(handler); }
