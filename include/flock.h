@@ -7,7 +7,8 @@
  *     flock_free(lock);
  *
  * Who creates the file holds the lock; the file is removed when the lock is freed or its process ends. It is read-only
- * meanwhile, and its content is the library's. Nobody waits, and nothing is reported.
+ * meanwhile, and its content is the library's. Nobody waits, and nothing is reported. All functions may be called from
+ * several threads at once, each lock being freed once.
  */
 #ifndef TESKA_FLOCK_H
 #define TESKA_FLOCK_H
@@ -24,13 +25,11 @@ typedef struct flock_rec flock_rec;
  * path  of the lock file: UTF-8, at most 127 bytes, "/" and "\" both separate names. A relative one is meant from the
  *       directory of this moment.
  * Returns the lock, owned by the caller (flock_free); NULL when it is held, in this process or another, or when the
- * file cannot be made: another file stands there, which is left as it is, the folder is missing, the path is null or
- * longer, memory is short.
- * POSIX: the file that a killed process leaves behind is known by its content and by nobody having it open, and is
- * replaced. Killed in the moment between creating the file and writing into it, a process leaves an empty file that
- * holds the lock until somebody removes it. A child forked while the lock is held keeps it from being taken over, for
- * as long as it lives, when its parent is killed; it cannot free it.
- * Several threads may call it at once.
+ * file cannot be made: the path is that of another file, which is left as it is, the folder is missing, the path is null
+ * or longer, memory is short.
+ * The lock is free the moment its holder dies, at whatever point it is killed. See lock_utf8 of lopra.h for the file
+ * systems where that does not hold. POSIX: a child forked while the lock is held keeps it from being taken over, for as
+ * long as it lives, when its parent is killed; it cannot free it.
  */
 TESKA_API flock_rec *flock_get(const char *path) TESKA_NOTHROW;
 

@@ -18,13 +18,16 @@
  * - Paths are zero-terminated UTF-8 of any length the host allows. "/" and "\" both separate names; on
  *   POSIX every "\" is taken as "/", so a name that holds a backslash cannot be reached. Windows refuses
  *   text that is not UTF-8 with EILSEQ; POSIX passes bytes on as they are. A null path fails with EINVAL.
- * - Failures set errno: the host's own value, EISDIR for a directory, ENOMEM when a copy of the path finds
- *   no memory.
+ * - Nothing waits for another process. What opens is a regular file or a character device: a terminal, from which reading
+ *   waits for its user, /dev/null, NUL. A directory is refused with EISDIR; a named pipe, a socket and a disk with EACCES
+ *   or, where the host itself refuses, ENXIO. Only regular files are replaced, locked or made below a directory.
+ * - Failures set errno: the host's own value, the ones above, ENOMEM when a copy of the path finds no memory.
  * - Permissions are LOPRA_S_IREAD and LOPRA_S_IWRITE; only the second counts, since files stay readable. On
  *   POSIX a writable file gets 0666 and a read-only one 0444, both less the process's mask.
  * - Streams, descriptors and handles belong to the caller and are not inherited by programs it starts.
- * - No exception leaves. All functions may be called from several threads; chmod_utf8 sets the process's
- *   mask to 077 for a moment on POSIX, because the host has no other way to ask for it.
+ * - No exception leaves. All functions may be called from several threads at once. chmod_utf8 sets the process's mask
+ *   to 077 for a moment on POSIX, because the host has no other way to ask for it: files that other threads make
+ *   meanwhile, without this library, may get too few permissions.
  */
 #ifndef LOPRA_H
 #define LOPRA_H
@@ -96,8 +99,7 @@ typedef struct lopra_stat32 {
  *
  * mode  "r", "w" or "a", then any of "+", "b" and "t", at most 7 characters in all. Without "b" the stream
  *       is a text stream, which changes line ends on Windows.
- * Returns the stream, closed with fclose, or null; a directory fails with EISDIR in every mode, another
- * mode with EINVAL.
+ * Returns the stream, closed with fclose, or null; another mode fails with EINVAL.
  */
 LOPRA_API FILE *fopen_utf8(const char *path, const char *mode) LOPRA_NOTHROW;
 
@@ -106,7 +108,7 @@ LOPRA_API FILE *fopen_utf8(const char *path, const char *mode) LOPRA_NOTHROW;
  * flags  one of LOPRA_O_RDONLY, _WRONLY, _RDWR and any of the others. LOPRA_O_TEMPORARY: the file is
  *        removed when close_utf8 closes the descriptor, or at the latest when the process ends in order.
  * ...    int permission, read only when flags hold LOPRA_O_CREAT
- * Returns the descriptor, closed with close_utf8, or -1; a directory fails with EISDIR.
+ * Returns the descriptor, closed with close_utf8, or -1.
  *
  * A temporary file keeps its name while open, so that an exclusive create fails as long as it is there.
  * POSIX: a killed process leaves the file behind; a forked child that closes or ends does not remove its
@@ -116,13 +118,30 @@ LOPRA_API FILE *fopen_utf8(const char *path, const char *mode) LOPRA_NOTHROW;
  */
 LOPRA_API int open_utf8(const char *path, int flags, ...) LOPRA_NOTHROW;
 
+/* lock_utf8 - create a lock file: a file that one process at a time has, and that is free the moment its holder dies.
+ *
+ * Returns a descriptor, on which nothing is to be read or written; closed with close_utf8, which removes the file. -1
+ * with EEXIST when somebody holds it, in this process or another, or when the name is that of another file, which is
+ * left alone.
+ * The file is read-only and holds a mark that tells it from the files of others. At the latest it goes when the process
+ * ends in order.
+ *
+ * POSIX: a killed process leaves the file, but not the host's lock on it (flock), and the next caller takes it over. The
+ * file is made under another name beside it, as replace_utf8 does, so that nobody ever sees it without its lock and
+ * mark. A child forked while it is held keeps it from being taken over for as long as it lives. Where a file cannot have
+ * two names (FAT), a process that is killed between creating and marking it leaves it held, and so does one that found
+ * no room on the disk for the mark. Windows: the host removes the files of killed processes; what a power cut leaves is
+ * taken over.
+ */
+LOPRA_API int lock_utf8(const char *path) LOPRA_NOTHROW;
+
 /* create_below_utf8 - create a file that a stranger has named, or empty the one that is there.
  *
  * directory  trusted; may be or pass a link; "" is the root
  * name       of the file, below the directory whatever it says: a separator at its front counts for nothing
  * Returns a descriptor open for writing bytes, closed with close_utf8, or -1: EINVAL for a component "..", ELOOP or
- * ENOTDIR for a symbolic link anywhere in the name, EISDIR for a directory, EACCES or ENXIO for what is no ordinary
- * file. Folders in the name are not made. Nothing outside the directory is opened for writing.
+ * ENOTDIR for a symbolic link anywhere in the name, EISDIR for a directory, EACCES or ENXIO for what is no regular
+ * file, devices included. Folders in the name are not made. Nothing outside the directory is opened for writing.
  *
  * POSIX: nothing can be exchanged meanwhile, because each folder is opened from the one above it. Windows: looks at
  * the folders first; EINVAL also for characters and names that files cannot have (":", "?", "...").
@@ -171,9 +190,11 @@ LOPRA_API int write_utf8(int descriptor, const void *data, size_t size) LOPRA_NO
  * the new one when only the last step failed, the flush of the folder; EISDIR for a directory, EACCES for a
  * read-only file, EINVAL for a device or pipe on POSIX.
  *
- * The new file is written under the name of the old one with ".tmp" and the number of the process behind it,
- * and "-1" .. when that is taken, flushed and renamed. A failure removes it, a killed process leaves it behind.
- * The name must leave room for that: files whose names have more than about 240 bytes (on Windows characters)
+ * The new file is written under the name of the old one with ".tmp0" after it, ".tmp1" .. while other processes save the
+ * same file, flushed and renamed. A failure removes it. What a killed process leaves is removed by the next call for the
+ * same path: there are never more of these files than processes that were saving at one time. On POSIX the host's lock
+ * (flock) tells what was left; where a file system has none, such files stay.
+ * The name must leave room for the ending: files whose names have more than about 240 bytes (on Windows characters)
  * cannot be saved, though the host could open them.
  * POSIX: owner, group and permissions stay as far as the process may set them, and nobody gains access. The
  * folder must be readable; a file system that cannot flush a folder is taken at its word. Windows: the

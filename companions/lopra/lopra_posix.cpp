@@ -3,26 +3,18 @@
 // Paths are bytes here, and UTF-8 passes through; "\" becomes "/" in a copy. Three things the host lacks are
 // made up:
 //
-// - Directories open for reading like files. They are refused by a look at what was opened, not at the path
-//   before, so that nothing can change in between.
-// - Temporary files. A file unlinked right after opening would let a second exclusive create succeed, so the
-//   name stays until the close, and a table tells which descriptors have such a name:
+// - Directories open for reading like files, and the open of a pipe waits for its other end. So everything is opened
+//   without waiting and looked at then, not by its path before: nothing can change in between.
+// - Temporary files: lopra_process_posix.cpp has the table of those that are open.
+// - Exclusive handles, by flock. POSIX record locks would not do: they do not exclude two handles of one process, and
+//   they vanish when any descriptor of the file is closed.
 //
-//       open_utf8    ->  { descriptor, path, device, inode, process }
-//       close_utf8   ->  unlink, if the path still is that inode and this is that process; then close
-//
-//   Entries left are dealt with when the process ends. A forked child inherits the table but owns none of its
-//   files.
-// - Exclusive handles, by flock. POSIX record locks would not do: they do not exclude two handles of one
-//   process, and they vanish when any descriptor of the file is closed.
-//
-// Process-wide state: the table of temporary files, under its own lock.
+// Process-wide state: none of its own.
 #include "lopra_posix.h"
 
 #include "lopra.h"
 #include "lopra_arguments.h"
 
-#include <pthread.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -36,29 +28,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <utility>
 
 namespace
 {
 
 using namespace lopra;
-
-struct temporary_file {
-    temporary_file *next;
-    int descriptor;
-    dev_t device;
-    ino_t inode;
-    pid_t process;  // who opened it, and alone may remove it
-    char *path;     // absolute, behind the record in the same block
-};
-
-struct temporary_table {
-    std::mutex lock;
-    temporary_file *first = nullptr;
-};
-
-temporary_table temporaries;
 
 constexpr mode_t execute_bits = 07111;  // with the set-id and sticky bits
 
@@ -71,26 +46,32 @@ constexpr int search_flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
 mode_t create_mode(int permission) { return permission & LOPRA_S_IWRITE ? read_bits | write_bits : read_bits; }
 
-// The mask can only be asked for by setting it. A file made by another thread meanwhile gets
-// too few permissions, not too many.
-mode_t current_mask()
+// An open descriptor of a file that can be read or written without another process taking part: a regular one or a
+// character device, as a terminal or /dev/null. -1 for everything else.
+int open_file(const char *path, int flags, mode_t mode, struct stat &status)
 {
-    const mode_t mask = umask(077);
-    umask(mask);
-    return mask;
-}
-
-// An open descriptor that is no directory and its status, or -1.
-int open_no_directory(const char *path, int flags, mode_t mode, struct stat &status)
-{
-    const int descriptor = open(path, flags | O_CLOEXEC, mode);
+    int descriptor = open(path, flags | O_NONBLOCK | O_CLOEXEC, mode);
+    // Only a regular file that somebody holds a lease on: its holder is told to write back, and that is waited for.
+    if (descriptor < 0 && errno == EWOULDBLOCK)
+        descriptor = open(path, flags | O_CLOEXEC, mode);
     if (descriptor < 0)
         return -1;
     if (fstat(descriptor, &status) != 0)
         return close_and_fail(descriptor, errno);
     if (S_ISDIR(status.st_mode))
         return close_and_fail(descriptor, EISDIR);
-    return descriptor;
+    if (!S_ISREG(status.st_mode) && !S_ISCHR(status.st_mode))
+        return close_and_fail(descriptor, EACCES);
+    return fcntl(descriptor, F_SETFL, flags) == 0 ? descriptor : close_and_fail(descriptor, errno);
+}
+
+// The flags that the host's fopen takes for a mode.
+int stream_flags(const char *mode)
+{
+    const int access = std::strchr(mode, '+') ? O_RDWR : *mode == 'r' ? O_RDONLY : O_WRONLY;
+    if (*mode == 'r')
+        return access;
+    return access | O_CREAT | (*mode == 'w' ? O_TRUNC : O_APPEND);
 }
 
 // From a folder to what was opened in it, which may be nothing.
@@ -102,97 +83,14 @@ int step(int folder, int next)
     return next;
 }
 
-// ---- The table of temporary files
-
-// A record outside the table with the absolute form of path; null with errno set.
-temporary_file *new_temporary(const char *path)
-{
-    owned_text folder;
-    if (*path != '/') {
-        folder.reset(getcwd(nullptr, 0));
-        if (!folder)
-            return nullptr;
-    }
-    const std::size_t folder_size = folder ? std::strlen(folder.get()) + 1 : 0;
-    const std::size_t path_size = std::strlen(path) + 1;
-    void *block = std::malloc(sizeof(temporary_file) + folder_size + path_size);
-    if (!block) {
-        errno = ENOMEM;
-        return nullptr;
-    }
-    auto *file = static_cast<temporary_file *>(block);
-    file->path = static_cast<char *>(block) + sizeof(temporary_file);
-    if (folder) {
-        std::memcpy(file->path, folder.get(), folder_size - 1);
-        file->path[folder_size - 1] = '/';
-    }
-    std::memcpy(file->path + folder_size, path, path_size);
-    return file;
-}
-
-// Removes the file if it still is the one that this process opened, not a link to it, and frees the record.
-void discard(temporary_file *file)
-{
-    struct stat now;
-    if (file->process == getpid() && lstat(file->path, &now) == 0 && now.st_dev == file->device &&
-        now.st_ino == file->inode)
-        unlink(file->path);
-    std::free(file);
-}
-
-temporary_file *take_out(int descriptor)
-{
-    const std::lock_guard hold(temporaries.lock);
-    temporary_file **link = &temporaries.first;
-    while (*link && (*link)->descriptor != descriptor)
-        link = &(*link)->next;
-    temporary_file *file = *link;
-    if (file)
-        *link = file->next;
-    return file;
-}
-
-void put_in(temporary_file *file, int descriptor, const struct stat &status)
-{
-    file->descriptor = descriptor;
-    file->device = status.st_dev;
-    file->inode = status.st_ino;
-    file->process = getpid();
-    const std::lock_guard hold(temporaries.lock);
-    file->next = temporaries.first;
-    temporaries.first = file;
-}
-
-// A fork while another thread holds the lock would leave it held for ever in the child.
-[[gnu::constructor]] void keep_lock_over_forks()
-{
-    pthread_atfork([] { temporaries.lock.lock(); }, [] { temporaries.lock.unlock(); },
-                   [] { temporaries.lock.unlock(); });
-}
-
-// Runs after every exit function and static destructor of the host that might still close its files.
-[[gnu::destructor]] void discard_all()
-{
-    const std::lock_guard hold(temporaries.lock);
-    while (temporaries.first) {
-        temporary_file *file = temporaries.first;
-        temporaries.first = file->next;
-        discard(file);
-    }
-}
+// ---- Opening
 
 int open_temporary(const char *path, int flags, mode_t mode, struct stat &status)
 {
-    temporary_file *file = new_temporary(path);
-    if (!file)
-        return -1;
-    const int descriptor = open_no_directory(path, flags, mode, status);
-    if (descriptor < 0) {
-        const int error = errno;
-        std::free(file);
-        return fail(error);
-    }
-    put_in(file, descriptor, status);
+    owned_temporary file = new_temporary(path);
+    const int descriptor = file ? open_file(path, flags, mode, status) : -1;
+    if (descriptor >= 0)
+        put_in(std::move(file), descriptor, status);
     return descriptor;
 }
 
@@ -233,17 +131,19 @@ FILE *fopen_utf8(const char *path, const char *mode) noexcept
     const owned_text name = host_path(path);
     if (!name)
         return nullptr;
-    char host_mode[lopra::mode_length_max + 2] = {mode[0], 'e'};  // e: not inherited
-    std::remove_copy(mode + 1, mode + std::strlen(mode), host_mode + 2, 't');
-    FILE *stream = std::fopen(name.get(), host_mode);
-    if (!stream)
-        return nullptr;
+    const int flags = stream_flags(mode);
     struct stat status;
-    if (fstat(fileno(stream), &status) == 0 && S_ISDIR(status.st_mode)) {
-        std::fclose(stream);
-        errno = EISDIR;
+    const int descriptor = open_file(name.get(), flags, read_bits | write_bits, status);
+    if (descriptor < 0)
         return nullptr;
-    }
+    char host_mode[lopra::mode_length_max + 1] = {};
+    std::remove_copy(mode, mode + std::strlen(mode), host_mode, 't');
+    // As fopen does: a stream that only appends begins at the end.
+    if ((flags & O_APPEND) && (flags & O_ACCMODE) == O_WRONLY)
+        lseek(descriptor, 0, SEEK_END);
+    FILE *stream = fdopen(descriptor, host_mode);
+    if (!stream)
+        close_and_fail(descriptor, errno);
     return stream;
 }
 
@@ -262,7 +162,7 @@ int open_utf8(const char *path, int flags, ...) noexcept
     struct stat status;
     if (flags & LOPRA_O_TEMPORARY)
         return open_temporary(name.get(), flags & ~LOPRA_O_TEMPORARY, mode, status);
-    return open_no_directory(name.get(), flags, mode, status);
+    return open_file(name.get(), flags, mode, status);
 }
 
 int create_below_utf8(const char *directory, const char *name) noexcept
@@ -292,8 +192,7 @@ int create_below_utf8(const char *directory, const char *name) noexcept
 
 int close_utf8(int descriptor) noexcept
 {
-    if (temporary_file *file = take_out(descriptor))
-        discard(file);
+    discard_temporary(descriptor);
     return close(descriptor);
 }
 
@@ -306,7 +205,7 @@ lopra_handle CreateFile_utf8(const char *path, unsigned access, unsigned share, 
     if (!name)
         return LOPRA_INVALID_HANDLE;
     struct stat status;
-    const int handle = open_no_directory(name.get(), handle_flags(access, disposition), read_bits | write_bits, status);
+    const int handle = open_file(name.get(), handle_flags(access, disposition), read_bits | write_bits, status);
     if (handle >= 0 && !settle(handle, S_ISCHR(status.st_mode), share == 0))
         return close_and_fail(handle, errno);
     return handle;

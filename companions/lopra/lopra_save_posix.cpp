@@ -2,11 +2,12 @@
 //
 // The order of the steps of a replacement is what makes it safe:
 //
-//     write beside -> flush -> close -> rename -> flush the folder
+//     write beside -> flush -> rename -> close -> flush the folder
 //
 // Data that were not flushed before the rename might reach the disk after it: a power cut would leave the name with half
-// a file. The folder is flushed so that success means that the new file is found after any accident. Memory is taken and
-// the folder opened first: what is left to fail once the new file has the name is the disk alone.
+// a file. The file is held until it has its name, or another process that saves would take it for one that was left. The
+// folder is flushed so that success means that the new file is found after any accident. Memory is taken and the folder
+// opened first: what is left to fail once the new file has the name is the disk alone.
 //
 // Process-wide state: none.
 #include "lopra.h"
@@ -21,10 +22,6 @@ namespace
 {
 
 using namespace lopra;
-
-// Files left by processes that were killed and had the same number; more of them are an error.
-constexpr int beside_attempts_max = 1000;
-constexpr std::size_t beside_room = 64;  // ".tmp", two numbers, "-" and the zero
 
 // Gives an open file owner, group and permissions of another. Only the superuser may set all of them; a group that
 // cannot be set gets no more access than everybody has.
@@ -70,21 +67,6 @@ struct folder_handle {
 
 int open_folder(const char *path) { return open(*path ? path : ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }
 
-// Creates a file with a name of its own, which is put into the text behind the path there.
-int create_beside(char *text, mode_t mode)
-{
-    char *end = text + std::strlen(text);
-    const auto process = static_cast<long>(getpid());
-    std::snprintf(end, beside_room, ".tmp%ld", process);
-    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-    int descriptor = open(text, flags, mode);
-    for (int n = 1; descriptor < 0 && errno == EEXIST && n < beside_attempts_max; ++n) {
-        std::snprintf(end, beside_room, ".tmp%ld-%d", process, n);
-        descriptor = open(text, flags, mode);
-    }
-    return descriptor;
-}
-
 // The file that is to be replaced.
 struct replaced_file {
     bool present;
@@ -104,13 +86,12 @@ int look_at(const char *path, replaced_file &file)
     return file.status.st_mode & S_IWUSR ? 0 : fail(EACCES);
 }
 
-// Everything that must be done before the new file may take the name; closes the descriptor.
+// Everything that must be done before the new file may take the name.
 int fill(int descriptor, const replaced_file &old, const void *data, std::size_t size)
 {
-    if ((old.present && keep_access(descriptor, old.status) != 0) || write_utf8(descriptor, data, size) != 0 ||
-        flush(descriptor) != 0)
-        return close_and_fail(descriptor, errno);
-    return close(descriptor);
+    if (old.present && keep_access(descriptor, old.status) != 0)
+        return -1;
+    return write_utf8(descriptor, data, size) == 0 ? flush(descriptor) : -1;
 }
 
 // The absolute path of a file that is not there, in a folder that is; null with errno set.
@@ -168,11 +149,13 @@ int replace_utf8(const char *path, const void *data, size_t size) noexcept
     const int descriptor = create_beside(beside.get(), old.present ? S_IRUSR | S_IWUSR : read_bits | write_bits);
     if (descriptor < 0)
         return -1;
-    if (fill(descriptor, old, data, size) == 0 && rename(beside.get(), target.get()) == 0)
+    if (fill(descriptor, old, data, size) == 0 && rename(beside.get(), target.get()) == 0) {
+        close(descriptor);  // nothing is left that this could lose
         return flush_folder(folder.descriptor);
+    }
     const int error = errno;
     unlink(beside.get());
-    return fail(error);
+    return close_and_fail(descriptor, error);
 }
 
 char *full_path_utf8(const char *path) noexcept

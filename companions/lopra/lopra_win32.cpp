@@ -1,9 +1,12 @@
 // lopra_win32 - file calls that take UTF-8 paths, on Windows (lopra)
 //
-// Each call turns its paths into UTF-16 and calls the host's wide form of the same stem. Text that is not
-// UTF-8 is refused rather than mended: two different wrong paths must not reach one file. The host removes
-// temporary files and excludes other openers by itself; what is left to do here is to say why a directory was
-// refused, and to put the system's error codes into errno where the runtime does not.
+// Each call turns its paths into UTF-16 and calls the host's wide form of the same stem. Text that is not UTF-8 is refused
+// rather than mended: two different wrong paths must not reach one file. The host removes temporary files and excludes
+// other openers by itself; what is left to do here is to say why a directory was refused, and to put the system's error
+// codes into errno where the runtime does not.
+//
+// A file that its process holds is open, and no other handle on it may be had that shares nothing. One that can be opened
+// so was left: by a process that died while it saved, or by a power cut.
 //
 // Process-wide state: none.
 #include "lopra.h"
@@ -33,9 +36,12 @@ struct free_memory {
 
 using owned_text = std::unique_ptr<wchar_t, free_memory>;
 
-// Files left by processes that were killed and had the same number; more of them are an error.
+// So many processes at most save one file, or have died in it where their files cannot be removed.
 constexpr int beside_attempts_max = 1000;
-constexpr std::size_t beside_room = 64;  // ".tmp", two numbers, "-" and the zero, in units
+constexpr std::size_t beside_room = 32;  // ".tmp", a number and the zero, in units
+
+constexpr char mark[] = "TESKAShared lock\n";
+constexpr DWORD mark_length = sizeof mark - 1;
 
 int fail(int error)
 {
@@ -52,7 +58,7 @@ owned_text wide_block(std::size_t units)
     return block;
 }
 
-// The host's form of a path, with room for more behind it; null with errno set.
+// The host's form of a path, with room for more after it; null with errno set.
 owned_text host_path(const char *path, std::size_t more = 0)
 {
     if (!path) {
@@ -157,26 +163,90 @@ int look_at(const wchar_t *path)
     return attributes & FILE_ATTRIBUTE_READONLY ? fail(EACCES) : 0;
 }
 
-// Creates a file with a name of its own, which is put into the text behind the path there.
-int create_beside(wchar_t *text)
+// ---- Files that a process holds
+
+using file_kind = bool (*)(HANDLE handle);
+
+bool is_any(HANDLE) { return true; }
+
+// A file that holds the mark of lock files and nothing else.
+bool is_marked(HANDLE handle)
 {
-    wchar_t *end = text + std::wcslen(text);
-    const unsigned long process = GetCurrentProcessId();
-    std::swprintf(end, beside_room, L".tmp%lu", process);
-    constexpr int flags = _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY | _O_NOINHERIT;
-    int descriptor = _wopen(text, flags, _S_IREAD | _S_IWRITE);
-    for (int n = 1; descriptor < 0 && errno == EEXIST && n < beside_attempts_max; ++n) {
-        std::swprintf(end, beside_room, L".tmp%lu-%d", process, n);
-        descriptor = _wopen(text, flags, _S_IREAD | _S_IWRITE);
-    }
+    char content[mark_length + 1];
+    DWORD length = 0;
+    return GetFileType(handle) == FILE_TYPE_DISK && ReadFile(handle, content, sizeof content, &length, nullptr) &&
+           length == mark_length && std::memcmp(content, mark, mark_length) == 0;
+}
+
+// Removes a file of our own making that nobody holds. Returns whether it is gone.
+bool remove_left(const wchar_t *path, file_kind is_ours)
+{
+    const HANDLE handle = CreateFileW(path, GENERIC_READ | DELETE | FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return false;
+    FILE_BASIC_INFO writable = {};
+    writable.FileAttributes = FILE_ATTRIBUTE_NORMAL;  // a read-only file would not be removed
+    FILE_DISPOSITION_INFO removed = {};
+    removed.DeleteFile = TRUE;
+    const bool gone = is_ours(handle) &&
+                      SetFileInformationByHandle(handle, FileBasicInfo, &writable, sizeof writable) &&
+                      SetFileInformationByHandle(handle, FileDispositionInfo, &removed, sizeof removed);
+    CloseHandle(handle);
+    return gone;
+}
+
+// A new file that can be renamed while it is open, but neither written nor held by anybody else.
+int create_held(const wchar_t *path)
+{
+    const HANDLE handle = CreateFileW(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, CREATE_NEW,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return fail(errno_of(GetLastError()));
+    const int descriptor = _open_osfhandle(reinterpret_cast<std::intptr_t>(handle), _O_BINARY);
+    if (descriptor < 0)
+        CloseHandle(handle);
     return descriptor;
 }
+
+// Creates a held file beside another; the path there gets its ending. The names of files whose process has died are used
+// again.
+int create_beside(wchar_t *path)
+{
+    wchar_t *end = path + std::wcslen(path);
+    for (int n = 0; n < beside_attempts_max; ++n) {
+        std::swprintf(end, beside_room, L".tmp%d", n);
+        int descriptor = create_held(path);
+        const bool taken = descriptor < 0 && errno == EEXIST;
+        if (taken && remove_left(path, is_any))
+            descriptor = create_held(path);
+        if (descriptor >= 0 || !taken)
+            return descriptor;
+    }
+    return fail(EEXIST);
+}
+
+// The host removes it with its handle, whichever way the process ends.
+int create_lock_file(const wchar_t *path)
+{
+    constexpr int flags = _O_CREAT | _O_EXCL | _O_TRUNC | _O_TEMPORARY | _O_RDWR | _O_BINARY | _O_NOINHERIT;
+    return _wopen(path, flags, _S_IREAD | _S_IWRITE);
+}
+
+// ---- Names
 
 // Returns when the names are on the disk.
 int rename_wide(const wchar_t *from, const wchar_t *to)
 {
     constexpr DWORD flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
     return MoveFileExW(from, to, flags) ? 0 : fail(errno_of(GetLastError()));
+}
+
+// Whether a descriptor is open on a file or a character device, as the console or NUL; a pipe waits for its other end.
+bool is_file(int descriptor)
+{
+    const DWORD type = GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)));
+    return type == FILE_TYPE_DISK || type == FILE_TYPE_CHAR;
 }
 
 int host_permission(int permission) { return permission & LOPRA_S_IWRITE ? _S_IREAD | _S_IWRITE : _S_IREAD; }
@@ -197,7 +267,11 @@ FILE *fopen_utf8(const char *path, const char *mode) noexcept
     FILE *stream = _wfopen(name.get(), host_mode);
     if (!stream)
         name_the_directory(name.get());
-    return stream;
+    if (!stream || is_file(_fileno(stream)))
+        return stream;
+    std::fclose(stream);
+    errno = EACCES;
+    return nullptr;
 }
 
 int open_utf8(const char *path, int flags, ...) noexcept
@@ -215,6 +289,27 @@ int open_utf8(const char *path, int flags, ...) noexcept
     const int descriptor = _wopen(name.get(), flags | _O_NOINHERIT, permission);
     if (descriptor < 0)
         name_the_directory(name.get());
+    if (descriptor < 0 || is_file(descriptor))
+        return descriptor;
+    _close(descriptor);
+    return fail(EACCES);
+}
+
+int lock_utf8(const char *path) noexcept
+{
+    const owned_text name = host_path(path);
+    if (!name)
+        return -1;
+    int descriptor = create_lock_file(name.get());
+    if (descriptor < 0 && errno == EEXIST) {
+        if (!remove_left(name.get(), is_marked))
+            return fail(EEXIST);
+        descriptor = create_lock_file(name.get());
+    }
+    if (descriptor < 0)
+        return -1;
+    write_utf8(descriptor, mark, mark_length);
+    _wchmod(name.get(), _S_IREAD);
     return descriptor;
 }
 
@@ -310,13 +405,14 @@ int replace_utf8(const char *path, const void *data, size_t size) noexcept
     const int descriptor = create_beside(beside.get());
     if (descriptor < 0)
         return -1;
-    const bool written = write_utf8(descriptor, data, size) == 0 && _commit(descriptor) == 0;
-    const int error = written ? 0 : errno;
-    if (_close(descriptor) == 0 && written && rename_wide(beside.get(), target.get()) == 0)
-        return 0;
-    const int reason = error ? error : errno;
+    // Held until it has its name, or another process that saves would take it for one that was left.
+    if (write_utf8(descriptor, data, size) == 0 && _commit(descriptor) == 0 &&
+        rename_wide(beside.get(), target.get()) == 0)
+        return _close(descriptor);
+    const int error = errno;
+    _close(descriptor);
     _wremove(beside.get());
-    return fail(reason);
+    return fail(error);
 }
 
 char *full_path_utf8(const char *path) noexcept

@@ -33,10 +33,10 @@
  * Rules common to all functions:
  * - Paths are UTF-8, "/" and "\" both separate names. A relative path is meant from the directory at the time
  *   of the call. On POSIX a path that is a symbolic link means the file that it leads to.
- * - A file is saved under another name beside it (path, ".tmp" and the number of the process), brought to the
- *   disk and renamed over the old one: a crash or a power cut leaves the old file or the new one. A killed
- *   process may leave the file with the other name behind. Nothing is locked: when two processes save the
- *   same file, the later one wins. A file whose name has more than about 240 bytes cannot be made or saved.
+ * - A file is saved under another name beside it (path and ".tmp0"), brought to the disk and renamed over the old one: a
+ *   crash or a power cut leaves the old file or the new one. What a killed process leaves under the other name goes with
+ *   the next save. Nothing is locked: when two processes save the same file, the later one wins. A file whose name has
+ *   more than about 240 bytes cannot be made or saved.
  * - A null database, path, topic or name is refused. No exception leaves.
  * - No state is shared between databases; each may be used by one thread at a time.
  */

@@ -1,4 +1,7 @@
 // The companions with every allocation failing in turn, and with a host that refuses to open
+#include "support/child.h"
+#include "support/folder.h"
+
 #include "faults/injector.h"
 #include "lopra.h"
 #include "wem.h"
@@ -8,6 +11,7 @@
 
 #include <cerrno>
 #include <string>
+#include <utility>
 
 namespace teska_test
 {
@@ -29,6 +33,13 @@ lopra_handle open_handle()
 
 lopra_stat32 status;
 
+// Why the lock of a path cannot be taken; 0 when it can.
+int error_of_second(const std::string &path)
+{
+    const int descriptor = lock_utf8(path.c_str());
+    return descriptor < 0 ? errno : close_utf8(descriptor);
+}
+
 // A call that gives back what it got, whether it came out as it should with memory, and how many allocations it makes.
 const struct {
     bool (*call)();
@@ -38,6 +49,7 @@ const struct {
     {[] { return removed(closed(fopen_utf8(name, "wb"))); }, 1},
     {[] { return removed(close_utf8(open_utf8(name, LOPRA_O_CREAT, LOPRA_S_IWRITE)) == 0); }, 1},
     {[] { return close_utf8(open_utf8(name, lock_flags, LOPRA_S_IWRITE)) == 0; }, 2},
+    {[] { return close_utf8(lock_utf8(name)) == 0; }, 3},
     {[] { return removed(CloseFile_utf8(open_handle()) == 0); }, 1},
     {[] { return removed(close_utf8(create_below_utf8(".", name)) == 0); }, 2},
     {[] { return missed(chmod_utf8(name, LOPRA_S_IWRITE)); }, 1},
@@ -45,6 +57,63 @@ const struct {
     {[] { return missed(rename_utf8(name, name)); }, 2},
     {[] { return missed(remove_utf8(name)); }, 1},
 };
+
+// ---- Lock files
+
+// Takes the lock of a path and dies at a file call, or with the lock: "<n> <path>". Returns 0 in the second case.
+const ChildRole locker("take a lock", [](const std::string &argument) {
+    const std::string path = argument.substr(argument.find(' ') + 1);
+    arm(fault_kind::files, std::stoi(argument), false, {.kill = true});
+    const bool locked = lock_utf8(path.c_str()) >= 0;
+    return disarm() == 0 && locked ? 0 : 1;  // the end of a role closes nothing
+});
+
+TEST(LockFile, IsFreeTheMomentItsHolderDiesWhereverThatIs)
+{
+    const Folder folder;
+    const std::string path = folder.path("lock");
+    int n = 0;
+    for (int code = 1; code != 0 && n < 100; ++n) {
+        SCOPED_TRACE(n);
+        code = Child("take a lock", std::to_string(n) + " " + path).wait();
+        EXPECT_TRUE(code == 0 || code == 137) << code;
+        const int descriptor = lock_utf8(path.c_str());
+        EXPECT_GE(descriptor, 0);
+        EXPECT_EQ(folder.listing(), "lock") << "what was left under another name is gone";
+        EXPECT_EQ(close_utf8(descriptor), 0);
+        EXPECT_EQ(folder.listing(), "");
+    }
+    EXPECT_GT(n, 4);  // create, mark, link, remove the other name
+    EXPECT_LT(n, 100);
+}
+
+TEST(LockFile, HoldsWithEveryFileCallFailingOrIsNotThere)
+{
+    const std::pair<file_fault, int> faults[] = {{{.error = ENOSPC}, 3},  // no mark, no link, no removal
+                                                 {{.error = ENOSPC, .partial = true}, 3},  // half a mark
+                                                 {{.error = EPERM}, 3},                    // a host without links
+                                                 {{.error = EINTR}, 4}};
+    for (const auto &[fault, harmless] : faults) {
+        int survived = 0;
+        bool fired = true;
+        for (int n = 0; fired; ++n) {
+            SCOPED_TRACE("error " + std::to_string(fault.error) + ", call " + std::to_string(n));
+            const Folder folder;
+            const std::string path = folder.path("lock");
+            arm(fault_kind::files, n, false, fault);
+            const int descriptor = lock_utf8(path.c_str());
+            fired = disarm() > 0;
+            survived += fired && descriptor >= 0;
+            EXPECT_EQ(access(path.c_str(), F_OK) == 0, descriptor >= 0);
+            EXPECT_EQ(error_of_second(path), descriptor >= 0 ? EEXIST : 0);
+            EXPECT_EQ(close_utf8(descriptor) == 0, descriptor >= 0);
+            EXPECT_NE(access(path.c_str(), F_OK), 0);
+        }
+        EXPECT_EQ(survived, harmless) << fault.error;
+    }
+}
+
+// ---- Memory
 
 TEST(Companions, GiveTheFailureValueAndKeepNothingWhenMemoryIsShort)
 {

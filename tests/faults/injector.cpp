@@ -212,6 +212,7 @@ int __real_fsync(int descriptor);
 int __real_ftruncate(int descriptor, off_t size);
 int __real_close(int descriptor);
 int __real_rename(const char *from, const char *to);
+int __real_link(const char *from, const char *to);
 int __real_unlink(const char *path);
 int __real_stat(const char *path, struct stat *status);
 int __real_fchmod(int descriptor, mode_t mode);
@@ -323,6 +324,7 @@ int __wrap_rename(const char *from, const char *to)
     return record(file_call<__real_rename, -1>(from, to), file_step::rename, -1, from, to);
 }
 
+int __wrap_link(const char *from, const char *to) { return file_call<__real_link, -1>(from, to); }
 int __wrap_unlink(const char *path) { return record(file_call<__real_unlink, -1>(path), file_step::unlink, -1, path); }
 
 int __wrap_stat(const char *path, struct stat *status) { return file_call<__real_stat, -1>(path, status); }

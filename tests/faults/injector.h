@@ -15,7 +15,7 @@ namespace teska_test
 
 enum class fault_kind {
     memory,  // malloc, calloc, realloc, operator new
-    files  // opening, reading, writing, moving in, flushing, cutting, closing, renaming, removing and asking for files
+    files  // opening, reading, writing, moving in, flushing, cutting, closing, linking, renaming, removing and asking for files
 };
 
 // How a file call fails.

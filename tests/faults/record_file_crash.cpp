@@ -7,9 +7,11 @@
 #include "support/folder.h"
 
 #include "faults/injector.h"
+#include "lopra.h"
 #include "zuk.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <map>
@@ -37,33 +39,45 @@ Database loaded(const std::string &path)
 
 // ---- The process is killed
 
-// Brings the file from the first text to the second and dies at a file call: "<n> <path>".
+// Brings a file to the second text, without a standard input, and dies at a file call: "<n> <path>".
 const ChildRole saver("save a record file", [](const std::string &argument) {
-    const Database db = loaded(argument.substr(argument.find(' ') + 1));
+    const std::string path = argument.substr(argument.find(' ') + 1);
+    const bool is_new = access(path.c_str(), F_OK) != 0;
+    Database db(zuk_open(), zuk_close);
+    if (!is_new)
+        db = loaded(path);
     zuk_add_item(db.get(), "t", "k", "2", "");
+    close(0);  // so that descriptor 0 is one of those in use
     arm(fault_kind::files, std::stoi(argument), false, {.kill = true});
-    const int result = zuk_flush(db.get());
+    const int result = is_new ? replace_utf8(path.c_str(), texts[1].data(), texts[1].size()) : zuk_flush(db.get());
     disarm();
     return result;
 });
 
-TEST(KilledSave, LeavesTheOldFileOrTheNewOne)
+TEST(KilledSave, LeavesTheOldFileOrTheNewOneAndNothingAfterTheNextSave)
 {
-    std::string seen;
-    for (bool survived = false; !survived && seen.size() < 100;) {
-        const Folder folder;
-        folder.write("f", texts[0]);
-        survived = Child("save a record file", std::to_string(seen.size()) + " " + folder.path("f")).wait() == 0;
-        const std::string left = folder.read("f");
-        EXPECT_TRUE(left == texts[0] || left == texts[1]) << seen.size() << ": " << left;
-        seen += left == texts[0] ? '0' : '1';
-        const Database db = loaded(folder.path("f"));
-        zuk_add_item(db.get(), "t", "k", "3", "");
-        EXPECT_EQ(zuk_flush(db.get()), 0) << seen << ": what was left behind is in the way";
+    for (const bool is_new : {false, true}) {
+        std::string seen;
+        for (bool survived = false; !survived && seen.size() < 100;) {
+            const Folder folder;
+            const std::string path = folder.path("f");
+            if (!is_new)
+                folder.write("f", texts[0]);
+            survived = Child("save a record file", std::to_string(seen.size()) + " " + path).wait() == 0;
+            const std::string old = is_new ? "" : texts[0];
+            const std::string left = access(path.c_str(), F_OK) == 0 ? folder.read("f") : "";
+            EXPECT_TRUE(left == old || left == texts[1]) << seen.size() << ": " << left;
+            seen += left == old ? '0' : '1';
+            EXPECT_EQ(replace_utf8(path.c_str(), "", 0), 0) << seen << ": what was left is in the way";
+            EXPECT_EQ(folder.listing(), "f");
+        }
+        // The old one up to the death at the rename, the new one from then on.
+        EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end())) << seen;
+        EXPECT_EQ(seen.front(), '0');
+        EXPECT_EQ(seen.back(), '1');
+        EXPECT_GT(seen.size(), 5U) << seen;
+        EXPECT_LT(seen.size(), 100U) << seen;
     }
-    // The old one up to the death at the rename, the new one from then on.
-    EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()) && seen.front() == '0' && seen.back() == '1') << seen;
-    EXPECT_TRUE(seen.size() > 6 && seen.size() < 100) << seen;
 }
 
 // ---- The power is cut

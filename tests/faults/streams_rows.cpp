@@ -1,4 +1,4 @@
-// Streams and lock files: their allocations, and the host's calls on an open file failing in turn
+// Streams: their allocations and the host's calls on an open file failing in turn; lock files: their record
 #include "faults/injector.h"
 #include "faults/sweep.h"
 #include "fdstream.h"
@@ -100,19 +100,6 @@ TEST(Fdstream, MakesOneCallOfTheHostShowsItsFailureAndKeepsNoDescriptor)
     EXPECT_EQ(streambufExt(path, 1).openfile(), 0);
     EXPECT_EQ(lowest_descriptor(), lowest);
     std::remove(path);
-}
-
-TEST(FlockGet, HoldsWithoutItsMarkAndNeverTakesAFileWithHalfOfIt)
-{
-    for (const bool half : {false, true}) {
-        arm(fault_kind::files, 0, true, {.error = ENOSPC, .partial = half});
-        flock_rec *lock = flock_get(path);
-        EXPECT_EQ(disarm(), 1);
-        EXPECT_NE(lock, nullptr);
-        EXPECT_EQ(flock_get(path), nullptr);
-        flock_free(lock);
-        EXPECT_NE(access(path, F_OK), 0);
-    }
 }
 
 }  // namespace
