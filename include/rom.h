@@ -20,8 +20,10 @@
  *   memory; when a later object gets its address, calls mean the later one.
  *   Type names are kept and compared by their first 15 characters, with case.
  *   "unregistered" lines print an address as a signed decimal number.
- *   There is one registry in the process. It is made by the first rom_obj_new, holds up to 65535 objects, each with up
- *   to 65535 blocks, and is not locked: callers serialise all calls of this header.
+ *   There is one registry in the process. It is made by the first rom_obj_new and holds up to 65535 objects, each with
+ *   up to 65535 blocks.
+ *   Threads: any number of threads may call these functions at the same time; they take turns at the registry. Only the
+ *   caller knows whether another thread is about to kill the object that was just checked.
  */
 #ifndef TESKA_ROM_H
 #define TESKA_ROM_H

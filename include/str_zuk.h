@@ -26,9 +26,10 @@
  * reaches from the cursor through the next topic line, or to the end of the text.
  * Kept: it includes that line, so "[B=x]" is also an item "[B" with the value "x]".
  *
- * Two static caches remember where a topic was found, one for str_search_zuk_topic and one for str_search_zuk. Both know
- * a text by its address alone: after changing a text, or putting another one in its place, call
- * str_search_zuk_cache_reset. Callers serialise the two functions; all others are safe from any thread.
+ * Two caches of the calling thread remember where a topic was found, one for str_search_zuk_topic and one for
+ * str_search_zuk. Both know a text by its address alone: after changing a text, or putting another one in its place,
+ * each thread that searched it calls str_search_zuk_cache_reset. All functions may be called by any number of threads at
+ * the same time, with the same text too.
  * Pointers must not be null. Nothing is reported. Outputs are untouched on failure except where a block says so.
  * Numbers are read with the decimal point of the locale: LC_NUMERIC must be "C", as it is until a program changes it.
  */
@@ -107,7 +108,7 @@ TESKA_API int str_search_zuk_item(const char **cursor, const char *item, char *v
  */
 TESKA_API int str_search_zuk(const char **cursor, const char *topic, const char *item, char *value) TESKA_NOTHROW;
 
-/* str_search_zuk_cache_reset - forget what str_search_zuk found.
+/* str_search_zuk_cache_reset - forget what str_search_zuk found in this thread.
  *
  * Returns 0.
  * Kept: str_search_zuk_topic keeps its own. After a change of the text it looks behind the old place first if that is

@@ -6,7 +6,7 @@
  *     waitmsec(20);
  *     get_diff_system_time(&passed, start.seconds, start.microseconds);       passed: about 20
  *
- * Nothing here can fail. All but time_get_date may be called from several threads.
+ * Nothing here can fail. Any number of threads may call these functions at the same time.
  */
 #ifndef TESKA_TIME_H
 #define TESKA_TIME_H
@@ -60,7 +60,7 @@ TESKA_API int time_get_elapsed_time(void) TESKA_NOTHROW;
 /* time_get_date - local date and time as "Saturday 21-Nov-2026 at 10-12-34", in English whatever the locale; fit for
  * file names.
  *
- * Returns the library's buffer, valid until the next call. "unknown unknown at 00-00-00" when the host cannot tell.
+ * Returns a buffer of the calling thread, valid until its next call. "unknown unknown at 00-00-00" when the host cannot tell.
  */
 TESKA_API char *time_get_date(void) TESKA_NOTHROW;
 

@@ -3,7 +3,7 @@
 //     report -> the thread's own mode, if it has one:   printed | queue of 64 lines | last line | dropped
 //            -> the mode of the process:                printed | sorted list       | last line | dropped
 //
-// Process-wide state: the struct below, guarded by its lock. The shared queue exists exactly while the mode is 2; it is
+// Process-wide state: the struct below, guarded by one lock. The shared queue exists exactly while the mode is 2; it is
 // a sorted list of 256-byte texts. Mode, threshold and debug switch are atomic, so that what is dropped takes no lock.
 //
 // State of a thread: its nesting depth, its mode with the lines that wait in it, and the buffer of error_get.
@@ -14,6 +14,7 @@
 
 #include "error_mess.h"
 
+#include "Support/lasting.h"
 #include "Support/memory.h"
 
 #include "list.h"
@@ -41,7 +42,6 @@ constexpr std::size_t line_size = 512;  // bytes of a line, the terminating zero
 constexpr int max_depth = 16;           // nested reports
 
 struct reporting_state {
-    std::mutex lock;
     std::atomic<int> mode = mode_print;
     list_rec *queue = nullptr;
     char last_message[line_size] = {};
@@ -51,6 +51,9 @@ struct reporting_state {
 };
 
 constinit reporting_state state;
+
+struct reporting_lock : std::mutex {
+};
 
 // The lines of one thread in a ring.
 struct thread_queue {
@@ -79,14 +82,14 @@ public:
     outermost_lock()
     {
         if (own.depth++ == 0)
-            state.lock.lock();
+            teska::lasting<reporting_lock>().lock();
     }
     outermost_lock(const outermost_lock &) = delete;
     outermost_lock &operator=(const outermost_lock &) = delete;
     ~outermost_lock()
     {
         if (--own.depth == 0)
-            state.lock.unlock();
+            teska::lasting<reporting_lock>().unlock();
     }
 };
 

@@ -6,13 +6,14 @@
 //     memory:    { block }  { block }  ..                       one list for each object that ever asked for a block
 //
 // The order function reads the pointer at the start of an element, which both kinds have in common, and the position
-// that list_pos finds for an address is that of its element when there is one. Equal addresses stand newest first.
+// that list_pos finds for an address is that of its element when there is one. Of equal addresses the newest comes first.
 //
-// A lookup costs O(log n); registering and removing move the entries behind the place. Process-wide state: the
-// registry.
+// A lookup costs O(log n); registering and removing move the entries after the place. Process-wide state: the registry,
+// guarded by its lock, which every function holds from its start to its end.
 
 #include "rom.h"
 
+#include "Support/lasting.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 
@@ -24,6 +25,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 
 namespace
 {
@@ -39,6 +41,13 @@ struct entry {
 };
 
 list_rec *registry = nullptr;
+
+struct registry_mutex : std::mutex {
+};
+
+struct registry_lock : std::lock_guard<std::mutex> {
+    registry_lock() : lock_guard(teska::lasting<registry_mutex>()) {}
+};
 
 using list_owner = teska::handle<list_rec, list_kill>;
 
@@ -57,12 +66,12 @@ int at_or_below(const void *element, const void *key)
     return number(address_in(element)) <= number(address_in(key)) ? 1 : 0;
 }
 
-struct place {
+struct position {
     int index;
     void *element;  // null: the address is not in the list
 };
 
-place find(list_rec *list, const void *address)
+position find(list_rec *list, const void *address)
 {
     if (list == nullptr)
         return {0, nullptr};
@@ -107,6 +116,7 @@ bool register_object(const void *object, const char *type)
 
 void *rom_obj_new(unsigned size, const char *type) TESKA_NOTHROW
 {
+    const registry_lock lock;
     if (registry == nullptr)
         registry = list_new(initial_capacity, sizeof(entry), at_or_below);
     if (registry == nullptr) {
@@ -127,7 +137,8 @@ void *rom_obj_new(unsigned size, const char *type) TESKA_NOTHROW
 
 int rom_obj_kill(void *object) TESKA_NOTHROW
 {
-    const place at = find(registry, object);
+    const registry_lock lock;
+    const position at = find(registry, object);
     if (at.element == nullptr) {
         TESKA_ERR(line("rom_obj_kill: unregistered obj %lld", shown(object)));
         return 0;
@@ -144,6 +155,7 @@ int rom_obj_kill(void *object) TESKA_NOTHROW
 
 int rom_objtype_check(const void *object, const char *expected) TESKA_NOTHROW
 {
+    const registry_lock lock;
     const entry *known = find_entry(object);
     if (known == nullptr) {
         TESKA_ERR(line("rom_objtype_check: unregistered obj %lld", shown(object)));
@@ -159,6 +171,7 @@ int rom_objtype_check(const void *object, const char *expected) TESKA_NOTHROW
 
 void *rom_obj_malloc(void *object, int size) TESKA_NOTHROW
 {
+    const registry_lock lock;
     entry *known = find_entry(object);
     if (known == nullptr) {
         TESKA_ERR(line("rom_obj_malloc: unregistered obj %lld", shown(object)));
@@ -190,12 +203,13 @@ void *rom_obj_malloc(void *object, int size) TESKA_NOTHROW
 
 int rom_obj_free(void *object, void *block) TESKA_NOTHROW
 {
+    const registry_lock lock;
     const entry *known = find_entry(object);
     if (known == nullptr) {
         TESKA_ERR(line("rom_obj_free: unregistered obj %lld", shown(object)));
         return 0;
     }
-    const place at = find(known->memory, block);
+    const position at = find(known->memory, block);
     if (at.element == nullptr) {
         TESKA_ERR(line("rom_obj_free: unregistered memory %lld", shown(block)));
         return 0;

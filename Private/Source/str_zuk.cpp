@@ -6,7 +6,7 @@
 //     "x\n[ A ]  comment\nk = 1 2\n[B]\n"     topic " A", then topic "B"
 //       item "k" of topic " A": the value "1 2"
 //
-// A found topic is its name and the place behind its line, where its items begin. The process-wide state is one such
+// A found topic is its name and the start of the line after it, where its items begin. The state of a thread is one such
 // place per cache with the text it belongs to, and the name it was searched by in the cache for items. A place is used
 // only while it lies inside the text and at the start of a line: the address of a text may come again with another one,
 // perhaps shorter.
@@ -21,6 +21,7 @@
 #include "str_utils.h"
 
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -49,12 +50,15 @@ struct found_place {
     }
 };
 
-struct {
+// Without a destructor, so that code that runs late in a thread's life may still search.
+struct found_places {
     found_place topic;              // of str_search_zuk_topic
     found_place item;               // of str_search_zuk
-    teska::heap_block<char> name;   // as the caller spelled the topic of `item`
+    char *name = nullptr;           // owned: the topic of `item` as the caller spelled it
     std::size_t name_capacity = 0;  // bytes
-} cache;
+};
+
+constinit thread_local found_places cache;
 
 const char *end_of(const char *text) { return text + std::strlen(text); }
 
@@ -172,23 +176,29 @@ bool has_item(const char *at, const char *item, char *value)
 
 void forget()
 {
-    cache.item = {};
-    cache.name.reset();
+    std::free(cache.name);
+    cache.name = nullptr;
     cache.name_capacity = 0;
+    cache.item = {};
 }
+
+struct at_thread_end {
+    ~at_thread_end() { forget(); }
+};
 
 // Without memory for the name nothing is remembered: the next search begins at the cursor.
 void remember(const char *text, const char *place, const char *name)
 {
     const std::size_t size = std::strlen(name) + 1;
     if (size > cache.name_capacity) {
+        [[maybe_unused]] thread_local const at_thread_end end;
         forget();
-        cache.name = teska::zeroed_block<char>(size);
-        if (!cache.name)
+        cache.name = teska::zeroed_block<char>(size).release();
+        if (cache.name == nullptr)
             return;
         cache.name_capacity = size;
     }
-    std::memmove(cache.name.get(), name, size);
+    std::memmove(cache.name, name, size);
     cache.item = {text, place};
 }
 
@@ -273,11 +283,11 @@ int str_search_zuk(const char **cursor, const char *topic, const char *item, cha
     const char *start = text;
     const char *last = nullptr;  // the topic found before, when the search begins behind it
     if (cache.item.serves(text)) {
-        if (std::strcmp(cache.name.get(), topic) == 0)
+        if (std::strcmp(cache.name, topic) == 0)
             return has_item(cache.item.place, item, value) ? 1 : 0;
         if (cache.name[0] != 0) {
             start = cache.item.place;
-            last = cache.name.get();
+            last = cache.name;
         }
     }
     cache.item = {text, nullptr};

@@ -1,6 +1,6 @@
 // teska_time - waiting, a millisecond clock, date and time as text (core)
 //
-// The clocks are the companion's; here their answers get the form that the library promises. Process-wide state: the
+// The clocks are the companion's; here their answers get the form that the library promises. State of a thread: the
 // text of time_get_date.
 
 #include "teska_time.h"
@@ -18,7 +18,7 @@
 namespace
 {
 
-char date_text[256];
+constinit thread_local char date_text[256] = {};
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 //
 // Process-wide state: the chain, guarded by its lock.
 #include "wem.h"
+#include "wem_lock.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -23,7 +24,7 @@ struct name_entry {
 
 // The host owns the table and empties it with wem_lognam_clear; entries left at exit go with the process.
 constinit name_entry *table = nullptr;
-constinit std::mutex table_lock;
+constinit wem::spin_lock table_lock;
 
 // Not tolower: the answer must not change with the host's locale.
 char folded(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
