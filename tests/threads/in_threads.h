@@ -1,0 +1,29 @@
+// in_threads - the same work in several threads that begin together
+
+#ifndef TESKA_TESTS_IN_THREADS_H
+#define TESKA_TESTS_IN_THREADS_H
+
+#include <barrier>
+#include <thread>
+#include <vector>
+
+namespace teska_test
+{
+
+// Calls work(thread) with 0 .. threads - 1, each in a thread of its own, and returns when all have ended.
+template <class Work>
+void in_threads(int threads, const Work &work)
+{
+    std::barrier start(threads);
+    std::vector<std::jthread> running;
+    running.reserve(static_cast<std::size_t>(threads));
+    for (int thread = 0; thread < threads; ++thread)
+        running.emplace_back([&, thread] {
+            start.arrive_and_wait();
+            work(thread);
+        });
+}
+
+}  // namespace teska_test
+
+#endif
