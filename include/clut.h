@@ -14,11 +14,11 @@
  *   stride s(N-1) = M, and s(k) = grid(k+1) * s(k+1): channels are innermost, the first input varies slowest.
  *   Corners of a cell are numbered the other way round: corner c is one step up along input k exactly when bit k of c
  *   is set. So corner 1 lies along the first, slowest input.
- *   Nothing is checked: N must be 1 .. 16, every grid count at least 2, every index in range.
+ *   Indices are not checked: they must be in range.
  *   Kept: copies share their arrays with the source, and the destructor releases nothing, because some copy may still
  *   be in use. A table costs its memory until the program ends; build it once.
- *   Several threads may interpolate one table, or copies of it, at once when N is 3, 4, 5 or 6. Tables with another N
- *   calculate in arrays of their own, which copies share: callers serialise those.
+ *   Any number of threads may interpolate and query one table, or copies of it, at once; the results are the same bits
+ *   as in one thread. No thread may change elements of the table or of a copy, or assign to it, meanwhile.
  *   Results are the same bits on every machine: sums and products are rounded to float one by one, in stated order.
  */
 #ifndef TESKA_CLUT_H
@@ -38,8 +38,8 @@ public:
      * outputChannels  M, values at each grid point; with 0 Interpolate writes nothing
      * aux             a byte for the caller's use: carried and copied, never looked at
      * data            M * NumPoints() values in the order above
-     * Throws std::bad_alloc when memory runs out, or when NumPoints(), a stride or the number of values exceeds
-     * 2^32 - 1; nothing stays allocated then.
+     * Throws std::bad_alloc when a count is 0 or 1, when NumPoints(), a stride or the number of values exceeds 2^32 - 1,
+     * or when memory runs out; nothing stays allocated then.
      */
     CLUT(unsigned char inputDim, unsigned char *gridPoints, unsigned char outputChannels, unsigned char aux,
          float *data);
@@ -73,7 +73,7 @@ public:
 
     /* ---- Change -------------------------------------------------------------------------------------------------- */
 
-    /* Element i of the values (not grid point i), 0 .. M * NumPoints() - 1, and its address: a place in the table's
+    /* Element i of the values (not grid point i), 0 .. M * NumPoints() - 1, and its address in the table's
      * array, valid for ever. Elements may be changed at any time; all copies see it. */
     float &operator[](int i);
     float *GetData(int i);
@@ -99,7 +99,7 @@ protected:
      * Every result goes through clampFn into out, first channel first. A derived class may set clampFn to a function
      * of its own; it must not throw. */
 
-    /* Begin - prepare maximum indices, corner offsets and, unless N is 3 .. 6, the work arrays.
+    /* Begin - prepare maximum indices, corner offsets and, unless N is 3 .. 6, work arrays.
      *
      * Called by the constructor. A second call frees the former arrays: copies that share them are then unusable.
      * Throws std::bad_alloc and leaves the arrays as they were. */
@@ -114,7 +114,7 @@ protected:
      *     fz >= fy, fz >= fx, fy <  fx  P0 + (P4-P0)*fz + (P6-P4)*fy + (P7-P6)*fx
      *     fz >= fy, fz >= fx, fy >= fx  P0 + (P4-P0)*fz + (P5-P4)*fx + (P7-P5)*fy
      *
-     * Kept: in the last two rows the middle corners stand exchanged against the order of the fractions. One weight is
+     * Kept: in the last two rows the middle corners are exchanged against the order of the fractions. One weight is
      * then negative; at (1, 0, 1) the result is P4 - P6 + P7, not P5. */
     void Interp3dTetra(double *out, const double *in);
 
@@ -126,8 +126,7 @@ protected:
     void Interp5d(double *out, const double *in);
     void Interp6d(double *out, const double *in);
 
-    /* InterpND - the same for any N; each weight is multiplied in the order k = N-1, N-2, .. 0. Uses the work arrays,
-     * so N must not be 3 .. 6. */
+    /* InterpND - the same for any N; each weight is multiplied in the order k = N-1, N-2, .. 0. */
     void InterpND(double *out, const double *in);
 
     double (*clampFn)(float);     /* for every result; at first the clamp to 0 .. 1, through which NaN passes */
@@ -142,11 +141,13 @@ protected:
     unsigned int corner3[8];      /* for N = 3: offset of each corner from the cell's lowest one, in elements */
     unsigned int *cornerN;        /* the same for every N: 2^N entries */
     unsigned int cornerCount;     /* 2^N */
-    float *workScaled;            /* N values x. The work arrays are null when N is 3 .. 6. */
-    float *workFraction;          /* N fractions, that of input k at N-1-k */
-    int *workIndex;               /* N cell indices */
-    float *workWeight;            /* 2^N weights by corner */
-    unsigned int bitPeriod[16];   /* general N: 2^(N-1-i) at i: the step between corners that differ in input N-1-i */
+    /* Room for the routines of a derived class; those of this class neither read nor write it, and copies share it. At
+     * first zero; null when N is 3 .. 6. */
+    float *workScaled;          /* N values */
+    float *workFraction;        /* N values */
+    int *workIndex;             /* N values */
+    float *workWeight;          /* 2^N values */
+    unsigned int bitPeriod[16]; /* general N: 2^(N-1-i) at i: the step between corners that differ in input N-1-i */
 };
 
 #endif

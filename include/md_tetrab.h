@@ -2,7 +2,7 @@
  *
  * A table maps N input channels to M output channels. Its grid has R vertices along each input; between them it is
  * interpolated over the simplex of the cell in which the pixel lies (tetrahedral interpolation for N = 3). Every input
- * passes a curve of 256 entries before the grid, every output one behind it.
+ * passes a curve of 256 entries before the grid, every output one after it.
  *
  *     md_tetrab *table = md_tetrab_new(3, 4, 17);           RGB to CMYK, 17 points per axis
  *     int coord[3] = {0, 0, 0};
@@ -22,7 +22,9 @@
  *   A table owns its data and curves; pointers into it are valid until md_tetrab_kill. They may be written to at any
  *   time between calls: the next conversion uses the new bytes.
  *   Failures of creation are reported through error_mess_fl (error_mess.h); all other functions cannot fail.
- *   A table is used by one thread at a time. Different tables are independent of each other.
+ *   Any number of threads may convert through one table, expand it and query it at once; the results are the same bytes
+ *   as in one thread. No thread may write to its vertices or curves, by md_tetrab_LUT or through a pointer, or kill the
+ *   table meanwhile. Different tables are independent of each other.
  */
 #ifndef TESKA_MD_TETRAB_H
 #define TESKA_MD_TETRAB_H
@@ -91,7 +93,7 @@ TESKA_API unsigned char *md_tetrab_dataptr(md_tetrab *table, int *size) TESKA_NO
 /* md_tetrab_get_nrpoints - number of vertices of the walk, R^N. */
 TESKA_API int md_tetrab_get_nrpoints(md_tetrab *table) TESKA_NOTHROW;
 
-/* md_tetrab_vertex_get - one vertex: the input it stands for and the place of its output.
+/* md_tetrab_vertex_get - one vertex: the input it represents and the address of its output.
  *
  *     inBytes[k] = floor(coord[k] * step + 0.5),   step = 255 / (R - 1), in doubles
  *
@@ -115,7 +117,7 @@ TESKA_API int md_tetrab_scan_vertex(md_tetrab *table, int *coord) TESKA_NOTHROW;
 
 /* md_tetrab_interp - convert a run of pixels.
  *
- * With u[d] the input byte behind input curve d, each u[d] has a lower vertex index i and a fraction f[d] in the
+ * With u[d] the input byte after input curve d, each u[d] has a lower vertex index i and a fraction f[d] in the
  * weights L .. H, calculated in doubles:
  *
  *     t = u[d] / (255 / (R - 1));  i = floor(t);  f[d] = floor((t - i) * (H - L) + L);  u[d] = 255: i = R - 1, f[d] = L

@@ -20,7 +20,8 @@
  *   s[k] = (R + 1) * s[k+1]. The vertices with an index R are never filled by the walk; they are read with weight 0.
  *   A table owns its data; pointers into it are valid until md_tetrad_kill. It may be written to between calls.
  *   Failures of creation are reported through error_mess_fl (error_mess.h); all other functions cannot fail.
- *   A table is used by one thread at a time, because evaluation keeps intermediate values in it.
+ *   Any number of threads may evaluate and query one table at once; the results are the same bits as in one thread. No
+ *   thread may write to the vertices or kill the table meanwhile. Different tables are independent of each other.
  */
 #ifndef TESKA_MD_TETRAD_H
 #define TESKA_MD_TETRAD_H
@@ -65,7 +66,7 @@ TESKA_API double *md_tetrad_dataptr(md_tetrad *table, int *size) TESKA_NOTHROW;
 /* md_tetrad_get_nrpoints - number of vertices of the walk, R^N. */
 TESKA_API int md_tetrad_get_nrpoints(md_tetrad *table) TESKA_NOTHROW;
 
-/* md_tetrad_vertex_get - one vertex: the input it stands for and the place of its output.
+/* md_tetrad_vertex_get - one vertex: the input it represents and the address of its output.
  *
  *     inValues[k] = coord[k] * step + lo,   step = (hi - lo) / (R - 1)
  *

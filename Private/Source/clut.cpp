@@ -8,7 +8,11 @@
 // at element 4 * 1156 + 8 * 68 + 8 * 4 = 5200; fx = fy = 0, fz = 0.5: the path is 0, 4, 5, 7 and the result lies
 // halfway between grid points (4, 8, 8) and (4, 8, 9).
 //
-// The arrays are shared by copies and never freed, so the object holds plain pointers. No process-wide state.
+// Numbers of inputs without a kernel of their own multiply the weights of all corners first, 1024 corners at a time: the
+// weights of the ten lowest inputs fit the stack, the higher inputs give each block a common factor.
+//
+// The arrays are shared by copies and never freed, so the object holds plain pointers. Evaluation writes to its results
+// and the stack only. No process-wide state.
 
 #include "clut.h"
 
@@ -31,6 +35,9 @@ namespace
 {
 
 constexpr std::size_t max_inputs = 16;
+constexpr std::size_t most_channels = 255;
+constexpr std::size_t block_inputs = 10;  // whose weights are on the stack together: 4 KB
+constexpr std::size_t block_corners = std::size_t{1} << block_inputs;
 
 double unit_clamp(float value)
 {
@@ -67,6 +74,63 @@ void fill_corners(unsigned int *corner, const unsigned int *stride, std::size_t 
     }
 }
 
+// The weights of the 2^inputs corners, times `common`; the last input is multiplied first. After every input there is a
+// weight for each corner of the inputs so far, which the next one splits into two neighbours.
+void multiply_weights(float common, const float *fraction, std::size_t inputs, float *weight)
+{
+    weight[0] = common;
+    for (std::size_t k = inputs, corners = 1; k-- > 0; corners *= 2)
+        for (std::size_t c = corners; c-- > 0;) {
+            const float both = weight[c];
+            weight[2 * c] = both * (1.0F - fraction[k]);
+            weight[2 * c + 1] = both * fraction[k];
+        }
+}
+
+// Four channels side by side: plain operators work on each by itself.
+using quad = float __attribute__((vector_size(16)));
+
+template <std::size_t Channels>
+quad load(const float *from)
+{
+    return quad{from[0], Channels > 1 ? from[1] : 0.0F, Channels > 2 ? from[2] : 0.0F, Channels > 3 ? from[3] : 0.0F};
+}
+
+// Adds the terms of a block's corners to the sums of up to four adjacent channels, corner by corner. The term of a cell's
+// first corner is not added: the sums begin with it.
+template <std::size_t Channels>
+void add_corners(const float *cell, const unsigned int *corner, const float *weight, bool first, quad &sums)
+{
+    quad sum = first ? load<Channels>(cell) * weight[0] : sums + load<Channels>(cell + corner[0]) * weight[0];
+    for (std::size_t i = 1; i < block_corners; ++i)
+        sum = sum + load<Channels>(cell + corner[i]) * weight[i];
+    sums = sum;
+}
+
+// More inputs than a block has. A weight is the product of one factor for each input, the last input first: so the inputs
+// from block_inputs on give all corners of a block a common factor, from which the block's own weights are multiplied.
+void interpolate_blocks(const clut_point &point, const float *fraction, std::size_t inputs)
+{
+    constexpr decltype(&add_corners<4>) last[] = {nullptr, add_corners<1>, add_corners<2>, add_corners<3>};
+    float weight[block_corners];
+    quad sum[(most_channels + 3) / 4];
+    const std::size_t quads = point.channels / 4;
+    const std::size_t left = point.channels % 4;
+    for (std::size_t block = 0; block < std::size_t{1} << (inputs - block_inputs); ++block) {
+        float common = 1.0F;
+        for (std::size_t k = inputs; k-- > block_inputs;)
+            common = common * ((block >> (k - block_inputs) & 1) != 0 ? fraction[k] : 1.0F - fraction[k]);
+        multiply_weights(common, fraction, block_inputs, weight);
+        const std::uint32_t *const corner = point.corner + block * block_corners;
+        for (std::size_t k = 0; k < quads; ++k)
+            add_corners<4>(point.cell + 4 * k, corner, weight, block == 0, sum[k]);
+        if (left != 0)
+            last[left](point.cell + 4 * quads, corner, weight, block == 0, sum[quads]);
+    }
+    for (std::size_t c = 0; c < point.channels; ++c)
+        point.out[c] = point.clamp(sum[c / 4][c % 4]);
+}
+
 // Puts a new array in the place of a former one.
 template <class T>
 void replace(T *&array, std::unique_ptr<T[]> &fresh)
@@ -88,6 +152,8 @@ CLUT::CLUT(unsigned char inputs, unsigned char *counts, unsigned char outputs, u
     if (inputDim == 0)
         return;
     std::copy_n(counts, inputDim, gridPoints);
+    if (std::any_of(gridPoints, gridPoints + inputDim, [](unsigned char count) { return count < 2; }))
+        throw std::bad_alloc();
 
     constexpr std::uint64_t limit = std::numeric_limits<unsigned int>::max();
     teska::checked_size points(1, limit);
@@ -162,10 +228,11 @@ void CLUT::Begin()
     const std::size_t corners = std::size_t{1} << inputDim;
     const bool general = inputDim < 3 || inputDim > 6;
     std::unique_ptr<unsigned int[]> corner(new unsigned int[corners]);
-    std::unique_ptr<float[]> scaled(general ? new float[inputDim] : nullptr);
-    std::unique_ptr<float[]> fraction(general ? new float[inputDim] : nullptr);
-    std::unique_ptr<int[]> index(general ? new int[inputDim] : nullptr);
-    std::unique_ptr<float[]> weight(general ? new float[corners] : nullptr);
+    // No routine of this class uses the work arrays, but those of derived classes may.
+    std::unique_ptr<float[]> scaled(general ? new float[inputDim]() : nullptr);
+    std::unique_ptr<float[]> fraction(general ? new float[inputDim]() : nullptr);
+    std::unique_ptr<int[]> index(general ? new int[inputDim]() : nullptr);
+    std::unique_ptr<float[]> weight(general ? new float[corners]() : nullptr);
 
     for (std::size_t k = 0; k < inputDim; ++k)
         maxIndex[k] = static_cast<unsigned char>(gridPoints[k] - 1);
@@ -218,25 +285,17 @@ void CLUT::Interp6d(double *out, const double *in)
 
 void CLUT::InterpND(double *out, const double *in)
 {
-    const std::size_t n = inputDim;
+    float fraction[max_inputs];
     std::size_t base = 0;
-    for (std::size_t k = 0; k < n; ++k) {
+    for (std::size_t k = 0; k < inputDim; ++k) {
         const location at = locate(maxIndex[k], in[k]);
         base += static_cast<std::size_t>(at.index) * dimSize[k];
-        workScaled[k] = at.scaled;
-        workIndex[k] = at.index;
-        workFraction[n - 1 - k] = at.fraction;
+        fraction[k] = at.fraction;
     }
-    // Position i splits every corner that has a weight so far into two, bitPeriod[i] apart: each weight is multiplied
-    // in the order of the positions, from the last input to the first.
-    workWeight[0] = 1.0F;
-    for (std::size_t i = 0; i < n; ++i) {
-        const std::size_t period = bitPeriod[i];
-        for (std::size_t c = 0; c < cornerCount; c += 2 * period) {
-            workWeight[c + period] = workWeight[c] * workFraction[i];
-            workWeight[c] = workWeight[c] * (1.0F - workFraction[i]);
-        }
-    }
-    teska::kernels().clut.weighted({data + base, cornerN, outputChannels, out, kernel_clamp(clampFn)}, workWeight,
-                                   cornerCount);
+    if (inputDim > block_inputs)
+        return interpolate_blocks({data + base, cornerN, outputChannels, out, clampFn}, fraction, inputDim);
+    float weight[block_corners];
+    multiply_weights(1.0F, fraction, inputDim, weight);
+    teska::kernels().clut.weighted({data + base, cornerN, outputChannels, out, kernel_clamp(clampFn)}, weight,
+                                   std::size_t{1} << inputDim);
 }

@@ -1,23 +1,18 @@
 // md_tetrab - conversion of 8-bit pixels through a regular grid of bytes (colour)
 //
-// The grid has R vertices per dimension that callers fill and E further layers behind them. Layer R is reached only as
-// the far side of the top vertices, with the lowest weight; then come the bytes of padding:
+// The grid has R vertices per dimension that callers fill and E further layers after them. Layer R is reached only as the
+// far side of the top vertices, with the lowest weight. Then come the bytes of padding:
 //
 //     |<- (R + E)^N * M: vertices, dimension 0 slowest ->|<- far corner + 64 ->|
 //
-// The padding is zero and not counted. It lets kernels read whole words at the last vertex, and with E = 0 it stands
-// for the missing layer of dimension 0 (that of the others is the next row of the grid).
+// The padding is zero and not counted. It lets kernels read whole words at the last vertex, and with E = 0 it takes the
+// place of the missing layer of dimension 0 (that of the others is the next row of the grid).
 //
-// What conversion needs of a byte u behind its input curve is looked up. With step = 255 / (R - 1), t = u / step and
-// i = floor(t):
+// What conversion needs of a byte is looked up (md_tetrab/positions.h). Example with R = 17, L = 0, H = 255: the step is
+// 15.9375, byte 100 lies at 6.27, so it has index 6 and weight 69.
 //
-//     offsets[d][u] = i * stride[d]        fractions[u] = floor((t - i) * (H - L) + L)
-//
-// Kept: in doubles as they stand, exact rational numbers would give other bytes for some u (R = 3, u = 129: 3 for 2).
-// Example with R = 17, L = 0, H = 255: step 15.9375, u = 100 lies at 6.27, index 6, fraction 69.
-//
-// The faster kernels look both up at once, by the byte in front of the curve: places[d][v] = fraction << 24 | offset.
-// Callers may write to a curve at any time, so each conversion compares the curves with those of the last one.
+// Conversion writes to the outputs and the stack only, but for the rows that the faster kernels look up, which are made
+// again, by one thread, once the curves have changed.
 //
 // No process-wide state. Creation takes O((R + E)^N * M), conversion O(N * M) per pixel and a sort of N numbers.
 
@@ -25,12 +20,12 @@
 
 #include "Kernels/kernels.h"
 #include "Kernels/simplex.h"
+#include "Source/md_tetrab/positions.h"
 #include "Support/grid.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -41,26 +36,20 @@ using std::uint32_t;
 using std::uint64_t;
 using std::uint8_t;
 using teska::heap_block;
+using teska::md_tetrab_rows;
+using teska::md_tetrab_run;
 
 namespace
 {
 
-constexpr size_t curve_size = 256;
-constexpr int input_low = 0;  // the range onto which input curves map
-constexpr int input_high = 255;
-constexpr int default_low = 0;  // the weights with which kernels multiply instead of looking products up
+constexpr size_t curve_size = teska::md_tetrab_curve;
+constexpr double input_range = 255;  // onto which input curves map
+constexpr int default_low = 0;       // the weights with which kernels multiply instead of looking products up
 constexpr int default_high = 255;
-constexpr size_t read_ahead = 64;            // bytes that a kernel may read behind the far corner of a cell
+constexpr size_t read_ahead = 64;            // bytes that a kernel may read after the far corner of a cell
 constexpr uint64_t max_byte_side = 127;      // of grids whose indices kernels multiply as signed bytes,
 constexpr uint64_t max_byte_stride = 32767;  // and strides as signed halves
 constexpr int short_run = 16;                // pixels; what shorter runs gain is lost again on comparisons
-
-constexpr auto identity_curve = [] {
-    std::array<uint8_t, curve_size> curve{};
-    for (size_t v = 0; v < curve_size; ++v)
-        curve[v] = static_cast<uint8_t>(v);
-    return curve;
-}();
 
 }  // namespace
 
@@ -69,21 +58,17 @@ struct md_tetrab {
     int points = 0;                              // R^N
     int weight_low = 0;                          // L, the weight at the lower vertex of a cell
     int weight_high = 0;                         // H, the weight of a whole cell
-    heap_block<uint32_t> offsets;                // N rows of 256, and as many of places
-    heap_block<uint8_t> in_curves;               // N rows of 256, N that the places were made of, N of indices, N of
-                                                 // weights
-    bool placed = false;                         // whether there are places
-    heap_block<uint8_t> out_curves;              // M rows of 256
-    uint64_t fractions[curve_size]{};            // shifted up by 32: kernels sort them together with the strides
-    uint8_t late[32]{};                          // see md_tetrab_table
-    bool even = false;                           // whether late describes the positions
     int data_size = 0;                           // bytes, without the padding
-    double input_step = 0;                       // from vertex to vertex, in input bytes
-    heap_block<uint8_t> data;                    // vertices and padding
-    heap_block<uint8_t> products;                // 256 rows of 256; empty for the default weights
-    uint64_t far_corner = 0;                     // sum of the strides
     uint64_t strides[teska::grid_max_inputs]{};  // N, bytes between neighbouring vertices
-    heap_block<uint8_t *> lines;                 // M; what md_tetrab_expand hands to the conversion as outputs
+    uint64_t far_corner = 0;                     // sum of the strides
+    double input_step = 0;                       // from vertex to vertex, in input bytes
+    teska::md_tetrab_positions positions;
+    heap_block<uint8_t> data;        // vertices and padding
+    heap_block<uint8_t> in_curves;   // N rows of 256
+    heap_block<uint8_t> out_curves;  // M rows of 256
+    heap_block<uint8_t> products;    // 256 rows of 256; empty for the default weights
+    teska::md_tetrab_row_sets row_sets;
+    heap_block<uint8_t *> lines;  // M; what md_tetrab_expand hands to the conversion as outputs
 };
 
 namespace
@@ -101,68 +86,31 @@ bool make_data(md_tetrab &table)
 {
     if (!teska::grid_fits(table.shape))
         return false;
-    const size_t size = teska::grid_values(table.shape).get();
     table.points = static_cast<int>(teska::grid_points(table.shape).get());
+    table.data_size = static_cast<int>(teska::grid_values(table.shape).get());
     table.far_corner = teska::grid_strides(table.shape, table.strides);
-    table.data_size = static_cast<int>(size);
-    table.input_step = (input_high - input_low) / static_cast<double>(table.shape.resolution - 1);
-    table.data = teska::zeroed_block<uint8_t>(size + table.far_corner + read_ahead);
+    table.input_step = input_range / (table.shape.resolution - 1);
+    // Each term is at most INT_MAX.
+    teska::checked_size bytes(table.far_corner, PTRDIFF_MAX);
+    bytes += static_cast<uint64_t>(table.data_size);
+    bytes += read_ahead;
+    if (bytes.valid())
+        table.data = teska::zeroed_block<uint8_t>(bytes.get());
     return static_cast<bool>(table.data);
 }
 
-// Lower index and fraction of a byte behind its input curve. Byte 255 is forced to the top vertex: the quotient alone
-// comes out below it for R = 14, 27, 32 and many more.
-int place(const md_tetrab &table, size_t u, int &fraction)
-{
-    const int top = table.shape.resolution - 1;
-    const double t = static_cast<double>(u) / table.input_step;
-    const int i = u == curve_size - 1 ? top : static_cast<int>(std::floor(t));
-    const int range = table.weight_high - table.weight_low;
-    fraction = i < top ? static_cast<int>(std::floor((t - i) * range + table.weight_low)) : table.weight_low;
-    return i;
-}
-
-// Adds byte u to the positions that kernels can calculate: quotient and remainder of u * cells / 255, or one less.
-void compare_with_integers(md_tetrab &table, size_t u, size_t index, size_t fraction)
-{
-    const size_t product = u * static_cast<size_t>(table.shape.resolution - 1);
-    const bool late = fraction + 1 == product % 255;
-    table.even = table.even && index == product / 255 && (late || fraction == product % 255);
-    if (late)
-        table.late[u / 128 * 16 + u % 16] |= static_cast<uint8_t>(1 << u / 16 % 8);
-}
-
-bool make_positions(md_tetrab &table)
-{
-    const auto inputs = static_cast<size_t>(table.shape.inputs);
-    table.offsets = teska::zeroed_block<uint32_t>(2 * inputs * curve_size);
-    if (!table.offsets)
-        return false;
-    table.even = true;
-    for (size_t u = 0; u < curve_size; ++u) {
-        int fraction = 0;
-        const auto index = static_cast<uint64_t>(place(table, u, fraction));
-        compare_with_integers(table, u, index, static_cast<size_t>(fraction));
-        table.fractions[u] = static_cast<uint64_t>(fraction) << 32;
-        for (size_t d = 0; d < inputs; ++d)
-            table.offsets[d * curve_size + u] = static_cast<uint32_t>(index * table.strides[d]);
-    }
-    return true;
-}
-
-// Sets `count` curves of 256 bytes; a null source makes the identity. Input curves map onto input_low .. input_high,
-// which leaves every byte as it is.
+// Sets `count` curves of 256 bytes; a null source makes the identity.
 void set_curves(uint8_t *curves, int count, const uint8_t *const *sources)
 {
     for (int i = 0; i < count; ++i, curves += curve_size) {
         const bool given = sources != nullptr && sources[i] != nullptr;
-        std::memmove(curves, given ? sources[i] : identity_curve.data(), curve_size);
+        std::memmove(curves, given ? sources[i] : teska::md_tetrab_identity(), curve_size);
     }
 }
 
 bool make_curves(md_tetrab &table)
 {
-    table.in_curves = teska::zeroed_block<uint8_t>(4 * static_cast<size_t>(table.shape.inputs) * curve_size);
+    table.in_curves = teska::zeroed_block<uint8_t>(static_cast<size_t>(table.shape.inputs) * curve_size);
     table.out_curves = teska::zeroed_block<uint8_t>(static_cast<size_t>(table.shape.outputs) * curve_size);
     if (!table.in_curves || !table.out_curves)
         return false;
@@ -191,77 +139,48 @@ bool make_products(md_tetrab &table)
     return true;
 }
 
-bool make_lines(md_tetrab &table)
+bool make_row_sets(md_tetrab &table)
 {
     table.lines = teska::zeroed_block<uint8_t *>(static_cast<size_t>(table.shape.outputs));
-    return static_cast<bool>(table.lines);
+    return table.lines && table.row_sets.reserve(table.shape.inputs);
 }
 
 // ---- Conversion -----------------------------------------------------------------------------------------------------
 
-bool curved(const uint8_t *curves, int count)
+// What kernels see of the table. What only convert_line needs is there only with rows.
+teska::md_tetrab_table kernel_view(const md_tetrab &table, const md_tetrab_rows *rows)
 {
-    for (int i = 0; i < count; ++i, curves += curve_size)
-        if (std::memcmp(curves, identity_curve.data(), curve_size) != 0)
-            return true;
-    return false;
-}
-
-// What kernels see of the table. What depends on the curves takes a look at each of them, which costs more than a pixel:
-// it is there `for_lines` only, and up to date after update_places.
-teska::md_tetrab_table kernel_view(const md_tetrab &table, bool for_lines)
-{
-    const size_t entries = static_cast<size_t>(table.shape.inputs) * curve_size;
-    const bool small =
-        table.shape.side() <= max_byte_side && table.shape.inputs >= 3 && table.strides[1] <= max_byte_stride;
-    const uint8_t *const rows = table.in_curves.get();
+    const bool for_lines = rows != nullptr;
+    const bool small = for_lines && table.shape.side() <= max_byte_side && table.shape.inputs >= 3 &&
+                       table.strides[1] <= max_byte_stride;
     return {.inputs = table.shape.inputs,
             .outputs = table.shape.outputs,
             .data = table.data.get(),
             .in_curves = table.in_curves.get(),
             .out_curves = table.out_curves.get(),
-            .offsets = table.offsets.get(),
-            .fractions = table.fractions,
+            .offsets = table.positions.offsets.get(),
+            .fractions = table.positions.weights,
             .strides = table.strides,
             .far_corner = table.far_corner,
             .high = static_cast<uint32_t>(table.weight_high),
             .products = table.products.get(),
-            .places = table.offsets.get() + entries,
-            .indices = small ? rows + 2 * entries : nullptr,
-            .weights = rows + 3 * entries,
-            .late = small && table.even ? table.late : nullptr,
+            .places = for_lines ? rows->places.get() : nullptr,
+            .indices = small ? rows->indices.get() : nullptr,
+            .weights = for_lines ? rows->weights.get() : nullptr,
+            .late = small && table.positions.calculable ? table.positions.late : nullptr,
             .cells = table.shape.resolution - 1,
-            .curved_inputs = for_lines && curved(rows, table.shape.inputs),
-            .curved_outputs = for_lines && curved(table.out_curves.get(), table.shape.outputs)};
+            .curved_inputs = for_lines && rows->curved,
+            .curved_outputs = for_lines && teska::md_tetrab_curved(table.out_curves.get(), table.shape.outputs)};
 }
 
-// Whether the table is one that the faster kernels take.
+// Whether the table is one that the faster kernels take: they look positions up by 24 bits.
 bool fits_lines(const md_tetrab &table)
 {
     return !table.products && table.shape.outputs <= teska::md_tetrab_line_outputs &&
-           static_cast<size_t>(table.data_size) + table.far_corner < teska::md_tetrab_line_data;
+           static_cast<uint64_t>(table.data_size) + table.far_corner < teska::md_tetrab_line_data;
 }
 
-// Places, indices and weights of the curves as they are now.
-void update_places(md_tetrab &table)
-{
-    const size_t entries = static_cast<size_t>(table.shape.inputs) * curve_size;
-    uint8_t *const placed_curves = table.in_curves.get() + entries;
-    uint8_t *const indices = placed_curves + entries;
-    uint8_t *const weights = indices + entries;
-    if (table.placed && std::memcmp(table.in_curves.get(), placed_curves, entries) == 0)
-        return;
-    std::memcpy(placed_curves, table.in_curves.get(), entries);
-    for (size_t i = 0; i < entries; ++i) {
-        const uint32_t offset = table.offsets[i / curve_size * curve_size + placed_curves[i]];
-        weights[i] = static_cast<uint8_t>(table.fractions[placed_curves[i]] >> 32);
-        indices[i] = static_cast<uint8_t>(offset / table.strides[i / curve_size]);
-        table.offsets[entries + i] = uint32_t{weights[i]} << 24 | offset;
-    }
-    table.placed = true;
-}
-
-// Whether the samples that one line has in a run may be in the place of another's, those of the same pixel apart.
+// Whether a byte of line b may be one of line a, which is not that of the same pixel.
 bool collide(const uint8_t *a, ptrdiff_t a_step, const uint8_t *b, ptrdiff_t b_step, ptrdiff_t count)
 {
     const ptrdiff_t distance = b - a;
@@ -274,7 +193,7 @@ bool collide(const uint8_t *a, ptrdiff_t a_step, const uint8_t *b, ptrdiff_t b_s
 }
 
 // Whether the outcome is the same when several pixels are read before they are stored, output by output.
-bool independent(const md_tetrab &table, const teska::md_tetrab_run &run, ptrdiff_t count)
+bool independent(const md_tetrab &table, const md_tetrab_run &run, ptrdiff_t count)
 {
     for (int c = 0; c < table.shape.outputs; ++c) {
         if (run.out[c] == nullptr)
@@ -296,6 +215,40 @@ int first_above(double threshold)
     if (!(threshold < 255))
         return 256;
     return threshold < 0 ? 0 : static_cast<int>(std::floor(threshold)) + 1;
+}
+
+// Which pixels are converted: all, or those whose byte is not below the lowest.
+struct mask_rule {
+    const uint8_t *bytes;
+    int lowest;
+};
+
+// Converts the pixels of a run that pass the mask; leaves the run at its end.
+void convert(const md_tetrab &table, md_tetrab_run &run, const mask_rule &mask)
+{
+    const ptrdiff_t count = run.end;
+    const teska::md_tetrab_kernels &kernels = teska::kernels().md_tetrab;
+    const int entry = std::min(table.shape.inputs, 5) - 1;
+    const auto convert_any = kernels.convert[entry];
+    auto convert_line = kernels.convert_line[entry];
+    const bool for_lines =
+        convert_line != nullptr && count >= short_run && fits_lines(table) && independent(table, run, count);
+    const md_tetrab_rows *const rows =
+        for_lines ? table.row_sets.rows(table.positions, table.in_curves.get()) : nullptr;
+    if (rows == nullptr)
+        convert_line = convert_any;
+    const teska::md_tetrab_table view = kernel_view(table, rows);
+    if (mask.bytes == nullptr)
+        return convert_line(view, run);
+    // A run of the kernel is a run of the mask: after a masked pixel nothing is taken over from the one before.
+    for (ptrdiff_t p = 0; p < count; p = run.end) {
+        for (run.first = p; run.first < count && mask.bytes[run.first] < mask.lowest;)
+            ++run.first;
+        for (run.end = run.first; run.end < count && mask.bytes[run.end] >= mask.lowest;)
+            ++run.end;
+        if (run.first < run.end)
+            (run.end - run.first < short_run ? convert_any : convert_line)(view, run);
+    }
 }
 
 // ---- Expansion ------------------------------------------------------------------------------------------------------
@@ -367,7 +320,7 @@ md_tetrab *md_tetrab_new_special(int N, int M, int R, int L, int H, int E) TESKA
     table->shape = shape;
     table->weight_low = L;
     table->weight_high = H;
-    if (!make_data(*table) || !make_positions(*table)) {
+    if (!make_data(*table) || !table->positions.make(shape, table->strides, L, H)) {
         TESKA_ERR("md_tetrab_new: malloc failure");
         return nullptr;
     }
@@ -379,7 +332,7 @@ md_tetrab *md_tetrab_new_special(int N, int M, int R, int L, int H, int E) TESKA
         TESKA_ERR("md_tetrab_new: insuff. mem.");
         return nullptr;
     }
-    if (!make_lines(*table)) {
+    if (!make_row_sets(*table)) {
         TESKA_ERR("md_tetra_new: insufficient memory");
         return nullptr;
     }
@@ -431,7 +384,7 @@ unsigned char *md_tetrab_vertex_get(md_tetrab *table, const int *coord, unsigned
         vertex += static_cast<ptrdiff_t>(coord[k]) * static_cast<ptrdiff_t>(table->strides[k]);
         // Kept: doubles again; R = 51 and coordinate 25, exactly 127.5, gives 127.
         if (inBytes != nullptr)
-            inBytes[k] = static_cast<uint8_t>(std::floor(coord[k] * table->input_step + input_low + 0.5));
+            inBytes[k] = static_cast<uint8_t>(std::floor(coord[k] * table->input_step + 0.5));
     }
     return vertex;
 }
@@ -445,32 +398,9 @@ int md_tetrab_interp(md_tetrab *table, unsigned char **in, int inStep, unsigned 
 {
     if (count <= 0)
         return 1;
-    teska::md_tetrab_run run{.in = in, .out = out, .in_step = inStep, .out_step = outStep, .first = 0, .end = count};
-    const teska::md_tetrab_kernels &kernels = teska::kernels().md_tetrab;
-    const int entry = std::min(table->shape.inputs, 5) - 1;
-    const auto convert = kernels.convert[entry];
-    auto convert_line = kernels.convert_line[entry];
-    const bool for_lines =
-        convert_line != nullptr && count >= short_run && fits_lines(*table) && independent(*table, run, count);
-    if (for_lines)
-        update_places(*table);
-    else
-        convert_line = convert;
-    const teska::md_tetrab_table view = kernel_view(*table, for_lines);
-    if (mask == nullptr) {
-        convert_line(view, run);
-    } else {
-        // A run of the kernel is a run of the mask: behind a masked pixel nothing is taken over from the one before.
-        const int lowest = first_above(threshold);
-        for (ptrdiff_t p = 0; p < count; p = run.end) {
-            for (run.first = p; run.first < count && mask[run.first] < lowest;)
-                ++run.first;
-            for (run.end = run.first; run.end < count && mask[run.end] >= lowest;)
-                ++run.end;
-            if (run.first < run.end)
-                (run.end - run.first < short_run ? convert : convert_line)(view, run);
-        }
-    }
+    const mask_rule masked{.bytes = mask, .lowest = mask != nullptr ? first_above(threshold) : 0};
+    md_tetrab_run run{.in = in, .out = out, .in_step = inStep, .out_step = outStep, .first = 0, .end = count};
+    convert(*table, run, masked);
     for (int c = 0; c < table->shape.outputs; ++c)
         if (out[c] != nullptr)
             out[c] += count * static_cast<ptrdiff_t>(outStep);

@@ -68,7 +68,7 @@ TEST(CLUTQuery, TellsShapeStridesAndElements)
 TEST(CLUTInterpolate, IsMultilinearForAnyNumberOfInputsButThree)
 {
     Generator random(61);
-    for (const std::size_t n : {1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 16U})
+    for (const std::size_t n : {1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 11U, 16U})
         for (const int m : {0, 1, 2, 3, 4, 5, 9}) {
             Counts counts(n);
             Floats values(65536U * static_cast<unsigned>(m));
@@ -156,9 +156,13 @@ TEST(CLUTInterpolate, GivesTheSameBytesAtEveryLevel)
 
 TEST(CLUTInterpolate, PutsEveryValueThroughTheObjectsClampFunction)
 {
+    double (*const first)(float) = Table({2}, 1, {0, 0}).clampFn;
+    for (const auto &[value, clamped] : {std::pair{-0.5F, 0.0}, {0.0F, 0.0}, {0.25F, 0.25}, {1.0F, 1.0}, {1.5F, 1.0}})
+        EXPECT_EQ(first(value), clamped);
+    EXPECT_TRUE(std::isnan(first(NAN)));
     static Floats seen;
     const Floats corner{3, 4, 5, 6, 7};
-    for (const std::size_t n : {2U, 3U, 4U, 5U, 6U}) {
+    for (const std::size_t n : {2U, 3U, 4U, 5U, 6U, 11U}) {
         Floats values(5U << n);
         std::copy(corner.begin(), corner.end(), values.begin());
         Table table(Counts(n, 2), 5, values);
@@ -194,8 +198,10 @@ TEST(CLUTConstructor, CutsTheInputsAndThrowsWhenTheTableCannotBeCounted)
     EXPECT_EQ(none.at({}), Doubles{0});
     EXPECT_THROW(Table(Counts(5, 255), 1, {}), std::bad_alloc);                // points
     EXPECT_THROW(Table({255, 255, 255, 255}, 2, {}), std::bad_alloc);          // values
-    EXPECT_THROW(Table({0, 255, 255, 255, 255, 255}, 1, {}), std::bad_alloc);  // a stride
-    EXPECT_THROW(Table(Counts(16, 255), 0, {}), std::bad_alloc);               // points, without any value
+    EXPECT_THROW(Table({2, 255, 255, 255, 255, 255}, 1, {}), std::bad_alloc);  // a stride
+    EXPECT_THROW(Table({2, 0, 2}, 1, Floats(8)), std::bad_alloc);              // no cell along an input
+    EXPECT_THROW(Table({2, 2, 1}, 1, Floats(8)), std::bad_alloc);
+    EXPECT_THROW(Table(Counts(16, 255), 0, {}), std::bad_alloc);  // points, without any value
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ namespace teska_test
 namespace
 {
 
-constexpr const char *no_memory = "md_tetra_new: insufficient memory";  // record, curves, work
+constexpr const char *no_memory = "md_tetra_new: insufficient memory";  // all else
 constexpr const char *no_grid = "md_tetrab_new: malloc failure";        // data, positions
 constexpr const char *no_products = "md_tetrab_new: insuff. mem.";
 constexpr const char *no_expansion = "md_tetrab_expand: error in md_tetrab_new";
@@ -28,19 +28,19 @@ SweepRow expansion(const char *name, int inputs, int resolution)
             .make = make,
             .failures = {{.count = 1, .once = {no_expansion, no_memory}},
                          {.count = 2, .once = {no_expansion, no_grid}},
-                         {.count = 3, .once = {no_expansion, no_memory}}}};
+                         {.count = 11, .once = {no_expansion, no_memory}}}};
 }
 
 const SweepRows rows({
     calling("md_tetrab_new, 3 inputs", [] { return made(md_tetrab_new(3, 4, 5), md_tetrab_kill); },
-            {{.count = 1, .once = {no_memory}}, {.count = 2, .once = {no_grid}}, {.count = 3, .once = {no_memory}}}),
+            {{.count = 1, .once = {no_memory}}, {.count = 2, .once = {no_grid}}, {.count = 11, .once = {no_memory}}}),
     calling("md_tetrab_new_special, other weights",
             [] { return made(md_tetrab_new_special(5, 3, 2, 16, 235, 0), md_tetrab_kill); },
             {{.count = 1, .once = {no_memory}},
              {.count = 2, .once = {no_grid}},
              {.count = 2, .once = {no_memory}},
              {.count = 1, .once = {no_products}},
-             {.count = 1, .once = {no_memory}}}),
+             {.count = 9, .once = {no_memory}}}),
     expansion("md_tetrab_expand, 3 inputs, whole ratio", 3, 5),
     expansion("md_tetrab_expand, 5 inputs, other ratio", 5, 4),
 });

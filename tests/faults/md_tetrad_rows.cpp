@@ -7,7 +7,7 @@ namespace teska_test
 namespace
 {
 
-constexpr const char *no_memory = "md_tetra_new: insufficient memory";  // record, data; work arrays
+constexpr const char *no_memory = "md_tetra_new: insufficient memory";  // record, data
 
 SweepRow creation(const char *name, int inputs)
 {
@@ -18,8 +18,7 @@ SweepRow creation(const char *name, int inputs)
     return calling(name, call,
                    {{.count = 2, .once = {no_memory}},
                     {.count = 1, .once = {"md_tetrab_new: malloc failure"}},
-                    {.count = 1, .once = {"md_tetrad_new: insuff. mem."}},
-                    {.count = 4, .once = {no_memory}}});
+                    {.count = 1, .once = {"md_tetrad_new: insuff. mem."}}});
 }
 
 const SweepRows rows({creation("md_tetrad_new, 1 input", 1), creation("md_tetrad_new, 6 inputs", 6)});
