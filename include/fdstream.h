@@ -10,8 +10,8 @@
  *     in >> ink;
  *
  * Common rules
- *   Paths are zero-terminated UTF-8; "/" and "\" both separate names. A null path names no file. Directories do not
- *   open.
+ *   Paths are zero-terminated UTF-8; "/" and "\" both separate names. A null path names no file. Directories and
+ *   named pipes do not open, and are not waited for; terminals and /dev/null do.
  *   A mode comes as std::ios_base::openmode, or as an int of the bits below, which are the same with every standard
  *   library:
  *       1 in    2 out    4 ate    8 app    16 trunc    32 binary
@@ -23,7 +23,8 @@
  *   What failed shows in the state of the stream and in is_open(); nothing is reported and nothing throws, short memory
  *   included, unless the caller asks the standard stream for exceptions. Calls that a signal interrupts are repeated.
  *   Bytes cannot be put back: unget() and putback() set badbit.
- *   The caller owns the objects; none is copied. A stream is used by one thread at a time.
+ *   The caller owns the objects; none is copied. Streams may be used by different threads at once, one stream by one
+ *   thread at a time.
  */
 #ifndef TESKA_FDSTREAM_H
 #define TESKA_FDSTREAM_H

@@ -37,7 +37,8 @@
  *   Archives may come from strangers: what does not hold together gives code 5 before anything is allocated or written.
  *   Names of 1 to 199 characters are written and read. A code other than 9 says that the archive is damaged from there
  *   on, or that this one entry could not be put to disk (2, 6, 7).
- *   An archive is used by one thread at a time. No exception leaves.
+ *   Directories and named pipes are no archives (2, 3); nothing is waited for but the user of a terminal.
+ *   Archives may be used by different threads at once, one archive by one thread at a time. No exception leaves.
  */
 #ifndef TESKA_FILEPACKER_H
 #define TESKA_FILEPACKER_H
@@ -102,7 +103,7 @@ public:
     /* ---- Unpack (mode 1) ----------------------------------------------------------------------------------------- */
 
     /* Rules for both that write files: the output path is the directory, a "\" and the entry's name with "\" for "/",
-     * as it also stands in messages. Folders are not made. An existing file is replaced.
+     * as in messages too. Folders are not made. An existing file is replaced.
      * Nothing outside the directory is touched: a name with a component ".." or one that passes or ends at a symbolic
      * link below the directory, at a folder or at a device gives code 2, on Windows also one with a ":" or another
      * character that file names cannot have. A file that cannot be written whole is removed.
@@ -126,13 +127,13 @@ public:
 
     /* UnpackFileAsBuffer - read the next entry into memory.
      *
-     * buffer      out: content with a zero byte behind it, owned by the object, valid until the next call of this
+     * buffer      out: content with a zero byte after it, owned by the object, valid until the next call of this
      *             function or the end of the object; null on failure
      * length      out: bytes of content; 0 on failure
      * entry_name  null, or 200 characters for the name as stored; it may be any text, ".." included
      * Returns 0; 9 at the end of the archive; 1, 4, 5 or 6.
      * Kept: a name that begins with "@END" in any case counts as the end. GetError then gives what it gave before, and
-     * reading goes on behind the name.
+     * reading goes on after the name.
      */
     int UnpackFileAsBuffer(char **buffer, long *length, char *entry_name) noexcept;
 
@@ -147,7 +148,7 @@ public:
     /* GetDescription - copy the archive's description, at most 199 characters of it. text: 200 characters. Returns 0. */
     int GetDescription(char *text) noexcept;
 
-    /* ---- Raw reading and writing, at the place where the archive stands ------------------------------------------- */
+    /* ---- Raw reading and writing, at the archive's current position ---------------------------------------------- */
 
     /* Rules for all: code 4 when no archive is open. What cannot be read gives 5, what cannot be written whole gives 7
      * and leaves the archive as it was. */
@@ -167,7 +168,7 @@ public:
     /* WriteBinaryData - write count bytes; count < 0 gives 7. */
     int WriteBinaryData(const char *buffer, int count) noexcept;
 
-    /* ReadUpTo - read up to and including a delimiter, and discard one byte behind it, typically the end of the line.
+    /* ReadUpTo - read up to and including a delimiter, and discard one byte after it, typically the end of the line.
      *
      * buffer     size bytes, zeroed first; null or size < 1: nothing is stored and the search has no limit
      * delimiter  ends the reading, and stays in the buffer; "" is found at once

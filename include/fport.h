@@ -8,7 +8,8 @@
  *     fport_MakeFullPath("C:\\out", rest, path, sizeof path);            "C:\out\jobs\new\page"
  *
  * Names are zero-terminated bytes, and pointers must not be null. Parts of a path are joined by "\", which the library's
- * file calls take on every host. Nothing here asks the disk.
+ * file calls take on every host. Nothing here asks the disk. All functions may be called from several threads at once;
+ * fport reads the logical names, which wem.h keeps for the process.
  */
 #ifndef TESKA_FPORT_H
 #define TESKA_FPORT_H
@@ -19,13 +20,13 @@ TESKA_BEGIN_C
  *
  * The text before the first ":" is a logical name, which lognam translates. The path is the translation without a "\"
  * at its end, "\", and what follows the colon, with "[", "." and "]" up to the first "]" turned into "\"; without a "["
- * that part stays as it is. A name without a colon, or with "\" behind it, is a path already and copied.
+ * that part stays as it is. A name without a colon, or with "\" after it, is a path already and copied.
  *
  * destination  size + 1 bytes; may be the source
  * size         at least 0
  * source       the first 255 characters count
  * Returns 0, always.
- * Kept: a path that is copied is cut after size characters, and the zero stands behind them, in byte size + 1.
+ * Kept: a path that is copied is cut after size characters, and the zero follows them, as byte size + 1.
  * Kept: a translated path needs less than size - 1 characters; a longer one leaves the destination untouched, without a
  * message.
  * Kept: an unknown name is translated to itself and ":", so that "C:x.txt" becomes "C:\x.txt".
@@ -33,7 +34,7 @@ TESKA_BEGIN_C
  */
 TESKA_API int fport(char *destination, int size, const char *source) TESKA_NOTHROW;
 
-/* fport_setres - set a switch of the process, which nothing in the library reads so far.
+/* fport_setres - set a switch of the process, which nothing in the library reads so far. Any thread may set it.
  *
  * Returns 1 when the flag of the call before was nonzero, else 0; 0 for the first call.
  */

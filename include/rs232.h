@@ -29,7 +29,8 @@
  *   and the same reports as there.
  *   A port that is null, or not one of initrs232's, gives the failure value without a report. All other failures are
  *   reported through error_mess_fl.
- *   A port is used by one thread at a time.
+ *   Ports may be used by different threads at once, one port by one thread at a time. The switch of setflowrs232 is
+ *   shared by the process and may be set at any time.
  */
 #ifndef TESKA_RS232_H
 #define TESKA_RS232_H
@@ -88,8 +89,9 @@ TESKA_API int outbrs232(rs232_rec *port, char byte) TESKA_NOTHROW;
 
 /* inbrs232 - receive one byte, waiting for it if none is there.
  *
- * Returns the byte, or -1 with "Cannot read from comm port.".
- * Kept: the result is one character wide, so that a received byte 255 looks like a failure; only the report tells.
+ * Returns the byte, or (char)-1 with "Cannot read from comm port.".
+ * Kept: the result is one character wide, so that a received byte 255 looks like a failure; only the report tells. Where
+ * char is unsigned that result is 255: compare with (char)-1, not with -1.
  */
 TESKA_API char inbrs232(rs232_rec *port) TESKA_NOTHROW;
 

@@ -11,6 +11,7 @@
 #include <wem.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 
@@ -21,7 +22,7 @@ constexpr int source_length_max = 255;
 constexpr char separator = '\\';
 
 struct fport_state {
-    bool unset = true;  // the negation of the last flag
+    std::atomic<bool> set = false;  // whether the last flag was nonzero
 };
 
 fport_state state;
@@ -74,12 +75,7 @@ int fport(char *destination, int size, const char *source) TESKA_NOTHROW
     return 0;
 }
 
-int fport_setres(int flag) TESKA_NOTHROW
-{
-    const int before = state.unset ? 0 : 1;
-    state.unset = flag == 0;
-    return before;
-}
+int fport_setres(int flag) TESKA_NOTHROW { return state.set.exchange(flag != 0) ? 1 : 0; }
 
 char *fport_StripPath(const char *full, const char *prefix) TESKA_NOTHROW
 {
@@ -107,7 +103,7 @@ int fport_MakeFullPath(const char *dir, const char *file, char *destination, int
             *destination = 0;
         return -1;
     }
-    // The file first: the directory may already stand where it belongs.
+    // The file first: the directory may already be in its place.
     std::memmove(destination + dir_length + 1, file, file_length + 1);
     std::memmove(destination, dir, dir_length);
     destination[dir_length] = separator;

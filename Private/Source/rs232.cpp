@@ -5,8 +5,8 @@
 //     closed --- set_up --> open --- the host gives the line up ---> closed
 //
 // set_up takes the steps of Platform/serial.h one by one and reports the one that fails; a port that could not be
-// brought up whole is closed again. Codes stand for baud rates and bits in tables that end with -1, which therefore is
-// never a valid code; their numbers are those of the classic terminal interface.
+// brought up whole is closed again. Tables that end with -1, which therefore is never a valid code, translate codes to baud
+// rates and bits; the codes are those of the classic terminal interface.
 //
 // The record points to itself, so that what is not a port, or a port no more, is told from one.
 //
@@ -18,6 +18,7 @@
 #include "Support/memory.h"
 #include "Support/report.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
@@ -28,7 +29,7 @@ namespace
 {
 
 struct flow_state {
-    int no_flow = 0;  // what ports made from now on take over; 0: XON/XOFF
+    std::atomic<int> no_flow = 0;  // what ports made from now on take over; 0: XON/XOFF
 };
 
 flow_state flow;
@@ -87,7 +88,7 @@ int find(const setting_code *entry, int code)
     return entry->value;
 }
 
-// What the port's codes stand for. False: reported.
+// The settings that the port's codes mean. False: reported.
 bool decode(const rs232_rec &port, serial::line_settings &settings)
 {
     char text[text_size];
@@ -214,12 +215,7 @@ void closers232(rs232_rec *port) TESKA_NOTHROW
         teska::kill_record(port);
 }
 
-int setflowrs232(int no_flow) TESKA_NOTHROW
-{
-    const int previous = flow.no_flow;
-    flow.no_flow = no_flow;
-    return previous;
-}
+int setflowrs232(int no_flow) TESKA_NOTHROW { return flow.no_flow.exchange(no_flow); }
 
 // ---- Process --------------------------------------------------------------------------------------------------------
 
@@ -240,7 +236,7 @@ int outbrs232(rs232_rec *port, char byte) TESKA_NOTHROW { return outstringrs232(
 char inbrs232(rs232_rec *port) TESKA_NOTHROW
 {
     // Kept: a byte 255 is this value too.
-    constexpr char failed = -1;
+    constexpr char failed = static_cast<char>(-1);
     if (!is_ready(port))
         return failed;
     char byte = 0;

@@ -101,8 +101,9 @@ TEST(Rs232, GoesOnAfterAnInterruption)
 
 TEST(Rs232, ReportsThatTheLineIsLostAndThenThatItCannotBeOpened)
 {
-    int (*const calls[])(rs232_rec *) = {[](rs232_rec *port) { return outbrs232(port, 'a'); }, outrs232rdy,
-                                         [](rs232_rec *port) -> int { return inbrs232(port); }, inrs232rdy};
+    int (*const calls[])(rs232_rec *) = {
+        [](rs232_rec *port) { return outbrs232(port, 'a'); }, outrs232rdy,
+        [](rs232_rec *port) { return inbrs232(port) == static_cast<char>(-1) ? -1 : 0; }, inrs232rdy};
     for (const auto &call : calls) {
         Reports reports;
         Line line;

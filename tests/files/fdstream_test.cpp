@@ -11,6 +11,10 @@
 #include <tuple>
 #include <utility>
 
+#if !defined(_WIN32)
+#    include <sys/stat.h>
+#endif
+
 using teska_test::Folder;
 using teska_test::Generator;
 
@@ -128,7 +132,9 @@ TEST(Fdifstream, ReadsAndMovesAsByteByByteThroughItsBuffer)
     EXPECT_EQ(buf.openfile(), 0);
     EXPECT_EQ(buf.sgetc(), 255) << "from the start again, nothing of the byte looked at before";
     EXPECT_EQ(buf.sungetc(), -1);
-    EXPECT_EQ(buf.out_waiting() + buf.sgetn(bytes.data(), -1) + buf.sputn("x", -1), 0);
+    EXPECT_EQ(buf.out_waiting(), 0);
+    EXPECT_EQ(buf.sgetn(bytes.data(), -1), 0);
+    EXPECT_EQ(buf.sputn("x", -1), 0);
 }
 
 TEST(Fdifstream, KeptCountsMinusOneByteAndReadsTheLastOneTwiceWhenABlockEndsEarly)
@@ -168,14 +174,27 @@ TEST(Fdifstream, FailsWithoutAnOpenFile)
         fdifstream in(path, 32);
         fdofstream out(path, 32);
         EXPECT_EQ(in.rdstate() | out.rdstate(), ios::failbit);
-        EXPECT_FALSE(in.is_open() || out.is_open() || in.close() != 0 || out.close() != 0);
+        EXPECT_FALSE(in.is_open());
+        EXPECT_FALSE(out.is_open());
+        EXPECT_EQ(in.close(), 0);
+        EXPECT_EQ(out.close(), 0);
     }
+#if !defined(_WIN32)
+    mkfifo(folder.path("pipe").c_str(), 0600);
+    EXPECT_FALSE(fdifstream(folder.path("pipe").c_str(), 0).is_open()) << "not waited for";
+    EXPECT_FALSE(fdofstream(folder.path("pipe").c_str(), 0).is_open());
+    EXPECT_TRUE(fdofstream("/dev/null", 0).put('x').good()) << "a character device opens";
+#endif
     fdifstream in(file.c_str(), 0);
     fdofstream out(file.c_str(), 8);
     EXPECT_EQ(in.peek(), 't');
-    for (int i = 0; i < 2; ++i)
-        EXPECT_FALSE(in.close() != 0 || out.close() != 0 || in.is_open() || out.is_open());
-    for (const auto &[move, byte] : {std::pair{0, 't'}, {-1, 't'}, {0, -1}}) {
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(in.close(), 0);
+        EXPECT_EQ(out.close(), 0);
+        EXPECT_FALSE(in.is_open());
+        EXPECT_FALSE(out.is_open());
+    }
+    for (const auto &[move, byte] : {std::pair<int, int>{0, 't'}, {-1, 't'}, {0, -1}}) {
         EXPECT_EQ(in.rdbuf()->pubseekoff(move, ios::cur), -1);
         EXPECT_EQ(in.get(), byte) << "kept: what was looked at while it was open";
     }

@@ -136,8 +136,10 @@ TEST(FilePackerAdd, WritesTheFormatAndSkipsNamesItHas)
     fs::resize_file(folder.path("huge"), 0x80000000U);
     EXPECT_EQ(packer.AddFile(folder.path("huge").c_str(), "x"), 8);
     EXPECT_EQ(error_of(packer), error(8, "Cannot read from file: " + folder.path("huge")));
-    for (const std::string &name : {std::string(), std::string(200, 'n')})
+    for (const std::string &name : {std::string(), std::string(200, 'n')}) {
+        EXPECT_EQ(packer.AddFile(source.c_str(), name.c_str()), 7);
         EXPECT_EQ(packer.AddFileAsBuffer("x", 1, name.c_str()), 7);
+    }
     EXPECT_EQ(packer.AddFileAsBuffer("x", -1, "x"), 7);
     EXPECT_EQ(error_of(packer), error(7, "Cannot write output file: " + archive));
     EXPECT_EQ(packer.Unpack("."), 1);
@@ -331,13 +333,20 @@ TEST(FilePackerCopy, KeptSharesTheArchive)
 
 #if !defined(_WIN32)
 
-TEST(FilePackerAdd, DoesNotWaitForAPipe)
+TEST(FilePacker, TakesOnlyFilesAndDoesNotWaitForPipes)
 {
     const Trap trap;
+    const std::string pipe = trap.in + "/pipe";
     FilePacker packer(trap.archive.c_str(), 0, "d");
-    EXPECT_EQ(packer.AddFile((trap.in + "/pipe").c_str(), "x"), 8);
-    EXPECT_EQ(error_of(packer), error(8, "Cannot read from file: " + trap.in + "/pipe"));
+    for (const std::string &source : {pipe, std::string("/dev/null")}) {
+        EXPECT_EQ(packer.AddFile(source.c_str(), "x"), 8);
+        EXPECT_EQ(error_of(packer), error(8, "Cannot read from file: " + source));
+    }
+    EXPECT_EQ(packer.AddFile(trap.in.c_str(), "x"), 2) << "a directory";
     EXPECT_EQ(trap.folder.read("a"), head("d"));
+    FilePacker in(pipe.c_str(), 1, nullptr), out(pipe.c_str(), 0, nullptr);
+    EXPECT_EQ(error_of(in), error(2, "Cannot open file: " + pipe));
+    EXPECT_EQ(error_of(out), error(3, "Cannot create archive: " + pipe));
 }
 
 TEST(FilePackerFullDisk, LosesNothingWithoutAWord)
