@@ -3,7 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <sstream>
+#include <string>
 #include <utility>
+#include <vector>
 
 #ifdef _WIN32
 #    include <process.h>
@@ -42,10 +47,17 @@ void set_role(std::string role) { setenv("TESKA_CHILD", role.c_str(), 1); }
 
 std::intptr_t start()
 {
-    char name[] = "child";
-    char *const arguments[] = {name, nullptr};
+    const char *emulator = std::getenv("TESKA_EMULATOR");
+    std::istringstream command(emulator != nullptr ? emulator : "");
+    std::vector<std::string> words{std::istream_iterator<std::string>(command), {}};
+    // For a program that an emulator starts, that name would be the emulator.
+    words.push_back(words.empty() ? "/proc/self/exe" : std::filesystem::read_symlink("/proc/self/exe").string());
+    std::vector<char *> arguments;
+    for (std::string &word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
     pid_t process = 0;
-    return posix_spawn(&process, "/proc/self/exe", nullptr, nullptr, arguments, environ) == 0 ? process : 0;
+    return posix_spawnp(&process, arguments[0], nullptr, nullptr, arguments.data(), environ) == 0 ? process : 0;
 }
 
 void end(std::intptr_t process) { ::kill(static_cast<pid_t>(process), SIGKILL); }

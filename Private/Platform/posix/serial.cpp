@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <cstring>
 #include <ctime>
+#include <iterator>
 
 namespace teska::serial
 {
@@ -44,7 +45,10 @@ constexpr rate rates[] = {{50, B50},       {75, B75},        {110, B110},   {134
                           {57600, B57600}, {115200, B115200}};
 
 // The speed of a rate of the table.
-speed_t speed_of(int baud) { return std::ranges::find(rates, baud, &rate::baud)->speed; }
+speed_t speed_of(int baud)
+{
+    return std::find_if(std::begin(rates), std::end(rates), [=](const rate &r) { return r.baud == baud; })->speed;
+}
 
 constexpr tcflag_t sizes[] = {CS5, CS6, CS7, CS8};
 
