@@ -154,6 +154,14 @@ TEST(BezierGetY, KeptCountsDoubleRootsOfCubicsTwiceAndFgetFindsOneRootOfThem)
     }
 }
 
+TEST(BezierFgetY, FindsFourRootsAtMostWhereTheEquationOverflows)
+{
+    // Three extremes between the ends, and a constant term so large that the quartic seems to vanish at all five.
+    for (const double x : numbers{INFINITY, -INFINITY, 1e308})
+        for (const bool exchanged : {false, true})
+            EXPECT_LE(met(iterated, {0, -0.045, 0.64 / 6, -0.045, 0}, x, exchanged).size(), 4U) << x;
+}
+
 TEST(PolyQuarticRoots, AreThoseInTheIntervalMultipleOnesOnce)
 {
     const std::pair<numbers, numbers> cases[] = {{{0.1, 0.2, 0.3, 0.4}, {0.1, 0.2, 0.3, 0.4}},

@@ -5,13 +5,13 @@
 //
 //     u = cbrt(-q / 2 +- sqrt(D)), the sign that of -q / 2,   the other one is -p / (3 u)
 //
-// The quartic by bisection. Between the places where its second derivative vanishes the first is monotone, and has at
-// most one zero in each piece; between those zeros the quartic is:
+// The quartic by bisection. Between the zeros of its second derivative the first is monotone, and has at most one zero
+// in each piece; between those zeros the quartic is monotone:
 //
 //     lo ---- p''=0 ---- p''=0 ---- hi            zeros of p' : up to 3
 //     lo -- p'=0 ---- p'=0 ---- p'=0 -- hi        zeros of p  : up to 4
 //
-// Where p vanishes at one of the places that bound the pieces, this place is the root: p touches zero there.
+// Where p vanishes at a bound between two pieces, this bound is the root: p touches zero there.
 //
 // Source: W. H. Press et al., Numerical Recipes in C, 2nd ed., Cambridge University Press 1992, sections 5.6, 9.1, 9.5.
 
@@ -20,8 +20,6 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-
-using namespace teska;
 
 namespace
 {
@@ -74,7 +72,7 @@ struct polynomial {
     const double *a;
     int degree;
 
-    double operator()(double t) const { return bezier_horner(a, degree, t); }
+    double operator()(double t) const { return teska::bezier_horner(a, degree, t); }
 
     bool vanishes_at(double t) const
     {
@@ -85,7 +83,7 @@ struct polynomial {
     }
 };
 
-// The zero of f between places where it has different signs.
+// The zero of f between lo and hi, where it has different signs.
 double bisect(const polynomial &f, double lo, double hi)
 {
     const bool negative = f(lo) < 0.0;
@@ -103,17 +101,18 @@ void add(double *roots, int &count, double t)
         roots[count++] = t;
 }
 
-// The zeros of f, ascending; it is monotone from each of the `places` bounds to the next.
-int zeros(const polynomial &f, const double *bounds, int places, double *roots)
+// The zeros of f, ascending, at most as many as its degree; it is monotone from each of the `count` bounds to the next.
+int zeros(const polynomial &f, const double *bounds, int count, double *roots)
 {
-    int count = 0;
-    for (int i = 0; i < places; ++i) {
+    int found = 0;
+    // With coefficients that overflow, f seems to vanish at every bound, and there may be more bounds than roots.
+    for (int i = 0; i < count && found < f.degree; ++i) {
         if (f.vanishes_at(bounds[i]))
-            add(roots, count, bounds[i]);
-        else if (i + 1 < places && !f.vanishes_at(bounds[i + 1]) && f(bounds[i]) * f(bounds[i + 1]) < 0.0)
-            add(roots, count, bisect(f, bounds[i], bounds[i + 1]));
+            add(roots, found, bounds[i]);
+        else if (i + 1 < count && !f.vanishes_at(bounds[i + 1]) && f(bounds[i]) * f(bounds[i + 1]) < 0.0)
+            add(roots, found, bisect(f, bounds[i], bounds[i + 1]));
     }
-    return count;
+    return found;
 }
 
 // Zeros of t^2 + 2 b t + c between lo and hi, with lo and hi themselves around them.
@@ -141,10 +140,10 @@ int teska::bezier_real_cubic(const double c[3], double roots[3]) noexcept
     if (discriminant > 0.0) {
         const double y = real_cube_root_form(f, discriminant);
         const double half = -y / 2.0;
-        const double there = (half * half + f.p) * half + f.q;
+        const double value_at_double_root = (half * half + f.p) * half + f.q;
         roots[0] = y - shift;
         roots[1] = roots[2] = half - shift;
-        return discriminant <= bezier_eps && f.p < 0.0 && std::fabs(there) <= bezier_eps ? 3 : 1;
+        return discriminant <= bezier_eps && f.p < 0.0 && std::fabs(value_at_double_root) <= bezier_eps ? 3 : 1;
     }
     trigonometric_form(f, roots);
     for (int i = 0; i < 3; ++i)
@@ -156,15 +155,15 @@ int teska::poly_quartic_roots(const double c[4], double lo, double hi, double ro
 {
     const double slope[] = {c[1], 2.0 * c[2], 3.0 * c[3], 4.0};
     const double quartic[] = {c[0], c[1], c[2], c[3], 1.0};
+    double pieces[4];
+    double extremes[3];
+    const int inner = zeros({slope, 3}, pieces, quadratic_bounds(c[3] / 4.0, c[2] / 6.0, lo, hi, pieces), extremes);
     double bounds[5];
-    int places = quadratic_bounds(c[3] / 4.0, c[2] / 6.0, lo, hi, bounds);
-    double extremes[5];
-    const int count = zeros({slope, 3}, bounds, places, extremes);
-    places = 0;
-    bounds[places++] = lo;
-    for (int i = 0; i < count; ++i)
+    int count = 0;
+    bounds[count++] = lo;
+    for (int i = 0; i < inner; ++i)
         if (lo < extremes[i] && extremes[i] < hi)
-            bounds[places++] = extremes[i];
-    bounds[places++] = hi;
-    return zeros({quartic, 4}, bounds, places, roots);
+            bounds[count++] = extremes[i];
+    bounds[count++] = hi;
+    return zeros({quartic, 4}, bounds, count, roots);
 }
