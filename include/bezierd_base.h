@@ -15,8 +15,9 @@
  *   Except where a block says so, a segment must not be null. Any doubles are accepted as coordinates; what is
  *   calculated from infinities or not-a-numbers is of no use, but calculated it is.
  *   Segments come from one pool of records, which is made for the first of them and stays for the life of the process.
- *   The power-basis coefficients are kept in the segment and renewed when they are asked for, so that evaluation is no
- *   reading only: all segments together are used by one thread at a time.
+ *   Threads: any number may use segments of their own, and any number may query and evaluate one segment at once as
+ *   long as none changes it; each gets what it would get alone. A segment may be killed by another thread than its
+ *   creator.
  *   Failures are reported through error_mess_fl (error_mess.h).
  *   Source: G. Farin, Curves and Surfaces for CAGD, 5th ed., Morgan Kaufmann 2002, chapters 4 and 5.
  */

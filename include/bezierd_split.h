@@ -13,7 +13,7 @@ TESKA_BEGIN_C
  *
  * t              0 .. 1
  * first, second  receive the halves, owned by the caller (bezier_kill), or NULL both
- * Returns 1; or 0 with "Bezier_subdivide: illegal t value", with "Bezier subdivide: unable to create new Bezier" behind
+ * Returns 1; or 0 with "Bezier_subdivide: illegal t value", with "Bezier subdivide: unable to create new Bezier" after
  * the message of bezier_new when memory is short, or with "Bezier_subdivide: illegal degree" for degree 4.
  * Kept: the end of the second half is control point 3 of the segment, with degree 2 too. There it is (0, 0), not the
  * end of the curve.

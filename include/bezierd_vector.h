@@ -25,19 +25,19 @@ TESKA_BEGIN_C
 
 /* bezier_vector_error - where, and how far, a segment is off its chord.
  *
- * Degree 2: the distance from the middle of the chord to that of the curve. Degree 3: the largest distance from the line
- * through the end points,
+ * Degree 2: the distance from the middle of the chord to that of the curve. Degree 3: the largest distance from the
+ * line through the end points,
  *
  *     e(t) = |3 t (1-t)^2 k1 + 3 t^2 (1-t) k2|,   t = (2 k1 - k2 +- sqrt(k1 (k1 - k2) + k2^2)) / (3 (k1 - k2)),
  *
  * k1 and k2 being the distances of the inner control points, with a sign for the side; of two places equally far off,
  * that of the plus. When the end points are one: the distance of the farther inner control point from them, t = 0.5.
  *
- * t    out: parameter of the place
+ * t    out: the parameter of that point
  * err  out: the distance, not negative
  * Returns 1; or 0 with "Bezier_vector_error : illegal degree" for degree 4, both values being 0.
- * Kept: with degree 3 and inner control points equally far off on the same side of the chord the distance is not divided
- * by the length of the chord: (0,0) (0,1) (1,1) (1,0) gives 0.75, and ten times larger it gives 75.
+ * Kept: with degree 3 and inner control points equally far off on the same side of the chord the distance is not
+ * divided by the length of the chord: (0,0) (0,1) (1,1) (1,0) gives 0.75, and ten times larger it gives 75.
  * Source: J. D. Foley et al., Computer Graphics: Principles and Practice, 2nd ed., Addison-Wesley 1990, section 11.2.2
  * (the Bernstein form of which e(t) is the part across the chord).
  */
@@ -87,9 +87,9 @@ TESKA_API int bezier_fvector(bezier *b, double max_error, double **points) TESKA
  *            created. Owned by the caller.
  * Returns the number of segments, one less than that of points; the array may hold more items, from an earlier use.
  * Returns 0 when max_error is not positive, nothing being written, and with "Bezier_vector: Unable to create vertex
- * array" behind the message of dynar_new.
- * Where memory for a division is short (reported as by bezier_subdivide) the part stays undivided. When the array cannot
- * grow: fatal exit as dynar_ptr does it; if the host's handler returns, so does this function, with 0, the array
+ * array" after the message of dynar_new.
+ * Where memory for a division is short (reported as by bezier_subdivide) the part stays undivided. When the array
+ * cannot grow: fatal exit as dynar_ptr does it; if the host's handler returns, so does this function, with 0, the array
  * holding the points so far.
  * Kept: each part ends with its control point 3. For degree 2 that is (0, 0), and its halves end there too, so that it
  * takes many parts to be flat; from 65536 points on none is divided any more. Degree 4 is reported as

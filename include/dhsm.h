@@ -17,9 +17,9 @@
  * Common rules
  *   Handles are not null but in dhsm_kill. Contexts are the caller's and are handed on as they are.
  *   Function and convergence test are called from inside dhsm_solve; they must neither kill nor use the record,
- *   nor start another solve, because the tolerance of the built-in test belongs to the module. One solve at a
- *   time in the process. NaN is lower than nothing: a function of NaN values makes the simplex shrink until the
- *   size alone tells convergence.
+ *   but may search with another one. A record is used by one thread at a time; any number of threads may search
+ *   with records of their own. NaN is lower than nothing: a function of NaN values makes the simplex shrink until
+ *   the size alone tells convergence.
  *   Source: Nelder, Mead, A simplex method for function minimization, The Computer Journal 7 (1965), pp. 308-313.
  */
 #ifndef TESKA_DHSM_H
@@ -85,7 +85,7 @@ TESKA_API int dhsm_init(dhsm *d, const int *lower_given, const int *upper_given,
  *
  * tolerance  bound of the convergence measure, in the unit of x for the built-in test; 0: 1e-7. A measure equal
  *            to it is not below it; a negative one is never reached.
- * x          in: n coordinates to start from; out: the best point found. Behind dhsm_init only written; otherwise
+ * x          in: n coordinates to start from; out: the best point found. After dhsm_init only written; otherwise
  *            the first simplex is x with each coordinate raised by 0.1 * (largest - smallest coordinate), or by
  *            0.1 when that is 0.
  * max_iter   steps after which the search is given up: it ends before step max_iter + 2; 0: 1000; negative: no step
@@ -93,9 +93,9 @@ TESKA_API int dhsm_init(dhsm *d, const int *lower_given, const int *upper_given,
  * Returns 0 when the measure fell below the tolerance, -1 when the steps were used up.
  *
  * One step, with b, s and w the best, second worst and worst point and c the mean of all points but w:
- *     r = 2 c - w.  f(r) <= f(b): e = c + 2 (r - c), and r or e takes the place of w, r if f(r) <= f(e).
- *     f(r) < f(s): r takes the place of w.
- *     Else r takes the place of w if f(r) < f(w), and then k = c + 0.5 (w - c) if f(k) < f(w).
+ *     r = 2 c - w.  f(r) <= f(b): e = c + 2 (r - c), and r or e replaces w, r if f(r) <= f(e).
+ *     f(r) < f(s): r replaces w.
+ *     Else r replaces w if f(r) < f(w), and then k = c + 0.5 (w - c) replaces it if f(k) < f(w).
  *     Else all points but b move to b + 0.5 (v - b).
  * Of equal best values the last counts, of equal worst the first. A start needs n + 1 values, a step 1 or 2, or n
  * more when it shrinks; the built-in test at most 2 n.

@@ -23,8 +23,11 @@
  *   -2: a pivot nearer to 0 than 1e-20 was replaced by +1e-20. The bound is absolute: diag(1e-30, 1) is
  *   singular. NaN and infinite elements give NaN results and no flag.
  *   Every sum is formed from 0.0 in rising index and applied once, so results are the same bits everywhere.
- *   Owns copies of what it is given; keeps no pointer. One thread at a time for all matrices together, since
- *   they share the record of the last failure.
+ *   Owns copies of what it is given; keeps no pointer.
+ *   Threads: any number may use matrices of their own, and any number may read and solve one matrix at once and
+ *   ask for its determinant and its inverse. Whichever call comes first decomposes it while the others wait, and
+ *   each gets what it would get if the calls came one after another. The functions under Change, mat_get_col and
+ *   mat_kill need the matrix to themselves, and so does mat_invert the inverse that it fills.
  *   Source: Press, Teukolsky, Vetterling, Flannery, Numerical Recipes in C, 2nd ed., Cambridge University
  *   Press 1992, section 2.3 (Crout's method with implicit pivoting); Golub, Van Loan, Matrix Computations,
  *   4th ed., Johns Hopkins University Press 2013, sections 3.2 to 3.4.
@@ -78,7 +81,7 @@ TESKA_API int mat_set_element(mat *m, int i, int j, double v) TESKA_NOTHROW;
  *
  * err  0, or -1 when i < 0, j < 0, i >= rows or j >= rows; the result is then 0.0
  * Kept: the column is compared with the number of rows. In a matrix of more rows than columns a column that
- * does not exist reads on in the next row, behind the last one 0.0.
+ * does not exist reads on in the next row, and 0.0 after the last one.
  */
 TESKA_API double mat_get_element(const mat *m, int i, int j, int *err) TESKA_NOTHROW;
 
@@ -116,7 +119,7 @@ TESKA_API int mat_mulvec(const mat *m, const double *x, double *y) TESKA_NOTHROW
  * Steps for n rows: each row gets the scale 1 / its largest magnitude. For the columns j from left to right:
  * u(i, j) = a(i, j) - sum over k < i of l(i, k) u(k, j) above the diagonal and likewise, with k < j, on and
  * below it; the pivot is the row of the largest magnitude times scale, the lowest of equals; rows are
- * exchanged whole; a pivot below 1e-20 in magnitude becomes +1e-20; what stands below it is multiplied by the
+ * exchanged whole; a pivot below 1e-20 in magnitude becomes +1e-20; the elements below it are multiplied by the
  * reciprocal of the pivot.
  * Kept: for a matrix that is decomposed already the flag is 0, whatever it was at first.
  */
@@ -126,7 +129,7 @@ TESKA_API int mat_ludcmp(mat *m, int *flag) TESKA_NOTHROW;
  *
  * b     n values: right-hand side, then solution
  * flag  0, or what the decomposition found if this call had to make it; b is then unchanged
- * Returns 0, or -1 when memory runs out. O(n^2) behind the decomposition.
+ * Returns 0, or -1 when memory runs out. O(n^2) after the decomposition.
  * Kept: a matrix of flag -2 that is decomposed already is solved with its replaced pivot, and the flag is 0.
  * One of flag -1 is refused every time.
  */

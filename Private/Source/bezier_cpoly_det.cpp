@@ -16,8 +16,6 @@
 
 #include <algorithm>
 
-using namespace teska;
-
 namespace
 {
 
@@ -27,8 +25,8 @@ bool solve_coordinate(int n, const double *given, double *matrix, double *rhs)
     for (int i = 1; i < n; ++i) {
         const double t = static_cast<double>(i) / n;
         for (int k = 1; k < n; ++k)
-            *matrix++ = B_poly(n, k, t);
-        rhs[i - 1] = given[i] - B_poly(n, 0, t) * given[0] - B_poly(n, n, t) * given[n];
+            *matrix++ = teska::B_poly(n, k, t);
+        rhs[i - 1] = given[i] - teska::B_poly(n, 0, t) * given[0] - teska::B_poly(n, n, t) * given[n];
     }
     const int inner = n - 1;
     return gaussd(matrix - inner * inner, rhs, inner) != 0;
@@ -39,7 +37,7 @@ bool solve_coordinate(int n, const double *given, double *matrix, double *rhs)
 int bezier_cpoly_det(bezier *b, const double *xs, const double *ys) TESKA_NOTHROW
 {
     const int inner = b->degree - 1;
-    const auto work = zeroed_block<double>(static_cast<std::size_t>(inner * (inner + 1)));
+    const auto work = teska::zeroed_block<double>(static_cast<std::size_t>(inner * (inner + 1)));
     if (!work) {
         TESKA_ERR("bezier_cpoly_det: malloc failure");
         return 0;
@@ -52,6 +50,6 @@ int bezier_cpoly_det(bezier *b, const double *xs, const double *ys) TESKA_NOTHRO
             return 0;
         std::copy_n(rhs, inner, control + 1);
     }
-    b->coef_valid = 0;
+    b->coef_made.discard();
     return 1;
 }

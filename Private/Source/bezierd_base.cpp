@@ -1,40 +1,34 @@
 // bezierd_base - a planar Bezier segment: control points, evaluation, where it meets a line (curves)
 //
 // A segment holds its control points and, once they are needed, the coefficients of x(t) and y(t) in powers of t. Every
-// change of the control points makes the coefficients invalid, except that of an end point, which renews them.
+// change of the control points discards the coefficients, except that of an end point, which renews them.
 //
-// The y values at a given x: x(t) without its vanishing highest coefficients is divided by the one then leading, and the
-// roots of this monic polynomial inside (-eps, 1 + eps) are put into y(t). The plain functions solve degrees 1 to 3 in
+// The y values at a given x: x(t) without its vanishing highest coefficients is divided by the one then leading, and
+// the roots of this monic polynomial inside (-eps, 1 + eps) are put into y(t). The plain functions solve degrees 1 to 3 in
 // closed form; the f variants go up to 4 and solve 3 and 4 by iteration.
 //
-// Process-wide state: the pool of records.
+// Process-wide state: the pool of records, locked (bezierd_base/pool.h).
 
 #include "bezierd_base.h"
 
+#include "Source/bezierd_base/pool.h"
 #include "Support/bezier_priv.h"
 #include "Support/report.h"
 
 #include "scalar_solvers.h"
-#include "wem.h"
 
 #include <algorithm>
 #include <cmath>
-
-using namespace teska;
+#include <new>
+#include <type_traits>
 
 namespace
 {
 
-// Made for the first segment, never destroyed.
-struct {
-    wem_pool *records = nullptr;
-} state;
+constinit teska::record_pool pool;
 
-constexpr int record_words = 66;  // of 4 bytes
-constexpr int block_bytes = 8192;
-
-static_assert(sizeof(bezier) == 224);
-static_assert(sizeof(bezier) <= 4 * record_words);
+static_assert(sizeof(bezier) <= teska::record_bytes);
+static_assert(std::is_trivially_destructible_v<bezier>);
 
 // Where the f variants look for roots, and the last step of the iteration for a cubic.
 constexpr double search_lo = -0.5;
@@ -114,12 +108,6 @@ void to_powers(int degree, const double *p, double *a)
     }
 }
 
-void renew_coef(bezier &b)
-{
-    if (b.coef_valid == 0)
-        bezier_coef(b);
-}
-
 // The control point of an end: 0 is the start, 1 the end. -1: there is no such end.
 int end_index(const bezier &b, int which)
 {
@@ -142,7 +130,7 @@ enum class method { closed, iterated };
 // a[0] + .. + a[degree] t^degree = value as a monic polynomial; of degree 0, and reported, when there is no t in it.
 monic equation(const double *a, int degree, double value)
 {
-    while (degree > 0 && std::fabs(a[degree]) < bezier_eps)
+    while (degree > 0 && std::fabs(a[degree]) < teska::bezier_eps)
         --degree;
     monic p{degree, {}};
     if (degree == 0) {
@@ -184,7 +172,7 @@ int closed_roots(const monic &p, given side, double *roots)
     case 2:
         return quadratic_roots(p.c, roots);
     case 3:
-        return bezier_real_cubic(p.c, roots);
+        return teska::bezier_real_cubic(p.c, roots);
     default:
         TESKA_ERR(side == given::x ? "Bezier_get_y : Sorry no support for higher order (>3)"
                                    : "Bezier_get_x : Sorry no support for higher order (>3)");
@@ -199,7 +187,7 @@ int iterated_roots(const monic &p, given side, double *roots)
     if (p.degree == 3)
         return one_cubic_root(p.c, roots);
     if (p.degree == 4)
-        return poly_quartic_roots(p.c, search_lo, search_hi, roots);
+        return teska::poly_quartic_roots(p.c, search_lo, search_hi, roots);
     // No segment is of such a degree.
     TESKA_ERR(side == given::x ? "Bezier_get_y : Sorry no support for higher order (>4)"
                                : "Bezier_get_x : Sorry no support for higher order (>4)");
@@ -209,14 +197,14 @@ int iterated_roots(const monic &p, given side, double *roots)
 // The values of the other coordinate where that of `side` has the given value; returns their number.
 int solve(bezier &b, given side, method how, double value, double *out)
 {
-    renew_coef(b);
+    teska::bezier_coef(b);
     const monic p = equation(side == given::x ? b.ax : b.ay, b.degree, value);
     double roots[4];
     const int count = how == method::closed ? closed_roots(p, side, roots) : iterated_roots(p, side, roots);
     int written = 0;
     for (int i = 0; i < count; ++i)
-        if (-bezier_eps < roots[i] && roots[i] < 1.0 + bezier_eps)
-            out[written++] = bezier_horner(side == given::x ? b.ay : b.ax, b.degree, roots[i]);
+        if (-teska::bezier_eps < roots[i] && roots[i] < 1.0 + teska::bezier_eps)
+            out[written++] = teska::bezier_horner(side == given::x ? b.ay : b.ax, b.degree, roots[i]);
     return written;
 }
 
@@ -246,9 +234,11 @@ double teska::bezier_approx_len(double a, double b) noexcept
 
 void teska::bezier_coef(bezier &b) noexcept
 {
-    to_powers(b.degree, b.x, b.ax);
-    to_powers(b.degree, b.y, b.ay);
-    b.coef_valid = 1;
+    b.coef_made.ensure([&b] {
+        to_powers(b.degree, b.x, b.ax);
+        to_powers(b.degree, b.y, b.ay);
+        return true;
+    });
 }
 
 double teska::bezier_horner(const double *a, int degree, double t) noexcept
@@ -267,13 +257,12 @@ bezier *bezier_new(int degree, double x0, double y0, double xn, double yn) TESKA
         TESKA_ERR("Bezier_new : illegal degree");
         return nullptr;
     }
-    if (state.records == nullptr)
-        state.records = wem_zcreate(record_words, block_bytes);
-    auto *b = static_cast<bezier *>(wem_zalloc(state.records));
-    if (b == nullptr) {
+    void *const memory = pool.take();
+    if (memory == nullptr) {
         TESKA_ERR("Bezier_new : allocation of Bezier failed");
         return nullptr;
     }
+    bezier *const b = ::new (memory) bezier;
     b->degree = degree;
     b->x[0] = x0;
     b->y[0] = y0;
@@ -285,7 +274,7 @@ bezier *bezier_new(int degree, double x0, double y0, double xn, double yn) TESKA
 int bezier_kill(bezier *b) TESKA_NOTHROW
 {
     if (b != nullptr)
-        wem_zfree(state.records, b);
+        pool.give_back(b);
     return 1;
 }
 
@@ -295,7 +284,7 @@ int bezier_set_control_poly(bezier *b, const double *xs, const double *ys) TESKA
 {
     std::copy_n(xs, b->degree + 1, b->x);
     std::copy_n(ys, b->degree + 1, b->y);
-    b->coef_valid = 0;
+    b->coef_made.discard();
     return 1;
 }
 
@@ -313,7 +302,8 @@ int bezier_set_endp(bezier *b, int which, double x, double y) TESKA_NOTHROW
     }
     b->x[end] = x;
     b->y[end] = y;
-    bezier_coef(*b);
+    b->coef_made.discard();
+    teska::bezier_coef(*b);
     return 1;
 }
 
@@ -325,7 +315,7 @@ int bezier_set_controlp(bezier *b, int i, double x, double y) TESKA_NOTHROW
     }
     b->x[i + 1] = x;
     b->y[i + 1] = y;
-    b->coef_valid = 0;
+    b->coef_made.discard();
     return 1;
 }
 
@@ -365,9 +355,9 @@ int bezier_get_controlp(const bezier *b, int i, double *x, double *y) TESKA_NOTH
 
 int bezier_get(bezier *b, double t, double *x, double *y) TESKA_NOTHROW
 {
-    renew_coef(*b);
-    *x = bezier_horner(b->ax, b->degree, t);
-    *y = bezier_horner(b->ay, b->degree, t);
+    teska::bezier_coef(*b);
+    *x = teska::bezier_horner(b->ax, b->degree, t);
+    *y = teska::bezier_horner(b->ay, b->degree, t);
     return 1;
 }
 

@@ -36,22 +36,23 @@
 #include <cstddef>
 #include <span>
 
-using namespace teska;
+using teska::control_point;
+using teska::vec2;
 
 namespace
 {
 
-// A middle point of three outside these parts of the way is too near an end to shape the curve.
+// A middle point of three outside these parts of the polyline's length is too near an end to shape the curve.
 constexpr double least_middle = 0.1;
 constexpr double greatest_middle = 0.9;
 
 constexpr int most_passes = 20;  // a pass begun is finished: 21
 constexpr int newton_steps = 4;
-constexpr double settled = 0.001;  // a step in t, which runs from 0 to 1
+constexpr double small_change = 0.001;  // of t, which runs from 0 to 1
 
 // A point of the row with what the fit knows of it.
 struct sample {
-    double way;       // from the first point along the points
+    double length;    // of the polyline from the first point to this one
     double t;         // parameter
     double basis[4];  // B0 .. B3 at t
 };
@@ -73,24 +74,22 @@ struct errors {
 
 // ---- Closed forms ---------------------------------------------------------------------------------------------------
 
-vec2 control(const bezier &b, int i) { return {b.x[i], b.y[i]}; }
-
-void set_control(bezier &b, int i, vec2 p)
+void set_control_point(bezier &b, int i, vec2 p)
 {
     b.x[i] = p.x;
     b.y[i] = p.y;
-    b.coef_valid = 0;
+    b.coef_made.discard();
 }
 
 void set_all(bezier &b, vec2 p0, vec2 p1, vec2 p2, vec2 p3)
 {
-    set_control(b, 0, p0);
-    set_control(b, 1, p1);
-    set_control(b, 2, p2);
-    set_control(b, 3, p3);
+    set_control_point(b, 0, p0);
+    set_control_point(b, 1, p1);
+    set_control_point(b, 2, p2);
+    set_control_point(b, 3, p3);
 }
 
-double part_of_way(vec2 start, vec2 middle, vec2 end)
+double part_of_length(vec2 start, vec2 middle, vec2 end)
 {
     const double d1 = length(middle - start);
     const double whole = d1 + length(end - middle);
@@ -99,12 +98,12 @@ double part_of_way(vec2 start, vec2 middle, vec2 end)
 
 errors fit_three(bezier &b, vec2 start, vec2 middle, vec2 end)
 {
-    const double t = part_of_way(start, middle, end);
+    const double t = part_of_length(start, middle, end);
     const double u = 1.0 - t;
     const vec2 chord = end - start;
     if ((t < least_middle || t > greatest_middle) && start.x != end.x && start.y != end.y) {
         set_all(b, start, start, end, end);
-        const double off = std::fabs(cross(middle - start, chord)) / bezier_approx_len(chord.x, chord.y);
+        const double off = std::fabs(cross(middle - start, chord)) / teska::bezier_approx_len(chord.x, chord.y);
         return {off, off};
     }
     const double weight = 3.0 * t * u * u + 3.0 * t * t * u;
@@ -123,11 +122,11 @@ errors fit_three(bezier &b, vec2 start, vec2 middle, vec2 end)
 void first_parameters(std::span<sample> samples, const data &points)
 {
     for (std::size_t i = 1; i < samples.size(); ++i)
-        samples[i].way = samples[i - 1].way + length(points[i] - points[i - 1]);
-    const double whole = samples.back().way;
+        samples[i].length = samples[i - 1].length + length(points[i] - points[i - 1]);
+    const double whole = samples.back().length;
     for (std::size_t i = 0; i < samples.size(); ++i)
         samples[i].t =
-            whole == 0.0 ? static_cast<double>(i) / static_cast<double>(samples.size() - 1) : samples[i].way / whole;
+            whole == 0.0 ? static_cast<double>(i) / static_cast<double>(samples.size() - 1) : samples[i].length / whole;
 }
 
 // One inner point: where it is when its unknowns are 0, and the directions they move it along.
@@ -155,7 +154,7 @@ sums add_up(const bezier &b, const inner_point (&inners)[2], std::span<const sam
     sums s{};
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const double *basis = samples[i].basis;
-        vec2 rest = points[i] - basis[0] * control(b, 0) - basis[3] * control(b, 3);
+        vec2 rest = points[i] - basis[0] * control_point(b, 0) - basis[3] * control_point(b, 3);
         for (int j = 0; j < 2; ++j)
             rest = rest - basis[1 + j] * inners[j].origin;
         for (int j = 0; j < 2; ++j) {
@@ -193,14 +192,14 @@ void set_inner_points(bezier &b, std::span<sample> samples, const data &points)
 {
     for (sample &one : samples)
         for (int i = 0; i < 4; ++i)
-            one.basis[i] = B_poly(3, i, one.t);
-    const inner_point inners[2] = {inner(control(b, 0), b.start_given, b.start_t),
-                                   inner(control(b, 3), b.end_given, b.end_t)};
+            one.basis[i] = teska::B_poly(3, i, one.t);
+    const inner_point inners[2] = {inner(control_point(b, 0), b.start_given, b.start_t),
+                                   inner(control_point(b, 3), b.end_given, b.end_t)};
     system e = normal_equations(inners, add_up(b, inners, samples, points));
     if (gaussd(e.a, e.b, e.n) == 0) {
         TESKA_ERR("Bezier_fit : system without solution");
-        set_control(b, 1, control(b, 0));
-        set_control(b, 2, control(b, 3));
+        set_control_point(b, 1, control_point(b, 0));
+        set_control_point(b, 2, control_point(b, 3));
         return;
     }
     const double *unknown = e.b;
@@ -208,19 +207,19 @@ void set_inner_points(bezier &b, std::span<sample> samples, const data &points)
         vec2 at = inners[p].origin;
         for (int j = 0; j < inners[p].unknowns; ++j)
             at = at + *unknown++ * inners[p].direction[j];
-        set_control(b, 1 + p, at);
+        set_control_point(b, 1 + p, at);
     }
 }
 
 // ---- Parameters for given control points ----------------------------------------------------------------------------
 
-vec2 at(const bezier &b, double t) { return {bezier_horner(b.ax, 3, t), bezier_horner(b.ay, 3, t)}; }
+vec2 at(const bezier &b, double t) { return {teska::bezier_horner(b.ax, 3, t), teska::bezier_horner(b.ay, 3, t)}; }
 
 double first_derivative(const double *a, double t) { return (3.0 * a[3] * t + 2.0 * a[2]) * t + a[1]; }
 
 double second_derivative(const double *a, double t) { return 6.0 * a[3] * t + 2.0 * a[2]; }
 
-// Kept: a step that would leave (0, 1) is tried again from the same place, up to the last.
+// Kept: a step that would leave (0, 1) is tried again from the same t, up to the last.
 double nearest(const bezier &b, vec2 q, double t)
 {
     for (int step = 0; step < newton_steps; ++step) {
@@ -233,13 +232,13 @@ double nearest(const bezier &b, vec2 q, double t)
         const double dt = -dot(off, d1) / slope;
         if (0.0 < t + dt && t + dt < 1.0)
             t += dt;
-        if (std::fabs(dt) < settled)
+        if (std::fabs(dt) < small_change)
             break;
     }
     return t;
 }
 
-// Gives the largest way a parameter went.
+// Returns the largest change of a parameter.
 double refine(const bezier &b, std::span<sample> samples, const data &points)
 {
     double max_dt = 0.0;
@@ -283,13 +282,13 @@ void fit_many(bezier &b, std::span<sample> samples, const data &points, bool ver
     do {
         ++pass;
         set_inner_points(b, samples, points);
-        bezier_coef(b);
+        teska::bezier_coef(b);
         max_dt = refine(b, samples, points);
         if (verbose) {
             typefl("  t-iteration # max_dt % ", pass, max_dt);
             typefl("  xc1 % yc1 % xc2 % yc2 %", b.x[1], b.y[1], b.x[2], b.y[2]);
         }
-    } while (pass <= most_passes && !(max_dt < settled));
+    } while (pass <= most_passes && !(max_dt < small_change));
 }
 
 }  // namespace
@@ -320,13 +319,13 @@ int bezier_fit(bezier *curve, int n, const double *xs, const double *ys, unsigne
         return 1;
     }
     const auto size = static_cast<std::size_t>(n);
-    const heap_block<sample> block = zeroed_block<sample>(size);
+    const teska::heap_block<sample> block = teska::zeroed_block<sample>(size);
     if (!block) {
         TESKA_ERR("Bezier_fit : allocation of s failed");
         return 0;
     }
-    set_control(*curve, 0, points.first());
-    set_control(*curve, 3, points.last());
+    set_control_point(*curve, 0, points.first());
+    set_control_point(*curve, 3, points.last());
     set_tangents(*curve, start_given, {start_tx, start_ty}, end_given, {end_tx, end_ty});
     const std::span<sample> samples(block.get(), size);
     fit_many(*curve, samples, points, verbose > 0);

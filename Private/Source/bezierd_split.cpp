@@ -15,12 +15,10 @@
 
 #include <cstddef>
 
-using namespace teska;
-
 namespace
 {
 
-using owned_bezier = handle<bezier, bezier_kill>;
+using owned_bezier = teska::handle<bezier, bezier_kill>;
 
 constexpr std::size_t last_slot = 3;
 

@@ -1,12 +1,12 @@
 // bezierd_vector - polylines along a Bezier segment (curves)
 //
-// Two ways. With steps of equal width in t, so many that a bound on the second derivative keeps them close enough, the
-// points come from forward differences: for degree 3
+// By one of two methods. With steps of equal width in t, so many that a bound on the second derivative keeps them close
+// enough, the points come from forward differences: for degree 3
 //
 //     p += d1,  d1 += d2,  d2 += d3        with d1, d2, d3 from the coefficients and the step
 //
-// Or the segment is divided at its farthest place from the chord until every part is flat; memory is then one segment
-// for each level on the way down. A part is also flat where nothing is left to divide: below the rounding of its
+// Or the segment is divided at its farthest point from the chord until every part is flat; memory is then two segments
+// for each level of division. A part is also flat where nothing is left to divide: below the rounding of its
 // coordinates distances are noise, and so are those that overflow. Both would go on dividing for ever.
 
 #include "bezierd_vector.h"
@@ -25,16 +25,13 @@
 #include <cstddef>
 #include <cstring>
 
-using namespace teska;
-
 namespace
 {
 
-struct vertex {
-    double x, y;
-};
+using teska::control_point;
+using teska::vec2;
 
-static_assert(sizeof(vertex) == 16);
+static_assert(sizeof(vec2) == 16);
 
 constexpr int array_growth = 500;   // points
 constexpr int deepest_level = 200;  // a part between 0.2 and 0.8 of the one above: no double is that fine
@@ -45,9 +42,8 @@ constexpr int most_sections = INT_MAX - 1;
 // than 200 million.
 constexpr int enough_of_degree_2 = 65536;
 
-vertex control_point(const bezier &b, int i) { return {b.x[i], b.y[i]}; }
-
-// Degree 3, P0 at the origin: distance of the place t from the chord, k1 and k2 being those of the inner control points.
+// Degree 3, P0 at the origin: distance of the point at t from the chord, k1 and k2 being those of the inner control
+// points.
 double distance_at(double t, double k1, double k2)
 {
     if (!(t >= 0.0 && t <= 1.0))
@@ -58,24 +54,24 @@ double distance_at(double t, double k1, double k2)
 
 void cubic_error(const bezier &b, double *t, double *err)
 {
-    const auto from_start = [&](int k) { return vertex{b.x[k] - b.x[0], b.y[k] - b.y[0]}; };
-    const vertex d1 = from_start(1);
-    const vertex d2 = from_start(2);
-    const vertex d3 = from_start(3);
+    const vec2 start = control_point(b, 0);
+    const vec2 d1 = control_point(b, 1) - start;
+    const vec2 d2 = control_point(b, 2) - start;
+    const vec2 d3 = control_point(b, 3) - start;
     *t = 0.5;
     if (d3.x == 0.0 && d3.y == 0.0) {
-        *err = std::sqrt(std::max(d1.x * d1.x + d1.y * d1.y, d2.x * d2.x + d2.y * d2.y));
+        *err = std::sqrt(std::max(dot(d1, d1), dot(d2, d2)));
         return;
     }
-    const double c1 = d1.y * d3.x - d1.x * d3.y;
-    const double c2 = d2.y * d3.x - d2.x * d3.y;
+    const double c1 = cross(d3, d1);
+    const double c2 = cross(d3, d2);
     if (c1 == c2) {
         // Kept: an area, not divided by the length of the chord.
         *err = std::fabs(0.375 * c1 + 0.375 * c2);
         return;
     }
     const double s = std::sqrt(c1 * (c1 - c2) + c2 * c2);
-    const double length = bezier_approx_len(d3.x, d3.y);
+    const double length = teska::bezier_approx_len(d3.x, d3.y);
     *err = -1.0;
     for (const double root : {s, -s}) {
         const double candidate = (2.0 * c1 - c2 + root) / (3.0 * (c1 - c2));
@@ -134,10 +130,10 @@ int straight_cubic_sections(const bezier &b, double max_error)
 // Half the second derivative at its longest: it is linear in t.
 double half_bend(const bezier &b)
 {
-    const double at_start = bezier_approx_len(b.ax[2], b.ay[2]);
+    const double at_start = teska::bezier_approx_len(b.ax[2], b.ay[2]);
     if (b.degree == 2)
         return at_start;
-    return std::max(bezier_approx_len(3.0 * b.ax[3] + b.ax[2], 3.0 * b.ay[3] + b.ay[2]), at_start);
+    return std::max(teska::bezier_approx_len(3.0 * b.ax[3] + b.ax[2], 3.0 * b.ay[3] + b.ay[2]), at_start);
 }
 
 // The spacing of doubles as large as the coordinates.
@@ -149,16 +145,16 @@ double rounding(const bezier &b)
     return largest * DBL_EPSILON;
 }
 
-// The way down a segment. A flat part adds its last control point to the array.
+// The recursive division of a segment. A flat part adds its last control point to the array.
 class subdivision
 {
 public:
     subdivision(double bound, dynar &points) : points_(points), bound_(bound) {}
 
     // False when the array cannot grow.
-    bool add(const vertex &v)
+    bool add(const vec2 &v)
     {
-        void *item = dynar_try_ptr(points_, count_);
+        void *item = teska::dynar_try_ptr(points_, count_);
         if (item == nullptr)
             return false;
         std::memcpy(item, &v, sizeof v);
@@ -199,7 +195,7 @@ int bezier_vector_error(const bezier *b, double *t, double *err) TESKA_NOTHROW
     switch (b->degree) {
     case 2:
         *t = 0.5;
-        *err = 0.25 * bezier_approx_len(2.0 * b->x[1] - b->x[0] - b->x[2], 2.0 * b->y[1] - b->y[0] - b->y[2]);
+        *err = 0.25 * teska::bezier_approx_len(2.0 * b->x[1] - b->x[0] - b->x[2], 2.0 * b->y[1] - b->y[0] - b->y[2]);
         return 1;
     case 3:
         cubic_error(*b, t, err);
@@ -212,8 +208,8 @@ int bezier_vector_error(const bezier *b, double *t, double *err) TESKA_NOTHROW
 
 int bezier_vector_fd(bezier *b, void *points, int nr_sect, unsigned int itemsize) TESKA_NOTHROW
 {
-    const std::size_t stride = itemsize == 0 ? sizeof(vertex) : itemsize;
-    if (stride < sizeof(vertex)) {
+    const std::size_t stride = itemsize == 0 ? sizeof(vec2) : itemsize;
+    if (stride < sizeof(vec2)) {
         TESKA_ERR("Bezier_vector_fd: illegal itemsize");
         return 0;
     }
@@ -225,14 +221,13 @@ int bezier_vector_fd(bezier *b, void *points, int nr_sect, unsigned int itemsize
         TESKA_ERR("Bezier_vector_fd: illegal degree");
         return 0;
     }
-    if (b->coef_valid == 0)
-        bezier_coef(*b);
+    teska::bezier_coef(*b);
     const double h = 1.0 / nr_sect;
     walker x(b->ax, b->degree, h);
     walker y(b->ay, b->degree, h);
     auto *slot = static_cast<char *>(points);
     // The stride may leave a point at any address.
-    const auto put = [&](const vertex &v) { std::memcpy(slot, &v, sizeof v); };
+    const auto put = [&](const vec2 &v) { std::memcpy(slot, &v, sizeof v); };
     put(control_point(*b, 0));
     for (int i = 1; i < nr_sect; ++i) {
         slot += stride;
@@ -253,8 +248,7 @@ int bezier_fvector_len(bezier *b, double max_error) TESKA_NOTHROW
         TESKA_ERR("Bezier_fvector_len: illegal degree");
         return 0;
     }
-    if (b->coef_valid == 0)
-        bezier_coef(*b);
+    teska::bezier_coef(*b);
     const double bend = half_bend(*b);
     if (bend == 0.0 && b->degree == 3)
         return straight_cubic_sections(*b, max_error);
@@ -271,12 +265,12 @@ int bezier_fvector(bezier *b, double max_error, double **points) TESKA_NOTHROW
     const int sections = bezier_fvector_len(b, max_error);
     if (sections == 0)
         return 0;
-    heap_block<double> vertices = zeroed_block<double>((static_cast<std::size_t>(sections) + 1) * 2);
+    auto vertices = teska::zeroed_block<double>((static_cast<std::size_t>(sections) + 1) * 2);
     if (!vertices) {
         TESKA_ERR("Bezier_fvector: allocation of vertex array failed");
         return 0;
     }
-    if (bezier_vector_fd(b, vertices.get(), sections, sizeof(vertex)) == 0) {
+    if (bezier_vector_fd(b, vertices.get(), sections, sizeof(vec2)) == 0) {
         TESKA_ERR("Bezier_fvector:unable to vectorise");
         return 0;
     }
@@ -289,7 +283,7 @@ int bezier_vector(const bezier *b, double max_error, dynar **points)
     if (!(max_error > 0.0))
         return 0;
     if (*points == nullptr)
-        *points = dynar_new(sizeof(vertex), array_growth);
+        *points = dynar_new(sizeof(vec2), array_growth);
     if (*points == nullptr) {
         TESKA_ERR("Bezier_vector: Unable to create vertex array");
         return 0;
@@ -297,7 +291,7 @@ int bezier_vector(const bezier *b, double max_error, dynar **points)
     subdivision line(std::max(max_error, rounding(*b)), **points);
     if (line.add(control_point(*b, 0)) && line.walk(*b, 0))
         return line.segments();
-    // The exit may jump: nothing is held here.
-    dynar_no_memory();
+    // The exit may leave by longjmp: no object with a destructor is alive here.
+    teska::dynar_no_memory();
     return 0;
 }

@@ -1,10 +1,7 @@
 // dhsm - minimum of a function of several variables by the downhill simplex method (numerics)
 //
-// The points of the simplex stand one after another, n doubles each; their values beside them. A step needs room for
-// two points and the centroid. A step's own work is a handful of passes over (n + 1) n doubles.
-//
-// Process-wide state: the tolerance of the solve that runs, for the built-in convergence test, and the record of the
-// last failure.
+// The points of the simplex lie one after another, n doubles each, and their values in an array of their own. A step
+// needs room for two points and the centroid. A step's own work is a handful of passes over (n + 1) n doubles.
 
 #include "dhsm.h"
 
@@ -41,18 +38,13 @@ constexpr int default_steps = 1000;
 // Of the start's extent, or of 1 where it has none.
 constexpr double first_step = 0.1;
 
-// How far around the best point the built-in test looks, as a part of each coordinate; one nearer to 0 than the second
-// figure has no parts.
+// How far around the best point the built-in test looks, as a part of each coordinate; a coordinate nearer to 0 than
+// no_extent counts as 0.
 constexpr double probe = 0.005;
 constexpr double no_extent = 1e-20;
 
-// Variables up to which loops fall apart into straight code. Without it a step among few variables takes twice as long.
+// Variables up to which the compiler unrolls the loops. Otherwise a step among few variables takes twice as long.
 constexpr int straight = 8;
-
-struct {
-    double tolerance;
-    teska::module_error last_error;
-} state;
 
 struct ranking {
     int best;
@@ -60,19 +52,20 @@ struct ranking {
     int second_worst;
 };
 
-// The function with its contexts.
+// The function with its contexts, and where the search for its minimum ends.
 struct objective {
     dhsm_function function;
     void *context1;
     void *context2;
+    double tolerance;
 
     double operator()(const double *x) const { return function(context1, context2, x); }
 };
 
-double *vertex(const dhsm &d, int i) { return d.vertices.get() + static_cast<std::ptrdiff_t>(i) * d.n; }
+double *vertex(const dhsm &d, int i) { return &d.vertices[static_cast<std::ptrdiff_t>(i) * d.n]; }
 
-// Size, here and below: an int, or a number known to the compiler. The first two points are ranked before the scan, so no
-// other is met that was the worst already.
+// Size, here and below: an int, or a number known to the compiler. The first two points are ranked before the scan, so
+// that it compares no point with itself.
 template <class Size>
 ranking rank(const double *f, Size n)
 {
@@ -114,7 +107,7 @@ bool is_lower_nearby(const dhsm &d, const objective &f, int best)
             x[k] = moved;
             const double value = f(x);
             x[k] = kept;
-            if (value < d.values.get()[best])
+            if (value < d.values[best])
                 return true;
         }
     }
@@ -125,9 +118,9 @@ template <class Size>
 double built_in_test(const dhsm &d, const objective &f, const ranking &rank, Size n)
 {
     const double size = distance(vertex(d, rank.worst), vertex(d, rank.best), n);
-    if (size > state.tolerance)
+    if (size > f.tolerance)
         return size;
-    return is_lower_nearby(d, f, rank.best) ? state.tolerance + size : size;
+    return is_lower_nearby(d, f, rank.best) ? f.tolerance + size : size;
 }
 
 template <class Size>
@@ -159,7 +152,7 @@ void shrink(const dhsm &d, const objective &f, int best, Size n)
         double *const v = vertex(d, i);
         for (int j = 0; j < n; ++j)
             v[j] = b[j] + 0.5 * (v[j] - b[j]);
-        d.values.get()[i] = f(v);
+        d.values[i] = f(v);
     }
 }
 
@@ -170,7 +163,7 @@ void move_simplex(const dhsm &d, const objective &f, const ranking &rank, Size n
     double *const __restrict r = d.trial.get();
     double *const __restrict other = d.trial2.get();
     double *const w = vertex(d, rank.worst);
-    double &worst_value = d.values.get()[rank.worst];
+    double &worst_value = d.values[rank.worst];
 
     // To add 0 changes no sum, and is quicker than to ask of each point whether it is the one left out.
     copy(w, n, other);
@@ -185,13 +178,13 @@ void move_simplex(const dhsm &d, const objective &f, const ranking &rank, Size n
         worst_value = value;
     };
     const double reflected = f(r);
-    if (reflected <= d.values.get()[rank.best]) {
+    if (reflected <= d.values[rank.best]) {
         for (int j = 0; j < n; ++j)
             other[j] = c[j] + 2.0 * (r[j] - c[j]);
         const double expanded = f(other);
         return reflected <= expanded ? replace_worst(r, reflected) : replace_worst(other, expanded);
     }
-    if (reflected < d.values.get()[rank.second_worst])
+    if (reflected < d.values[rank.second_worst])
         return replace_worst(r, reflected);
 
     if (reflected < worst_value)
@@ -225,7 +218,7 @@ outcome search(dhsm &d, const objective &f, std::int64_t most, Size n)
         const ranking r = rank(d.values.get(), n);
         const double measure = d.conv_test != nullptr ? d.conv_test(&d, f.context1, f.context2, r.worst, r.best)
                                                       : built_in_test(d, f, r, n);
-        if (measure < state.tolerance)
+        if (measure < f.tolerance)
             return {r.best, 0};
         if (steps > most)
             return {r.best, -1};
@@ -266,10 +259,10 @@ dhsm *dhsm_new(dhsm_function function, dhsm_conv_test conv_test, int n) TESKA_NO
     if (made) {
         make(d->vertices, count.get());
         for (auto *block : {&d->values, &d->trial, &d->trial2, &d->centroid})
-            make(*block, variables + 1);
+            make(*block, static_cast<std::size_t>(n) + 1);
     }
     if (!made) {
-        TESKA_NO_RESOURCES(state.last_error);
+        TESKA_NO_RESOURCES();
         return nullptr;
     }
     d->n = n;
@@ -305,16 +298,15 @@ int dhsm_init(dhsm *d, const int *lower_given, const int *upper_given, const dou
 int dhsm_solve(dhsm *d, void *context1, void *context2, double tolerance, double *x, int max_iter,
                double *f_min) TESKA_NOTHROW
 {
-    const objective f{d->function, context1, context2};
+    const objective f{d->function, context1, context2, tolerance != 0.0 ? tolerance : default_tolerance};
     if (d->ready == 0)
         set_up(*d, x);
     for (int i = d->n; i >= 0; --i)
-        d->values.get()[i] = f(vertex(*d, i));
-    state.tolerance = tolerance != 0.0 ? tolerance : default_tolerance;
+        d->values[i] = f(vertex(*d, i));
     const std::int64_t most = max_iter != 0 ? max_iter : default_steps;
     const outcome end = search_sized<straight>(*d, f, most);
     copy(vertex(*d, end.best), d->n, x);
-    *f_min = d->values.get()[end.best];
+    *f_min = d->values[end.best];
     d->ready = 0;
     return end.result;
 }

@@ -2,13 +2,12 @@
 //
 // A matrix owns its elements and, once asked for, the factors, the work arrays and the unit column of the inversion;
 // two matrices may be each other's inverse, linked both ways, neither owning the other. `decomposed` and `inverted`
-// say whether factors and inverse belong to the present elements; every change clears them.
+// say whether factors and inverse belong to the present elements; every change discards them. Whichever thread asks
+// first makes them.
 //
-// The factors stand row by row with a stride of whole vectors, and behind them, in the same block, lies as much room
-// for the sums from which they are formed (Kernels/mat_vector.h). Finding them is the kernels' work; substitution is
-// done here, because the order of its additions leaves nothing for vectors.
-//
-// Process-wide state: the record of the last failure.
+// The factors lie row by row with a stride of whole vectors, followed in the same block by as much room for the sums
+// from which they are formed (Kernels/mat_vector.h). Finding them is the kernels' work; substitution is done here,
+// because the order of its additions leaves nothing for vectors.
 
 #include "mat.h"
 
@@ -16,8 +15,10 @@
 #include "Support/checked_size.h"
 #include "Support/memory.h"
 #include "Support/module_error.h"
+#include "Support/on_demand.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <type_traits>
@@ -33,15 +34,14 @@ struct mat {
     teska::heap_block<double> unit;
     std::int32_t rows = 0;
     std::int32_t cols = 0;
-    std::int32_t decomposed = 0;
-    std::int32_t inverted = 0;
-    std::int32_t zero_row = 0;  // the decomposition stopped at a row of zeros: lu holds a copy, pivots nothing
+    teska::on_demand decomposed;
+    teska::on_demand inverted;
+    std::atomic<bool> has_lu = false;  // some elements, not always the present ones, have been decomposed
+    std::int32_t zero_row = 0;         // the decomposition stopped at a row of zeros: lu holds a copy, pivots nothing
 };
 
 namespace
 {
-
-teska::module_error last_error;
 
 // Rows up to which vectors do not pay.
 constexpr int small_matrix = 4;
@@ -55,11 +55,11 @@ double *row_of(const mat &m, int i) { return m.data.get() + static_cast<std::ptr
 
 void changed(mat &m)
 {
-    m.decomposed = 0;
-    m.inverted = 0;
+    m.decomposed.discard();
+    m.inverted.discard();
 }
 
-// Elements for a matrix of this shape; mat_get_element reads up to rows - 1 behind the last one.
+// Elements for a matrix of this shape; mat_get_element reads up to rows - 1 beyond the last one.
 teska::heap_block<double> elements(int rows, int cols)
 {
     if (rows < 1 || cols < 1)
@@ -92,11 +92,12 @@ bool make_factors(mat &m)
     m.pivots = std::move(pivots);
     if (scale)
         m.scale = std::move(scale);
+    m.has_lu = true;
     return true;
 }
 
-// Copies a row. Returns the largest magnitude in it, -1 when all are NaN. In four parts: each alone would wait for its own
-// comparisons.
+// Copies a row. Returns the largest magnitude in it, -1 when all are NaN. In four parts: a single one would wait for each
+// of its comparisons.
 double copy_row(const double *from, int n, double *__restrict to)
 {
     double largest[4] = {-1.0, -1.0, -1.0, -1.0};
@@ -129,7 +130,7 @@ bool start_factors(mat &m)
         if (largest == 0.0)
             regular = false;
         else
-            m.scale.get()[i] = 1.0 / largest;
+            m.scale[i] = 1.0 / largest;
     }
     return regular;
 }
@@ -139,7 +140,6 @@ int decompose(mat &m)
 {
     m.parity = 1.0;
     m.zero_row = start_factors(m) ? 0 : 1;
-    m.decomposed = 1;
     if (m.zero_row != 0)
         return -1;
     const std::ptrdiff_t stride = stride_of(m);
@@ -156,8 +156,8 @@ int decompose(mat &m)
     return (m.rows > small_matrix ? kernels.decompose : kernels.decompose_small)(factors) ? 0 : -2;
 }
 
-// b[i .. i + Rows - 1] -= products with b[first .. i - 1], one at a time. Rows side by side: a single row would wait for
-// each of its subtractions.
+// b[i .. i + Rows - 1] -= products with b[first .. i - 1], one at a time. Rows side by side: a single row would wait
+// for each of its subtractions.
 template <int Rows>
 void eliminate(const double *row, std::ptrdiff_t stride, double *b, int first, int i)
 {
@@ -181,7 +181,7 @@ void substitute(const double *lu, std::ptrdiff_t stride, const std::int32_t *piv
     // A row takes part in exchanges only until it is reached, so all of them may come first.
     for (int i = 0; i < n; ++i)
         std::swap(b[i], b[pivots[i]]);
-    // Zeros in front of the right-hand side stay as they are.
+    // Leading zeros of the right-hand side stay as they are.
     int first = 0;
     while (first < n && b[first] == 0.0)
         ++first;
@@ -218,7 +218,7 @@ mat *inverse_of(mat &m)
     if (!m.unit) {
         unit = teska::zeroed_block<double>(count_of(m));
         if (!unit) {
-            TESKA_NO_RESOURCES(last_error);
+            TESKA_NO_RESOURCES();
             return nullptr;
         }
     }
@@ -238,7 +238,7 @@ mat *mat_gen_new(const double *data, int rows, int cols) TESKA_NOTHROW
     if (m)
         m->data = elements(rows, cols);
     if (!m || !m->data) {
-        TESKA_NO_RESOURCES(last_error);
+        TESKA_NO_RESOURCES();
         return nullptr;
     }
     m->rows = rows;
@@ -252,8 +252,10 @@ mat *mat_new(const double *data, int n) TESKA_NOTHROW { return mat_gen_new(data,
 
 int mat_kill(mat *m) TESKA_NOTHROW
 {
-    if (m != nullptr && m->inverse != nullptr)
+    if (m != nullptr && m->inverse != nullptr) {
         m->inverse->inverse = nullptr;
+        m->inverse->inverted.discard();
+    }
     teska::kill_record(m);
     return 0;
 }
@@ -308,11 +310,11 @@ double *mat_get_col(mat *m, int j) TESKA_NOTHROW
     if (!m->scale)
         m->scale = teska::zeroed_block<double>(count_of(*m));
     if (!m->scale) {
-        TESKA_NO_RESOURCES(last_error);
+        TESKA_NO_RESOURCES();
         return nullptr;
     }
     for (int i = 0; i < m->rows; ++i)
-        m->scale.get()[i] = row_of(*m, i)[j];
+        m->scale[i] = row_of(*m, i)[j];
     return m->scale.get();
 }
 
@@ -333,25 +335,25 @@ int mat_mulvec(const mat *m, const double *x, double *y) TESKA_NOTHROW
 int mat_ludcmp(mat *m, int *flag) TESKA_NOTHROW
 {
     *flag = 0;
-    if (m->decomposed != 0)
-        return 0;
-    if (!make_factors(*m)) {
-        TESKA_NO_RESOURCES(last_error);
-        return -1;
-    }
-    *flag = decompose(*m);
-    return 0;
+    const bool decomposed = m->decomposed.ensure([m, flag] {
+        if (!make_factors(*m)) {
+            TESKA_NO_RESOURCES();
+            return false;
+        }
+        *flag = decompose(*m);
+        return true;
+    });
+    return decomposed ? 0 : -1;
 }
 
 int mat_solve_set(mat *m, double *b, int *flag) TESKA_NOTHROW
 {
-    const bool fresh = m->decomposed == 0;
     if (mat_ludcmp(m, flag) != 0)
         return -1;
     if (m->zero_row != 0)
         *flag = -1;
     // Kept: a replaced pivot stops only the call that found it.
-    if (m->zero_row == 0 && !(fresh && *flag != 0))
+    if (*flag == 0)
         substitute(*m, b);
     return 0;
 }
@@ -363,7 +365,7 @@ int mat_det_det(mat *m, double *det) TESKA_NOTHROW
         return -1;
     double product = m->parity;
     for (int i = 0; i < m->rows; ++i)
-        product *= m->lu.get()[i * (stride_of(*m) + 1)];
+        product *= m->lu[i * (stride_of(*m) + 1)];
     *det = product;
     return 0;
 }
@@ -371,22 +373,22 @@ int mat_det_det(mat *m, double *det) TESKA_NOTHROW
 mat *mat_invert(mat *m, int *flag) TESKA_NOTHROW
 {
     *flag = 0;
-    if (m->inverted != 0 && m->inverse != nullptr)
-        return m->inverse;
-    // Kept: asks for the factors, not whether they are those of the present elements.
-    if (!m->lu && (mat_ludcmp(m, flag) != 0 || *flag != 0))
-        return nullptr;
-    mat *const inverse = inverse_of(*m);
-    if (inverse == nullptr)
-        return nullptr;
-    for (int j = 0; j < m->rows; ++j) {
-        std::fill_n(m->unit.get(), m->rows, 0.0);
-        m->unit.get()[j] = 1.0;
-        mat_solve_set(m, m->unit.get(), flag);
-        mat_set_col(inverse, j, m->unit.get());
-    }
-    m->inverse = inverse;
-    inverse->inverse = m;
-    m->inverted = 1;
-    return inverse;
+    const bool inverted = m->inverted.ensure([m, flag] {
+        // Kept: asks for factors, not whether they are those of the present elements.
+        if (!m->has_lu && (mat_ludcmp(m, flag) != 0 || *flag != 0))
+            return false;
+        mat *const inverse = inverse_of(*m);
+        if (inverse == nullptr)
+            return false;
+        for (int j = 0; j < m->rows; ++j) {
+            std::fill_n(m->unit.get(), m->rows, 0.0);
+            m->unit[j] = 1.0;
+            mat_solve_set(m, m->unit.get(), flag);
+            mat_set_col(inverse, j, m->unit.get());
+        }
+        m->inverse = inverse;
+        inverse->inverse = m;
+        return true;
+    });
+    return inverted ? m->inverse : nullptr;
 }

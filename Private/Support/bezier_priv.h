@@ -1,21 +1,26 @@
 // bezier_priv - the record of a Bezier segment, and the polynomials its modules share
+//
+// Used by the bezier modules.
 
 #ifndef TESKA_SUPPORT_BEZIER_PRIV_H
 #define TESKA_SUPPORT_BEZIER_PRIV_H
 
+#include "Support/on_demand.h"
+#include "Support/vec.h"
+
 #include "bezierd_base.h"
 
 struct bezier {
-    int degree;         // 2, 3 or 4
-    double x[5];        // of control points 0 .. degree; 0 above
-    double y[5];        // likewise
-    int start_given;    // whether the fit has to keep to the start tangent
-    double start_t[2];  // its direction, x and y
-    int end_given;      // whether the fit has to keep to the end tangent
-    double end_t[2];    // its direction, x and y
-    int coef_valid;     // whether ax and ay belong to the control points
-    double ax[5];       // x(t) = ax[0] + ax[1] t + .. + ax[degree] t^degree; 0 above
-    double ay[5];       // likewise
+    int degree = 0;              // 2, 3 or 4
+    double x[5] = {};            // of control points 0 .. degree; 0 above
+    double y[5] = {};            // likewise
+    int start_given = 0;         // whether the fit has to keep to the start tangent
+    double start_t[2] = {};      // its direction, x and y
+    int end_given = 0;           // whether the fit has to keep to the end tangent
+    double end_t[2] = {};        // its direction, x and y
+    teska::on_demand coef_made;  // whether ax and ay belong to the control points
+    double ax[5] = {};           // x(t) = ax[0] + ax[1] t + .. + ax[degree] t^degree; 0 above
+    double ay[5] = {};           // likewise
 };
 
 namespace teska
@@ -29,8 +34,10 @@ double B_poly(int n, int i, double t) noexcept;
 // the smaller. Source: R. G. Lyons, Understanding Digital Signal Processing, 2nd ed., Prentice Hall 2004, section 13.2.
 double bezier_approx_len(double a, double b) noexcept;
 
-// Makes the coefficients belong to the control points.
+// Makes the coefficients belong to the control points unless they do; may be called by several threads at once.
 void bezier_coef(bezier &b) noexcept;
+
+inline vec2 control_point(const bezier &b, int i) noexcept { return {b.x[i], b.y[i]}; }
 
 // a[0] + a[1] t + .. + a[degree] t^degree by Horner's rule.
 double bezier_horner(const double *a, int degree, double t) noexcept;
