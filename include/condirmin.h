@@ -14,8 +14,9 @@
  * replaced by where a whole pass has led.
  *
  * Common rules
- *   Pointers are not null. Contexts are the caller's and are handed on as they are. The function must not search
- *   itself: one search at a time in the process, because its line and the absolute stop belong to the module.
+ *   Pointers are not null. Contexts are the caller's and are handed on as they are. Any number of threads may search
+ *   at once, also under the same restrictions, and the function may start a search of its own. The absolute stop is
+ *   one for the whole process: it is set while no other thread searches.
  *   Each pass and each line is traced through teska_warn (error_mess.h) at level 1, as "condirmin: iter= %d\n" and
  *   "  dir %d -> meddE = %lf\n". Kept: the texts end in a line feed and the warning adds another; with the
  *   initial threshold 0 every search prints.
@@ -56,14 +57,14 @@ TESKA_API int condirmin_set_abs_tol(int enable, double value, double *old_value)
  * unchanged, or after 200 passes with "condirmin: maxiter", x the last point.
  *
  * A pass minimises along every direction, at first the axes. Then, with s the point before the pass, d = x - s, p
- * and f the values before and behind it, g = f(2 x - s), and m the largest decrease along one direction: if g < p
- * and 2 (p - 2 f + g) (p - g)^2 < m (p - g)^2, the function is minimised along d too, and d, scaled by the way
- * that went, takes the place of that direction.
+ * and f the values before and after it, g = f(2 x - s), and m the largest decrease along one direction: if g < p
+ * and 2 (p - 2 f + g) (p - g)^2 < m (p - g)^2, the function is minimised along d too, and d, scaled to the
+ * step that was made, replaces that direction.
  * Kept: both squares are of p - g.
  *
  * Along a line the minimum is bracketed from 0 and 1 by steps that grow by 1.618034, with parabolas limited to
- * 100 steps, and then closed in by parabolas and golden sections of 0.381966 to 2e-4 of its place plus 1e-10, in
- * 200 steps at most ("brent: too many iter"; the best point counts). Without memory for a line of that
+ * 100 steps, and then closed in by parabolas and golden sections of 0.381966 to within 2e-4 of its abscissa plus
+ * 1e-10, in 200 steps at most ("brent: too many iter"; the best point counts). Without memory for a line of that
  * many variables the point stays ("linmin: malloc failed").
  * Kept: along a line on which the function is constant the point moves nevertheless.
  */
@@ -80,12 +81,12 @@ TESKA_API int condirmin(double *x, int n, double ftol, int *iter, double *f_min,
  * Returns 1 when the search converged, 0 otherwise, as condirmin does; also 0, with x unchanged, when n is not
  * the number of free variables or when the start violates an inequality by more than 1e-9 * (1 + |b|).
  *
- * A line that leads out of what is allowed is followed to the first inequality in its way. From there on that
+ * A line that leads out of what is allowed is followed to the first inequality that it violates. From there on that
  * holds as an equality: the search goes on in one variable less, and its result is the result. n = 0
  * converges without an evaluation. The function is also asked for points outside, along a line that leads there; no
  * line is followed farther than 1e100 times its direction.
  * Kept: an inequality that was met once is never left again. The result is the least point of those where the
- * inequalities met hold as equalities; with several in the way others may allow a lower one.
+ * inequalities met hold as equalities; where several stop the search, others may allow a lower one.
  */
 TESKA_API int condirmin_restr(double *x, int n, double ftol, restriction *base, restriction *limits,
                               restriction *current, condirmin_function function, void *context1,

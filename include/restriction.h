@@ -13,8 +13,8 @@
  *
  * Common rules
  *   A row is nx + 1 doubles, a[0] to a[nx - 1] and b. Handles are not null unless a block says so; rows are
- *   copied. Failures are reported through error_mess_fl (error_mess.h). A restriction is used by one thread at a
- *   time: it keeps scratch of its own.
+ *   copied. Failures are reported through error_mess_fl (error_mess.h). A restriction does not change after its
+ *   creation: any number of threads may use one at once.
  *   Sums run over rising index. The equalities are kept in reduced row echelon form: they are taken in the given
  *   order, the pivot of each is its largest magnitude in a column that is not yet dependent, the lowest column
  *   of equals.
@@ -70,7 +70,7 @@ TESKA_API int restriction_makeX(const restriction *r, const double *free_vars, d
  * free_vars  of current: where the step begins
  * step       of current: as many values
  * alpha      out: 1, or the part of the step that can be made
- * An inequality stops the step when the point behind it has a . x > b + 1e-12 * (1 + |b|), unless a . x does not
+ * An inequality stops the step when the point after it has a . x > b + 1e-12 * (1 + |b|), unless a . x does not
  * change by more than 1e-20 or the row follows from the equalities. Of several the one met first counts, the
  * lowest of equals. One that is violated at the start already stops the step there.
  * Returns NULL when nothing stops it; otherwise a new restriction, owned by the caller, with the equalities of
@@ -84,7 +84,7 @@ TESKA_API restriction *restriction_new_check(const restriction *current, const r
  *
  * reduced       whose points all belong to current, as those restriction_new_check makes
  * reduced_vars  its free variables
- * current_vars  out: the free variables of current for the same point
+ * current_vars  out: the free variables of current for the same point; must not overlap reduced_vars
  * Returns 0.
  */
 TESKA_API int restriction_get_back(const restriction *reduced, const restriction *current, const double *reduced_vars,

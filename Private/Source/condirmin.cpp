@@ -2,14 +2,14 @@
 //
 // A search knows its variables, how to get a value (through a restriction or not) and its trace. One pass:
 //
-//     for each direction   place the line, bracket its minimum, close in on it, move there
-//     end?                 values before and behind the pass are near, or small enough
+//     for each direction   bracket the minimum along its line, close in on it, move there
+//     end?                 values before and after the pass are near, or small enough
 //     a new direction?     where the pass led as a whole, if the function falls further that way
 //
 // Under restrictions each move is checked first; one that is blocked hands the search over to a restriction with one
 // variable less, whose result is the result.
 //
-// Process-wide state: the absolute stop and the arrays of the line.
+// Process-wide state: the absolute stop.
 
 #include "condirmin.h"
 
@@ -32,8 +32,8 @@ using block = teska::heap_block<double>;
 
 constexpr int most_passes = 200;
 
-// Bracketing: each step against the one before, the longest parabolic step against the present one, and what stands
-// for a parabola without curvature.
+// Bracketing: each step against the one before, the longest parabolic step against the present one, and the curvature
+// that a parabola without one is given.
 constexpr double growth = 1.618034;
 constexpr double longest_step = 100.0;
 constexpr double no_curvature = 1e-20;
@@ -44,24 +44,55 @@ constexpr double least_nearness = 1e-10;
 constexpr double section = 0.381966;
 constexpr int most_steps = 200;
 
-// Under restrictions no line is followed farther: a function that falls for ever has its least place at infinity, and what
-// is in the way could not be told from there.
+// Under restrictions no line is followed farther: a function that falls for ever has its minimum at infinity, and from
+// there no obstacle on the line could be found.
 constexpr double farthest = 1e100;
 
 struct {
     int stop_enabled = 0;
     double stop_value = 0.0;
-    // The line: its start, its direction, and the point asked for.
-    int variables = -1;
-    block start;
-    block direction;
-    block point;
 } state;
 
 // The sign of NaN is chance: it counts as positive.
 double with_sign_of(double sign, double magnitude) { return sign < 0.0 ? -magnitude : magnitude; }
 
 bool stops_at(double value) { return state.stop_enabled != 0 && std::fabs(value) < state.stop_value; }
+
+// The line that is searched.
+class line
+{
+public:
+    // Whether there is memory for n variables.
+    bool make(int n)
+    {
+        const auto count = static_cast<std::size_t>(n);
+        if (!values_ && count < SIZE_MAX / 3)
+            values_ = teska::zeroed_block<double>(3 * count);
+        n_ = n;
+        return values_ != nullptr;
+    }
+
+    void set(const double *start, const double *direction)
+    {
+        std::copy_n(start, n_, values_.get());
+        std::copy_n(direction, n_, values_.get() + n_);
+    }
+
+    // The point start + a * direction; valid until the next call.
+    const double *at(double a) const
+    {
+        const double *const start = values_.get();
+        const double *const direction = start + n_;
+        double *const point = values_.get() + 2 * static_cast<std::ptrdiff_t>(n_);
+        for (int k = 0; k < n_; ++k)
+            point[k] = start[k] + a * direction[k];
+        return point;
+    }
+
+private:
+    int n_ = 0;
+    block values_;  // start, direction and the point asked for; empty until the first line
+};
 
 struct search {
     int n;
@@ -74,6 +105,8 @@ struct search {
     const restriction *current = nullptr;
     double *full = nullptr;  // a full point
 
+    line *searched = nullptr;
+
     double value(const double *x) const
     {
         if (current == nullptr)
@@ -82,47 +115,23 @@ struct search {
         return function(context1, context2, full);
     }
 
-    // At a place of the line.
-    double along(double a) const
-    {
-        for (int k = 0; k < n; ++k)
-            state.point.get()[k] = state.start.get()[k] + a * state.direction.get()[k];
-        return value(state.point.get());
-    }
+    double along(double a) const { return value(searched->at(a)); }
 };
 
-// Arrays for a line of n variables. Returns whether they are there.
-bool make_line(int n)
-{
-    if (state.variables == n)
-        return true;
-    const auto count = static_cast<std::size_t>(n);
-    block start = teska::zeroed_block<double>(count);
-    block direction = start ? teska::zeroed_block<double>(count) : nullptr;
-    block point = direction ? teska::zeroed_block<double>(count) : nullptr;
-    if (!point)
-        return false;
-    state.start = std::move(start);
-    state.direction = std::move(direction);
-    state.point = std::move(point);
-    state.variables = n;
-    return true;
-}
-
-// A place of the line with its value.
-struct place {
+// A point of the line, at a times its direction, and the value there.
+struct line_point {
     double a;
     double f;
 };
 
-// Places a, b, c in a row with the least value at b.
+// Three points one after another, with the least value at b.
 struct bracket {
-    place a;
-    place b;
-    place c;
+    line_point a;
+    line_point b;
+    line_point c;
 };
 
-// Where the parabola through three places has its turning point.
+// Where the parabola through three points has its turning point.
 double turning_point(const bracket &p)
 {
     const double r = (p.b.a - p.a.a) * (p.b.f - p.c.f);
@@ -133,8 +142,10 @@ double turning_point(const bracket &p)
 
 bracket find_bracket(const search &s)
 {
-    const auto at = [&s](double a) { return place{a, s.along(a)}; };
-    const auto beyond = [&at](const place &from, const place &to) { return at(to.a + growth * (to.a - from.a)); };
+    const auto at = [&s](double a) { return line_point{a, s.along(a)}; };
+    const auto beyond = [&at](const line_point &from, const line_point &to) {
+        return at(to.a + growth * (to.a - from.a));
+    };
     bracket p{at(0.0), at(1.0), {}};
     if (p.b.f > p.a.f)
         std::swap(p.a, p.b);
@@ -142,7 +153,7 @@ bracket find_bracket(const search &s)
     while (p.b.f > p.c.f) {
         const double turn = turning_point(p);
         const double limit = p.b.a + longest_step * (p.c.a - p.b.a);
-        place next{};
+        line_point next{};
         if ((p.b.a - turn) * (turn - p.c.a) > 0.0) {
             next = at(turn);
             if (next.f < p.c.f)
@@ -167,111 +178,110 @@ bracket find_bracket(const search &s)
     return p;
 }
 
-// The least place between the ends of a bracket: x the best so far, w and v those before it.
-class closing_in
+// Closes in on the least value between the ends of a bracket: x_ is the best point so far, w_ and v_ those before it.
+class minimum_search
 {
 public:
-    explicit closing_in(const bracket &p) : low(std::min(p.a.a, p.c.a)), high(std::max(p.a.a, p.c.a)) {}
+    explicit minimum_search(const bracket &p) : low_(std::min(p.a.a, p.c.a)), high_(std::max(p.a.a, p.c.a)) {}
 
-    place find(const search &s, double begin)
+    line_point find(const search &s, double begin)
     {
-        x = w = v = {begin, s.along(begin)};
-        if (stops_at(x.f))
-            return x;
+        x_ = w_ = v_ = {begin, s.along(begin)};
+        if (stops_at(x_.f))
+            return x_;
         for (int steps = 0; steps < most_steps; ++steps) {
-            const double middle = 0.5 * (low + high);
-            near = nearness * std::fabs(x.a) + least_nearness;
-            if (std::fabs(x.a - middle) <= 2.0 * near - 0.5 * (high - low))
-                return x;
+            const double middle = 0.5 * (low_ + high_);
+            near_ = nearness * std::fabs(x_.a) + least_nearness;
+            if (std::fabs(x_.a - middle) <= 2.0 * near_ - 0.5 * (high_ - low_))
+                return x_;
             choose_step(middle);
-            const double a = std::fabs(step) >= near ? x.a + step : x.a + with_sign_of(step, near);
-            const place u{a, s.along(a)};
+            const double a = std::fabs(step_) >= near_ ? x_.a + step_ : x_.a + with_sign_of(step_, near_);
+            const line_point u{a, s.along(a)};
             if (stops_at(u.f))
                 return u;
-            take(u);
+            narrow(u);
         }
         TESKA_ERR("brent: too many iter");
-        return x;
+        return x_;
     }
 
 private:
-    // A parabola through x, w and v if the step before last was long enough and the new one is less than half of it and
-    // stays inside; a golden section otherwise.
+    // A parabola through x_, w_ and v_ if the step before last was long enough and the new one is less than half of
+    // it and stays inside; a golden section otherwise.
     void choose_step(double middle)
     {
-        if (std::fabs(before_last) > near && parabolic_step(middle))
+        if (std::fabs(before_last_) > near_ && parabolic_step(middle))
             return;
-        before_last = (x.a >= middle ? low : high) - x.a;
-        step = section * before_last;
+        before_last_ = (x_.a >= middle ? low_ : high_) - x_.a;
+        step_ = section * before_last_;
     }
 
     bool parabolic_step(double middle)
     {
-        const double r = (x.a - w.a) * (x.f - v.f);
-        double q = (x.a - v.a) * (x.f - w.f);
-        double p = (x.a - v.a) * q - (x.a - w.a) * r;
+        const double r = (x_.a - w_.a) * (x_.f - v_.f);
+        double q = (x_.a - v_.a) * (x_.f - w_.f);
+        double p = (x_.a - v_.a) * q - (x_.a - w_.a) * r;
         q = 2.0 * (q - r);
         if (q > 0.0)
             p = -p;
         q = std::fabs(q);
-        const double bound = before_last;
-        before_last = step;
-        if (std::fabs(p) >= std::fabs(0.5 * q * bound) || p <= q * (low - x.a) || p >= q * (high - x.a))
+        const double bound = before_last_;
+        before_last_ = step_;
+        if (std::fabs(p) >= std::fabs(0.5 * q * bound) || p <= q * (low_ - x_.a) || p >= q * (high_ - x_.a))
             return false;
-        step = p / q;
-        const double u = x.a + step;
-        if (u - low < 2.0 * near || high - u < 2.0 * near)
-            step = with_sign_of(middle - x.a, near);
+        step_ = p / q;
+        const double u = x_.a + step_;
+        if (u - low_ < 2.0 * near_ || high_ - u < 2.0 * near_)
+            step_ = with_sign_of(middle - x_.a, near_);
         return true;
     }
 
-    void take(const place &u)
+    void narrow(const line_point &u)
     {
-        if (u.f <= x.f) {
-            (u.a >= x.a ? low : high) = x.a;
-            v = w;
-            w = x;
-            x = u;
+        if (u.f <= x_.f) {
+            (u.a >= x_.a ? low_ : high_) = x_.a;
+            v_ = w_;
+            w_ = x_;
+            x_ = u;
             return;
         }
-        (u.a < x.a ? low : high) = u.a;
-        if (u.f <= w.f || w.a == x.a) {
-            v = w;
-            w = u;
-        } else if (u.f <= v.f || v.a == x.a || v.a == w.a) {
-            v = u;
+        (u.a < x_.a ? low_ : high_) = u.a;
+        if (u.f <= w_.f || w_.a == x_.a) {
+            v_ = w_;
+            w_ = u;
+        } else if (u.f <= v_.f || v_.a == x_.a || v_.a == w_.a) {
+            v_ = u;
         }
     }
 
-    double low;
-    double high;
-    place x{};
-    place w{};
-    place v{};
-    double step = 0.0;
-    double before_last = 0.0;
-    double near = 0.0;
+    double low_;
+    double high_;
+    line_point x_{};
+    line_point w_{};
+    line_point v_{};
+    double step_ = 0.0;
+    double before_last_ = 0.0;
+    double near_ = 0.0;
 };
 
-// Scales d by the way to the minimum along it. Returns the value there; without memory d is 0 and the value stays.
+// Scales d so that x + d is the minimum along it. Returns the value there; without memory d is 0 and the value stays.
 double minimise_line(const search &s, const double *x, double *d, double value)
 {
-    if (!make_line(s.n)) {
+    if (!s.searched->make(s.n)) {
         TESKA_ERR("linmin: malloc failed");
         std::fill_n(d, s.n, 0.0);
         return value;
     }
-    std::copy_n(x, s.n, state.start.get());
-    std::copy_n(d, s.n, state.direction.get());
+    s.searched->set(x, d);
     const bracket p = find_bracket(s);
-    const place least = closing_in(p).find(s, p.b.a);
-    const double way = s.current != nullptr ? std::clamp(least.a, -farthest, farthest) : least.a;
+    const line_point least = minimum_search(p).find(s, p.b.a);
+    const double distance = s.current != nullptr ? std::clamp(least.a, -farthest, farthest) : least.a;
     for (int k = 0; k < s.n; ++k)
-        d[k] *= way;
+        d[k] *= distance;
     return least.f;
 }
 
-// ---- Passes ----------------------------------------------------------------------------------------------------------
+// ---- Passes ---------------------------------------------------------------------------------------------------------
 
 enum class move { made, blocked };
 
@@ -316,8 +326,8 @@ int search_reduced(double *x, const search &s, const restriction &reduced)
     return result;
 }
 
-// Minimises along d from x and moves there; d is scaled by the way. When something is in the way, the rest of the
-// search is made from there on and `result` is its result.
+// Minimises along d from x and moves there; d becomes the displacement. At an inequality the move ends, the rest of the
+// search is made from there on, and `result` is its result.
 move minimise_along(const search &s, double *x, double *d, double &value, int &result)
 {
     const double before = value;
@@ -338,11 +348,11 @@ move minimise_along(const search &s, double *x, double *d, double &value, int &r
     return move::blocked;
 }
 
-bool converged(double before, double behind, double ftol)
+bool converged(double before, double after, double ftol)
 {
-    const double change = std::fabs(before - behind);
-    return 2.0 * change <= ftol * (std::fabs(before) + std::fabs(behind)) ||
-           (std::fabs(before) <= 1.0 && change <= ftol) || stops_at(behind);
+    const double change = std::fabs(before - after);
+    return 2.0 * change <= ftol * (std::fabs(before) + std::fabs(after)) ||
+           (std::fabs(before) <= 1.0 && change <= ftol) || stops_at(after);
 }
 
 void trace_pass(int pass)
@@ -367,7 +377,7 @@ int run_passes(double *x, const search &s, work &w, int *iter, double *f_min)
     double &value = *f_min;
     int result = 0;
     for (int j = 0; j < n; ++j)
-        w.directions.get()[static_cast<std::ptrdiff_t>(j) * (n + 1)] = 1.0;
+        w.directions[static_cast<std::ptrdiff_t>(j) * (n + 1)] = 1.0;
     value = s.value(x);
     if (stops_at(value))
         return 1;
@@ -379,7 +389,7 @@ int run_passes(double *x, const search &s, work &w, int *iter, double *f_min)
         int replaced = 0;
         for (int j = 0; j < n; ++j) {
             for (int k = 0; k < n; ++k)
-                d[k] = w.directions.get()[static_cast<std::ptrdiff_t>(k) * n + j];
+                d[k] = w.directions[static_cast<std::ptrdiff_t>(k) * n + j];
             const double previous = value;
             if (minimise_along(s, x, d, value, result) == move::blocked)
                 return result;
@@ -396,9 +406,9 @@ int run_passes(double *x, const search &s, work &w, int *iter, double *f_min)
             return 0;
         }
         for (int k = 0; k < n; ++k) {
-            w.extrapolated.get()[k] = 2.0 * x[k] - w.saved.get()[k];
-            d[k] = x[k] - w.saved.get()[k];
-            w.saved.get()[k] = x[k];
+            w.extrapolated[k] = 2.0 * x[k] - w.saved[k];
+            d[k] = x[k] - w.saved[k];
+            w.saved[k] = x[k];
         }
         const double further = s.value(w.extrapolated.get());
         if (!(further < before))
@@ -410,17 +420,19 @@ int run_passes(double *x, const search &s, work &w, int *iter, double *f_min)
         if (minimise_along(s, x, d, value, result) == move::blocked)
             return result;
         for (int k = 0; k < n; ++k)
-            w.directions.get()[static_cast<std::ptrdiff_t>(k) * n + replaced] = d[k];
+            w.directions[static_cast<std::ptrdiff_t>(k) * n + replaced] = d[k];
     }
 }
 
-int run_search(double *x, const search &s, int *iter, double *f_min)
+int run_search(double *x, search s, int *iter, double *f_min)
 {
     work w;
     if (!w.make(s.n)) {
         TESKA_ERR("condirmin: malloc failed");
         return 0;
     }
+    line searched;
+    s.searched = &searched;
     return run_passes(x, s, w, iter, f_min);
 }
 

@@ -22,11 +22,10 @@ struct restriction {
     int nx = 0;
     int equalities = 0;
     int inequalities = 0;
-    teska::heap_block<double> eq;                // nx rows, of which `equalities` are used
+    teska::heap_block<double> eq;                // nx + 1 rows, of which `equalities` are used
     teska::heap_block<double> ineq;              // `inequalities` rows
     teska::heap_block<std::int32_t> pivots;      // nx: the pivot column of each equality
     teska::heap_block<unsigned char> dependent;  // nx: 1 for pivot columns
-    teska::heap_block<double> scratch;           // two points, a row, free variables
 };
 
 namespace
@@ -35,18 +34,18 @@ namespace
 // Of a row's largest magnitude: what is smaller is rounding.
 constexpr double dependent_row = 1e-12;
 
-// Of 1 + |b|: how far apart both sides of a restriction may be in a row that follows from others, behind a step, and
+// Of 1 + |b|: how far apart both sides of a restriction may be in a row that follows from others, after a step, and
 // at a start.
 constexpr double consistent = 1e-9;
-constexpr double behind_step = 1e-12;
+constexpr double after_step = 1e-12;
 constexpr double at_start = 1e-9;
 
 // A change of a . x that is none.
 constexpr double no_change = 1e-20;
 
 std::size_t width(const restriction &r) { return static_cast<std::size_t>(r.nx) + 1; }
-double *equality(const restriction &r, int k) { return r.eq.get() + static_cast<std::size_t>(k) * width(r); }
-double *inequality(const restriction &r, int k) { return r.ineq.get() + static_cast<std::size_t>(k) * width(r); }
+double *equality(const restriction &r, int k) { return &r.eq[static_cast<std::size_t>(k) * width(r)]; }
+double *inequality(const restriction &r, int k) { return &r.ineq[static_cast<std::size_t>(k) * width(r)]; }
 
 double product(const restriction &r, const double *row, const double *x)
 {
@@ -66,7 +65,7 @@ double largest_of(const restriction &r, const double *row)
     return largest;
 }
 
-// A new restriction with room for nx equalities; reports when there is no memory.
+// A new restriction with room for nx equalities and one more that follows from them. Reports when there is no memory.
 teska::heap_record<restriction> make(int nx, int inequalities)
 {
     teska::checked_size size(static_cast<std::uint64_t>(std::max(nx, 0)) + 1, PTRDIFF_MAX / sizeof(double) / 4);
@@ -78,12 +77,11 @@ teska::heap_record<restriction> make(int nx, int inequalities)
         r->nx = nx;
         r->inequalities = inequalities;
         const auto count = static_cast<std::size_t>(nx);
-        r->eq = teska::zeroed_block<double>(count * width(*r));
+        r->eq = teska::zeroed_block<double>((count + 1) * width(*r));
         r->ineq = teska::zeroed_block<double>(static_cast<std::size_t>(inequalities) * width(*r));
         r->pivots = teska::zeroed_block<std::int32_t>(count);
         r->dependent = teska::zeroed_block<unsigned char>(count);
-        r->scratch = teska::zeroed_block<double>(4 * width(*r));
-        if (!r->eq || !r->ineq || !r->pivots || !r->dependent || !r->scratch)
+        if (!r->eq || !r->ineq || !r->pivots || !r->dependent)
             r.reset();
     }
     if (!r)
@@ -96,68 +94,107 @@ int reduce(const restriction &r, double *row)
 {
     const double bound = dependent_row * largest_of(r, row);
     for (int k = 0; k < r.equalities; ++k) {
-        const double factor = row[r.pivots.get()[k]];
+        const double factor = row[r.pivots[k]];
         for (int c = 0; c <= r.nx; ++c)
             row[c] -= factor * equality(r, k)[c];
-        row[r.pivots.get()[k]] = 0.0;
+        row[r.pivots[k]] = 0.0;
     }
     int pivot = -1;
     for (int c = 0; c < r.nx; ++c)
-        if (r.dependent.get()[c] == 0 && std::fabs(row[c]) > (pivot < 0 ? bound : std::fabs(row[pivot])))
+        if (r.dependent[c] == 0 && std::fabs(row[c]) > (pivot < 0 ? bound : std::fabs(row[pivot])))
             pivot = c;
     return pivot;
 }
 
-// Adds a reduced row with its pivot.
-void append(restriction &r, const double *reduced, int pivot)
+// Makes the reduced row after the last equality one more of them.
+void append(restriction &r, int pivot)
 {
     double *const row = equality(r, r.equalities);
+    const double divisor = row[pivot];
     for (int c = 0; c <= r.nx; ++c)
-        row[c] = reduced[c] / reduced[pivot];
+        row[c] /= divisor;
     for (int k = 0; k < r.equalities; ++k) {
         const double factor = equality(r, k)[pivot];
         for (int c = 0; c <= r.nx; ++c)
             equality(r, k)[c] -= factor * row[c];
         equality(r, k)[pivot] = 0.0;
     }
-    r.pivots.get()[r.equalities++] = pivot;
-    r.dependent.get()[pivot] = 1;
+    r.pivots[r.equalities++] = pivot;
+    r.dependent[pivot] = 1;
 }
 
 // Returns whether the equality can hold together with those before it.
 bool add_equality(restriction &r, const double *row)
 {
-    double *const reduced = r.scratch.get();
+    double *const reduced = equality(r, r.equalities);
     std::copy_n(row, width(r), reduced);
     const int pivot = reduce(r, reduced);
     if (pivot < 0)
         return std::fabs(reduced[r.nx]) <= allowance(consistent, row[r.nx]);
-    append(r, reduced, pivot);
+    append(r, pivot);
     return true;
 }
+
+// The equality whose pivot is the dependent column c.
+int equality_of(const restriction &r, int c)
+{
+    return static_cast<int>(std::find(r.pivots.get(), r.pivots.get() + r.equalities, c) - r.pivots.get());
+}
+
+// The coordinate that equality k makes depend on the free ones.
+double dependent_coordinate(const restriction &r, int k, const double *free_vars)
+{
+    const double *const row = equality(r, k);
+    double sum = 0.0;
+    for (int c = 0; c < r.nx; ++c)
+        sum += row[c] * (r.dependent[c] == 0 ? *free_vars++ : 0.0);
+    return row[r.nx] - sum;
+}
+
+// What a call needs to look along a step: on the stack for points of few coordinates.
+class step_room
+{
+public:
+    explicit step_room(std::size_t width) noexcept : width_(width)
+    {
+        if (3 * width > few)
+            many_ = teska::zeroed_block<double>(3 * width);
+    }
+
+    [[nodiscard]] bool there() const noexcept { return 3 * width_ <= few || many_; }
+    double *start() noexcept { return many_ ? many_.get() : few_; }
+    double *end() noexcept { return start() + width_; }
+    double *row() noexcept { return end() + width_; }
+
+private:
+    static constexpr std::size_t few = 96;
+
+    std::size_t width_;
+    teska::heap_block<double> many_;
+    double few_[few];
+};
 
 struct obstacle {
     int row = -1;
     double alpha = 1.0;
 };
 
-// What a step from x0 to x1 meets first among the inequalities of `limits`.
-obstacle first_obstacle(const restriction &current, const restriction &limits, const double *x0, const double *x1)
+// What the step from room.start() to room.end() meets first among the inequalities of `limits`.
+obstacle first_obstacle(const restriction &current, const restriction &limits, step_room &room)
 {
-    double *const reduced = current.scratch.get() + 2 * width(current);
     obstacle first;
     for (int k = 0; k < limits.inequalities; ++k) {
         const double *const row = inequality(limits, k);
         const double b = row[limits.nx];
-        const double before = product(limits, row, x0);
-        const double behind = product(limits, row, x1);
-        if (behind <= b + allowance(behind_step, b) || std::fabs(behind - before) <= no_change)
+        const double before = product(limits, row, room.start());
+        const double after = product(limits, row, room.end());
+        if (after <= b + allowance(after_step, b) || std::fabs(after - before) <= no_change)
             continue;
-        std::copy_n(row, width(current), reduced);
-        if (reduce(current, reduced) < 0)
+        std::copy_n(row, width(current), room.row());
+        if (reduce(current, room.row()) < 0)
             continue;
-        // Violated at the start already, the step stops there, wherever it leads.
-        const double alpha = before < b ? std::min((b - before) / (behind - before), 1.0) : 0.0;
+        // An inequality that is violated at the start stops the step there, wherever it leads.
+        const double alpha = before < b ? std::min((b - before) / (after - before), 1.0) : 0.0;
         if (first.row < 0 || alpha < first.alpha)
             first = {k, alpha};
     }
@@ -201,7 +238,7 @@ bool keeps_inequalities(const restriction &r, const double *x) noexcept
 void pick_free(const restriction &r, const double *x, double *free_vars) noexcept
 {
     for (int c = 0; c < r.nx; ++c)
-        if (r.dependent.get()[c] == 0)
+        if (r.dependent[c] == 0)
             *free_vars++ = x[c];
 }
 
@@ -235,14 +272,11 @@ int restriction_get_num_of_var(const restriction *r) TESKA_NOTHROW { return r !=
 
 int restriction_makeX(const restriction *r, const double *free_vars, double *x) TESKA_NOTHROW
 {
+    for (int k = 0; k < r->equalities; ++k)
+        x[r->pivots[k]] = dependent_coordinate(*r, k, free_vars);
     for (int c = 0; c < r->nx; ++c)
-        x[c] = r->dependent.get()[c] == 0 ? *free_vars++ : 0.0;
-    // The pivot columns of other rows hold 0, and so do theirs in x until all sums are formed.
-    double *const sums = r->scratch.get() + 2 * width(*r);
-    for (int k = 0; k < r->equalities; ++k)
-        sums[k] = product(*r, equality(*r, k), x);
-    for (int k = 0; k < r->equalities; ++k)
-        x[r->pivots.get()[k]] = equality(*r, k)[r->nx] - sums[k];
+        if (r->dependent[c] == 0)
+            x[c] = *free_vars++;
     return 0;
 }
 
@@ -253,15 +287,19 @@ restriction *restriction_new_check(const restriction *current, const restriction
 {
     if (limits == nullptr)
         limits = current;
-    double *const x0 = current->scratch.get();
-    double *const x1 = x0 + width(*current);
-    double *const behind = x0 + 3 * width(*current);
-    restriction_makeX(current, free_vars, x0);
+    *alpha = 0.0;
+    step_room room(width(*current));
+    if (!room.there()) {
+        TESKA_ERR("restriction_new: malloc failed");
+        return nullptr;
+    }
+    restriction_makeX(current, free_vars, room.start());
     const int n = restriction_get_num_of_var(current);
+    double *const moved = room.row();
     for (int k = 0; k < n; ++k)
-        behind[k] = free_vars[k] + step[k];
-    restriction_makeX(current, behind, x1);
-    const obstacle first = first_obstacle(*current, *limits, x0, x1);
+        moved[k] = free_vars[k] + step[k];
+    restriction_makeX(current, moved, room.end());
+    const obstacle first = first_obstacle(*current, *limits, room);
     *alpha = first.alpha;
     if (first.row < 0)
         return nullptr;
@@ -274,8 +312,14 @@ restriction *restriction_new_check(const restriction *current, const restriction
 int restriction_get_back(const restriction *reduced, const restriction *current, const double *reduced_vars,
                          double *current_vars) TESKA_NOTHROW
 {
-    double *const x = reduced->scratch.get();
-    restriction_makeX(reduced, reduced_vars, x);
-    teska::pick_free(*current, x, current_vars);
+    const double *next_free = reduced_vars;
+    for (int c = 0; c < reduced->nx; ++c) {
+        const bool is_free = reduced->dependent[c] == 0;
+        if (current->dependent[c] == 0) {
+            *current_vars++ =
+                is_free ? *next_free : dependent_coordinate(*reduced, equality_of(*reduced, c), reduced_vars);
+        }
+        next_free += is_free ? 1 : 0;
+    }
     return 0;
 }
