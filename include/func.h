@@ -1,7 +1,7 @@
 /* func.h - a function given by points, x and y being elements of any fixed size
  *
- * Point i is an x element and a y element. The x elements stand in the order that the caller's order function
- * defines; the y elements follow them. Nothing is evaluated here: interp_double.h does that for doubles.
+ * Point i is an x element and a y element. The x elements are in the order that the caller's order function
+ * defines, and each y element goes with its x. Nothing is evaluated here: interp_double.h does that for doubles.
  *
  *     func *names = func_new(16, 8, sizeof(double), text_after);       8-byte texts to doubles
  *     if (func_insert(names, "cyan\0\0\0", &density) < 0)
@@ -16,13 +16,14 @@
  *   count when none does: points of equal x are all kept, in the order in which they were inserted.
  *   Elements are copied in. x may point to an own x element and y to an own y element; y must not point to an
  *   x element.
- *   The x elements stand one behind the other in the function's storage, and so do the y elements.
+ *   The x elements lie one after another in the function's storage, and so do the y elements.
  *   The addresses that func_get_point and func_search_el hand back lie in the function's storage and are
  *   valid until the next call that inserts, removes, reserves or kills.
  *   Sizes and capacities are those of list.h, 16 bits: at most 65535 points, elements of at most 65535 bytes.
  *   Failures are reported through error_mess_fl (error_mess.h). Except where a block says so, a func must not
  *   be null.
- *   A func is used by one thread at a time.
+ *   Threads: any number may query one func at once, its order and match functions allowing it, as long as none
+ *   changes it.
  */
 #ifndef TESKA_FUNC_H
 #define TESKA_FUNC_H
@@ -32,7 +33,7 @@ TESKA_BEGIN_C
 /* The opaque record of a point function. */
 typedef struct func func;
 
-/* Order: nonzero when the stored element sorts after the key. Called while a place is looked for; must not
+/* Order: nonzero when the stored element sorts after the key. Called while a position is looked for; must not
  * change the function, must not throw. The type is that of list_order_fn. */
 typedef int (*func_order)(const void *element, const void *key);
 
@@ -46,7 +47,7 @@ typedef int (*func_match)(const void *element, const void *key);
  * ext     points to make room for at first, and again whenever the room is used up; 0 and less mean 10
  * x_size  bytes of an x element
  * y_size  bytes of a y element
- * order   order of the x elements; null: points stand in the order of their insertion
+ * order   order of the x elements; null: points keep the order of their insertion
  * Returns the function, owned by the caller (func_kill), or NULL with
  * "func_new : unable to create new instance of function".
  */
@@ -65,19 +66,19 @@ TESKA_API int func_kill(func *f) TESKA_NOTHROW;
  *
  * Returns the index of the point, or -1 when there is no room for it; the list's line is then reported
  * ("list_insert : Unable to extend list, insufficient resources") and the points are unchanged.
- * O(log n) calls of the order function and one move of the points behind the place.
+ * O(log n) calls of the order function and one move of the points after it.
  */
 TESKA_API int func_insert(func *f, const void *x, const void *y) TESKA_NOTHROW;
 
 /* func_changep - overwrite x and y of a point in place.
  *
  * Returns index, or -1 with "list_changep : index out of bound" when there is no such point.
- * Kept: the point stays where it is, also when its new x belongs elsewhere. Positions asked for later then
- * depend on the order as it stands.
+ * Kept: the point stays where it is, also when its new x belongs elsewhere. Positions asked for later are then
+ * those that a binary search finds in the disturbed order.
  */
 TESKA_API int func_changep(func *f, int index, const void *x, const void *y) TESKA_NOTHROW;
 
-/* func_rem_point - remove a point; those behind it move down by one.
+/* func_rem_point - remove a point; those after it move down by one.
  *
  * Returns 0.
  * Kept: an index at which there is no point changes nothing and is not reported.

@@ -17,7 +17,8 @@
  * Common rules
  *   Handles are not null unless a block says so. The curve is a lin_interp_double (interp_double.h): straight between
  *   points, and the first and last line go on outside them. Failures are reported as file_double.h and
- *   interp_double.h say. A table is used by one thread at a time.
+ *   interp_double.h say. Threads: any number
+ *   may take values through one table at once as long as none does anything else with it.
  *   The file keeps three to four digits: a point of the range 0 to 255 that comes back from it may be off by 0.13.
  */
 #ifndef TESKA_GRAD_TAB_H
@@ -54,7 +55,7 @@ TESKA_API grad_tab *grad_tab_kill(grad_tab *g) TESKA_NOTHROW;
  * Returns 0; -1 when the curve has no room for the point or the file refuses it, which then stays in the curve
  * alone. A point that is no finite part of the range is refused by the file.
  * Kept: the inverse stays as it is. The name is "p" and the whole number nearest to 100 * (1 - part), halves to even:
- * "p100" for lo and "p0" for hi. A point whose name is there already takes its place in the file, though both
+ * "p100" for lo and "p0" for hi. A point whose name is there already replaces that one in the file, though both
  * are points of the curve.
  */
 TESKA_API int grad_tab_add_point(grad_tab *g, const double *point) TESKA_NOTHROW;
@@ -63,7 +64,7 @@ TESKA_API int grad_tab_add_point(grad_tab *g, const double *point) TESKA_NOTHROW
 
 /* grad_tab_list - give the points of the file one by one.
  *
- * cursor  0 at first; on return the place of the next one
+ * cursor  0 at first; on return where the next one is
  * pair    out: x and y in the range of values
  * Returns the name, valid until grad_tab_kill, or NULL at the end and as file_double_list does; pair is then not
  * in the range of values.

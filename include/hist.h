@@ -11,7 +11,8 @@
  *
  * Common rules
  *   The counts are 32-bit; a bin or a total that passes their range wraps.
- *   Except where a block says so, a histogram must not be null. It is used by one thread at a time.
+ *   Except where a block says so, a histogram must not be null. Any number of threads may take means
+ *   and percentiles of one at once as long as none changes it.
  */
 #ifndef TESKA_HIST_H
 #define TESKA_HIST_H
@@ -28,8 +29,8 @@ typedef struct hist hist;
  *     bins = hi - lo + 3
  *
  * lo, hi  lowest and highest value with a bin of its own; hi >= lo - 2
- * Returns the histogram, owned by the caller (hist_kill), or NULL with "hist_new: illegal bounds" when there would be no
- * bin, or with "hist_new: alloc self failed".
+ * Returns the histogram, owned by the caller (hist_kill), or NULL with "hist_new: illegal bounds" when there would be
+ * no bin, or with "hist_new: alloc self failed".
  * Kept: counts for which there is no memory, or more than 2147483647 of them, are reported as "hist_new: illegal
  * bounds" too.
  * Kept: hi = lo - 2 makes one bin, in which all values are counted.

@@ -22,7 +22,8 @@
  *   Where a block says nothing else, a null curve gives -1 and the report
  *   "lin_interp_double_getp : Not properly initialized".
  *   Kept: the text names getp in whichever function finds the null curve.
- *   Failures are reported through error_mess_fl (error_mess.h). A curve is used by one thread at a time.
+ *   Failures are reported through error_mess_fl (error_mess.h). Threads: any number may
+ *   query and evaluate one curve at once as long as none changes it; each gets what it would get alone.
  */
 #ifndef TESKA_INTERP_DOUBLE_H
 #define TESKA_INTERP_DOUBLE_H
@@ -62,8 +63,8 @@ TESKA_API int lin_interp_double_insert(lin_interp_double *li, double x, double y
 /* lin_interp_double_changep - overwrite a point in place.
  *
  * Returns 0, or -1 with "list_changep : index out of bound" when there is no such point.
- * Kept: the point stays where it is, also when its new x belongs elsewhere. Positions asked for later then
- * depend on the order as it stands.
+ * Kept: the point stays where it is, also when its new x belongs elsewhere. Positions asked for later are then
+ * those that a binary search finds in the disturbed order.
  */
 TESKA_API int lin_interp_double_changep(lin_interp_double *li, int index, double x, double y) TESKA_NOTHROW;
 

@@ -9,7 +9,7 @@
  *     rdither_kill(cell);
  *
  * Common rules
- *   Input level i, 0 .. n, stands for x = i m / n output levels. With k the whole number nearest to x (the greater of
+ *   Input level i, 0 .. n, is x = i m / n output levels. With k the whole number nearest to x (the greater of
  *   two) and f = x - k, the pixel whose entry in the matrix is d gets
  *
  *       k + 1   when d / 16 < f and k < m

@@ -6,8 +6,8 @@
  *     double where = gsect_min(0.0, 1.0, 5.0, 1e-6, cost, &least);
  *
  * Common rules
- *   The result carries the failure; nothing is reported, allocated or kept. All functions may be called from several
- *   threads. NaN and infinities pass through; no function fails to return because of them.
+ *   The result carries the failure; nothing is reported, allocated or kept. Any number of threads may call them at
+ *   once. NaN and infinities pass through; no function fails to return because of them.
  *   gaussd, fthird_order_eq and gsect_min (as far as its function does) give the same bits on every machine.
  */
 #ifndef TESKA_SCALAR_SOLVERS_H
@@ -38,17 +38,17 @@ TESKA_API int gaussd(double *a, double *b, int n) TESKA_NOTHROW;
  * c     4 coefficients
  * root  out, on success only
  * tol   a last step of at most this size ends the search
- * Returns 1; or 0 when the derivative is 0 somewhere on the way, a step leads below lo or is greater than hi, or 20
+ * Returns 1; or 0 when the derivative is 0 at one of the points, a step leads below lo or is greater than hi, or 20
  * steps do not suffice.
- * Kept: it is the step, not the place, that is compared with hi. A root above hi is found (t - 2 on 0 .. 1 gives 2), and
- * one inside can be refused (t + 9 on -10 .. 0.5).
+ * Kept: it is the step, not the point, that is compared with hi. A root above hi is found (t - 2 on 0 .. 1 gives 2),
+ * and one inside can be refused (t + 9 on -10 .. 0.5).
  * Source: W. H. Press et al., Numerical Recipes in C, 2nd ed., Cambridge University Press 1992, section 9.4.
  */
 TESKA_API int fthird_order_eq(const double *c, double *root, double lo, double hi, double tol) TESKA_NOTHROW;
 
 /* gsect_min - a minimum of a function by golden section.
  *
- * ax, bx, cx  bx lies between ax and cx, and f(bx) is below f(ax) and f(cx); otherwise some place between ax and cx
+ * ax, bx, cx  bx lies between ax and cx, and f(bx) is below f(ax) and f(cx); otherwise some point between ax and cx
  *             comes out
  * tol         width, in x, of the last interval. A minimum is not known better than to about 1e-8 of x. Less than the
  *             spacing of the numbers there ends when nothing moves any more, at the latest after 5000 rounds.
@@ -56,8 +56,8 @@ TESKA_API int fthird_order_eq(const double *c, double *root, double lo, double h
  * f_min       out: the value at the result
  * Returns the abscissa of the least of the values that are left.
  * Each round narrows the interval to 0.618 of its width. Of equal values the left one is followed.
- * Source: J. Kiefer, Sequential minimax search for a maximum, Proceedings of the American Mathematical Society 4 (1953),
- * pp. 502-506; W. H. Press et al., Numerical Recipes in C, section 10.1.
+ * Source: J. Kiefer, Sequential minimax search for a maximum, Proceedings of the American Mathematical Society 4
+ * (1953), pp. 502-506; W. H. Press et al., Numerical Recipes in C, section 10.1.
  */
 TESKA_API double gsect_min(double ax, double bx, double cx, double tol, gsect_function f, double *f_min) TESKA_NOTHROW;
 
@@ -65,7 +65,7 @@ TESKA_API double gsect_min(double ax, double bx, double cx, double tol, gsect_fu
  *
  * err  out: 0, or -1 when x is 0 and y is at most 0.001 either way
  * Returns the angle, 0 with err -1.
- * Kept: the multiples of pi are 3.1415926535, 6.283185307 and 1.57079632675, cut as they stand here.
+ * Kept: the multiples of pi are 3.1415926535, 6.283185307 and 1.57079632675, cut after these digits.
  * Agrees between machines to 1e-12.
  */
 TESKA_API double real_atan2PI(double x, double y, int *err) TESKA_NOTHROW;

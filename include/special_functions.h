@@ -33,12 +33,12 @@ TESKA_BEGIN_C
  * Returns 0 always. The outputs must lie outside the inputs.
  * What cannot be computed is NaN or infinite: everything for less than one point or for x that are all equal, siga and
  * sigb for two points without weights, what depends on a deviation of 0 or on a NaN.
- * From about 900 points on the 100 terms allowed for q may be too few: "a too large, ITMAX too small in routine gser" or
- * "a too large, ITMAX too small in gcf" is reported and q is what was reached. A NaN for chi-square reports the latter.
- * May be called from several threads as long as nothing is reported. All but q is the same bits on every machine; q
- * agrees to 1e-12.
- * Source: W. H. Press et al., Numerical Recipes in C, 2nd ed., Cambridge University Press 1992, section 15.2; Q: section
- * 6.2 and M. Abramowitz, I. A. Stegun, Handbook of Mathematical Functions, National Bureau of Standards 1964, 6.5.29
+ * From about 900 points on the 100 terms allowed for q may be too few: "a too large, ITMAX too small in routine gser"
+ * or "a too large, ITMAX too small in gcf" is reported and q is what was reached. A NaN for chi-square reports the
+ * latter.
+ * Any number of threads may call it at once. All but q is the same bits on every machine; q agrees to 1e-12.
+ * Source: W. H. Press et al., Numerical Recipes in C, 2nd ed., Cambridge University Press 1992, section 15.2; Q:
+ * section 6.2 and M. Abramowitz, I. A. Stegun, Handbook of Mathematical Functions, National Bureau of Standards 1964, 6.5.29
  * and 6.5.31; ln Gamma: C. Lanczos, A precision approximation of the gamma function, SIAM Journal on Numerical Analysis
  * B 1 (1964), pp. 86-96.
  */

@@ -8,8 +8,8 @@
  *     TRan3 replay = noise;                                  goes on as noise does
  *
  * Common rules
- *   The state is a ring of 55 numbers below MBIG and two places in it, 31 apart. Each step replaces the number at the
- *   first place by its difference to the number at the second, modulo MBIG.
+ *   The state is a ring of 55 numbers below MBIG and two indices into it, 31 apart. Each step replaces the number at
+ *   the first index by its difference to the number at the second, modulo MBIG.
  *   Generators are independent of each other; one generator is used by one thread at a time. Not for secrets.
  *   No member allocates, throws or reports.
  *   Source: D. E. Knuth, The Art of Computer Programming, vol. 2, 2nd ed., Addison-Wesley 1981, sections 3.2.2 and 3.6;
@@ -52,8 +52,8 @@ public:
 
 private:
     int ma[56]; /* the ring, ma[1] .. ma[55]; ma[0] is 0 and never used */
-    int inext;  /* place of the last number replaced; 0 at first */
-    int inextp; /* place of the number subtracted from it, 31 ahead in the ring */
+    int inext;  /* index of the last number replaced; 0 at first */
+    int inextp; /* index of the number subtracted from it, 31 ahead in the ring */
 };
 
 #endif

@@ -1,14 +1,14 @@
-/* vect.h - vectors of doubles, places in sorted arrays, subsets
+/* vect.h - vectors of doubles, positions in sorted arrays, subsets
  *
  *     double v[] = {3, 1, 0, 0, 0, 1, 0}, normal[3];
  *     vect_vector_product(v, normal);                      (-1e-20, -1e-20, 1)
- *     int a[] = {1, 3, 5, 7, 0}, place = 5;
- *     vect_insert_in_array(a, 4, &place);                  a = (1, 3, 4, 5, 7), place = 2
+ *     int a[] = {1, 3, 5, 7, 0}, index = 5;
+ *     vect_insert_in_array(a, 4, &index);                  a = (1, 3, 4, 5, 7), index = 2
  *
  * Common rules
  *   Pointers are not null and point to as many values as their block says. Sums are formed from 0.0 in rising
  *   index, so results are the same bits everywhere; NaN and infinity go through them as IEEE 754 says.
- *   Nothing is kept and nothing allocated but in vect_vector_product.
+ *   Nothing is kept and nothing allocated but in vect_vector_product. Any number of threads may call them at once.
  */
 #ifndef TESKA_VECT_H
 #define TESKA_VECT_H
@@ -20,7 +20,7 @@ TESKA_BEGIN_C
 /* vect_Min, vect_Max - the smallest and the largest of n values.
  *
  * Returns the first of equals (which matters for -0.0 and 0.0); 0.0 for n = 0. NaN never replaces another
- * value, and a NaN in front stays.
+ * value, and a NaN that comes first stays.
  */
 TESKA_API double vect_Min(const double *v, unsigned int n) TESKA_NOTHROW;
 TESKA_API double vect_Max(const double *v, unsigned int n) TESKA_NOTHROW;
@@ -37,7 +37,7 @@ TESKA_API double vect_square_distance(const double *a, const double *b, int n) T
 /* vect_distance - sqrt(vect_square_distance(a, b, n)). */
 TESKA_API double vect_distance(const double *a, const double *b, int n) TESKA_NOTHROW;
 
-/* vect_vector_product - the vector that stands at right angles to n - 1 vectors of n components.
+/* vect_vector_product - the vector at right angles to n - 1 vectors of n components.
  *
  *     out[i] = determinant of the matrix with rows e_i, v_1, .. v_(n-1)     (mat_det_det of mat.h)
  *
@@ -46,24 +46,24 @@ TESKA_API double vect_distance(const double *a, const double *b, int n) TESKA_NO
  * in   in[0] holds n, 1 to 4096, of which the fraction is cut off; the n - 1 vectors follow, one after another
  * out  n values; must not overlap in
  * Returns 0, or -1 for another n, or when memory runs out, with the report of mat.h; out is then untouched.
- * Kept: a component that should be 0 may come out as a product with 1e-20, the pivot that takes the place of 0.
+ * Kept: a component that should be 0 may come out as a product with 1e-20, the pivot that replaces 0.
  */
 TESKA_API int vect_vector_product(const double *in, double *out) TESKA_NOTHROW;
 
-/* ---- Places in sorted arrays ------------------------------------------------------------------------------------- */
+/* ---- Positions in sorted arrays ---------------------------------------------------------------------------------- */
 
 /* vect_locate_in_sh_array, vect_locate_in_array, vect_locate_in_double_array - where x belongs.
  *
  * a    n values in ascending order; unread for n = 0
  * pos  the first index whose value is not less than x, n when there is none. NaN gives n - 1.
  * Returns 0. O(log n).
- * Kept: as a short, a place beyond 32767 comes out negative.
+ * Kept: as a short, an index beyond 32767 comes out negative.
  */
 TESKA_API int vect_locate_in_sh_array(const short *a, short x, unsigned short n, short *pos) TESKA_NOTHROW;
 TESKA_API int vect_locate_in_array(const int *a, int x, unsigned int n, unsigned int *pos) TESKA_NOTHROW;
 TESKA_API int vect_locate_in_double_array(const double *a, double x, unsigned int n, unsigned int *pos) TESKA_NOTHROW;
 
-/* vect_insert_in_sh_array, vect_insert_in_array - put x where it belongs, in front of equals.
+/* vect_insert_in_sh_array, vect_insert_in_array - put x where it belongs, before its equals.
  *
  * a          *count_pos - 1 values in ascending order, with room for one more
  * count_pos  in: number of values with the new one, less than 1 means 1, at most 32768 for shorts;
@@ -76,21 +76,21 @@ TESKA_API int vect_insert_in_array(int *a, int x, int *count_pos) TESKA_NOTHROW;
 /* vect_shift_right_0 - move values to the right and fill up with 0.
  *
  * a  n values
- * k  places: a[i] = a[i - k] for i >= k, and 0 in front; nothing for k < 1, all 0 for k >= n
+ * k  distance: a[i] = a[i - k] for i >= k, and 0 before them; nothing for k < 1, all 0 for k >= n
  * Returns 0.
  */
 TESKA_API int vect_shift_right_0(int *a, unsigned int n, int k) TESKA_NOTHROW;
 
 /* ---- Subsets ----------------------------------------------------------------------------------------------------- */
 
-/* vect_next_point_selection - the subsets of m out of n places, one after another.
+/* vect_next_point_selection - the subsets of m out of n elements, one after another.
  *
  *     for (r = vect_next_point_selection(2, 4, 1, s, mask); r == 0; r = vect_next_point_selection(2, 4, 0, s, mask))
  *         s = {0,1}, {0,2}, {0,3}, {1,2}, {1,3}, {2,3}
  *
  * first      not 0 for the first subset, 0 for the one that follows the mask
  * selection  m indices in ascending order
- * mask       n values, 1 for the places of the subset and 0 for the others; kept from call to call by the caller
+ * mask       n values, 1 for the elements of the subset and 0 for the others; kept from call to call by the caller
  * Returns 0, or -2 when there is no further subset; the mask is then all 0, the selection untouched, and a
  * further call gives -2 again. Also -2, with nothing written, for m < 0, m > n or n < 0.
  */

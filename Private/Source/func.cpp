@@ -5,8 +5,8 @@
 //     x list, sorted by the order function  | x0 | x1 | x2 | ...
 //     y list, without an order              | y0 | y1 | y2 | ...
 //
-// The list finds the place of a new x, the y goes to the same index. With an order that answers "sorts after"
-// the place is an upper bound, so equal x keep the order of their insertion. Insertion O(log n) comparisons
+// The list finds the index of a new x, and the y goes to the same index. With an order that answers "sorts after"
+// this is an upper bound, so equal x keep the order of their insertion. Insertion O(log n) comparisons
 // and O(n) bytes moved.
 
 #include "func.h"
@@ -53,7 +53,7 @@ int func_insert(func *f, const void *x, const void *y) TESKA_NOTHROW
     if (index < 0)
         return -1;
     if (list_insert_index(f->y.get(), y, static_cast<unsigned>(index), 1) < 0) {
-        // An x without its y would shift every point behind it.
+        // An x without its y would shift every point after it.
         list_rem_element(f->x.get(), index);
         return -1;
     }

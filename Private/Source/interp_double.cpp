@@ -31,7 +31,7 @@ namespace
 // overflowing, it is no measure of quality.
 constexpr double min_distance = 1e-20;
 
-// All points: the elements of a list stand one behind the other. Null without points.
+// All points: the elements of a list lie one after another. Null without points.
 struct point_rows {
     const double *x;
     const double *y;
@@ -70,7 +70,7 @@ point_rows rows_of(const func *f)
     return {static_cast<const double *>(x), static_cast<const double *>(y), func_num(f)};
 }
 
-// Whether point i keeps its place between its neighbours.
+// Whether point i keeps the order with its neighbours.
 bool rises_at(const point_rows &rows, int i)
 {
     const double x = rows.x[i];

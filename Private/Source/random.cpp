@@ -19,7 +19,7 @@ namespace
 constexpr std::int32_t modulus = 2147483647;
 constexpr std::int32_t multiplier = 16807;
 constexpr std::int32_t quotient = 127773;  // modulus / multiplier
-constexpr std::int32_t remainder = 2836;   // modulus % multiplier
+constexpr std::int32_t rest = 2836;        // modulus % multiplier
 
 std::int32_t first_state(std::int64_t seed)
 {
@@ -57,7 +57,7 @@ random_rec *random_kill(random_rec *generator) TESKA_NOTHROW
 float random_val(random_rec *generator) TESKA_NOTHROW
 {
     const std::int32_t k = generator->state / quotient;
-    std::int32_t s = multiplier * (generator->state - k * quotient) - remainder * k;
+    std::int32_t s = multiplier * (generator->state - k * quotient) - rest * k;
     if (s <= 0)
         s += modulus;
     generator->state = s;

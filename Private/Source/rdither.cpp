@@ -1,6 +1,6 @@
 // rdither - table for ordered dithering from many levels to few (numerics)
 //
-// 16 entries per input level, the cell's rows one behind the other. Example, n = 4 and m = 1: level 1 is x = 0.25, so
+// 16 entries per input level, the rows of the cell one after another. Example, n = 4 and m = 1: level 1 is x = 0.25, so
 // k = 0 and f = 0.25, and the four pixels with d / 16 < 0.25 show 1; level 3 is x = 0.75, so k = 1 and f = -0.25, and
 // the four pixels with -d / 16 > -0.25 show 0.
 
@@ -23,8 +23,6 @@ constexpr unsigned max_level = 65535;
 }  // namespace
 
 struct rdither {
-    std::uint32_t n = 0;  // highest input level
-    std::uint32_t m = 0;  // highest output level
     teska::heap_block<std::int32_t> table;
 };
 
@@ -61,8 +59,6 @@ rdither *rdither_new(unsigned int n, unsigned int m) TESKA_NOTHROW
         TESKA_ERR("rdither_new:unable to create rdither");
         return nullptr;
     }
-    dither->n = n;
-    dither->m = m;
     dither->table = teska::zeroed_block<std::int32_t>(std::size_t{n + 1} * cell_size);
     if (!dither->table) {
         TESKA_ERR("rdither_new: malloc failed");

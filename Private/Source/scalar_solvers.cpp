@@ -1,10 +1,10 @@
 // scalar_solvers - small equations, the least value of a function, the angle of a vector (numerics)
 //
-// gsect_min keeps two places inside an interval, each 0.618 of its width away from the farther end, with their values:
+// gsect_min keeps two points inside an interval, each 0.618 of its width away from the farther end, with their values:
 //
 //     x0 ------- x1 --- x2 ------- x3
 //
-// The lesser value decides which end gives way; the other inner place and its value serve the next round.
+// The lesser value decides which end is dropped; the other inner point and its value serve the next round.
 
 #include "scalar_solvers.h"
 
@@ -32,7 +32,7 @@ constexpr double half_pi = 1.57079632675;
 
 constexpr double short_vector = 0.001;  // along y alone: has no angle
 
-// Brings a row whose element of column k is not 0 to place k. Kept: the first that is found, not the largest.
+// Makes row k one whose element of column k is not 0. Kept: the first that is found, not the largest.
 bool find_pivot(double *a, double *b, std::size_t n, std::size_t k)
 {
     double *row = a + k * n;
@@ -67,13 +67,13 @@ void substitute_back(const double *a, double *b, std::size_t n)
     }
 }
 
-struct places {
+struct section {
     double x0, x1, x2, x3;
 
-    bool operator==(const places &) const = default;
+    bool operator==(const section &) const = default;
 };
 
-places first_places(double ax, double bx, double cx)
+section first_section(double ax, double bx, double cx)
 {
     if (std::fabs(cx - bx) <= std::fabs(bx - ax))
         return {ax, bx - golden_rest * (bx - ax), bx, cx};
@@ -105,7 +105,7 @@ int fthird_order_eq(const double *c, double *root, double lo, double hi, double 
             return 0;
         const double step = (((c[3] * t + c[2]) * t + c[1]) * t + c[0]) / slope;
         t -= step;
-        // Kept: hi bounds the step, not the place.
+        // Kept: hi bounds the step, not t.
         if (t < lo || hi < step)
             return 0;
         if (std::fabs(step) <= tol) {
@@ -118,11 +118,11 @@ int fthird_order_eq(const double *c, double *root, double lo, double hi, double 
 
 double gsect_min(double ax, double bx, double cx, double tol, gsect_function f, double *f_min) TESKA_NOTHROW
 {
-    places x = first_places(ax, bx, cx);
+    section x = first_section(ax, bx, cx);
     double f1 = f(x.x1);
     double f2 = f(x.x2);
     for (int round = 0; std::fabs(x.x3 - x.x0) > tol && round < section_rounds; ++round) {
-        const places before = x;
+        const section before = x;
         if (f1 <= f2) {
             x = {before.x0, golden * before.x1 + golden_rest * before.x0, before.x1, before.x2};
             f2 = f1;

@@ -9,7 +9,7 @@
 //
 //     exp(-x) x^a / Gamma(a)
 //
-// in front, taken through its logarithm, so that neither part overflows. Up to 100 terms: about sqrt(a) are needed.
+// which is taken through its logarithm, so that neither part overflows. Up to 100 terms: about sqrt(a) are needed.
 
 #include "special_functions.h"
 
@@ -23,7 +23,7 @@ namespace
 
 constexpr int max_terms = 100;
 constexpr double precision = 3.0e-7;    // relative, at which sums and fractions end
-constexpr double least_part = 1.0e-30;  // stands in for a numerator or denominator that vanishes
+constexpr double least_part = 1.0e-30;  // replaces a numerator or denominator that vanishes
 
 // Lanczos' sum for gamma = 5 with six terms: relative error below 2e-10 for positive x.
 double ln_gamma(double x)
@@ -33,10 +33,10 @@ double ln_gamma(double x)
                                        -1.231739572450155, 0.1208650973866179e-2, -0.5395239384953e-5};
     constexpr double sqrt_2_pi = 2.5066282746310005;
     double sum = first;
-    double place = x;
+    double divisor = x;
     for (const double coefficient : coefficients) {
-        place += 1.0;
-        sum += coefficient / place;
+        divisor += 1.0;
+        sum += coefficient / divisor;
     }
     return (x + 0.5) * std::log(x + 5.5) - (x + 5.5) + std::log(sqrt_2_pi * sum / x);
 }

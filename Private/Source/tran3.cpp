@@ -1,11 +1,11 @@
 // tran3 - a subtractive generator of random numbers (numerics)
 //
-// One step, with both places moving round the ring 1 .. 55:
+// One step, with both indices moving round the ring 1 .. 55:
 //
 //     ma[inext] = (ma[inext] - ma[inextp]) mod MBIG
 //
-// The constructor spreads the seed over the ring, neighbours 21 places apart, and subtracts each number's successor 31
-// places on four times over, which is the warm-up. Every number is in 0 .. MBIG - 1 at all times, so that no difference
+// The constructor spreads the seed over the ring, neighbours 21 indices apart, and subtracts from each number the one
+// 31 indices further on, four times over, which is the warm-up. Every number is in 0 .. MBIG - 1 at all times, so that no difference
 // leaves 32 bits.
 
 #include "tran3.h"
@@ -21,7 +21,7 @@ static_assert(sizeof(TRan3) == 58 * sizeof(std::int32_t));
 namespace
 {
 
-constexpr int last = 55;  // place of the ring's last number
+constexpr int last = 55;  // index of the ring's last number
 
 int difference(int a, int b)
 {
@@ -29,7 +29,7 @@ int difference(int a, int b)
     return d < TRan3::MZ ? d + TRan3::MBIG : d;
 }
 
-int next_place(int place) { return place == last ? 1 : place + 1; }
+int next_index(int index) { return index == last ? 1 : index + 1; }
 
 // |MSEED - |seed|| mod MBIG. The magnitude of the least long is no long.
 int first_number(long seed)
@@ -49,10 +49,10 @@ TRan3::TRan3(long seed) : ma(), inext(0), inextp(31)
     ma[last] = mj;
     int mk = 1;
     for (int i = 1; i < last; ++i) {
-        const int place = 21 * i % last;
-        ma[place] = mk;
+        const int index = 21 * i % last;
+        ma[index] = mk;
         mk = difference(mj, mk);
-        mj = ma[place];
+        mj = ma[index];
     }
     for (int round = 0; round < 4; ++round)
         for (int i = 1; i <= last; ++i)
@@ -63,8 +63,8 @@ TRan3 &TRan3::operator=(const TRan3 &other) = default;
 
 float TRan3::Generate()
 {
-    inext = next_place(inext);
-    inextp = next_place(inextp);
+    inext = next_index(inext);
+    inextp = next_index(inextp);
     ma[inext] = difference(ma[inext], ma[inextp]);
     return static_cast<float>(ma[inext] * FAC);
 }

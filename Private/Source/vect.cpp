@@ -1,4 +1,4 @@
-// vect - vectors of doubles, places in sorted arrays, subsets (numerics)
+// vect - vectors of doubles, positions in sorted arrays, subsets (numerics)
 
 #include "vect.h"
 
@@ -15,7 +15,7 @@ namespace
 
 using matrix = teska::handle<mat, mat_kill>;
 
-// n - 1 vectors of n components with n in front: a limit far above any use, where the matrix is 128 MiB.
+// n - 1 vectors of n components, after n itself: a limit far above any use, where the matrix is 128 MiB.
 constexpr double max_dimension = 4096.0;
 
 template <class Value>
@@ -41,10 +41,10 @@ template <class Value>
 int insert(Value *a, Value x, int *count_pos)
 {
     const int held = std::max(*count_pos, 1) - 1;
-    const unsigned place = locate(a, x, static_cast<unsigned>(held));
-    std::copy_backward(a + place, a + held, a + held + 1);
-    a[place] = x;
-    *count_pos = static_cast<int>(place);
+    const unsigned index = locate(a, x, static_cast<unsigned>(held));
+    std::copy_backward(a + index, a + held, a + held + 1);
+    a[index] = x;
+    *count_pos = static_cast<int>(index);
     return 0;
 }
 
@@ -101,7 +101,7 @@ int vect_vector_product(const double *in, double *out) TESKA_NOTHROW
     return 0;
 }
 
-// ---- Places in sorted arrays ---------------------------------------------------------------------------------------
+// ---- Positions in sorted arrays -------------------------------------------------------------------------------------
 
 int vect_locate_in_sh_array(const short *a, short x, unsigned short n, short *pos) TESKA_NOTHROW
 {
@@ -143,7 +143,7 @@ namespace
 bool advance(int *mask, int n)
 {
     int ones = 0;
-    bool zero_seen = false;  // to the right of the place looked at
+    bool zero_seen = false;  // to the right of i
     for (int i = n - 1; i >= 0; --i) {
         if (mask[i] == 0) {
             zero_seen = true;
