@@ -18,13 +18,47 @@
 
 #include "Kernels/fir_kernels.h"
 
-#include <immintrin.h>
-
 namespace teska
 {
 
 namespace
 {
+
+// How Isa, an instruction set whose narrowing saturates and works in every 16 bytes, stores sums. Isa::in_order_16 and
+// Isa::in_order_8 mend the order that comes of it.
+template <class Isa>
+struct fir_saturating : Isa {
+    using vector = typename Isa::vector;
+
+    // The results of two vectors, not below -32768 but not clipped.
+    static vector results(const vector *sums) noexcept
+    {
+        return Isa::narrow_to_s16(Isa::shift_right_s32(sums[0], 16), Isa::shift_right_s32(sums[1], 16));
+    }
+    static vector clip(vector values, std::uint16_t maximum) noexcept
+    {
+        return Isa::min_s16(Isa::max_s16(values, Isa::zero()), Isa::all16(maximum));
+    }
+
+    static void store_results(std::uint16_t *at, const vector *sums, std::uint16_t maximum) noexcept
+    {
+        for (int v = 0; v < 4; v += 2)
+            Isa::store(at + v * Isa::lanes, Isa::in_order_16(clip(results(sums + v), maximum)));
+    }
+
+    static void store_results(std::uint8_t *at, const vector *sums, std::uint16_t maximum) noexcept
+    {
+        vector low = results(sums);
+        vector high = results(sums + 2);
+        if (maximum > 255) {
+            // The low bytes remain, as of an assignment.
+            low = clip(low, maximum) & Isa::all16(255);
+            high = clip(high, maximum) & Isa::all16(255);
+        }
+        const vector bytes = Isa::min_u8(Isa::narrow_to_u8(low, high), Isa::all8(maximum > 255 ? 255 : maximum));
+        Isa::store(at, Isa::in_order_8(bytes));
+    }
+};
 
 // Isa::vector holds Isa::lanes sums.
 template <class Isa>
@@ -45,9 +79,9 @@ struct fir_kernel {
             const std::uint32_t *words = tap->words + x;
             // One address with fixed distances: the compiler would add a register of its own to each.
             __asm__("" : "+r"(words));
-            const vector factors = Isa::all(tap->factors);
+            const vector factors = Isa::all32(tap->factors);
             for (int v = 0; v < Vectors; ++v)
-                sums[v] = Isa::add(sums[v], Isa::multiply_add(Isa::load(words + v * lanes), factors));
+                sums[v] = Isa::add32(sums[v], Isa::pair_products_s16(Isa::load(words + v * lanes), factors));
         } while (++tap != taps + count);
     }
 
@@ -55,11 +89,11 @@ struct fir_kernel {
     static void sum_up(vector (&sums)[Vectors], const fir_taps &taps, std::ptrdiff_t x) noexcept
     {
         for (vector &sum : sums)
-            sum = Isa::all(taps.highs != 0 ? 0 : taps.start);
+            sum = Isa::all32(taps.highs != 0 ? 0 : taps.start);
         if (taps.highs != 0) {
             add(sums, taps.high, taps.highs, x);
             for (vector &sum : sums)
-                sum = Isa::add(Isa::shift_up(sum), Isa::all(taps.start));
+                sum = Isa::add32(Isa::shift_left32(sum, 16), Isa::all32(taps.start));
         }
         add(sums, taps.low, taps.lows, x);
     }
@@ -70,7 +104,7 @@ struct fir_kernel {
         vector sums[Vectors];
         sum_up(sums, taps, x);
         for (int v = 0; v < Vectors; v += group)
-            Isa::store(out + v * lanes, sums + v, taps.maximum);
+            Isa::store_results(out + v * lanes, sums + v, taps.maximum);
     }
 
     template <class Sample>

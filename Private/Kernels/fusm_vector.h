@@ -69,8 +69,8 @@ public:
 
     explicit fusm_byte_kernel(const fusm_curve &curve) noexcept
         : levels_(curve.factors != nullptr), ramp_(curve.byte_ramp.fits), shift_(16 - curve.byte_ramp.shift),
-          multiplier_(Isa::set16(static_cast<int>(curve.byte_ramp.multiplier))), last_(Isa::set16(curve.last)),
-          top_(Isa::set8(curve.top)), corrections_(curve.bytes, !ramp_), low_(curve.factor_bytes[0], levels_),
+          multiplier_(Isa::all16(static_cast<int>(curve.byte_ramp.multiplier))), last_(Isa::all16(curve.last)),
+          top_(Isa::all8(curve.top)), corrections_(curve.bytes, !ramp_), low_(curve.factor_bytes[0], levels_),
           high_(curve.factor_bytes[1], levels_)
     {
     }
@@ -82,30 +82,30 @@ public:
                         std::ptrdiff_t i) const noexcept
     {
         const vector samples = Isa::load(s.samples + i);
-        vector h[2] = {Isa::set16(0), Isa::set16(0)};
+        vector h[2] = {Isa::zero(), Isa::zero()};
 #pragma GCC unroll 16
         for (int t = 0; t < fusm_window<Radius>::count; t += 2) {
             const vector a = Isa::load(from.at[t] + i);
             const vector b = Isa::load(from.at[t + 1] + i);
-            const vector weights = Isa::set16((from.weight(t) & 255) | from.weight(t + 1) * 256);
-            h[0] = Isa::add16(h[0], Isa::multiply_pairs8(Isa::low8(a, b), weights));
-            h[1] = Isa::add16(h[1], Isa::multiply_pairs8(Isa::high8(a, b), weights));
+            const vector weights = Isa::all16((from.weight(t) & 255) | from.weight(t + 1) * 256);
+            h[0] = Isa::add16(h[0], Isa::pair_products_u8_s8(Isa::zip_low8(a, b), weights));
+            h[1] = Isa::add16(h[1], Isa::pair_products_u8_s8(Isa::zip_high8(a, b), weights));
         }
         if (levels_)
             reduce(samples, h);
-        const vector sign = Isa::narrow_signed16(h[0], h[1]);
+        const vector sign = Isa::narrow_to_s8(h[0], h[1]);
         for (vector &half : h)
-            half = Isa::min16(Isa::abs16(half), last_);
+            half = Isa::min_u16(Isa::abs16(half), last_);
         vector correction;
         if (ramp_) {
             for (vector &half : h)
-                half = Isa::multiply_high16(Isa::shift_left16(half, shift_), multiplier_);
-            correction = Isa::narrow16(h[0], h[1]);
+                half = Isa::multiply_high_u16(Isa::shift_left16(half, shift_), multiplier_);
+            correction = Isa::narrow_to_u8(h[0], h[1]);
         } else
-            correction = corrections_.look_up(Isa::narrow16(h[0], h[1]));
-        const vector result =
-            Isa::choose(sign, Isa::subtract_cut8(samples, correction), Isa::add_cut8(samples, correction));
-        Isa::store(s.out + i, Isa::min8(result, s.limits != nullptr ? Isa::load(s.limits + i) : top_));
+            correction = corrections_.look_up(Isa::narrow_to_u8(h[0], h[1]));
+        const vector result = Isa::choose8(sign, Isa::subtract_saturated_u8(samples, correction),
+                                           Isa::add_saturated_u8(samples, correction));
+        Isa::store(s.out + i, Isa::min_u8(result, s.limits != nullptr ? Isa::load(s.limits + i) : top_));
     }
 
 private:
@@ -113,12 +113,12 @@ private:
     {
         const vector low = low_.look_up(samples);
         const vector high = high_.look_up(samples);
-        const vector factors[2] = {Isa::low8(low, high), Isa::high8(low, high)};
+        const vector factors[2] = {Isa::zip_low8(low, high), Isa::zip_high8(low, high)};
         for (int half = 0; half < 2; ++half) {
             const vector product_low = Isa::multiply_low16(factors[half], h[half]);
-            const vector product_high = Isa::multiply_high_signed16(factors[half], h[half]);
-            h[half] = Isa::narrow_signed32(Isa::template shift_right32<8>(Isa::low16(product_low, product_high)),
-                                           Isa::template shift_right32<8>(Isa::high16(product_low, product_high)));
+            const vector product_high = Isa::multiply_high_s16(factors[half], h[half]);
+            h[half] = Isa::narrow_to_s16(Isa::shift_right_s32(Isa::zip_low16(product_low, product_high), 8),
+                                         Isa::shift_right_s32(Isa::zip_high16(product_low, product_high), 8));
         }
     }
 
@@ -143,8 +143,8 @@ public:
     static constexpr int lanes = static_cast<int>(sizeof(vector) / 2);
 
     explicit fusm_word_kernel(const fusm_curve &curve) noexcept
-        : curve_(curve), shift_(curve.ramp.shift), multiplier_(Isa::set32(static_cast<int>(curve.ramp.multiplier))),
-          last_(Isa::set32(curve.last)), top_(Isa::set16(curve.top < 65535 ? curve.top : 65535))
+        : curve_(curve), shift_(curve.ramp.shift), multiplier_(Isa::all32(curve.ramp.multiplier)),
+          last_(Isa::all32(curve.last)), top_(Isa::all16(curve.top < 65535 ? curve.top : 65535))
     {
     }
 
@@ -154,40 +154,47 @@ public:
     void sharpen_vector(const stretch &s, const fusm_neighbours<Radius, std::uint16_t> &from,
                         std::ptrdiff_t i) const noexcept
     {
-        const vector offset = Isa::set16(0x8000);
+        const vector offset = Isa::all16(0x8000);
         const vector samples = Isa::load(s.samples + i);
-        vector h[2] = {Isa::set32(0), Isa::set32(0)};
+        vector h[2] = {Isa::zero(), Isa::zero()};
 #pragma GCC unroll 16
         for (int t = 0; t < fusm_window<Radius>::count; t += 2) {
-            const vector a = Isa::exclusive_or(Isa::load(from.at[t] + i), offset);
-            const vector b = Isa::exclusive_or(Isa::load(from.at[t + 1] + i), offset);
-            const vector weights = Isa::set32((from.weight(t) & 65535) | from.weight(t + 1) * 65536);
-            h[0] = Isa::add32(h[0], Isa::multiply_pairs16(Isa::low16(a, b), weights));
-            h[1] = Isa::add32(h[1], Isa::multiply_pairs16(Isa::high16(a, b), weights));
+            const vector a = Isa::load(from.at[t] + i) ^ offset;
+            const vector b = Isa::load(from.at[t + 1] + i) ^ offset;
+            const vector weights = Isa::all32((from.weight(t) & 65535) | from.weight(t + 1) * 65536);
+            h[0] = Isa::add32(h[0], Isa::pair_products_s16(Isa::zip_low16(a, b), weights));
+            h[1] = Isa::add32(h[1], Isa::pair_products_s16(Isa::zip_high16(a, b), weights));
         }
-        const vector wide[2] = {Isa::low16(samples, Isa::set32(0)), Isa::high16(samples, Isa::set32(0))};
+        const vector wide[2] = {Isa::zip_low16(samples, Isa::zero()), Isa::zip_high16(samples, Isa::zero())};
         for (int half = 0; half < 2; ++half) {
             if (curve_.factors != nullptr)
                 h[half] = reduce(wide[half], h[half]);
-            const vector sign = Isa::template shift_right32<31>(h[half]);
-            const vector size = Isa::min32(Isa::abs32(h[half]), last_);
+            const vector sign = Isa::shift_right_s32(h[half], 31);
+            const vector size = Isa::min_s32(Isa::abs32(h[half]), last_);
             const vector correction =
-                curve_.ramp.fits ? Isa::multiply_wide32(size, multiplier_, shift_) : Isa::look_up16(curve_.table, size);
-            h[half] = Isa::add32(wide[half], Isa::subtract32(Isa::exclusive_or(correction, sign), sign));
+                curve_.ramp.fits ? multiply_wide(size, multiplier_, shift_) : Isa::shorts_at(curve_.table, size);
+            h[half] = Isa::add32(wide[half], Isa::subtract32(correction ^ sign, sign));
         }
-        const vector result = Isa::narrow32(h[0], h[1]);
-        Isa::store(s.out + i, Isa::min16(result, s.limits != nullptr ? Isa::load(s.limits + i) : top_));
+        const vector result = Isa::narrow_to_u16(h[0], h[1]);
+        Isa::store(s.out + i, Isa::min_u16(result, s.limits != nullptr ? Isa::load(s.limits + i) : top_));
     }
 
 private:
+    // a * b >> by in 64 bits; the results fit 32.
+    static vector multiply_wide(vector a, vector b, int by) noexcept
+    {
+        const vector even = Isa::shift_right_u64(Isa::multiply_even_u32(a, b), by);
+        const vector odd = Isa::shift_right_u64(Isa::multiply_even_u32(Isa::shift_right_u64(a, 32), b), by);
+        return even | Isa::shift_left64(odd, 32);
+    }
+
     vector reduce(vector samples, vector h) const noexcept
     {
-        const vector entry = Isa::min32(samples, Isa::set32(curve_.top));
-        const vector bits = Isa::look_up16(curve_.factors, entry);
-        const vector factors = Isa::template shift_right32<16>(Isa::template shift_left32<16>(bits));
-        const vector rest = Isa::multiply_low32(factors, Isa::both(h, Isa::set32(255)));
-        return Isa::add32(Isa::multiply_low32(factors, Isa::template shift_right32<8>(h)),
-                          Isa::template shift_right32<8>(rest));
+        const vector entry = Isa::min_s32(samples, Isa::all32(curve_.top));
+        const vector bits = Isa::shorts_at(reinterpret_cast<const std::uint16_t *>(curve_.factors), entry);
+        const vector factors = Isa::shift_right_s32(Isa::shift_left32(bits, 16), 16);
+        const vector rest = Isa::multiply_low32(factors, h & Isa::all32(255));
+        return Isa::add32(Isa::multiply_low32(factors, Isa::shift_right_s32(h, 8)), Isa::shift_right_s32(rest, 8));
     }
 
     const fusm_curve &curve_;

@@ -11,14 +11,13 @@ namespace teska
 namespace
 {
 
-// Isa::vector holds Isa::lanes doubles; Isa::not_at_least(value, limit) has bit i set unless lane i is at least limit.
-template <class Isa>
+template <class Isa>  // of doubles
 struct hull_kernel {
     using vector = typename Isa::vector;
 
     static unsigned below(const hull_planes &planes, std::ptrdiff_t i, const vector *point, vector limit) noexcept
     {
-        const auto at = [i](const double *values) noexcept { return *reinterpret_cast<const vector *>(values + i); };
+        const auto at = [i](const double *values) noexcept { return Isa::load(values + i); };
         return Isa::not_at_least(
             at(planes.x) * point[0] + at(planes.y) * point[1] + at(planes.z) * point[2] + at(planes.d), limit);
     }
@@ -35,8 +34,8 @@ struct hull_kernel {
     static std::ptrdiff_t first_below(const hull_planes &planes, std::ptrdiff_t from, const double *point,
                                       double limit) noexcept
     {
-        const vector at[3] = {point[0] - vector{}, point[1] - vector{}, point[2] - vector{}};
-        const vector limits = limit - vector{};
+        const vector at[3] = {Isa::all(point[0]), Isa::all(point[1]), Isa::all(point[2])};
+        const vector limits = Isa::all(limit);
         // The bits of planes before `from` do not count.
         const std::ptrdiff_t before = from % hull_planes::group;
         unsigned wanted = ~0U << before;

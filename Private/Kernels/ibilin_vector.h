@@ -37,6 +37,37 @@ struct stripes {
 template <class T, int N>
 constexpr stripes<T, N> striped;
 
+// An instruction set whose shuffles reach 16 bytes.
+template <class Isa>
+struct ibilin_units_of_16 : Isa {
+    using vector = typename Isa::vector;
+    static constexpr int unit = 16;
+    static constexpr int units = Isa::size / unit;
+
+    template <int Bytes, int Part>
+    static vector shuffle(vector window, vector mask) noexcept
+    {
+        return Isa::shuffle8(window, mask);
+    }
+    // The mask with the places of either window below 0x80, those of the other one not.
+    static vector shuffle_pair(vector first, vector second, vector mask) noexcept
+    {
+        return Isa::shuffle8(first, Isa::add8(mask, Isa::all8(0x70))) |
+               Isa::shuffle8(second, Isa::subtract8(mask, Isa::all8(0x10)));
+    }
+    static vector lower_halves(vector a, vector b) noexcept { return Isa::zip_low64(a, b); }
+    static vector upper_halves(vector a, vector b) noexcept { return Isa::zip_high64(a, b); }
+    static vector narrow_lanes(vector a, vector b) noexcept { return Isa::narrow_to_u8(a, b); }
+
+    template <class T>
+    using stripe = vector;
+    static vector stripe_at(const void *pattern) noexcept { return Isa::load(pattern); }
+    static void put(void *at, vector a, vector chosen) noexcept
+    {
+        Isa::store(at, Isa::choose8(chosen, a, Isa::load(at)));
+    }
+};
+
 template <class Isa>
 struct ibilin_kernel {
     using vector = typename Isa::vector;
@@ -46,15 +77,15 @@ struct ibilin_kernel {
 
     static vector blend_bytes(vector a, vector b, vector negative_weight) noexcept
     {
-        return Isa::add(a, Isa::multiply_signed(Isa::subtract(a, b), negative_weight));
+        return Isa::add16(a, Isa::multiply_high_s16(Isa::subtract16(a, b), negative_weight));
     }
 
     static vector blend_words(vector a, vector b, vector weight, vector rest) noexcept
     {
-        const vector rise = Isa::subtract_saturated(b, a);
-        const vector fall = Isa::subtract_saturated(a, b);
-        const vector least = Isa::subtract(a, fall);
-        return Isa::add(least, Isa::add(Isa::multiply(rise, weight), Isa::multiply(fall, rest)));
+        const vector rise = Isa::subtract_saturated_u16(b, a);
+        const vector fall = Isa::subtract_saturated_u16(a, b);
+        const vector least = Isa::subtract16(a, fall);
+        return Isa::add16(least, Isa::add16(Isa::multiply_high_u16(rise, weight), Isa::multiply_high_u16(fall, rest)));
     }
 
     // Windows 0 and 1 of a half, or the only one.
@@ -64,9 +95,8 @@ struct ibilin_kernel {
         if constexpr (Windows == 1)
             return Isa::template shuffle<Bytes, 0>(Isa::windows(in, offset), Isa::load(mask));
         else
-            return Isa::either(
-                Isa::template shuffle<Bytes, 1>(Isa::windows(in, offset), Isa::load(mask)),
-                Isa::template shuffle<Bytes, 2>(Isa::windows(in, offset + Isa::units), Isa::load(mask + bytes)));
+            return Isa::template shuffle<Bytes, 1>(Isa::windows(in, offset), Isa::load(mask)) |
+                   Isa::template shuffle<Bytes, 2>(Isa::windows(in, offset + Isa::units), Isa::load(mask + bytes));
     }
 
     // A vector of lanes; offset and table go on to the next one.
@@ -83,8 +113,8 @@ struct ibilin_kernel {
         } else {
             const vector lower = shuffled<Bytes, half>(in, offset, table);
             const vector upper = shuffled<Bytes, half>(in, offset + half * Isa::units, table + half * bytes);
-            a = Isa::join_lower(lower, upper);
-            b = Isa::join_upper(lower, upper);
+            a = Isa::lower_halves(lower, upper);
+            b = Isa::upper_halves(lower, upper);
         }
         const vector weight = Isa::load(table + masks * bytes);
         offset += Windows * Isa::units;
@@ -92,7 +122,7 @@ struct ibilin_kernel {
         if constexpr (Bytes == 1)
             return blend_bytes(a, b, weight);
         else
-            return blend_words(a, b, weight, Isa::subtract(Isa::same(0), weight));
+            return blend_words(a, b, weight, Isa::subtract16(Isa::zero(), weight));
     }
 
     template <int Windows, class T>
@@ -104,7 +134,7 @@ struct ibilin_kernel {
             for (std::ptrdiff_t v = 0; v < plan.vectors; ++v, out += samples<T>) {
                 const vector first = blended<sizeof(T), Windows>(in, offset, table);
                 if constexpr (sizeof(T) == 1)
-                    Isa::store(out, Isa::narrow(first, blended<1, Windows>(in, offset, table)));
+                    Isa::store(out, Isa::narrow_lanes(first, blended<1, Windows>(in, offset, table)));
                 else
                     Isa::store(out, first);
             }
@@ -142,7 +172,7 @@ struct ibilin_kernel {
             for (std::ptrdiff_t v = 0; v < plan.vectors; ++v, out += bytes) {
                 vector picked = pair(in, offset, table);
                 if constexpr (Windows == 4)
-                    picked = Isa::join_lower(picked, pair(in, offset, table));
+                    picked = Isa::lower_halves(picked, pair(in, offset, table));
                 Isa::store(out, picked);
             }
         }
@@ -151,11 +181,11 @@ struct ibilin_kernel {
     template <class T>
     static void pick_every_other(const ibilin_plan &plan, const T *in, T *out) noexcept
     {
-        const vector even = sizeof(T) == 1 ? Isa::same(0xFF) : Isa::same_pair(0xFFFF);
+        const vector even = sizeof(T) == 1 ? Isa::all16(0xFF) : Isa::all32(0xFFFF);
         for (std::ptrdiff_t v = 0; v < plan.vectors; ++v, in += 2 * samples<T>, out += samples<T>) {
-            const vector a = Isa::both(Isa::load(in), even);
-            const vector b = Isa::both(Isa::load(in + samples<T>), even);
-            Isa::store(out, Isa::in_order(sizeof(T) == 1 ? Isa::narrow_units(a, b) : Isa::narrow_pairs(a, b)));
+            const vector a = Isa::load(in) & even;
+            const vector b = Isa::load(in + samples<T>) & even;
+            Isa::store(out, Isa::unzip64(sizeof(T) == 1 ? Isa::narrow_to_u8(a, b) : Isa::narrow_to_u16(a, b)));
         }
     }
 
@@ -192,20 +222,20 @@ struct ibilin_kernel {
         const bool lower_is_nearer = weight > 32768;
         const std::uint8_t *const nearer = lower_is_nearer ? lower : upper;
         const std::uint8_t *const further = lower_is_nearer ? upper : lower;
-        const vector w = Isa::same(static_cast<int>(lower_is_nearer ? weight - 65536 : 0 - weight));
+        const vector w = Isa::all16(static_cast<int>(lower_is_nearer ? weight - 65536 : 0 - weight));
         write(count, out, [=](std::ptrdiff_t i) {
             const vector a = Isa::load(nearer + i);
             const vector b = Isa::load(further + i);
-            return Isa::narrow_units(blend_bytes(Isa::widen_lower(a), Isa::widen_lower(b), w),
-                                     blend_bytes(Isa::widen_upper(a), Isa::widen_upper(b), w));
+            return Isa::narrow_to_u8(blend_bytes(Isa::zip_low8(a, Isa::zero()), Isa::zip_low8(b, Isa::zero()), w),
+                                     blend_bytes(Isa::zip_high8(a, Isa::zero()), Isa::zip_high8(b, Isa::zero()), w));
         });
     }
 
     static void down_words(const std::uint16_t *upper, const std::uint16_t *lower, std::uint32_t weight,
                            std::ptrdiff_t count, std::uint16_t *out) noexcept
     {
-        const vector w = Isa::same(static_cast<int>(weight));
-        const vector rest = Isa::same(static_cast<int>(0 - weight));
+        const vector w = Isa::all16(static_cast<int>(weight));
+        const vector rest = Isa::all16(static_cast<int>(0 - weight));
         write(count, out,
               [=](std::ptrdiff_t i) { return blend_words(Isa::load(upper + i), Isa::load(lower + i), w, rest); });
     }
@@ -227,7 +257,7 @@ struct ibilin_kernel {
         constexpr std::ptrdiff_t step = samples<T>;
         typename Isa::template stripe<T> chosen[N];
         for (int k = 0; k < N; ++k)
-            chosen[k] = Isa::template stripe_at<T>(striped<T, N>.at + (N - c) % N + k * step % N);
+            chosen[k] = Isa::stripe_at(striped<T, N>.at + (N - c) % N + k * step % N);
         std::ptrdiff_t i = 0;
         for (; i + N * step <= count; i += N * step)
             for (int k = 0; k < N; ++k)

@@ -29,7 +29,8 @@ set(kernels
     md_tetrab_v128
     md_tetrad_avx2
     md_tetrad_avx512
-    md_tetrad_scalar)
+    md_tetrad_scalar
+    md_tetras_scalar)
 
 # ---- The processor ---------------------------------------------------------------------------------------------------
 

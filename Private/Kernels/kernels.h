@@ -19,6 +19,7 @@
 #include "Kernels/mat_kernels.h"
 #include "Kernels/md_tetrab_kernels.h"
 #include "Kernels/md_tetrad_kernels.h"
+#include "Kernels/md_tetras_kernels.h"
 
 #include <atomic>
 
@@ -36,6 +37,7 @@ struct kernel_table {
     clut_kernels clut;
     md_tetrab_kernels md_tetrab;
     md_tetrad_kernels md_tetrad;
+    md_tetras_kernels md_tetras;
     fusm_kernels fusm;
     hull_kernels hull;
     fir_kernels fir;

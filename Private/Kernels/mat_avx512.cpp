@@ -1,5 +1,6 @@
 // mat_avx512 - triangular factors of a matrix. Vectors of 8, and 32 registers for twice the rows.
 
+#include "Kernels/avx512.h"
 #include "Kernels/mat_vector.h"
 
 namespace teska
@@ -8,14 +9,15 @@ namespace teska
 namespace
 {
 
-struct avx512 {
-    typedef double vector __attribute__((vector_size(64), aligned(8), may_alias));
-    static constexpr int lanes = 8;
+struct mat_avx512 : avx512_doubles {
     static constexpr int rows = 8;
 };
 
 }  // namespace
 
-void install_avx512(mat_kernels &table, bool /*gathers*/) noexcept { table.decompose = lu_kernel<avx512>::decompose; }
+void install_avx512(mat_kernels &table, bool /*gathers*/) noexcept
+{
+    table.decompose = lu_kernel<mat_avx512>::decompose;
+}
 
 }  // namespace teska

@@ -33,14 +33,11 @@ namespace
 
 constexpr int panel_width = 8;
 
-// Isa::vector is a vector of Isa::lanes doubles that may stand at any address of a double.
+// Of doubles, with Isa::rows rows at a time.
 template <class Isa>
 struct lu_kernel {
     using vector = typename Isa::vector;
     static constexpr int lanes = Isa::lanes;
-
-    static vector load(const double *at) noexcept { return *reinterpret_cast<const vector *>(at); }
-    static void store(double *at, vector value) noexcept { *reinterpret_cast<vector *>(at) = value; }
 
     // sums(i .. i + Rows - 1, c .. c + Vectors * lanes - 1) += the products of columns k .. end - 1.
     template <int Rows, int Vectors>
@@ -50,18 +47,18 @@ struct lu_kernel {
         vector sum[Rows][Vectors];
         for (int r = 0; r < Rows; ++r)
             for (int v = 0; v < Vectors; ++v)
-                sum[r][v] = load(sums + r * m.stride + v * lanes);
+                sum[r][v] = Isa::load(sums + r * m.stride + v * lanes);
         const double *l = m.lu + i * m.stride + k;
         const double *u = m.lu + k * m.stride + c;
         for (; k < end; ++k, ++l, u += m.stride)
             for (int v = 0; v < Vectors; ++v) {
-                const vector factor = load(u + v * lanes);
+                const vector factor = Isa::load(u + v * lanes);
                 for (int r = 0; r < Rows; ++r)
                     sum[r][v] += l[r * m.stride] * factor;
             }
         for (int r = 0; r < Rows; ++r)
             for (int v = 0; v < Vectors; ++v)
-                store(sums + r * m.stride + v * lanes, sum[r][v]);
+                Isa::store(sums + r * m.stride + v * lanes, sum[r][v]);
     }
 
     // The same from column c to the end of the rows.
@@ -99,14 +96,14 @@ struct lu_kernel {
             vector u[Vectors];
             for (int v = 0; v < Vectors; ++v) {
                 double *const row = m.lu + j * m.stride + first + v * lanes;
-                u[v] = load(row) - load(m.sums + j * m.stride + first + v * lanes);
-                store(row, u[v]);
+                u[v] = Isa::load(row) - Isa::load(m.sums + j * m.stride + first + v * lanes);
+                Isa::store(row, u[v]);
             }
             for (int i = j + 1; i < m.n; ++i) {
                 l[i] *= reciprocal;
                 double *const sums = m.sums + i * m.stride + first;
                 for (int v = 0; v < Vectors; ++v)
-                    store(sums + v * lanes, load(sums + v * lanes) + l[i] * u[v]);
+                    Isa::store(sums + v * lanes, Isa::load(sums + v * lanes) + l[i] * u[v]);
             }
         }
         l = m.columns;
@@ -123,7 +120,7 @@ struct lu_kernel {
             add_rows<1>(m, i, end, first, i);
             for (int c = end; c < m.stride; c += lanes) {
                 double *const u = m.lu + i * m.stride + c;
-                store(u, load(u) - load(m.sums + i * m.stride + c));
+                Isa::store(u, Isa::load(u) - Isa::load(m.sums + i * m.stride + c));
             }
         }
     }

@@ -42,7 +42,7 @@ struct md_tetrad_channels<1> {
     using type = double;
 };
 
-// Isa::vector holds Isa::lanes doubles, Isa::mask an answer for each of them.
+// Of doubles; Isa::offsets are as many integers of 32 bits.
 template <class Isa>
 struct md_tetrad_kernel {
     using vector = typename Isa::vector;
@@ -74,18 +74,18 @@ struct md_tetrad_kernel {
 
     [[gnu::always_inline]] static place locate(const md_tetrad_table &table, vector x) noexcept
     {
-        const vector zero = Isa::set(0.0);
-        const vector top = Isa::set(table.resolution - 1);
-        const vector low = Isa::set(table.low);
-        const vector step = Isa::set(table.step);
+        const vector zero = Isa::all(0.0);
+        const vector top = Isa::all(table.resolution - 1);
+        const vector low = Isa::all(table.low);
+        const vector step = Isa::all(table.step);
         const vector t = (x - low) / step;
-        const vector lower = Isa::truncate(Isa::minimum(Isa::maximum(t, zero), top));
-        const vector upper = lower + Isa::set(1.0);
-        const mask is_high = Isa::equal(x, Isa::set(table.high));
+        const vector lower = Isa::truncate(Isa::min(Isa::max(t, zero), top));
+        const vector upper = lower + Isa::all(1.0);
+        const mask is_high = Isa::equal(x, Isa::all(table.high));
         const mask is_lower = Isa::equal(lower * step + low, x);
         const mask is_upper = Isa::both(Isa::equal(upper * step + low, x), Isa::below(lower, top));
         const mask on_vertex = Isa::either(is_high, Isa::either(is_lower, is_upper));
-        const vector index = lower + Isa::zero_unless(Isa::without(is_upper, is_lower), Isa::set(1.0));
+        const vector index = lower + Isa::zero_unless(Isa::without(is_upper, is_lower), Isa::all(1.0));
         return {Isa::choose(is_high, top, index), Isa::zero_where(on_vertex, t - lower)};
     }
 
@@ -96,20 +96,21 @@ struct md_tetrad_kernel {
         const int n = N != 0 ? N : table.inputs;
         vector fraction[N != 0 ? N : md_tetrad_most_inputs];
         vector step[N != 0 ? N : md_tetrad_most_inputs];  // integers; only moved
-        auto base = Isa::no_offsets();
+        auto base = Isa::offsets::zero();
         for (int d = 0; d < n; ++d) {
             const place where = locate(table, Isa::load(&places.input[d][p]));
-            base = Isa::add_offsets(base, where.index, table.strides[d]);
+            base = Isa::offsets::add32(base, Isa::offsets::multiply_low32(Isa::truncate_to_integers(where.index),
+                                                                          Isa::offsets::all32(table.strides[d])));
             fraction[d] = where.fraction;
-            step[d] = Isa::set_integer(table.strides[d]);
+            step[d] = Isa::all_integer(table.strides[d]);
             for (int k = d; k > 0; --k) {
                 const mask smaller = Isa::below(fraction[k - 1], fraction[k]);
                 Isa::exchange_where(smaller, fraction[k - 1], fraction[k]);
                 Isa::exchange_where(smaller, step[k - 1], step[k]);
             }
         }
-        Isa::store_offsets(&places.base[p], base);
-        Isa::store(&places.weight[0][p], Isa::set(1.0) - fraction[0]);
+        Isa::offsets::store(&places.base[p], base);
+        Isa::store(&places.weight[0][p], Isa::all(1.0) - fraction[0]);
         for (int k = 1; k < n; ++k)
             Isa::store(&places.weight[k][p], fraction[k - 1] - fraction[k]);
         Isa::store(&places.weight[n][p], fraction[n - 1]);

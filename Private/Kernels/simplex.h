@@ -31,6 +31,24 @@ inline void sort_descending(Fraction *fraction, Stride *stride, int n) noexcept
     }
 }
 
+// Sorts n keys in descending order by exchanges in a fixed sequence; `order` puts the larger of two first. For N keys, or
+// any number when N is 0. Keys may be vectors: then every lane is sorted by itself.
+template <int N, class Key, class Order>
+inline void sort_keys(Key *key, int n, Order order) noexcept
+{
+    if constexpr (N == 4) {
+        order(key[0], key[1]);
+        order(key[2], key[3]);
+        order(key[0], key[2]);
+        order(key[1], key[3]);
+        order(key[1], key[2]);
+    } else {
+        for (int i = 1; i < (N != 0 ? N : n); ++i)
+            for (int k = i; k > 0; --k)
+                order(key[k - 1], key[k]);
+    }
+}
+
 // Whether none of the output lines is to be skipped.
 template <class Sample>
 inline bool all_present(Sample *const *out, int outputs) noexcept
