@@ -80,7 +80,15 @@ teska_subsystem(
   grad_tab
   hist
   interp_double)
-teska_subsystem(colour "Colour lookup tables and multidimensional interpolation" clut md_tetrab md_tetrad tfastpow)
+teska_subsystem(
+  colour
+  "Colour lookup tables and multidimensional interpolation"
+  clut
+  md_tetrab
+  md_tetrad
+  md_tetras
+  mmd_tetras
+  tfastpow)
 teska_subsystem(image "Image processing, line by line" fir flood fusm ibilin)
 teska_subsystem(
   geometry

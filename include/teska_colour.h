@@ -6,6 +6,8 @@
 #endif
 #include "md_tetrab.h"
 #include "md_tetrad.h"
+#include "md_tetras.h"
+#include "mmd_tetras.h"
 #ifdef __cplusplus
 #    include "tfastpow.h"
 #endif

@@ -275,6 +275,17 @@ static const char *use_colour(void)
     EXPECT(md_tetrad_interp(curve, points, 1, results, 1, 2) == 1);
     EXPECT(y[0] == 5.0 && y[1] == 20.0);
     EXPECT(md_tetrad_kill(curve) == NULL);
+
+    mmd_tetras *set = mmd_tetras_new(2, 1, 1, 2);
+    md_tetras *inversion = md_tetras_new(1, 1, 2);
+    const unsigned short falling[] = {65535, 0}, grey[] = {1000}, *source[] = {grey};
+    unsigned short results_16[1], *target[] = {results_16};
+    md_tetras_dataptr(inversion, NULL)[1] = 65535;
+    mmd_tetras_dataptr(set, 1, NULL)[1] = 65535;
+    EXPECT(md_tetras_ilut_set(inversion, 0, 2, falling) == 1);
+    EXPECT(md_tetras_interp(inversion, source, 1, target, 1, 1, NULL, 0) == 1 && results_16[0] == 64535);
+    EXPECT(mmd_tetras_interp_mix(set, 0, 1, source, 1, target, 1, 1, NULL, 32768) == 1 && results_16[0] == 500);
+    EXPECT(md_tetras_kill(inversion) == NULL && mmd_tetras_kill(set) == NULL);
     return NULL;
 }
 

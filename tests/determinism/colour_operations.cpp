@@ -4,6 +4,8 @@
 #include "determinism/operations.h"
 #include "md_tetrab.h"
 #include "md_tetrad.h"
+#include "md_tetras.h"
+#include "mmd_tetras.h"
 
 namespace teska_test
 {
@@ -86,6 +88,82 @@ void tetrad(Generator &input, Digest &digest)
     md_tetrad_kill(table);
 }
 
+// Entries of a curve.
+std::vector<unsigned short> curve(Generator &input, int entries)
+{
+    std::vector<unsigned short> values;
+    for (int i = 0; i < entries; ++i)
+        values.push_back(static_cast<unsigned short>(input.next() >> 48));
+    return values;
+}
+
+void fill(Generator &input, unsigned short *data, int size)
+{
+    for (int i = 0; i < size; ++i)
+        data[i] = static_cast<unsigned short>(input.next() >> 48);
+}
+
+// Words and bytes through a table of random vertices, without curves and with, and through a mask.
+template <int Inputs, int Outputs, int Points>
+void tetras(Generator &input, Digest &digest)
+{
+    md_tetras *table = md_tetras_new(Inputs, Outputs, Points);
+    int size = 0;
+    unsigned short *data = md_tetras_dataptr(table, &size);
+    fill(input, data, size);
+    Samples<unsigned short> in(Inputs, 1000, Inputs), out(Outputs, 1000, Outputs);
+    Samples<unsigned char> in_bytes(Inputs, 1000, Inputs), out_bytes(Outputs, 1000, Outputs);
+    std::vector<unsigned char> mask(1000);
+    for (unsigned char &byte : mask)
+        byte = input.byte();
+    for (const int entries : {0, 2, 300}) {
+        if (entries != 0) {
+            md_tetras_ilut_set(table, Inputs - 1, entries, curve(input, entries).data());
+            md_tetras_olut_set(table, 0, entries, curve(input, entries).data());
+        }
+        for (std::size_t i = 0; i < in.buffer.size(); ++i) {
+            in.buffer[i] = static_cast<unsigned short>(input.next() >> 48);
+            in_bytes.buffer[i] = input.byte();
+        }
+        md_tetras_interp(table, in.at.data(), Inputs, out.at.data(), Outputs, 1000, nullptr, 0);
+        digest.add(out.buffer.data(), 2 * out.buffer.size());
+        md_tetras_interp_b(table, in_bytes.at.data(), Inputs, out_bytes.at.data(), Outputs, 1000, nullptr, 0);
+        digest.add(out_bytes.buffer.data(), out_bytes.buffer.size());
+        md_tetras_interp_bs(table, in_bytes.at.data(), Inputs, out.at.data(), Outputs, 1000, mask.data(), 100);
+        digest.add(out.buffer.data(), 2 * out.buffer.size());
+        md_tetras_interp_sb(table, in.at.data(), Inputs, out_bytes.at.data(), Outputs, 1000, mask.data(), 100);
+        digest.add(out_bytes.buffer.data(), out_bytes.buffer.size());
+    }
+    md_tetras_kill(table);
+}
+
+// Three tables, chosen by tag, all, and blended.
+template <int Inputs, int Outputs, int Points>
+void tetras_set(Generator &input, Digest &digest)
+{
+    mmd_tetras *set = mmd_tetras_new(3, Inputs, Outputs, Points);
+    for (int k = 0; k < 3; ++k) {
+        int size = 0;
+        unsigned short *data = mmd_tetras_dataptr(set, k, &size);
+        fill(input, data, size);
+    }
+    mmd_tetras_olut_set(set, 1, Outputs - 1, 9, curve(input, 9).data());
+    Samples<unsigned short> in(Inputs, 500, Inputs), out(3 * Outputs, 500, 3 * Outputs);
+    for (unsigned short &sample : in.buffer)
+        sample = static_cast<unsigned short>(input.next() >> 48);
+    std::vector<unsigned char> tags(500);
+    for (unsigned char &tag : tags)
+        tag = static_cast<unsigned char>(input.below(4));
+    const std::vector<unsigned short> weights = curve(input, 500);
+    mmd_tetras_interp_all(set, in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500);
+    digest.add(out.buffer.data(), 2 * out.buffer.size());
+    mmd_tetras_interp_tag(set, in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500, tags.data());
+    digest.add(out.buffer.data(), 2 * out.buffer.size());
+    mmd_tetras_interp_mix(set, 2, 1, in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500, weights.data(), 0);
+    digest.add(out.buffer.data(), 2 * out.buffer.size());
+    mmd_tetras_kill(set);
+}
+
 const Operation operations[] = {
     {"CLUT 1 to 3, 33 points", clut<1, 3, 33>},
     {"CLUT 2 to 1, 9 points", clut<2, 1, 9>},
@@ -109,6 +187,15 @@ const Operation operations[] = {
     {"md_tetrab 3 to 3, 5 points, weights 16 .. 235, no further layer", tetrab<3, 3, 5, 16, 235, 0>},
     {"md_tetrab 5 to 6, 2 points, weights 30 .. 31, two further layers", tetrab<5, 6, 2, 30, 31, 2>},
     {"md_tetrab 3 to 4, 9 points, no further layer", tetrab<3, 4, 9, 0, 255, 0>},
+    {"md_tetras 1 to 1, 65536 points", tetras<1, 1, 65536>},
+    {"md_tetras 2 to 2, 33 points", tetras<2, 2, 33>},
+    {"md_tetras 3 to 3, 17 points", tetras<3, 3, 17>},
+    {"md_tetras 3 to 5, 2 points", tetras<3, 5, 2>},
+    {"md_tetras 4 to 4, 9 points", tetras<4, 4, 9>},
+    {"md_tetras 5 to 6, 3 points", tetras<5, 6, 3>},
+    {"md_tetras 6 to 7, 2 points", tetras<6, 7, 2>},
+    {"mmd_tetras 3 to 4, 17 points", tetras_set<3, 4, 17>},
+    {"mmd_tetras 4 to 3, 3 points", tetras_set<4, 3, 3>},
 };
 
 }  // namespace

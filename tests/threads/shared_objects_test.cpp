@@ -12,6 +12,8 @@
 #include "mat.h"
 #include "md_tetrab.h"
 #include "md_tetrad.h"
+#include "md_tetras.h"
+#include "mmd_tetras.h"
 #include "restriction.h"
 #include "tconvexhull.h"
 #include "tetra.h"
@@ -108,6 +110,34 @@ Evaluation tetrad(int inputs)
             x = at.unit();
         md_tetrad_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, 50);
         digest.add(out.buffer.data(), out.buffer.size() * sizeof(double));
+    };
+}
+
+// A table with curves and a set of three.
+Evaluation tetras(int inputs)
+{
+    Generator input(static_cast<std::uint64_t>(inputs));
+    const std::shared_ptr<md_tetras> table(md_tetras_new(inputs, 3, 4), md_tetras_kill);
+    const std::shared_ptr<mmd_tetras> set(mmd_tetras_new(3, inputs, 3, 4), mmd_tetras_kill);
+    int size = 0;
+    unsigned short *const data = md_tetras_dataptr(table.get(), &size);
+    for (int i = 0; i < size; ++i)
+        data[i] = mmd_tetras_dataptr(set.get(), i % 3, nullptr)[i] = static_cast<unsigned short>(input.next());
+    const unsigned short entries[] = {65535, 100, 30000};
+    md_tetras_ilut_set(table.get(), 0, 3, entries);
+    md_tetras_olut_set(table.get(), 2, 3, entries);
+    return [table, set, inputs](Generator &at, Digest &digest) {
+        Samples<unsigned short> in(inputs, 100, inputs), out(9, 100, 9);
+        std::vector<unsigned char> tags(100);
+        for (unsigned short &sample : in.buffer)
+            sample = static_cast<unsigned short>(at.next());
+        for (unsigned char &tag : tags)
+            tag = static_cast<unsigned char>(at.below(3));
+        mmd_tetras_interp_all(set.get(), in.at.data(), in.step, out.at.data(), out.step, 100);
+        mmd_tetras_interp_tag(set.get(), in.at.data(), in.step, out.at.data(), out.step, 50, tags.data());
+        md_tetras_interp(table.get(), in.at.data(), in.step, out.at.data() + 3, out.step, 100, nullptr, 0);
+        mmd_tetras_interp_mix(set.get(), 0, 2, in.at.data(), in.step, out.at.data() + 6, out.step, 100, nullptr, 9999);
+        digest.add(out.buffer.data(), 2 * out.buffer.size());
     };
 }
 
@@ -282,6 +312,8 @@ const Shared objects[] = {
     {"md_tetrad 3", [] { return tetrad(3); }},
     {"md_tetrad 6", [] { return tetrad(6); }},
     {"md_tetrad 8", [] { return tetrad(8); }},
+    {"md_tetras, mmd_tetras 3", [] { return tetras(3); }},
+    {"md_tetras, mmd_tetras 6", [] { return tetras(6); }},
     {"mat", linear_system},
     {"bezier", segment},
     {"lin_interp_double, hist", line_through_points},

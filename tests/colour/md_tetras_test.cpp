@@ -1,0 +1,352 @@
+#include "md_tetras.h"
+
+#include "support/exact_grid.h"
+#include "support/generator.h"
+#include "support/levels.h"
+#include "support/reports.h"
+#include "support/samples.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <climits>
+#include <memory>
+#include <type_traits>
+
+using teska_test::Generator;
+using teska_test::lines;
+using teska_test::Reports;
+using teska_test::Samples;
+using teska_test::Words;
+
+namespace
+{
+
+using Bytes = std::vector<unsigned char>;
+using Coords = std::vector<int>;
+
+struct Table {
+    Table(int inputs, int outputs, int resolution)
+        : n(static_cast<std::size_t>(inputs)), m(static_cast<std::size_t>(outputs)), r(resolution),
+          owner(md_tetras_new(inputs, outputs, r), md_tetras_kill), data(md_tetras_dataptr(get(), &size)), in_curves(n),
+          out_curves(m)
+    {
+    }
+
+    md_tetras *get() const { return owner.get(); }
+    void fill(Generator &random) const
+    {
+        std::generate_n(data, size, [&] { return static_cast<unsigned short>(random.next()); });
+    }
+    void set_in(int d, const Words &entries)
+    {
+        EXPECT_EQ(md_tetras_ilut_set(get(), d, static_cast<int>(entries.size()), entries.data()), 1);
+        in_curves.at(static_cast<std::size_t>(d)) = entries;
+    }
+    void set_out(int c, const Words &entries)
+    {
+        EXPECT_EQ(md_tetras_olut_set(get(), c, static_cast<int>(entries.size()), entries.data()), 1);
+        out_curves.at(static_cast<std::size_t>(c)) = entries;
+    }
+
+    // What a pixel must become, by exact arithmetic.
+    Words expected(Words point) const
+    {
+        for (std::size_t d = 0; d < n; ++d)
+            point[d] = in_curves[d].empty() ? point[d] : teska_test::on_curve(in_curves[d], point[d]);
+        Words result(m);
+        for (std::size_t c = 0; c < m; ++c) {
+            const std::int64_t value =
+                teska_test::exact_65535ths(data, static_cast<int>(m), r, point, static_cast<int>(c));
+            result[c] = static_cast<unsigned short>((2 * value + 65535) / (2 * 65535));
+            if (!out_curves[c].empty())
+                result[c] = teska_test::on_curve(out_curves[c], result[c]);
+        }
+        return result;
+    }
+
+    Words at(const Words &point) const
+    {
+        Samples<unsigned short> in(point), out(Words(m, 0));
+        EXPECT_EQ(md_tetras_interp(get(), in.at.data(), 1, out.at.data(), 1, 1, nullptr, 0), 1);
+        return out.buffer;
+    }
+
+    const std::size_t n, m;
+    const int r;
+    std::unique_ptr<md_tetras, md_tetras *(*)(md_tetras *)> owner;
+    int size = 0;
+    unsigned short *const data;
+    std::vector<Words> in_curves, out_curves;
+};
+
+int convert(const md_tetras *table, const unsigned short *const *in, int in_step, unsigned short *const *out,
+            int out_step, int count, const unsigned char *mask, int threshold)
+{
+    return md_tetras_interp(table, in, in_step, out, out_step, count, mask, threshold);
+}
+int convert(const md_tetras *table, const unsigned char *const *in, int in_step, unsigned char *const *out,
+            int out_step, int count, const unsigned char *mask, int threshold)
+{
+    return md_tetras_interp_b(table, in, in_step, out, out_step, count, mask, threshold);
+}
+int convert(const md_tetras *table, const unsigned char *const *in, int in_step, unsigned short *const *out,
+            int out_step, int count, const unsigned char *mask, int threshold)
+{
+    return md_tetras_interp_bs(table, in, in_step, out, out_step, count, mask, threshold);
+}
+int convert(const md_tetras *table, const unsigned short *const *in, int in_step, unsigned char *const *out,
+            int out_step, int count, const unsigned char *mask, int threshold)
+{
+    return md_tetras_interp_sb(table, in, in_step, out, out_step, count, mask, threshold);
+}
+
+template <class Sample>
+unsigned short widened(Sample sample)
+{
+    return static_cast<unsigned short>(sizeof(Sample) == 1 ? 257 * sample : sample);
+}
+template <class Sample>
+Sample narrowed(unsigned short sample)
+{
+    return static_cast<Sample>(sizeof(Sample) == 1 ? (sample + 128) / 257 : sample);
+}
+
+template <class Sample>
+Sample any_sample(Generator &random, int resolution)
+{
+    const auto word = static_cast<unsigned short>(random.next());
+    const int kind = random.below(8);  // ends, near or on a vertex, anything
+    const int near = random.below(resolution) * 65535 / (resolution - 1);
+    const auto v = static_cast<unsigned short>(kind == 0 ? 0 : kind == 1 ? 65535 : kind == 2 ? near : word);
+    return static_cast<Sample>(sizeof(Sample) == 1 ? v >> 8 : v);
+}
+
+struct Layout {
+    int count, in_step, out_step;
+};
+
+// A run of any layout, pixel by pixel against exact arithmetic, at every level.
+template <class In, class Out>
+void check_run(const Table &table, Layout layout, bool masked, Generator &random)
+{
+    const auto n = static_cast<int>(table.n), m = static_cast<int>(table.m);
+    Samples<In> in(n, 200, layout.in_step);
+    Samples<Out> out(m, 200, layout.out_step, 99);
+    std::generate(in.buffer.begin(), in.buffer.end(), [&] { return any_sample<In>(random, table.r); });
+    Bytes mask(200);
+    std::generate(mask.begin(), mask.end(), [&] { return random.byte(); });
+    const int threshold = random.below(4) == 0 ? -1 : 255 - random.below(2) * random.below(256);
+    if (random.below(3) == 0)
+        out.at[static_cast<std::size_t>(random.below(m))] = nullptr;
+    auto expected = out.buffer;
+    for (int p = 0; p < layout.count; ++p) {
+        Words point;
+        for (const In sample : in.point(p))
+            point.push_back(widened(sample));
+        if (masked && mask[static_cast<std::size_t>(p)] <= threshold)
+            continue;
+        const Words results = table.expected(point);
+        for (std::size_t c = 0; c < results.size(); ++c)
+            if (out.at[c] != nullptr)
+                expected[static_cast<std::size_t>(out.at[c] - out.buffer.data() + p * out.step)] =
+                    narrowed<Out>(results[c]);
+    }
+    const auto before = out.buffer;
+    teska_test::at_every_level([&](teska::simd_level) {
+        out.buffer = before;
+        EXPECT_EQ(convert(table.get(), in.at.data(), in.step, out.at.data(), out.step, layout.count,
+                          masked ? mask.data() : nullptr, threshold),
+                  1);
+        ASSERT_EQ(out.buffer, expected) << n << " to " << m << ", R " << table.r << ", " << layout.count
+                                        << " pixels, steps " << in.step << " and " << out.step << ", " << sizeof(In)
+                                        << sizeof(Out);
+    });
+}
+
+TEST(MdTetrasNew, RefusesWhatCannotBe)
+{
+    Reports reports;
+    for (const auto &[n, m, r] : {std::array{0, 1, 2}, {1, 0, 2}, {1, 1, 1}, {1, 1, 65537}, {-1, -1, -1}, {99, 1, 1}})
+        EXPECT_EQ(md_tetras_new(n, m, r), nullptr) << n << ' ' << m << ' ' << r;
+    EXPECT_EQ(reports.take(), lines(6, "md_tetras_new: illegal dimension"));
+    for (const auto &[n, m, r] : {std::array{31, 1, 2}, {2, 1, 65536}, {1, INT_MAX, 2}, {INT_MAX, INT_MAX, 65536}})
+        EXPECT_EQ(md_tetras_new(n, m, r), nullptr) << n << ' ' << m << ' ' << r;
+    EXPECT_EQ(reports.take(), lines(4, "md_tetras_new: insufficient memory"));
+    EXPECT_EQ(md_tetras_kill(nullptr), nullptr);
+}
+
+TEST(MdTetrasCurves, RefuseWhatCannotBeAndStayAsTheyAre)
+{
+    Reports reports;
+    Table table(2, 3, 2);
+    const Words entries(65536, 7);
+    table.set_in(1, {65535, 0});
+    table.set_out(2, {0, 9, 65535});
+    for (const auto &[index, n] : {std::array{-1, 2}, {3, 2}, {1, 1}, {1, 0}, {1, 65537}, {1, -5}}) {
+        EXPECT_EQ(md_tetras_ilut_set(table.get(), index, n, entries.data()), 0) << index << ' ' << n;
+        EXPECT_EQ(md_tetras_olut_set(table.get(), index, n, entries.data()), 0) << index << ' ' << n;
+    }
+    EXPECT_EQ(md_tetras_ilut_set(table.get(), 2, 2, nullptr), 0);
+    lines expected(7, "md_tetras_ilut_set: illegal curve");
+    expected.resize(13, "md_tetras_olut_set: illegal curve");
+    EXPECT_EQ(reports.take(), expected);
+    Generator random(31);
+    table.fill(random);
+    check_run<unsigned short, unsigned short>(table, {70, 2, 3}, false, random);
+}
+
+// Input curve, ramp and output curve in turn; both depths, and after a conversion.
+TEST(MdTetrasCurves, JoinTheirEntriesByStraightLines)
+{
+    Generator random(32);
+    Table table(1, 1, 2);
+    table.data[1] = 65535;
+    Words any(300);
+    std::generate(any.begin(), any.end(), [&] { return static_cast<unsigned short>(random.next()); });
+    Words all(65536);
+    std::generate(all.begin(), all.end(), [&] { return static_cast<unsigned short>(random.next()); });
+    for (const Words &entries : {Words{0, 65535}, {65535, 0}, {0, 1000, 65535}, {9, 8, 8, 7, 65535, 0}, any, all}) {
+        table.set_in(0, entries);
+        for (int v = 0; v < 65536; ++v)
+            ASSERT_EQ(table.at({static_cast<unsigned short>(v)})[0],
+                      teska_test::on_curve(entries, static_cast<unsigned short>(v)))
+                << v << " through " << entries.size();
+        check_run<unsigned char, unsigned short>(table, {200, 1, 1}, false, random);
+        EXPECT_EQ(md_tetras_ilut_set(table.get(), 0, -1, nullptr), 1);
+        table.in_curves[0].clear();
+        table.set_out(0, entries);
+        check_run<unsigned short, unsigned char>(table, {200, 1, 1}, false, random);
+        EXPECT_EQ(md_tetras_olut_set(table.get(), 0, -1, nullptr), 1);
+        table.out_curves[0].clear();
+        EXPECT_EQ(table.at({12345})[0], 12345);
+    }
+    table.set_in(0, {0, 1000, 65535});
+    EXPECT_EQ(table.at({20000})[0], 610);
+}
+
+TEST(MdTetrasInterp, GivesTheValuesComputedByHand)
+{
+    const Table table(3, 1, 2);
+    for (const auto &[vertex, value] : {std::pair{0, 1000}, {4, 11000}, {6, 31000}, {7, 61000}})
+        table.data[vertex] = static_cast<unsigned short>(value);
+    EXPECT_EQ(table.at({40000, 30000, 10000})[0], 20837);
+    Samples<unsigned short> in(Words{40000, 30000, 10000});
+    unsigned char byte = 0;
+    unsigned char *out[] = {&byte};
+    md_tetras_interp_sb(table.get(), in.at.data(), 1, out, 1, 1, nullptr, 0);
+    EXPECT_EQ(byte, 81);
+}
+
+// Ramps from vertex to vertex show index and remainder: u = 40000 with R = 3 lies 14465 after vertex 1.
+TEST(MdTetrasInterp, FindsTheCellByExactDivision)
+{
+    for (const auto &[r, u, index, rest] :
+         {std::array{3, 40000, 1, 14465}, {3, 65535, 1, 65535}, {17, 25700, 6, 17990}, {65536, 65535, 65534, 65535}}) {
+        const Table table(1, 1, r);
+        table.data[index + 1] = 65535;
+        EXPECT_EQ(table.at({static_cast<unsigned short>(u)})[0], rest) << u << " of " << r;
+        std::fill_n(table.data, table.size, 4711);
+        EXPECT_EQ(table.at({static_cast<unsigned short>(u)})[0], 4711) << u << " of " << r;
+    }
+}
+
+TEST(MdTetrasInterp, EqualsExactArithmeticRoundedOnceForRunsOfAnyLayout)
+{
+    Generator random(33);
+    for (int i = 0; i < 500; ++i) {
+        const int n = 1 + i % 9, m = 1 + i / 9 % 7;
+        Table table(n, m, 2 + random.below(n == 1 ? 400 : n < 4 ? 20 : n < 5 ? 9 : n < 7 ? 2 : 1));
+        table.fill(random);
+        if (i % 5 == 1)
+            table.set_in(random.below(n), {60000, 5, 40000, 65535});
+        if (i % 5 == 2)
+            table.set_out(random.below(m), {100, 65535, 0});
+        const int any = random.below(9) - 4;
+        const Layout layouts[] = {
+            {random.below(200), n, m}, {random.below(200), 1, 1}, {64, any, any + 1}, {i % 2 - 1, 1, 1}};
+        const Layout layout = layouts[random.below(4)];
+        const bool masked = random.below(4) == 0;
+        check_run<unsigned short, unsigned short>(table, layout, masked, random);
+        check_run<unsigned char, unsigned char>(table, layout, masked, random);
+        check_run<unsigned char, unsigned short>(table, layout, masked, random);
+        check_run<unsigned short, unsigned char>(table, layout, masked, random);
+    }
+}
+
+// Grids whose strides, indices or inputs are more than vectors take.
+TEST(MdTetrasInterp, TakesGridsOfAnyShape)
+{
+    Generator random(34);
+    for (const auto &[n, m, r] :
+         {std::array{1, 1, 65536}, {1, 9, 40000}, {2, 3, 1000}, {3, 4, 129}, {4, 4, 33}, {20, 1, 2}, {3, 30, 5}}) {
+        const Table table(n, m, r);
+        table.fill(random);
+        check_run<unsigned short, unsigned short>(table, {150, n, m}, false, random);
+        check_run<unsigned char, unsigned char>(table, {150, n, m}, false, random);
+    }
+}
+
+TEST(MdTetrasInterp, GivesEveryVertexOfGridsThatDivideTheRange)
+{
+    Generator random(35);
+    for (const auto &[n, r] : {std::pair{1, 65536}, {2, 86}, {3, 18}, {4, 6}, {6, 4}}) {
+        const Table table(n, 2, r);
+        table.fill(random);
+        Coords coord(table.n, 0);
+        for (int left = md_tetras_get_nrpoints(table.get()); left-- > 0;) {
+            Words in(table.n);
+            const unsigned short *vertex = md_tetras_vertex_get(table.get(), coord.data(), in.data());
+            ASSERT_EQ(table.at(in), Words(vertex, vertex + 2)) << testing::PrintToString(in) << " of " << r;
+            ASSERT_EQ(md_tetras_scan_vertex(table.get(), coord.data()), left);
+        }
+        EXPECT_EQ(coord, Coords(table.n, 0));
+    }
+    const Table rounded(1, 1, 3);
+    const int middle = 1;
+    unsigned short sample = 0;
+    EXPECT_EQ(md_tetras_vertex_get(rounded.get(), &middle, &sample), rounded.data + 1);
+    EXPECT_EQ(sample, 32768);
+}
+
+// Interleaved pixels into themselves, outputs on other inputs than their own.
+template <class Sample>
+void check_in_place()
+{
+    Generator random(36);
+    for (const int n : {3, 4}) {
+        const Table table(n, n, 9);
+        table.fill(random);
+        for (const int count : {5, 64, 200}) {
+            Samples<Sample> source(n, count, n);
+            std::generate(source.buffer.begin(), source.buffer.end(), [&] { return any_sample<Sample>(random, 9); });
+            Samples<Sample> expected(n, count, n);
+            convert(table.get(), source.at.data(), n, expected.at.data(), n, count, nullptr, 0);
+            teska_test::at_every_level([&](teska::simd_level) {
+                auto pixels = source.buffer;
+                std::vector<Sample *> in, out;
+                for (int d = 0; d < n; ++d) {
+                    in.push_back(pixels.data() + d);
+                    out.push_back(pixels.data() + (n - 1 - d));
+                }
+                convert(table.get(), in.data(), n, out.data(), n, count, nullptr, 0);
+                for (int p = 0; p < count; ++p) {
+                    auto pixel = expected.point(p);
+                    std::reverse(pixel.begin(), pixel.end());
+                    ASSERT_EQ(std::vector<Sample>(&pixels[static_cast<std::size_t>(p * n)],
+                                                  &pixels[static_cast<std::size_t>(p * n)] + n),
+                              pixel)
+                        << p << " of " << count;
+                }
+            });
+        }
+    }
+}
+
+TEST(MdTetrasInterp, ConvertsInPlaceWithChannelsExchanged)
+{
+    check_in_place<unsigned short>();
+    check_in_place<unsigned char>();
+}
+
+}  // namespace

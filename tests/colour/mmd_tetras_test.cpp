@@ -1,0 +1,291 @@
+#include "mmd_tetras.h"
+
+#include "support/generator.h"
+#include "support/levels.h"
+#include "support/reports.h"
+#include "support/samples.h"
+
+#include "md_tetras.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <memory>
+
+using teska_test::Generator;
+using teska_test::lines;
+using teska_test::Reports;
+using teska_test::Samples;
+
+namespace
+{
+
+using Words = std::vector<unsigned short>;
+using Bytes = std::vector<unsigned char>;
+using Table = std::unique_ptr<md_tetras, md_tetras *(*)(md_tetras *)>;
+
+constexpr int pixels = 150;
+
+// A set of random tables, and the same tables one by one.
+struct Set {
+    Set(int tables, int inputs, int outputs, int resolution, bool curved, Generator &random)
+        : k(tables), n(inputs), m(outputs), owner(mmd_tetras_new(k, n, m, resolution), mmd_tetras_kill)
+    {
+        const Words in_curve{65535, 200, 30000}, out_curve{10, 40000, 20000, 65535};
+        const int input = random.below(n), output = random.below(m), curved_table = random.below(k);
+        for (int t = 0; t < k; ++t) {
+            int size = 0;
+            unsigned short *data = mmd_tetras_dataptr(get(), t, &size);
+            std::generate_n(data, size, [&] { return static_cast<unsigned short>(random.next()); });
+            singles.emplace_back(md_tetras_new(n, m, resolution), md_tetras_kill);
+            int single_size = 0;
+            std::copy_n(data, size, md_tetras_dataptr(singles.back().get(), &single_size));
+            EXPECT_EQ(size, single_size);
+            if (curved)
+                md_tetras_ilut_set(singles.back().get(), input, 3, in_curve.data());
+            if (curved && t == curved_table)
+                md_tetras_olut_set(singles.back().get(), output, 4, out_curve.data());
+        }
+        if (curved) {
+            EXPECT_EQ(mmd_tetras_ilut_set(get(), input, 3, in_curve.data()), 1);
+            EXPECT_EQ(mmd_tetras_olut_set(get(), curved_table, output, 4, out_curve.data()), 1);
+        }
+    }
+
+    mmd_tetras *get() const { return owner.get(); }
+    // All pixels through one table, 16-bit results.
+    Samples<unsigned short> results(int table, const Samples<unsigned short> &in) const
+    {
+        Samples<unsigned short> out(m, pixels, m);
+        md_tetras_interp(singles.at(static_cast<std::size_t>(table)).get(), in.at.data(), in.step, out.at.data(), m,
+                         pixels, nullptr, 0);
+        return out;
+    }
+    Samples<unsigned short> results(int table, const Samples<unsigned char> &in) const
+    {
+        Samples<unsigned short> out(m, pixels, m);
+        md_tetras_interp_bs(singles.at(static_cast<std::size_t>(table)).get(), in.at.data(), in.step, out.at.data(), m,
+                            pixels, nullptr, 0);
+        return out;
+    }
+
+    const int k, n, m;
+    std::unique_ptr<mmd_tetras, mmd_tetras *(*)(mmd_tetras *)> owner;
+    std::vector<Table> singles;
+};
+
+template <class Sample>
+Sample narrowed(unsigned short sample)
+{
+    return static_cast<Sample>(sizeof(Sample) == 1 ? (sample + 128) / 257 : sample);
+}
+
+template <class Sample>
+Samples<Sample> random_pixels(int channels, Generator &random)
+{
+    Samples<Sample> samples(channels, pixels, channels);
+    std::generate(samples.buffer.begin(), samples.buffer.end(), [&] {
+        const auto v = static_cast<Sample>(random.next());
+        return random.below(6) == 0 ? static_cast<Sample>(-(v & 1)) : v;
+    });
+    return samples;
+}
+
+constexpr auto tag = [](auto &&...arguments) {
+    if constexpr (requires { mmd_tetras_interp_tag(arguments...); })
+        return mmd_tetras_interp_tag(arguments...);
+    else
+        return mmd_tetras_interp_tag_b(arguments...);
+};
+constexpr auto all = [](auto &&...arguments) {
+    if constexpr (requires { mmd_tetras_interp_all(arguments...); })
+        return mmd_tetras_interp_all(arguments...);
+    else
+        return mmd_tetras_interp_all_b(arguments...);
+};
+constexpr auto mix = [](auto &&...arguments) {
+    if constexpr (requires { mmd_tetras_interp_mix(arguments...); })
+        return mmd_tetras_interp_mix(arguments...);
+    else
+        return mmd_tetras_interp_mix_b(arguments...);
+};
+
+// Runs `body` for sets of several shapes, with and without curves.
+template <class Body>
+void for_sets(Body body)
+{
+    Generator random(41);
+    for (const auto &[k, n, m, r] : {std::array{1, 1, 1, 2},
+                                     {3, 2, 3, 9},
+                                     {3, 3, 3, 17},
+                                     {2, 3, 4, 33},
+                                     {4, 4, 4, 5},
+                                     {2, 4, 7, 9},
+                                     {3, 6, 5, 3},
+                                     {255, 3, 2, 3},
+                                     {2, 11, 1, 2}})
+        for (const bool curved : {false, true})
+            body(Set(k, n, m, r, curved, random), random);
+}
+
+template <class Sample>
+void check_tag(const Set &set, Generator &random)
+{
+    const auto in = random_pixels<Sample>(set.n, random);
+    Bytes tags(pixels);
+    for (const int run : {1, 100}) {  // of one tag, at most
+        for (std::size_t p = 0; p < tags.size(); ++p)
+            tags[p] = p % static_cast<std::size_t>(run) != 0 ? tags[p - 1]
+                      : random.below(9) == 0                 ? 255
+                                                             : static_cast<unsigned char>(random.below(set.k + 1));
+        Samples<Sample> expected(set.m, pixels, set.m, 99);
+        for (int t = 0; t < set.k; ++t) {
+            const auto results = set.results(t, in);
+            for (std::size_t i = 0; i < expected.buffer.size(); ++i)
+                if (tags[i / static_cast<std::size_t>(set.m)] == t)
+                    expected.buffer[i] = narrowed<Sample>(results.buffer[i]);
+        }
+        teska_test::at_every_level([&](teska::simd_level) {
+            Samples<Sample> out(set.m, pixels, set.m, 99);
+            EXPECT_EQ(tag(set.get(), in.at.data(), set.n, out.at.data(), set.m, pixels, tags.data()), 1);
+            ASSERT_EQ(out.buffer, expected.buffer) << set.k << " tables, " << set.n << " to " << set.m;
+        });
+    }
+}
+
+TEST(MmdTetrasTag, ConvertsEachPixelAsItsTableAloneDoes)
+{
+    for_sets([](const Set &set, Generator &random) {
+        check_tag<unsigned short>(set, random);
+        check_tag<unsigned char>(set, random);
+    });
+}
+
+template <class Sample>
+void check_all(const Set &set, Generator &random)
+{
+    const auto in = random_pixels<Sample>(set.n, random);
+    const int skipped = random.below(set.k * set.m);
+    teska_test::at_every_level([&](teska::simd_level) {
+        Samples<Sample> out(set.k * set.m, pixels, set.k * set.m, 99);
+        out.at[static_cast<std::size_t>(skipped)] = nullptr;
+        EXPECT_EQ(all(set.get(), in.at.data(), set.n, out.at.data(), set.k * set.m, pixels), 1);
+        for (int t = 0; t < set.k; ++t) {
+            const auto results = set.results(t, in);
+            for (int p = 0; p < pixels; ++p)
+                for (int c = 0; c < set.m; ++c) {
+                    const int line = t * set.m + c;
+                    ASSERT_EQ(out.buffer[static_cast<std::size_t>(p * set.k * set.m + line)],
+                              line == skipped ? 99
+                                              : narrowed<Sample>(results.at[static_cast<std::size_t>(c)][p * set.m]))
+                        << "pixel " << p << ", table " << t << ", output " << c;
+                }
+        }
+    });
+}
+
+TEST(MmdTetrasAll, ConvertsThroughEveryTable)
+{
+    for_sets([](const Set &set, Generator &random) {
+        check_all<unsigned short>(set, random);
+        check_all<unsigned char>(set, random);
+    });
+}
+
+template <class Sample>
+void check_mix(const Set &set, Generator &random)
+{
+    const auto in = random_pixels<Sample>(set.n, random);
+    const int a = random.below(set.k), b = random.below(set.k);
+    Words weights(pixels);
+    std::generate(weights.begin(), weights.end(), [&] {
+        const auto any = static_cast<unsigned short>(random.next());
+        return random.below(4) == 0 ? static_cast<unsigned short>(-(any & 1)) : any;
+    });
+    const auto first = set.results(a, in), second = set.results(b, in);
+    for (const int weight : {-1, -5, 0, 16384, 65535, 99999})  // -1: the weights
+        teska_test::at_every_level([&](teska::simd_level) {
+            Samples<Sample> out(set.m, pixels, set.m, 99);
+            EXPECT_EQ(mix(set.get(), a, b, in.at.data(), set.n, out.at.data(), set.m, pixels,
+                          weight == -1 ? weights.data() : nullptr, weight),
+                      1);
+            for (std::size_t i = 0; i < out.buffer.size(); ++i) {
+                const unsigned w = weight == -1 ? weights[i / static_cast<std::size_t>(set.m)]
+                                                : static_cast<unsigned>(std::clamp(weight, 0, 65535));
+                const unsigned blend = (first.buffer[i] * (65535 - w) + second.buffer[i] * w + 32767) / 65535;
+                ASSERT_EQ(out.buffer[i], narrowed<Sample>(static_cast<unsigned short>(blend)))
+                    << "sample " << i << " of tables " << a << " and " << b << ", weight " << w;
+            }
+        });
+}
+
+TEST(MmdTetrasMix, BlendsTheResultsOfTwoTables)
+{
+    for_sets([](const Set &set, Generator &random) {
+        check_mix<unsigned short>(set, random);
+        check_mix<unsigned char>(set, random);
+    });
+}
+
+TEST(MmdTetrasMix, GivesTheExampleAndRefusesOtherTables)
+{
+    Reports reports;
+    Generator random(42);
+    const Set set(2, 1, 1, 2, false, random);
+    std::fill_n(mmd_tetras_dataptr(set.get(), 0, nullptr), 2, 1000);
+    std::fill_n(mmd_tetras_dataptr(set.get(), 1, nullptr), 2, 3000);
+    Samples<unsigned short> in(Words{12345}), out(Words{99});
+    for (const auto &[a, b] : {std::pair{-1, 0}, {0, -1}, {2, 0}, {0, 2}, {INT_MAX, INT_MIN}})
+        EXPECT_EQ(mix(set.get(), a, b, in.at.data(), 1, out.at.data(), 1, 1, nullptr, 0), 0);
+    EXPECT_EQ(out.buffer[0], 99);
+    EXPECT_EQ(mix(set.get(), 0, 1, in.at.data(), 1, out.at.data(), 1, 1, nullptr, 16384), 1);
+    EXPECT_EQ(out.buffer[0], 1500);
+    EXPECT_EQ(reports.take(), lines());
+}
+
+TEST(MmdTetras, KeepsItsTablesApart)
+{
+    Generator random(43);
+    const Set set(3, 2, 2, 4, false, random);
+    int coord[] = {2, 1}, size = 7;
+    unsigned short samples[] = {1, 2};
+    for (const int k : {-1, 3, INT_MAX}) {
+        EXPECT_EQ(mmd_tetras_dataptr(set.get(), k, &size), nullptr);
+        EXPECT_EQ(mmd_tetras_vertex_get(set.get(), k, coord, samples), nullptr);
+    }
+    EXPECT_EQ(size, 7);
+    EXPECT_EQ(samples[0], 1);
+    EXPECT_EQ(mmd_tetras_vertex_get(set.get(), 1, coord, samples), mmd_tetras_dataptr(set.get(), 1, &size) + 2 * 9);
+    EXPECT_EQ(size, 32);
+    EXPECT_EQ(samples[0], 43690);
+    EXPECT_EQ(mmd_tetras_get_nrpoints(set.get()), 16);
+    EXPECT_EQ(mmd_tetras_scan_vertex(set.get(), coord), 9);
+    EXPECT_EQ(coord[0], 3);
+}
+
+TEST(MmdTetras, RefusesWhatCannotBe)
+{
+    Reports reports;
+    for (const auto &[k, n, m, r] :
+         {std::array{0, 1, 1, 2}, {256, 1, 1, 2}, {1, 0, 1, 2}, {1, 1, 0, 2}, {1, 1, 1, 1}, {1, 1, 1, 65537}})
+        EXPECT_EQ(mmd_tetras_new(k, n, m, r), nullptr) << k << ' ' << n << ' ' << m << ' ' << r;
+    EXPECT_EQ(reports.take(), lines(6, "mmd_tetras_new: illegal dimension"));
+    for (const auto &[k, n, m, r] : {std::array{255, 1, 1 << 23, 2}, {2, 30, 1, 2}, {1, 31, 1, 2}})
+        EXPECT_EQ(mmd_tetras_new(k, n, m, r), nullptr) << k << ' ' << n << ' ' << m << ' ' << r;
+    EXPECT_EQ(reports.take(), lines(3, "mmd_tetras_new: insufficient memory"));
+    EXPECT_EQ(mmd_tetras_kill(nullptr), nullptr);
+
+    Generator random(44);
+    const Set set(2, 1, 3, 2, false, random);
+    const unsigned short entries[] = {1, 2};
+    for (const auto &[d, n] : {std::pair{-1, 2}, {1, 2}, {0, 1}, {0, 65537}})
+        EXPECT_EQ(mmd_tetras_ilut_set(set.get(), d, n, entries), 0) << d << ' ' << n;
+    EXPECT_EQ(reports.take(), lines(4, "mmd_tetras_ilut_set: illegal curve"));
+    for (const auto &[k, c, n] : {std::array{-1, 0, 2}, {2, 0, 2}, {0, -1, 2}, {0, 3, 2}, {0, 0, 1}})
+        EXPECT_EQ(mmd_tetras_olut_set(set.get(), k, c, n, entries), 0) << k << ' ' << c << ' ' << n;
+    EXPECT_EQ(reports.take(), lines(5, "mmd_tetras_olut_set: illegal curve"));
+}
+
+}  // namespace
