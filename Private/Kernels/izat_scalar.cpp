@@ -2,8 +2,9 @@
 //
 //     out = [(sum over lines i and pixels j of V_i W_j sample(i, j) + 2^27) / 2^28], cut to the range of the depth
 //
-// With H_i = sum of W_j (sample(i, j) - middle) = upper_i * 2^b + lower_i, b = 7 or 15, and U and L the sums of V_i upper_i
-// and V_i lower_i, this is middle + [(U * 2^b + L + 2^27) / 2^28] = middle + [(U + [(L + 2^27) / 2^b]) / 2^(28 - b)].
+// With H_i = sum of W_j (sample(i, j) - middle) = upper_i * 2^b + lower_i, b = 7 or 15, and U and L the sums of V_i
+// upper_i and V_i lower_i, this is middle + [(U * 2^b + L + 2^27) / 2^28] = middle + [(U + [(L + 2^27) / 2^b]) / 2^(28
+// - b)].
 
 #include "Kernels/izat_kernels.h"
 #include "Kernels/kernels.h"

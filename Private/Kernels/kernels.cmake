@@ -20,6 +20,7 @@ set(kernels
     ibilin_avx512
     ibilin_scalar
     ibilin_v128
+    izat_scalar
     mat_avx2
     mat_avx512
     mat_scalar

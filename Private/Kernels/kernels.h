@@ -16,6 +16,7 @@
 #include "Kernels/fusm_kernels.h"
 #include "Kernels/hull_kernels.h"
 #include "Kernels/ibilin_kernels.h"
+#include "Kernels/izat_kernels.h"
 #include "Kernels/mat_kernels.h"
 #include "Kernels/md_tetrab_kernels.h"
 #include "Kernels/md_tetrad_kernels.h"
@@ -43,6 +44,7 @@ struct kernel_table {
     fir_kernels fir;
     mat_kernels mat;
     ibilin_kernels ibilin;
+    izat_kernels izat;
 };
 
 // Null until the first use.
