@@ -45,7 +45,7 @@ void polylines(Generator &input, Digest &digest)
         const double bound = input.between(0.001, 0.1);
         dynar *line = nullptr;
         const int segments = bezier_vector(b, bound, &line);
-        digest.add(dynar_ptr(line, 0), static_cast<std::size_t>(segments + 1) * 16);
+        digest.add<double>(dynar_ptr(line, 0), static_cast<std::size_t>(segments + 1) * 16);
         double *points = nullptr;
         const int sections = bezier_fvector(b, bound, &points);
         digest.add(points, static_cast<std::size_t>(sections + 1) * 16);

@@ -22,8 +22,8 @@ void add_records(Digest &digest, list_rec *list)
 {
     for (int i = 0; i < list_num(list); ++i) {
         const auto *record = *static_cast<Record **>(list_get_element(list, i));
-        digest.add(record->p, sizeof record->p);
-        digest.add(record->centroid, sizeof record->centroid);
+        digest.add<double>(record->p, sizeof record->p);
+        digest.add<double>(record->centroid, sizeof record->centroid);
     }
 }
 
@@ -71,7 +71,7 @@ const Operation projections("proj, ordinary, at constant parameter and along a l
             points[6 + c] = points[c] + (points[3 + c] - points[c]) / 3;
         const auto add = [&](int code, const ProjResult &r, double dist) {
             digest.add(&code, sizeof code);
-            digest.add(&r, sizeof r);
+            digest.add<double>(&r, sizeof r);
             digest.add(&dist, sizeof dist);
         };
         for (const Projection f : functions) {

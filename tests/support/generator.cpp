@@ -1,5 +1,7 @@
 #include "support/generator.h"
 
+#include <bit>
+
 namespace teska_test
 {
 
@@ -12,11 +14,12 @@ std::uint64_t Generator::next()
     return z ^ (z >> 31);
 }
 
-void Digest::add(const void *bytes, std::size_t count)
+void Digest::add_bytes(const unsigned char *bytes, std::size_t size, std::size_t number_size)
 {
-    const auto *at = static_cast<const unsigned char *>(bytes);
-    for (std::size_t i = 0; i < count; ++i)
-        value_ = (value_ ^ at[i]) * 0x100000001b3U;
+    // The position of byte i of a number in the host's order.
+    const std::size_t highest_first = std::endian::native == std::endian::big ? number_size - 1 : 0;
+    for (std::size_t i = 0; i < size; ++i)
+        value_ = (value_ ^ bytes[i ^ highest_first]) * 0x100000001b3U;
 }
 
 }  // namespace teska_test

@@ -3,8 +3,10 @@
 #ifndef TESKA_TESTS_GENERATOR_H
 #define TESKA_TESTS_GENERATOR_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 namespace teska_test
 {
@@ -25,14 +27,30 @@ private:
     std::uint64_t state_;
 };
 
-// FNV-1a over 64 bits: a digest of a run of bytes.
+// FNV-1a over 64 bits: a digest of numbers by their bytes, of each number the lowest first, whatever the host's order.
 class Digest
 {
 public:
-    void add(const void *bytes, std::size_t count);
+    // Numbers, arrays of them, or records of nothing but numbers of one type, which is then named; with their size.
+    template <class Number = void, class T>
+    void add(const T *numbers, std::size_t size)
+    {
+        using Given = std::conditional_t<std::is_void_v<Number>, std::remove_all_extents_t<T>, Number>;
+        static_assert(std::is_arithmetic_v<Given>);
+        add_bytes(reinterpret_cast<const unsigned char *>(numbers), size, sizeof(Given));
+    }
+
+    template <class Number, std::size_t n>
+    void add(const std::array<Number, n> *numbers, std::size_t size)
+    {
+        add(numbers->data(), size);
+    }
+
     [[nodiscard]] std::uint64_t value() const { return value_; }
 
 private:
+    void add_bytes(const unsigned char *bytes, std::size_t size, std::size_t number_size);
+
     std::uint64_t value_ = 0xcbf29ce484222325U;
 };
 
