@@ -61,7 +61,7 @@ TESKA_API void normstr_cp(const char *source, char *destination) TESKA_NOTHROW;
 
 /* strsplit - split at the first separator; both sides are trimmed as by normstr_wc.
  *
- * left, right  room for their side before trimming; left may be the text itself
+ * left, right  room for their side before trimming; one of them may be the text itself
  * Returns 0; 1 when there is no separator or a pointer is null (left and right are then untouched). A separator of 0 is
  * never found.
  */

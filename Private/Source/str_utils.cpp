@@ -107,11 +107,11 @@ int strsplit(const char *text, char separator, char *left, char *right) TESKA_NO
     const char *at = std::strchr(text, separator);
     if (at == nullptr)
         return 1;
-    // The right side first: left may be the text itself.
+    // The left side first: it changes nothing after the separator, so either side may be the text itself.
     const auto left_length = static_cast<std::size_t>(at - text);
-    std::memmove(right, at + 1, std::strlen(at + 1) + 1);
     std::memmove(left, text, left_length);
     left[left_length] = 0;
+    std::memmove(right, at + 1, std::strlen(at + 1) + 1);
     normstr_wc(left);
     normstr_wc(right);
     return 0;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdint>
 #include <cstring>
 #include <tuple>
 #include <utility>
@@ -10,18 +11,24 @@
 
 using Digits = std::vector<int>;
 
-TEST(Byteorder, ReversesTheBytesAndKeepsThePayloadOfWhatIsNoNumber)
+TEST(Byteorder, PutsTheHighestByteFirstAndKeepsThePayloadOfWhatIsNoNumber)
 {
     const char file[] = "#\x7f\xa1\x23\x45\xff\xf1\x23\x45\x67\xab\xcd\xef";  // at odd addresses
     float single;
     double number;
     ffltofl(file + 1, &single);
     fdbltodbl(file + 5, &number);
-    EXPECT_EQ(std::memcmp(&single, "\x45\x23\xa1\x7f", 4), 0);
-    EXPECT_EQ(std::memcmp(&number, "\xef\xcd\xab\x67\x45\x23\xf1\xff", 8), 0);
+    std::uint32_t single_bits;
+    std::uint64_t bits;
+    std::memcpy(&single_bits, &single, sizeof single);
+    std::memcpy(&bits, &number, sizeof number);
+    EXPECT_EQ(single_bits, 0x7fa12345U);
+    EXPECT_EQ(bits, 0xfff1234567abcdefU);
+    EXPECT_EQ(ffltofl("\x3f\x80\0", nullptr), 1.0F);
+    EXPECT_EQ(fdbltodbl("\xc0\x59\x20\0\0\0\0", nullptr), -100.5);
     char written[] = "#############";
-    EXPECT_EQ(fltoffl(ffltofl(file + 1, nullptr), written + 1), written + 1);
-    EXPECT_EQ(dbltofdbl(fdbltodbl(file + 5, nullptr), written + 5), written + 5);
+    EXPECT_EQ(fltoffl(single, written + 1), written + 1);
+    EXPECT_EQ(dbltofdbl(number, written + 5), written + 5);
     EXPECT_STREQ(written, file);
 }
 
@@ -38,7 +45,7 @@ TEST(NumbDecimalToBase, KeptGivesNegativeDigitsInBasesOtherThanTwo)
         const int n = static_cast<int>(expected.size());
         Digits digits(expected.size() + 1, 99);
         EXPECT_EQ(numb_decimal_to_base(value, digits.data(), n, base), 0);
-        EXPECT_EQ(digits.back(), 99) << "written behind the last";
+        EXPECT_EQ(digits.back(), 99) << "written after the last";
         digits.pop_back();
         EXPECT_EQ(digits, expected) << value << " in base " << base;
         int back = 99;

@@ -74,11 +74,11 @@ TEST(Normstr, TrimsWhiteSpaceAndFolds)
                                                   {"", "", ""},
                                                   {"\v@AZ\xc4[", "\v@AZ\xc4[", "\v@az\xc4["}};
     for (const auto &[text, trimmed, folded] : cases) {
-        char copy[32];
-        normstr_wc_cp(text, copy);
-        EXPECT_STREQ(copy, trimmed);
-        normstr_cp(text, copy);
-        EXPECT_STREQ(copy, folded);
+        for (const auto &[copy_of, expected] : {std::pair{&normstr_wc_cp, trimmed}, {&normstr_cp, folded}}) {
+            std::string copy(32, '~');
+            copy_of(text, copy.data());
+            EXPECT_STREQ(copy.c_str(), expected);
+        }
     }
 }
 
@@ -90,11 +90,15 @@ TEST(Strsplit, SplitsAtTheFirstSeparatorAndTrims)
                                                              {"key value", '=', 1, "key value", "untouched"},
                                                              {"key", '\0', 1, "key", "untouched"}};
     for (const auto &[text, separator, result, left, right] : cases) {
-        std::string given = text;  // the left side replaces it
-        char behind[16] = "untouched";
-        EXPECT_EQ(strsplit(given.data(), separator, given.data(), behind), result);
-        EXPECT_STREQ(given.c_str(), left);
-        EXPECT_STREQ(behind, right);
+        // Either side may replace the text.
+        std::string as_left = text, as_right = text;
+        char before[16] = "untouched", after[16] = "untouched";
+        EXPECT_EQ(strsplit(as_left.data(), separator, as_left.data(), after), result);
+        EXPECT_EQ(strsplit(as_right.data(), separator, before, as_right.data()), result);
+        EXPECT_STREQ(as_left.c_str(), left);
+        EXPECT_STREQ(after, right);
+        EXPECT_STREQ(before, result == 0 ? left : "untouched");
+        EXPECT_STREQ(as_right.c_str(), result == 0 ? right : text);
     }
     char side[2];
     EXPECT_EQ(strsplit(nullptr, '=', side, side), 1);
