@@ -16,10 +16,11 @@
  *
  * Common rules
  *   Coordinates are any int: where the image ends is for the inside test to say.
- *   Both functions run on the caller's thread inside flood_do. They must not call flood_do with the same record, must not
- *   kill it and must not throw.
+ *   Both functions run on the caller's thread inside flood_do. They must not call flood_do with the same record, must
+ *   not kill it and must not throw.
  *   Failures are reported through error_mess_fl (error_mess.h).
- *   A record fills one region at a time and may be used again and again.
+ *   A record fills one region at a time, on one thread, and may be used again and again. Records share nothing: any
+ *   number of threads may fill at once, each with a record of its own.
  */
 #ifndef TESKA_FLOOD_H
 #define TESKA_FLOOD_H

@@ -5,19 +5,21 @@
 //     parent row      . . # # # # # # . .      run
 //     row             . .[? ? ? ? ? ?]. .      shadow: pixels to be tested
 //
-// The shadows of one row are filled together, by ascending left end. A run found in a shadow casts one of the same width
-// on the row beyond, and one on the parent row for each end that reaches beyond its shadow: what lay above the shadow is
-// filled already, and the pixel beside it ended the run there. So the back pieces leave out two pixels:
+// The shadows of one row are filled together, by ascending left end. A run found in a shadow casts one of the same
+// width on the row beyond, and one on the parent row for each end that reaches beyond its shadow: what lay above the
+// shadow is filled already, and the pixel beside it ended the run there. So the back pieces leave out two pixels:
 //
 //     parent row     [? ?] x # # # # x [?]     x outside
 //     row             # # # # # # # # # #      run
 //                           |shadow|
 //
-// Where a run goes on into a later shadow T of its row, two regions have met. T's pixels need no second test, and the run
-// has just cast a shadow Q on T's parent row: of Q only what reaches beyond T remains, of T what reaches beyond Q.
+// Where a run goes on into a later shadow T of its row, the fill has gone round an obstacle and meets itself. T's
+// pixels need no second test, and the run has just cast a shadow Q on T's parent row: of Q only what reaches beyond T
+// remains, of T what reaches beyond Q. A T that ends before the run begins is not met: what Q would be widened to there
+// may be reached from the region through a corner only.
 //
-// The pending shadows wait in a list, newest first. Selecting the row of the first one takes its shadows out; the others
-// are pushed back, which reverses them. This order is part of the contract: it shows in the order of the calls.
+// The pending shadows wait in a list, newest first. Selecting the row of the first one takes its shadows out; the
+// others are pushed back, which reverses them. This order is part of the contract: it shows in the order of the calls.
 //
 // Nothing is pushed back here: either end of the list may be its head, and selecting a row changes ends. Each row has a
 // list of its own shadows too, in the same order, so they are found without a walk past the others. The rows are a
@@ -39,7 +41,7 @@
 namespace
 {
 
-constexpr int above = 0;  // ways from a row to the next
+constexpr int above = 0;  // directions from a row to the next
 constexpr int below = 1;
 
 struct row;
@@ -83,7 +85,7 @@ struct row {
     int y = 0;
 };
 
-// Shadows one behind the other.
+// Shadows one after the other.
 struct chain {
     shadow *head = nullptr;
 
@@ -148,27 +150,27 @@ bool make_shadow(flood &f, row *r, std::int64_t left, std::int64_t right, int pa
 }
 
 // Casts a shadow from the current row on the one above or below. There is nothing beyond the last rows.
-void cast(flood &f, std::int64_t left, std::int64_t right, int way)
+void cast(flood &f, std::int64_t left, std::int64_t right, int direction)
 {
     row &from = *f.current;
-    if (from.y == (way == above ? INT_MIN : INT_MAX))
+    if (from.y == (direction == above ? INT_MIN : INT_MAX))
         return;
-    row *&to = from.beside[way];
+    row *&to = from.beside[direction];
     if (to == nullptr) {
-        to = make_row(way == above ? from.y - 1 : from.y + 1);
+        to = make_row(direction == above ? from.y - 1 : from.y + 1);
         if (to != nullptr)
-            to->beside[1 - way] = &from;
+            to->beside[1 - direction] = &from;
     }
     make_shadow(f, to, left, right, from.y);
 }
 
-// Before the first whose left end is not smaller; mostly that place follows the last one that was inserted.
+// Before the first whose left end is not smaller; mostly right after the last one that was inserted.
 void insert_in_row(chain &row_list, shadow *last, shadow *s)
 {
-    shadow **place = last != nullptr && last->left < s->left ? &last->next : &row_list.head;
-    while (*place != nullptr && (*place)->left < s->left)
-        place = &(*place)->next;
-    s->next = std::exchange(*place, s);
+    shadow **link = last != nullptr && last->left < s->left ? &last->next : &row_list.head;
+    while (*link != nullptr && (*link)->left < s->left)
+        link = &(*link)->next;
+    s->next = std::exchange(*link, s);
 }
 
 // Takes the shadows of one row, that of the first valid one, out of the pending ones; reverses the others.
@@ -194,8 +196,8 @@ void select_row(flood &f)
 // A run went on into the later shadow t.
 void remove_overlap(flood &f, shadow &t)
 {
-    const int way = t.parent > f.current->y ? below : above;
-    const row *const parent = f.current->beside[way];
+    const int direction = t.parent > f.current->y ? below : above;
+    const row *const parent = f.current->beside[direction];
     shadow *const q = parent != nullptr ? parent->pending.ends[f.head] : nullptr;
     if (q == nullptr) {
         TESKA_ERR("remove_overlap: algorithm failure");
@@ -204,9 +206,9 @@ void remove_overlap(flood &f, shadow &t)
     const std::int64_t left = q->left;
     const std::int64_t right = q->right;
     if (left < std::int64_t{t.left} - 1)
-        cast(f, left, std::int64_t{t.left} - 2, way);
+        cast(f, left, std::int64_t{t.left} - 2, direction);
     if (right > std::int64_t{t.right} + 1)
-        cast(f, std::int64_t{t.right} + 2, right, way);
+        cast(f, std::int64_t{t.right} + 2, right, direction);
     if (std::exchange(q->valid, false))
         f.invalid.push(q);
     if (t.right <= right + 1)
@@ -230,7 +232,7 @@ void cast_shadows(flood &f, const run &r, const shadow &p)
             cast(f, std::int64_t{p.right} + 2, r.right, 1 - away);
     }
     for (shadow *t = f.row_list.head; t != nullptr && t->left <= r.right; t = t->next)
-        if (t->valid)
+        if (t->valid && t->right >= r.left)
             remove_overlap(f, *t);
 }
 
@@ -259,9 +261,9 @@ void give_back(flood &f)
     while (shadow *s = f.free_list.pop())
         std::free(s);
     if (f.current != nullptr)
-        for (const int way : {above, below})
-            for (row *r = f.current->beside[way]; r != nullptr;)
-                std::free(std::exchange(r, r->beside[way]));
+        for (const int direction : {above, below})
+            for (row *r = f.current->beside[direction]; r != nullptr;)
+                std::free(std::exchange(r, r->beside[direction]));
     std::free(std::exchange(f.current, nullptr));
 }
 

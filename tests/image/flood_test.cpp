@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <string>
 #include <vector>
@@ -109,6 +110,19 @@ TEST(FloodDo, FillsRandomRegionsToTheirEnds)
                                                    d.at(x, y - 1) == '.' || d.at(x, y + 1) == '.'));
     }
     EXPECT_EQ(calls.value(), 0xe8a330614eca9fa7U) << "another order";
+}
+
+// The arms from above and from below meet in row 4, where a shadow ends to the left of the run.
+TEST(FloodDo, DoesNotPassACorner)
+{
+    Drawing d{{"##.....##", "##.###...", "...#####.", ".####....", "..######.", "#...#.#.#", "###.#..##", "###..#.##",
+               "####...##"}};
+    std::vector<std::string> filled = d.rows;
+    for (std::string &row : filled)
+        std::replace(row.begin(), row.end(), '.', 'o');
+    filled[5][7] = '.';
+    d.fill_from(1, 4);
+    EXPECT_EQ(d.rows, filled);
 }
 
 TEST(FloodDo, EndsAtTheEdgesOfThePlane)
