@@ -38,8 +38,8 @@ public:
      * outputChannels  M, values at each grid point; with 0 Interpolate writes nothing
      * aux             a byte for the caller's use: carried and copied, never looked at
      * data            M * NumPoints() values in the order above
-     * Throws std::bad_alloc when a count is 0 or 1, when NumPoints(), a stride or the number of values exceeds 2^32 - 1,
-     * or when memory runs out; nothing stays allocated then.
+     * Throws std::bad_alloc when a count is 0 or 1, when NumPoints(), a stride or the number of values exceeds
+     * 2^32 - 1, or when memory runs out; nothing stays allocated then.
      */
     CLUT(unsigned char inputDim, unsigned char *gridPoints, unsigned char outputChannels, unsigned char aux,
          float *data);
@@ -73,8 +73,8 @@ public:
 
     /* ---- Change -------------------------------------------------------------------------------------------------- */
 
-    /* Element i of the values (not grid point i), 0 .. M * NumPoints() - 1, and its address in the table's
-     * array, valid for ever. Elements may be changed at any time; all copies see it. */
+    /* Element i of the values (not grid point i), 0 .. M * NumPoints() - 1, and its address in the table's array, valid
+     * for ever. Elements may be changed whenever no thread interpolates; all copies see it. */
     float &operator[](int i);
     float *GetData(int i);
 

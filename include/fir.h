@@ -1,7 +1,7 @@
 /* fir.h - a square filter with finite impulse response, for images that arrive line by line
  *
- * The kernel has 2 * radius + 1 lines and columns. Each of one, three or four components is filtered by itself, in 8-bit
- * or 16-bit samples. Finished lines are handed over by a callback, radius lines after their input.
+ * The kernel has 2 * radius + 1 lines and columns. Each of one, three or four components is filtered by itself, in
+ * 8-bit or 16-bit samples. Finished lines are handed over by a callback, radius lines after their input.
  *
  *     static void finished(int component) { ... }              takes *out[component] away
  *
@@ -12,7 +12,8 @@
  *     fir_kill(filter);
  *
  * Common rules
- *   H lines give H lines, in their order, whatever H: when the last one has been fed, those still inside follow at once.
+ *   H lines give H lines, in their order, whatever H: when the last one has been fed, those still inside follow at
+ *   once.
  *   The first and last radius lines of an image, and the first and last radius pixels of every line, are passed through
  *   as they are. So are images of fewer lines or columns than the kernel.
  *   Kept: there is no function that sets coefficients, and all are 0. Every filtered pixel is 0.
@@ -24,7 +25,8 @@
  *   later ones. It runs on the caller's thread, must not use the record and must not throw.
  *   Memory does not depend on the number of lines, and nothing is allocated for a line.
  *   Failures are reported through error_mess_fl (error_mess.h); only fir_new can fail.
- *   A record serves one image at a time.
+ *   A record serves one image at a time, on one thread. Records share nothing: any number of threads may filter at
+ *   once, each with a record of its own.
  */
 #ifndef TESKA_FIR_H
 #define TESKA_FIR_H
@@ -71,7 +73,7 @@ TESKA_API fir *fir_start(fir *record, int nComponents, int nLines, int width, fi
 
 /* fir_mono, fir_rgb, fir_cmyk - feed the next line of each component, 16-bit samples.
  *
- * Once a line has radius lines below it, it is written and handed over:
+ * Once radius further lines have been fed, it is written and handed over:
  *
  *     sum = sum of sample(y - radius + i, x - radius + j) * floor(coefficient(i, j) * 65536),   0 <= i, j <= 2 * radius
  *     out(x) = min(max(sum, 0) / 65536, maxValue), rounded down

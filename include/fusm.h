@@ -46,14 +46,16 @@
  *   given to fusm_new. Arrays of lines hold one pointer for each processed component.
  *   Steps lead from one pixel to the next, in samples: C for interleaved data, 1 for planar. 0 and negative ones are
  *   followed as they are. What lies between the samples of an output line stays as it is.
- *   The first and last reach lines, reach = 1 for radius 0, else 2, are copied: no clip, no limit. An image of less than
- *   2 * reach + 1 lines is copied whole.
+ *   The first and last reach lines, reach = 1 for radius 0, else 2, are copied: no clip, no limit. An image of less
+ *   than 2 * reach + 1 lines is copied whole.
  *   The record keeps pointers, not lines: an input line and its limits must stay as they are until the 2 * reach lines
  *   after it have been fed, with a conversion the reach lines after it, and outputs must not overlap them meanwhile.
  *   The caller owns all lines. Nothing is allocated while lines are fed.
- *   Failures are reported through error_mess_fl (error_mess.h). Except where a block says so, a record must not be null.
+ *   Failures are reported through error_mess_fl (error_mess.h). Except where a block says so, a record must not be
+ *   null.
  *   A record serves one image at a time, on one thread; callbacks run on it, inside the call that feeds a line. They
- *   must not throw and must not call functions of the same record.
+ *   must not throw and must not call functions of the same record. Records share nothing: any number of threads may
+ *   sharpen at once, each with a record of its own.
  */
 #ifndef TESKA_FUSM_H
 #define TESKA_FUSM_H

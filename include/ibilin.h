@@ -3,7 +3,7 @@
  * An image of 1 to 4 components is brought to another size while its lines pass by: source lines are fed one after the
  * other, and every destination line is handed out as soon as the source lines it needs have arrived.
  *
- *     static void consume(int component) { ... }                    takes what stands in row[component]
+ *     static void consume(int component) { ... }                    takes row[component] away
  *
  *     ibilin *zoom = ibilin_new(0);
  *     ibilin_start(zoom, 3, srcLines, srcWidth, dstLines, dstWidth, consume, 3, 1);
@@ -25,7 +25,8 @@
  *   Components, samples and lines count from 0. A step is the distance in samples from one pixel to the next, on
  *   either side; 0 and negative steps are fine, and samples between those of a component stay as they are.
  *   All lines of an image are fed with the same depth.
- *   A record is used by one thread at a time; records are independent of each other.
+ *   A record is used by one thread at a time. Records share nothing: any number of threads may resample at once, each
+ *   with a record of its own.
  */
 #ifndef TESKA_IBILIN_H
 #define TESKA_IBILIN_H
@@ -35,8 +36,8 @@ TESKA_BEGIN_C
 /* The opaque record of one resampling. */
 typedef struct ibilin ibilin;
 
-/* Called on the caller's thread when a destination line of this component stands in the caller's output line; the next
- * destination line of the component may be written to the same place. It must not use the record. */
+/* Called on the caller's thread when a destination line of this component has been written to the caller's output line;
+ * the next one of the component may be written to the same place. It must not use the record. */
 typedef void (*ibilin_callback)(int component);
 
 /* ---- Life ------------------------------------------------------------------------------------------------------- */
@@ -74,20 +75,21 @@ TESKA_API int ibilin_start(ibilin *record, int nComponents, int srcLines, int sr
 /* ibilin_mono - feed the next line of component 0, of 16-bit samples.
  *
  * line  srcWidth samples, inStep apart; not kept
- * out   holder of the place of dstWidth samples, outStep apart. It is read when the line is fed and used, until the
- *       next line of the component is: a callback that changes the holder does not redirect the lines of this call.
- *       The place may be the line itself.
+ * out   holds the address of the output line, dstWidth samples, outStep apart. It is read once, when the line is fed,
+ *       and only if the line is used; the address then serves all destination lines until the next line of the
+ *       component is used. So a callback that changes the holder does not redirect the lines of this call. The output
+ *       line may be the line itself.
  * Returns 1; cannot fail.
  *
  * Line s of a component is used when s is the upper or the lower line of the next destination line; others, and those
- * behind the end of the destination, are only counted. When line s of the last component, number nComponents - 1, has
- * been fed, all destination lines whose lower line is not behind s are handed out: for each line, for each component
- * in rising order, the samples are written and the callback is called.
+ * that come after the last destination line, are only counted. When line s of the last component, number
+ * nComponents - 1, has been fed, all destination lines whose lower line is s or an earlier one are handed out: for each
+ * line, for each component in rising order, the samples are written and the callback is called.
  *
  * Every component blends the two lines it used last; a component that has used one line only blends it with itself.
- * Kept: where the lower line falls on the last one for want of a further line, the last but one and the last are still
- * blended with the weights of the last and the missing one. So equal sizes give back every line but the last, in whose
- * place the last but one comes again, and lines 100, 200 brought from 2 to 4 give 100, 150, 100, 150.
+ * Kept: where the upper line is the last one and there is none below it, the last but one takes the weight of the last
+ * and the last takes that of the missing one. So equal sizes give back every line but the last, in whose place the last
+ * but one comes again, and lines 100, 200 brought from 2 to 4 give 100, 150, 100, 150.
  */
 TESKA_API int ibilin_mono(ibilin *record, const unsigned short *line, unsigned short **out) TESKA_NOTHROW;
 

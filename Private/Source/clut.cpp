@@ -8,8 +8,8 @@
 // at element 4 * 1156 + 8 * 68 + 8 * 4 = 5200; fx = fy = 0, fz = 0.5: the path is 0, 4, 5, 7 and the result lies
 // halfway between grid points (4, 8, 8) and (4, 8, 9).
 //
-// Numbers of inputs without a kernel of their own multiply the weights of all corners first, 1024 corners at a time: the
-// weights of the ten lowest inputs fit the stack, the higher inputs give each block a common factor.
+// Numbers of inputs without a kernel of their own multiply the weights of all corners first, 1024 corners at a time:
+// the weights of the ten lowest inputs fit the stack, the higher inputs give each block a common factor.
 //
 // The arrays are shared by copies and never freed, so the object holds plain pointers. Evaluation writes to its results
 // and the stack only. No process-wide state.
@@ -96,8 +96,8 @@ quad load(const float *from)
     return quad{from[0], Channels > 1 ? from[1] : 0.0F, Channels > 2 ? from[2] : 0.0F, Channels > 3 ? from[3] : 0.0F};
 }
 
-// Adds the terms of a block's corners to the sums of up to four adjacent channels, corner by corner. The term of a cell's
-// first corner is not added: the sums begin with it.
+// Adds the terms of a block's corners to the sums of up to four adjacent channels, corner by corner. The term of a
+// cell's first corner is not added: the sums begin with it.
 template <std::size_t Channels>
 void add_corners(const float *cell, const unsigned int *corner, const float *weight, bool first, quad &sums)
 {
@@ -107,8 +107,9 @@ void add_corners(const float *cell, const unsigned int *corner, const float *wei
     sums = sum;
 }
 
-// More inputs than a block has. A weight is the product of one factor for each input, the last input first: so the inputs
-// from block_inputs on give all corners of a block a common factor, from which the block's own weights are multiplied.
+// More inputs than a block has. A weight is the product of one factor for each input, the last input first: so the
+// inputs from block_inputs on give all corners of a block a common factor, from which the block's own weights are
+// multiplied.
 void interpolate_blocks(const clut_point &point, const float *fraction, std::size_t inputs)
 {
     constexpr decltype(&add_corners<4>) last[] = {nullptr, add_corners<1>, add_corners<2>, add_corners<3>};

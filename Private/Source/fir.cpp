@@ -1,6 +1,7 @@
 // fir - a square filter with finite impulse response, for images that arrive line by line (image)
 //
-// With r the radius, L = 2 r + 1 lines under the kernel, H lines of the image, the line number c decides what comes out:
+// With r the radius, L = 2 r + 1 lines under the kernel, H lines of the image, the line number c decides what comes
+// out:
 //
 //     c < r               line c as it is
 //     r <= c < L - 1      nothing

@@ -1,15 +1,15 @@
 // md_tetrab - conversion of 8-bit pixels through a regular grid of bytes (colour)
 //
-// The grid has R vertices per dimension that callers fill and E further layers after them. Layer R is reached only as the
-// far side of the top vertices, with the lowest weight. Then come the bytes of padding:
+// The grid has R vertices per dimension that callers fill and E further layers after them. Layer R is reached only as
+// the far side of the top vertices, with the lowest weight. Then come the bytes of padding:
 //
 //     |<- (R + E)^N * M: vertices, dimension 0 slowest ->|<- far corner + 64 ->|
 //
 // The padding is zero and not counted. It lets kernels read whole words at the last vertex, and with E = 0 it takes the
 // place of the missing layer of dimension 0 (that of the others is the next row of the grid).
 //
-// What conversion needs of a byte is looked up (md_tetrab/positions.h). Example with R = 17, L = 0, H = 255: the step is
-// 15.9375, byte 100 lies at 6.27, so it has index 6 and weight 69.
+// What conversion needs of a byte is looked up (md_tetrab/positions.h). Example with R = 17, L = 0, H = 255: the step
+// is 15.9375, byte 100 lies at 6.27, so it has index 6 and weight 69.
 //
 // Conversion writes to the outputs and the stack only, but for the rows that the faster kernels look up, which are made
 // again, by one thread, once the curves have changed.

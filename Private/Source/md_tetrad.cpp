@@ -5,11 +5,11 @@
 //
 //     |<- (R + 1)^N * M doubles, dimension 0 slowest ->|
 //
-// With step = (hi - lo) / (R - 1), vertex i of a dimension represents the input i * step + lo. Example: R = 5, lo = 0, hi = 100,
-// step 25: x = 30 gives index 1 and fraction 0.2.
+// With step = (hi - lo) / (R - 1), vertex i of a dimension represents the input i * step + lo. Example: R = 5, lo = 0,
+// hi = 100, step 25: x = 30 gives index 1 and fraction 0.2.
 //
-// Evaluation writes to the outputs and the stack only. No process-wide state. Creation takes O((R + 1)^N * M), evaluation
-// O(N * M) per point and a sort of N numbers.
+// Evaluation writes to the outputs and the stack only. No process-wide state. Creation takes O((R + 1)^N * M),
+// evaluation O(N * M) per point and a sort of N numbers.
 
 #include "md_tetrad.h"
 

@@ -1,4 +1,5 @@
-// ibilin/plan - which bytes of a source line become which samples, prepared for the kernels of one vector length (image)
+// ibilin/plan - which bytes of a source line become which samples, prepared for the kernels of one vector length
+// (image)
 //
 // ibilin_plan says how a plan looks. An example, bytes of one component brought to 3/4 with units of 16 bytes and one
 // window: the first unit makes samples 0 .. 7 out of bytes 0 .. 10, the next one samples 8 .. 15 from byte 10 on.
@@ -89,8 +90,8 @@ struct window {
     int count = 0;
     ptrdiff_t start = 0;
 
-    // Takes up to `most` samples in a window of `size` bytes, which begins at or behind the byte `begin` and ends before
-    // `end`. Returns false when it cannot be placed.
+    // Takes up to `most` samples in a window of `size` bytes, which begins at or behind the byte `begin` and ends
+    // before `end`. Returns false when it cannot be placed.
     bool place(walk &from, int most, int bytes, ptrdiff_t begin, ptrdiff_t end, int size) noexcept
     {
         ptrdiff_t low = PTRDIFF_MAX;

@@ -1,8 +1,8 @@
 // md_tetrab/positions - where an input byte lies in the grid: by its value after the curve, and before it (colour)
 //
-// Kept: quotients are those of doubles. Exact rational numbers would give other bytes for some u (R = 3, u = 129: weight
-// 3 in place of 2). Most of them are those of integers, or one less, which kernels calculate faster than they look them
-// up: md_tetrab_positions::late says which.
+// Kept: quotients are those of doubles. Exact rational numbers would give other bytes for some u (R = 3, u = 129:
+// weight 3 in place of 2). Most of them are those of integers, or one less, which kernels calculate faster than they
+// look them up: md_tetrab_positions::late says which.
 
 #include "Source/md_tetrab/positions.h"
 

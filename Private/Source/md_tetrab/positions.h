@@ -7,10 +7,10 @@
 // The faster kernels look all of them up at once by the byte before its curve. Callers may write to a curve at any time
 // between two conversions, so these rows carry the curves they were made from, and every conversion compares.
 //
-// Any number of threads may ask for the rows at once. There are two sets: one in force, which nobody writes, and a spare
-// one. Who finds that the curves have changed fills the spare set and puts it in force; whoever asks meanwhile gets
-// nothing and has to do without. The set that went out of force is filled again only after the next change of curves,
-// and no conversion may run during a change, so then nobody reads it any more.
+// Any number of threads may ask for the rows at once. There are two sets: one in force, which nobody writes, and a
+// spare one. Who finds that the curves have changed fills the spare set and puts it in force; whoever asks meanwhile
+// gets nothing and has to do without. The set that went out of force is filled again only after the next change of
+// curves, and no conversion may run during a change, so then nobody reads it any more.
 
 #ifndef TESKA_MD_TETRAB_POSITIONS_H
 #define TESKA_MD_TETRAB_POSITIONS_H
