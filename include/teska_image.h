@@ -5,4 +5,5 @@
 #include "flood.h"
 #include "fusm.h"
 #include "ibilin.h"
+#include "izat.h"
 #endif
