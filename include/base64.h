@@ -24,7 +24,7 @@ TESKA_BEGIN_C
  * out  4 characters, owned by the caller
  * n    bytes in the group, 1 .. 3; less counts as 1, more as 3
  * Returns the last character written.
- * Kept: the byte behind the group is encoded too, as far as it reaches into the group's last character: 4D 61 FF as two
+ * Kept: the byte after the group is encoded too, as far as it reaches into the group's last character: 4D 61 FF as two
  * bytes gives "TWH=" where 4D 61 00 gives "TWE=".
  */
 TESKA_API char encodeToBase64(const unsigned char *in, char *out, int n) TESKA_NOTHROW;

@@ -23,7 +23,7 @@ TESKA_BEGIN_C
 TESKA_API void CipherEncrypt(const unsigned char *plain, int count, unsigned char *cipher, unsigned short key,
                              unsigned short multiplier, unsigned short addend) TESKA_NOTHROW;
 
-/* CipherDecrypt - the way back, with the same key, multiplier and addend. */
+/* CipherDecrypt - the reverse, with the same key, multiplier and addend. */
 TESKA_API void CipherDecrypt(const unsigned char *cipher, int count, unsigned char *plain, unsigned short key,
                              unsigned short multiplier, unsigned short addend) TESKA_NOTHROW;
 

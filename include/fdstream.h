@@ -107,18 +107,18 @@ protected:
     /* xsputn - write n bytes. Returns how many the host took, 0 for a negative n, or -1. */
     std::streamsize xsputn(const char *source, std::streamsize n) override;
 
-    /* seekoff, seekpos - move in the file. Returns the new place, or -1 for a place that the file does not have; the
-     * place is then unchanged.
+    /* seekoff, seekpos - move in the file. Returns the new position, or -1 for one that the file does not have; the
+     * position is then unchanged.
      *
-     * Kept: a byte looked at but not yet read (peek) lies between this object's place and the file's own, and relative
-     * moves out of the buffer start from the file's: after peek() at 3, a move by 2 leads to 6. Moves by 0 and by 1
-     * lead to 3 and 4.
-     * Kept: a move over the byte that was looked at or read last is made even where the host knows no place (a pipe, a
-     * closed file), though -1 is returned: the byte is passed over, or comes again.
+     * Kept: a byte looked at but not yet read (peek) lies between this object's position and the file's own, and
+     * relative moves out of the buffer start from the file's: after peek() at 3, a move by 2 leads to 6. Moves by 0 and
+     * by 1 lead to 3 and 4.
+     * Kept: a move over the byte that was looked at or read last is made even where the host knows no position (a
+     * terminal, a closed file), though -1 is returned: the byte is passed over, or comes again.
      */
     pos_type seekoff(off_type offset, std::ios_base::seekdir direction,
                      std::ios_base::openmode which = std::ios_base::in | std::ios_base::out) override;
-    pos_type seekpos(pos_type place, std::ios_base::openmode which = std::ios_base::in | std::ios_base::out) override;
+    pos_type seekpos(pos_type target, std::ios_base::openmode which = std::ios_base::in | std::ios_base::out) override;
 
 private:
     int read_from_buf(char *destination, unsigned n);

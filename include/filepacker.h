@@ -120,8 +120,8 @@ public:
     /* UnpackFile - write the next entry as a file.
      *
      * entry_name  null, or 200 characters for the name as stored
-     * Returns 0; 9 at the end of the archive; else as Unpack. 2, 6 and 7 come with the name; after 2 and 7 the next call
-     * goes on with the next entry, after 6 it tries this one again.
+     * Returns 0; 9 at the end of the archive; else as Unpack. 2, 6 and 7 come with the name; after 2 and 7 the next
+     * call goes on with the next entry, after 6 it tries this one again.
      */
     int UnpackFile(const char *directory, char *entry_name) noexcept;
 
@@ -145,7 +145,11 @@ public:
      */
     int GetError(char *text) noexcept;
 
-    /* GetDescription - copy the archive's description, at most 199 characters of it. text: 200 characters. Returns 0. */
+    /* GetDescription - copy the archive's description, at most 199 characters of it.
+     *
+     * text  200 characters
+     * Returns 0.
+     */
     int GetDescription(char *text) noexcept;
 
     /* ---- Raw reading and writing, at the archive's current position ---------------------------------------------- */
@@ -162,7 +166,9 @@ public:
     /* WriteString - write a text and its zero byte. */
     int WriteString(const char *text) noexcept;
 
-    /* ReadBinaryData - read exactly count bytes; count < 0 gives 5. Kept: buffer[0] becomes 0 first, for count 0 too. */
+    /* ReadBinaryData - read exactly count bytes; count < 0 gives 5.
+     * Kept: buffer[0] becomes 0 first, for count 0 too.
+     */
     int ReadBinaryData(char *buffer, int count) noexcept;
 
     /* WriteBinaryData - write count bytes; count < 0 gives 7. */

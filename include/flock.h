@@ -25,8 +25,8 @@ typedef struct flock_rec flock_rec;
  * path  of the lock file: UTF-8, at most 127 bytes, "/" and "\" both separate names. A relative one is meant from the
  *       directory of this moment.
  * Returns the lock, owned by the caller (flock_free); NULL when it is held, in this process or another, or when the
- * file cannot be made: the path is that of another file, which is left as it is, the folder is missing, the path is null
- * or longer, memory is short.
+ * file cannot be made: the path is that of another file, which is left as it is, the folder is missing, the path is
+ * null or longer, memory is short.
  * The lock is free the moment its holder dies, at whatever point it is killed. See lock_utf8 of lopra.h for the file
  * systems where that does not hold. POSIX: a child forked while the lock is held keeps it from being taken over, for as
  * long as it lives, when its parent is killed; it cannot free it.

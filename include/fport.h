@@ -7,9 +7,9 @@
  *     fport_StripExtension(rest);                                        "jobs\new\page"
  *     fport_MakeFullPath("C:\\out", rest, path, sizeof path);            "C:\out\jobs\new\page"
  *
- * Names are zero-terminated bytes, and pointers must not be null. Parts of a path are joined by "\", which the library's
- * file calls take on every host. Nothing here asks the disk. All functions may be called from several threads at once;
- * fport reads the logical names, which wem.h keeps for the process.
+ * Names are zero-terminated bytes, and pointers must not be null. Parts of a path are joined by "\", which the
+ * library's file calls take on every host. Nothing here asks the disk. All functions may be called from several threads
+ * at once; fport reads the logical names, which wem.h keeps for the process.
  */
 #ifndef TESKA_FPORT_H
 #define TESKA_FPORT_H

@@ -56,8 +56,8 @@ TESKA_API void MD5Final(unsigned char digest[16], MD5_CTX *context) TESKA_NOTHRO
  *
  * path  UTF-8, through lopra.h
  * text  33 bytes, owned by the caller: 32 digits 0-9 and A-F, the high half of each byte first, and a zero byte
- * Returns 0; or 1 when the file cannot be examined or opened, is a directory or a named pipe, which is not waited for, or
- * is larger than 2147483647 bytes; the text is then untouched. Nothing is reported.
+ * Returns 0; or 1 when the file cannot be examined or opened, is a directory or a named pipe, which is not waited for,
+ * or is larger than 2147483647 bytes; the text is then untouched. Nothing is reported.
  * Kept: as many bytes are digested as the file had when it was examined. Those that cannot be read, because it has
  * shrunk since or the disk fails, count as zeros, and the result is 0 all the same.
  */

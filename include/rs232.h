@@ -90,14 +90,16 @@ TESKA_API int outbrs232(rs232_rec *port, char byte) TESKA_NOTHROW;
 /* inbrs232 - receive one byte, waiting for it if none is there.
  *
  * Returns the byte, or (char)-1 with "Cannot read from comm port.".
- * Kept: the result is one character wide, so that a received byte 255 looks like a failure; only the report tells. Where
- * char is unsigned that result is 255: compare with (char)-1, not with -1.
+ * Kept: the result is one character wide, so that a received byte 255 looks like a failure; only the report tells.
+ * Where char is unsigned that result is 255: compare with (char)-1, not with -1.
  */
 TESKA_API char inbrs232(rs232_rec *port) TESKA_NOTHROW;
 
 /* ---- Query ------------------------------------------------------------------------------------------------------- */
 
-/* inrs232rdy - number of bytes that wait to be received; -1 with "Cannot read from comm port." when the line is lost. */
+/* inrs232rdy - number of bytes that wait to be received; -1 with "Cannot read from comm port." when the line is
+ * lost.
+ */
 TESKA_API int inrs232rdy(rs232_rec *port) TESKA_NOTHROW;
 
 /* outrs232rdy - 1 when output may be sent, 0 while flow control holds it; -1 with "Cannot write to comm port." when the

@@ -1,6 +1,7 @@
 // descriptor - the host's calls on an open file descriptor, alike on every host
 //
-// A call that a signal interrupted is made again. Failures give -1 and set errno; a negative descriptor fails with EBADF.
+// A call that a signal interrupted is made again. Failures give -1 and set errno; a negative descriptor fails with
+// EBADF.
 
 #ifndef TESKA_PLATFORM_DESCRIPTOR_H
 #define TESKA_PLATFORM_DESCRIPTOR_H
@@ -17,7 +18,7 @@ constexpr unsigned descriptor_bytes_max = 1U << 30;
 int read_descriptor(int descriptor, char *destination, unsigned count) noexcept;
 int write_descriptor(int descriptor, const char *source, unsigned count) noexcept;
 
-// Returns the new place, counted from the start of the file. Whence is SEEK_SET, SEEK_CUR or SEEK_END.
+// Returns the new position, counted from the start of the file. Whence is SEEK_SET, SEEK_CUR or SEEK_END.
 std::int64_t seek_descriptor(int descriptor, std::int64_t offset, int whence) noexcept;
 
 }  // namespace teska

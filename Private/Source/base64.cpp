@@ -37,7 +37,7 @@ unsigned value_of(char character)
 
 char encodeToBase64(const unsigned char *in, char *out, int n) TESKA_NOTHROW
 {
-    // Kept: the byte behind the group reaches into its last character. What lies further on is not read.
+    // Kept: the byte after the group reaches into its last character. What lies further on is not read.
     const unsigned bits = unsigned{in[0]} << 16 | unsigned{in[1]} << 8 | (n < 2 ? 0U : in[2]);
     out[0] = alphabet[bits >> 18];
     out[1] = alphabet[bits >> 12 & 63];

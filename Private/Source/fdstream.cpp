@@ -1,16 +1,17 @@
 // fdstream - a stream buffer over a file descriptor (files)
 //
-// No get or put area is set: every character passes through the virtual functions. Writes go straight to the descriptor.
-// Reads leave their last FileBufSize bytes in the read buffer, from which a byte can be looked at before it is taken:
+// No get or put area is set: every character passes through the virtual functions. Writes go straight to the
+// descriptor. Reads leave their last FileBufSize bytes in the read buffer, from which a byte can be looked at before it
+// is taken:
 //
 //     file        0  1  2  3  4  5 ..          after peek() at 3
 //     buffer              [3]                  position 0, fill 1
-//     descriptor              ^                stands at 4
-//     place = descriptor - fill + position     3
+//     descriptor              ^                at 4
+//     position in the file = descriptor - fill + position = 3
 //
 // A block is read straight into the destination, and its last byte then put into the buffer: the state is the one that
 // reading byte by byte through the buffer leaves, at the price of one call of the host for all of them. Only text that
-// the host changes on the way does go through the buffer: the host would leave scratch behind its bytes in the
+// the host changes on the way does go through the buffer: the host would leave scratch after its bytes in the
 // destination, and pass over what follows a byte 26.
 
 #include "fdstream.h"
@@ -210,15 +211,15 @@ streambufExt::pos_type streambufExt::seekoff(off_type offset, std::ios_base::see
         const std::int64_t read_up_to = teska::seek_descriptor(descriptor, 0, SEEK_CUR);
         return read_up_to < 0 ? nowhere : read_up_to - fill + position;
     }
-    // Kept: a relative move starts where the descriptor stands, behind the bytes that were only looked at.
-    const std::int64_t place = teska::seek_descriptor(descriptor, offset, whence_of(direction));
-    if (place < 0)
+    // Kept: a relative move starts where the descriptor is, after the bytes that were only looked at.
+    const std::int64_t reached = teska::seek_descriptor(descriptor, offset, whence_of(direction));
+    if (reached < 0)
         return nowhere;
     position = fill = 0;
-    return place;
+    return reached;
 }
 
-streambufExt::pos_type streambufExt::seekpos(pos_type place, std::ios_base::openmode which)
+streambufExt::pos_type streambufExt::seekpos(pos_type target, std::ios_base::openmode which)
 {
-    return seekoff(off_type(place), std::ios_base::beg, which);
+    return seekoff(off_type(target), std::ios_base::beg, which);
 }

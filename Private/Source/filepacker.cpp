@@ -1,6 +1,6 @@
 // filepacker - class FilePacker, an archive of files one after another: life, adding, raw reading and writing (files)
 //
-// The format stands in the header. What an archive of one entry "a/b" with content "hi" and no description looks like:
+// The header has the format. What an archive of one entry "a/b" with content "hi" and no description looks like:
 //
 //     0    51 57 46 50 00              "QWFP"
 //     5    76 65 72 31 2e 30 00        "ver1.0"
@@ -12,7 +12,7 @@
 //
 // Writing. A stream would take an entry into its buffer and learn much later that the disk is full. So bytes go to the
 // stream's descriptor at once, and the stream itself stays empty. An entry that fails is cut off, so that the file is a
-// whole archive after every call; when it cannot be cut off the file is closed, because entries behind a torn one would
+// whole archive after every call; when it cannot be cut off the file is closed, because entries after a torn one would
 // be lost without a word.
 //
 // Reading goes through the stream; filepacker/unpack.cpp has the walk over the entries.
@@ -62,7 +62,7 @@ int differs(const void *name, const void *key)
     return std::strcmp(static_cast<const char *>(name), static_cast<const char *>(key));
 }
 
-// As much of a text as there is room for behind another.
+// Puts a text after another, as much of it as there is room for.
 template <std::size_t size>
 void append_text(char (&text)[size], const char *rest)
 {
@@ -170,7 +170,7 @@ int FilePacker::Open(const char *archive_path) noexcept
     if (std::fread(start, 1, sizeof start, stream) != sizeof start || std::memcmp(start, magic, sizeof magic) != 0)
         return ThrowError(5, path);
 
-    // The version may be any text. The description begins at its place all the same.
+    // The version may be any text. The description begins at its offset all the same.
     char ignored[1];
     if (read_text(stream, ignored, sizeof ignored) < 0 || std::fseek(stream, description_offset, SEEK_SET) != 0)
         return ThrowError(5, path);
@@ -258,7 +258,7 @@ bool FilePacker::StoredName(const char *name, char *stored) noexcept
     return true;
 }
 
-// Takes back what was written behind a place; an archive from which it cannot be taken is closed.
+// Takes back what was written after a position; an archive from which it cannot be taken is closed.
 void FilePacker::CutBack(std::int64_t end) noexcept
 {
     if (stream == nullptr || teska::cut_file(descriptor_of(stream), end))

@@ -11,7 +11,7 @@
 //       2     b ^ c ^ d                           3 i + 5 mod 16      4 11 16 23
 //       3     c ^ (b | ~d)                        7 i     mod 16      6 10 15 21
 //
-// and what v was before the block is added. Behind the last byte come 0x80, zeros up to 8 bytes before the end of a
+// and what v was before the block is added. After the last byte come 0x80, zeros up to 8 bytes before the end of a
 // block, and the number of bits.
 //
 // Every step waits for the word b of the step before: the time of a block is the length of that chain, and unrolled

@@ -5,8 +5,8 @@
 //     closed --- set_up --> open --- the host gives the line up ---> closed
 //
 // set_up takes the steps of Platform/serial.h one by one and reports the one that fails; a port that could not be
-// brought up whole is closed again. Tables that end with -1, which therefore is never a valid code, translate codes to baud
-// rates and bits; the codes are those of the classic terminal interface.
+// brought up whole is closed again. Tables that end with -1, which therefore is never a valid code, translate codes to
+// baud rates and bits; the codes are those of the classic terminal interface.
 //
 // The record points to itself, so that what is not a port, or a port no more, is told from one.
 //

@@ -18,9 +18,10 @@
  * - Paths are zero-terminated UTF-8 of any length the host allows. "/" and "\" both separate names; on
  *   POSIX every "\" is taken as "/", so a name that holds a backslash cannot be reached. Windows refuses
  *   text that is not UTF-8 with EILSEQ; POSIX passes bytes on as they are. A null path fails with EINVAL.
- * - Nothing waits for another process. What opens is a regular file or a character device: a terminal, from which reading
- *   waits for its user, /dev/null, NUL. A directory is refused with EISDIR; a named pipe, a socket and a disk with EACCES
- *   or, where the host itself refuses, ENXIO. Only regular files are replaced, locked or made below a directory.
+ * - Nothing waits for another process. What opens is a regular file or a character device: a terminal, from which
+ *   reading waits for its user, /dev/null, NUL. A directory is refused with EISDIR; a named pipe, a socket and a disk
+ *   with EACCES or, where the host itself refuses, ENXIO. Only regular files are replaced, locked or made below a
+ *   directory.
  * - Failures set errno: the host's own value, the ones above, ENOMEM when a copy of the path finds no memory.
  * - Permissions are LOPRA_S_IREAD and LOPRA_S_IWRITE; only the second counts, since files stay readable. On
  *   POSIX a writable file gets 0666 and a read-only one 0444, both less the process's mask.
@@ -111,7 +112,7 @@ LOPRA_API FILE *fopen_utf8(const char *path, const char *mode) LOPRA_NOTHROW;
  * Returns the descriptor, closed with close_utf8, or -1.
  *
  * A temporary file keeps its name while open, so that an exclusive create fails as long as it is there.
- * POSIX: a killed process leaves the file behind; a forked child that closes or ends does not remove its
+ * POSIX: a killed process leaves the file; a forked child that closes or ends does not remove its
  * parent's; the file is removed only while the path still names the file that was opened; close() instead
  * of close_utf8 puts the removal off to the end of the process. A relative path is meant from the directory
  * at the time of opening.
@@ -126,12 +127,12 @@ LOPRA_API int open_utf8(const char *path, int flags, ...) LOPRA_NOTHROW;
  * The file is read-only and holds a mark that tells it from the files of others. At the latest it goes when the process
  * ends in order.
  *
- * POSIX: a killed process leaves the file, but not the host's lock on it (flock), and the next caller takes it over. The
- * file is made under another name beside it, as replace_utf8 does, so that nobody ever sees it without its lock and
- * mark. A child forked while it is held keeps it from being taken over for as long as it lives. Where a file cannot have
- * two names (FAT), a process that is killed between creating and marking it leaves it held, and so does one that found
- * no room on the disk for the mark. Windows: the host removes the files of killed processes; what a power cut leaves is
- * taken over.
+ * POSIX: a killed process leaves the file, but not the host's lock on it (flock), and the next caller takes it over.
+ * The file is made under another name beside it, as replace_utf8 does, so that nobody ever sees it without its lock and
+ * mark. A child forked while it is held keeps it from being taken over for as long as it lives. Where a file cannot
+ * have two names (FAT), a process that is killed between creating and marking it leaves it held, and so does one that
+ * found no room on the disk for the mark. Windows: the host removes the files of killed processes; what a power cut
+ * leaves is taken over.
  */
 LOPRA_API int lock_utf8(const char *path) LOPRA_NOTHROW;
 
@@ -190,10 +191,10 @@ LOPRA_API int write_utf8(int descriptor, const void *data, size_t size) LOPRA_NO
  * the new one when only the last step failed, the flush of the folder; EISDIR for a directory, EACCES for a
  * read-only file, EINVAL for a device or pipe on POSIX.
  *
- * The new file is written under the name of the old one with ".tmp0" after it, ".tmp1" .. while other processes save the
- * same file, flushed and renamed. A failure removes it. What a killed process leaves is removed by the next call for the
- * same path: there are never more of these files than processes that were saving at one time. On POSIX the host's lock
- * (flock) tells what was left; where a file system has none, such files stay.
+ * The new file is written under the name of the old one with ".tmp0" after it, ".tmp1" .. while other processes save
+ * the same file, flushed and renamed. A failure removes it. What a killed process leaves is removed by the next call
+ * for the same path: there are never more of these files than processes that were saving at one time. On POSIX the
+ * host's lock (flock) tells what was left; where a file system has none, such files stay.
  * The name must leave room for the ending: files whose names have more than about 240 bytes (on Windows characters)
  * cannot be saved, though the host could open them.
  * POSIX: owner, group and permissions stay as far as the process may set them, and nobody gains access. The

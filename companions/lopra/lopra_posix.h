@@ -25,7 +25,7 @@ struct free_memory {
 
 using owned_text = std::unique_ptr<char, free_memory>;
 
-// The host's form of a path, with room for more behind it; null with errno set.
+// The host's form of a path, with room for more after it; null with errno set.
 inline owned_text host_path(const char *path, std::size_t more = 0)
 {
     if (!path) {

@@ -4,10 +4,10 @@
 //
 //     write beside -> flush -> rename -> close -> flush the folder
 //
-// Data that were not flushed before the rename might reach the disk after it: a power cut would leave the name with half
-// a file. The file is held until it has its name, or another process that saves would take it for one that was left. The
-// folder is flushed so that success means that the new file is found after any accident. Memory is taken and the folder
-// opened first: what is left to fail once the new file has the name is the disk alone.
+// Data that were not flushed before the rename might reach the disk after it: a power cut would leave the name with
+// half a file. The file is held until it has its name, or another process that saves would take it for one that was
+// left. The folder is flushed so that success means that the new file is found after any accident. Memory is taken and
+// the folder opened first: what is left to fail once the new file has the name is the disk alone.
 //
 // Process-wide state: none.
 #include "lopra.h"

@@ -1,12 +1,12 @@
 // lopra_win32 - file calls that take UTF-8 paths, on Windows (lopra)
 //
-// Each call turns its paths into UTF-16 and calls the host's wide form of the same stem. Text that is not UTF-8 is refused
-// rather than mended: two different wrong paths must not reach one file. The host removes temporary files and excludes
-// other openers by itself; what is left to do here is to say why a directory was refused, and to put the system's error
-// codes into errno where the runtime does not.
+// Each call turns its paths into UTF-16 and calls the host's wide form of the same stem. Text that is not UTF-8 is
+// refused rather than mended: two different wrong paths must not reach one file. The host removes temporary files and
+// excludes other openers by itself; what is left to do here is to say why a directory was refused, and to put the
+// system's error codes into errno where the runtime does not.
 //
-// A file that its process holds is open, and no other handle on it may be had that shares nothing. One that can be opened
-// so was left: by a process that died while it saved, or by a power cut.
+// A file that its process holds is open, and no other handle on it may be had that shares nothing. One that can be
+// opened so was left: by a process that died while it saved, or by a power cut.
 //
 // Process-wide state: none.
 #include "lopra.h"
@@ -209,8 +209,8 @@ int create_held(const wchar_t *path)
     return descriptor;
 }
 
-// Creates a held file beside another; the path there gets its ending. The names of files whose process has died are used
-// again.
+// Creates a held file beside another; the path there gets its ending. The names of files whose process has died are
+// used again.
 int create_beside(wchar_t *path)
 {
     wchar_t *end = path + std::wcslen(path);
@@ -329,15 +329,15 @@ int create_below_utf8(const char *directory, const char *name) noexcept
     bool last = false;
     for (wchar_t *part = path.get(); !last; part += std::wcslen(part) + 1) {
         part += std::wcsspn(part, L"/\\");
-        wchar_t *behind = part + std::wcscspn(part, L"/\\");
-        last = *behind == L'\0';
-        *behind = L'\0';
+        wchar_t *part_end = part + std::wcscspn(part, L"/\\");
+        last = *part_end == L'\0';
+        *part_end = L'\0';
         if (!last && std::wcscmp(part, L".") == 0)
             continue;
         if (!is_file_name(part))
             return fail(EINVAL);
         *end++ = L'\\';
-        end = std::copy(part, behind + 1, end) - 1;
+        end = std::copy(part, part_end + 1, end) - 1;
         if (is_link(full.get()))
             return fail(ELOOP);
     }

@@ -1,4 +1,4 @@
-// database - the records behind zuk.h (zuk, private)
+// database - the records of zuk.h (zuk, private)
 #ifndef ZUK_DATABASE_H
 #define ZUK_DATABASE_H
 

@@ -77,20 +77,20 @@ bool is_one_line(std::string_view text) { return text.find_first_of(line_ends) =
 
 const item *topic::find(std::string_view item_name) const
 {
-    const auto place = by_name.find(item_name);
-    return place != by_name.end() ? place->second : nullptr;
+    const auto found = by_name.find(item_name);
+    return found != by_name.end() ? found->second : nullptr;
 }
 
 bool topic::set(std::string_view item_name, std::string_view value)
 {
     std::string text = joined({item_name, " = ", without_blanks(value), "\n"});
-    const auto place = by_name.find(item_name);
-    if (place != by_name.end()) {
-        const bool differs = place->second->line != text;
-        place->second->line.swap(text);
+    const auto found = by_name.find(item_name);
+    if (found != by_name.end()) {
+        const bool differs = found->second->line != text;
+        found->second->line.swap(text);
         return differs;
     }
-    // Items stand together: lines at the end of the topic stay at its end.
+    // Items are kept together: lines at the end of the topic stay at its end.
     std::string &kept_before = items.empty() ? kept : items.back()->kept;
     append(*this, item_name, std::move(text)).kept.swap(kept_before);
     return true;
@@ -125,8 +125,8 @@ std::string record_text::write() const
 
 topic *record_text::find(std::string_view name) const
 {
-    const auto place = by_name_.find(name);
-    return place != by_name_.end() ? place->second : nullptr;
+    const auto found = by_name_.find(name);
+    return found != by_name_.end() ? found->second : nullptr;
 }
 
 void record_text::add(std::string_view name, std::string_view comment)

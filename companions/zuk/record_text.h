@@ -40,7 +40,7 @@ struct topic {
 
     const item *find(std::string_view item_name) const;
 
-    // Adds an item behind the last one or replaces the line of the one with that name; false when it is the same line.
+    // Adds an item after the last one or replaces the line of the one with that name; false when it is the same line.
     bool set(std::string_view item_name, std::string_view value);
 };
 

@@ -1,7 +1,7 @@
 // zuk - databases of record files (zuk)
 //
-// A database is a stack of texts that are edited in memory; record_text knows their syntax. Here stands what holds them
-// together: which file of the stack answers, and that nothing is thrown at a caller.
+// A database is a stack of texts that are edited in memory; record_text knows their syntax. This file holds them
+// together: it says which file of the stack answers, and lets nothing be thrown at a caller.
 //
 // Process-wide state: none.
 #include "zuk.h"
@@ -21,7 +21,8 @@ namespace
 
 constexpr int first_state = 16;  // smaller values of a listing's state mean its start
 
-// What body returns, or failure when memory runs out.
+// What body returns, or failure when memory runs out. The library has the same under the same name; a companion includes
+// nothing of it.
 template <class Result, class Body>
 Result guarded(Result failure, Body body) noexcept
 {

@@ -33,10 +33,10 @@
  * Rules common to all functions:
  * - Paths are UTF-8, "/" and "\" both separate names. A relative path is meant from the directory at the time
  *   of the call. On POSIX a path that is a symbolic link means the file that it leads to.
- * - A file is saved under another name beside it (path and ".tmp0"), brought to the disk and renamed over the old one: a
- *   crash or a power cut leaves the old file or the new one. What a killed process leaves under the other name goes with
- *   the next save. Nothing is locked: when two processes save the same file, the later one wins. A file whose name has
- *   more than about 240 bytes cannot be made or saved.
+ * - A file is saved under another name beside it (path and ".tmp0"), brought to the disk and renamed over the old one:
+ *   a crash or a power cut leaves the old file or the new one. What a killed process leaves under the other name goes
+ *   with the next save. Nothing is locked: when two processes save the same file, the later one wins. A file whose name
+ *   has more than about 240 bytes cannot be made or saved.
  * - A null database, path, topic or name is refused. No exception leaves.
  * - No state is shared between databases; each may be used by one thread at a time.
  */
@@ -97,7 +97,7 @@ ZUK_API int zuk_close(zuk_db *db) ZUK_NOTHROW;
  *
  * rfile    a record file of this database
  * topic    1 to 256 characters without "]", CR and LF; no blank or tab at the end
- * comment  text without CR and LF behind the "]"; null and "" mean none
+ * comment  text without CR and LF after the "]"; null and "" mean none
  * Returns 0, or -1 when refused or out of memory, with nothing changed. A topic that is there already stays
  * as it is: 0.
  */

@@ -171,7 +171,7 @@ TEST(FilePackerFaults, UnpackedFilesAreWholeOrNotThere)
         EXPECT_EQ(packed.unpack(), 0);
         EXPECT_EQ(packed.folder.read("2"), long_text);
     });
-    // With each fault: reading no bytes, and closing the directory behind three files; two halved writes are continued.
+    // With each fault: reading no bytes, and closing the directory after three files; two halved writes are continued.
     EXPECT_EQ(unnoticed, 3 * (1 + 3) + 2);
     each_file_call(1, [](Packed &packed, bool, auto fire, auto over) {
         int count = 0;

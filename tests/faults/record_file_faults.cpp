@@ -87,7 +87,7 @@ struct Operation {
     const char *name;
     bool (*call)(Setup &setup);
     const char *result;
-    int harmless;  // interrupted calls that are made again or do not count: a read behind the end, a close
+    int harmless;  // interrupted calls that are made again or do not count: a read after the end, a close
 };
 
 const Operation operations[] = {

@@ -27,7 +27,7 @@ unsigned decoded(const std::string &text)
 
 }  // namespace
 
-TEST(EncodeToBase64, KeptEncodesTheByteBehindAShortGroup)
+TEST(EncodeToBase64, KeptEncodesTheByteAfterAShortGroup)
 {
     const std::tuple<const char *, int, const char *> cases[] = {
         {"M\0", 1, "TQ=="}, {"Ma\0", 2, "TWE="}, {"Man", 3, "TWFu"},  {"Ma\xff", 2, "TWH="},

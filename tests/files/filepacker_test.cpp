@@ -207,7 +207,7 @@ const std::string ok = entry("ok");
 
 std::string named(std::size_t length) { return entry(std::string(length, 'n')); }
 
-// What strangers put behind the header, by what comes of it.
+// What strangers put after the header, by what comes of it.
 const struct {
     int by_file;          // Unpack stops with this, 0 for the end
     int by_buffer;        // UnpackFileAsBuffer stops with this,
@@ -249,7 +249,7 @@ TEST(FilePackerUnpack, TakesArchivesFromStrangers)
         }
 }
 
-TEST(FilePackerUnpack, GoesOnBehindAnEntryThatHasNoPlace)
+TEST(FilePackerUnpack, GoesOnAfterAnEntryThatHasNoPlace)
 {
     const Trap trap(entry("no/a.txt") + entry("sub/b", std::string("\0\n\r\n", 4)) + ok);
     FilePacker packer(trap.archive.c_str(), 1, nullptr);
@@ -272,7 +272,7 @@ TEST(FilePackerUnpack, KeptTakesAnEndMarkWithoutAnError)
     read_all(packer, 9);
     EXPECT_EQ(packer.GetError(nullptr), 0);
     char bytes[5];
-    EXPECT_EQ(packer.ReadBinaryData(bytes, 5), 0) << "reading goes on behind the name";
+    EXPECT_EQ(packer.ReadBinaryData(bytes, 5), 0) << "reading goes on after the name";
     EXPECT_EQ(std::string(bytes, 5), entry("", "2").substr(1));
 }
 

@@ -35,7 +35,8 @@ void wait_for(const std::string &path)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
 }
 
-// Takes what it can of the locks 0 .. files - 1 in a folder, says so, and holds them until told to end. Returns their number.
+// Takes what it can of the locks 0 .. files - 1 in a folder, says so, and holds them until told to end.
+// Returns their number.
 int hold(const std::string &folder, const std::string &ready)
 {
     std::vector<Lock> held;

@@ -80,7 +80,7 @@ TEST(MD5Update, TakesAnyNumberOfBytesInPiecesOfAnySize)
 
 TEST(MD5Final, EndsWithTheNumberOfBitsInBothWords)
 {
-    // Behind 2^32 - 512 bits of which nothing else is left; and the same with the end put together by hand.
+    // After 2^32 - 512 bits of which nothing else is left; and the same with the end put together by hand.
     MD5_CTX counted, by_hand;
     MD5Init(&counted);
     MD5Init(&by_hand);

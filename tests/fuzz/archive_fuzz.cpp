@@ -1,7 +1,7 @@
 // archive - the three ways to unpack an archive of arbitrary bytes, compared; none of them may leave its directory
 //
-// The first byte of an input says what is done: bit 0 puts a well-formed header in front of the rest, bit 1 reads it with
-// the raw calls as well. A hunter unpacks one input in sixteen to files, which take ten times as long as memory.
+// The first byte of an input says what is done: bit 0 puts a well-formed header in front of the rest, bit 1 reads it
+// with the raw calls as well. A hunter unpacks one input in sixteen to files, which take ten times as long as memory.
 // Hunt with TEST_TMPDIR=/dev/shm: everything goes through files.
 
 #include "support/folder.h"
@@ -169,7 +169,7 @@ void read_raw(const std::string &bytes)
         std::string buffer(room, '?');
         code = packer.ReadUpTo(buffer.data(), static_cast<int>(room), delimiter.c_str());
 
-        // A delimiter of no length is found behind the last byte too.
+        // A delimiter of no length is found after the last byte too.
         const std::size_t found = delimiter.empty() ? at : bytes.find(delimiter, at);
         const std::size_t left = bytes.size() - std::min(at, bytes.size());
         const std::size_t taken = found == std::string::npos ? SIZE_MAX : found + delimiter.size() - at;

@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     cursor = text.c_str();
     expect(str_get_nr_of_zuk_topics(&cursor) == static_cast<int>(topics.size()));
 
-    // Another text in between: this one may stand where the last one stood.
+    // Another text in between: this one may be where the last one was.
     const char *other = "";
     str_search_zuk_topic(&other, "");
     str_search_zuk_cache_reset();

@@ -1,4 +1,4 @@
-// files - places and sizes in open files, on POSIX hosts
+// files - positions in open files, and their sizes, on POSIX hosts
 #include "Platform/files.h"
 
 #include "Platform/descriptor.h"

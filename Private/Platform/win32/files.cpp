@@ -1,4 +1,4 @@
-// files - places and sizes in open files, on Windows
+// files - positions in open files, and their sizes, on Windows
 #include "Platform/files.h"
 
 #include "Platform/descriptor.h"

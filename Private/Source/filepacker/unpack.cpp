@@ -147,14 +147,14 @@ int FilePacker::ReadLong(long *value) noexcept
     return 0;
 }
 
-// Goes back from behind a length to the name before it: the call may be tried again.
+// Goes back from the end of a length to the name before it: the call may be tried again.
 int FilePacker::NoMemory(const char *name) noexcept
 {
     std::fseek(stream, -static_cast<long>(std::strlen(name) + 1 + length_size), SEEK_CUR);
     return ThrowError(6, nullptr);
 }
 
-// Reads what stands behind a name and writes it to the file of that name, whose "/" become "\".
+// Reads what follows a name and writes it to the file of that name, whose "/" become "\".
 int FilePacker::Extract(const char *directory, char *name) noexcept
 {
     long length = 0;
