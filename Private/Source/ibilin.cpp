@@ -3,20 +3,20 @@
 // A line that the next destination line needs is resampled in its own direction at once, into one of two buffers; then
 // the buffers are blended from line to line:
 //
-//     source line s, s + 1    a0 a1 a2 a3 a4       columns: places, computed once
+//     source line s, s + 1    a0 a1 a2 a3 a4       where each column lies is computed once, by ibilin_start
 //                               \ | \ | \ |
 //     previous, current        b0  b1  b2          the roles change with every line used
 //                               |   |   |
-//     destination line         c0  c1  c2          place of the line, computed when it is the next one
+//     destination line         c0  c1  c2          where the row lies is computed when it is the next one
 //
-// Memory does not depend on the number of lines. Interleaved components, recognised by steps and pointers, pass the
-// kernels as one line: their buffers are interleaved too. What a kernel needs to know of the columns, a plan, is made
-// when the first line shows the depth of the samples.
+// Memory does not depend on the number of lines. Components whose samples are adjacent in the lines fed are joined:
+// they pass the kernels as one line, and their buffers are interleaved too. What a kernel needs to know of the columns,
+// a plan, is made when the first line shows the depth of the samples.
 //
 // A line is not resampled when no destination line gives it a weight: halving uses every other line only.
 //
-// All this holds while the components are fed together. Once a call has fed some of them only, each goes its own way,
-// sample by sample.
+// All this holds while each call feeds all components. Once a call has fed some of them only, every component is
+// resampled and blended by itself, sample by sample.
 //
 // Example: 4 samples brought to 3 lie at 0, 1 1/3, 2 2/3, with weights 0, 21845, 43690 of 65536.
 //
@@ -56,10 +56,8 @@ struct component {
     void *out = nullptr;  // the caller's output line when that one was fed
 };
 
-}  // namespace
-
-struct ibilin {
-    int value = 0;
+// What ibilin_start was given.
+struct image {
     int components = 0;  // 0: lines are ignored
     int source_lines = 0;
     int source_width = 0;
@@ -68,19 +66,34 @@ struct ibilin {
     ptrdiff_t in_step = 0;
     ptrdiff_t out_step = 0;
     ibilin_callback callback = nullptr;
+
+    // Whether all components of a line are one line of the buffers, interleaved.
+    [[nodiscard]] bool joined() const { return components > 1 && in_step == components; }
+
+    // Components of a line of the buffers, and lines of one image line.
+    [[nodiscard]] int line_components() const { return joined() ? components : 1; }
+    [[nodiscard]] int line_count() const { return joined() ? 1 : components; }
+
+    // Samples of a line of the buffers, and how far the next one is.
+    [[nodiscard]] ptrdiff_t line_samples() const { return static_cast<ptrdiff_t>(width) * line_components(); }
+    [[nodiscard]] ptrdiff_t line_distance() const
+    {
+        return (line_samples() / teska::ibilin_padding + 1) * teska::ibilin_padding;
+    }
+};
+
+}  // namespace
+
+struct ibilin {
+    int value = 0;
+    image shape;
     component at[most_components];
     int delivered = 0;     // destination lines
-    ibilin_place row{};    // of the next one
-    ibilin_place later{};  // of the one after it
+    ibilin_place row{};    // where the next one lies
     bool together = true;  // all calls so far fed all components
-    bool joined = false;   // buffers are interleaved
-    bool picks = false;    // all weights of columns are 0
-    int depth = 0;         // bytes of a sample for which a plan was tried; 0: none
-    bool planned = false;  // there is a plan
     teska::ibilin_kernels kernels{};
     heap_block<ibilin_place> columns;
-    heap_block<uint16_t> buffers;  // previous and current of all components, one line for what is written by samples
-    ptrdiff_t buffer_size = 0;     // samples of a line of one component, or of all if they are joined
+    heap_block<uint16_t> buffers;  // previous lines, current lines, one line for what is written by samples
     teska::ibilin_planner planner;
 };
 
@@ -89,7 +102,7 @@ namespace
 
 // ---- Start ----------------------------------------------------------------------------------------------------------
 
-// In doubles as they stand. Nothing is negative, so conversion rounds down.
+// In doubles, operation by operation. Nothing is negative, so conversion rounds down.
 ibilin_place place_of(int i, int source, int destination)
 {
     const double f = static_cast<double>(i) * source / destination;
@@ -99,46 +112,40 @@ ibilin_place place_of(int i, int source, int destination)
             .weight = static_cast<uint32_t>((f - first) * 65536)};
 }
 
-// Behind the last one it is the last one.
-ibilin_place row_of(const ibilin &record, int i)
-{
-    return place_of(std::min(i, record.lines - 1), record.source_lines, record.lines);
-}
-
-int joined_components(const ibilin &record) { return record.joined ? record.components : 1; }
+// After the last row it is the last one.
+ibilin_place row_of(const image &of, int i) { return place_of(std::min(i, of.lines - 1), of.source_lines, of.lines); }
 
 bool make_buffers(ibilin &record)
 {
-    const auto width = static_cast<std::uint64_t>(record.width);
-    const auto components = static_cast<std::uint64_t>(record.components);
-    const auto joined = static_cast<std::uint64_t>(joined_components(record));
-    const std::uint64_t size = (width * joined + teska::ibilin_padding) / teska::ibilin_padding * teska::ibilin_padding;
-    teska::checked_size samples(2 * components / joined + 1, INT_MAX / sizeof(uint16_t));
-    samples *= size;
+    const image &of = record.shape;
+    teska::checked_size samples(static_cast<std::uint64_t>(of.width), INT_MAX / sizeof(uint16_t));
+    samples *= static_cast<std::uint64_t>(of.line_components());
+    samples += teska::ibilin_padding;
+    samples *= static_cast<std::uint64_t>(2 * of.line_count() + 1);
     if (!samples.valid())
         return false;
-    record.buffer_size = static_cast<ptrdiff_t>(size);
     record.buffers = teska::zeroed_block<uint16_t>(samples.get());
     return static_cast<bool>(record.buffers);
 }
 
 bool make_columns(ibilin &record)
 {
-    if (!teska::checked_size(static_cast<std::uint64_t>(record.width), INT_MAX / sizeof(ibilin_place)).valid())
+    const image &of = record.shape;
+    if (!teska::checked_size(static_cast<std::uint64_t>(of.width), INT_MAX / sizeof(ibilin_place)).valid())
         return false;
-    record.columns = teska::zeroed_block<ibilin_place>(static_cast<size_t>(record.width));
-    for (int x = 0; record.columns && x < record.width; ++x)
-        record.columns[static_cast<size_t>(x)] = place_of(x, record.source_width, record.width);
+    record.columns = teska::zeroed_block<ibilin_place>(static_cast<size_t>(of.width));
+    for (int x = 0; record.columns && x < of.width; ++x)
+        record.columns[x] = place_of(x, of.source_width, of.width);
     return static_cast<bool>(record.columns);
 }
 
 bool make_plan_room(ibilin &record)
 {
     record.kernels = teska::kernels().ibilin;
-    return record.planner.reserve(record.kernels, static_cast<ptrdiff_t>(record.width) * joined_components(record));
+    return record.planner.reserve(record.kernels, record.shape.line_samples());
 }
 
-// ---- What depends on the depth, and places of samples ----------------------------------------------------------------------------------------------
+// ---- What depends on the depth, and where samples are ---------------------------------------------------------------
 
 template <class T>
 const teska::ibilin_depth<T> &depth(const teska::ibilin_kernels &kernels)
@@ -153,10 +160,10 @@ const teska::ibilin_depth<T> &depth(const teska::ibilin_kernels &kernels)
 template <class T>
 ibilin_run<T> buffer(const ibilin &record, int c, int which)
 {
-    const ptrdiff_t lines = record.joined ? 1 : record.components;
-    const ptrdiff_t line = which * lines + (record.joined ? 0 : c);
-    T *const begin = reinterpret_cast<T *>(record.buffers.get()) + line * record.buffer_size;
-    return {.at = begin + (record.joined ? c : 0), .step = joined_components(record)};
+    const image &of = record.shape;
+    const ptrdiff_t line = which * of.line_count() + (of.joined() ? 0 : c);
+    T *const begin = reinterpret_cast<T *>(record.buffers.get()) + line * of.line_distance();
+    return {.at = begin + (of.joined() ? c : 0), .step = of.line_components()};
 }
 
 template <class T>
@@ -171,38 +178,31 @@ ibilin_run<T> previous(const ibilin &record, int c)
     return buffer<T>(record, c, record.at[c].alone ? record.at[c].current : 1 - record.at[c].current);
 }
 
-// A finished line, where it cannot go to its place at once.
+// Where a finished line waits that cannot be written to the output at once.
 template <class T>
 T *aside(const ibilin &record)
 {
-    const ptrdiff_t lines = record.joined ? 1 : record.components;
-    return reinterpret_cast<T *>(record.buffers.get()) + 2 * lines * record.buffer_size;
-}
-
-ptrdiff_t line_samples(const ibilin &record)
-{
-    return static_cast<ptrdiff_t>(record.width) * joined_components(record);
+    return reinterpret_cast<T *>(record.buffers.get()) + 2 * record.shape.line_count() * record.shape.line_distance();
 }
 
 // ---- A line is fed --------------------------------------------------------------------------------------------------
 
 bool wanted(const ibilin &record, int line)
 {
-    return record.delivered < record.lines && (line == record.row.first || line == record.row.second);
+    return record.delivered < record.shape.lines && (line == record.row.first || line == record.row.second);
 }
 
 // Whether a line that is wanted will have a weight, as the current one now or as the previous one later.
 bool needed(const ibilin &record, int line)
 {
-    if (record.source_lines == 1)
+    if (record.shape.source_lines == 1)
         return true;
     ibilin_place row = record.row;
-    for (int i = record.delivered; i < record.lines; ++i) {
+    for (int i = record.delivered; i < record.shape.lines; row = row_of(record.shape, ++i)) {
         if (row.second > line)
             return row.first <= line;
         if (row.weight != 0)
             return true;
-        row = i == record.delivered ? record.later : row_of(record, i + 1);
     }
     return false;
 }
@@ -220,7 +220,8 @@ template <class T>
 void resample_singly(const ibilin &record, int c, const T *line)
 {
     depth<T>(record.kernels)
-        .columns(record.columns.get(), record.width, {.at = line, .step = record.in_step}, current<T>(record, c));
+        .columns(record.columns.get(), record.shape.width, {.at = line, .step = record.shape.in_step},
+                 current<T>(record, c));
 }
 
 // A component, or all that are joined.
@@ -230,42 +231,34 @@ void resample_planned(const ibilin &record, int c, const T *line)
     T *const out = current<T>(record, c).at;
     T *const rest = out + record.planner.rest_at() / static_cast<ptrdiff_t>(sizeof(T));
     const teska::ibilin_depth<T> &kernels = depth<T>(record.kernels);
-    const auto make = record.picks ? kernels.pick : kernels.across;
+    const auto make = record.planner.picks() ? kernels.pick : kernels.across;
     make(record.planner.repeated(), line, out);
     make(record.planner.rest(), line, rest);
 }
 
 template <class T>
-bool interleaved(const ibilin &record, const T *const *lines)
+bool interleaved(const image &of, const T *const *lines)
 {
-    for (int c = 1; c < record.components; ++c)
+    for (int c = 1; c < of.components; ++c)
         if (lines[c] != lines[0] + c)
             return false;
     return true;
 }
 
 template <class T>
-void make_plan(ibilin &record)
-{
-    record.depth = sizeof(T);
-    record.planned = record.planner.make({.places = record.columns.get(),
-                                          .pixels = record.width,
-                                          .source_pixels = record.source_width,
-                                          .together = joined_components(record),
-                                          .step = static_cast<int>(record.in_step),
-                                          .picks = record.picks},
-                                         sizeof(T));
-}
-
-template <class T>
 void resample(ibilin &record, const T *const *lines)
 {
-    if (record.depth != sizeof(T))
-        make_plan<T>(record);
-    const bool planned = record.planned && (!record.joined || interleaved(record, lines));
-    if (planned && record.joined)
+    const image &of = record.shape;
+    const bool joined = of.joined();
+    const bool planned = record.planner.make_for(sizeof(T), {.places = record.columns.get(),
+                                                             .pixels = of.width,
+                                                             .source_pixels = of.source_width,
+                                                             .together = of.line_components(),
+                                                             .step = static_cast<int>(of.in_step)}) &&
+                         (!joined || interleaved(of, lines));
+    if (planned && joined)
         return resample_planned(record, 0, lines[0]);
-    for (int c = 0; c < record.components; ++c)
+    for (int c = 0; c < of.components; ++c)
         if (planned)
             resample_planned(record, c, lines[c]);
         else
@@ -278,71 +271,71 @@ template <class T>
 void blend_rows(const ibilin &record, int c, T *out)
 {
     depth<T>(record.kernels)
-        .down(previous<T>(record, c).at, current<T>(record, c).at, record.row.weight, line_samples(record), out);
+        .down(previous<T>(record, c).at, current<T>(record, c).at, record.row.weight, record.shape.line_samples(), out);
 }
 
 template <class T>
-void copy_pixels(const ibilin &record, const T *in, ptrdiff_t step, T *out)
+void copy_pixels(const image &of, const T *in, ptrdiff_t step, T *out)
 {
-    for (ptrdiff_t x = 0; x < record.width; ++x)
-        out[x * record.out_step] = in[x * step];
+    for (ptrdiff_t x = 0; x < of.width; ++x)
+        out[x * of.out_step] = in[x * step];
 }
 
-// A component of joined lines that goes its own way, sample by sample.
+// A component of joined lines by itself, sample by sample.
 template <class T>
 void write_singly(const ibilin &record, int c, T *out)
 {
     const ibilin_run<T> upper = previous<T>(record, c);
     const ibilin_run<T> lower = current<T>(record, c);
-    for (ptrdiff_t x = 0; x < record.width; ++x)
+    for (ptrdiff_t x = 0; x < record.shape.width; ++x)
         depth<T>(record.kernels)
             .down(upper.at + x * upper.step, lower.at + x * lower.step, record.row.weight, 1,
-                  out + x * record.out_step);
+                  out + x * record.shape.out_step);
 }
 
 // A component of lines that are not joined.
 template <class T>
 void write_plane(const ibilin &record, int c, T *out)
 {
-    if (record.out_step == 1)
+    if (record.shape.out_step == 1)
         return blend_rows(record, c, out);
     blend_rows(record, c, aside<T>(record));
-    copy_pixels(record, aside<T>(record), 1, out);
+    copy_pixels(record.shape, aside<T>(record), 1, out);
 }
 
 // A component of joined lines: with the first one all are blended, each is written when its turn comes.
 template <class T>
 void write_joined(const ibilin &record, int c, T *out)
 {
+    const image &of = record.shape;
     if (c == 0 && record.row.weight != 0)
         blend_rows(record, 0, aside<T>(record));
     const T *const line = record.row.weight != 0 ? aside<T>(record) : previous<T>(record, 0).at;
     const T *outs[most_components];
-    for (int k = 0; k < record.components; ++k)
+    for (int k = 0; k < of.components; ++k)
         outs[k] = static_cast<const T *>(record.at[k].out);
-    if (record.out_step == record.components && interleaved(record, outs))
-        depth<T>(record.kernels).spread(line, c, record.components, line_samples(record), out - c);
+    if (of.out_step == of.components && interleaved(of, outs))
+        depth<T>(record.kernels).spread(line, c, of.components, of.line_samples(), out - c);
     else
-        copy_pixels(record, line + c, record.components, out);
+        copy_pixels(of, line + c, of.components, out);
 }
 
 template <class T>
 void deliver(ibilin &record, int line)
 {
-    while (record.delivered < record.lines && line >= record.row.second) {
-        for (int c = 0; c < record.components; ++c) {
+    const image &of = record.shape;
+    while (record.delivered < of.lines && line >= record.row.second) {
+        for (int c = 0; c < of.components; ++c) {
             T *const out = static_cast<T *>(record.at[c].out);
-            if (!record.joined)
+            if (!of.joined())
                 write_plane(record, c, out);
             else if (record.together)
                 write_joined(record, c, out);
             else
                 write_singly(record, c, out);
-            record.callback(c);
+            of.callback(c);
         }
-        ++record.delivered;
-        record.row = record.later;
-        record.later = row_of(record, record.delivered + 1);
+        record.row = row_of(of, ++record.delivered);
     }
 }
 
@@ -351,7 +344,7 @@ void feed_together(ibilin &record, const T *const *lines, T **const *outs)
 {
     const int line = record.at[0].fed;
     if (wanted(record, line)) {
-        for (int c = 0; c < record.components; ++c)
+        for (int c = 0; c < record.shape.components; ++c)
             take(record.at[c], *outs[c]);
         if (needed(record, line))
             resample(record, lines);
@@ -365,20 +358,21 @@ void feed_together(ibilin &record, const T *const *lines, T **const *outs)
 template <class T>
 int feed(ibilin &record, int count, const T *const *lines, T **const *outs)
 {
-    if (record.components == 0)
+    const int components = record.shape.components;
+    if (components == 0)
         return 1;
-    record.together = record.together && count >= record.components;
+    record.together = record.together && count >= components;
     if (record.together) {
         feed_together(record, lines, outs);
         return 1;
     }
-    for (int c = 0; c < std::min(count, record.components); ++c) {
+    for (int c = 0; c < std::min(count, components); ++c) {
         const int line = record.at[c].fed;
         if (wanted(record, line)) {
             take(record.at[c], *outs[c]);
             resample_singly(record, c, lines[c]);
         }
-        if (c == record.components - 1)
+        if (c == components - 1)
             deliver<T>(record, line);
         ++record.at[c].fed;
     }
@@ -411,33 +405,30 @@ int ibilin_kill(ibilin *record) TESKA_NOTHROW
 int ibilin_start(ibilin *record, int nComponents, int srcLines, int srcWidth, int dstLines, int dstWidth,
                  ibilin_callback callback, int inStep, int outStep) TESKA_NOTHROW
 {
-    ibilin fresh;
-    fresh.value = record->value;
-    *record = std::move(fresh);
+    ibilin next;
+    next.value = record->value;
+    *record = std::move(next);
     if (dstLines <= 0 || dstWidth <= 0 || srcLines <= 0 || srcWidth <= 0 || nComponents < 1 ||
         nComponents > most_components) {
         TESKA_ERR("ibilin_start: illegal dest image");
         return 0;
     }
-    ibilin image;
-    image.value = record->value;
-    image.components = nComponents;
-    image.source_lines = srcLines;
-    image.source_width = srcWidth;
-    image.lines = dstLines;
-    image.width = dstWidth;
-    image.in_step = inStep;
-    image.out_step = outStep;
-    image.callback = callback;
-    image.row = row_of(image, 0);
-    image.later = row_of(image, 1);
-    image.joined = nComponents > 1 && inStep == nComponents;
-    image.picks = srcWidth % dstWidth == 0;
-    if (!make_buffers(image) || !make_columns(image) || !make_plan_room(image)) {
+    next = {};
+    next.value = record->value;
+    next.shape = {.components = nComponents,
+                  .source_lines = srcLines,
+                  .source_width = srcWidth,
+                  .lines = dstLines,
+                  .width = dstWidth,
+                  .in_step = inStep,
+                  .out_step = outStep,
+                  .callback = callback};
+    next.row = row_of(next.shape, 0);
+    if (!make_buffers(next) || !make_columns(next) || !make_plan_room(next)) {
         TESKA_ERR("ibilin_start: unsufficient resources");
         return 0;
     }
-    *record = std::move(image);
+    *record = std::move(next);
     return 1;
 }
 

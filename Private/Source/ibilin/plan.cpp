@@ -7,12 +7,12 @@
 //     window  0   masks  0 1 2 4 5 7 8 9     nearer samples, at 0, 1 1/3, 2 2/3, 4 ..; each followed by a zero byte
 //                        0 2 3 4 6 6 8 10    further ones; the nearer one again where the weight is 0
 //
-// A window begins with its first byte, or earlier so as not to reach behind the line. Behind the last sample the vector
-// is filled up with its repetition.
+// A window begins with the first byte it serves, or earlier so as not to end after the line. After the last sample the
+// vector is filled up with repetitions of it.
 //
 // Sizes in the ratio of p to q, in lowest terms, repeat their weights every q pixels, p pixels later in the source. So
-// a few vectors serve the whole line but its end, and stay in the fastest cache whatever its length. Whether the places
-// do repeat is looked up, not concluded: they come from floating-point numbers.
+// a few vectors serve the whole line but its end, and stay in the fastest cache whatever its length. How far the
+// weights do repeat is looked up, not concluded: they come from floating-point numbers.
 
 #include "Source/ibilin/plan.h"
 
@@ -90,9 +90,9 @@ struct window {
     int count = 0;
     ptrdiff_t start = 0;
 
-    // Takes up to `most` samples in a window of `size` bytes, which begins at or behind the byte `begin` and ends
-    // before `end`. Returns false when it cannot be placed.
-    bool place(walk &from, int most, int bytes, ptrdiff_t begin, ptrdiff_t end, int size) noexcept
+    // Takes the next samples, at most `most`, that a window of `size` bytes reaches. The window lies in the bytes
+    // begin .. end - 1; false when it cannot.
+    bool take(walk &from, int most, int bytes, ptrdiff_t begin, ptrdiff_t end, int size) noexcept
     {
         ptrdiff_t low = PTRDIFF_MAX;
         ptrdiff_t high = PTRDIFF_MIN;
@@ -110,14 +110,15 @@ struct window {
         return start >= begin && start + size <= end;
     }
 
-    void mark(uint8_t *mask, ptrdiff_t byte, int bytes, int shift = 0) const noexcept
+    // Writes to a mask where the `bytes` bytes of a sample are in the window, plus a shift.
+    void write_mask(uint8_t *mask, ptrdiff_t byte, int bytes, int shift = 0) const noexcept
     {
         for (int i = 0; i < bytes; ++i)
             mask[i] = static_cast<uint8_t>(byte - start + i + shift);
     }
 };
 
-// For how many pixels the places repeat with a period.
+// For how many pixels the weights repeat with a period.
 int repeating_pixels(const teska::ibilin_line &line, int period, int source_period) noexcept
 {
     int x = period;
@@ -139,19 +140,24 @@ namespace teska
 // All numbers of a plan but those of the single vectors.
 struct ibilin_planner::shape {
     shape(const ibilin_line &of, int depth, int windows_, int unit_bytes, int units_) noexcept
-        : line(of), sample_bytes(depth), windows(windows_), unit(unit_bytes), units(units_), lane(of.picks ? depth : 2),
-          share(unit / lane / windows_), masks(of.picks ? windows_ / 2 : std::max(windows_, 2)),
-          vector_bytes(unit * units), blended(depth == 1 && !of.picks ? 2 : 1), samples(vector_bytes / depth),
-          table_bytes(blended * vector_bytes * (masks + (of.picks ? 0 : 1))), offsets(blended * units * windows_)
+        : line(of), picks(of.picks()), sample_bytes(depth), windows(windows_), unit(unit_bytes), units(units_),
+          lane(picks ? depth : 2), share(unit / lane / windows_), masks(picks ? windows_ / 2 : std::max(windows_, 2)),
+          vector_bytes(unit * units), blended(depth == 1 && !picks ? 2 : 1), samples(vector_bytes / depth),
+          lanes_bytes(vector_bytes * (masks + (picks ? 0 : 1))), table_bytes(blended * lanes_bytes),
+          offsets(blended * units * windows_)
     {
         const ptrdiff_t reach = (of.source_pixels - 1) * static_cast<ptrdiff_t>(of.step);
         begin = std::min<ptrdiff_t>(reach, 0) * depth;
         end = (std::max<ptrdiff_t>(reach, 0) + of.together) * depth;
     }
 
+    // Write the offsets and the table of one vector, whose samples are the next ones of a walk. False when a window
+    // does not reach its samples.
     [[nodiscard]] bool pick_vector(walk &along, ptrdiff_t *offset, uint8_t *table) const noexcept;
+    [[nodiscard]] bool blend_vector(walk &along, ptrdiff_t *offset, uint8_t *table) const noexcept;
 
     const ibilin_line &line;
+    const bool picks;  // samples are only picked
     const int sample_bytes;
     const int windows;
     const int unit;  // bytes
@@ -162,13 +168,14 @@ struct ibilin_planner::shape {
     const int vector_bytes;
     const int blended;      // vectors of lanes for a vector of samples
     const int samples;      // of a vector
+    const int lanes_bytes;  // masks and weights of a vector of lanes
     const int table_bytes;  // of a vector of samples
     const int offsets;      // of a vector of samples
     ptrdiff_t begin;        // the bytes of the line
     ptrdiff_t end;
 };
 
-// A vector of samples that are only picked.
+// A pair of windows serves the lanes of a mask: the first one as many as it reaches, the second one the others.
 bool ibilin_planner::shape::pick_vector(walk &along, ptrdiff_t *offset, uint8_t *table) const noexcept
 {
     const int lanes = 2 * share;
@@ -179,15 +186,46 @@ bool ibilin_planner::shape::pick_vector(walk &along, ptrdiff_t *offset, uint8_t 
         int missing = lanes;
         for (int k = 0; k < 2; ++k) {
             window w;
-            if (!w.place(along, missing, sample_bytes, begin, end, unit))
+            if (!w.take(along, missing, sample_bytes, begin, end, unit))
                 return false;
             offset[(2 * pair + k) * units + u] = w.start;
             for (int i = 0; i < w.count; ++i, mask += lane)
-                w.mark(mask, w.at[i].nearer, lane, k * unit);
+                w.write_mask(mask, w.at[i].nearer, lane, k * unit);
             missing -= w.count;
         }
         if (missing != 0)
             return false;
+    }
+    return true;
+}
+
+// Every window serves the same share of a unit's lanes. The loop meets the parts of a vector in the order of its
+// samples: unit by unit, in these the vectors of lanes that are blended into it, and in these the windows.
+bool ibilin_planner::shape::blend_vector(walk &along, ptrdiff_t *offset, uint8_t *table) const noexcept
+{
+    // With one window a lane has the same place in two masks, for nearer and for further samples. With several there is
+    // a mask for each window, where further samples follow half a unit after the nearer ones.
+    const int further = windows == 1 ? vector_bytes : unit / 2;
+    const int mask_lanes = windows == 1 ? unit : unit / 2;
+    for (int part = 0; part < offsets; ++part) {
+        const int k = part % windows;
+        const int vector = part / windows % blended;
+        const int u = part / windows / blended;
+        window w;
+        if (!w.take(along, share, sample_bytes, begin, end, unit) || w.count < share)
+            return false;
+        offset[(vector * windows + k) * units + u] = w.start;
+        uint8_t *const unit_masks = table + vector * lanes_bytes + u * unit;
+        uint8_t *const weights = unit_masks + masks * vector_bytes;
+        for (int i = 0; i < share; ++i) {
+            const sample &from = w.at[i];
+            const int at = (k * share + i) * lane;  // of the lane in its unit, in bytes
+            uint8_t *const nearer = unit_masks + k * vector_bytes + at % mask_lanes;
+            w.write_mask(nearer, from.nearer, sample_bytes);
+            w.write_mask(nearer + further, from.further, sample_bytes);
+            const auto weight = static_cast<uint16_t>(sample_bytes == 1 ? 0 - from.weight : from.weight);
+            std::memcpy(weights + at, &weight, sizeof weight);
+        }
     }
     return true;
 }
@@ -210,9 +248,20 @@ bool ibilin_planner::reserve(const ibilin_kernels &kernels, ptrdiff_t samples) n
     return offsets_ && tables_;
 }
 
+bool ibilin_planner::make_for(int sample_bytes, const ibilin_line &line) noexcept
+{
+    if (depth_ != sample_bytes) {
+        depth_ = sample_bytes;
+        picks_ = line.picks();
+        made_ = make(line, sample_bytes);
+    }
+    return made_;
+}
+
+// With the fewest windows that reach all samples.
 bool ibilin_planner::make(const ibilin_line &line, int sample_bytes) noexcept
 {
-    for (int windows = line.picks ? 2 : 1; units_ != 0 && windows <= most_windows; windows *= 2)
+    for (int windows = picks_ ? 2 : 1; units_ != 0 && windows <= most_windows; windows *= 2)
         if (plan_all(shape(line, sample_bytes, windows, unit_, units_)))
             return true;
     return false;
@@ -225,40 +274,16 @@ bool ibilin_planner::plan_vectors(const shape &form, ptrdiff_t first, ptrdiff_t 
     plan = {
         .windows = form.windows, .repeats = 1, .advance = 0, .vectors = vectors, .offsets = offset, .tables = table};
     walk along(form.line, form.sample_bytes, first);
-    window w;
-    // With several windows the halves of a mask are those of the samples, else there is a mask for either.
-    const int further = form.windows == 1 ? form.vector_bytes : unit_ / 2;
-    const int lanes_bytes = form.table_bytes / form.blended;
     for (; vectors > 0; --vectors, table += form.table_bytes, offset += form.offsets) {
         std::memset(table, zero_byte, static_cast<size_t>(form.table_bytes));
-        if (form.line.picks) {
-            if (!form.pick_vector(along, offset, table))
-                return false;
-            continue;
-        }
-        for (int part = 0; part < form.offsets; ++part) {
-            const int k = part % form.windows;
-            const int of_lanes = part / form.windows % form.blended;
-            const int u = part / form.windows / form.blended;
-            if (!w.place(along, form.share, form.sample_bytes, form.begin, form.end, unit_) || w.count < form.share)
-                return false;
-            offset[(of_lanes * form.windows + k) * units_ + u] = w.start;
-            uint8_t *const masks = table + of_lanes * lanes_bytes + u * unit_;
-            for (int i = 0; i < form.share; ++i) {
-                const int at = (k * form.share + i) * form.lane;
-                uint8_t *const nearer = masks + k * form.vector_bytes + (form.windows == 1 ? at : at % (unit_ / 2));
-                w.mark(nearer, w.at[i].nearer, form.sample_bytes);
-                w.mark(nearer + further, w.at[i].further, form.sample_bytes);
-                const uint32_t weight = form.sample_bytes == 1 ? 0 - w.at[i].weight : w.at[i].weight;
-                const auto word = static_cast<uint16_t>(weight);
-                std::memcpy(masks + form.masks * form.vector_bytes + at, &word, sizeof word);
-            }
-        }
+        if (!(form.picks ? form.pick_vector(along, offset, table) : form.blend_vector(along, offset, table)))
+            return false;
     }
     return true;
 }
 
-// As many vectors as the pattern of the samples reaches, none where that is not worth a plan.
+// Plans the first vectors, up to where the pattern of the samples begins again, and how often they serve; none where
+// that is not worth it.
 bool ibilin_planner::plan_repeated(const shape &form, ptrdiff_t all_vectors) noexcept
 {
     const ibilin_line &line = form.line;
@@ -266,12 +291,14 @@ bool ibilin_planner::plan_repeated(const shape &form, ptrdiff_t all_vectors) noe
     const int pixels = line.pixels / divisor;
     const int source_pixels = line.source_pixels / divisor;
     repeated_ = {};
-    if (line.picks && line.together == 1 && line.step == 1 && pixels == 1 && source_pixels == 2) {
+    // Every other sample of one component needs no tables.
+    if (form.picks && line.together == 1 && line.step == 1 && pixels == 1 && source_pixels == 2) {
         repeated_.windows = 1;
         repeated_.repeats = 1;
         repeated_.vectors = form.end / (2 * form.vector_bytes);
         return true;
     }
+    // In samples: the pattern begins again, at the beginning of a vector, after at least least_vectors of them.
     ptrdiff_t period = std::lcm<ptrdiff_t>(static_cast<ptrdiff_t>(pixels) * line.together, form.samples);
     period *= (least_vectors * form.samples + period - 1) / period;
     const ptrdiff_t vectors = period / form.samples;
@@ -283,6 +310,7 @@ bool ibilin_planner::plan_repeated(const shape &form, ptrdiff_t all_vectors) noe
         period / line.together / pixels * source_pixels * static_cast<ptrdiff_t>(line.step) * form.sample_bytes;
     const auto [low, high] = std::minmax_element(offsets_.get(), offsets_.get() + vectors * form.offsets);
     repeated_.repeats = static_cast<ptrdiff_t>(repeating_pixels(line, pixels, source_pixels)) * line.together / period;
+    // The last time all windows still lie inside the line.
     for (; repeated_.repeats > 0; --repeated_.repeats) {
         const ptrdiff_t last = (repeated_.repeats - 1) * repeated_.advance;
         if (*low + last >= form.begin && *high + last + unit_ <= form.end)

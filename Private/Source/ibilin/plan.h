@@ -1,4 +1,4 @@
-// ibilin_plan - which bytes of a source line become which samples, prepared for the kernels of one vector length
+// ibilin/plan - which bytes of a source line become which samples, prepared for the kernels of one vector length
 
 #ifndef TESKA_IBILIN_PLAN_H
 #define TESKA_IBILIN_PLAN_H
@@ -16,11 +16,14 @@ struct ibilin_line {
     int pixels;
     int source_pixels;
     int together;
-    int step;    // samples from one pixel of the source to the next
-    bool picks;  // all weights are 0
+    int step;  // samples from one pixel of the source to the next
+
+    // Whether every sample is one of the source: all weights are 0.
+    [[nodiscard]] bool picks() const noexcept { return source_pixels % pixels == 0; }
 };
 
-// Two plans follow each other along a line: one for as far as the pattern of its samples repeats, one for the rest.
+// The plan of a line, in two parts that follow each other: one for as far as the pattern of its samples repeats, one
+// for the rest.
 class ibilin_planner
 {
 public:
@@ -28,12 +31,14 @@ public:
     // there is no memory.
     [[nodiscard]] bool reserve(const ibilin_kernels &kernels, std::ptrdiff_t samples) noexcept;
 
-    // Plans with the fewest windows that reach all samples of a line. False when none do, as in a line shorter than a
-    // unit, or when the kernels have no vectors.
-    bool make(const ibilin_line &line, int sample_bytes) noexcept;
+    // Whether there is a plan for lines of this depth. The first call makes it, and so does one after another depth; in
+    // between, the line stays the same. There is none when no number of windows reaches all samples, as in a line
+    // shorter than a unit, or when the kernels have no vectors.
+    bool make_for(int sample_bytes, const ibilin_line &line) noexcept;
 
-    // Meaningful only after make() has succeeded; the repeats of either plan may be 0. The second one begins at the
-    // byte rest_at() of the output.
+    // Meaningful only while there is a plan; the repeats of either part may be 0. The second part begins at the byte
+    // rest_at() of the output.
+    [[nodiscard]] bool picks() const noexcept { return picks_; }
     [[nodiscard]] const ibilin_plan &repeated() const noexcept { return repeated_; }
     [[nodiscard]] const ibilin_plan &rest() const noexcept { return rest_; }
     [[nodiscard]] std::ptrdiff_t rest_at() const noexcept { return rest_at_; }
@@ -41,13 +46,17 @@ public:
 private:
     struct shape;
 
+    [[nodiscard]] bool make(const ibilin_line &line, int sample_bytes) noexcept;
     [[nodiscard]] bool plan_vectors(const shape &form, std::ptrdiff_t first, std::ptrdiff_t vectors, ibilin_plan &plan,
                                     std::ptrdiff_t *offset, std::uint8_t *table) noexcept;
     [[nodiscard]] bool plan_repeated(const shape &form, std::ptrdiff_t all_vectors) noexcept;
     [[nodiscard]] bool plan_all(const shape &form) noexcept;
 
-    int unit_ = 0;
-    int units_ = 0;
+    int unit_ = 0;        // bytes
+    int units_ = 0;       // of a vector
+    int depth_ = 0;       // bytes of a sample for which a plan was tried; 0: none
+    bool made_ = false;   // there is a plan for that depth
+    bool picks_ = false;  // it only picks samples
     ibilin_plan repeated_{};
     ibilin_plan rest_{};
     std::ptrdiff_t rest_at_ = 0;
