@@ -27,7 +27,11 @@ struct Shape {
     int N, M, R, L = 0, H = 255, E = 1;
 };
 
-md_tetrab *create(const Shape &s) { return md_tetrab_new_special(s.N, s.M, s.R, s.L, s.H, s.E); }
+md_tetrab *create(const Shape &s)
+{
+    const bool usual = s.L == 0 && s.H == 255 && s.E == 1;
+    return usual ? md_tetrab_new(s.N, s.M, s.R) : md_tetrab_new_special(s.N, s.M, s.R, s.L, s.H, s.E);
+}
 
 struct Table {
     explicit Table(const Shape &shape) : Table(shape, create(shape)) {}
@@ -178,6 +182,15 @@ TEST(MdTetrabInterp, ConvertsLinesOfAnyLayoutAsTheModelDoes)
             }
         });
     }
+}
+
+TEST(MdTetrabInterp, FindsVerticesAfterTheFirstSixteenMegabytes)
+{
+    Generator random(66);
+    const Table table({3, 5, 150, 0, 255, 0});
+    const int layers = table.size / 150 * 2;  // of input 0, at its upper end
+    std::generate_n(table.data + table.size - layers, layers, [&] { return random.byte(); });
+    at_every_setting([&] { expect_conversion(table, random); });
 }
 
 TEST(MdTetrabInterp, GivesTheSameBytesForAMillionRandomPixelsAtEveryLevel)
