@@ -17,8 +17,9 @@
  * Common rules
  *   The cache owns the blocks. A pointer from cache_get is valid as long as the item is cached: locked, or until the
  *   next cache_get of another item, cache_delete, cache_flush or cache_kill.
- *   Blocks lie one behind the other; the first is aligned for any type.
- *   A cache is used by one thread at a time. The two functions must not call the cache and must not throw.
+ *   Blocks lie one after the other; the first is aligned for any type.
+ *   Caches are independent of each other; each is used by one thread at a time. The two functions must not call the
+ *   cache and must not throw.
  */
 #ifndef TESKA_CACHE_H
 #define TESKA_CACHE_H

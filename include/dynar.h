@@ -11,7 +11,8 @@
  *   Indices start at 0. Items are zero until the caller writes to them.
  *   The array owns its items. A pointer from dynar_ptr is valid until the next call that grows the array. The array
  *   never shrinks.
- *   An array is used by one thread at a time.
+ *   Threads: arrays are independent of each other. While no thread makes an array longer, any number may use
+ *   dynar_nr_items, and dynar_ptr for items that are in use.
  */
 #ifndef TESKA_DYNAR_H
 #define TESKA_DYNAR_H

@@ -17,8 +17,8 @@
  * Common rules
  *   A line is a prefix, the message and a closing quote, at most 511 characters. The message is data, never a format.
  *   Threads: any number of threads may call these functions, and functions that report, at the same time. The mode of
- *   error_set, its queue and kept line, the threshold and the debug switch are process-wide, guarded by one lock. Lines of
- *   different threads are never mixed within a line; lines that one failing call reports may have those of another
+ *   error_set, its queue and kept line, the threshold and the debug switch are process-wide, guarded by one lock. Lines
+ *   of different threads are never mixed within a line; lines that one failing call reports may have those of another
  *   thread between them. A thread that needs exactly the lines of its own calls, as a language binding does, asks for
  *   a mode of its own: error_set_thread.
  *   Numbers that the library writes and reads as text need the C locale's decimal point; it never calls setlocale.
@@ -89,8 +89,8 @@ TESKA_API int error_set(int mode) TESKA_NOTHROW;
  *     mode 0   dropped
  *     TESKA_ERROR_PROCESS_WIDE   back to the mode of error_set (the initial mode of a thread)
  *
- * Lines that were not fetched are lost, but for queued ones when mode 2 is set again. They are also lost when the thread
- * ends.
+ * Lines that were not fetched are lost, but for queued ones when mode 2 is set again. They are also lost when the
+ * thread ends.
  *
  * mode  one of the above; any other value counts as 0
  * Returns the thread's previous mode; TESKA_ERROR_NO_MEMORY, with nothing changed, when the queue cannot be created.

@@ -14,6 +14,8 @@
  *
  * Numbers are read with the decimal point of the locale: LC_NUMERIC must be "C", as it is until a program changes it.
  * They are written with a point whatever the locale.
+ * Tables are independent of each other; each is used by one thread at a time. The other functions use their arguments
+ * alone.
  */
 #ifndef TESKA_FILE_DOUBLE_H
 #define TESKA_FILE_DOUBLE_H
@@ -58,7 +60,7 @@ TESKA_API int file_double_add_item(file_double *table, const char *name, const d
  * state   0 at first; on return the place of the next one
  * vector  as many doubles as the table's length
  * Returns the name, owned by the table and valid until it is killed, or null: at the end, and with "Error bad item
- * string for double conversions" for an item with too few numbers, behind which the next call goes on.
+ * string for double conversions" for an item with too few numbers, after which the next call goes on.
  * Kept: an item named "_internal_", the case ignored, is passed over, though it can be added.
  */
 TESKA_API char *file_double_list(file_double *table, int *state, double *vector) TESKA_NOTHROW;

@@ -1,8 +1,8 @@
 /* hash_tab.h - hash table of a fixed number of slots, with the caller's own functions for keys
  *
- * A slot holds a key and its data. Both are either records of a fixed number of bytes or texts; texts stand in a pool
- * of the table and the slot holds the offset. Keys are hashed, compared and told from empty slots by three functions of
- * the caller, so a table can be saved and restored by its slots and pools, and any record can be a key.
+ * A slot holds a key and its data. Both are either records of a fixed number of bytes or texts; texts are kept in a
+ * pool of the table and the slot holds the offset. Keys are hashed, compared and told from empty slots by three
+ * functions of the caller, so a table can be saved and restored by its slots and pools, and any record can be a key.
  *
  *     int hash(int parameter, const void *key)         { return (int)(*(const unsigned *)key % 1000003u); }
  *     int match(const void *stored, const void *key)   { return *(const unsigned *)stored == *(const unsigned *)key; }
@@ -19,14 +19,15 @@
  *   negative number a text with a 2-byte offset. A table counts as pooled when its keys or its data are texts.
  *   A pool starts with a zero byte, so that offset 0 is the empty text; as a key it marks an empty slot. Texts are only
  *   ever appended: replacing or repeating them takes room. Offsets are in the host's byte order.
- *   The table does not grow. Slots are visited from home = hash mod size on, in steps of home (13 when home is 0, but
- *   17 in a table of 13 slots), until home comes round again.
- *   A deleted slot keeps its key and stays in the way of others; only insertion takes it again.
+ *   The table does not grow. The probe sequence of a key begins at home = hash mod size and goes on in steps of home
+ *   (13 when home is 0, but 17 in a table of 13 slots), modulo the size, until it comes back to home.
+ *   A deleted slot keeps its key and its place in the probe sequences of others; only insertion uses it again.
  *   Kept: the search asks match before it asks whether the slot is empty. A key that equals the bytes of an empty slot,
  *   zeros at first, or the empty text in a table of texts, is "found" in the first empty slot.
  *   Keys, data and texts are copied; they may lie in the table's own pools, unless it was restored.
- *   A table is used by one thread at a time. The three functions are called during the calls below, must not call the
- *   table and must not throw.
+ *   The three functions are called during the calls below, must not call the table and must not throw.
+ *   Threads: tables are independent of each other. While no thread changes a table, any number may use the functions
+ *   under Query; the three functions are then called by several threads at once.
  */
 #ifndef TESKA_HASH_TAB_H
 #define TESKA_HASH_TAB_H
@@ -94,14 +95,14 @@ TESKA_API hash_tab *hash_tab_kill(hash_tab *table) TESKA_NOTHROW;
  */
 TESKA_API int hash_tab_flush(hash_tab *table) TESKA_NOTHROW;
 
-/* hash_tab_insert - store a new entry, in the first slot on the key's way that is empty or deleted.
+/* hash_tab_insert - store a new entry, in the first slot of the key's probe sequence that is empty or deleted.
  *
  * data  null: the slot's data part stays as it is
- * Returns the slot's index, or -1 after showing "Hash_table  full " (two blanks, and one behind) by typefl of wem.h: no
- * slot is free, or a pool has outgrown its offsets. The table is then unchanged.
+ * Returns the slot's index, or -1 after showing "Hash_table  full " (two blanks, and one at the end) by typefl of
+ * wem.h: no slot is free, or a pool has outgrown its offsets. The table is then unchanged.
  * When memory for a text is short: the fatal exit of dynar_ptr, which a host's handler may leave by throwing or
  * jumping. If it returns, so does this function, with -1. The table is unchanged.
- * Kept: an equal key is not looked for. hash_tab_get finds the first of several on the way.
+ * Kept: an equal key is not looked for. hash_tab_get finds the first of several.
  */
 TESKA_API int hash_tab_insert(hash_tab *table, const void *key, const void *data);
 
@@ -171,7 +172,7 @@ TESKA_API int hash_tab_nr_items(const hash_tab *table) TESKA_NOTHROW;
  * dynar_nr_items; a larger index given to dynar_ptr would lengthen the pool. */
 TESKA_API dynar *hash_tab_keys(hash_tab *table) TESKA_NOTHROW;
 
-/* hash_tab_tab - the table's own block of slots, one behind the other: key part, then data part.
+/* hash_tab_tab - the table's own block of slots, one after the other: key part, then data part.
  *
  * key_width, data_width  receive the bytes of the parts, 2 or 4 for texts; may be null
  */

@@ -10,7 +10,7 @@
  *         run(&job);
  *     itemfifo_kill(jobs);
  *
- * A queue is used by one thread at a time.
+ * Queues are independent of each other; each is used by one thread at a time.
  */
 #ifndef TESKA_ITEMFIFO_H
 #define TESKA_ITEMFIFO_H

@@ -18,7 +18,8 @@
  *   may grow or shift the list (insert, remove, alloc, kill).
  *   An element pointer given to the list may itself be one of the list's own elements.
  *   Failures are reported through error_mess_fl (error_mess.h). Except where a block says so, a list must not be null.
- *   A list is used by one thread at a time.
+ *   Threads: lists are independent of each other. While no thread changes a list, any number may use the functions
+ *   under Query.
  */
 #ifndef TESKA_LIST_H
 #define TESKA_LIST_H
@@ -29,7 +30,7 @@ TESKA_BEGIN_C
 typedef struct list_rec list_rec;
 
 /* Order: nonzero when the element belongs at or after the key. For any key, the elements that answer zero must all
- * stand before those that answer nonzero. Called by the search functions; must not change the list, must not throw. */
+ * come before those that answer nonzero. Called by the search functions; must not change the list, must not throw. */
 typedef int (*list_order_fn)(const void *element, const void *key);
 
 /* Match: 0 when the element is the one the key asks for. Same rules. */
@@ -60,12 +61,12 @@ TESKA_API int list_kill(list_rec *list) TESKA_NOTHROW;
 /* list_insert - copy an element into its place.
  *
  * In a list without an order the place is the end; in a sorted one it is the first slot whose element is not before the
- * new one, so that a new element stands in front of its equals.
+ * new one, so that a new element comes before its equals.
  *
  * element  element-size bytes
  * Returns the index of the element, or -1 with "list_insert : Unable to extend list, insufficient resources"; the list
  * is then unchanged.
- * O(log n) calls of the order function and one move of the elements behind the place. Appending n elements is O(n),
+ * O(log n) calls of the order function and one move of the elements after that slot. Appending n elements is O(n),
  * however small the growth step: the block holds up to half as much again as the capacity.
  */
 TESKA_API int list_insert(list_rec *list, const void *element) TESKA_NOTHROW;
@@ -76,7 +77,7 @@ TESKA_API int list_insert(list_rec *list, const void *element) TESKA_NOTHROW;
  * mode = 0  stores over slot index
  * mode < 0  moves slots 1 .. index down by one, losing slot 0, and stores at index
  *
- * index  at most 65534. Inserting behind the count leaves zeroed (or formerly used) slots between.
+ * index  at most 65534. Inserting after the count leaves zeroed (or formerly used) slots between.
  * Returns index, or -1 with "list_insert : Unable to extend list, insufficient resources"; the list is then unchanged.
  * Kept: all modes add one to the count, those that store over a slot too.
  * Kept: growing goes to max(capacity, index + 1) plus the growth step, even when one slot is missing.
@@ -89,7 +90,7 @@ TESKA_API int list_insert_index(list_rec *list, const void *element, unsigned in
  */
 TESKA_API int list_changep(list_rec *list, int index, const void *element) TESKA_NOTHROW;
 
-/* list_rem_element - remove an element; those behind it move down by one.
+/* list_rem_element - remove an element; those after it move down by one.
  *
  * index  0 .. count - 1; any other index changes nothing
  * Returns 0. The capacity stays.

@@ -50,7 +50,7 @@ TESKA_API void *dbltofdbl(double value, void *file) TESKA_NOTHROW;
  */
 TESKA_API int numb_decimal_to_base(int value, int *digits, int n, int base) TESKA_NOTHROW;
 
-/* numb_base_to_decimal - the number that n digits stand for: sum of digits[i] * base^i, 0 for n < 1. Returns 0. */
+/* numb_base_to_decimal - the number that n digits denote: sum of digits[i] * base^i, 0 for n < 1. Returns 0. */
 TESKA_API int numb_base_to_decimal(const int *digits, int *value, int n, int base) TESKA_NOTHROW;
 
 /* numb_combination - n choose k, for small numbers.

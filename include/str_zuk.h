@@ -3,7 +3,7 @@
  * Record text is read line by line. A topic in square brackets is followed by its items, a name, an equals sign and a
  * value each; values are often lists of numbers:
  *
- *     [paper]   anything behind the bracket is ignored
+ *     [paper]   anything after the bracket is ignored
  *     white = 95.2 -0.4 1.8
  *     weight = 120
  *
@@ -19,8 +19,8 @@
  *   Other lines are passed over by the functions that look for topics.
  *   An item is a name, "=" and a value up to the end of the line. The name has trailing blanks removed, leading ones
  *   kept; the value has both removed, is at most 256 characters long, and what is longer is passed over.
- *   Kept: a name begins at the cursor and ends at the next "=", in whatever line that stands. A comment or empty line
- *   between items thus belongs to the name of the item behind it.
+ *   Kept: a name begins at the cursor and ends at the next "=", in whatever line that is. A comment or empty line
+ *   between items thus belongs to the name of the item after it.
  *
  * A cursor is the address of a text pointer; functions move that pointer where their block says so. The current topic
  * reaches from the cursor through the next topic line, or to the end of the text.
@@ -28,8 +28,8 @@
  *
  * Two caches of the calling thread remember where a topic was found, one for str_search_zuk_topic and one for
  * str_search_zuk. Both know a text by its address alone: after changing a text, or putting another one in its place,
- * each thread that searched it calls str_search_zuk_cache_reset. All functions may be called by any number of threads at
- * the same time, with the same text too.
+ * each thread that searched it calls str_search_zuk_cache_reset. All functions may be called by any number of threads
+ * at the same time, with the same text too.
  * Pointers must not be null. Nothing is reported. Outputs are untouched on failure except where a block says so.
  * Numbers are read with the decimal point of the locale: LC_NUMERIC must be "C", as it is until a program changes it.
  */
@@ -42,8 +42,8 @@ TESKA_BEGIN_C
 
 /* str_get_next_zuk_topic - find the next topic line, the cursor's own included.
  *
- * name  takes the topic's name and a zero; room for whatever stands between two brackets of the text
- * Returns 0, and the cursor stands behind the topic line; -1 when no topic follows: the name is then empty and the
+ * name  takes the topic's name and a zero; room for whatever is between two brackets of the text
+ * Returns 0, and the cursor is after the topic line; -1 when no topic follows: the name is then empty and the
  * cursor at the end of the text. A "[" that is never closed ends the search.
  */
 TESKA_API int str_get_next_zuk_topic(const char **cursor, char *name) TESKA_NOTHROW;
@@ -53,7 +53,7 @@ TESKA_API int str_get_nr_of_zuk_topics(const char **cursor) TESKA_NOTHROW;
 
 /* str_search_zuk_topic - look for a topic by its name, without case. The cursor stays.
  *
- * The search begins behind the topic found last in this text, then at the cursor: topics asked for in their order cost
+ * The search begins after the topic found last in this text, then at the cursor: topics asked for in their order cost
  * one step each, and a look whether the text still reaches to the last one.
  * Returns 1 when the text holds the topic, else 0.
  */
@@ -73,7 +73,7 @@ TESKA_API int str_get_zuk_item_name(const char **cursor, char *name) TESKA_NOTHR
  *
  * item   name, compared with case. Of a name in the text only the first 256 characters count.
  * value  257 bytes
- * Returns 0, and the cursor stands on the next line; -1 when the name is another one or the text is at its end.
+ * Returns 0, and the cursor is at the next line; -1 when the name is another one or the text is at its end.
  * Kept: when the name is right and no "=" follows, the result is -1 with the cursor at the end of the text.
  */
 TESKA_API int str_get_zuk_item(const char **cursor, const char *item, char *value) TESKA_NOTHROW;
@@ -81,7 +81,7 @@ TESKA_API int str_get_zuk_item(const char **cursor, const char *item, char *valu
 /* str_get_next_zuk_item - name and value of the next item of the current topic.
  *
  * name, value  257 bytes each; a longer name is cut
- * Returns 0, and the cursor stands on the next line; -1 when the topic holds no further item: the cursor stays.
+ * Returns 0, and the cursor is at the next line; -1 when the topic holds no further item: the cursor stays.
  */
 TESKA_API int str_get_next_zuk_item(const char **cursor, char *name, char *value) TESKA_NOTHROW;
 
@@ -103,15 +103,15 @@ TESKA_API int str_search_zuk_item(const char **cursor, const char *item, char *v
  * item   compared with case
  * value  257 bytes
  * Returns 1 when the topic holds the item, else 0.
- * Kept: where topics of the same name stand in one text, the first one behind the last found is taken, and a search that
- * has come round ends at any topic spelled as the last found.
+ * Kept: where a text has several topics of the same name, the first one after the last found is taken, and a search
+ * that has come round ends at any topic spelled as the last found.
  */
 TESKA_API int str_search_zuk(const char **cursor, const char *topic, const char *item, char *value) TESKA_NOTHROW;
 
 /* str_search_zuk_cache_reset - forget what str_search_zuk found in this thread.
  *
  * Returns 0.
- * Kept: str_search_zuk_topic keeps its own. After a change of the text it looks behind the old place first if that is
+ * Kept: str_search_zuk_topic keeps its own. After a change of the text it looks after the old place first if that is
  * still the start of a line, then everywhere.
  */
 TESKA_API int str_search_zuk_cache_reset(void) TESKA_NOTHROW;
@@ -128,7 +128,8 @@ TESKA_API int str_search_zuk_cache_reset(void) TESKA_NOTHROW;
  */
 TESKA_API int str_double_from_itemstr(const char *text, int n, double *out) TESKA_NOTHROW;
 
-/* str_int_from_itemstr - the same for decimal ints; of "1.5" the 1 is read. Beyond an int's range the nearest is given. */
+/* str_int_from_itemstr - the same for decimal ints; of "1.5" the 1 is read. Beyond an int's range the nearest is
+ * given. */
 TESKA_API int str_int_from_itemstr(const char *text, int n, int *out) TESKA_NOTHROW;
 
 /* str_itemstr_from_double - write n numbers as a value.

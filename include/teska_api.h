@@ -1,7 +1,7 @@
 /* teska_api.h - what every public header of the library needs
  *
  * TESKA_API       in front of a declaration: the name is exported. Define TESKA_STATIC to link the static library.
- * TESKA_NOTHROW   behind a function's declaration: no exception leaves it. A callback handed to such a function must
+ * TESKA_NOTHROW   after a function's declaration: no exception leaves it. A callback handed to such a function must
  *                 not throw either; a C++ program that lets it ends in std::terminate.
  * TESKA_BEGIN_C   opens C linkage in C++, TESKA_END_C closes it; both are empty in C.
  */

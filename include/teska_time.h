@@ -60,7 +60,8 @@ TESKA_API int time_get_elapsed_time(void) TESKA_NOTHROW;
 /* time_get_date - local date and time as "Saturday 21-Nov-2026 at 10-12-34", in English whatever the locale; fit for
  * file names.
  *
- * Returns a buffer of the calling thread, valid until its next call. "unknown unknown at 00-00-00" when the host cannot tell.
+ * Returns a buffer of the calling thread, valid until its next call. "unknown unknown at 00-00-00" when the host cannot
+ * tell.
  */
 TESKA_API char *time_get_date(void) TESKA_NOTHROW;
 

@@ -25,7 +25,8 @@
  *   Kept: copies of a list are shallow. Both lists then lead to the same chain: once one of them is changed, the ends
  *   of the other are out of date. Destroying one deletes the elements of both, so one of the two has to be emptied
  *   before, by assigning an empty list to it.
- *   A list and its elements are used by one thread at a time.
+ *   Threads: lists that share no chain are independent of each other. While no thread changes a list, any number may
+ *   use the functions under Query and those of its elements.
  */
 #ifndef TESKA_TLIST_H
 #define TESKA_TLIST_H
@@ -85,7 +86,7 @@ public:
     /* Destroy - delete all elements, first to last. The list is then empty, its cursor null. */
     virtual void Destroy();
 
-    /* Sort - add every element again, in the order in which they stand. Without an order function nothing changes.
+    /* Sort - add every element again, in their present order. Without an order function nothing changes.
      * O(n log n) calls of the order function and O(n^2) steps.
      *
      * Kept: the cursor stays on its element; equal elements may change places. */
@@ -103,14 +104,14 @@ public:
     /* Add - link an element at its place and take it over.
      *
      * Without an order function the place is the end. With one, the first of these that holds decides:
-     *     order(last, e) <= 0     behind the last one: an equal one too
-     *     order(first, e) >= 0    in front of the first one: an equal one too
-     *     otherwise               found by halving: behind some equal element, or between those before and after e.
+     *     order(last, e) <= 0     after the last one: an equal one too
+     *     order(first, e) >= 0    before the first one: an equal one too
+     *     otherwise               found by halving: after some equal element, or between those before and after e.
      *                             The middle of k elements is the one at (k - 1) / 2, rounded down.
      *
      * e  not null, in no list
      * Returns e. O(log n) calls of the order function and O(n) steps.
-     * Kept: equal elements stand neither in the order of adding nor against it.
+     * Kept: equal elements are neither in the order of adding nor in the reverse.
      */
     TElement *Add(TElement *e);
 
@@ -138,7 +139,7 @@ public:
      * Kept: the cursor's element is asked first, so it is found even if an earlier one matches too. */
     TElement *Get(int (*match)(void *, void *), void *key) const;
 
-    /* The element behind e; the first one when e is null. */
+    /* The element after e; the first one when e is null. */
     TElement *GetNext(TElement *e) const;
 
     /* Position of e, or -1 when it is null or not in the list. O(n). */

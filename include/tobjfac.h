@@ -33,7 +33,7 @@
  *   destructors of entries must not throw.
  *   Kept: copies of all three classes are shallow. A copied list shares its chain (tlist.h). A copied factory shares
  *   the register and the generator, and only one of the two may ever be destroyed.
- *   A factory is used by one thread at a time.
+ *   Factories that are not copies are independent of each other; each is used by one thread at a time.
  */
 #ifndef TESKA_TOBJFAC_H
 #define TESKA_TOBJFAC_H
@@ -98,7 +98,7 @@ public:
     virtual void Sort() override;
 
     /* TList::Subtract. When e is the one that was scanned last, the scan steps back to the one before it, so that the
-     * next step gives the one behind it. */
+     * next step gives the one after it. */
     virtual TElement *Subtract(TElement *e) override;
 
     /* Start the scan anew. Returns 0. */
@@ -115,7 +115,7 @@ public:
     /* The entry scanned last; null before the first one. */
     TElement *GetCurrentScanObject() const;
 
-    /* Go on behind an entry. Returns 0.
+    /* Go on after an entry. Returns 0.
      *
      * element  a TElement * of this list, as GetCurrentScanObject gives it, or null; not checked */
     int SetCurrentScanObject(void *element);
@@ -145,7 +145,8 @@ public:
     /* TObjFac - an empty register, and a generator for names, seeded from the clock.
      *
      * When memory runs out, ErrNo gives 1. Without a register nothing is ever registered, and all functions may still
-     * be called; without a generator, for which "Random_new : allocation failed" is reported, MakeRandomName refuses. */
+     * be called; without a generator, for which "Random_new : allocation failed" is reported, MakeRandomName
+     * refuses. */
     TObjFac();
     TObjFac(const TObjFac &other);
     TObjFac &operator=(const TObjFac &other);

@@ -4,17 +4,20 @@
 //                          hand ^            where the next search begins
 //     items    3: first 0, count 2, locks 0  and so on
 //
-// The hand stands behind the item placed last, so what it comes to first is what has been there longest, as on a clock
+// The hand points after the item placed last, so what it comes to first is what has been there longest, as on a clock
 // without marks. Item 0 is nobody; it is never locked, so that free blocks and those of unlocked items are the same to
 // the search. Items begin where the hand has been, so a run found by the search may cut the end off an item, never its
 // beginning.
 
 #include "cache.h"
 
+#include "Support/checked_size.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 
 using namespace teska;
 
@@ -45,20 +48,16 @@ struct cache {
 namespace
 {
 
-std::size_t index(int i) { return static_cast<std::size_t>(i); }
-
 // Null when there is no such item.
-item *item_of(const cache &c, int id) { return id >= 1 && id <= c.nr_items ? &c.items[index(id)] : nullptr; }
+item *item_of(const cache &c, int id) { return id >= 1 && id <= c.nr_items ? &c.items[id] : nullptr; }
 
-int &owner(const cache &c, int block) { return c.owners[index(block)]; }
-
-char *block_at(const cache &c, int block) { return c.blocks.get() + index(block) * index(c.block_size); }
+char *block_at(const cache &c, int block) { return &c.blocks[std::ptrdiff_t{block} * c.block_size]; }
 
 // The first block of a locked item among `count` blocks, or -1.
 int first_locked(const cache &c, int first, int count)
 {
     for (int block = first; block < first + count; ++block)
-        if (c.items[index(owner(c, block))].locks != 0)
+        if (c.items[c.owners[block]].locks != 0)
             return block;
     return -1;
 }
@@ -86,18 +85,18 @@ int find_run(const cache &c, int count)
     }
 }
 
-// Drops the items of a run. What is left of the last one, behind the run, becomes free as well.
+// Drops the items of a run. What is left of the last one after the run becomes free as well.
 void evict(cache &c, int first, int count)
 {
     const int end = first + count;
-    const int last_owner = owner(c, end - 1);
+    const int last_owner = c.owners[end - 1];
     for (int block = first; block < end; ++block) {
-        item &dropped = c.items[index(owner(c, block))];
+        item &dropped = c.items[c.owners[block]];
         dropped.first = dropped.count = 0;
-        owner(c, block) = 0;
+        c.owners[block] = 0;
     }
-    for (int block = end; last_owner != 0 && block < c.nr_blocks && owner(c, block) == last_owner; ++block)
-        owner(c, block) = 0;
+    for (int block = end; last_owner != 0 && block < c.nr_blocks && c.owners[block] == last_owner; ++block)
+        c.owners[block] = 0;
 }
 
 // The blocks for an item, or 0 when it cannot be cached.
@@ -122,9 +121,13 @@ cache *cache_new(int nr_items, int nr_blocks, int block_size, cache_size_fn size
     auto c = make_record<cache>();
     if (!c)
         return nullptr;
-    c->items = zeroed_block<item>(index(nr_items) + 1);
-    c->owners = zeroed_block<int>(index(nr_blocks));
-    c->blocks = zeroed_block<char>(index(nr_blocks) * index(block_size));
+    checked_size bytes(static_cast<std::uint64_t>(nr_blocks), PTRDIFF_MAX);
+    bytes *= static_cast<std::uint64_t>(block_size);
+    if (!bytes.valid())
+        return nullptr;
+    c->items = zeroed_block<item>(static_cast<std::size_t>(nr_items) + 1);
+    c->owners = zeroed_block<int>(static_cast<std::size_t>(nr_blocks));
+    c->blocks = zeroed_block<char>(bytes.get());
     if (!c->items || !c->owners || !c->blocks)
         return nullptr;
     c->context = context;
@@ -146,8 +149,8 @@ int cache_kill(cache *c) TESKA_NOTHROW
 
 int cache_flush(cache *c) TESKA_NOTHROW
 {
-    std::fill_n(c->items.get(), index(c->nr_items) + 1, item());
-    std::fill_n(c->owners.get(), index(c->nr_blocks), 0);
+    std::fill_n(c->items.get(), std::ptrdiff_t{c->nr_items} + 1, item());
+    std::fill_n(c->owners.get(), c->nr_blocks, 0);
     c->hand = 0;
     return 1;
 }
@@ -156,7 +159,7 @@ void *cache_get(cache *c, int id) TESKA_NOTHROW
 {
     item *wanted = item_of(*c, id);
     if (wanted == nullptr) {
-        // Kept: as it stands, with its blank and the other function's name.
+        // Kept: a line with a blank before it and another function's name.
         TESKA_ERR(" Cache_delete illegal item_id");
         return nullptr;
     }
@@ -168,7 +171,7 @@ void *cache_get(cache *c, int id) TESKA_NOTHROW
         return nullptr;
     evict(*c, first, count);
     c->hand = first + count;
-    std::fill_n(&owner(*c, first), count, id);
+    std::fill_n(&c->owners[first], count, id);
     wanted->first = first;
     wanted->count = count;
     char *data = block_at(*c, first);
@@ -185,7 +188,7 @@ int cache_delete(cache *c, int id) TESKA_NOTHROW
     }
     if (dropped->count == 0)
         return 0;
-    std::fill_n(&owner(*c, dropped->first), dropped->count, 0);
+    std::fill_n(&c->owners[dropped->first], dropped->count, 0);
     *dropped = item();
     return 1;
 }

@@ -6,7 +6,7 @@
 //     | in use                  | zero unless the    | hidden, zero   | zero       |
 //     |                         | caller wrote there |                |            |
 //
-// The capacity follows the promised rule, growth step + index; the hidden room behind it saves copying
+// The capacity follows the promised rule, growth step + index; the hidden room after it saves copying
 // (Support/room.h). Items past the highest index are not carried over when the capacity grows, so growing inside the
 // hidden room clears them. The last byte ends a text that runs to the end of a byte array, for the readers of restored
 // pools.
@@ -107,7 +107,9 @@ void *dynar_ptr(dynar *array, int index)
         return nullptr;
     }
     if (index < array->capacity) {
-        array->highest = std::max(array->highest, index);
+        // No store for an item in use: several threads may read the array.
+        if (index > array->highest)
+            array->highest = index;
         return array->data.get() + bytes_of(*array, index);
     }
     // The exit may jump: nothing is held across it.

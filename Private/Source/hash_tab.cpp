@@ -4,11 +4,11 @@
 //     deleted:   | 0 or 1 | ...              one byte a slot
 //     a pool:    | 0 | c y a n 0 | m a g e n t a 0 |     a part that is a text holds its offset: 1, 6
 //
-// The way of a key through the slots is home, home + step, home + 2 step .. modulo the size, home = hash mod size and
-// step = home; for home 0 the step is 13, or 17 in a table of 13 slots. The size of a new table is prime, so the way
-// visits every slot once. At 100 items for 120 slots a search asks 2.4 slots on average when the key is there and 7.5
-// when it is not; which slots are asked, in which order and by which function, is promised. What is free is how fast
-// one gets there: the remainder comes from a multiplication, the slots ahead are prefetched, and the deleted marks are
+// The probe sequence of a key is home, home + step, home + 2 step .. modulo the size, with home = hash mod size and
+// step = home; for home 0 the step is 13, or 17 in a table of 13 slots. The size of a new table is prime, so the
+// sequence visits every slot once. At 100 items for 120 slots a search asks 2.4 slots on average when the key is there
+// and 7.5 when it is not; which slots are asked, in which order and by which function, is promised. How fast one gets
+// there is not: the remainder comes from a multiplication, the slots ahead are prefetched, and the deleted marks are
 // not looked at while there are none.
 //
 // Pools are read by dynar_peek: dynar_ptr would make a restored pool longer than it counts, and texts would be appended
@@ -42,8 +42,8 @@ constexpr int slots_ahead = 4;     // fetched before they are asked; more gains 
 using pool_handle = handle<dynar, dynar_kill>;
 
 // n mod d by multiplications (Lemire, Kaser and Kurz, Faster remainder by direct computation, Software: Practice and
-// Experience 49, 2019, p. 953): exact for all 32-bit n and d. The fraction n / d in 64 bits, times d, is the remainder in
-// the bits above; its two halves are multiplied one by one.
+// Experience 49, 2019, p. 953): exact for all 32-bit n and d. The fraction n / d in 64 bits, times d, is the remainder
+// in the bits above; its two halves are multiplied one by one.
 class divisor
 {
 public:
@@ -102,19 +102,13 @@ part data_part(const hash_tab &table) { return {table.key_width, table.data_widt
 bool is_pooled(const hash_tab &table) { return table.key_pool || table.data_pool; }
 bool in_range(const hash_tab &table, int index) { return index >= 0 && index < table.size; }
 
-char *slot(const hash_tab &table, int index)
-{
-    return table.slots.get() + static_cast<std::size_t>(index) * static_cast<std::size_t>(table.slot_size);
-}
+char *slot(const hash_tab &table, int index) { return table.slots.get() + std::ptrdiff_t{index} * table.slot_size; }
 
-bool is_deleted(const hash_tab &table, int index)
-{
-    return table.nr_deleted != 0 && table.deleted[static_cast<std::size_t>(index)] != 0;
-}
+bool is_deleted(const hash_tab &table, int index) { return table.nr_deleted != 0 && table.deleted[index] != 0; }
 
 void mark(hash_tab &table, int index, bool as_deleted)
 {
-    unsigned char &flag = table.deleted[static_cast<std::size_t>(index)];
+    unsigned char &flag = table.deleted[index];
     table.nr_deleted += int{as_deleted} - int{flag};
     flag = as_deleted ? 1 : 0;
 }
@@ -159,13 +153,13 @@ void read_part(const hash_tab &table, int index, const part &p, void *out)
 
 void read_nothing(const part &p, void *out) { std::memset(out, 0, p.pool != nullptr ? 1 : p.bytes()); }
 
-// ---- The way of a key -----------------------------------------------------------------------------------------------
+// ---- The probe sequence of a key ------------------------------------------------------------------------------------
 
-class way
+class probe_sequence
 {
 public:
     // The table has slots.
-    way(const hash_tab &table, const void *key) : size_(static_cast<std::uint32_t>(table.size))
+    probe_sequence(const hash_tab &table, const void *key) : size_(static_cast<std::uint32_t>(table.size))
     {
         const int hash = table.hash(table.parameter, key);
         if (hash >= 0) {
@@ -203,18 +197,18 @@ private:
 template <bool texts>
 int find_among(const hash_tab &table, const void *key)
 {
-    way w(table, key);
+    probe_sequence probe(table, key);
     const part keys = key_part(table);
     do {
-        if (is_deleted(table, w.at()))
+        if (is_deleted(table, probe.at()))
             continue;
-        const char *bytes = slot(table, w.at());
+        const char *bytes = slot(table, probe.at());
         // Kept: match first. It sees the bytes of empty slots too, and may take them for the key.
         if (table.match(texts ? text_of(bytes, keys) : bytes, key) != 0)
-            return w.at();
+            return probe.at();
         if (texts ? offset_of(bytes, keys) == 0 : table.empty(bytes) != 0)
             return -1;
-    } while (w.advance());
+    } while (probe.advance());
     return -1;
 }
 
@@ -222,11 +216,11 @@ int find_among(const hash_tab &table, const void *key)
 // it goes by the bytes between slots and fetches ahead of what it asks.
 [[gnu::always_inline]] inline int find_fixed(const hash_tab &table, const void *key)
 {
-    const way w(table, key);
+    const probe_sequence probe(table, key);
     const auto slot_size = static_cast<std::size_t>(table.slot_size);
     const std::size_t end = static_cast<std::size_t>(table.size) * slot_size;
-    const std::size_t home = static_cast<std::size_t>(w.at()) * slot_size;
-    const std::size_t step = w.step() * slot_size;
+    const std::size_t home = static_cast<std::size_t>(probe.at()) * slot_size;
+    const std::size_t step = probe.step() * slot_size;
     const char *slots = table.slots.get();
     const auto advance = [=](std::size_t &at) {
         at += step;
@@ -261,16 +255,16 @@ int find_among(const hash_tab &table, const void *key)
     return table.nr_deleted == 0 && table.slot_size > 0 ? find_fixed(table, key) : find_among<false>(table, key);
 }
 
-// The first slot on the way of a key that is empty or deleted, or -1.
+// The first slot of a key's probe sequence that is empty or deleted, or -1.
 int find_free(const hash_tab &table, const void *key)
 {
     if (table.size == 0)
         return -1;
-    way w(table, key);
+    probe_sequence probe(table, key);
     do
-        if (is_deleted(table, w.at()) || is_empty(table, w.at()))
-            return w.at();
-    while (w.advance());
+        if (is_deleted(table, probe.at()) || is_empty(table, probe.at()))
+            return probe.at();
+    while (probe.advance());
     return -1;
 }
 

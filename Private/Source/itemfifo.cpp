@@ -4,9 +4,9 @@
 //     | taken | queued | -> | queued | ... -> | queued | free |
 //              ^ rd                                     ^ wr
 //
-// A partition is one block: its header and the items, the offsets counted in bytes behind the header. Items are put
-// into the last partition until it is full. A partition is freed once all its room has been read; one that was written
-// only in part stays, empty, and is written on, so an empty queue has one partition or none.
+// A partition is one block: its header and the items, their offsets counted in bytes from the end of the header. Items
+// are put into the last partition until it is full. A partition is freed once all its room has been read; one that was
+// written only in part stays, empty, and is written on, so an empty queue has one partition or none.
 
 #include "itemfifo.h"
 
@@ -24,9 +24,9 @@ namespace
 {
 
 constexpr int default_items = 10;
-constexpr std::size_t spare_bytes = 4;  // behind the items of a partition
+constexpr std::size_t spare_bytes = 4;  // after the items of a partition
 
-struct partition {
+struct alignas(std::max_align_t) partition {
     int rd = 0;
     int wr = 0;
     partition *next = nullptr;
@@ -60,7 +60,7 @@ struct itemfifo {
 namespace
 {
 
-// Links an empty partition behind the tail; false when memory is short.
+// Appends an empty partition; false when memory is short.
 bool add_partition(itemfifo &fifo)
 {
     const std::size_t bytes = sizeof(partition) + static_cast<std::size_t>(fifo.part_bytes) + spare_bytes;

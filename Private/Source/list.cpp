@@ -53,7 +53,7 @@ namespace
 char *slot(const list_rec &list, std::size_t index) { return list.data.get() + index * list.el_size; }
 
 // The spare slot follows the others.
-teska::item_layout layout(const list_rec &list) { return {.item_size = list.el_size, .behind = list.el_size}; }
+teska::item_layout layout(const list_rec &list) { return {.item_size = list.el_size, .after = list.el_size}; }
 
 // Moves the elements to another block, and that one to `block`: an element given by the caller may lie in it, so it
 // lives until the caller has copied. An empty block is reported.
@@ -221,8 +221,8 @@ int list_rem_element(list_rec *list, int index) TESKA_NOTHROW
 {
     if (index < 0 || index >= list->count)
         return 0;
-    const auto behind = static_cast<std::size_t>(index) + 1;
-    shift(*list, behind, list->count - behind, -1);
+    const auto following = static_cast<std::size_t>(index) + 1;
+    shift(*list, following, list->count - following, -1);
     --list->count;
     return 0;
 }

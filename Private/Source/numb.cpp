@@ -90,7 +90,7 @@ int numb_hex_string_to_decimal(const char *text, int *value) TESKA_NOTHROW
         const bool last = text[1] == 0;
         if (here < 0 && !last)
             return -1;
-        // Kept: a last character that is no digit stands for the digit before it.
+        // Kept: a last character that is no digit counts as the digit before it.
         digit = here >= 0 ? here : digit;
         sum = (sum + wrapped(digit)) * (last ? 1 : hex_base);
     }

@@ -6,7 +6,8 @@
 //     memory:    { block }  { block }  ..                       one list for each object that ever asked for a block
 //
 // The order function reads the pointer at the start of an element, which both kinds have in common, and the position
-// that list_pos finds for an address is that of its element when there is one. Of equal addresses the newest comes first.
+// that list_pos finds for an address is that of its element when there is one. The newest of equal addresses comes
+// first.
 //
 // A lookup costs O(log n); registering and removing move the entries after the place. Process-wide state: the registry,
 // guarded by its lock, which every function holds from its start to its end.

@@ -1,15 +1,15 @@
 // str_zuk - topics and items of record text in memory (text)
 //
-// Texts end in a zero and are never copied: inside, names are views into them. The scanner for topics looks at the first
-// character of each line that is not blank or tab:
+// Texts end in a zero and are never copied: inside, names are views into them. The scanner for topics looks at the
+// first character of each line that is not blank or tab:
 //
 //     "x\n[ A ]  comment\nk = 1 2\n[B]\n"     topic " A", then topic "B"
 //       item "k" of topic " A": the value "1 2"
 //
-// A found topic is its name and the start of the line after it, where its items begin. The state of a thread is one such
-// place per cache with the text it belongs to, and the name it was searched by in the cache for items. A place is used
-// only while it lies inside the text and at the start of a line: the address of a text may come again with another one,
-// perhaps shorter.
+// A found topic is its name and the start of the line after it, where its items begin. The state of a thread is one
+// such place per cache with the text it belongs to, and the name it was searched by in the cache for items. A place is
+// used only while it lies inside the text and at the start of a line: the address of a text may come again with another
+// one, perhaps shorter.
 //
 // All scans are linear in what they pass over, and bounded: an item costs the way to its "=".
 
@@ -33,10 +33,10 @@ constexpr std::size_t longest_item_text = 256;
 
 struct topic_line {
     std::string_view name = "";
-    const char *behind = nullptr;  // start of the next line; null: there is no topic
+    const char *items = nullptr;  // start of the line after it; null: there is no topic
 };
 
-// Where a topic was found: the start of the line behind it, null when nothing is known.
+// Where a topic was found: the start of the line after it, null when nothing is known.
 struct found_place {
     const char *text = nullptr;
     const char *place = nullptr;
@@ -100,7 +100,7 @@ topic_line next_topic(const char *at)
     if (close == nullptr)
         return {};
     topic_line topic{trimmed(open + 1, close), close};
-    str_go_to_next_line(&topic.behind);
+    str_go_to_next_line(&topic.items);
     return topic;
 }
 
@@ -116,10 +116,10 @@ bool same_name(std::string_view name, const char *topic)
 topic_line find_topic(const char *at, const char *name, const char *stop)
 {
     topic_line topic = next_topic(at);
-    while (topic.behind != nullptr && !same_name(topic.name, name)) {
+    while (topic.items != nullptr && !same_name(topic.name, name)) {
         if (stop != nullptr && topic.name == stop)
             return {};
-        topic = next_topic(topic.behind);
+        topic = next_topic(topic.items);
     }
     return topic;
 }
@@ -135,7 +135,7 @@ std::string_view item_name(const char *at)
     return trimmed(at, at + length);
 }
 
-// Copies the value behind an "="; returns the start of the next line.
+// Copies the value after an "="; returns the start of the next line.
 const char *take_value(const char *equals, char *value)
 {
     const char *first = skip_blanks(equals + 1);
@@ -162,8 +162,8 @@ bool topic_ends_before(const char *at, const char *equals)
 
 bool has_item(const char *at, const char *item, char *value)
 {
-    const char *behind = next_topic(at).behind;
-    const char *end = behind != nullptr ? behind : end_of(at);
+    const char *next = next_topic(at).items;
+    const char *end = next != nullptr ? next : end_of(at);
     for (; at < end; str_go_to_next_line(&at)) {
         const char *line = at;
         if (str_get_zuk_item(&line, item, value) == 0)
@@ -210,14 +210,14 @@ int str_get_next_zuk_topic(const char **cursor, char *name) TESKA_NOTHROW
 {
     const topic_line topic = next_topic(*cursor);
     copy_text(topic.name, name);
-    *cursor = topic.behind != nullptr ? topic.behind : end_of(*cursor);
-    return topic.behind != nullptr ? 0 : -1;
+    *cursor = topic.items != nullptr ? topic.items : end_of(*cursor);
+    return topic.items != nullptr ? 0 : -1;
 }
 
 int str_get_nr_of_zuk_topics(const char **cursor) TESKA_NOTHROW
 {
     int count = 0;
-    for (const char *at = next_topic(*cursor).behind; at != nullptr; at = next_topic(at).behind)
+    for (const char *at = next_topic(*cursor).items; at != nullptr; at = next_topic(at).items)
         ++count;
     return count;
 }
@@ -228,10 +228,10 @@ int str_search_zuk_topic(const char **cursor, const char *topic) TESKA_NOTHROW
     topic_line found;
     if (cache.topic.serves(text))
         found = find_topic(cache.topic.place, topic, nullptr);
-    if (found.behind == nullptr)
+    if (found.items == nullptr)
         found = find_topic(text, topic, nullptr);
-    cache.topic = {text, found.behind};
-    return found.behind != nullptr ? 1 : 0;
+    cache.topic = {text, found.items};
+    return found.items != nullptr ? 1 : 0;
 }
 
 // ---- Items of the current topic -------------------------------------------------------------------------------------
@@ -281,7 +281,7 @@ int str_search_zuk(const char **cursor, const char *topic, const char *item, cha
 {
     const char *text = *cursor;
     const char *start = text;
-    const char *last = nullptr;  // the topic found before, when the search begins behind it
+    const char *last = nullptr;  // the topic found before, when the search begins after it
     if (cache.item.serves(text)) {
         if (std::strcmp(cache.name, topic) == 0)
             return has_item(cache.item.place, item, value) ? 1 : 0;
@@ -293,12 +293,12 @@ int str_search_zuk(const char **cursor, const char *topic, const char *item, cha
     cache.item = {text, nullptr};
     topic_line found = find_topic(start, topic, nullptr);
     // Come round: the topic looked for is tested first, so another spelling of the last one is found again.
-    if (found.behind == nullptr && last != nullptr)
+    if (found.items == nullptr && last != nullptr)
         found = find_topic(text, topic, last);
-    if (found.behind == nullptr)
+    if (found.items == nullptr)
         return 0;
-    remember(text, found.behind, topic);
-    return has_item(found.behind, item, value) ? 1 : 0;
+    remember(text, found.items, topic);
+    return has_item(found.items, item, value) ? 1 : 0;
 }
 
 int str_search_zuk_cache_reset(void) TESKA_NOTHROW

@@ -24,7 +24,7 @@ TElement *middle_of(TElement *low, TElement *high)
     return low;
 }
 
-// The element behind which e belongs, when low comes before e and high after it.
+// The element after which e belongs, when low comes before e and high after it.
 TElement *find_place(TElement *low, TElement *high, TElement *e, int (*order)(void *, void *))
 {
     while (low != high) {
@@ -101,7 +101,7 @@ TElement *TList::Add(TElement *e)
 {
     if (first == nullptr || order == nullptr || order(last, e) <= 0)
         return Add(e, nullptr);
-    // Kept: an element equal to the first one goes in front of it, one equal to the last one behind that.
+    // Kept: an element equal to the first one goes before it, one equal to the last one after that.
     if (order(first, e) >= 0)
         return Add(e, first);
     return Add(e, find_place(first, last, e, order)->next);

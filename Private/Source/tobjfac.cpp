@@ -2,8 +2,8 @@
 //
 //     factory -> register: [ object, count ] <-> [ object, count ] <-> ..
 //
-// The number of objects is that of the entries. Looking up an object walks the register. What an entry does when it goes
-// is the derived class's. No process-wide state.
+// The number of objects is that of the entries. Looking up an object walks the register. What an entry does when it
+// goes is the derived class's. No process-wide state.
 
 #include "tobjfac.h"
 

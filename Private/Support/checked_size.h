@@ -2,6 +2,8 @@
 //
 // Table sizes are powers of caller-given numbers; a product that wraps would turn into a small block and a large
 // write. A checked_size remembers that it left its range and stays invalid from then on.
+//
+// Used by every module whose blocks have sizes that a caller gives.
 
 #ifndef TESKA_SUPPORT_CHECKED_SIZE_H
 #define TESKA_SUPPORT_CHECKED_SIZE_H

@@ -3,6 +3,8 @@
 // dynar_ptr ends in the fatal exit when memory is short, which a host's handler may leave by a jump. A module that has
 // to keep something in order prepares the growth of its arrays first, installs it when everything is there, and calls
 // dynar_no_memory with nothing in hand.
+//
+// Used by dynar, hash_tab and bezierd_vector.
 
 #ifndef TESKA_SUPPORT_DYNAR_PRIV_H
 #define TESKA_SUPPORT_DYNAR_PRIV_H

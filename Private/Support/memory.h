@@ -2,6 +2,8 @@
 //
 // Records and arrays come from calloc and go back to free. While an object is being built it sits in an owner, so that
 // every early return releases what was already made; the last line of a constructor hands it out with release().
+//
+// Used by every module that allocates.
 
 #ifndef TESKA_SUPPORT_MEMORY_H
 #define TESKA_SUPPORT_MEMORY_H

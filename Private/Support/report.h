@@ -1,6 +1,8 @@
 // report - how a module says what failed
 //
 // TESKA_ERR takes the whole text as a literal, at the line that fails: texts must be found by search.
+//
+// Used by every module that reports.
 
 #ifndef TESKA_SUPPORT_REPORT_H
 #define TESKA_SUPPORT_REPORT_H

@@ -5,6 +5,8 @@
 // through this hidden room without moving. Appending n items then copies fewer than 3 n.
 //
 //     held 10, wanted 20 -> room 20        held 30, wanted 40 -> room 45
+//
+// Used by dynar and list.
 
 #ifndef TESKA_SUPPORT_ROOM_H
 #define TESKA_SUPPORT_ROOM_H
@@ -24,17 +26,17 @@ struct roomy_block {
     std::size_t room = 0;   // items
 };
 
-// What one item takes, and the bytes that follow the last one.
+// The bytes of one item, and those after the last one.
 struct item_layout {
     std::size_t item_size;
-    std::size_t behind;
+    std::size_t after;
 };
 
 inline roomy_block exact_room(std::size_t items, item_layout layout) noexcept
 {
     checked_size bytes(items, PTRDIFF_MAX);
     bytes *= layout.item_size;
-    bytes += layout.behind;
+    bytes += layout.after;
     roomy_block block{.data = {}, .room = items};
     if (bytes.valid())
         block.data = zeroed_block<char>(bytes.get());

@@ -1,7 +1,9 @@
-// vd - the text form of vectors of doubles, behind the converters of several modules
+// vd - the text form of vectors of doubles, for the converters of several modules
 //
 // One number is written with " %*.*f ", a blank on either side, in as many digits as vd_fmt_d allows for a total of
-// four; neighbours therefore stand two blanks apart. Numbers are read one after the other with blanks between them.
+// four; neighbours are therefore two blanks apart. Numbers are read one after the other with blanks between them.
+//
+// Used by file_double and str_zuk.
 
 #ifndef TESKA_SUPPORT_VD_H
 #define TESKA_SUPPORT_VD_H

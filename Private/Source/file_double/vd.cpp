@@ -6,9 +6,9 @@
 //     0.25 -> " 0.250 "    12.3456 -> " 12.35 "    150 -> " 150.0 "    -1234.4 -> " -1234 "    9.9996 -> " 10.000 "
 //
 // w is the integer part of log10 plus 1, log10 rounded to the nearest double. The C libraries' log10 differ from each
-// other in the last bit, so it serves only to name the nearest power of ten; on which side of it a value lies is decided
-// here. Digits come from to_chars, which is exact, rounds ties to even and knows no locale: the same bytes everywhere.
-// They are read with strtod, which takes its decimal point from the locale.
+// other in the last bit, so it serves only to name the nearest power of ten; on which side of it a value lies is
+// decided here. Digits come from to_chars, which is exact, rounds ties to even and knows no locale: the same bytes
+// everywhere. They are read with strtod, which takes its decimal point from the locale.
 //
 // No state. O(digits) per number.
 
@@ -34,14 +34,12 @@ constexpr int total_digits = 4;
 // The longest number, -DBL_MAX: a sign and 309 digits.
 constexpr std::size_t number_room = 320;
 
-// The double nearest to 10^k, 0 <= k <= 308.
+// The double nearest to 10^k, 0 <= k <= 308. Without a decimal point strtod does not depend on the locale.
 double power_of_ten(int k)
 {
     char text[8] = "1e";
-    const char *end = std::to_chars(text + 2, text + sizeof text, k).ptr;
-    double power = 0;
-    std::from_chars(text, end, power);
-    return power;
+    *std::to_chars(text + 2, text + sizeof text - 1, k).ptr = 0;
+    return std::strtod(text, nullptr);
 }
 
 // Whether log10(a), rounded to a double, is k or more. A little below 10^k
@@ -85,8 +83,8 @@ std::size_t print_number(double value, char *out)
     return before + length + 1;
 }
 
-// What "%lf" of scanf reads, in time that does not depend on the text behind the number. Two texts of which strtod
-// takes the beginning are refused: "0x" without digits and the beginnings of "infinity" behind "inf". A "nan(...)" is
+// What "%lf" of scanf reads, in time that does not depend on the text after the number. Two texts of which strtod
+// takes the beginning are refused: "0x" without digits and the beginnings of "infinity" after "inf". A "nan(...)" is
 // read as "nan": its number does not reach scanf's callers either.
 bool read_double(const char *text, double *number)
 {

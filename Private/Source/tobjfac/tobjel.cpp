@@ -1,6 +1,6 @@
 // tobjfac/tobjel - an entry of the register of shared objects (core)
 //
-// An address and the number of its owners; the chain it stands in is the list's affair.
+// An address and the number of its owners; the chain it is in is the list's affair.
 
 #include "tobjfac.h"
 

@@ -1,8 +1,8 @@
 // tobjfac/tobjlist - the register of shared objects (core)
 //
-// A list without an order, so that entries stand as they came, and a second cursor beside the list's own: the place of
+// A list without an order, so that entries stay as they came, and a second cursor beside the list's own: the place of
 // a scan, null before the first entry. It survives the removal of its entry by stepping back, because the scan goes on
-// behind it.
+// after it.
 
 #include "tobjfac.h"
 
