@@ -8,22 +8,26 @@ teska_parts(file_double vd)
 teska_parts(filepacker unpack)
 teska_parts(fusm tables)
 teska_parts(ibilin plan)
+teska_parts(izat izoom plan)
 teska_parts(md_tetrab positions)
 teska_parts(numb byteorder)
 teska_parts(proj tetra triangle)
-teska_parts(tconvexhull lists print step)
-teska_parts(tetra hull tiling volume)
+teska_parts(tconvexhull compass lists planes print step)
+teska_parts(tetra cutting distinct_points hull tiling volume)
 teska_parts(tlist telement)
 teska_parts(tobjfac tobjel tobjlist)
 teska_parts(
   ttriangulartopsurface
-  build
+  colorants
   convert
+  darkening
   edge
   export
   gnomonic
   mask
+  preparing
   rim
+  rings
   tprimcomb
   tprimcomb_compare
   tprimcomb_seen
@@ -89,7 +93,7 @@ teska_subsystem(
   md_tetras
   mmd_tetras
   tfastpow)
-teska_subsystem(image "Image processing, line by line" fir flood fusm ibilin)
+teska_subsystem(image "Image processing, line by line" fir flood fusm ibilin izat)
 teska_subsystem(
   geometry
   "Geometry and gamut"

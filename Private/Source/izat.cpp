@@ -103,10 +103,12 @@ bool lies_in(const window &w, int width, int lines)
 // leading zeros, so that no weight belongs to a pixel outside.
 bool make_columns(image &i, const izat_axis &axis, int source_width, int width)
 {
-    const int taps = axis.most_taps();
     i.column_first = block_of<std::int32_t>(static_cast<std::uint64_t>(width));
+    if (!i.column_first)
+        return false;
+    const int taps = axis.most_taps();
     i.column_weights = block_of<std::int16_t>(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(taps));
-    if (!i.column_first || !i.column_weights)
+    if (!i.column_weights)
         return false;
     std::int16_t *row = i.column_weights.get();
     for (int x = 0; x < width; ++x, row += taps) {
@@ -123,7 +125,7 @@ bool make_ring(image &i, int width)
     constexpr std::uint64_t padding = teska::izat_padding;
     const std::uint64_t samples = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(i.components);
     const std::uint64_t room = (samples + padding - 1) / padding * padding;
-    i.slots = i.lines.most_taps();
+    i.slots = i.lines.bound_of_taps();
     i.line_samples = static_cast<std::ptrdiff_t>(samples);
     const auto slots = static_cast<std::uint64_t>(i.slots);
     i.ring = block_of<std::uint16_t>(room, 2 * slots);

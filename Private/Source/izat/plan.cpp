@@ -137,4 +137,11 @@ int izat_axis::most_taps() const noexcept
     return most;
 }
 
+int izat_axis::bound_of_taps() const noexcept
+{
+    // A run of this length touches at most one pixel more; another one for rounding, far below a pixel for any size.
+    const double run = kernel_ == IZAT_AREA ? scale_ : 2.0 * shapes[kernel_].radius * spread_;
+    return static_cast<int>(std::min(std::ceil(run) + 2.0, size_ + 0.0));
+}
+
 }  // namespace teska

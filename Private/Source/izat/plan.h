@@ -27,8 +27,11 @@ public:
     // The weights of the pixels that reach(x) names, of sum izat_one.
     void weights(int x, std::int16_t *weights) const noexcept;
 
-    // The largest count of all destination pixels.
+    // The largest count of all destination pixels, by looking at each.
     [[nodiscard]] int most_taps() const noexcept;
+
+    // No count exceeds it; at most two more than the largest.
+    [[nodiscard]] int bound_of_taps() const noexcept;
 
 private:
     [[nodiscard]] double weight(int x, double pixel) const noexcept;

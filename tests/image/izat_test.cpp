@@ -1,0 +1,474 @@
+#include "izat.h"
+
+#include "Kernels/kernels.h"
+#include "Source/izat/plan.h"
+#include "support/generator.h"
+#include "support/reports.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <numeric>
+#include <string>
+#include <vector>
+
+namespace teska_test
+{
+
+namespace
+{
+
+using Zoom = std::unique_ptr<izat, int (*)(izat *)>;
+using Pick = std::unique_ptr<izoom, int (*)(izoom *)>;
+using Numbers = std::vector<int>;
+
+constexpr int kernels[] = {IZAT_AREA, IZAT_TRIANGLE, IZAT_CATMULL_ROM, IZAT_MITCHELL, IZAT_LANCZOS3};
+
+struct Size {
+    int lines, width;
+};
+
+struct Shown {
+    double left = 0, top = 0, width = 0, height = 0;
+};
+
+Zoom new_zoom(int kernel) { return {izat_new(kernel), izat_kill}; }
+Pick new_pick() { return {izoom_new(), izoom_kill}; }
+
+int start(izat *z, int components, Size from, Size to, izat_callback callback, void *context, int in_step, int out_step)
+{
+    return izat_start(z, components, from.lines, from.width, to.lines, to.width, callback, context, in_step, out_step);
+}
+int start(izoom *z, int components, Size from, Size to, izoom_callback callback, void *context, int in_step,
+          int out_step)
+{
+    return izoom_start(z, components, from.lines, from.width, to.lines, to.width, callback, context, in_step, out_step);
+}
+
+int feed(izat *z, const unsigned char *line, unsigned char **out) { return izat_line_b(z, line, out); }
+int feed(izat *z, const unsigned short *line, unsigned short **out) { return izat_line(z, line, out); }
+int feed(izoom *z, const unsigned char *line, unsigned char **out) { return izoom_line_b(z, line, out); }
+int feed(izoom *z, const unsigned short *line, unsigned short **out) { return izoom_line(z, line, out); }
+
+// Collects the destination lines, all of which are handed out in the same buffer.
+template <class Sample>
+struct Collector {
+    std::vector<Sample> line;
+    std::vector<Sample> all;
+    Numbers numbers;
+
+    static void add(void *context, int number)
+    {
+        auto *const own = static_cast<Collector *>(context);
+        own->numbers.push_back(number);
+        own->all.insert(own->all.end(), own->line.begin(), own->line.end());
+    }
+};
+
+// A whole image, components side by side; every line is handed out once, in order.
+template <class Sample, class Record>
+std::vector<Sample> zoomed(Record *record, const std::vector<Sample> &image, Size from, Size to, int components)
+{
+    Collector<Sample> collector;
+    collector.line.resize(static_cast<std::size_t>(to.width) * static_cast<std::size_t>(components));
+    EXPECT_EQ(start(record, components, from, to, Collector<Sample>::add, &collector, components, components), 1);
+    int handed = 0;
+    for (int y = 0; y < from.lines; ++y) {
+        Sample *out = collector.line.data();
+        handed += feed(record, image.data() + static_cast<std::ptrdiff_t>(y) * from.width * components, &out);
+    }
+    Numbers all(static_cast<std::size_t>(to.lines));
+    std::iota(all.begin(), all.end(), 0);
+    EXPECT_EQ(collector.numbers, all);
+    EXPECT_EQ(handed, to.lines);
+    return collector.all;
+}
+
+template <class Sample>
+std::vector<Sample> random_image(Generator &input, Size size, int components)
+{
+    std::vector<Sample> image(static_cast<std::size_t>(size.lines) * static_cast<std::size_t>(size.width) *
+                              static_cast<std::size_t>(components));
+    // Many samples at the ends of the range: kernels with negative weights then leave it.
+    constexpr int ends = std::numeric_limits<Sample>::max();
+    for (Sample &sample : image)
+        sample = static_cast<Sample>(input.below(3) == 0 ? input.below(2) * ends : input.below(ends + 1));
+    return image;
+}
+
+Numbers weights(int kernel, double begin, double extent, int size, int destination, int x)
+{
+    const teska::izat_axis axis(kernel, begin, extent, size, destination);
+    std::vector<std::int16_t> made(static_cast<std::size_t>(axis.reach(x).count));
+    axis.weights(x, made.data());
+    return {made.begin(), made.end()};
+}
+
+// ---- Weights --------------------------------------------------------------------------------------------------------
+
+TEST(IzatWeights, AreThoseOfTheHeader)
+{
+    const struct {
+        int kernel;
+        double begin, extent;
+        int size, destination, x;
+        Numbers expected;
+    } rows[] = {
+        {IZAT_TRIANGLE, 0, 4, 4, 2, 0, {7022, 7021, 2341}},
+        {IZAT_TRIANGLE, 0, 4, 4, 2, 1, {2341, 7021, 7022}},
+        {IZAT_AREA, 0, 3, 3, 2, 0, {10923, 5461}},
+        {IZAT_AREA, 0, 3, 3, 2, 1, {5461, 10923}},
+        {IZAT_LANCZOS3, 0, 2, 2, 4, 0, {19259, -2875}},
+        {IZAT_LANCZOS3, 0, 2, 2, 4, 1, {12569, 3815}},
+        {IZAT_CATMULL_ROM, 0, 4, 4, 6, 0, {17462, -1078}},
+        {IZAT_CATMULL_ROM, 0, 4, 4, 6, 1, {8674, 8674, -964}},
+        {IZAT_CATMULL_ROM, 0, 4, 4, 6, 2, {-948, 15360, 2162, -190}},
+    };
+    for (const auto &r : rows)
+        EXPECT_EQ(weights(r.kernel, r.begin, r.extent, r.size, r.destination, r.x), r.expected)
+            << "kernel " << r.kernel << ", pixel " << r.x;
+}
+
+// Against the formulas with the C library's sine, for any ratio and window.
+TEST(IzatWeights, AreWithinAStepOfTheFormulas)
+{
+    const double radius[] = {0, 1, 2, 2, 3};
+    const auto shape = [](int kernel, double t) {
+        const double pi = 3.14159265358979323846;
+        switch (kernel) {
+        case IZAT_TRIANGLE:
+            return 1 - t;
+        case IZAT_CATMULL_ROM:
+            return t < 1 ? 1.5 * t * t * t - 2.5 * t * t + 1 : -0.5 * t * t * t + 2.5 * t * t - 4 * t + 2;
+        case IZAT_MITCHELL:
+            return t < 1 ? (7 * t * t * t - 12 * t * t + 16.0 / 3) / 6
+                         : (-7 / 3.0 * t * t * t + 12 * t * t - 20 * t + 32 / 3.0) / 6;
+        default:
+            return t < 1e-9 ? 1.0 : 3 * std::sin(pi * t) * std::sin(pi * t / 3) / (pi * pi * t * t);
+        }
+    };
+    Generator input(1);
+    for (int round = 0; round < 2000; ++round) {
+        const int kernel = round % 5, size = 1 + input.below(40), destination = 1 + input.below(60);
+        const double begin = input.unit() * size * 0.9, extent = (size - begin) * (0.1 + 0.9 * input.unit());
+        const int x = input.below(destination);
+        const teska::izat_axis axis(kernel, begin, extent, size, destination);
+        const teska::izat_reach reach = axis.reach(x);
+        ASSERT_GE(reach.first, 0);
+        ASSERT_LE(reach.first + reach.count, size);
+        const Numbers made = weights(kernel, begin, extent, size, destination, x);
+        EXPECT_EQ(std::accumulate(made.begin(), made.end(), 0), 16384);
+
+        const double s = extent / destination, f = std::max(s, 1.0), c = begin + (x + 0.5) * s;
+        std::vector<double> exact(static_cast<std::size_t>(size));
+        for (int j = 0; j < size; ++j) {
+            const double t = std::fabs(j + 0.5 - c) / f;
+            const double covered = std::min(j + 1.0, c + s / 2) - std::max(j + 0.0, c - s / 2);
+            exact[static_cast<std::size_t>(j)] = kernel == IZAT_AREA  ? std::max(covered, 0.0)
+                                                 : t < radius[kernel] ? shape(kernel, t)
+                                                                      : 0.0;
+        }
+        const double total = std::accumulate(exact.begin(), exact.end(), 0.0);
+        for (int j = 0; j < size; ++j) {
+            const int i = j - reach.first;
+            const int w = i >= 0 && i < reach.count ? made[static_cast<std::size_t>(i)] : 0;
+            EXPECT_NEAR(w, exact[static_cast<std::size_t>(j)] / total * 16384, 1.01)
+                << "kernel " << kernel << ", " << size << " to " << destination << ", pixel " << x << ", tap " << j;
+        }
+    }
+}
+
+// ---- Averaging ------------------------------------------------------------------------------------------------------
+
+TEST(IzatLine, GivesTheWorkedExamples)
+{
+    const struct {
+        int kernel;
+        Shown shown;
+        std::vector<unsigned char> from, to;
+    } rows[] = {
+        {IZAT_TRIANGLE, {}, {0, 100, 200, 50}, {71, 121}},
+        {IZAT_AREA, {}, {10, 20, 40}, {13, 33}},
+        {IZAT_LANCZOS3, {}, {0, 255}, {0, 59, 196, 255}},
+        {IZAT_CATMULL_ROM, {}, {0, 0, 255, 255}, {0, 0, 31, 224, 255, 255}},
+        {IZAT_MITCHELL, {.left = 0.5, .width = 3.75, .height = 1}, {10, 20, 30, 40, 50}, {16, 29, 42}},
+    };
+    for (const auto &r : rows) {
+        const Zoom z = new_zoom(r.kernel);
+        izat_window_set(z.get(), r.shown.left, r.shown.top, r.shown.width, r.shown.height);
+        const Size from{1, static_cast<int>(r.from.size())}, to{1, static_cast<int>(r.to.size())};
+        EXPECT_EQ(zoomed(z.get(), r.from, from, to, 1), r.to) << "kernel " << r.kernel;
+    }
+}
+
+// Every destination sample from its definition, in 64-bit integers.
+template <class Sample>
+std::vector<Sample> defined(int kernel, const Shown &w, const std::vector<Sample> &image, Size from, Size to, int n)
+{
+    const teska::izat_axis columns(kernel, w.left, w.width, from.width, to.width);
+    const teska::izat_axis lines(kernel, w.top, w.height, from.lines, to.lines);
+    std::vector<Sample> result;
+    for (int y = 0; y < to.lines; ++y)
+        for (int x = 0; x < to.width; ++x)
+            for (int c = 0; c < n; ++c) {
+                const Numbers across = weights(kernel, w.left, w.width, from.width, to.width, x);
+                const Numbers down = weights(kernel, w.top, w.height, from.lines, to.lines, y);
+                std::int64_t sum = std::int64_t{1} << 27;
+                for (std::size_t i = 0; i < down.size(); ++i)
+                    for (std::size_t j = 0; j < across.size(); ++j) {
+                        const auto line = static_cast<std::size_t>(lines.reach(y).first) + i;
+                        const auto column = static_cast<std::size_t>(columns.reach(x).first) + j;
+                        sum +=
+                            std::int64_t{down[i]} * across[j] *
+                            image[(line * static_cast<std::size_t>(from.width) + column) * static_cast<std::size_t>(n) +
+                                  static_cast<std::size_t>(c)];
+                    }
+                result.push_back(
+                    static_cast<Sample>(std::clamp<std::int64_t>(sum >> 28, 0, std::numeric_limits<Sample>::max())));
+            }
+    return result;
+}
+
+template <class Sample>
+void compare_with_definition(std::uint64_t seed)
+{
+    Generator input(seed);
+    for (int round = 0; round < 150; ++round) {
+        const int kernel = kernels[round % 5], n = 1 + input.below(5);
+        const Size from{1 + input.below(9), 1 + input.below(70)}, to{1 + input.below(9), 1 + input.below(70)};
+        Shown w{.width = from.width + 0.0, .height = from.lines + 0.0};
+        const bool part = round % 3 == 0;
+        if (part)
+            w = {.left = 0.3 * from.width * input.unit(),
+                 .top = 0.3 * from.lines * input.unit(),
+                 .width = 0.7 * from.width * input.unit(),
+                 .height = 0.7 * from.lines * input.unit()};
+        const auto image = random_image<Sample>(input, from, n);
+        const Zoom z = new_zoom(kernel);
+        if (part)
+            izat_window_set(z.get(), w.left, w.top, w.width, w.height);
+        EXPECT_EQ(zoomed(z.get(), image, from, to, n), defined(kernel, w, image, from, to, n))
+            << "kernel " << kernel << ", " << n << " components, " << from.width << " x " << from.lines << " to "
+            << to.width << " x " << to.lines << ", round " << round;
+    }
+}
+
+TEST(IzatLine, IsTheDefinitionAtEveryLevel)
+{
+    for (int level = 0; level <= static_cast<int>(teska::simd_available()); ++level) {
+        const teska::simd_level before = teska::simd_limit(static_cast<teska::simd_level>(level));
+        SCOPED_TRACE("level " + std::to_string(level));
+        compare_with_definition<unsigned char>(2);
+        compare_with_definition<unsigned short>(3);
+        teska::simd_limit(before);
+    }
+}
+
+TEST(IzatLine, KeepsImagesConstantsAndRamps)
+{
+    const Size from{5, 30};
+    std::vector<unsigned short> ramp;
+    for (int i = 0; i < from.lines * from.width; ++i)
+        ramp.push_back(static_cast<unsigned short>(1000 + 2000 * (i % from.width)));
+    const std::vector<unsigned short> constant(ramp.size(), 54321);
+    for (const int kernel : kernels) {
+        SCOPED_TRACE(kernel);
+        const Zoom z = new_zoom(kernel);
+        if (kernel != IZAT_MITCHELL) {
+            EXPECT_EQ(zoomed(z.get(), ramp, from, from, 1), ramp);
+        }
+        EXPECT_EQ(zoomed(z.get(), constant, from, {7, 44}, 1), std::vector<unsigned short>(7 * 44, 54321));
+        // Inside, at any ratio and phase, a ramp continues as one: nothing is shifted.
+        for (const int width : {13, 44, 90}) {
+            const auto made = zoomed(z.get(), ramp, from, {1, width}, 1);
+            const double s = 30.0 / width;
+            for (int x = width / 3; x < width * 2 / 3; ++x) {
+                const double ideal = 1000 + 2000 * ((x + 0.5) * s - 0.5);
+                // Areas and triangles follow steps inside a pixel; the others have the ramp itself to within their ripple.
+                EXPECT_NEAR(made[static_cast<std::size_t>(x)], ideal, kernel == IZAT_AREA ? 1001 : 60) << width;
+            }
+        }
+    }
+}
+
+// ---- Both -----------------------------------------------------------------------------------------------------------
+
+TEST(Izoom, PicksThePixelInWhichTheCentreLies)
+{
+    const Size size{8, 8};
+    std::vector<unsigned char> image;
+    for (int i = 0; i < 64; ++i)
+        image.push_back(static_cast<unsigned char>(10 * (i / 8) + i % 8));
+    const struct {
+        Shown shown;
+        Size to;
+        Numbers columns, lines;
+    } rows[] = {
+        {{.width = 3, .height = 8}, {3, 5}, {0, 0, 1, 2, 2}, {1, 4, 6}},
+        {{}, {2, 3}, {1, 4, 6}, {2, 6}},
+        {{}, {8, 16}, {0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7}, {0, 1, 2, 3, 4, 5, 6, 7}},
+        {{.left = 2, .top = 7, .width = 6, .height = 1}, {3, 2}, {3, 6}, {7, 7, 7}},
+    };
+    for (const auto &r : rows) {
+        const Pick z = new_pick();
+        izoom_window_set(z.get(), static_cast<int>(r.shown.left), static_cast<int>(r.shown.top),
+                         static_cast<int>(r.shown.width), static_cast<int>(r.shown.height));
+        std::vector<unsigned char> expected;
+        for (const int line : r.lines)
+            for (const int column : r.columns)
+                expected.push_back(static_cast<unsigned char>(10 * line + column));
+        EXPECT_EQ(zoomed(z.get(), image, size, r.to, 1), expected);
+    }
+    // At every factor, components stay together.
+    Generator input(4);
+    for (int round = 0; round < 100; ++round) {
+        const int n = 1 + input.below(16);
+        const Size from{1 + input.below(9), 1 + input.below(20)}, to{1 + input.below(20), 1 + input.below(40)};
+        const auto source = random_image<unsigned short>(input, from, n);
+        std::vector<unsigned short> expected;
+        for (int y = 0; y < to.lines; ++y)
+            for (int x = 0; x < to.width; ++x) {
+                const int line = (2 * y + 1) * from.lines / (2 * to.lines);
+                const int column = (2 * x + 1) * from.width / (2 * to.width);
+                const auto *const pixel = source.data() + (line * from.width + column) * n;
+                expected.insert(expected.end(), pixel, pixel + n);
+            }
+        EXPECT_EQ(zoomed(new_pick().get(), source, from, to, n), expected) << "round " << round;
+    }
+}
+
+// Steps, mirrors, gaps, a line that is its own output, no output, no callback, and lines beyond the last.
+template <class Record>
+void check_layouts(Record *z, bool in_place)
+{
+    const Size from{1, 4}, to{1, 4};
+    const unsigned char line[] = {9, 8, 7, 6, 5, 4, 3, 2};
+    unsigned char result[12];
+    std::fill_n(result, 12, '.');
+    ASSERT_EQ(start(z, 2, from, to, nullptr, nullptr, -2, 3), 1);
+    unsigned char *out = result;
+    EXPECT_EQ(feed(z, line + 6, &out), 1);
+    EXPECT_EQ(std::string(result, result + 12), std::string("\x03\x02.\x05\x04.\x07\x06.\x09\x08.", 12));
+    EXPECT_EQ(feed(z, line, &out), 0) << "beyond the last line";
+
+    ASSERT_EQ(start(z, 1, from, to, nullptr, nullptr, 0, 1), 1);
+    out = result;
+    EXPECT_EQ(feed(z, line, &out), 1);
+    EXPECT_EQ(std::string(result, result + 4), std::string("\x09\x09\x09\x09"));
+
+    Collector<unsigned char> collector;
+    ASSERT_EQ(start(z, 1, from, {3, 4}, Collector<unsigned char>::add, &collector, 1, 1), 1);
+    out = nullptr;
+    EXPECT_EQ(feed(z, line, &out), 3);
+    EXPECT_EQ(collector.numbers, (Numbers{0, 1, 2}));
+
+    if (in_place) {
+        unsigned char own[] = {40, 30, 20, 10};
+        ASSERT_EQ(start(z, 1, from, {1, 2}, nullptr, nullptr, 1, 1), 1);
+        out = own + 1;
+        EXPECT_EQ(feed(z, own, &out), 1);
+        EXPECT_EQ(own[1], 35);
+        EXPECT_EQ(own[2], 15);
+    }
+}
+
+TEST(IzatLine, TakesAnyLayout)
+{
+    check_layouts(new_zoom(IZAT_AREA).get(), true);
+    check_layouts(new_pick().get(), false);
+}
+
+TEST(IzatStart, RefusesInOrderAndIgnoresLinesUntilItSucceeds)
+{
+    Reports reports;
+    // All of the calls since the last look failed with one text.
+    const auto expect = [&](std::size_t calls, const char *text) { EXPECT_EQ(reports.take(), lines(calls, text)); };
+    const Zoom z = new_zoom(IZAT_LANCZOS3);
+    const Pick p = new_pick();
+    const unsigned char line[4] = {1, 2, 3, 4};
+    unsigned char result[8];
+    unsigned char *out = result;
+    EXPECT_EQ(feed(z.get(), line, &out), 0);
+    EXPECT_EQ(feed(p.get(), line, &out), 0);
+
+    const Size good{1, 4};
+    const Size bad[] = {{0, 4}, {1, 0}, {-1, 4}, {1, INT_MIN}};
+    izat_window_set(z.get(), -1, 0, 4, 1);
+    izoom_window_set(p.get(), -1, 0, 4, 1);
+    for (const Size size : bad) {
+        EXPECT_EQ(start(z.get(), 1, size, good, nullptr, nullptr, 1, 1), 0);
+        EXPECT_EQ(start(z.get(), 1, good, size, nullptr, nullptr, 1, 1), 0);
+    }
+    for (const int n : {0, 17})
+        EXPECT_EQ(start(z.get(), n, good, good, nullptr, nullptr, 1, 1), 0);
+    expect(10, "izat_start: illegal image");
+    for (const Size size : bad)
+        EXPECT_EQ(start(p.get(), 1, good, size, nullptr, nullptr, 1, 1), 0);
+    for (const int n : {0, 17})
+        EXPECT_EQ(start(p.get(), n, good, good, nullptr, nullptr, 1, 1), 0);
+    expect(6, "izoom_start: illegal image");
+    const double huge = std::numeric_limits<double>::max(), nan = std::nan(""), infinite = INFINITY;
+    const double windows[][4] = {{-1, 0, 4, 1},  {0, -0.001, 4, 1}, {0, 0, 0, 1},     {0, 0, 4, -1},
+                                 {0, 0, 5, 1},   {3.5, 0, 1, 1},    {nan, 0, 1, 1},   {0, 0, infinite, 1},
+                                 {0, 0, 4, nan}, {huge, 0, 1, 1},   {0, 0, 4, 1.001}, {0, 1, 4, 0.5}};
+    for (const auto &w : windows) {
+        izat_window_set(z.get(), w[0], w[1], w[2], w[3]);
+        EXPECT_EQ(start(z.get(), 1, good, good, nullptr, nullptr, 1, 1), 0);
+    }
+    expect(std::size(windows), "izat_start: illegal window");
+    const int whole[][4] = {{-1, 0, 4, 1}, {0, 0, 0, 1}, {0, 0, 5, 1}, {INT_MAX, 0, INT_MAX, 1}, {0, 1, 4, 1}};
+    for (const auto &w : whole) {
+        izoom_window_set(p.get(), w[0], w[1], w[2], w[3]);
+        EXPECT_EQ(start(p.get(), 1, good, good, nullptr, nullptr, 1, 1), 0);
+    }
+    expect(std::size(whole), "izoom_start: illegal window");
+    izat_window_set(z.get(), 0, 0, 0, 0);
+    izoom_window_set(p.get(), 0, 0, 0, 0);
+    EXPECT_EQ(start(z.get(), 16, good, {1, INT_MAX}, nullptr, nullptr, 1, 1), 0);
+    EXPECT_EQ(start(z.get(), 1, {INT_MAX, 4}, {1, 4}, nullptr, nullptr, 1, 1), 0);
+    expect(2, "izat_start: insufficient memory");
+    EXPECT_EQ(start(p.get(), 16, good, {1, INT_MAX / 2}, nullptr, nullptr, 1, 1), 0);
+    expect(1, "izoom_start: insufficient memory");
+    EXPECT_EQ(feed(z.get(), line, &out), 0) << "after a failed start";
+
+    EXPECT_EQ(izat_new(-1), nullptr);
+    EXPECT_EQ(izat_new(5), nullptr);
+    expect(2, "izat_new: illegal kernel");
+    EXPECT_EQ(start(z.get(), 1, good, good, nullptr, nullptr, 1, 1), 1);
+    EXPECT_EQ(feed(z.get(), line, &out), 1);
+    EXPECT_EQ(std::string(result, result + 4), "\x01\x02\x03\x04");
+}
+
+// Extreme ratios and windows, where taps are cut and sizes checked.
+TEST(IzatLine, TakesExtremeRatios)
+{
+    const struct {
+        Size from, to;
+        Shown shown;
+    } rows[] = {
+        {{1, 1}, {1, 1}, {}},
+        {{1, 1}, {3, 500}, {}},
+        {{4, 1}, {20000, 1}, {}},
+        {{1, 100000}, {1, 1}, {}},
+        {{1, 3}, {1, 5}, {.left = 2.9999999999999996, .width = 4e-16, .height = 1}},
+        {{1, 7}, {1, 7}, {.left = 1e-300, .width = 1e-310, .height = 1e-310}},
+        {{2, 7}, {2, 6}, {.left = 0, .top = 0, .width = 7, .height = std::nextafter(2.0, 0.0)}},
+    };
+    for (const auto &r : rows)
+        for (const int kernel : kernels) {
+            const Zoom z = new_zoom(kernel);
+            izat_window_set(z.get(), r.shown.left, r.shown.top, r.shown.width, r.shown.height);
+            const std::vector<unsigned char> image(static_cast<std::size_t>(r.from.lines * r.from.width), 77);
+            const auto made = zoomed(z.get(), image, r.from, r.to, 1);
+            EXPECT_EQ(made, std::vector<unsigned char>(static_cast<std::size_t>(r.to.lines * r.to.width), 77))
+                << "kernel " << kernel << ", " << r.from.width << " to " << r.to.width;
+        }
+}
+
+}  // namespace
+
+}  // namespace teska_test
