@@ -1,14 +1,16 @@
 // ttriangulartopsurface - the light side of the gamut of a device with several colorants (geometry)
 //
-// The object owns its lists, level arrays, curves and tables. The constructor finds the umbrella (topsurface_build);
-// what the conversions need of it is prepared at the first one (topsurface_edge, topsurface_convert), and a failure
-// there is tried again at the next. Colours are taken as (V, h1, h2) at once and given back in the caller's order.
+// The object owns its lists, level arrays, curves and tables. The constructor finds the umbrella (rings, colorants,
+// darkening); what the conversions need of it is prepared at the first one (edge, convert), and a failure there is tried
+// again at the next. Colours are taken as (V, h1, h2) at once and given back in the caller's order.
 //
-// No process-wide state.
+// Threads: what is prepared is published by one pointer each, tetaMaxMin and tabVT, set last. A thread that finds them
+// does not wait; the others prepare in turn (preparing.h).
 
 #include "ttriangulartopsurface.h"
 
-#include "Source/ttriangulartopsurface/guard.h"
+#include "Source/ttriangulartopsurface/elements.h"
+#include "Source/ttriangulartopsurface/preparing.h"
 #include "Source/ttriangulartopsurface/tprimcomb.h"
 #include "Support/memory.h"
 #include "Support/report.h"
@@ -17,33 +19,37 @@
 #include "md_tetrad.h"
 
 #include <algorithm>
-#include <memory>
+#include <new>
+
+using namespace teska;
 
 namespace
 {
 
 template <class Element>
-bool copy_list(const TList *from, TList **to)
+bool copy_list(const TList *from, TList *&to)
 {
     if (from == nullptr)
         return true;
-    *to = new (std::nothrow) TList(nullptr);
-    for (const TElement *e = from->First(); e != nullptr && *to != nullptr; e = e->Next())
-        (*to)->Add(new Element(*static_cast<const Element *>(e)), nullptr);
-    return *to != nullptr;
+    to = new (std::nothrow) TList(nullptr);
+    if (to == nullptr)
+        return false;
+    for (const Element &e : elements<Element>(from))
+        to->Add(new Element(e), nullptr);
+    return true;
 }
 
-bool copy_curve(const lin_interp_double *from, lin_interp_double **to)
+bool copy_curve(const lin_interp_double *from, lin_interp_double *&to)
 {
     if (from == nullptr)
         return true;
     const int count = lin_interp_double_num(from);
-    *to = lin_interp_double_new(count, nullptr);
-    bool room = *to != nullptr;
+    to = lin_interp_double_new(count, nullptr);
+    bool room = to != nullptr;
     for (int i = 0; i < count && room; ++i) {
         double x = 0.0, y = 0.0;
         lin_interp_double_getp(from, i, &x, &y);
-        room = lin_interp_double_insert(*to, x, y) == 0;
+        room = lin_interp_double_insert(to, x, y) == 0;
     }
     return room;
 }
@@ -54,21 +60,20 @@ TPrimComb *part_at(const TList *umbrella, int part)
     return umbrella != nullptr && part >= 0 ? static_cast<TPrimComb *>(umbrella->Get(part)) : nullptr;
 }
 
-// One step of a scan: asks the part at the cursor, and the ones behind it until one has a triangle.
+// One step of a scan: asks the part at the cursor, and those after it until one has a triangle.
 template <class Ask>
-int scan(const TList *umbrella, int first, int *cursor, Ask ask)
+int scan(const TList *umbrella, int first, int &cursor, Ask ask)
 {
     if (first != 0)
-        *cursor = 0;
-    bool restart = first != 0;
-    for (TPrimComb *part = part_at(umbrella, *cursor); part != nullptr; part = part_at(umbrella, *cursor)) {
+        cursor = 0;
+    bool further = false;
+    for (TPrimComb *part = part_at(umbrella, cursor); part != nullptr; part = part_at(umbrella, ++cursor)) {
         if (part->Prepare() != 0)
             return -1;
-        if (ask(part, restart ? 1 : 0) == 0)
-            return restart && first == 0 ? 1 : 0;
-        ++*cursor;
-        restart = true;
-        first = 0;
+        // In a part that is met anew the first triangle is next.
+        if (ask(*part, further || first != 0) == 0)
+            return further ? 1 : 0;
+        further = true;
     }
     return -1;
 }
@@ -132,8 +137,8 @@ int TTriangularTopSurface::CopyLevels(int primCount, double const *const *levels
         return -1;
     }
     const auto count = static_cast<std::size_t>(primCount);
-    levels = teska::zeroed_block<double *>(count).release();
-    nrLevels = teska::zeroed_block<int>(count).release();
+    levels = zeroed_block<double *>(count).release();
+    nrLevels = zeroed_block<int>(count).release();
     if (levels == nullptr || nrLevels == nullptr) {
         TESKA_ERR("Not enough memory");
         errNo = 1;
@@ -142,7 +147,7 @@ int TTriangularTopSurface::CopyLevels(int primCount, double const *const *levels
     nrPrims = primCount;
     for (std::size_t i = 0; i < count; ++i) {
         nrLevels[i] = levelCounts[i];
-        levels[i] = teska::zeroed_block<double>(static_cast<std::size_t>(nrLevels[i])).release();
+        levels[i] = zeroed_block<double>(static_cast<std::size_t>(nrLevels[i])).release();
         if (levels[i] == nullptr) {
             TESKA_ERR("No Memory");
             errNo = 1;
@@ -193,7 +198,9 @@ int TTriangularTopSurface::CopyFrom(TTriangularTopSurface const &other)
     callback = other.callback;
     nrPhiSteps = other.nrPhiSteps;
     nrTetaSteps = other.nrTetaSteps;
-    // Levels that ran out of memory stay behind, and with them everything that was made of them.
+    // The copy takes what the other object has prepared, or nothing of it.
+    const preparing turn(&other);
+    // Without memory for the levels nothing that was made of them is copied either.
     if (other.primaries != nullptr && CopyLevels(other.nrPrims, other.levels, other.nrLevels) != 0)
         return -1;
     errNo = other.errNo;
@@ -204,11 +211,11 @@ int TTriangularTopSurface::CopyFrom(TTriangularTopSurface const &other)
     cursorMasked = other.cursorMasked;
     cursorPrimCombs = other.cursorPrimCombs;
     const auto lists = [&] {
-        return copy_list<TPrimary>(other.primaries, &primaries) && copy_list<TPrimComb>(other.umbrella, &umbrella) &&
-               copy_list<TPrimary>(other.darkening, &darkening) && copy_curve(other.tetaMax, &tetaMax) &&
-               copy_curve(other.edgeHeight, &edgeHeight) && copy_curve(other.tetaMaxMin, &tetaMaxMin);
+        return copy_list<TPrimary>(other.primaries, primaries) && copy_list<TPrimComb>(other.umbrella, umbrella) &&
+               copy_list<TPrimary>(other.darkening, darkening) && copy_curve(other.tetaMax, tetaMax) &&
+               copy_curve(other.edgeHeight, edgeHeight) && copy_curve(other.tetaMaxMin, tetaMaxMin);
     };
-    if (!teska::guarded(false, lists)) {
+    if (!guarded(false, lists)) {
         TESKA_ERR("Not enough memory");
         DropEdge();  // half a curve is none
         errNo = 1;
@@ -258,12 +265,12 @@ int TTriangularTopSurface::GetDevCoord(int part, double const *coords, double *d
 
 int TTriangularTopSurface::ScanTriangles(int first, double (*const xyz)[3], double (*const coords)[3])
 {
-    return scan(umbrella, first, &cursorTriangles,
-                [=](TPrimComb *part, int restart) { return part->NextTriangle(restart, xyz, coords); });
+    return scan(umbrella, first, cursorTriangles,
+                [=](TPrimComb &part, bool restart) { return part.NextTriangle(restart, xyz, coords); });
 }
 
 int TTriangularTopSurface::ScanMaskedTriangles(int first, double (*const xyz)[3])
 {
-    return scan(umbrella, first, &cursorMasked,
-                [=](TPrimComb *part, int restart) { return part->NextMasked(restart, xyz); });
+    return scan(umbrella, first, cursorMasked,
+                [=](TPrimComb &part, bool restart) { return part.NextMasked(restart, xyz); });
 }

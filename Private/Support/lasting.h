@@ -3,7 +3,7 @@
 // For mutexes: on some hosts they have constructors and destructors, and static objects of an application may call the
 // library before its own statics are made and after they are gone.
 //
-// Used by error_mess and rom.
+// Used by error_mess, rom and ttriangulartopsurface.
 
 #ifndef TESKA_SUPPORT_LASTING_H
 #define TESKA_SUPPORT_LASTING_H

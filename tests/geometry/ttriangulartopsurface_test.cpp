@@ -776,7 +776,7 @@ TEST(TPrimComb, RefusesWhatIsNoPart)
     EXPECT_EQ(reports.take(), lines{"algo sucks"});
     const auto here = sheet.part(0, 1, {-1, -1, 1}), apart = sheet.part(0, 1, {-1, -1, 0});
     int a = 0, b = 0;
-    EXPECT_EQ(here->CommonBound(*apart, &a, &b, c[0]), -1);
+    EXPECT_EQ(here->CommonBound(*apart, a, b, c[0]), -1);
     EXPECT_EQ(reports.take(), lines{"No Common Bounds!"});
 }
 
@@ -801,7 +801,7 @@ TEST(TPrimComb, ComparesWithAnOlderOne)
     Sheet base;
     const auto old = base.part(0, 1, {-1, -1, 1});
     for (auto &row : table)
-        EXPECT_EQ(row.mine.part(row.a, row.b, row.device)->Compare(old.get()), row.outcome) << &row - table;
+        EXPECT_EQ(static_cast<int>(row.mine.part(row.a, row.b, row.device)->Compare(*old)), row.outcome) << &row - table;
     EXPECT_EQ(reports.take(), lines{"Algorithm sucks"});
 }
 
@@ -858,7 +858,7 @@ TEST(MaskAndPrune, KeepsTheEarlierOfTwoSheetsThatCoincide)
     for (const double third : {1.0, 1.0 - 1e-7})
         ASSERT_EQ(static_cast<TPrimComb *>(list.Add(sheet.part(0, 1, {-1, -1, third}).release()))->Prepare(), 0);
     const TElement *earlier = list.First();
-    EXPECT_EQ(teska::mask_and_prune(&list), 0);
+    EXPECT_EQ(teska::mask_and_prune(list), 0);
     EXPECT_EQ(list.Count(), 1);
     EXPECT_EQ(list.First(), earlier);
 }

@@ -8,9 +8,11 @@
 //
 // No process-wide state.
 
-#include "Source/ttriangulartopsurface/guard.h"
+#include "Source/ttriangulartopsurface/elements.h"
+#include "Source/ttriangulartopsurface/preparing.h"
 #include "Source/ttriangulartopsurface/tprimcomb.h"
 #include "Source/ttriangulartopsurface/umbrella_line.h"
+#include "Support/memory.h"
 #include "Support/report.h"
 
 #include "interp_double.h"
@@ -22,7 +24,7 @@
 #include <cmath>
 #include <limits>
 
-using teska::edge_point;
+using namespace teska;
 
 namespace
 {
@@ -30,8 +32,6 @@ namespace
 constexpr int colours_for_a_curve = 200;    // from as many on it pays to lay out the edge
 constexpr double just_inside = 1.0 - 1e-9;  // of the radius: a direction on the rim itself may meet no triangle
 constexpr double piece_slack = 1e-7;        // by which a piece reaches beyond its edges, in the plane
-
-double radius_of(double a, double b) { return std::sqrt(a * a + b * b); }
 
 // Interpolated height of table 1 or tetar of table 2.
 double table_value(md_tetrad *table, double phir, double other)
@@ -44,31 +44,30 @@ double table_value(md_tetrad *table, double phir, double other)
 }
 
 // What is seen of all parts, to be asked for the height in a direction.
-class Seen
+class seen_surface
 {
 public:
-    explicit Seen(const TList *umbrella)
+    explicit seen_surface(const TList *umbrella)
     {
-        std::vector<teska::gnomonic::box> boxes;
-        for (const TElement *e = umbrella != nullptr ? umbrella->First() : nullptr; e != nullptr; e = e->Next()) {
-            const auto *part = static_cast<const TPrimComb *>(e);
-            for (const teska::piece &p : part->Pieces()) {
-                pieces.push_back({&p.shape, &part->Facets()[static_cast<std::size_t>(p.facet)].flat});
+        indexed<gnomonic::box> boxes;
+        for (const TPrimComb &part : elements<TPrimComb>(umbrella)) {
+            for (const piece &p : part.Pieces()) {
+                pieces_.push_back({&p.shape, &part.Facets()[p.facet].flat});
                 boxes.push_back(p.shape.bounds());
             }
         }
-        tree.build(boxes);
+        tree_.build(boxes);
     }
 
     // 0 where there is nothing.
-    double height(teska::gnomonic::point p)
+    double height(const vec2 &direction)
     {
-        tree.find({p.x - piece_slack, p.x + piece_slack, p.y - piece_slack, p.y + piece_slack}, &found);
+        const auto &[x, y] = direction;
+        tree_.find({x - piece_slack, x + piece_slack, y - piece_slack, y + piece_slack}, found_);
         double least = std::numeric_limits<double>::infinity();
-        for (const int i : found) {
-            const seen_piece &at = pieces[static_cast<std::size_t>(i)];
-            const double q = at.flat->nearness(p);
-            if (q < least && at.shape->depth(p) >= -piece_slack)
+        for (const int i : found_) {
+            const double q = pieces_[i].flat->nearness(direction);
+            if (q < least && pieces_[i].shape->depth(direction) >= -piece_slack)
                 least = q;
         }
         return 1.0 / least;
@@ -76,52 +75,71 @@ public:
 
 private:
     struct seen_piece {
-        const teska::gnomonic::polygon *shape;
-        const teska::gnomonic::facet *flat;
+        const gnomonic::polygon *shape;
+        const gnomonic::facet *flat;
     };
-    std::vector<seen_piece> pieces;
-    teska::gnomonic::box_tree tree;
-    std::vector<int> found;
+    indexed<seen_piece> pieces_;
+    gnomonic::box_tree tree_;
+    indexed<int> found_;
 };
+
+using table_owner = handle<md_tetrad, md_tetrad_kill>;
+
+// A table over two inputs of 0 .. 1; value(first, second, result) gives what its vertices hold, and how that went.
+template <class Value>
+outcome fill_table(int steps, table_owner &table, const Value &value)
+{
+    table.reset(md_tetrad_new(2, 1, steps, 0.0, 1.0));
+    if (!table)
+        return outcome::no_memory;
+    int coord[2] = {0, 0};
+    do {
+        double in[2] = {};
+        double *vertex = md_tetrad_vertex_get(table.get(), coord, in);
+        if (value(in[0], in[1], *vertex) != 0)
+            return outcome::failed;
+    } while (md_tetrad_scan_vertex(table.get(), coord) != 0);
+    return outcome::done;
+}
 
 }  // namespace
 
 // ---- The whole gamut ------------------------------------------------------------------------------------------------
 
 // The hue of a colour, cut to the range.
-int TTriangularTopSurface::NormalisedHue(double const *xyz, double *phir, double *penalty)
+int TTriangularTopSurface::NormalisedHue(double const *xyz, double &phir, double &penalty)
 {
     int none = 0;
-    if (PhiToPhir(real_atan2PI(xyz[horAxis1], xyz[horAxis2], &none), phir) != 0)
+    if (PhiToPhir(real_atan2PI(xyz[horAxis1], xyz[horAxis2], &none), &phir) != 0)
         return -1;
-    *penalty = 0.0;
-    if (*phir < 0.0) {
-        *penalty += *phir;
-        *phir = 0.0;
-    } else if (*phir > 1.0) {
-        *penalty += 1.0 - *phir;
-        *phir = 1.0;
+    penalty = 0.0;
+    if (phir < 0.0) {
+        penalty += phir;
+        phir = 0.0;
+    } else if (phir > 1.0) {
+        penalty += 1.0 - phir;
+        phir = 1.0;
     }
     return 0;
 }
 
 int TTriangularTopSurface::DetermineNormCoord(double const *xyz, double *norm, double *penalty, int count)
 {
-    if (DeterminePhirTetaMaxAndVTMin() != 0)
+    if (PrepareEdge() != 0)
         return -1;
-    teska::edge_curve curve;
+    edge_curve curve;
     const bool many = count >= colours_for_a_curve && curve.load(tetaMax, edgeHeight);
     for (int i = 0; i < count; ++i, xyz += 3, norm += 3) {
         double phir = 0.0, outside = 0.0;
         edge_point edge = {};
-        if (NormalisedHue(xyz, &phir, &outside) != 0)
+        if (NormalisedHue(xyz, phir, outside) != 0)
             return -1;
         if (many && phir >= 0.0)  // not when it is not a number
             edge = curve.at(phir);
-        else if (EdgeAt(phir, &edge.tetamax, &edge.height) != 0)
+        else if (EdgeAt(phir, edge) != 0)
             return -1;
         const double vertical = xyz[vertAxis];
-        const double radius = radius_of(xyz[horAxis1], xyz[horAxis2]);
+        const double radius = length(vec2{xyz[horAxis1], xyz[horAxis2]});
         int none = 0;
         const double teta = real_atan2PI(vertical, radius, &none);
         double tetar = teta / edge.tetamax;
@@ -131,7 +149,7 @@ int TTriangularTopSurface::DetermineNormCoord(double const *xyz, double *norm, d
         }
         // Kept: the height belongs to the colour's own angle, whatever becomes of tetar.
         const double tangent = vertical > 0.0 ? radius / vertical : std::tan(teta);
-        const double vtr = vertical / teska::height_at_tangent(tangent, edge, VTMax);
+        const double vtr = vertical / height_at_tangent(tangent, edge, VTMax);
         norm[0] = tetar;
         norm[1] = phir;
         norm[2] = vtr > 1.0 ? 1.0 : vtr;
@@ -142,7 +160,7 @@ int TTriangularTopSurface::DetermineNormCoord(double const *xyz, double *norm, d
 }
 
 // The colour at an angle, a hue and a height.
-int TTriangularTopSurface::PlaceColour(double teta, double phir, double vertical, double *xyz)
+int TTriangularTopSurface::ColourAt(double teta, double phir, double vertical, double *xyz)
 {
     double phi = 0.0;
     if (PhirToPhi(phir, &phi) != 0)
@@ -156,9 +174,9 @@ int TTriangularTopSurface::PlaceColour(double teta, double phir, double vertical
 
 int TTriangularTopSurface::DetermineXYZ(double const *norm, double *xyz, double *penalty, int count)
 {
-    if (DeterminePhirTetaMaxAndVTMin() != 0)
+    if (PrepareEdge() != 0)
         return -1;
-    teska::edge_curve curve;
+    edge_curve curve;
     const bool many = count >= colours_for_a_curve && curve.load(tetaMax, edgeHeight);
     for (int i = 0; i < count; ++i, xyz += 3, norm += 3) {
         edge_point edge = {};
@@ -166,10 +184,10 @@ int TTriangularTopSurface::DetermineXYZ(double const *norm, double *xyz, double 
         const double vtr = norm[2];
         if (many && phir >= 0.0 && phir <= 1.0)
             edge = curve.at(phir);
-        else if (EdgeAt(phir, &edge.tetamax, &edge.height) != 0)
+        else if (EdgeAt(phir, edge) != 0)
             return -1;
         const double teta = norm[0] * edge.tetamax;
-        if (PlaceColour(teta, phir, teska::height_at(teta, edge, VTMax) * vtr, xyz) != 0)
+        if (ColourAt(teta, phir, height_at(teta, edge, VTMax) * vtr, xyz) != 0)
             return -1;
         if (penalty != nullptr)
             penalty[i] = 0.0;
@@ -179,35 +197,43 @@ int TTriangularTopSurface::DetermineXYZ(double const *norm, double *xyz, double 
 
 // ---- The smaller gamut ----------------------------------------------------------------------------------------------
 
+int TTriangularTopSurface::PrepareSmallerGamut()
+{
+    if (published(tabVT) != nullptr && EdgeIsReady())
+        return 0;
+    const preparing turn(this);
+    return DeterminePhirTetarVTMax();
+}
+
 // The top of the smaller gamut where tetar is relative to its own edge, and the angle there.
-int TTriangularTopSurface::SmallerTop(double phir, double tetar, double *teta, double *top)
+int TTriangularTopSurface::SmallerTop(double phir, double tetar, double &teta, double &top)
 {
     edge_point edge = {};
     double inner = 0.0;
-    if (EdgeAt(phir, &edge.tetamax, &edge.height) != 0 || lin_interp_double_inextp(tetaMaxMin, phir, &inner) != 0)
+    if (EdgeAt(phir, edge) != 0 || lin_interp_double_inextp(tetaMaxMin, phir, &inner) != 0)
         return -1;
-    *teta = tetar * inner;
-    *top = std::min(teska::height_at(*teta, edge, VTMax), table_value(tabVT, phir, tetar));
+    teta = tetar * inner;
+    top = std::min(height_at(teta, edge, VTMax), table_value(tabVT, phir, tetar));
     return 0;
 }
 
 int TTriangularTopSurface::DetermineNormCoordMinGam(double const *xyz, double *norm, double *penalty, int count)
 {
-    if (DeterminePhirTetarVTMax() != 0)
+    if (PrepareSmallerGamut() != 0)
         return -1;
     for (int i = 0; i < count; ++i, xyz += 3, norm += 3) {
         double phir = 0.0, outside = 0.0, inner = 0.0, teta = 0.0, top = 0.0;
-        if (NormalisedHue(xyz, &phir, &outside) != 0 || lin_interp_double_inextp(tetaMaxMin, phir, &inner) != 0)
+        if (NormalisedHue(xyz, phir, outside) != 0 || lin_interp_double_inextp(tetaMaxMin, phir, &inner) != 0)
             return -1;
         const double vertical = xyz[vertAxis];
         int none = 0;
-        double tetar = real_atan2PI(vertical, radius_of(xyz[horAxis1], xyz[horAxis2]), &none) / inner;
+        double tetar = real_atan2PI(vertical, length(vec2{xyz[horAxis1], xyz[horAxis2]}), &none) / inner;
         if (tetar > 1.0) {
             outside += 1.0 - tetar;
             tetar = 1.0;
         }
         // At the tetar that was cut, so that the way back meets the same top.
-        if (SmallerTop(phir, tetar, &teta, &top) != 0)
+        if (SmallerTop(phir, tetar, teta, top) != 0)
             return -1;
         norm[0] = tetar;
         norm[1] = phir;
@@ -220,13 +246,13 @@ int TTriangularTopSurface::DetermineNormCoordMinGam(double const *xyz, double *n
 
 int TTriangularTopSurface::DetermineXYZMinGam(double const *norm, double *xyz, double *penalty, int count)
 {
-    if (DeterminePhirTetarVTMax() != 0)
+    if (PrepareSmallerGamut() != 0)
         return -1;
     for (int i = 0; i < count; ++i, xyz += 3, norm += 3) {
         double teta = 0.0, top = 0.0;
         const double phir = norm[1];
         const double vtr = norm[2];
-        if (SmallerTop(phir, norm[0], &teta, &top) != 0 || PlaceColour(teta, phir, top * vtr, xyz) != 0)
+        if (SmallerTop(phir, norm[0], teta, top) != 0 || ColourAt(teta, phir, top * vtr, xyz) != 0)
             return -1;
         if (penalty != nullptr)
             penalty[i] = 0.0;
@@ -242,32 +268,28 @@ int TTriangularTopSurface::DeterminePhirTetarVTMax()
         return -1;
     if (tabVT != nullptr)
         return 0;
-    md_tetrad *table = md_tetrad_new(2, 1, nrPhiSteps, 0.0, 1.0);
+    table_owner table;
     const auto fill = [&] {
-        Seen seen(umbrella);
-        int coord[2] = {0, 0};
-        do {
-            double in[2] = {};
-            double *value = md_tetrad_vertex_get(table, coord, in);
+        seen_surface seen(umbrella);
+        return fill_table(nrPhiSteps, table, [&](double phir, double tetar, double &top) {
             edge_point edge = {};
             double inner = 0.0, phi = 0.0;
-            if (EdgeAt(in[0], &edge.tetamax, &edge.height) != 0 || PhirToPhi(in[0], &phi) != 0 ||
-                lin_interp_double_inextp(tetaMaxMin, in[0], &inner) != 0)
-                return false;
-            const double teta = in[1] * inner;
+            if (EdgeAt(phir, edge) != 0 || PhirToPhi(phir, &phi) != 0 ||
+                lin_interp_double_inextp(tetaMaxMin, phir, &inner) != 0)
+                return -1;
+            const double teta = tetar * inner;
             const double radius = std::tan(teta) * just_inside;
-            *value = seen.height({std::cos(phi) * radius, std::sin(phi) * radius});
-            if (*value <= 0.0)
-                *value = teska::height_at(teta, edge, VTMax);
-        } while (md_tetrad_scan_vertex(table, coord) != 0);
-        return true;
+            top = seen.height({std::cos(phi) * radius, std::sin(phi) * radius});
+            if (top <= 0.0)
+                top = height_at(teta, edge, VTMax);
+            return 0;
+        });
     };
-    if (table == nullptr || !teska::guarded(false, fill)) {
+    if (guarded(outcome::no_memory, fill) != outcome::done) {
         TESKA_ERR("out of memory");
-        md_tetrad_kill(table);
         return -1;
     }
-    tabVT = table;
+    publish(tabVT, table.release());
     return 0;
 }
 
@@ -277,45 +299,36 @@ int TTriangularTopSurface::DeterminePhirVTrTetar()
         return 0;
     if (DeterminePhirTetarVTMax() != 0)
         return -1;
-    md_tetrad *table = md_tetrad_new(2, 1, nrPhiSteps, 0.0, 1.0);
-    if (table == nullptr) {
+    table_owner table;
+    const outcome result = fill_table(
+        nrPhiSteps, table, [this](double phir, double vtr, double &tetar) { return ReachOf(phir, vtr, tetar); });
+    if (result == outcome::no_memory)
         TESKA_ERR("out of memory");
-        return -1;
-    }
-    int coord[2] = {0, 0};
-    bool found = true;
-    do {
-        double in[2] = {};
-        double *value = md_tetrad_vertex_get(table, coord, in);
-        found = ReachOf(in[0], in[1], value) == 0;
-    } while (found && md_tetrad_scan_vertex(table, coord) != 0);
-    if (!found) {
+    if (result == outcome::failed)
         TESKA_ERR("Check code, has to be an error somewhere!");
-        md_tetrad_kill(table);
-        return -1;
-    }
-    tabTetar = table;
-    return 0;
+    if (result == outcome::done)
+        tabTetar = table.release();
+    return result == outcome::done ? 0 : -1;
 }
 
 // The tetar up to which the umbrella is at least as high as vtr V(teta), by the steps of table 1. Where white does not
 // lie on the axis, the umbrella is lower than the apex there, and 0 is the answer for a vtr near 1.
-int TTriangularTopSurface::ReachOf(double phir, double vtr, double *tetar)
+int TTriangularTopSurface::ReachOf(double phir, double vtr, double &tetar)
 {
     edge_point edge = {};
     double inner = 0.0;
-    if (EdgeAt(phir, &edge.tetamax, &edge.height) != 0 || lin_interp_double_inextp(tetaMaxMin, phir, &inner) != 0)
+    if (EdgeAt(phir, edge) != 0 || lin_interp_double_inextp(tetaMaxMin, phir, &inner) != 0)
         return -1;
-    *tetar = 0.0;
+    tetar = 0.0;
     for (int k = 0; k < nrTetaSteps; ++k) {
         const double s = static_cast<double>(k) / (nrTetaSteps - 1);
         const double umbrella_height = table_value(tabVT, phir, s);
-        const double line_height = teska::height_at(s * inner, edge, VTMax);
+        const double line_height = height_at(s * inner, edge, VTMax);
         if (!(umbrella_height > 0.0) || !(line_height > 0.0))
             return -1;
         if (umbrella_height < vtr * line_height)
             return 0;
-        *tetar = s;
+        tetar = s;
     }
     return 0;
 }

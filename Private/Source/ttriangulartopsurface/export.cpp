@@ -13,7 +13,7 @@
 //
 // Triangles are separated by NaN, which the tools take for a gap. No process-wide state.
 
-#include "Source/ttriangulartopsurface/guard.h"
+#include "Source/ttriangulartopsurface/elements.h"
 #include "Source/ttriangulartopsurface/tprimcomb.h"
 #include "Support/report.h"
 
@@ -22,23 +22,19 @@
 #include "ttriangulartopsurface.h"
 
 #include <cstdio>
+#include <limits>
 #include <locale>
-#include <vector>
 
-using teska::grid_point;
+using namespace teska;
 
 namespace
 {
 
-struct flat {
-    double x, y;
-};
-
-void write_array(std::ostream &stream, const char *name, int part, const std::vector<flat> &points, double flat::*value)
+void write_array(std::ostream &stream, const char *name, int part, const indexed<vec2> &points, double vec2::*value)
 {
     stream << name << '_' << part << " = [";
     const char *separator = "";
-    for (const flat &p : points) {
+    for (const vec2 &p : points) {
         stream << separator;
         if (p.*value == p.*value)
             stream << p.*value;
@@ -49,24 +45,22 @@ void write_array(std::ostream &stream, const char *name, int part, const std::ve
     stream << "]\n";
 }
 
-void write_arrays(std::ostream &stream, const char *x, const char *y, int part, const std::vector<flat> &points)
+void write_arrays(std::ostream &stream, const char *x, const char *y, int part, const indexed<vec2> &points)
 {
-    write_array(stream, x, part, points, &flat::x);
-    write_array(stream, y, part, points, &flat::y);
+    write_array(stream, x, part, points, &vec2::x);
+    write_array(stream, y, part, points, &vec2::y);
 }
 
-constexpr flat gap = {__builtin_nan(""), __builtin_nan("")};
+constexpr vec2 gap = {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::quiet_NaN()};
 
 // Outlines of the visible triangles, closed.
-std::vector<flat> outlines(const TPrimComb &part)
+indexed<vec2> outlines(const TPrimComb &part)
 {
-    std::vector<flat> points;
-    for (const teska::piece &of : part.Pieces()) {
-        const teska::gnomonic::facet &f = part.Facets()[static_cast<std::size_t>(of.facet)].flat;
-        for (int i = 0; i <= of.shape.size(); ++i) {
-            const teska::gnomonic::point p = of.shape[i % of.shape.size()];
-            const double q = f.nearness(p);
-            points.push_back({p.x / q, p.y / q});
+    indexed<vec2> points;
+    for (const piece &seen : part.Pieces()) {
+        for (int i = 0; i <= seen.shape.size(); ++i) {
+            const vec2 p = seen.shape[i % seen.shape.size()];
+            points.push_back(p / part.Facets()[seen.facet].flat.nearness(p));
         }
         points.push_back(gap);
     }
@@ -74,28 +68,28 @@ std::vector<flat> outlines(const TPrimComb &part)
 }
 
 // The two bounds away from white.
-std::vector<const grid_point *> outer_bounds(const TPrimComb &part)
+indexed<const grid_point *> outer_bounds(const TPrimComb &part)
 {
-    std::vector<const grid_point *> all = part.Bound(part.Second());
-    const std::vector<const grid_point *> other = part.Bound(part.First());
+    indexed<const grid_point *> all = part.Bound(part.Second());
+    const indexed<const grid_point *> other = part.Bound(part.First());
     all.insert(all.end(), other.rbegin(), other.rend());
     return all;
 }
 
-void write_edge(std::ostream &stream, const std::vector<flat> &edge)
+void write_edge(std::ostream &stream, const indexed<vec2> &edge)
 {
     stream << "% vertical line, x,y-pairs\n%";
-    for (const flat &p : edge)
+    for (const vec2 &p : edge)
         stream << ' ' << p.x << ',' << p.y;
     stream << '\n';
 }
 
-void write_part(std::ostream &stream, int k, const TPrimComb &part, const std::vector<flat> &edge)
+void write_part(std::ostream &stream, int k, const TPrimComb &part, const indexed<vec2> &edge)
 {
     write_arrays(stream, "x", "y", k, outlines(part));
-    std::vector<flat> bounds;
+    indexed<vec2> bounds;
     for (const grid_point *p : outer_bounds(part))
-        bounds.push_back(p->valid ? flat{p->colour[1], p->colour[2]} : gap);
+        bounds.push_back(p->valid ? vec2{p->colour.y, p->colour.z} : gap);
     write_arrays(stream, "xs", "ys", k, bounds);
     write_edge(stream, edge);
     const auto argument = [&](const char *name, char after) -> std::ostream & {
@@ -119,24 +113,24 @@ std::ostream &TTriangularTopSurface::ForBinaryStream(std::ostream &stream)
     const std::streamsize precision = stream.precision(6);
     const auto write = [&] {
         // Parts may be drawn without their edge, as in a gamut that has none.
-        std::vector<flat> edge;
-        const bool known = umbrella != nullptr && umbrella->First() != nullptr && DeterminePhirTetaMaxAndVTMin() == 0;
+        indexed<vec2> edge;
+        const bool known = umbrella != nullptr && umbrella->First() != nullptr && PrepareEdge() == 0;
         for (int i = 0; known && i < lin_interp_double_num(edgeHeight); ++i) {
-            flat p = {};
+            vec2 p = {};
             double phir = 0.0;
             lin_interp_double_getp(edgeHeight, i, &phir, &p.y);
             PhirToPhi(phir, &p.x);
             edge.push_back(p);
         }
         int k = 0;
-        for (TElement *e = umbrella != nullptr ? umbrella->First() : nullptr; e != nullptr && stream; e = e->Next()) {
+        for (const TPrimComb &part : elements<TPrimComb>(umbrella)) {
             if (k == 0)
                 stream << "hold on\n";
-            write_part(stream, k++, *static_cast<TPrimComb *>(e), edge);
+            write_part(stream, k++, part, edge);
         }
         return true;
     };
-    const bool room = teska::guarded(false, write);
+    const bool room = guarded(false, write);
     if (!room)
         TESKA_ERR("No memory");
     if (room && !stream.flush())
@@ -172,27 +166,26 @@ int TTriangularTopSurface::Export(char const *file)
 namespace
 {
 
-TPrimComb *part_at(const TList *umbrella, int part)
+const TPrimComb *part_at(const TList *umbrella, int part)
 {
-    return umbrella != nullptr && part >= 0 ? static_cast<TPrimComb *>(umbrella->Get(part)) : nullptr;
+    return umbrella != nullptr && part >= 0 ? static_cast<const TPrimComb *>(umbrella->Get(part)) : nullptr;
 }
 
 // Differences along the two outer bounds, as often as `order` says.
 void dump_bounds(std::FILE *file, const TPrimComb &part, int order)
 {
     for (const int colorant : {part.Second(), part.First()}) {
-        std::vector<std::array<double, 3>> rows;
+        indexed<vec3> rows;
         for (const grid_point *p : part.Bound(colorant))
             rows.push_back(p->colour);
         for (int k = 0; k < order && !rows.empty(); ++k) {
             for (std::size_t i = 0; i + 1 < rows.size(); ++i)
-                for (std::size_t c = 0; c < 3; ++c)
-                    rows[i][c] = rows[i + 1][c] - rows[i][c];
+                rows[i] = rows[i + 1] - rows[i];
             rows.pop_back();
         }
         std::fprintf(file, "colorant %d\n", colorant);
-        for (const std::array<double, 3> &row : rows)
-            std::fprintf(file, "%g %g %g\n", row[0], row[1], row[2]);
+        for (const vec3 &row : rows)
+            std::fprintf(file, "%g %g %g\n", row.x, row.y, row.z);
     }
 }
 
@@ -203,7 +196,7 @@ int dump(std::FILE *file, const TList *umbrella, int part, int order)
         dump_bounds(file, *found, order);
         return true;
     };
-    if (found != nullptr && file != nullptr && !teska::guarded(false, write))
+    if (found != nullptr && file != nullptr && !guarded(false, write))
         TESKA_ERR("No memory");
     return 0;
 }
@@ -216,13 +209,10 @@ int TTriangularTopSurface::DumpGrid(std::FILE *file, int part)
     if (found == nullptr || file == nullptr)
         return 0;
     for (const grid_point &p : found->Points()) {
-        for (int i = 0; i < nrPrims; ++i) {
-            const double fixed = found->Device()[static_cast<std::size_t>(i)];
-            std::fprintf(file, "%g ", i == found->First() ? p.u : i == found->Second() ? p.v : fixed);
-        }
+        for (int i = 0; i < nrPrims; ++i)
+            std::fprintf(file, "%g ", i == found->First() ? p.u : i == found->Second() ? p.v : found->Device()[i]);
         double xyz[3];
-        for (std::size_t k = 0; k < 3; ++k)
-            xyz[teska::colour_axes(vertAxis)[k]] = p.colour[k];
+        from_axes(p.colour, vertAxis, xyz);
         std::fprintf(file, "%g %g %g%s\n", xyz[0], xyz[1], xyz[2], p.valid ? "" : " no direction");
     }
     return 0;

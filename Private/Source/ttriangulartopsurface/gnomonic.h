@@ -15,18 +15,23 @@
 #ifndef TESKA_TOPSURFACE_GNOMONIC_H
 #define TESKA_TOPSURFACE_GNOMONIC_H
 
+#include "Source/ttriangulartopsurface/indexed.h"
+#include "Support/vec.h"
+
 #include <array>
 #include <cstddef>
-#include <vector>
 
 namespace teska::gnomonic
 {
 
 constexpr double touch = 1e-11;
 
-struct point {
-    double x, y;
-};
+// Hues are measured by these, cut as the interface promises.
+constexpr double half_circle = 3.1415926535;
+constexpr double full_circle = 6.283185307;
+
+// Hue of a direction, 0 .. 2 pi; 0 on the vertical axis. Its distance from there, tan(teta), is its length.
+double hue_of(const vec2 &direction);
 
 struct box {
     double left, right, bottom, top;
@@ -36,13 +41,13 @@ bool overlap(const box &a, const box &b);
 
 // A directed line; its inside is where the distance is positive.
 struct line {
-    point through;
-    point normal;   // of length 1
+    vec2 through;
+    vec2 normal;    // of length 1
     double offset;  // distance of `through`
 
-    [[nodiscard]] double distance(point p) const
+    [[nodiscard]] double distance(const vec2 &p) const
     {
-        const double d = normal.x * (p.x - through.x) + normal.y * (p.y - through.y) + offset;
+        const double d = dot(normal, p - through) + offset;
         return d < touch && d > -touch ? 0.0 : d;
     }
 };
@@ -53,55 +58,58 @@ class polygon
 public:
     static constexpr int room = 16;
 
-    [[nodiscard]] int size() const { return count; }
-    [[nodiscard]] bool empty() const { return count == 0; }
-    const point &operator[](int i) const { return corner[static_cast<std::size_t>(i)]; }
-    [[nodiscard]] const point &after(int i) const { return (*this)[i + 1 < count ? i + 1 : 0]; }
+    [[nodiscard]] int size() const { return count_; }
+    [[nodiscard]] bool empty() const { return count_ == 0; }
+    const vec2 &operator[](int i) const { return corners_[static_cast<std::size_t>(i)]; }
+    [[nodiscard]] const vec2 &after(int i) const { return (*this)[i + 1 < count_ ? i + 1 : 0]; }
     [[nodiscard]] double area() const;
     [[nodiscard]] box bounds() const;
     // The smallest distance of a point from the edges, positive inside.
-    [[nodiscard]] double depth(point p) const;
+    [[nodiscard]] double depth(const vec2 &p) const;
 
-    // Puts a corner behind the others unless it lies on the last one.
-    void add(point p);
+    // Adds a corner after the others unless it lies on the last one.
+    void add(const vec2 &p);
     // Ends adding: fewer than three corners are no polygon.
     void close();
 
 private:
-    std::array<point, room> corner;
-    int count = 0;
+    std::array<vec2, room> corners_;
+    int count_ = 0;
 };
 
 // The line along an edge, inside to its left. False: the edge is too short to have one.
-bool line_along(point a, point b, line *result);
+bool line_along(const vec2 &a, const vec2 &b, line &result);
 
-// The parts of a polygon inside and outside of a line; either pointer may be null.
-void cut(const polygon &shape, const line &along, polygon *inside, polygon *outside);
+// What of a polygon lies on either side of a line.
+struct halves {
+    polygon inside, outside;
+};
+halves cut(const polygon &shape, const line &along);
 
 // A triangle of colours in the plane.
 struct facet {
-    std::array<point, 3> corner;  // anticlockwise
+    std::array<vec2, 3> corner;  // anticlockwise
     std::array<double, 3> q;
-    point slope;     // of q
+    vec2 slope;      // of q
     double doubled;  // twice the area
     double qmax;
     box bounds;
 
-    [[nodiscard]] double nearness(point p) const
+    [[nodiscard]] double nearness(const vec2 &p) const
     {
         return q[0] + slope.x * (p.x - corner[0].x) + slope.y * (p.y - corner[0].y);
     }
     // Plane weights of the corners.
-    [[nodiscard]] std::array<double, 3> weights(point p) const;
-    [[nodiscard]] bool holds(point p, double tolerance) const;
+    [[nodiscard]] std::array<double, 3> weights(const vec2 &p) const;
+    [[nodiscard]] bool holds(const vec2 &p, double tolerance) const;
     [[nodiscard]] polygon shape() const;
 };
 
 // Twice the area of a triangle, positive when it runs anticlockwise.
-double doubled_area(point a, point b, point c);
+constexpr double doubled_area(const vec2 &a, const vec2 &b, const vec2 &c) { return cross(b - a, c - a); }
 
 // Corners must run anticlockwise and have an area.
-facet make_facet(const std::array<point, 3> &corner, const std::array<double, 3> &q);
+facet make_facet(const std::array<vec2, 3> &corner, const std::array<double, 3> &q);
 
 // The common piece of a polygon and a facet.
 polygon intersect(const polygon &shape, const facet &f);
@@ -110,15 +118,15 @@ polygon intersect(const polygon &shape, const facet &f);
 polygon hidden_piece(const polygon &shape, const facet &under, const facet &over, double lead);
 
 // Adds what is left of a polygon without a convex one to a list.
-void subtract(const polygon &shape, const polygon &convex, std::vector<polygon> *rest);
+void subtract(const polygon &shape, const polygon &convex, indexed<polygon> &rest);
 
 // Boxes in a binary tree: which ones overlap a given one is found without looking at all.
 class box_tree
 {
 public:
-    void build(const std::vector<box> &all);
+    void build(const indexed<box> &all);
     // The indices of the overlapping boxes in ascending order.
-    void find(const box &wanted, std::vector<int> *found) const;
+    void find(const box &wanted, indexed<int> &found) const;
 
 private:
     struct node {
@@ -128,9 +136,9 @@ private:
     };
     void grow(int begin, int end);
 
-    std::vector<box> boxes;
-    std::vector<int> index;
-    std::vector<node> nodes;
+    indexed<box> boxes_;
+    indexed<int> index_;
+    indexed<node> nodes_;
 };
 
 }  // namespace teska::gnomonic

@@ -1,7 +1,7 @@
 // guard - bodies that may run out of memory
 //
-// Where an algorithm cannot do without containers, its whole body stands in guarded(): what they throw for want of
-// memory, or for a size beyond all memory, becomes the failure value.
+// An algorithm that cannot do without containers runs as a whole inside guarded(): what they throw for want of memory,
+// or for a size beyond all memory, becomes the failure value.
 
 #ifndef TESKA_TOPSURFACE_GUARD_H
 #define TESKA_TOPSURFACE_GUARD_H
@@ -11,6 +11,9 @@
 
 namespace teska
 {
+
+// How a body ended. `failed`: it has reported why.
+enum class outcome { done, failed, no_memory, no_end };
 
 template <class Value, class Body>
 Value guarded(Value failure, Body &&body)

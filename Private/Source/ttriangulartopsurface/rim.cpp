@@ -8,38 +8,37 @@
 #include <cmath>
 #include <numeric>
 
+using teska::gnomonic::full_circle;
+using teska::gnomonic::half_circle;
+
 namespace teska
 {
 
 namespace
 {
 
-constexpr double half_circle = 3.1415926535;
-constexpr double full_circle = 6.283185307;
 // By which an edge reaches beyond its ends: a hue that was computed from an end must meet it.
 constexpr double hue_slack = 1e-9;
 
-double cross(gnomonic::point a, gnomonic::point b) { return a.x * b.y - a.y * b.x; }
-double dot(gnomonic::point a, gnomonic::point b) { return a.x * b.x + a.y * b.y; }
-
 }  // namespace
 
-rim::rim(const std::vector<double> &hues, double far_limit) : limit(far_limit)
+rim::rim(const indexed<double> &hues, double limit) : limit_(limit)
 {
-    std::vector<std::size_t> order(hues.size());
+    indexed<std::size_t> order(hues.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::sort(order.begin(), order.end(),
               [&](std::size_t a, std::size_t b) { return hues[a] != hues[b] ? hues[a] < hues[b] : a < b; });
-    place.resize(hues.size());
-    knots.reserve(hues.size());
+    ray_of_.resize(hues.size());
+    rays_.reserve(hues.size());
     for (const std::size_t i : order) {
-        place[i] = knots.size();
-        knots.push_back({hues[i], {std::cos(hues[i]), std::sin(hues[i])}, 0.0, 0.0});
+        ray_of_[i] = rays_.size();
+        rays_.push_back({hues[i], {std::cos(hues[i]), std::sin(hues[i])}, 0.0, 0.0});
     }
 }
 
 void rim::add(const rim_end &a, const rim_end &b)
 {
+    // An edge spans less than half the circle; one that crosses hue 0 is looked at on both sides of it.
     double span = b.hue - a.hue;
     if (span > half_circle)
         span -= full_circle;
@@ -57,31 +56,32 @@ void rim::add(const rim_end &a, const rim_end &b)
 void rim::add_between(double from, double to, const rim_end &a, const rim_end &b)
 {
     const bool radial = to - from < 3.0 * hue_slack;
-    auto k =
-        std::lower_bound(knots.begin(), knots.end(), from, [](const knot &at, double hue) { return at.hue < hue; });
-    for (; k != knots.end() && k->hue <= to; ++k) {
-        const double ca = cross(k->direction, a.at);
-        const double cb = cross(k->direction, b.at);
+    auto ray_at =
+        std::lower_bound(rays_.begin(), rays_.end(), from, [](const ray &at, double hue) { return at.hue < hue; });
+    for (; ray_at != rays_.end() && ray_at->hue <= to; ++ray_at) {
+        // The ray crosses the edge at a + s (b - a). Along an edge on the ray itself the farther end counts.
+        const vec2 &along = ray_at->direction;
+        const double ca = cross(along, a.direction);
+        const double cb = cross(along, b.direction);
         double s = std::clamp(ca / (ca - cb), 0.0, 1.0);
         if (radial || !(s >= 0.0))
-            s = dot(k->direction, a.at) < dot(k->direction, b.at) ? 1.0 : 0.0;
-        const gnomonic::point p = {a.at.x + s * (b.at.x - a.at.x), a.at.y + s * (b.at.y - a.at.y)};
-        const double r = dot(k->direction, p);
-        if (r > k->radius && r < limit) {
-            k->radius = r;
-            k->q = a.q + s * (b.q - a.q);
+            s = dot(along, a.direction) < dot(along, b.direction) ? 1.0 : 0.0;
+        const double radius = dot(along, a.direction + s * (b.direction - a.direction));
+        if (radius > ray_at->radius && radius < limit_) {
+            ray_at->radius = radius;
+            ray_at->q = a.q + s * (b.q - a.q);
         }
     }
 }
 
 void rim::add_pieces(const TPrimComb &part)
 {
-    for (const piece &of : part.Pieces()) {
-        const gnomonic::facet &flat = part.Facets()[static_cast<std::size_t>(of.facet)].flat;
-        const auto end = [&](gnomonic::point p) { return rim_end{p, flat.nearness(p), hue_of(p)}; };
-        rim_end before = end(of.shape[of.shape.size() - 1]);
-        for (int i = 0; i < of.shape.size(); ++i) {
-            const rim_end here = end(of.shape[i]);
+    for (const piece &seen : part.Pieces()) {
+        const gnomonic::facet &flat = part.Facets()[seen.facet].flat;
+        const auto end = [&](const vec2 &p) { return rim_end{p, flat.nearness(p), gnomonic::hue_of(p)}; };
+        rim_end before = end(seen.shape[seen.shape.size() - 1]);
+        for (int i = 0; i < seen.shape.size(); ++i) {
+            const rim_end here = end(seen.shape[i]);
             add(before, here);
             before = here;
         }

@@ -14,13 +14,12 @@
 #include "Source/ttriangulartopsurface/tprimcomb.h"
 
 #include <limits>
-#include <vector>
 
 namespace teska
 {
 
 struct rim_end {
-    gnomonic::point at;
+    vec2 direction;
     double q;
     double hue;
 };
@@ -29,26 +28,27 @@ class rim
 {
 public:
     // Crossings at `limit` and beyond do not count.
-    explicit rim(const std::vector<double> &hues, double limit = std::numeric_limits<double>::infinity());
+    explicit rim(const indexed<double> &hues, double limit = std::numeric_limits<double>::infinity());
 
     void add(const rim_end &a, const rim_end &b);
     // All edges of what is seen of a part.
     void add_pieces(const TPrimComb &part);
 
-    [[nodiscard]] double radius(std::size_t i) const { return knots[place[i]].radius; }
-    [[nodiscard]] double nearness(std::size_t i) const { return knots[place[i]].q; }
+    [[nodiscard]] double radius(std::size_t i) const { return rays_[ray_of_[i]].radius; }
+    [[nodiscard]] double nearness(std::size_t i) const { return rays_[ray_of_[i]].q; }
 
 private:
-    struct knot {
+    // A hue, and the farthest crossing there so far.
+    struct ray {
         double hue;
-        gnomonic::point direction;
+        vec2 direction;
         double radius, q;
     };
     void add_between(double from, double to, const rim_end &a, const rim_end &b);
 
-    std::vector<knot> knots;         // in ascending order of hue
-    std::vector<std::size_t> place;  // of the given hues
-    double limit;
+    indexed<ray> rays_;            // in ascending order of hue
+    indexed<std::size_t> ray_of_;  // of each given hue
+    double limit_;
 };
 
 }  // namespace teska

@@ -9,34 +9,38 @@
 //                          |     |
 //                          0 --- 1      0 = (i, j), 1 = (i + 1, j)
 //
-// Colours are kept as (V, h1, h2); they are given back in the caller's order.
+// Colours are kept as (V, h1, h2), the x, y and z of a vec3; they are given back in the caller's order.
 
 #ifndef TESKA_TOPSURFACE_TPRIMCOMB_H
 #define TESKA_TOPSURFACE_TPRIMCOMB_H
 
 #include "Source/ttriangulartopsurface/gnomonic.h"
+#include "Source/ttriangulartopsurface/guard.h"
+#include "Source/ttriangulartopsurface/indexed.h"
+#include "Support/vec.h"
 
 #include "tlist.h"
 
 #include <array>
-#include <vector>
 
 namespace teska
 {
 
 using device_callback = int (*)(void *, const double *, double *);
 
-// The caller's index of V, h1 and h2.
-std::array<std::size_t, 3> colour_axes(int vertical);
+// Device values: none of a colorant, all of it, and the mark of one that varies over a part.
+constexpr double no_colorant = 1.0;
+constexpr double full_colorant = 0.0;
+constexpr double varying = -1.0;
 
-// Hue of a direction, 0 .. 2 pi, 0 for none; and its distance from the axis, tan(teta).
-double hue_of(gnomonic::point p);
-double radius_of(gnomonic::point p);
+// A colour in the caller's order as (V, h1, h2), and back.
+vec3 to_axes(const double *xyz, int vertical);
+void from_axes(const vec3 &colour, int vertical, double *xyz);
 
 // A sampled colour.
 struct grid_point {
-    std::array<double, 3> colour;  // V, h1, h2
-    gnomonic::point at;
+    vec3 colour;  // V, h1, h2
+    vec2 direction;
     double q;
     double u, v;  // device values of the two colorants
     bool valid;   // has a direction
@@ -49,7 +53,7 @@ constexpr double darkest_share = 1e-6;
 grid_point sample(device_callback callback, void *user, const double *device, int vertical);
 
 // Fills direction and nearness of a valid point brighter than `darkest`; others are not valid.
-void sight(grid_point *p, double darkest);
+void sight(grid_point &p, double darkest);
 
 // One piece of a triangle.
 struct piece {
@@ -62,8 +66,19 @@ struct grid_facet {
     std::array<int, 3> vertex;
 };
 
+// How a part lies to an older one, by the numbers that AddToUmbrella passes on.
+enum class relation {
+    no_points = -10,  // none of it has a direction
+    failed = -1,
+    above = 0,   // farther from the origin
+    below = 1,   // hidden
+    beside = 2,  // both can be seen
+    through = 3,
+    same = 4
+};
+
 // Keeps what is hidden of what, and drops parts of which too little is seen. 0 or -1.
-int mask_and_prune(TList *umbrella);
+int mask_and_prune(TList &umbrella);
 
 }  // namespace teska
 
@@ -107,7 +122,7 @@ public:
     TPrimComb(const TPrimComb &other);  // in no list; throws std::bad_alloc
     TPrimComb &operator=(const TPrimComb &) = delete;
 
-    int ErrNo() const { return error; }
+    int ErrNo() const { return error_; }
 
     // Samples the grid and forms the triangles, once. -1 when memory runs out.
     int Prepare();
@@ -118,44 +133,44 @@ public:
     int GetDevCoord(const double *coords, double *dev) const;
 
     // (-1, -1) when nothing of the part is seen.
-    int HueInterval(double *start, double *width);
+    int HueInterval(double &start, double &width);
     double HighestVertical();
 
-    // How this part lies to an older one: 4 the same, 2 beside it, 1 below, 0 above, 3 through it; -10 without points.
-    int Compare(TPrimComb *old);
-    // After 0: whether the older part may go.
-    bool MayReplace() const { return oldRest <= smallest_rest; }
+    // How this part lies to an older one.
+    teska::relation Compare(TPrimComb &old);
+    // After relation::above: whether the older part may go.
+    bool MayReplace() const { return old_rest_ <= smallest_rest; }
 
     // 0, or -1 when there is none left.
-    int NextTriangle(int first, double (*xyz)[3], double (*uv)[3]);
-    int NextMasked(int first, double (*xyz)[3]);
+    int NextTriangle(bool restart, double (*xyz)[3], double (*uv)[3]);
+    int NextMasked(bool restart, double (*xyz)[3]);
 
     // The part that starts where a bound of this part and one of the other are the same: two colorants that vary, what
     // is common at the full amount. False: there is none.
-    bool SharesBound(const TPrimComb &other, int *a, int *b, double *dev) const;
+    bool SharesBound(const TPrimComb &other, int &a, int &b, double *dev) const;
     // The same where there must be one. -1 with "No Common Bounds!" or, when the two parts do not meet there,
     // "Inconsistent common bound algorithm".
-    int CommonBound(const TPrimComb &other, int *a, int *b, double *dev) const;
+    int CommonBound(const TPrimComb &other, int &a, int &b, double *dev) const;
 
     // ---- For the surface ----
-    bool Uses(int colorant) const { return colorant == first || colorant == second; }
-    int First() const { return first; }
-    int Second() const { return second; }
+    bool Uses(int colorant) const { return colorant == first_ || colorant == second_; }
+    int First() const { return first_; }
+    int Second() const { return second_; }
     int NrSaturated() const;
-    double Full(int colorant) const { return axes[static_cast<std::size_t>(colorant)].back(); }
-    const std::vector<double> &Device() const { return device; }
-    const std::vector<teska::grid_point> &Points() const { return points; }
-    const std::vector<teska::grid_facet> &Facets() const { return facets; }
-    const std::vector<teska::piece> &Pieces() const { return visible; }
+    double Full(int colorant) const { return axes_[colorant].back(); }
+    int Count(int colorant) const { return static_cast<int>(axes_[colorant].size()); }
+    const teska::indexed<double> &Device() const { return device_; }
+    const teska::indexed<teska::grid_point> &Points() const { return points_; }
+    const teska::grid_point &Point(int i, int j) const { return points_[i * Count(second_) + j]; }
+    const teska::indexed<teska::grid_facet> &Facets() const { return facets_; }
+    const teska::indexed<teska::piece> &Pieces() const { return visible_; }
     double Area() const;
-    // The far corner of a triangle of points: the smallest q in a direction. False: no triangle there.
-    bool Nearest(teska::gnomonic::point p, double *q, std::vector<int> *found) const;
+    // The smallest q in a direction, infinity where there is no triangle. `found` is room to search with.
+    double Nearest(const teska::vec2 &direction, teska::indexed<int> &found) const;
     // The grid points along the outer bound on which `colorant` varies and the other one is full.
-    std::vector<const teska::grid_point *> Bound(int colorant) const;
-    // Replaces the pieces; throws std::bad_alloc before anything changed.
-    int SetPieces(std::vector<teska::piece> &&seen, const std::vector<teska::piece> &hidden);
-    const teska::grid_point &Point(int i, int j) const;
-    int Count(int colorant) const { return static_cast<int>(axes[static_cast<std::size_t>(colorant)].size()); }
+    teska::indexed<const teska::grid_point *> Bound(int colorant) const;
+    // Replaces the pieces; the hidden ones become triangles. -1 with "No Mem".
+    int SetPieces(teska::indexed<teska::piece> &&seen, const teska::indexed<teska::piece> &hidden);
 
 private:
     static constexpr double smallest_rest = 0.001;
@@ -168,28 +183,28 @@ private:
     bool AddFacet(int a, int b, int c);
     bool Same(const TPrimComb &old) const;
     bool Beside(const TPrimComb &old);
-    int Classify(const TPrimComb &old) const;
-    int SetMasked(const std::vector<teska::piece> &hidden);
-    const teska::grid_point *Corner(int colorant) const;
-    void Describe(const teska::piece &of, int corner, double *xyz, double *uv) const;
+    teska::relation Classify(const TPrimComb &old) const;
+    int SetMasked(const teska::indexed<teska::piece> &hidden);
+    const teska::grid_point &Corner(int colorant) const;
+    void Describe(const teska::piece &seen, int corner, double *xyz, double *uv) const;
 
-    int error;
-    int vertical;
-    int first, second;  // the two colorants that vary, in ascending order
-    std::vector<double> device;
-    std::vector<std::vector<double>> axes;
-    TList further;  // of TDumEl
-    teska::device_callback callback;
-    void *user;
-    bool prepared;
-    double oldRest;
-    std::vector<teska::grid_point> points;
-    std::vector<teska::grid_facet> facets;
-    teska::gnomonic::box_tree tree;
-    std::vector<teska::piece> visible;
-    TList masked;  // of TMaskedTriangle
-    std::size_t cursorPiece;
-    int cursorFan;
+    int error_;
+    int vertical_;
+    int first_, second_;  // the two colorants that vary, in ascending order
+    teska::indexed<double> device_;
+    teska::indexed<teska::indexed<double>> axes_;
+    TList further_;  // of TDumEl
+    teska::device_callback callback_;
+    void *user_;
+    bool prepared_;
+    double old_rest_;  // share of the older part that was seen at the last comparison
+    teska::indexed<teska::grid_point> points_;
+    teska::indexed<teska::grid_facet> facets_;
+    teska::gnomonic::box_tree tree_;
+    teska::indexed<teska::piece> visible_;
+    TList masked_;  // of TMaskedTriangle
+    std::size_t cursor_piece_;
+    int cursor_fan_;
 };
 
 #endif

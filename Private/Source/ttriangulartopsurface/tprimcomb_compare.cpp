@@ -6,7 +6,6 @@
 //
 // No process-wide state.
 
-#include "Source/ttriangulartopsurface/guard.h"
 #include "Source/ttriangulartopsurface/tprimcomb.h"
 #include "Support/report.h"
 
@@ -14,10 +13,7 @@
 #include <cmath>
 #include <limits>
 
-using teska::grid_facet;
-using teska::grid_point;
-using teska::gnomonic::point;
-using teska::gnomonic::polygon;
+using namespace teska;
 
 namespace
 {
@@ -28,7 +24,7 @@ constexpr double same_distance = 1e-6;  // relative, along a ray
 constexpr double same_corner = 1e-6;    // between two samples of one colour, in its unit
 constexpr double outside_slack = 1e-9;  // of plane weights
 
-teska::gnomonic::box around(point p)
+gnomonic::box around(const vec2 &p)
 {
     const double slack = 1e-9;
     return {p.x - slack, p.x + slack, p.y - slack, p.y + slack};
@@ -40,27 +36,25 @@ struct shared_area {
     double older_farther = 0.0;
 };
 
-// What the points seen so far say; see Compare in the header.
-enum outcome { nothing = -10, nearer = 0, farther = 1, beside = 2, crossing = 3, equal = 4 };
-
-// One more point; crossing ends it.
-outcome after(outcome state, outcome at)
+// What the points so far say together with one more. Points above and points below make a sheet that goes through.
+relation joined(relation so_far, relation point)
 {
-    if ((at == nearer && state == farther) || (at == farther && state == nearer))
-        return crossing;
-    if (at == nearer || at == farther)
-        return at;
-    if (at == beside && (state == nothing || state == equal))
-        return beside;
-    return state == nothing ? at : state;
+    if ((point == relation::below && so_far == relation::above) ||
+        (point == relation::above && so_far == relation::below))
+        return relation::through;
+    if (point == relation::below || point == relation::above)
+        return point;
+    if (point == relation::beside && (so_far == relation::no_points || so_far == relation::same))
+        return relation::beside;
+    return so_far == relation::no_points ? point : so_far;
 }
 
 }  // namespace
 
 bool TPrimComb::Same(const TPrimComb &old) const
 {
-    return first == old.first && second == old.second &&
-           std::equal(device.begin(), device.end(), old.device.begin(), old.device.end(),
+    return first_ == old.first_ && second_ == old.second_ &&
+           std::equal(device_.begin(), device_.end(), old.device_.begin(), old.device_.end(),
                       [](double a, double b) { return std::fabs(a - b) <= same_value; });
 }
 
@@ -68,12 +62,12 @@ bool TPrimComb::Same(const TPrimComb &old) const
 bool TPrimComb::Beside(const TPrimComb &old)
 {
     shared_area area;
-    std::vector<int> found;
-    for (const grid_facet &mine : facets) {
-        old.tree.find(mine.flat.bounds, &found);
+    indexed<int> found;
+    for (const grid_facet &mine : facets_) {
+        old.tree_.find(mine.flat.bounds, found);
         for (const int i : found) {
-            const grid_facet &theirs = old.facets[static_cast<std::size_t>(i)];
-            const polygon common = intersect(mine.flat.shape(), theirs.flat);
+            const grid_facet &theirs = old.facets_[i];
+            const gnomonic::polygon common = intersect(mine.flat.shape(), theirs.flat);
             if (common.empty())
                 continue;
             area.both += common.area();
@@ -82,113 +76,116 @@ bool TPrimComb::Beside(const TPrimComb &old)
     }
     const double mine = Area();
     const double theirs = old.Area();
-    oldRest = 1.0 - (area.both - area.older_farther) / theirs;
+    old_rest_ = 1.0 - (area.both - area.older_farther) / theirs;
     const double rest = 1.0 - area.older_farther / mine;
-    return area.both <= least_overlap * std::min(mine, theirs) || (rest > smallest_rest && oldRest > smallest_rest);
+    return area.both <= least_overlap * std::min(mine, theirs) || (rest > smallest_rest && old_rest_ > smallest_rest);
 }
 
-bool TPrimComb::Nearest(point p, double *q, std::vector<int> *found) const
+double TPrimComb::Nearest(const vec2 &direction, indexed<int> &found) const
 {
-    tree.find(around(p), found);
+    tree_.find(around(direction), found);
     double least = std::numeric_limits<double>::infinity();
-    for (const int i : *found) {
-        const teska::gnomonic::facet &f = facets[static_cast<std::size_t>(i)].flat;
-        if (f.holds(p, outside_slack))
-            least = std::min(least, f.nearness(p));
-    }
-    *q = least;
-    return std::isfinite(least);
+    for (const int i : found)
+        if (facets_[i].flat.holds(direction, outside_slack))
+            least = std::min(least, facets_[i].flat.nearness(direction));
+    return least;
 }
 
-int TPrimComb::Classify(const TPrimComb &old) const
+relation TPrimComb::Classify(const TPrimComb &old) const
 {
-    outcome state = nothing;
-    std::vector<int> found;
-    for (const grid_point &p : points) {
+    relation result = relation::no_points;
+    indexed<int> found;
+    for (const grid_point &p : points_) {
         if (!p.valid)
             continue;
-        double q = 0.0;
-        outcome at = beside;
-        if (old.Nearest(p.at, &q, &found)) {
+        relation point = relation::beside;
+        const double q = old.Nearest(p.direction, found);
+        if (std::isfinite(q)) {
             const double excess = p.q / q - 1.0;
-            at = std::fabs(excess) <= same_distance ? equal : excess > 0.0 ? nearer : farther;
+            point = std::fabs(excess) <= same_distance ? relation::same
+                    : excess > 0.0                     ? relation::below
+                                                       : relation::above;
         }
-        state = after(state, at);
-        if (state == crossing)
-            return crossing;
+        result = joined(result, point);
+        if (result == relation::through)
+            break;
     }
-    // Kept: a part with points below says 1, which keeps it out, and one with points above says 0, which lets it in.
-    if (state == nearer)
-        return 1;
-    return state == farther ? 0 : state;
+    return result;
 }
 
-int TPrimComb::Compare(TPrimComb *old)
+relation TPrimComb::Compare(TPrimComb &old)
 {
-    if (!Usable() || !old->Usable())
-        return -1;
-    if (Same(*old))
-        return equal;
-    if (Prepare() != 0 || old->Prepare() != 0)
-        return -1;
-    if (std::none_of(points.begin(), points.end(), [](const grid_point &p) { return p.valid; }))
-        return nothing;
-    const int decided = teska::guarded(-1, [&] { return Beside(*old) ? int{beside} : Classify(*old); });
-    if (decided == -1)
+    if (!Usable() || !old.Usable())
+        return relation::failed;
+    if (Same(old))
+        return relation::same;
+    if (Prepare() != 0 || old.Prepare() != 0)
+        return relation::failed;
+    if (std::none_of(points_.begin(), points_.end(), [](const grid_point &p) { return p.valid; }))
+        return relation::no_points;
+    const relation result = guarded(relation::failed, [&] { return Beside(old) ? relation::beside : Classify(old); });
+    if (result == relation::failed)
         TESKA_ERR("No Memory");
-    return decided;
+    return result;
 }
 
 // ---- Bounds ---------------------------------------------------------------------------------------------------------
 
-// Where the bound starts on which the other colorant varies: this one is full, the other one at none.
-const grid_point *TPrimComb::Corner(int colorant) const
+namespace
 {
-    return colorant == first ? &Point(Count(first) - 1, 0) : &Point(0, Count(second) - 1);
+
+// Device value of colorant i where the bound of a part starts on which `full` is full and the other one varies.
+double value_at_corner(const TPrimComb &part, int full, int i)
+{
+    if (!part.Uses(i))
+        return part.Device()[i];
+    return i == full ? part.Full(i) : no_colorant;
 }
 
-bool TPrimComb::SharesBound(const TPrimComb &other, int *a, int *b, double *dev) const
+}  // namespace
+
+// Where the bound starts on which the other colorant varies: this one is full, the other one at none.
+const grid_point &TPrimComb::Corner(int colorant) const
 {
-    const auto corner_value = [](const TPrimComb &part, int full, std::size_t i) {
-        const int colorant = static_cast<int>(i);
-        if (!part.Uses(colorant))
-            return part.device[i];
-        return colorant == full ? part.Full(colorant) : 1.0;
-    };
-    for (const int mine : {first, second}) {
-        for (const int theirs : {other.first, other.second}) {
+    return colorant == first_ ? Point(Count(first_) - 1, 0) : Point(0, Count(second_) - 1);
+}
+
+bool TPrimComb::SharesBound(const TPrimComb &other, int &a, int &b, double *dev) const
+{
+    const int count = static_cast<int>(device_.size());
+    for (const int mine : {first_, second_}) {
+        for (const int theirs : {other.first_, other.second_}) {
             bool same = true;
-            for (std::size_t i = 0; i < device.size() && same; ++i)
-                same = corner_value(*this, mine, i) == corner_value(other, theirs, i);
-            *a = first + second - mine;
-            *b = other.first + other.second - theirs;
-            if (!same || *a == *b)
+            for (int i = 0; i < count && same; ++i)
+                same = value_at_corner(*this, mine, i) == value_at_corner(other, theirs, i);
+            a = first_ + second_ - mine;
+            b = other.first_ + other.second_ - theirs;
+            if (!same || a == b)
                 continue;
-            for (std::size_t i = 0; i < device.size(); ++i)
-                dev[i] = corner_value(*this, mine, i);
-            dev[*a] = dev[*b] = -1.0;
+            for (int i = 0; i < count; ++i)
+                dev[i] = value_at_corner(*this, mine, i);
+            dev[a] = dev[b] = varying;
             return true;
         }
     }
     return false;
 }
 
-int TPrimComb::CommonBound(const TPrimComb &other, int *a, int *b, double *dev) const
+int TPrimComb::CommonBound(const TPrimComb &other, int &a, int &b, double *dev) const
 {
     if (!SharesBound(other, a, b, dev)) {
         TESKA_ERR("No Common Bounds!");
         return -1;
     }
-    const grid_point *here = Corner(first + second - *a);
-    const grid_point *there = other.Corner(other.first + other.second - *b);
-    double apart = 0.0;
-    for (std::size_t k = 0; k < 3; ++k)
-        apart = std::max(apart, std::fabs(here->colour[k] - there->colour[k]));
-    if (here->valid && there->valid && apart > same_corner) {
+    const grid_point &here = Corner(first_ + second_ - a);
+    const grid_point &there = other.Corner(other.first_ + other.second_ - b);
+    const vec3 apart = here.colour - there.colour;
+    const double farthest = std::max({std::fabs(apart.x), std::fabs(apart.y), std::fabs(apart.z)});
+    if (here.valid && there.valid && farthest > same_corner) {
         TESKA_ERR("Inconsistent common bound algorithm");
         return -1;
     }
-    if (*a > *b)
-        std::swap(*a, *b);
+    if (a > b)
+        std::swap(a, b);
     return 0;
 }

@@ -33,34 +33,34 @@ inline double height_at(double teta, edge_point edge, double apex)
     return height_at_tangent(std::tan(teta), edge, apex);
 }
 
-// The two curves of an edge laid out for a run of colours: a place is found from the number of its cell, and both
-// curves are evaluated there, with the bits of lin_interp_double_inextp.
+// The two curves of an edge laid out for a run of colours: both are evaluated at the knots that a hue's cell leads to,
+// with the bits of lin_interp_double_inextp.
 class edge_curve
 {
 public:
     // False: no memory, or curves that are not such a pair; the caller then evaluates them one by one.
     bool load(const lin_interp_double *tetamax, const lin_interp_double *height) noexcept
     {
-        count = lin_interp_double_num(tetamax);
-        if (count < 2 || lin_interp_double_num(height) != count)
+        count_ = lin_interp_double_num(tetamax);
+        if (count_ < 2 || lin_interp_double_num(height) != count_)
             return false;
-        const auto size = static_cast<std::size_t>(count);
-        knots = zeroed_block<knot>(size);
-        cells = zeroed_block<int>(size + 1);
-        if (!knots || !cells)
+        const auto size = static_cast<std::size_t>(count_);
+        knots_ = zeroed_block<knot>(size);
+        cells_ = zeroed_block<int>(size + 1);
+        if (!knots_ || !cells_)
             return false;
-        for (int i = 0; i < count; ++i) {
-            knot &k = knots[static_cast<std::size_t>(i)];
+        for (int i = 0; i < count_; ++i) {
+            knot &k = knots_[i];
             double same = 0.0;
             if (lin_interp_double_getp(tetamax, i, &k.x, &k.edge.tetamax) != 0 ||
                 lin_interp_double_getp(height, i, &same, &k.edge.height) != 0 || same != k.x || !(k.x >= 0.0) ||
-                !(k.x <= 1.0) || (i > 0 && !(k.x - knots[static_cast<std::size_t>(i - 1)].x > least_distance)))
+                !(k.x <= 1.0) || (i > 0 && !(k.x - knots_[i - 1].x > least_distance)))
                 return false;
         }
-        for (int cell = 0, i = 0; cell <= count; ++cell) {
-            while (i < count && cell_of(knots[static_cast<std::size_t>(i)].x) < static_cast<std::size_t>(cell))
+        for (int cell = 0, i = 0; cell <= count_; ++cell) {
+            while (i < count_ && cell_of(knots_[i].x) < cell)
                 ++i;
-            cells[static_cast<std::size_t>(cell)] = i;
+            cells_[cell] = i;
         }
         return true;
     }
@@ -68,13 +68,13 @@ public:
     // x in 0 .. 1
     [[nodiscard]] edge_point at(double x) const noexcept
     {
-        int i = cells[cell_of(x)];
-        while (i < count && knots[static_cast<std::size_t>(i)].x <= x)
+        int i = cells_[cell_of(x)];
+        while (i < count_ && knots_[i].x <= x)
             ++i;
-        if (i == 0 || i == count)
-            return knots[static_cast<std::size_t>(i == 0 ? 0 : count - 1)].edge;
-        const knot &right = knots[static_cast<std::size_t>(i)];
-        const knot &left = knots[static_cast<std::size_t>(i - 1)];
+        if (i == 0 || i == count_)
+            return knots_[i == 0 ? 0 : count_ - 1].edge;
+        const knot &right = knots_[i];
+        const knot &left = knots_[i - 1];
         const auto line = [&](double y, double y_left) {
             return y + ((x - right.x) * (y_left - y)) / (left.x - right.x);
         };
@@ -87,11 +87,11 @@ private:
         double x;
         edge_point edge;
     };
-    [[nodiscard]] std::size_t cell_of(double x) const noexcept { return static_cast<std::size_t>(x * count); }
+    [[nodiscard]] int cell_of(double x) const noexcept { return static_cast<int>(x * count_); }
 
-    int count = 0;
-    heap_block<knot> knots;
-    heap_block<int> cells;  // the first knot in each cell or behind it
+    int count_ = 0;
+    heap_block<knot> knots_;
+    heap_block<int> cells_;  // the first knot in each cell or after it
 };
 
 }  // namespace teska

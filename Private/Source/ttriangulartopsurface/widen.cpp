@@ -6,11 +6,11 @@
 // scaled.
 //
 // The faces are sampled once. Each knot of the edge moves out to the farthest crossing of their segments at its hue;
-// then the points that still lie outside, peaks between two knots, become knots of their own.
+// then the points that still lie outside, peaks between two knots, become knots of their own. Between the samples of a
+// curved face colours may still reach beyond the edge.
 //
 // No process-wide state.
 
-#include "Source/ttriangulartopsurface/guard.h"
 #include "Source/ttriangulartopsurface/rim.h"
 #include "Source/ttriangulartopsurface/tprimcomb.h"
 #include "Source/ttriangulartopsurface/umbrella_line.h"
@@ -21,11 +21,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
+#include <span>
 
-using teska::grid_point;
-using teska::knots_apart;
-using teska::largest_edge;
+using namespace teska;
 
 namespace
 {
@@ -38,18 +36,20 @@ constexpr int most_rounds = 12;
 
 int TTriangularTopSurface::RecalcTetarDTeta(double phir, double teta)
 {
-    double top = 0.0, height = 0.0;
-    if (EdgeAt(phir, &top, &height) != 0)
+    edge_point edge = {};
+    if (EdgeAt(phir, edge) != 0)
         return -1;
-    if (!(teta > top * (1.0 + wider) && teta < largest_edge))
+    if (!(teta > edge.tetamax * (1.0 + wider) && teta < largest_edge))
         return 0;
-    const double lower = teska::height_at(teta, {top, height}, VTMax);
+    const double lower = height_at(teta, edge, VTMax);
     // A knot within the tolerance is moved; elsewhere there is a new one.
     return lin_interp_double_subst(tetaMax, phir, teta, 0.5 * knots_apart) != 0 ||
                    lin_interp_double_subst(edgeHeight, phir, lower, 0.5 * knots_apart) != 0
                ? -1
                : 0;
 }
+
+// ---- Faces ----------------------------------------------------------------------------------------------------------
 
 namespace
 {
@@ -61,51 +61,54 @@ constexpr int all_corners = 8;  // colorants: up to this many all faces are look
 
 // The device as its faces need it.
 struct face_source {
-    teska::device_callback callback;
+    device_callback callback;
     void *user;
     int vertical;
-    const std::vector<double> &full;
+    const indexed<double> &full;  // amount of each colorant
     double darkest;
-    int levels;
 };
 
 struct face_point {
-    teska::rim_end end;
+    rim_end end;
     bool valid;
 };
 
-// The grid points of all faces, face by face.
-using face_points_list = std::vector<face_point>;
+// The grid points of all faces, face by face, with `levels` along either side of a face.
+struct face_grids {
+    int levels;
+    indexed<face_point> points;
+};
 
 // Level i of a colorant along a face, from none to full. The steps shrink towards full, in the end to nothing: near
 // black directions change fastest.
-double level(const face_source &of, std::size_t colorant, int i)
+double level(double full, int i, int levels)
 {
-    const double t = 1.0 - static_cast<double>(i) / (of.levels - 1);
-    return of.full[colorant] + (1.0 - of.full[colorant]) * t * t;
+    const double t = 1.0 - static_cast<double>(i) / (levels - 1);
+    return full + (no_colorant - full) * t * t;
 }
 
-// Adds the grid points of one face; device holds the fixed values.
-void sample_face(const face_source &of, std::size_t a, std::size_t b, std::vector<double> *device,
-                 face_points_list *points)
+// Adds the grid points of the face over colorants a and b; device holds the fixed values.
+void sample_face(const face_source &of, std::size_t a, std::size_t b, indexed<double> &device, face_grids &faces)
 {
-    for (int i = 0; i < of.levels; ++i) {
-        for (int j = 0; j < of.levels; ++j) {
-            (*device)[a] = level(of, a, i);
-            (*device)[b] = level(of, b, j);
-            grid_point p = teska::sample(of.callback, of.user, device->data(), of.vertical);
-            teska::sight(&p, of.darkest);
-            points->push_back({{p.at, p.q, p.valid ? teska::hue_of(p.at) : 0.0}, p.valid});
+    for (int i = 0; i < faces.levels; ++i) {
+        for (int j = 0; j < faces.levels; ++j) {
+            device[a] = level(of.full[a], i, faces.levels);
+            device[b] = level(of.full[b], j, faces.levels);
+            grid_point p = sample(of.callback, of.user, device.data(), of.vertical);
+            sight(p, of.darkest);
+            faces.points.push_back({{p.direction, p.q, p.valid ? gnomonic::hue_of(p.direction) : 0.0}, p.valid});
         }
     }
 }
 
 // All segments of a face's grid and both diagonals of its cells.
-void add_face(const face_point *points, int levels, teska::rim *edge)
+void add_face(std::span<const face_point> points, int levels, rim &edge)
 {
     const auto segment = [&](int a, int b) {
-        if (points[a].valid && points[b].valid)
-            edge->add(points[a].end, points[b].end);
+        const face_point &from = points[static_cast<std::size_t>(a)];
+        const face_point &to = points[static_cast<std::size_t>(b)];
+        if (from.valid && to.valid)
+            edge.add(from.end, to.end);
     };
     for (int i = 0; i < levels; ++i) {
         for (int j = 0; j < levels; ++j) {
@@ -122,15 +125,15 @@ void add_face(const face_point *points, int levels, teska::rim *edge)
     }
 }
 
-// Which of the other colorants are full, one bit each. Beyond `all_corners` only the corners near none and near all are
-// looked at; between them the count of corners would have no end.
-std::vector<std::vector<bool>> corners_of(int others)
+// Which of the other colorants are full. Beyond `all_corners` only the corners near none and near all are looked at;
+// between them the count of corners would have no end.
+indexed<indexed<bool>> corners_of(int others)
 {
-    std::vector<std::vector<bool>> corners;
+    indexed<indexed<bool>> corners;
     const auto add = [&](auto is_full) {
-        std::vector<bool> corner(static_cast<std::size_t>(others));
+        indexed<bool> corner(static_cast<std::size_t>(others));
         for (int k = 0; k < others; ++k)
-            corner[static_cast<std::size_t>(k)] = is_full(k);
+            corner[k] = is_full(k);
         corners.push_back(std::move(corner));
     };
     if (others + 2 <= all_corners) {
@@ -145,35 +148,72 @@ std::vector<std::vector<bool>> corners_of(int others)
     return corners;
 }
 
-// Returns the levels along each face.
-int sample_faces(face_source of, face_points_list *points)
+face_grids sample_faces(const face_source &of)
 {
-    const int colorants = static_cast<int>(of.full.size());
-    const std::vector<std::vector<bool>> corners = corners_of(std::max(colorants - 2, 0));
+    const std::size_t count = of.full.size();
+    const int colorants = static_cast<int>(count);
+    const indexed<indexed<bool>> corners = corners_of(std::max(colorants - 2, 0));
     const double faces = 0.5 * colorants * (colorants - 1) * static_cast<double>(corners.size());
-    of.levels = std::clamp(static_cast<int>(std::sqrt(face_points / std::max(faces, 1.0))), fewest_levels, most_levels);
-    std::vector<double> device(of.full.size());
-    for (std::size_t a = 0; a < of.full.size(); ++a) {
-        for (std::size_t b = a + 1; b < of.full.size(); ++b) {
-            for (const std::vector<bool> &corner : corners) {
-                std::size_t k = 0;
-                for (std::size_t i = 0; i < of.full.size(); ++i)
-                    device[i] = i == a || i == b ? 1.0 : corner[k++] ? of.full[i] : 1.0;
-                sample_face(of, a, b, &device, points);
+    const double levels = std::sqrt(face_points / std::max(faces, 1.0));
+    face_grids grids = {.levels = std::clamp(static_cast<int>(levels), fewest_levels, most_levels), .points = {}};
+    indexed<double> device(count);
+    for (std::size_t a = 0; a < count; ++a) {
+        for (std::size_t b = a + 1; b < count; ++b) {
+            for (const indexed<bool> &corner : corners) {
+                // The colorants that do not vary over the face are full where the corner says so.
+                std::size_t other = 0;
+                for (std::size_t i = 0; i < count; ++i)
+                    device[i] = i != a && i != b && corner[other++] ? of.full[i] : no_colorant;
+                sample_face(of, a, b, device, grids);
             }
         }
     }
-    return of.levels;
+    return grids;
+}
+
+// ---- Peaks ----------------------------------------------------------------------------------------------------------
+
+// A direction by the hue over the range and the angle.
+struct hue_and_angle {
+    double phir, teta;
+};
+
+// Keeps the directions that still lie outside the edge. Returns the farthest one of each interval of hues, relative to
+// the edge there; those with an angle of 0 are none.
+indexed<hue_and_angle> peaks_beyond(const lin_interp_double *edge, int intervals, indexed<hue_and_angle> &directions)
+{
+    struct excess {
+        hue_and_angle peak;
+        double ratio;
+    };
+    indexed<excess> farthest(static_cast<std::size_t>(intervals) + 1, excess{{0.0, 0.0}, 1.0 + peak_slack});
+    const auto inside = [&](const hue_and_angle &d) {
+        double top = 0.0;
+        if (!(d.phir >= 0.0 && d.phir <= 1.0 && d.teta < largest_edge) ||
+            lin_interp_double_inextp(edge, d.phir, &top) != 0 || !(d.teta > top * (1.0 + peak_slack)))
+            return true;
+        excess &here = farthest[static_cast<int>(d.phir * intervals)];
+        if (d.teta / top > here.ratio)
+            here = {d, d.teta / top};
+        return false;
+    };
+    directions.erase(std::remove_if(directions.begin(), directions.end(), inside), directions.end());
+    indexed<hue_and_angle> peaks;
+    for (const excess &e : farthest)
+        peaks.push_back(e.peak);
+    return peaks;
 }
 
 }  // namespace
+
+// ---- The edge -------------------------------------------------------------------------------------------------------
 
 int TTriangularTopSurface::RecalcTetarForOutDarkGamPrims()
 {
     if (tetaMax == nullptr)
         return DeterminePhirTetaMaxAndVTMin();
     const auto widen = [this] {
-        std::vector<double> places, hues, full;
+        indexed<double> places, hues, full;
         for (int i = 0; i < lin_interp_double_num(tetaMax); ++i) {
             double phir = 0.0, teta = 0.0, phi = 0.0;
             lin_interp_double_getp(tetaMax, i, &phir, &teta);
@@ -183,62 +223,31 @@ int TTriangularTopSurface::RecalcTetarForOutDarkGamPrims()
         }
         for (int p = 0; p < nrPrims; ++p)
             full.push_back(*std::min_element(levels[p], levels[p] + nrLevels[p]));
-        face_points_list points;
-        const int side = sample_faces({callback, userData, vertAxis, full, teska::darkest_share * VTMax, 0}, &points);
-        teska::rim edge(hues, std::tan(largest_edge));
-        const auto face = static_cast<std::size_t>(side) * static_cast<std::size_t>(side);
+        const face_grids faces = sample_faces({callback, userData, vertAxis, full, darkest_share * VTMax});
+
+        // Every knot reaches at least as far as the faces do at its hue.
+        rim dark(hues, std::tan(largest_edge));
+        const std::span<const face_point> points(faces.points);
+        const std::size_t face = static_cast<std::size_t>(faces.levels) * static_cast<std::size_t>(faces.levels);
         for (std::size_t at = 0; at < points.size(); at += face)
-            add_face(&points[at], side, &edge);
+            add_face(points.subspan(at, face), faces.levels, dark);
         for (std::size_t i = 0; i < places.size(); ++i)
-            if (RecalcTetarDTeta(places[i], std::atan(edge.radius(i))) != 0)
-                return -1;
-        std::vector<double> directions;
+            if (RecalcTetarDTeta(places[i], std::atan(dark.radius(i))) != 0)
+                return outcome::failed;
+
+        // Peaks between the knots become knots, as long as there are any.
+        indexed<hue_and_angle> directions;
         for (const face_point &p : points)
             if (p.valid)
-                directions.insert(directions.end(),
-                                  {(p.end.hue - PosPhiMin) / PosDeltaPhi, std::atan(teska::radius_of(p.end.at))});
-        return WidenBetweenKnots(directions.data(), directions.size() / 2);
+                directions.push_back({(p.end.hue - PosPhiMin) / PosDeltaPhi, std::atan(length(p.end.direction))});
+        for (int round = 0; round < most_rounds && !directions.empty(); ++round)
+            for (const hue_and_angle &peak : peaks_beyond(tetaMax, 2 * nrPhiSteps, directions))
+                if (peak.teta > 0.0 && RecalcTetarDTeta(peak.phir, peak.teta) != 0)
+                    return outcome::failed;
+        return outcome::done;
     };
-    constexpr int no_memory = -2;
-    const int result = teska::guarded(no_memory, widen);
-    if (result == no_memory)
+    const outcome result = guarded(outcome::no_memory, widen);
+    if (result == outcome::no_memory)
         TESKA_ERR("No More Memory");
-    return result == 0 ? 0 : -1;
-}
-
-// Peaks between the knots: of the directions (phir, teta) that still lie outside, the farthest of each interval becomes
-// a knot, as long as there are any. The directions are used up.
-int TTriangularTopSurface::WidenBetweenKnots(double *directions, std::size_t count)
-{
-    struct peak {
-        double phir, teta, excess;
-    };
-    const double intervals = 2.0 * nrPhiSteps;
-    std::vector<peak> peaks(static_cast<std::size_t>(intervals) + 1);
-    for (int round = 0; round < most_rounds && count > 0; ++round) {
-        std::fill(peaks.begin(), peaks.end(), peak{0.0, 0.0, 1.0 + peak_slack});
-        std::size_t left = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            const double phir = directions[2 * i];
-            const double teta = directions[2 * i + 1];
-            double top = 0.0;
-            if (!(phir >= 0.0 && phir <= 1.0 && teta < largest_edge))
-                continue;
-            if (lin_interp_double_inextp(tetaMax, phir, &top) != 0)
-                return -1;
-            if (!(teta > top * (1.0 + peak_slack)))
-                continue;
-            peak &here = peaks[static_cast<std::size_t>(phir * intervals)];
-            if (teta / top > here.excess)
-                here = {phir, teta, teta / top};
-            directions[2 * left] = phir;
-            directions[2 * left + 1] = teta;
-            ++left;
-        }
-        count = left;
-        for (const peak &p : peaks)
-            if (p.teta > 0.0 && RecalcTetarDTeta(p.phir, p.teta) != 0)
-                return -1;
-    }
-    return 0;
+    return result == outcome::done ? 0 : -1;
 }
