@@ -1,4 +1,6 @@
 // growing - an array that grows at its end, for code that must not throw
+//
+// Used by tconvexhull and tetra.
 
 #ifndef TESKA_SUPPORT_GROWING_H
 #define TESKA_SUPPORT_GROWING_H
@@ -27,6 +29,10 @@ public:
         return true;
     }
 
+    // Room for so many values in all, so that pushing them cannot fail. False when memory is short; the array is then
+    // unchanged.
+    [[nodiscard]] bool reserve(int room) noexcept { return room <= room_ || move_to(room); }
+
     void clear() noexcept { count_ = 0; }
     void pop() noexcept { --count_; }
 
@@ -47,7 +53,11 @@ private:
         constexpr int first_room = 16;
         if (room_ > INT_MAX / 2)
             return false;
-        const int room = room_ != 0 ? 2 * room_ : first_room;
+        return move_to(room_ != 0 ? 2 * room_ : first_room);
+    }
+
+    bool move_to(int room) noexcept
+    {
         auto data = zeroed_block<T>(static_cast<std::size_t>(room));
         if (!data)
             return false;
