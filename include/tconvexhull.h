@@ -19,8 +19,8 @@
  *   Points are taken one after another (O'Rourke's incremental algorithm). One that sees no face is inside; for any
  *   other the faces it sees make way for a cone of new faces over their border. As long as every border is one simple
  *   closed loop, the lists come out as that algorithm makes them, record for record. On dense curved clouds the 0.5
- *   leaves out small faces in the midst of others and tears the border. The hull is then made anew from the first
- *   point, with the sign of vol in exact arithmetic in place of the 0.5 in all steps.
+ *   leaves out small faces in the midst of others, so that the border falls apart. The hull is then made anew from the
+ *   first point, with the sign of vol in exact arithmetic instead of the 0.5 in all steps.
  *
  *   Guaranteed for every cloud: Construct ends, in a closed surface of triangles oriented alike, with two faces at
  *   every edge and V - E + F = 2. A hull made
@@ -32,8 +32,10 @@
  *                         InsideHull 0 for a point of the hull: for 2 of 3,000 on a sphere of radius 300, by 0.017.
  *
  *   Points with a coordinate that is not finite are not part of the hull, and not inside it.
- *   An object, and all copies that share its lists, is used by one thread at a time; InsideHull alone may run in
- *   several. Nothing is reported or thrown.
+ *   Any number of threads may ask one object, or copies of it that share lists, and copy them at the same time. AddPoint
+ *   and Construct change what all copies share: while one of them runs, no other thread may use the copies, except to
+ *   destroy one or to assign another hull to it. Objects that share nothing are independent.
+ *   Nothing is reported or thrown.
  *   Source: J. O'Rourke, Computational Geometry in C, 2nd ed., Cambridge University Press 1998, chapter 4.
  */
 #ifndef TESKA_TCONVEXHULL_H
@@ -45,7 +47,7 @@ struct tEdgeStructure;
 struct tFaceStructure;
 struct tHullStore;
 
-/* Three circular doubly linked lists. A new record stands at the end, just before the head. */
+/* Three circular doubly linked lists. A new record goes to the end, just before the head. */
 struct tVertexStructure {
     double v[3];
     int vnum;                  /* number of the point in order of adding, from 0 */
@@ -80,7 +82,7 @@ public:
     ~TConvexHull();
 
     /* Copies refer to the same lists: what is done to one is done to all. The last one frees them. Copying allocates
-     * nothing. */
+     * nothing. O(copies). */
     TConvexHull(TConvexHull const &);
     TConvexHull &operator=(TConvexHull const &);
 
@@ -160,6 +162,7 @@ private:
     void CheckEuler(int, int, int) const;
     void Checks() const;
 
+    void Join(TConvexHull const &);
     void Leave();
     void Take(TConvexHull const &);
     void Publish() const;

@@ -22,7 +22,8 @@
  *   Nothing is reported, except that the lists in a volume report what they lack ("list_new : Not enough resources to
  *   create list", "list_insert : Unable to extend list, insufficient resources"). A volume holds at most 65535 planes
  *   and as many tetrahedra.
- *   Unless a block says so, pointers must not be null. No process-wide state: volumes may be read by several threads.
+ *   Unless a block says so, pointers must not be null. No process-wide state: any number of threads may ask one volume,
+ *   plane or tetrahedron at the same time, as long as nobody changes it. Different volumes are independent.
  */
 #ifndef TESKA_TETRA_H
 #define TESKA_TETRA_H
@@ -113,7 +114,7 @@ TESKA_API tetra_volume *tetra_volume_new(list_rec *points) TESKA_NOTHROW;
  * The tetrahedra fill the hull without gap or overlap, and every point that is not dropped is a corner of some
  * tetrahedron. Two things are left out: points within 0.01 of the apex are no corners of the boundary, and tetrahedra
  * with a determinant below 1e-6, which tetra_new cannot describe, are not in the list. Before a point makes such a
- * sliver, the tetrahedron behind the face that is so near is cut up with the others, so the gaps stay at the boundary;
+ * sliver, the tetrahedron beyond the face that is so near is cut up with the others, so the gaps stay at the boundary;
  * a point on a boundary that is flat but for 1e-9 may be a corner of slivers alone.
  *
  * points  list of tetra_point by value; points with a coordinate that is not finite or above 1e100 are passed over

@@ -8,7 +8,8 @@
  * Common rules
  *   Files are named in UTF-8 and replaced when they exist. Numbers have a point whatever the locale; coordinates are
  *   rounded as by "%10.2f" and "%7.1lf", so -0.00 may appear.
- *   Nothing is reported.
+ *   Nothing is reported. Any number of threads may write or view one volume at the same time, to different files, as long
+ *   as nobody changes it.
  */
 #ifndef TESKA_VOLUME_EXPORT_H
 #define TESKA_VOLUME_EXPORT_H
@@ -24,7 +25,7 @@ TESKA_BEGIN_C
  *
  * facefile   the first scene; an empty volume gives one without triangles
  * pointfile  the second one: the three points of every plane, in the order of the list
- * Returns 0; -1 when the volume or a name is null or when the first file cannot be opened, which leaves nothing behind,
+ * Returns 0; -1 when the volume or a name is null or when the first file cannot be opened, which leaves no file,
  * or cannot be written to its end, which leaves what was written. The second file is not begun then.
  * Kept: 0 also when the second file cannot be opened or written.
  */
@@ -50,8 +51,8 @@ TESKA_API int tetra_volume_view(const tetra_volume *v, const double eye[3], int 
  * middle are, and 10 points otherwise. Points run from its first end and stop short of the second.
  *
  * name  a text file
- * Returns 0; -1 for a null volume or name, when memory is short or the file cannot be opened, which leaves nothing
- * behind, or when it cannot be written to its end.
+ * Returns 0; -1 for a null volume or name, when memory is short or the file cannot be opened, which leaves
+ * no file, or when it cannot be written to its end.
  * Kept: the sides of a triangle that is seen as a whole are sparse, because its middles count as hidden.
  */
 TESKA_API int tetra_volume_dump_to_file(const tetra_volume *v, const double eye[3], const char *name) TESKA_NOTHROW;

@@ -1,4 +1,4 @@
-// proj - projections of a point onto planes, lines and segments, and the small solver behind them (geometry)
+// proj - projections of a point onto planes, lines and segments, and the small solver they use (geometry)
 //
 // Ordinary projections drop a perpendicular. Projections at constant parameter look for the point that lies in the plane
 // through q at right angles to dir; on a plane n * x + d = 0 that point is the solution of three equations,
@@ -9,7 +9,7 @@
 //
 // They are solved with the factors of mat.h, found on the stack: the same steps, hence the same bits as with a matrix.
 //
-// Triangles are in proj_triangle.cpp, tetrahedra in proj_tetra.cpp. No process-wide state.
+// Triangles are in proj/triangle.cpp, tetrahedra in proj/tetra.cpp. No process-wide state.
 
 #include "proj.h"
 
@@ -30,7 +30,7 @@ constexpr double parallel = 1e-16;
 // Where a line does not meet a plane.
 constexpr double infinitely_far = 1e20;
 
-// What the square of a step in the parameter counts beside one at constant parameter.
+// The weight of the square of a step in the parameter, relative to one at constant parameter.
 constexpr double parameter_weight = 1000.0;
 
 // Solves three equations, b becomes x. Returns false for a singular matrix: a zero row, or a pivot below 1e-20.

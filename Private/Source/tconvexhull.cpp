@@ -16,20 +16,27 @@
 // faces.
 //
 // Invariant between steps: a closed surface of triangles, oriented alike. A border that is one simple closed loop keeps
-// it so (the visible faces are then a disc, and so is the cone); any other is replaced before a list is changed
-// (tconvexhull_step.cpp).
+// it so (the visible faces are then a disc, and so is the cone); any other is found before a list is changed, and the
+// construction begins again in exact steps (tconvexhull/step.cpp).
 //
 // A construction can be abandoned at every allocation: faces and edges are freed, and all vertices, which live until
-// the end, return to their places. Objects that share their lists stand in a ring, and each change is copied to all.
+// the end, return to their places.
+//
+// Objects that share their lists form a ring, and each change is copied to all of them. Threads may copy, assign and
+// destroy the objects of one ring at the same time, so rings change under a lock, the only process-wide state here. An
+// object that is alone in its ring knows it without the lock: only a copy of that very object could change it.
 //
 // Source: J. O'Rourke, Computational Geometry in C, 2nd ed., Cambridge University Press 1998, chapter 4.
 
 #include "tconvexhull.h"
 
-#include "Source/tconvexhull/hull_priv.h"
+#include "Source/tconvexhull/store.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <cstdint>
+#include <thread>
 
 using teska::full;
 
@@ -41,6 +48,32 @@ constexpr double collinear_limit = 2.220446049250313e-16;
 
 bool finite(double x, double y, double z) { return std::isfinite(x) && std::isfinite(y) && std::isfinite(z); }
 
+// ---- Rings ----------------------------------------------------------------------------------------------------------
+
+// Held while the rings of all objects stay as they are, or one changes: for a few steps along a ring at most. A flag is
+// ready before any constructor runs, and there is nothing to destroy.
+constinit std::atomic_flag rings_in_use;
+
+class ring_lock
+{
+public:
+    ring_lock() noexcept
+    {
+        while (rings_in_use.test_and_set(std::memory_order_acquire))
+            std::this_thread::yield();
+    }
+    ring_lock(const ring_lock &) = delete;
+    ring_lock &operator=(const ring_lock &) = delete;
+    ~ring_lock() { rings_in_use.clear(std::memory_order_release); }
+};
+
+// The next object of a ring, read without the lock and changed under it.
+TConvexHull *next_in_ring(TConvexHull *const &sharer) noexcept { return __atomic_load_n(&sharer, __ATOMIC_ACQUIRE); }
+void set_next_in_ring(TConvexHull *&sharer, TConvexHull *next) noexcept
+{
+    __atomic_store_n(&sharer, next, __ATOMIC_RELEASE);
+}
+
 }  // namespace
 
 // ---- Life -----------------------------------------------------------------------------------------------------------
@@ -50,40 +83,45 @@ TConvexHull::TConvexHull()
 {
 }
 
-TConvexHull::TConvexHull(TConvexHull const &other)
-    : vertices(other.vertices), edges(other.edges), faces(other.faces), count(other.count), sharer(other.sharer),
-      store(other.store), lost(other.lost)
-{
-    other.sharer = this;
-}
+TConvexHull::TConvexHull(TConvexHull const &other) : TConvexHull() { Join(other); }
 
 TConvexHull::~TConvexHull() { Leave(); }
 
 TConvexHull &TConvexHull::operator=(TConvexHull const &other)
 {
-    if (this == &other)
-        return *this;
-    Leave();
-    sharer = other.sharer;
-    other.sharer = this;
-    Take(other);
+    if (this != &other) {
+        Leave();
+        Join(other);
+    }
     return *this;
+}
+
+// Enters the ring of another object, which has its lists from then on.
+void TConvexHull::Join(TConvexHull const &other)
+{
+    const ring_lock lock;
+    set_next_in_ring(sharer, other.sharer);
+    set_next_in_ring(other.sharer, this);
+    Take(other);
 }
 
 // The last one to leave frees what was shared.
 void TConvexHull::Leave()
 {
-    if (sharer == this) {
-        if (store != nullptr)
-            FreeSurface();
-        FreeVertices();
-        teska::kill_record(store);
-        return;
+    if (next_in_ring(sharer) != this) {
+        const ring_lock lock;
+        TConvexHull *before = sharer;
+        while (before->sharer != this)
+            before = before->sharer;
+        if (before != this) {
+            set_next_in_ring(before->sharer, sharer);
+            return;
+        }
     }
-    TConvexHull *before = sharer;
-    while (before->sharer != this)
-        before = before->sharer;
-    before->sharer = sharer;
+    if (store != nullptr)
+        FreeSurface();
+    FreeVertices();
+    teska::kill_record(store);
 }
 
 void TConvexHull::Take(TConvexHull const &other)
@@ -96,8 +134,12 @@ void TConvexHull::Take(TConvexHull const &other)
     lost = other.lost;
 }
 
+// After a change: all objects of the ring get the new members.
 void TConvexHull::Publish() const
 {
+    if (next_in_ring(sharer) == this)
+        return;
+    const ring_lock lock;
     for (TConvexHull *other = sharer; other != this; other = other->sharer)
         other->Take(*this);
 }
@@ -145,15 +187,13 @@ int TConvexHull::Construct()
     return result == 0 ? 0 : -1;
 }
 
-// Clears what an earlier construction has left, and lists and measures the vertices. False: fewer than three, or memory
+// Clears what an earlier construction has left; the vertices are listed and measured. False: fewer than three, or memory
 // is short.
 bool TConvexHull::Prepare()
 {
     FreeSurface();
-    double low[3];
-    double high[3];
-    std::copy_n(vertices->v, 3, low);
-    std::copy_n(vertices->v, 3, high);
+    teska::vec3 low = teska::position(vertices);
+    teska::vec3 high = low;
     store->all.clear();
     store->inside.clear();
     tVertexStructure *v = vertices;
@@ -162,19 +202,18 @@ bool TConvexHull::Prepare()
             return false;
         v->mark = 0;
         full(v)->piece = 0;
-        for (int k = 0; k < 3; ++k) {
-            low[k] = std::min(low[k], v->v[k]);
-            high[k] = std::max(high[k], v->v[k]);
-        }
+        const teska::vec3 at = teska::position(v);
+        low = {std::min(low.x, at.x), std::min(low.y, at.y), std::min(low.z, at.z)};
+        high = {std::max(high.x, at.x), std::max(high.y, at.y), std::max(high.z, at.z)};
         v = v->next;
     } while (v != vertices);
-    store->extent = 0.0;
+    // Halves first: the sum of the two may overflow.
+    const teska::vec3 centre = low / 2 + high / 2;
+    const teska::vec3 below = centre - low, above = high - centre;
+    store->centre = centre;
+    store->half = {std::max(below.x, above.x), std::max(below.y, above.y), std::max(below.z, above.z)};
+    store->extent = std::max({store->half.x, store->half.y, store->half.z});
     store->pieces_grown = 0;
-    for (int k = 0; k < 3; ++k) {
-        store->centre[k] = low[k] / 2 + high[k] / 2;
-        store->half[k] = std::max(store->centre[k] - low[k], high[k] - store->centre[k]);
-        store->extent = std::max(store->extent, store->half[k]);
-    }
     return store->all.size() >= 3 && store->inside.reserve(store->all.size());
 }
 
@@ -218,19 +257,15 @@ void TConvexHull::Abandon()
 
 int TConvexHull::Collinear(tVertexStructure const *a, tVertexStructure const *b, tVertexStructure const *c) const
 {
-    double u[3];
-    double w[3];
-    SubVec(b->v, a->v, u);
-    SubVec(c->v, a->v, w);
-    return std::fabs(u[1] * w[2] - u[2] * w[1]) < collinear_limit &&
-                   std::fabs(u[2] * w[0] - u[0] * w[2]) < collinear_limit &&
-                   std::fabs(u[0] * w[1] - u[1] * w[0]) < collinear_limit
-               ? 1
-               : 0;
+    const teska::vec3 from = teska::position(a);
+    const teska::vec3 n = cross(teska::position(b) - from, teska::position(c) - from);
+    const bool none =
+        std::fabs(n.x) < collinear_limit && std::fabs(n.y) < collinear_limit && std::fabs(n.z) < collinear_limit;
+    return none ? 1 : 0;
 }
 
-// Both sides of the first triangle there is; the head moves on to a point beside its plane. Returns 0, or -1: no such
-// points, or memory is short.
+// The hull is both sides of the first triangle there is, and the head is a point outside its plane. Returns 0, or -1: no
+// such points, or memory is short.
 int TConvexHull::DoubleTriangle()
 {
     tVertexStructure *u0 = vertices;
@@ -249,7 +284,7 @@ int TConvexHull::DoubleTriangle()
     for (tEdgeStructure *const e : f0->edge)
         e->adjface[1] = f1;
     tVertexStructure *u3 = u2->next;
-    while (VolumeSign(f0, u3) == 0 || (store->exact && teska::exact_volume_sign(f0, u3->v) == 0)) {
+    while (VolumeSign(f0, u3) == 0 || (store->exact && teska::exact_volume_sign(f0, teska::position(u3)) == 0)) {
         u3 = u3->next;
         if (u3 == u0)
             return -1;
@@ -262,14 +297,14 @@ int TConvexHull::DoubleTriangle()
 int TConvexHull::ConstructHull()
 {
     // The core is fitted again whenever the number of points has doubled.
-    std::size_t taken = 0;
-    std::size_t fit_at = 16;
+    std::int64_t processed = 0;
+    std::int64_t fit_at = 16;
     tVertexStructure *v = vertices;
     do {
         tVertexStructure *next = v->next;
         if (v->mark == 0) {
             v->mark = 1;
-            if (++taken == fit_at) {
+            if (++processed == fit_at) {
                 store->planes.fit_core();
                 fit_at *= 2;
             }
@@ -322,7 +357,7 @@ int TConvexHull::InsideHull(double x, double y, double z) const
 
 int TConvexHull::InsideHull(tVertexStructure *p) const
 {
-    const teska::centred_point point(*store, p->v);
+    const teska::centred_point point(*store, teska::position(p));
     if (store->planes.in_core(point.at))
         return 1;
     const double limit = store->band(point.largest) - teska::visible_volume;
@@ -335,7 +370,7 @@ int TConvexHull::InsideHull(tVertexStructure *p) const
 
 int TConvexHull::VolumeSign(tFaceStructure *f, tVertexStructure *p) const
 {
-    const double volume = teska::face_volume(f, p->v);
+    const double volume = teska::face_volume(f, teska::position(p));
     if (volume > teska::visible_volume)
         return 1;
     return volume < -teska::visible_volume ? -1 : 0;

@@ -1,7 +1,7 @@
 // tetra - planes, tetrahedra and volumes cut into tetrahedra (geometry)
 //
 // This source has the records of planes and tetrahedra and what is asked of points, lines and triangles; volumes are in
-// tetra/volume.cpp, the hull in tetra/hull.cpp, the cutting in tetra/tiling.cpp.
+// tetra/volume.cpp; how they are made of points is in tetra/cutting.cpp.
 //
 // Several measures are odd on purpose: distances are squares, and areas and volumes are made of them. Callers compare
 // them with each other, and they only need to grow with the size.
@@ -17,25 +17,23 @@
 #include <cmath>
 #include <cstdlib>
 
+using namespace teska;
+using namespace teska::tetra;
+
 namespace
 {
-
-namespace tp = teska::tetra;
-using teska::vec3;
 
 constexpr double least_squared_normal = 0.01;  // squared twice the area: a plane through less is none
 constexpr double least_length = 0.01;          // a line through nearer points is none
 constexpr double side_tolerance = 1e-9;        // relative to the squared normal: inside a triangle
 constexpr double beyond_end = 0.01;            // product of distances: inside a segment
 
-vec3 between(const tetra_point &from, const tetra_point &to) { return {to.x - from.x, to.y - from.y, to.z - from.z}; }
+vec3 between(const tetra_point &from, const tetra_point &to) { return position(to) - position(from); }
 
 vec3 normal(const tetra_plane &plane) { return {plane.a, plane.b, plane.c}; }
 
-double height(const tetra_plane &plane, double x, double y, double z)
-{
-    return plane.a * x + plane.b * y + plane.c * z + plane.d;
-}
+// The value of the plane's equation at a point.
+double value_at(const tetra_plane &plane, const vec3 &p) { return dot(normal(plane), p) + plane.d; }
 
 void set_plane(tetra_plane &plane, const tetra_point &p0, const tetra_point &p1, const tetra_point &p2)
 {
@@ -43,7 +41,7 @@ void set_plane(tetra_plane &plane, const tetra_point &p0, const tetra_point &p1,
     plane.a = n.x;
     plane.b = n.y;
     plane.c = n.z;
-    plane.d = -(n.x * p0.x + n.y * p0.y + n.z * p0.z);
+    plane.d = -dot(n, position(p0));
     plane.p[0] = p0;
     plane.p[1] = p1;
     plane.p[2] = p2;
@@ -55,44 +53,43 @@ void set_plane(tetra_plane &plane, const tetra_point &p0, const tetra_point &p1,
 
 double kept_from_zero(double det)
 {
-    if (det >= tp::least_determinant || det <= -tp::least_determinant)
+    if (det >= least_determinant || det <= -least_determinant)
         return det;
-    return det < 0.0 ? -tp::least_determinant : tp::least_determinant;
+    return det < 0.0 ? -least_determinant : least_determinant;
 }
 
 // The rows of the inverse are e2 x e3, e3 x e1 and e1 x e2 over the determinant.
 void set_inverse(tetra_rec &t)
 {
     const vec3 e1 = between(t.p[0], t.p[1]), e2 = between(t.p[0], t.p[2]), e3 = between(t.p[0], t.p[3]);
-    const double det = kept_from_zero(tp::spanned(t.p[0], t.p[1], t.p[2], t.p[3]));
+    const double det =
+        kept_from_zero(determinant(position(t.p[0]), position(t.p[1]), position(t.p[2]), position(t.p[3])));
     double *m = t.m;
     for (const vec3 &row : {cross(e2, e3), cross(e3, e1), cross(e1, e2)}) {
-        *m++ = row.x / det;
-        *m++ = row.y / det;
-        *m++ = row.z / det;
+        store(row / det, m);
+        m += 3;
     }
 }
 
 // Whether a point of the triangle's plane lies between its sides.
-bool between_sides(const tetra_plane &tri, const double p[3])
+bool between_sides(const tetra_plane &tri, const vec3 &p)
 {
     const vec3 n = normal(tri);
     const double least = -side_tolerance * dot(n, n);
     for (int i = 0; i < 3; ++i) {
         const tetra_point &corner = tri.p[i];
-        const vec3 to_p{p[0] - corner.x, p[1] - corner.y, p[2] - corner.z};
         // Not a number counts as outside.
-        if (!(dot(n, cross(between(corner, tri.p[(i + 1) % 3]), to_p)) >= least))
+        if (!(dot(n, cross(between(corner, tri.p[(i + 1) % 3]), p - position(corner))) >= least))
             return false;
     }
     return true;
 }
 
-bool at_corner(const tetra_plane &tri, const double x[3])
+bool at_corner(const tetra_plane &tri, const vec3 &x)
 {
-    return std::any_of(tri.p, tri.p + 3, [x](const tetra_point &corner) {
-        return std::fabs(x[0] - corner.x) + std::fabs(x[1] - corner.y) + std::fabs(x[2] - corner.z) <=
-               tp::near_distance;
+    return std::any_of(tri.p, tri.p + 3, [&x](const tetra_point &corner) {
+        const vec3 apart = x - position(corner);
+        return std::fabs(apart.x) + std::fabs(apart.y) + std::fabs(apart.z) <= near_distance;
     });
 }
 
@@ -104,7 +101,7 @@ tetra_plane *plane_new(const tetra_plane *src) TESKA_NOTHROW
 {
     if (src == nullptr)
         return nullptr;
-    auto plane = teska::make_record<tetra_plane>();
+    auto plane = make_record<tetra_plane>();
     if (!plane)
         return nullptr;
     *plane = *src;
@@ -116,7 +113,7 @@ tetra_plane *plane_new2(const tetra_point *p0, const tetra_point *p1, const tetr
 {
     if (p0 == nullptr || p1 == nullptr || p2 == nullptr)
         return nullptr;
-    auto plane = teska::make_record<tetra_plane>();
+    auto plane = make_record<tetra_plane>();
     if (plane)
         set_plane(*plane, *p0, *p1, *p2);
     return plane.release();
@@ -127,7 +124,7 @@ tetra_rec *tetra_new(const tetra_point *p0, const tetra_point *p1, const tetra_p
 {
     if (p0 == nullptr || p1 == nullptr || p2 == nullptr || p3 == nullptr)
         return nullptr;
-    auto t = teska::make_record<tetra_rec>();
+    auto t = make_record<tetra_rec>();
     if (!t)
         return nullptr;
     t->p[0] = *p0;
@@ -155,11 +152,10 @@ int tetra_point_inside(const tetra_rec *t, const double p[3], double w[3]) TESKA
 {
     if (t == nullptr)
         return 0;
-    const double x = p[0] - t->p[0].x, y = p[1] - t->p[0].y, z = p[2] - t->p[0].z;
-    const double *m = t->m;
-    const double w0 = m[0] * x + m[1] * y + m[2] * z;
-    const double w1 = m[3] * x + m[4] * y + m[5] * z;
-    const double w2 = m[6] * x + m[7] * y + m[8] * z;
+    const vec3 q = vec3_at(p) - position(t->p[0]);
+    const double w0 = dot(vec3_at(t->m), q);
+    const double w1 = dot(vec3_at(t->m + 3), q);
+    const double w2 = dot(vec3_at(t->m + 6), q);
     if (w != nullptr) {
         w[0] = w0;
         w[1] = w1;
@@ -175,25 +171,22 @@ int triangle_point_inside(const tetra_plane *tri, const double p[3]) TESKA_NOTHR
     if (tri == nullptr)
         return 0;
     const vec3 n = normal(*tri);
-    const double length = std::sqrt(dot(n, n));
-    const bool in_plane = length > 0.0 && std::fabs(height(*tri, p[0], p[1], p[2])) <= tp::near_distance * length;
-    return in_plane && between_sides(*tri, p) ? 1 : 0;
+    const double size = length(n);
+    const bool in_plane = size > 0.0 && std::fabs(value_at(*tri, vec3_at(p))) <= near_distance * size;
+    return in_plane && between_sides(*tri, vec3_at(p)) ? 1 : 0;
 }
 
 int plane_intersect_line(const tetra_plane *plane, const double a[3], const double b[3], double x[3]) TESKA_NOTHROW
 {
     if (plane == nullptr)
         return 0;
-    const vec3 along{b[0] - a[0], b[1] - a[1], b[2] - a[2]};
+    const vec3 from = vec3_at(a);
+    const vec3 along = vec3_at(b) - from;
     const double s = dot(normal(*plane), along);
     if (s == 0.0)
         return 0;
-    const double t = -height(*plane, a[0], a[1], a[2]) / s;
-    // x may be a or b.
-    const vec3 crossing{a[0] + t * along.x, a[1] + t * along.y, a[2] + t * along.z};
-    x[0] = crossing.x;
-    x[1] = crossing.y;
-    x[2] = crossing.z;
+    const double t = -value_at(*plane, from) / s;
+    store(from + t * along, x);
     return 1;
 }
 
@@ -205,28 +198,27 @@ double plane_get_distance_from_point(const tetra_point *p, const tetra_point *p0
     const double squared_normal = dot(normal(plane), normal(plane));
     if (squared_normal < least_squared_normal)
         return 0.0;
-    const double over = height(plane, p->x, p->y, p->z);
+    const double over = value_at(plane, position(*p));
     return over * over / squared_normal;
 }
 
 double line_get_distance_from_point(const tetra_point *p, const tetra_point *s, const tetra_point *e) TESKA_NOTHROW
 {
     const vec3 along = between(*s, *e);
-    const double length = std::sqrt(dot(along, along));
-    if (length < least_length)
+    const double size = length(along);
+    if (size < least_length)
         return 0.0;
-    const vec3 u{along.x / length, along.y / length, along.z / length};
+    const vec3 u = along / size;
     // Kept: divided by the length, which leaves the foot of the perpendicular unless that is 1.
-    const double t = dot(between(*s, *p), u) / length;
-    const vec3 off{p->x - (s->x + t * u.x), p->y - (s->y + t * u.y), p->z - (s->z + t * u.z)};
+    const double t = dot(between(*s, *p), u) / size;
+    const vec3 off = position(*p) - (position(*s) + t * u);
     return dot(off, off);
 }
 
 double triangle_get_area(const tetra_point *p0, const tetra_point *p1, const tetra_point *p2) TESKA_NOTHROW
 {
-    const vec3 side = between(*p1, *p0);
     // Kept: the height is a square.
-    return 0.5 * std::sqrt(dot(side, side)) * line_get_distance_from_point(p2, p0, p1);
+    return 0.5 * length(between(*p1, *p0)) * line_get_distance_from_point(p2, p0, p1);
 }
 
 double tetra_get_volume(const tetra_rec *t) TESKA_NOTHROW
@@ -266,7 +258,7 @@ int triangle_intersect_linesegment2(const tetra_plane *plane, const double a[3],
     for (int i = 0; i < 3; ++i)
         if (!((a[i] - crossing[i]) * (b[i] - crossing[i]) <= beyond_end))
             return 0;
-    if (!at_corner(*plane, crossing) && !between_sides(*plane, crossing))
+    if (!at_corner(*plane, vec3_at(crossing)) && !between_sides(*plane, vec3_at(crossing)))
         return 0;
     std::copy(crossing, crossing + 3, x);
     return 1;

@@ -1,9 +1,11 @@
 // orient - on which side of a plane a point lies, decided exactly
 //
-// The determinant is first calculated in doubles together with a bound of its error; only where the two do not settle
-// the sign is it calculated again without any rounding, as a sum of doubles that do not overlap (an expansion). Flat and
-// nearly flat figures thus get answers that never contradict each other, which is what keeps a hull or a complex of
+// The determinant is first calculated in doubles, together with a bound of its error. Only where these leave the sign
+// open is it calculated again without any rounding, as a sum of doubles that do not overlap (an expansion). So the
+// answers for flat and nearly flat figures never contradict each other, which is what keeps a hull or a complex of
 // tetrahedra closed.
+//
+// Used by tconvexhull and tetra.
 //
 // Source: Shewchuk, Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric Predicates, Discrete &
 // Computational Geometry 18, 1997: error bound p. 348, sums p. 316, products p. 320.
@@ -13,20 +15,29 @@
 #ifndef TESKA_SUPPORT_ORIENT_H
 #define TESKA_SUPPORT_ORIENT_H
 
+#include "Support/vec.h"
+
+#include <cfloat>
 #include <cmath>
 #include <initializer_list>
 
 namespace teska
 {
 
+// Expansions need every operation rounded to double.
+static_assert(FLT_EVAL_METHOD >= 0 && FLT_EVAL_METHOD != 2);
+
 // Coordinates for which no product of three leaves the range of doubles.
 constexpr double orient_largest = 1e100;
 constexpr double orient_smallest = 1e-30;
 
-// The coordinate as the test takes it: what is too small for it becomes 0.
+// A coordinate as the test takes it: what is too small for it becomes 0.
 inline double orient_coordinate(double x) noexcept { return std::fabs(x) < orient_smallest ? 0.0 : x; }
 
 inline bool orient_takes(double x) noexcept { return std::fabs(x) <= orient_largest; }
+
+// Whether no coordinate is too large, infinite or NaN.
+inline bool orient_takes(const vec3 &p) noexcept { return orient_takes(p.x) && orient_takes(p.y) && orient_takes(p.z); }
 
 namespace orient_detail
 {
@@ -128,24 +139,35 @@ expansion<A> negated(expansion<A> a)
     return a;
 }
 
-inline int exact_orientation(const double *a, const double *b, const double *c, const double *d)
+struct exact_vector {
+    expansion<2> x, y, z;
+};
+
+inline exact_vector exact_difference(const vec3 &a, const vec3 &b)
 {
-    // What is too large is made smaller by a power of two: the sign stays, as far as no digits fall off at the other end.
+    return {difference(a.x, b.x), difference(a.y, b.y), difference(a.z, b.z)};
+}
+
+// (a b - c d) e
+inline expansion<64> exact_term(const expansion<2> &a, const expansion<2> &b, const expansion<2> &c,
+                                const expansion<2> &d, const expansion<2> &e)
+{
+    return product(sum(product(a, b), negated(product(c, d))), e);
+}
+
+inline int exact_orientation(const vec3 &a, const vec3 &b, const vec3 &c, const vec3 &d)
+{
+    // Large coordinates are made smaller by a power of two: the sign stays unless small ones next to them lose digits.
     double scale = 1.0;
-    for (const double *point : {a, b, c, d})
-        for (int i = 0; i < 3; ++i)
-            if (!orient_takes(point[i]))
-                scale = 0x1p-700;
-    expansion<2> u[3], v[3], w[3];
-    for (int i = 0; i < 3; ++i) {
-        u[i] = difference(scale * b[i], scale * a[i]);
-        v[i] = difference(scale * c[i], scale * a[i]);
-        w[i] = difference(scale * d[i], scale * a[i]);
-    }
-    const auto along = [&](int i, int j, int k) {
-        return product(sum(product(u[i], v[j]), negated(product(u[j], v[i]))), w[k]);
-    };
-    const auto total = sum(sum(along(1, 2, 0), along(2, 0, 1)), along(0, 1, 2));
+    for (const vec3 &point : {a, b, c, d})
+        if (!orient_takes(point))
+            scale = 0x1p-700;
+    const vec3 from = scale * a;
+    const exact_vector u = exact_difference(scale * b, from);
+    const exact_vector v = exact_difference(scale * c, from);
+    const exact_vector w = exact_difference(scale * d, from);
+    const auto total = sum(sum(exact_term(u.y, v.z, u.z, v.y, w.x), exact_term(u.z, v.x, u.x, v.z, w.y)),
+                           exact_term(u.x, v.y, u.y, v.x, w.z));
     if (total.count == 0)
         return 0;
     return total.term[total.count - 1] > 0.0 ? 1 : -1;
@@ -154,19 +176,17 @@ inline int exact_orientation(const double *a, const double *b, const double *c, 
 }  // namespace orient_detail
 
 // The sign of ((b - a) x (c - a)) . (d - a), exactly: 1 when d lies on the side from which a, b, c run counterclockwise,
-// -1 on the other one, 0 in their plane. Each point is three finite coordinates; exact where those that are not 0
-// have magnitudes from orient_smallest to orient_largest.
-inline int orientation(const double *a, const double *b, const double *c, const double *d) noexcept
+// -1 on the other one, 0 in their plane. All coordinates are finite; exact where those that are not 0 have magnitudes
+// from orient_smallest to orient_largest.
+inline int orientation(const vec3 &a, const vec3 &b, const vec3 &c, const vec3 &d) noexcept
 {
     constexpr double error_bound = 8.0 * 0x1p-53;  // of the determinant, relative to the sum of magnitudes
-    const double ux = b[0] - a[0], uy = b[1] - a[1], uz = b[2] - a[2];
-    const double vx = c[0] - a[0], vy = c[1] - a[1], vz = c[2] - a[2];
-    const double wx = d[0] - a[0], wy = d[1] - a[1], wz = d[2] - a[2];
-    const double yz = uy * vz, zy = uz * vy, zx = uz * vx, xz = ux * vz, xy = ux * vy, yx = uy * vx;
-    const double det = (yz - zy) * wx + (zx - xz) * wy + (xy - yx) * wz;
-    const double magnitude = (std::fabs(yz) + std::fabs(zy)) * std::fabs(wx) +
-                             (std::fabs(zx) + std::fabs(xz)) * std::fabs(wy) +
-                             (std::fabs(xy) + std::fabs(yx)) * std::fabs(wz);
+    const vec3 u = b - a, v = c - a, w = d - a;
+    const double yz = u.y * v.z, zy = u.z * v.y, zx = u.z * v.x, xz = u.x * v.z, xy = u.x * v.y, yx = u.y * v.x;
+    const double det = (yz - zy) * w.x + (zx - xz) * w.y + (xy - yx) * w.z;
+    const double magnitude = (std::fabs(yz) + std::fabs(zy)) * std::fabs(w.x) +
+                             (std::fabs(zx) + std::fabs(xz)) * std::fabs(w.y) +
+                             (std::fabs(xy) + std::fabs(yx)) * std::fabs(w.z);
     const double bound = error_bound * magnitude;
     if (det > bound)
         return 1;

@@ -1,6 +1,6 @@
 #include "tconvexhull.h"
 
-#include "Source/tconvexhull/hull_priv.h"
+#include "Source/tconvexhull/volume.h"
 #include "support/generator.h"
 #include "support/levels.h"
 
@@ -197,7 +197,7 @@ TEST(TConvexHullConstruct, KnowsTheSignThatRoundingHides)
     }
     // The double next to 1 / 3 lies below it, by a third of the step to the one above.
     const double third = 1.0 / 3, more = std::nextafter(third, 1);
-    const double below[] = {third, third, third}, on[] = {third, third, more}, above[] = {third, more, more};
+    const teska::vec3 below{third, third, third}, on{third, third, more}, above{third, more, more};
     EXPECT_EQ(teska::exact_volume_sign(&face, below), 1);
     EXPECT_EQ(teska::exact_volume_sign(&face, on), 0);
     EXPECT_EQ(teska::exact_volume_sign(&face, above), -1);

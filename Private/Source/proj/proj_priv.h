@@ -98,7 +98,7 @@ inline double span_triangle(const triangle &t, plane &p) noexcept
 // The ordinary projections and those at constant parameter; what the functions of proj.h do, which hand them on. 0 or -1.
 inline projection first_end(const vec3 &p0, double dist) noexcept { return {p0, dist, {1.0, 0.0}}; }
 
-// Inline: a projection on a triangle ends here as a rule.
+// Inline: most projections on a triangle end here.
 inline projection project_on_segment(const vec3 &p0, const vec3 &p1, const vec3 &q) noexcept
 {
     const vec3 edge = p1 - p0;

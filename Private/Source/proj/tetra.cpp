@@ -1,8 +1,8 @@
 // proj/tetra - projections of a point onto tetrahedra and their faces (geometry)
 //
 // Face k is the one without vertex k. The value of its plane at q, divided by the value at vertex k, is the barycentric
-// weight of vertex k: all four within 0 .. 1, with some slack, say that q is inside. Outside the nearest of the four faces
-// answers, and so it does for a tetrahedron that is too flat to have an inside.
+// weight of vertex k: q is inside when all four are within 0 .. 1, with some slack. Outside, and for a tetrahedron that is
+// too flat to have an inside, the answer is that of the nearest of the four faces.
 
 #include "Source/proj/proj_priv.h"
 
@@ -22,15 +22,17 @@ constexpr double largest_weight = 1.001;
 
 constexpr int faces[4][3] = {{1, 2, 3}, {0, 2, 3}, {0, 1, 3}, {0, 1, 2}};
 
-enum class place { inside, outside, beside_a_line };
+// Where the query point is, unless three vertices are on a line: there is no plane to compare with.
+enum class location { inside, outside, unknown };
 
 triangle face_of(const double *tet, int k)
 {
     return {{tet + 3 * faces[k][0], tet + 3 * faces[k][1], tet + 3 * faces[k][2]}};
 }
 
-// Finds the weights of q, and the largest of them as its distance. `collinear` is the face that has no plane.
-place locate(const double *tet, const vec3 &q, projection &found, int &collinear)
+// Inside, `found` is q itself with its weights, and the largest of these as its distance. Unknown, `collinear` is the face
+// that has no plane.
+location locate(const double *tet, const vec3 &q, projection &found, int &collinear)
 {
     found.point = q;
     found.dist = 0.0;
@@ -39,23 +41,23 @@ place locate(const double *tet, const vec3 &q, projection &found, int &collinear
         plane p;
         if (span_triangle(face, p) < proj_degenerate) {
             collinear = k;
-            return place::beside_a_line;
+            return location::unknown;
         }
-        // All comparisons say what has to hold, so that not-a-number is outside.
+        // The conditions state what holds inside, so NaN is outside.
         const double height = value_at(p, vertex(tet, k));
         if (!(std::fabs(height) >= flat))
-            return place::outside;
+            return location::outside;
         const double weight = value_at(p, q) / height;
         if (!(weight >= least_weight && weight <= largest_weight))
-            return place::outside;
+            return location::outside;
         found.weight[k] = weight;
         found.dist = std::fmax(found.dist, weight);
     }
-    return place::inside;
+    return location::inside;
 }
 
-// The nearest face, the first of equals; faces that cannot be projected on are left out. face(triangle, found) is a
-// projection onto a triangle. Returns 0, or -1 when no face is left.
+// The answer of the nearest face, the first of equals; faces that cannot be projected on are left out. face(triangle,
+// found) is a projection onto a triangle. Returns 0, or -1 when no face is left.
 template <class Face>
 int on_faces(const double *tet, const Face &face, projection &best)
 {
@@ -64,6 +66,7 @@ int on_faces(const double *tet, const Face &face, projection &best)
         projection found;
         if (face(face_of(tet, k), found) != 0 || (any && !(found.dist < best.dist)))
             continue;
+        // The best so far, with the weights moved from the corners of the face to those of the tetrahedron.
         any = true;
         best.point = found.point;
         best.dist = found.dist;
@@ -90,18 +93,20 @@ int on_boundary_par(const double *tet, const vec3 &q, const vec3 &dir, projectio
         found);
 }
 
-// Three vertices on a line and one beside it: a triangle of the longest side and that vertex.
+// Three vertices on a line and the fourth, the apex: `found` is the projection onto the triangle of their longest side and
+// the apex. Returns 0 or -1.
 int on_flat_par(const double *tet, int apex, const vec3 &q, const vec3 &dir, projection &found)
 {
     const triangle_side base = longest_side(face_of(tet, apex));
+    // Of the three on the line, the one between the ends of the longest side is left out.
     const int corners[3] = {faces[apex][base.a], faces[apex][base.b], apex};
-    projection flat_found;
+    projection on_triangle;
     if (project_on_triangle_par({{tet + 3 * corners[0], tet + 3 * corners[1], tet + 3 * corners[2]}}, q, dir,
-                                flat_found) != 0)
+                                on_triangle) != 0)
         return -1;
-    found = {flat_found.point, -flat_found.dist, {0.0, 0.0, 0.0, 0.0}};
+    found = {on_triangle.point, -on_triangle.dist, {0.0, 0.0, 0.0, 0.0}};
     for (int i = 0; i < 3; ++i)
-        found.weight[corners[i]] = flat_found.weight[i];
+        found.weight[corners[i]] = on_triangle.weight[i];
     return 0;
 }
 
@@ -113,7 +118,7 @@ namespace teska
 int project_on_tetra(const double *tet, const vec3 &q, projection &found) noexcept
 {
     int collinear = 0;
-    if (locate(tet, q, found, collinear) == place::inside)
+    if (locate(tet, q, found, collinear) == location::inside)
         return 0;
     if (on_boundary(tet, q, found) != 0)
         return -1;
@@ -140,13 +145,13 @@ int proj_on_tetra_par(const double tet[12], const double q[3], const double dir[
     projection found;
     int collinear = 0;
     switch (locate(tet, query, found, collinear)) {
-    case place::inside:
+    case location::inside:
         break;
-    case place::beside_a_line:
+    case location::unknown:
         if (on_flat_par(tet, collinear, query, along, found) != 0)
             return -1;
         break;
-    case place::outside:
+    case location::outside:
         if (on_boundary_par(tet, query, along, found) != 0)
             return -100;
         found.dist = -found.dist;

@@ -4,7 +4,7 @@
 // plane through it at right angles to the triangle; where the query point and the opposite vertex lie on different sides
 // of it, this edge alone gets the answer:
 //
-//             p2                    of the point x both the edges (p0,p1) and (p0,p2) can see, and the first decides:
+//             p2                    the point x lies beyond the edges (p0,p1) and (p0,p2), and the first decides:
 //            /  \                   it goes to p0, even where a point of (p0,p2) were nearer
 //           /    \                  .
 //         p0 ---- p1                The ratio of the values of the plane at q and at the opposite vertex is that vertex's
@@ -22,7 +22,7 @@ using namespace teska;
 namespace
 {
 
-// From where on a triangle is passed from behind.
+// From which slope on a line passes a triangle from behind.
 constexpr double behind = 0.001;
 
 constexpr double infinitely_far = 1e20;

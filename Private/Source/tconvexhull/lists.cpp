@@ -1,157 +1,16 @@
 // tconvexhull/lists - the records of a hull: making, joining, cleaning up (geometry)
 //
-// Records are made one by one. Faces enter the plane arrays (Support/hull_priv.h) as soon as they know their vertices,
-// and leave them when they are freed. A clean-up touches only what the step has touched; the lists come out as if it
-// had walked them from end to end.
+// Records are made one by one. Faces enter the plane arrays (planes.h) as soon as they know their vertices, and leave
+// them when they are freed. A clean-up touches only what the step has touched; the lists come out as if it had walked
+// them from end to end.
 
-#include "Kernels/kernels.h"
-#include "Source/tconvexhull/hull_priv.h"
+#include "Source/tconvexhull/store.h"
 
 #include "tconvexhull.h"
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <utility>
 
 using teska::full;
-
-namespace teska
-{
-
-// ---- Planes ---------------------------------------------------------------------------------------------------------
-
-void core::start(const double *half) noexcept
-{
-    for (int k = 0; k < 3; ++k) {
-        half_[k] = half[k];
-        per_half_[k] = 1.0 / half[k];
-    }
-    box_ = ball_ = 0.0;
-}
-
-void core::cut(const double *n, double d, double limit) noexcept
-{
-    // How far the value falls from the centre to the farthest corner of the box, and to the ellipsoid.
-    double box_fall = 0.0;
-    double ball_fall = 0.0;
-    for (int k = 0; k < 3; ++k) {
-        const double fall = std::fabs(n[k]) * half_[k];
-        box_fall += fall;
-        ball_fall += fall * fall;
-    }
-    ball_fall = std::sqrt(ball_fall);
-    const double room = d > limit ? d - limit : 0.0;
-    if (!(room > box_ * box_fall))
-        box_ = room / box_fall;
-    if (!(room > ball_ * ball_fall))
-        ball_ = room / ball_fall;
-}
-
-void face_planes::start(const double *centre, const double *half, double limit) noexcept
-{
-    std::copy_n(centre, 3, centre_);
-    core_limit_ = limit;
-    core_.start(half);
-}
-
-void face_planes::cut_core(std::ptrdiff_t slot) noexcept
-{
-    const double *const at = values_ + slot;
-    const double n[3] = {at[0], at[room_], at[2 * room_]};
-    core_.cut(n, at[3 * room_], core_limit_);
-}
-
-void face_planes::fit_core() noexcept
-{
-    core_.fill();
-    for (std::ptrdiff_t i = 0; i < count_; ++i)
-        cut_core(i);
-}
-
-bool face_planes::grow() noexcept
-{
-    constexpr std::size_t line = 64;
-    const std::ptrdiff_t room = room_ != 0 ? 2 * room_ : 8 * hull_planes::group;
-    heap_block<double> block = zeroed_block<double>(4 * static_cast<std::size_t>(room) + line / sizeof(double));
-    heap_block<hull_face *> owners = zeroed_block<hull_face *>(static_cast<std::size_t>(room));
-    if (!block || !owners)
-        return false;
-    const std::size_t over = reinterpret_cast<std::uintptr_t>(block.get()) % line;
-    double *const values = block.get() + (over != 0 ? (line - over) / sizeof(double) : 0);
-    for (std::ptrdiff_t i = 0; i < count_; ++i) {
-        owners.get()[i] = owners_.get()[i];
-        for (int k = 0; k < 4; ++k)
-            values[k * room + i] = values_[k * room_ + i];
-    }
-    values_ = values;
-    block_.swap(block);
-    owners_.swap(owners);
-    room_ = room;
-    for (std::ptrdiff_t i = count_; i < room; ++i)
-        blank(i);
-    return true;
-}
-
-// What no point is below.
-void face_planes::blank(std::ptrdiff_t slot) noexcept
-{
-    for (int k = 0; k < 3; ++k)
-        values_[k * room_ + slot] = 0.0;
-    values_[3 * room_ + slot] = std::numeric_limits<double>::infinity();
-}
-
-bool face_planes::add(hull_face *face) noexcept
-{
-    if (count_ == room_ && !grow())
-        return false;
-    const double *const p = face->vertex[0]->v;
-    const double *const q = face->vertex[1]->v;
-    const double *const r = face->vertex[2]->v;
-    const double a[3] = {q[0] - p[0], q[1] - p[1], q[2] - p[2]};
-    const double b[3] = {r[0] - p[0], r[1] - p[1], r[2] - p[2]};
-    // The normal points inwards: the volume grows to the inside.
-    const double n[3] = {a[2] * b[1] - a[1] * b[2], a[0] * b[2] - a[2] * b[0], a[1] * b[0] - a[0] * b[1]};
-    for (int k = 0; k < 3; ++k)
-        values_[k * room_ + count_] = n[k];
-    values_[3 * room_ + count_] =
-        -(n[0] * (p[0] - centre_[0]) + n[1] * (p[1] - centre_[1]) + n[2] * (p[2] - centre_[2]));
-    owners_.get()[count_] = face;
-    face->slot = count_++;
-    for (tVertexStructure *const v : face->vertex)
-        full(v)->face = face;
-    cut_core(face->slot);
-    return true;
-}
-
-void face_planes::remove(hull_face *face) noexcept
-{
-    if (face->slot < 0)
-        return;
-    const std::ptrdiff_t last = --count_;
-    for (int k = 0; k < 4; ++k)
-        values_[k * room_ + face->slot] = values_[k * room_ + last];
-    owners_.get()[face->slot] = owners_.get()[last];
-    owners_.get()[last]->slot = face->slot;
-    blank(last);
-}
-
-void face_planes::clear() noexcept
-{
-    while (count_ > 0)
-        blank(--count_);
-}
-
-std::ptrdiff_t face_planes::first_below(std::ptrdiff_t from, const double *point, double limit) const noexcept
-{
-    const std::ptrdiff_t filled = (count_ + hull_planes::group - 1) / hull_planes::group * hull_planes::group;
-    const double *const x = values_;
-    const hull_planes planes{x, x + room_, x + 2 * room_, x + 3 * room_, filled};
-    const std::ptrdiff_t found = kernels().hull.first_below(planes, from, point, limit);
-    return found < count_ ? found : count_;
-}
-
-}  // namespace teska
 
 namespace
 {
@@ -180,7 +39,7 @@ tVertexStructure *TConvexHull::MakeNullVertex()
 
 tEdgeStructure *TConvexHull::MakeNullEdge()
 {
-    teska::hull_edge *const e = store->spare_edges.take();
+    teska::hull_edge *const e = store->spare_edges.make();
     if (e != nullptr) {
         e->order = store->edges_made++;
         teska::append<tEdgeStructure>(edges, e);
@@ -190,7 +49,7 @@ tEdgeStructure *TConvexHull::MakeNullEdge()
 
 tFaceStructure *TConvexHull::MakeNullFace()
 {
-    teska::hull_face *const f = store->spare_faces.take();
+    teska::hull_face *const f = store->spare_faces.make();
     if (f != nullptr) {
         f->slot = -1;
         teska::append<tFaceStructure>(faces, f);
@@ -307,8 +166,8 @@ void TConvexHull::CleanFaces()
     }
 }
 
-// `next` is where the walk through the list goes on. Vertices live on outside the list until the construction has
-// succeeded.
+// `next` is the vertex with which the walk through the list goes on. Vertices found inside leave the list but live on
+// until the construction has succeeded.
 void TConvexHull::CleanVertices(tVertexStructure **next)
 {
     for (; store->unlinked < store->inside.size(); ++store->unlinked) {
@@ -322,7 +181,7 @@ void TConvexHull::CleanVertices(tVertexStructure **next)
             end->duplicate = nullptr;
 }
 
-// On every face the edges in the order of the vertices.
+// Puts the edges of every face into the order of its vertices.
 void TConvexHull::EdgeOrderOnFaces()
 {
     tFaceStructure *f = faces;

@@ -2,7 +2,7 @@
 //
 // Records are named by the lower 32 bits of their addresses, which is what a debugger session of one process needs.
 
-#include "Source/tconvexhull/hull_priv.h"
+#include "Source/tconvexhull/volume.h"
 
 #include "tconvexhull.h"
 
@@ -170,7 +170,10 @@ void TConvexHull::Print() const
 
 // ---- Checks ---------------------------------------------------------------------------------------------------------
 
-int TConvexHull::Volumei(tFaceStructure *f, tVertexStructure *p) const { return whole(teska::face_volume(f, p->v)); }
+int TConvexHull::Volumei(tFaceStructure *f, tVertexStructure *p) const
+{
+    return whole(teska::face_volume(f, teska::position(p)));
+}
 
 // Every edge is a side of two faces, edge[i] of each joins vertex[i] to the next.
 int TConvexHull::CheckEndpts() const

@@ -2,111 +2,42 @@
 //
 // The promised choice is every face with a volume below -0.5. Where faces are small it leaves out some in the midst of
 // others: the border falls into several loops, or touches itself at a vertex, and a cone over it would give an edge
-// more or fewer than two faces. And where it happens to be a loop, the surface is left a little hollow at the faces
+// more or fewer than two faces. And where it happens to be a loop, the surface stays a little hollow at the faces
 // left out, and a later point may see into the hollow from afar: no choice of faces mends that step alone.
 //
 // In exact steps the choice is every face with a volume below 0 in exact arithmetic. From a first triangle and a point
-// beside it on, the surface is then convex without any slack, and the faces below a point are a disc: those in the
+// outside its plane on, the surface is then convex without any slack, and the faces below a point are a disc: those in the
 // plane of the point do not count, so they are also the faces below a point moved a little towards the inside, from
-// which no face is seen edge-on. They hold together, so they are grown around one of them. A neighbour joins when the
+// which no face is seen edge-on. They hang together, so they are grown around one of them. A neighbour joins when the
 // piece stays a disc: it meets the piece in one edge and its opposite vertex is not of the piece, or in two edges; one
 // with three would leave no other side. Any disc of triangles can be built up that way in any order, so this never
-// stops short; it is there for coordinates whose products overflow, where exact arithmetic ends.
+// stops short; the rule is there for coordinates whose products overflow, where exact arithmetic ends.
 //
 // The first of them is found by a walk. From a point inside, the eye, every other point lies in the direction of one
 // face: it is outside when it is below that one. A walk starts at a vertex in about that direction and crosses the
-// sides behind which the point lies. With n the normal of a face as long as 1 / its distance from the eye, every step
+// sides beyond which the point lies. With n the normal of a face as long as 1 / its distance from the eye, every step
 // to a face that is not in the same plane makes n * point larger, so the walk ends; among faces in one plane it may go
 // round in circles, and is given up. Then, and before there is an eye, the search through the planes serves.
 
-#include "Source/tconvexhull/hull_priv.h"
+#include "Source/tconvexhull/store.h"
 
 #include "tconvexhull.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstddef>
 
 using teska::full;
 
 namespace teska
 {
 
-// ---- Directions -----------------------------------------------------------------------------------------------------
-
-bool compass::reserve(std::size_t vertices) noexcept
-{
-    has_eye_ = false;
-    levels_ = 1;
-    while (std::size_t{6} << 2 * (levels_ - 1) < vertices)
-        ++levels_;
-    last_ = zeroed_block<hull_vertex *>(place({0, 0, 0}, levels_));
-    return last_ != nullptr;
-}
-
-void compass::release() noexcept
-{
-    has_eye_ = false;
-    last_.reset();
-}
-
-void compass::look_from(const double *eye, const double *half) noexcept
-{
-    has_eye_ = true;
-    std::copy_n(eye, 3, eye_);
-    std::copy_n(half, 3, half_);
-}
-
-compass::square compass::finest(const double *point) const noexcept
-{
-    double d[3];
-    int main = 0;
-    for (int k = 0; k < 3; ++k) {
-        d[k] = (point[k] - eye_[k]) / half_[k];
-        main = std::fabs(d[k]) > std::fabs(d[main]) ? k : main;
-    }
-    const double squares = static_cast<double>(std::size_t{1} << (levels_ - 1));
-    // Where it meets the side, from edge to edge; the eye itself lies in the first square.
-    const auto along = [&](double length) {
-        const double at = (length / std::fabs(d[main]) + 1) / 2 * squares;
-        return static_cast<std::size_t>(at >= 1 ? std::min(at, squares - 1) : 0.0);
-    };
-    return {2 * static_cast<std::size_t>(main) + (d[main] < 0 ? 1 : 0), along(d[(main + 1) % 3]),
-            along(d[(main + 2) % 3])};
-}
-
-// The squares of all coarser levels come first: 6 + 24 + .. = 2 (4^level - 1).
-std::size_t compass::place(const square &of, int level) const noexcept
-{
-    const int finer = std::max(levels_ - 1 - level, 0);
-    const std::size_t coarser = 2 * ((std::size_t{1} << 2 * level) - 1);
-    return coarser + (((of.side << level) + (of.x >> finer)) << level) + (of.y >> finer);
-}
-
-void compass::enter(hull_vertex *v) noexcept
-{
-    const square in = finest(v->v);
-    for (int level = 0; level < levels_; ++level)
-        last_[place(in, level)] = v;
-}
-
-const hull_vertex *compass::nearest(const double *point) const noexcept
-{
-    const square in = finest(point);
-    for (int level = levels_ - 1; level >= 0; --level) {
-        const hull_vertex *const v = last_[place(in, level)];
-        if (v != nullptr && !v->gone)
-            return v;
-    }
-    return nullptr;
-}
-
 namespace
 {
 
 // Whether the border, of which every vertex knows its follower, comes back to its beginning only after all its edges.
-bool one_loop(const tVertexStructure *begin, std::size_t edges) noexcept
+bool one_loop(const tVertexStructure *begin, int edges) noexcept
 {
-    std::size_t length = 0;
+    int length = 0;
     const tVertexStructure *v = begin;
     do {
         v = static_cast<const hull_vertex *>(v)->follower;
@@ -115,22 +46,18 @@ bool one_loop(const tVertexStructure *begin, std::size_t edges) noexcept
     return length == edges;
 }
 
-tFaceStructure *across(const tEdgeStructure *e, const tFaceStructure *f) noexcept
-{
-    return e->adjface[e->adjface[0] == f ? 1 : 0];
-}
-
-// The face of a convex hull in the direction of the point; null: not found on the way.
-tFaceStructure *walk(const double *eye, tFaceStructure *from, const double *p, std::ptrdiff_t steps) noexcept
+// The face of a convex hull in the direction of the point; null: not found in so many steps.
+tFaceStructure *walk(const vec3 &eye, tFaceStructure *from, const vec3 &p, std::ptrdiff_t steps) noexcept
 {
     tFaceStructure *f = from;
     const tEdgeStructure *crossed = nullptr;
     for (; steps > 0; --steps) {
-        const auto behind = [&](int i) {
-            return f->edge[i] != crossed && exact_volume_sign(f->vertex[i]->v, f->vertex[(i + 1) % 3]->v, p, eye) < 0;
+        const auto lies_beyond = [&](int i) {
+            return f->edge[i] != crossed &&
+                   exact_volume_sign(position(f->vertex[i]), position(f->vertex[(i + 1) % 3]), p, eye) < 0;
         };
         int i = 0;
-        while (i < 3 && !behind(i))
+        while (i < 3 && !lies_beyond(i))
             ++i;
         if (i == 3)
             return f;
@@ -141,7 +68,7 @@ tFaceStructure *walk(const double *eye, tFaceStructure *from, const double *p, s
 }
 
 // A face below the point; null: there is none. Any face will do to start from.
-tFaceStructure *find_below(const tHullStore &store, tFaceStructure *any, const double *p) noexcept
+tFaceStructure *find_below(const tHullStore &store, tFaceStructure *any, const vec3 &p) noexcept
 {
     const face_planes &planes = store.planes;
     if (store.compass.has_eye()) {
@@ -165,6 +92,7 @@ class piece
 public:
     explicit piece(int number) noexcept : number_(number) {}
 
+    // Whether a neighbour of the piece leaves it a disc.
     [[nodiscard]] bool may_join(const tFaceStructure *f) const noexcept
     {
         int shared = 0;
@@ -177,7 +105,7 @@ public:
     }
 
     // False: memory is short.
-    bool join(tHullStore &store, tFaceStructure *f) const noexcept
+    [[nodiscard]] bool join(tHullStore &store, tFaceStructure *f) const noexcept
     {
         for (tVertexStructure *const v : f->vertex)
             full(v)->piece = number_;
@@ -195,25 +123,25 @@ private:
 void tHullStore::orient(tVertexStructure *added) noexcept
 {
     if (compass.has_eye())
-        compass.enter(teska::full(added));
+        compass.add(teska::full(added));
     if (compass.has_eye() || planes.faces() != 4)
         return;
-    double mean[3] = {};
-    bool inside_all = true;
+    // Every vertex of a tetrahedron is a corner of three faces.
+    teska::vec3 mean = {};
     for (int i = 0; i < 4; ++i)
         for (const tVertexStructure *const v : planes.face(i)->vertex)
-            for (int k = 0; k < 3; ++k)
-                mean[k] += v->v[k] / 12;
+            mean = mean + teska::position(v) / 12;
+    bool inside_all = true;
     for (int i = 0; i < 4; ++i)
         inside_all = inside_all && teska::exact_volume_sign(planes.face(i), mean) > 0;
     if (inside_all)
         compass.look_from(mean, half);
 }
 
-// Marks and gathers the faces that the point takes away, and finds their border. Returns a hull_step.
+// The faces that the point takes away are marked and in `seen`, and their border is known. Returns a hull_step.
 int TConvexHull::FindVisible(tVertexStructure *p)
 {
-    const teska::centred_point point(*store, p->v);
+    const teska::centred_point point(*store, teska::position(p));
     if (store->planes.in_core(point.at))
         return teska::inside;
     if (store->exact)
@@ -223,7 +151,7 @@ int TConvexHull::FindVisible(tVertexStructure *p)
     for (std::ptrdiff_t i = 0; (i = planes.first_below(i, point.at, limit)) < planes.faces(); ++i)
         if (VolumeSign(planes.face(i), p) < 0 && !store->see(planes.face(i)))
             return teska::no_memory;
-    // The first point beside the double triangle is above one side or the other, whatever rounding says.
+    // The first point outside the plane of the double triangle sees one side or the other, whatever rounding says.
     if (store->seen.size() == 0 && planes.faces() == 2 && VolumeSign(faces, p) > 0 && !store->see(faces->next))
         return teska::no_memory;
     return store->seen.size() == 0 ? teska::inside : FindBorder();
@@ -232,16 +160,17 @@ int TConvexHull::FindVisible(tVertexStructure *p)
 // The same in exact steps.
 int TConvexHull::FindBelow(tVertexStructure *p)
 {
-    tFaceStructure *const start = teska::find_below(*store, faces, p->v);
+    tFaceStructure *const start = teska::find_below(*store, faces, teska::position(p));
     if (start == nullptr)
         return teska::inside;
     const teska::piece grown(++store->pieces_grown);
     if (!grown.join(*store, start))
         return teska::no_memory;
-    for (std::size_t i = 0; i < store->seen.size(); ++i)
+    for (int i = 0; i < store->seen.size(); ++i)
         for (const tEdgeStructure *const e : store->seen[i]->edge) {
             tFaceStructure *const f = teska::across(e, store->seen[i]);
-            const bool joins = f->visible == 0 && grown.may_join(f) && teska::exact_volume_sign(f, p->v) < 0;
+            const bool joins =
+                f->visible == 0 && grown.may_join(f) && teska::exact_volume_sign(f, teska::position(p)) < 0;
             if (joins && !grown.join(*store, f))
                 return teska::no_memory;
         }
@@ -253,12 +182,14 @@ int TConvexHull::FindBorder()
 {
     store->border.clear();
     store->buried.clear();
+    // Every vertex of the border gets to know its follower; in a simple loop each has one.
     bool simple = true;
     const tVertexStructure *begin = nullptr;
     for (tFaceStructure *const f : store->seen)
         for (int i = 0; i < 3; ++i) {
             tEdgeStructure *const e = f->edge[i];
             if (teska::across(e, f)->visible != 0) {
+                // Met from both faces, listed once.
                 if (e->adjface[0] == f && !store->buried.push(e))
                     return teska::no_memory;
                 continue;

@@ -3,20 +3,24 @@
 // The hull grows by one corner at a time from a tetrahedron of extreme points. Each triangle keeps the points that lie
 // beyond it, more than the tolerance away, and no point is kept twice. The farthest of them becomes the next corner:
 //
-//     seen      the triangles whose plane it lies strictly beyond, decided exactly (Support/orient.h)
+//     seen      the triangles beyond whose plane it lies, decided exactly (Support/orient.h)
 //     border    the sides between seen and unseen triangles, one closed loop
-//     new       one triangle per side, up to the point; the points of the seen ones are dealt out among these
+//     new       one triangle per side, up to the point; the points of the seen ones are distributed among these
 //
-// With exact signs the body is convex after each step, triangles in one plane side by side included, and the border is a
-// simple loop. What the tolerance decides is only which points become corners: of those that lie in the face of the hull
-// but for rounding none does, so there are no needles along the face's sides. Taking the farthest, and among those the
-// one farthest from the first corner, finds the true corners of a face before the points within it.
+// With exact signs the body is convex after each step, triangles in one plane side by side included. The border is then
+// a simple loop: what a point sees, planes through it not counted, is also what is seen from a place just below it,
+// which lies in no plane, and that is a disc. Nor has any triangle corners in a line: a point on the line of a side lies
+// in the planes of both triangles there and sees neither.
+//
+// The tolerance decides only which points become corners: those that lie in a face of the hull but for rounding do not,
+// so there are no needles along the sides of the face. Taking the farthest, and among those the one farthest from the
+// first corner, finds the true corners of a face before the points within it.
 //
 // Source: Barber, Dobkin and Huhdanpaa, The Quickhull Algorithm for Convex Hulls, ACM Transactions on Mathematical
 // Software 22, 1996, p. 472. Cost: O(n log n) for points in no particular order.
 
-#include "Source/tetra/tetra_priv.h"
-#include "Support/growing.h"
+#include "Source/tetra/hull.h"
+
 #include "Support/memory.h"
 #include "Support/orient.h"
 
@@ -24,33 +28,19 @@
 #include <cmath>
 #include <utility>
 
+namespace teska::tetra
+{
+
 namespace
 {
 
-using teska::growing;
-using teska::tetra::coordinates;
-using teska::tetra::hull_triangle;
-using teska::tetra::place;
-
 constexpr double relative_tolerance = 1e-9;  // of the largest coordinate: what decimal input leaves of a plane
-constexpr int none = -1;
-
-place minus(const place &a, const place &b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
-
-place cross(const place &a, const place &b)
-{
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-
-double dot(const place &a, const place &b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
-
-double length(const place &a) { return std::sqrt(dot(a, a)); }
 
 struct face {
     hull_triangle sides;
-    place normal;  // of length 1
-    int outside;   // the first of the points that it keeps; none
-    bool seen;     // by the point that is being added
+    vec3 normal;  // of length 1
+    int outside;  // the first of the points that it keeps; none
+    bool seen;    // by the point that is being added
     bool gone;
 };
 
@@ -64,14 +54,13 @@ struct border_side {
 class hull_builder
 {
 public:
-    hull_builder(const place *points, double tolerance) : points_(points), tolerance_(tolerance) {}
+    hull_builder(const vec3 *points, double tolerance) : points_(points), tolerance_(tolerance) {}
 
     bool build(int nr_points, const growing<int> &chosen);
     bool store(growing<hull_triangle> &hull);
 
 private:
-    const place &at(int point) const { return points_[point]; }
-    const double *where(int point) const { return coordinates(points_[point]); }
+    const vec3 &at(int point) const { return points_[point]; }
 
     template <class Measure>
     int farthest(int first, int from, Measure measure) const;
@@ -79,42 +68,41 @@ private:
     bool make_first(const int *corner, int first);
     int spread_in_plane(int first, const int *corner) const;
     face face_of(int a, int b, int c) const;
-    double beyond(const face &f, int point) const { return dot(f.normal, minus(at(point), at(f.sides.corner[0]))); }
+    double height(const face &f, int point) const { return dot(f.normal, at(point) - at(f.sides.corner[0])); }
     bool sees(int point, const face &f) const;
-    bool keep(int f, int point);
-    void drop(int f, int point);
+    bool assign(int f, int point);
+    void release(int f, int point);
     int face_below(int point, const int *faces, int nr_faces) const;
-    bool deal_out(int first, const int *faces, int nr_faces);
+    bool distribute(int first, const int *faces, int nr_faces);
     bool add(int point, int through);
     bool find_border(int point, int through);
-    bool is_loop();
     bool replace_seen(int point);
     void join();
 
-    const place *points_;
+    const vec3 *points_;
     double tolerance_;
     growing<face> faces_;
     growing<int> waiting_;  // faces that keep points
     growing<int> seen_;
     growing<border_side> border_;
     growing<int> new_faces_;
-    teska::heap_block<int> next_;     // of each point: the next one that its face keeps
-    teska::heap_block<int> side_at_;  // of each corner: the side of the border that starts there
+    heap_block<int> next_;     // of each point: the next one that its face keeps
+    heap_block<int> side_at_;  // of each corner of the border: the side that starts there
 };
 
-// The point of a chain with the largest measure; of those within the tolerance of it, the one farthest from a point.
+// The point of a chain with the largest measure; among those within the tolerance of it, the one farthest from a point.
 template <class Measure>
 int hull_builder::farthest(int first, int from, Measure measure) const
 {
     double most = -1.0;
-    for (int p = first; p != none; p = next_[static_cast<std::size_t>(p)])
+    for (int p = first; p != none; p = next_[p])
         most = std::max(most, measure(p));
     int best = none;
     double best_length = -1.0;
-    for (int p = first; p != none; p = next_[static_cast<std::size_t>(p)]) {
+    for (int p = first; p != none; p = next_[p]) {
         if (measure(p) < most - tolerance_)
             continue;
-        const double l = length(minus(at(p), at(from)));
+        const double l = length(at(p) - at(from));
         if (l > best_length) {
             best = p;
             best_length = l;
@@ -125,25 +113,25 @@ int hull_builder::farthest(int first, int from, Measure measure) const
 
 face hull_builder::face_of(int a, int b, int c) const
 {
-    const place n = cross(minus(at(b), at(a)), minus(at(c), at(a)));
+    const vec3 n = cross(at(b) - at(a), at(c) - at(a));
     const double l = length(n);
-    const place unit = l > 0.0 ? place{n.x / l, n.y / l, n.z / l} : place{0.0, 0.0, 0.0};
+    const vec3 unit = l > 0.0 ? n / l : vec3{0.0, 0.0, 0.0};
     return {.sides = {{a, b, c}, {none, none, none}}, .normal = unit, .outside = none, .seen = false, .gone = false};
 }
 
 bool hull_builder::sees(int point, const face &f) const
 {
     const int *c = f.sides.corner;
-    return teska::orientation(where(c[0]), where(c[1]), where(c[2]), where(point)) > 0;
+    return orientation(at(c[0]), at(c[1]), at(c[2]), at(point)) > 0;
 }
 
 // The point farthest from the line through two corners.
 int hull_builder::spread_in_plane(int first, const int *corner) const
 {
-    const place along = minus(at(corner[1]), at(corner[0]));
+    const vec3 along = at(corner[1]) - at(corner[0]);
     const double l = length(along);
-    const place unit{along.x / l, along.y / l, along.z / l};
-    const auto off_line = [&](int p) { return length(cross(unit, minus(at(p), at(corner[0])))); };
+    const vec3 unit = along / l;
+    const auto off_line = [&](int p) { return length(cross(unit, at(p) - at(corner[0]))); };
     const int best = farthest(first, corner[0], off_line);
     return off_line(best) > tolerance_ ? best : none;
 }
@@ -152,21 +140,21 @@ int hull_builder::spread_in_plane(int first, const int *corner) const
 bool hull_builder::start(int first, bool &flat)
 {
     flat = true;
-    const auto from = [this](int p) { return [this, p](int q) { return length(minus(at(q), at(p))); }; };
+    const auto from = [this](int p) { return [this, p](int q) { return length(at(q) - at(p)); }; };
     int corner[4];
     corner[0] = farthest(first, first, from(first));
     corner[1] = farthest(first, corner[0], from(corner[0]));
-    if (!(length(minus(at(corner[1]), at(corner[0]))) > tolerance_))
+    if (!(length(at(corner[1]) - at(corner[0])) > tolerance_))
         return true;
     corner[2] = spread_in_plane(first, corner);
     if (corner[2] == none)
         return true;
     const face base = face_of(corner[0], corner[1], corner[2]);
-    const auto off_plane = [&](int p) { return std::fabs(beyond(base, p)); };
+    const auto off_plane = [&](int p) { return std::fabs(height(base, p)); };
     corner[3] = farthest(first, corner[0], off_plane);
     if (!(off_plane(corner[3]) > tolerance_))
         return true;
-    const int side = teska::orientation(where(corner[0]), where(corner[1]), where(corner[2]), where(corner[3]));
+    const int side = orientation(at(corner[0]), at(corner[1]), at(corner[2]), at(corner[3]));
     if (side > 0)
         std::swap(corner[1], corner[2]);
     flat = side == 0;
@@ -176,8 +164,7 @@ bool hull_builder::start(int first, bool &flat)
 // The four faces of the first tetrahedron. False when memory is short.
 bool hull_builder::make_first(const int *corner, int first)
 {
-
-    // The fourth point is behind the first face; across[k] is the face beyond the side that starts at corner k.
+    // The fourth point is on the inner side of the first face; across[k] is the face beyond the side that starts at corner k.
     static constexpr hull_triangle shape[4] = {
         {{0, 1, 2}, {1, 2, 3}}, {{1, 0, 3}, {0, 3, 2}}, {{2, 1, 3}, {0, 1, 3}}, {{0, 2, 3}, {0, 2, 1}}};
     for (const hull_triangle &t : shape) {
@@ -187,55 +174,55 @@ bool hull_builder::make_first(const int *corner, int first)
             return false;
     }
     static constexpr int all[4] = {0, 1, 2, 3};
-    return deal_out(first, all, 4);
+    return distribute(first, all, 4);
 }
 
 // Puts a point first among those that a face keeps. False when memory is short.
-bool hull_builder::keep(int f, int point)
+bool hull_builder::assign(int f, int point)
 {
     if (faces_[f].outside == none && !waiting_.push(f))
         return false;
-    next_[static_cast<std::size_t>(point)] = std::exchange(faces_[f].outside, point);
+    next_[point] = std::exchange(faces_[f].outside, point);
     return true;
 }
 
-void hull_builder::drop(int f, int point)
+void hull_builder::release(int f, int point)
 {
     int *link = &faces_[f].outside;
     while (*link != point)
-        link = &next_[static_cast<std::size_t>(*link)];
-    *link = next_[static_cast<std::size_t>(point)];
+        link = &next_[*link];
+    *link = next_[point];
 }
 
-// The first of some faces that a point lies beyond. One near those faces, yet beyond none of them by the tolerance, may
-// lie beyond any other at a sharp edge.
+// The first of some faces that a point lies beyond; none. A point near those faces, yet beyond none of them by the
+// tolerance, may lie beyond any other face where the hull has a sharp edge.
 int hull_builder::face_below(int point, const int *faces, int nr_faces) const
 {
     double most = -HUGE_VAL;
     for (int i = 0; i < nr_faces; ++i) {
-        most = std::max(most, beyond(faces_[faces[i]], point));
+        most = std::max(most, height(faces_[faces[i]], point));
         if (most > tolerance_)
             return faces[i];
     }
     for (int f = 0; most > -tolerance_ && f < faces_.size(); ++f)
-        if (!faces_[f].gone && beyond(faces_[f], point) > tolerance_)
+        if (!faces_[f].gone && height(faces_[f], point) > tolerance_)
             return f;
     return none;
 }
 
-// Gives each point of a chain to a face that it lies beyond. False when memory is short.
-bool hull_builder::deal_out(int first, const int *faces, int nr_faces)
+// Each point of a chain is kept by a face that it lies beyond, if there is one. False when memory is short.
+bool hull_builder::distribute(int first, const int *faces, int nr_faces)
 {
     for (int p = first, next; p != none; p = next) {
-        next = next_[static_cast<std::size_t>(p)];
+        next = next_[p];
         const int f = face_below(p, faces, nr_faces);
-        if (f != none && !keep(f, p))
+        if (f != none && !assign(f, p))
             return false;
     }
     return true;
 }
 
-// Marks the faces that a point sees and lists the sides around them. False when memory is short.
+// The faces that a point sees are marked and listed, and so are the sides around them. False when memory is short.
 bool hull_builder::find_border(int point, int through)
 {
     seen_.clear();
@@ -271,23 +258,6 @@ bool hull_builder::find_border(int point, int through)
     return true;
 }
 
-// Whether the border is one loop that meets no corner twice; notes the side at each corner.
-bool hull_builder::is_loop()
-{
-    for (const border_side &side : border_)
-        side_at_[static_cast<std::size_t>(side.from)] = side_at_[static_cast<std::size_t>(side.to)] = none;
-    for (int i = 0; i < border_.size(); ++i)
-        if (std::exchange(side_at_[static_cast<std::size_t>(border_[i].from)], i) != none)
-            return false;
-    int side = 0;
-    for (int steps = 1; steps < border_.size(); ++steps) {
-        side = side_at_[static_cast<std::size_t>(border_[side].to)];
-        if (side == none || side == 0)
-            return false;
-    }
-    return border_[side].to == border_[0].from;
-}
-
 // Puts a new face on each side of the border, into the places of the faces that were seen as far as there are. False
 // when memory is short.
 bool hull_builder::replace_seen(int point)
@@ -316,9 +286,11 @@ bool hull_builder::replace_seen(int point)
 // Makes neighbours of the new faces and those around them.
 void hull_builder::join()
 {
+    for (int i = 0; i < border_.size(); ++i)
+        side_at_[border_[i].from] = i;
     for (const border_side &side : border_) {
         faces_[side.beyond].sides.across[side.beyond_side] = side.made;
-        const int after = border_[side_at_[static_cast<std::size_t>(side.to)]].made;
+        const int after = border_[side_at_[side.to]].made;
         faces_[side.made].sides.across[1] = after;
         faces_[after].sides.across[2] = side.made;
     }
@@ -329,38 +301,32 @@ bool hull_builder::add(int point, int through)
 {
     if (!find_border(point, through))
         return false;
-    if (border_.size() < 3 || !is_loop()) {
-        // Exact signs leave no such border; a point that had one would be given up.
-        for (const int f : seen_)
-            faces_[f].seen = false;
-        drop(through, point);
-        return faces_[through].outside == none || waiting_.push(through);
-    }
+    // Chains the points of the seen faces, but for the new corner.
     int orphans = none;
     for (const int f : seen_)
         for (int p = faces_[f].outside, next; p != none; p = next) {
-            next = next_[static_cast<std::size_t>(p)];
+            next = next_[p];
             if (p == point)
                 continue;
-            next_[static_cast<std::size_t>(p)] = orphans;
+            next_[p] = orphans;
             orphans = p;
         }
     if (!replace_seen(point))
         return false;
     join();
-    return deal_out(orphans, new_faces_.begin(), new_faces_.size());
+    return distribute(orphans, new_faces_.begin(), new_faces_.size());
 }
 
 // False when memory is short.
 bool hull_builder::build(int nr_points, const growing<int> &chosen)
 {
-    next_ = teska::zeroed_block<int>(static_cast<std::size_t>(nr_points));
-    side_at_ = teska::zeroed_block<int>(static_cast<std::size_t>(nr_points));
+    next_ = zeroed_block<int>(static_cast<std::size_t>(nr_points));
+    side_at_ = zeroed_block<int>(static_cast<std::size_t>(nr_points));
     if (!next_ || !side_at_)
         return false;
     int first = none;
     for (int i = chosen.size() - 1; i >= 0; --i) {
-        next_[static_cast<std::size_t>(chosen[i])] = first;
+        next_[chosen[i]] = first;
         first = chosen[i];
     }
     bool flat = false;
@@ -372,10 +338,11 @@ bool hull_builder::build(int nr_points, const growing<int> &chosen)
         if (faces_[f].gone || faces_[f].outside == none)
             continue;
         const int first_corner = faces_[f].sides.corner[0];
-        const int point = farthest(faces_[f].outside, first_corner, [&](int p) { return beyond(faces_[f], p); });
-        // The normal of a needle is not exact, but the sign is: a point that is not beyond it after all is given up.
+        const int point = farthest(faces_[f].outside, first_corner, [&](int p) { return height(faces_[f], p); });
+        // The normal of a narrow triangle is not exact, but the sign is: a point that is not beyond it after all is no
+        // corner.
         if (!sees(point, faces_[f])) {
-            drop(f, point);
+            release(f, point);
             if (faces_[f].outside != none && !waiting_.push(f))
                 return false;
         } else if (!add(point, f)) {
@@ -407,10 +374,7 @@ bool hull_builder::store(growing<hull_triangle> &hull)
 
 }  // namespace
 
-namespace teska::tetra
-{
-
-double hull_tolerance(const place *points, const growing<int> &chosen) noexcept
+double hull_tolerance(const vec3 *points, const growing<int> &chosen) noexcept
 {
     double largest = 0.0;
     for (const int i : chosen)
@@ -418,7 +382,7 @@ double hull_tolerance(const place *points, const growing<int> &chosen) noexcept
     return relative_tolerance * largest;
 }
 
-bool convex_hull(const place *points, int nr_points, const growing<int> &chosen, growing<hull_triangle> &hull) noexcept
+bool convex_hull(const vec3 *points, int nr_points, const growing<int> &chosen, growing<hull_triangle> &hull) noexcept
 {
     hull.clear();
     if (chosen.size() < 4)

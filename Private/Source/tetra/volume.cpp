@@ -4,6 +4,7 @@
 // goes through one walk, each_crossing: it meets the triangles in a given order and offers each crossing to a
 // collection, which drops those near an earlier one. Walking the other way keeps other representatives.
 
+#include "Source/tetra/distinct_points.h"
 #include "Source/tetra/tetra_priv.h"
 #include "Support/growing.h"
 #include "Support/memory.h"
@@ -11,14 +12,12 @@
 #include "tetra.h"
 
 #include <algorithm>
-#include <bit>
-#include <cmath>
-#include <utility>
+
+using namespace teska;
+using namespace teska::tetra;
 
 namespace
 {
-
-namespace tp = teska::tetra;
 
 constexpr double far_away = 10000.0;  // x where the ray of a point ends
 constexpr int list_step = 10;
@@ -31,7 +30,7 @@ Record *record_at(list_rec *list, int index)
 
 // Appends a record to a list of pointers and counts it; without room for it the record is freed.
 template <class Record>
-int append(list_rec *list, int &count, teska::heap_record<Record> record)
+int append(list_rec *list, int &count, heap_record<Record> record)
 {
     Record *element = record.get();
     if (!record || list_insert(list, &element) < 0)
@@ -49,20 +48,14 @@ void kill_all(list_rec *list)
     list_kill(list);
 }
 
-struct crossing {
-    double at[3];
-};
-
-bool is_near(const crossing &a, const crossing &b) { return tp::near_points(a.at, b.at); }
-
-// Crossings in memory of the call's own: convex volumes have two, so the heap is for others.
+// Crossings, no two near each other, in memory of the call's own: convex volumes have two, so the heap is for others.
 class crossings
 {
 public:
     // False when memory is short.
-    bool add(const crossing &x)
+    bool add(const vec3 &x)
     {
-        const auto near_x = [&x](const crossing &other) { return is_near(x, other); };
+        const auto near_x = [&x](const vec3 &other) { return are_near(x, other); };
         if (std::any_of(few_, few_ + nr_few_, near_x) || std::any_of(more_.begin(), more_.end(), near_x))
             return true;
         if (nr_few_ == most_few)
@@ -73,27 +66,27 @@ public:
 
     [[nodiscard]] int size() const { return nr_few_ + more_.size(); }
 
-    [[nodiscard]] bool any_apart_from(const crossing &a, const crossing &b) const
+    [[nodiscard]] bool any_apart_from(const vec3 &a, const vec3 &b) const
     {
-        const auto apart = [&](const crossing &x) { return !is_near(x, a) && !is_near(x, b); };
+        const auto apart = [&](const vec3 &x) { return !are_near(x, a) && !are_near(x, b); };
         return std::any_of(few_, few_ + nr_few_, apart) || std::any_of(more_.begin(), more_.end(), apart);
     }
 
 private:
     static constexpr int most_few = 32;
-    crossing few_[most_few];
+    vec3 few_[most_few];
     int nr_few_ = 0;
-    teska::growing<crossing> more_;
+    growing<vec3> more_;
 };
 
-// Offers the crossings with planes first, first + step .. to a collection until that says false.
+// Offers the crossings with all planes, from the first or from the last on, to a collection until that says false.
 template <class Add>
 bool each_crossing(const tetra_volume &v, const double a[3], const double b[3], bool backwards, Add add)
 {
     for (int i = 0; i < v.nr_planes; ++i) {
         const auto *plane = record_at<tetra_plane>(v.planes, backwards ? v.nr_planes - 1 - i : i);
-        crossing x;
-        if (triangle_intersect_linesegment2(plane, a, b, x.at) != 0 && !add(x))
+        double x[3];
+        if (triangle_intersect_linesegment2(plane, a, b, x) != 0 && !add(vec3_at(x)))
             return false;
     }
     return true;
@@ -101,82 +94,32 @@ bool each_crossing(const tetra_volume &v, const double a[3], const double b[3], 
 
 bool collect(const tetra_volume &v, const double a[3], const double b[3], crossings &found)
 {
-    return each_crossing(v, a, b, true, [&found](const crossing &x) { return found.add(x); });
+    return each_crossing(v, a, b, true, [&found](const vec3 &x) { return found.add(x); });
 }
-
-// The numbers are whole: they differ in their upper bits, and a product carries nothing downwards, but the fold does.
-std::uint64_t mixed(std::uint64_t hash, double cube)
-{
-    // Adding 0 makes one of the two zeros.
-    const std::uint64_t product = (hash ^ std::bit_cast<std::uint64_t>(cube + 0.0)) * 0x9e3779b97f4a7c15U;
-    return product ^ (product >> 32);
-}
-
-// Cubes of 1/80: points that are near each other lie in the same one or in neighbours, rounding included.
-double cube_of(double x) { return std::floor(x * 80.0); }
 
 // The corners of the boundary, each once, are appended to a list.
 bool append_corners(const tetra_volume &v, list_rec *list)
 {
-    tp::distinct_points corners;
+    distinct_points corners;
     if (!corners.reserve(3 * static_cast<std::size_t>(v.nr_planes)))
         return false;
     for (int i = 0; i < v.nr_planes; ++i)
         for (const tetra_point &p : record_at<tetra_plane>(v.planes, i)->p)
-            if (corners.take(p) && list_insert(list, &p) < 0)
+            if (corners.add(position(p)) && list_insert(list, &p) < 0)
                 return false;
     return true;
 }
 
 }  // namespace
 
-namespace teska::tetra
-{
-
-bool distinct_points::reserve(std::size_t most) noexcept
-{
-    buckets_ = std::bit_ceil(most + 2);
-    entries_ = zeroed_block<entry>(most);
-    first_ = zeroed_block<std::int32_t>(buckets_);
-    return entries_ && first_;
-}
-
-std::size_t distinct_points::bucket(double x, double y, double z) const noexcept
-{
-    // The uppermost bits depend on all others.
-    return static_cast<std::size_t>(mixed(mixed(mixed(0, x), y), z) >> (64 - std::bit_width(buckets_ - 1)));
-}
-
-bool distinct_points::holds_near(std::size_t bucket, const double p[3]) const noexcept
-{
-    for (std::int32_t i = first_[bucket]; i != 0; i = entries_[static_cast<std::size_t>(i - 1)].next)
-        if (near_points(entries_[static_cast<std::size_t>(i - 1)].at, p))
-            return true;
-    return false;
-}
-
-bool distinct_points::take(const tetra_point &p) noexcept
-{
-    const entry fresh{.at = {p.x, p.y, p.z}, .next = 0};
-    const double cube[3] = {cube_of(p.x), cube_of(p.y), cube_of(p.z)};
-    for (int k = 0; k < 27; ++k)
-        if (holds_near(bucket(cube[0] + (k % 3 - 1), cube[1] + (k / 3 % 3 - 1), cube[2] + (k / 9 - 1)), fresh.at))
-            return false;
-    entry &stored = entries_[static_cast<std::size_t>(count_)] = fresh;
-    stored.next = std::exchange(first_[bucket(cube[0], cube[1], cube[2])], ++count_);
-    return true;
-}
-
-}  // namespace teska::tetra
-
 // ---- Life -----------------------------------------------------------------------------------------------------------
 
 tetra_volume *tetra_volume_new0(void) TESKA_NOTHROW
 {
-    auto v = teska::make_record<tetra_volume>();
+    auto v = make_record<tetra_volume>();
     if (!v)
         return nullptr;
-    teska::handle<list_rec, list_kill> planes(list_new(list_step, sizeof(tetra_plane *), nullptr));
+    handle<list_rec, list_kill> planes(list_new(list_step, sizeof(tetra_plane *), nullptr));
     if (!planes)
         return nullptr;
     v->tetras = list_new(list_step, sizeof(tetra_rec *), nullptr);
@@ -192,7 +135,7 @@ int tetra_volume_kill(tetra_volume *v) TESKA_NOTHROW
         return 0;
     kill_all<tetra_plane>(v->planes);
     kill_all<tetra_rec>(v->tetras);
-    teska::kill_record(v);
+    kill_record(v);
     return 0;
 }
 
@@ -203,14 +146,14 @@ int tetra_volume_add_plane(tetra_volume *v, const tetra_point *p0, const tetra_p
 {
     if (v == nullptr)
         return -1;
-    return append(v->planes, v->nr_planes, teska::heap_record<tetra_plane>(plane_new2(p0, p1, p2)));
+    return append(v->planes, v->nr_planes, heap_record<tetra_plane>(plane_new2(p0, p1, p2)));
 }
 
 int tetra_volume_add_plane2(tetra_volume *v, const tetra_plane *plane) TESKA_NOTHROW
 {
     if (v == nullptr)
         return -1;
-    return append(v->planes, v->nr_planes, teska::heap_record<tetra_plane>(plane_new(plane)));
+    return append(v->planes, v->nr_planes, heap_record<tetra_plane>(plane_new(plane)));
 }
 
 int tetra_volume_add_tetra(tetra_volume *v, const tetra_point *p0, const tetra_point *p1, const tetra_point *p2,
@@ -218,7 +161,7 @@ int tetra_volume_add_tetra(tetra_volume *v, const tetra_point *p0, const tetra_p
 {
     if (v == nullptr)
         return -1;
-    return append(v->tetras, v->nr_tetras, teska::heap_record<tetra_rec>(tetra_new(p0, p1, p2, p3)));
+    return append(v->tetras, v->nr_tetras, heap_record<tetra_rec>(tetra_new(p0, p1, p2, p3)));
 }
 
 // ---- Query ----------------------------------------------------------------------------------------------------------
@@ -268,16 +211,16 @@ int tetra_volume_line_intersect2(const tetra_volume *v, const double a[3], const
     if (v == nullptr)
         return -1;
     int n = 0;
-    const auto store = [&](const crossing &x) {
+    const auto add = [&](const vec3 &x) {
         if (n >= size)
             return false;
         for (int i = 0; i < n; ++i)
-            if (tp::near_points(out + 3 * static_cast<std::ptrdiff_t>(i), x.at))
+            if (are_near(vec3_at(out + 3 * std::ptrdiff_t{i}), x))
                 return true;
-        std::copy(x.at, x.at + 3, out + 3 * static_cast<std::ptrdiff_t>(n++));
+        store(x, out + 3 * std::ptrdiff_t{n++});
         return true;
     };
-    each_crossing(*v, a, b, false, store);
+    each_crossing(*v, a, b, false, add);
     if (count != nullptr)
         *count = n;
     return 0;
@@ -288,7 +231,7 @@ int tetra_volume_line_hasintersects(const tetra_volume *v, const double a[3], co
     crossings found;
     if (v == nullptr || !collect(*v, a, b, found))
         return 0;
-    if (found.any_apart_from({a[0], a[1], a[2]}, {b[0], b[1], b[2]}))
+    if (found.any_apart_from(vec3_at(a), vec3_at(b)))
         return 1;
     // The ends may both lie on the boundary, with the inside between them.
     const double middle[3] = {0.5 * (a[0] + b[0]), 0.5 * (a[1] + b[1]), 0.5 * (a[2] + b[2])};
@@ -299,7 +242,7 @@ int tetra_volume_get_border_points(const tetra_volume *v, int *count, list_rec *
 {
     if (v == nullptr)
         return -1;
-    teska::handle<list_rec, list_kill> list(list_new(list_step, sizeof(tetra_point), nullptr));
+    handle<list_rec, list_kill> list(list_new(list_step, sizeof(tetra_point), nullptr));
     if (!list || !append_corners(*v, list.get()))
         return -1;
     if (count != nullptr)
