@@ -61,6 +61,9 @@ struct avx2 : integer_lanes<avx2_register> {
     static vector pair_products_u8_s8(vector a, vector b) noexcept { return _mm256_maddubs_epi16(a, b); }
     static vector pair_products_s16(vector a, vector b) noexcept { return _mm256_madd_epi16(a, b); }
 
+    static vector shift_left16_by(vector a, int by) noexcept { return _mm256_sll_epi16(a, _mm_cvtsi32_si128(by)); }
+    static vector shift_right_u64_by(vector a, int by) noexcept { return _mm256_srl_epi64(a, _mm_cvtsi32_si128(by)); }
+
     static vector zip_low8(vector a, vector b) noexcept { return _mm256_unpacklo_epi8(a, b); }
     static vector zip_high8(vector a, vector b) noexcept { return _mm256_unpackhi_epi8(a, b); }
     static vector zip_low16(vector a, vector b) noexcept { return _mm256_unpacklo_epi16(a, b); }

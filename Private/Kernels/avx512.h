@@ -27,8 +27,15 @@ struct avx512 : integer_lanes<avx512_register> {
     static void store(void *at, vector a) noexcept { _mm512_storeu_si512(at, a); }
     static vector repeat(const void *at) noexcept { return _mm512_broadcast_i32x4(v128::load(at)); }
 
+    // 32 bytes in both halves.
+    static vector repeat32(const void *at) noexcept { return _mm512_broadcast_i64x4(avx2::load(at)); }
+
     static avx2::vector lower(vector a) noexcept { return _mm512_castsi512_si256(a); }
     static avx2::vector upper(vector a) noexcept { return _mm512_extracti64x4_epi64(a, 1); }
+    static vector join(avx2::vector low, avx2::vector high) noexcept
+    {
+        return _mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
+    }
     // Lower half of a, then lower half of b; likewise the upper halves.
     static vector join_lower(vector a, vector b) noexcept { return _mm512_inserti64x4(a, lower(b), 1); }
     static vector join_upper(vector a, vector b) noexcept { return _mm512_shuffle_i64x2(a, b, 0xEE); }
@@ -57,6 +64,9 @@ struct avx512 : integer_lanes<avx512_register> {
     static vector pair_products_u8_s8(vector a, vector b) noexcept { return _mm512_maddubs_epi16(a, b); }
     static vector pair_products_s16(vector a, vector b) noexcept { return _mm512_madd_epi16(a, b); }
 
+    static vector shift_left16_by(vector a, int by) noexcept { return _mm512_sll_epi16(a, _mm_cvtsi32_si128(by)); }
+    static vector shift_right_u64_by(vector a, int by) noexcept { return _mm512_srl_epi64(a, _mm_cvtsi32_si128(by)); }
+
     static vector zip_low8(vector a, vector b) noexcept { return _mm512_unpacklo_epi8(a, b); }
     static vector zip_high8(vector a, vector b) noexcept { return _mm512_unpackhi_epi8(a, b); }
     static vector zip_low16(vector a, vector b) noexcept { return _mm512_unpacklo_epi16(a, b); }
@@ -65,6 +75,12 @@ struct avx512 : integer_lanes<avx512_register> {
     {
         return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), a);
     }
+    // Lanes of 64 bits of both halves in turn.
+    static vector zip_halves64(vector a) noexcept
+    {
+        return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7), a);
+    }
+    static vector pick32(vector a, vector lane) noexcept { return _mm512_permutexvar_epi32(lane, a); }
 
     static vector narrow_to_u8(vector a, vector b) noexcept { return _mm512_packus_epi16(a, b); }
     static vector narrow_to_s8(vector a, vector b) noexcept { return _mm512_packs_epi16(a, b); }

@@ -73,6 +73,10 @@ struct v128 : integer_lanes<v128_register> {
     static vector pair_products_u8_s8(vector a, vector b) noexcept { return _mm_maddubs_epi16(a, b); }
     static vector pair_products_s16(vector a, vector b) noexcept { return _mm_madd_epi16(a, b); }
 
+    // By a number that the compiler does not know.
+    static vector shift_left16_by(vector a, int by) noexcept { return _mm_sll_epi16(a, _mm_cvtsi32_si128(by)); }
+    static vector shift_right_u64_by(vector a, int by) noexcept { return _mm_srl_epi64(a, _mm_cvtsi32_si128(by)); }
+
     // In every 16 bytes: lanes of a and b in turn, from the low or the high 8 bytes of each.
     static vector zip_low8(vector a, vector b) noexcept { return _mm_unpacklo_epi8(a, b); }
     static vector zip_high8(vector a, vector b) noexcept { return _mm_unpackhi_epi8(a, b); }
@@ -209,7 +213,8 @@ struct v128_doubles {
     // The second operand where they cannot be compared.
     static vector min(vector a, vector b) noexcept { return _mm_min_pd(a, b); }
     static vector max(vector a, vector b) noexcept { return _mm_max_pd(a, b); }
-    static vector truncate(vector a) noexcept { return _mm_round_pd(a, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC); }
+    // Towards 0 without an exception; not every header names the latter.
+    static vector truncate(vector a) noexcept { return _mm_round_pd(a, 0x0B); }
 
     static mask equal(vector a, vector b) noexcept { return _mm_cmpeq_pd(a, b); }
     static mask below(vector a, vector b) noexcept { return _mm_cmplt_pd(a, b); }
