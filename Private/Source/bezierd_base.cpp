@@ -1,11 +1,12 @@
 // bezierd_base - a planar Bezier segment: control points, evaluation, where it meets a line (curves)
 //
-// A segment holds its control points and, once they are needed, the coefficients of x(t) and y(t) in powers of t. Every
-// change of the control points discards the coefficients, except that of an end point, which renews them.
+// A segment holds its control points and, once they are needed, the coefficients of x(t) and y(t) in powers of t. A
+// change of an end point or of all control points renews the coefficients, any other discards them; then the first
+// thread that needs them makes them.
 //
 // The y values at a given x: x(t) without its vanishing highest coefficients is divided by the one then leading, and
-// the roots of this monic polynomial inside (-eps, 1 + eps) are put into y(t). The plain functions solve degrees 1 to 3 in
-// closed form; the f variants go up to 4 and solve 3 and 4 by iteration.
+// the roots of this monic polynomial inside (-eps, 1 + eps) are put into y(t). The plain functions solve degrees 1 to 3
+// in closed form; the f variants go up to 4 and solve 3 and 4 by iteration.
 //
 // Process-wide state: the pool of records, locked (bezierd_base/pool.h).
 
@@ -197,7 +198,7 @@ int iterated_roots(const monic &p, given side, double *roots)
 // The values of the other coordinate where that of `side` has the given value; returns their number.
 int solve(bezier &b, given side, method how, double value, double *out)
 {
-    teska::bezier_coef(b);
+    teska::bezier_renew_coef(b);
     const monic p = equation(side == given::x ? b.ax : b.ay, b.degree, value);
     double roots[4];
     const int count = how == method::closed ? closed_roots(p, side, roots) : iterated_roots(p, side, roots);
@@ -233,6 +234,13 @@ double teska::bezier_approx_len(double a, double b) noexcept
 }
 
 void teska::bezier_coef(bezier &b) noexcept
+{
+    to_powers(b.degree, b.x, b.ax);
+    to_powers(b.degree, b.y, b.ay);
+    b.coef_made.mark_made();
+}
+
+void teska::bezier_make_coef(bezier &b) noexcept
 {
     b.coef_made.ensure([&b] {
         to_powers(b.degree, b.x, b.ax);
@@ -284,7 +292,7 @@ int bezier_set_control_poly(bezier *b, const double *xs, const double *ys) TESKA
 {
     std::copy_n(xs, b->degree + 1, b->x);
     std::copy_n(ys, b->degree + 1, b->y);
-    b->coef_made.discard();
+    teska::bezier_coef(*b);
     return 1;
 }
 
@@ -302,7 +310,6 @@ int bezier_set_endp(bezier *b, int which, double x, double y) TESKA_NOTHROW
     }
     b->x[end] = x;
     b->y[end] = y;
-    b->coef_made.discard();
     teska::bezier_coef(*b);
     return 1;
 }
@@ -355,7 +362,7 @@ int bezier_get_controlp(const bezier *b, int i, double *x, double *y) TESKA_NOTH
 
 int bezier_get(bezier *b, double t, double *x, double *y) TESKA_NOTHROW
 {
-    teska::bezier_coef(*b);
+    teska::bezier_renew_coef(*b);
     *x = teska::bezier_horner(b->ax, b->degree, t);
     *y = teska::bezier_horner(b->ay, b->degree, t);
     return 1;

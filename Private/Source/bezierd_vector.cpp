@@ -221,7 +221,7 @@ int bezier_vector_fd(bezier *b, void *points, int nr_sect, unsigned int itemsize
         TESKA_ERR("Bezier_vector_fd: illegal degree");
         return 0;
     }
-    teska::bezier_coef(*b);
+    teska::bezier_renew_coef(*b);
     const double h = 1.0 / nr_sect;
     walker x(b->ax, b->degree, h);
     walker y(b->ay, b->degree, h);
@@ -248,7 +248,7 @@ int bezier_fvector_len(bezier *b, double max_error) TESKA_NOTHROW
         TESKA_ERR("Bezier_fvector_len: illegal degree");
         return 0;
     }
-    teska::bezier_coef(*b);
+    teska::bezier_renew_coef(*b);
     const double bend = half_bend(*b);
     if (bend == 0.0 && b->degree == 3)
         return straight_cubic_sections(*b, max_error);

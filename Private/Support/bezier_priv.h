@@ -34,8 +34,16 @@ double B_poly(int n, int i, double t) noexcept;
 // the smaller. Source: R. G. Lyons, Understanding Digital Signal Processing, 2nd ed., Prentice Hall 2004, section 13.2.
 double bezier_approx_len(double a, double b) noexcept;
 
-// Makes the coefficients belong to the control points unless they do; may be called by several threads at once.
+// Makes the coefficients belong to the control points, while no other thread uses the segment.
 void bezier_coef(bezier &b) noexcept;
+
+// Does so unless they do, for any number of threads at once.
+void bezier_make_coef(bezier &b) noexcept;
+inline void bezier_renew_coef(bezier &b) noexcept
+{
+    if (!b.coef_made.there())
+        bezier_make_coef(b);
+}
 
 inline vec2 control_point(const bezier &b, int i) noexcept { return {b.x[i], b.y[i]}; }
 

@@ -32,6 +32,11 @@ public:
         return true;
     }
 
+    [[nodiscard]] bool there() const noexcept { return state_.load(std::memory_order_acquire) == made; }
+
+    // The part was made while no other thread uses the object.
+    void mark_made() noexcept { state_.store(made, std::memory_order_release); }
+
     // The object is changed, so the part has to be made again. As for every change: no other thread uses the object.
     void discard() noexcept { state_.store(missing, std::memory_order_relaxed); }
 
