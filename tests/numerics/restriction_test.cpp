@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -95,5 +96,9 @@ TEST(RestrictionNewCheck, StopsAStepAtTheFirstInequality)
     // So does one that comes nearer to it, but not far enough.
     const Values nearer{-0.5, 0};
     restriction_kill(restriction_new_check(r.get(), tighter.get(), Values{0, 0}.data(), nearer.data(), &alpha));
+    EXPECT_EQ(alpha, 0);
+    // And one at infinity, where no part of the step can be told.
+    const Values far{-HUGE_VAL, 0}, back{HUGE_VAL, 0};
+    restriction_kill(restriction_new_check(r.get(), tighter.get(), far.data(), back.data(), &alpha));
     EXPECT_EQ(alpha, 0);
 }
