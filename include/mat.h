@@ -22,6 +22,7 @@
  *   A singular matrix is no error: it shows in a flag. 0: regular; -1: a row is zero, nothing was computed;
  *   -2: a pivot nearer to 0 than 1e-20 was replaced by +1e-20. The bound is absolute: diag(1e-30, 1) is
  *   singular. NaN and infinite elements give NaN results and no flag.
+ *   Kept: in a matrix of fewer columns than rows, a row of nothing but NaN counts as zero.
  *   Every sum is formed from 0.0 in rising index and applied once, so results are the same bits everywhere.
  *   Owns copies of what it is given; keeps no pointer.
  *   Threads: any number may use matrices of their own, and any number may read and solve one matrix at once and

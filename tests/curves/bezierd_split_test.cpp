@@ -36,7 +36,8 @@ TEST(BezierSubdivide, RefusesDegree4AndParametersOutsideTheCurve)
         const Segment b = segment({0, 1, 2, 3, 4}, {0, 1, 1, 0, 0});
         bezier *halves[2] = {b.get(), b.get()};
         EXPECT_EQ(bezier_subdivide(b.get(), t, &halves[0], &halves[1]), 0);
-        EXPECT_TRUE(halves[0] == nullptr && halves[1] == nullptr);
+        EXPECT_EQ(halves[0], nullptr);
+        EXPECT_EQ(halves[1], nullptr);
     }
     EXPECT_EQ(reports.take(), (lines{"Bezier_subdivide: illegal degree", "Bezier_subdivide: illegal t value",
                                      "Bezier_subdivide: illegal t value", "Bezier_subdivide: illegal t value"}));

@@ -199,5 +199,6 @@ TEST(CondirminRestr, EndsAtTheMinimumThatTheRestrictionsLeave)
     Values low{0, 0, 0};
     EXPECT_EQ(condirmin_restr(low.data(), 3, 1e-8, half.get(), nullptr, nullptr, slope, nullptr, nullptr), 1);
     EXPECT_EQ(low[0], -3);
-    EXPECT_TRUE(std::isfinite(low[1]) && std::isfinite(low[2]));
+    EXPECT_TRUE(std::isfinite(low[1]));
+    EXPECT_TRUE(std::isfinite(low[2]));
 }

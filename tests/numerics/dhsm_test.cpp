@@ -51,6 +51,12 @@ double gentle(void *evaluations, void *, const double *x)
 
 double constant(void *evaluations, void *, const double *) { return ++*static_cast<int *>(evaluations), 5; }
 
+// Level ground around a hole at 0, higher to its left.
+double hole(void *evaluations, void *, const double *x)
+{
+    return ++*static_cast<int *>(evaluations), x[0] == 0 ? 0 : x[0] < 0 ? 6 : 5;
+}
+
 }  // namespace
 
 TEST(DhsmSolve, EndsAtTheMinimumOfKnownProblems)
@@ -92,6 +98,7 @@ TEST(DhsmSolve, StopsAfterTheStepsItIsAllowed)
         for (std::size_t k = 0; k < row.x.size() && row.f != teska_test::undefined; ++k)
             EXPECT_NEAR(run.x[k], row.x[k], 1e-15);
     }
+    EXPECT_EQ(Search(hole, 1).solve({0}, 0, 1).evaluations, 2 + 2 * 3) << "a contraction that gains nothing shrinks";
     EXPECT_EQ(Search(gentle, 2, never).solve({0, 0}, 0, 0).result, -1);
     EXPECT_EQ(Search(gentle, 2).solve({0, 0}, -1, 50).result, -1) << "no measure is below a negative tolerance";
 }
@@ -121,15 +128,20 @@ TEST(DhsmSolve, TakesTheFirstSimplexFromTheStartOrFromInit)
     const int yes[] = {1, 1};
     const int upper_only[] = {0, 0};
     const double lower[] = {-10, -10};
-    const double upper[] = {3.1, 9};
     const double step[] = {0.2, 0.2};
     const double start[] = {3, 1};
     const struct {
         const int *lower_given, *upper_given;
+        double upper;
         Values best;
-    } rows[] = {{nullptr, yes, {3, 1}}, {yes, nullptr, {3, 1}}, {yes, yes, {1.7, 1}}, {upper_only, yes, {2.6, 1}}};
+    } rows[] = {{nullptr, yes, 3.1, {3, 1}},
+                {yes, nullptr, 3.1, {3, 1}},
+                {yes, yes, 3.1, {1.7, 1}},
+                {upper_only, yes, 3.1, {2.6, 1}},
+                {yes, yes, 3 + 0.2, {3, 1}}};  // on the bound
     for (const auto &row : rows) {
         Search search(gentle, 2, always_zero);
+        const double upper[] = {row.upper, 9};
         dhsm_init(search.d.get(), row.lower_given, row.upper_given, lower, upper, step, start);
         const Outcome run = search.solve({77, 77}, 0, 0);
         EXPECT_DOUBLE_EQ(run.x[0], row.best[0]);

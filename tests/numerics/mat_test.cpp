@@ -226,6 +226,8 @@ TEST(MatGetElement, KeptComparesTheColumnWithTheRows)
     // Not square: what there is of it, and zeros.
     EXPECT_EQ(solve(wide.get(), {1, 1}).determinant, -3);
     EXPECT_EQ(solve(tall.get(), Values(5)).flag, -2);
+    const Matrix column(mat_gen_new(Values{1, quiet}.data(), 2, 1), mat_kill);
+    EXPECT_EQ(solve(column.get(), {1, 1}).flag, -1) << "Kept: beside the zeros NaN does not count";
 }
 
 TEST(MatGenNew, RefusesShapesThatCannotBe)

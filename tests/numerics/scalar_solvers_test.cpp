@@ -30,9 +30,11 @@ TEST(Gaussd, KeptExchangesRowsOnlyForAPivotOfZero)
         EXPECT_EQ(gaussd(a.data(), b.data(), static_cast<int>(b.size())), solution.empty() ? 0 : 1);
         EXPECT_TRUE(solution.empty() || b == solution) << b[0];
     }
-    EXPECT_TRUE(gaussd(nullptr, nullptr, 0) == 0 && gaussd(nullptr, nullptr, INT_MIN) == 0);
+    EXPECT_EQ(gaussd(nullptr, nullptr, 0), 0);
+    EXPECT_EQ(gaussd(nullptr, nullptr, INT_MIN), 0);
     double a[] = {NAN, 1, 1, INFINITY}, b[] = {1, 2};
-    EXPECT_TRUE(gaussd(a, b, 2) == 1 && std::isnan(b[0]));
+    EXPECT_EQ(gaussd(a, b, 2), 1);
+    EXPECT_TRUE(std::isnan(b[0]));
 }
 
 TEST(FthirdOrderEq, KeptComparesTheUpperBoundWithTheStep)
@@ -70,9 +72,11 @@ TEST(GsectMin, FindsTheBottomFromEitherSide)
     calls = 0;
     EXPECT_EQ(gsect_min(0, 1, 3, 4, flat, &least), 1 + 0.38196601 * 2);
     EXPECT_EQ(gsect_min(0, 1, 2, 4, flat, &least), 1);
-    EXPECT_TRUE(calls == 4 && least == 1);
+    EXPECT_EQ(calls, 4);
+    EXPECT_EQ(least, 1);
     EXPECT_NEAR(gsect_min(0, 1, 3, 1, flat, &least), 0.38196601 + 0.2, 0.2);
-    EXPECT_TRUE(gsect_min(3, 2, 0, 4, bowl, &least) == 2 && least == -1) << "the value of the place that is given back";
+    EXPECT_EQ(gsect_min(3, 2, 0, 4, bowl, &least), 2) << "the value of the place that is given back";
+    EXPECT_EQ(least, -1) << "the value of the place that is given back";
 }
 
 TEST(GsectMin, EndsForEveryToleranceAndBracket)
@@ -84,7 +88,8 @@ TEST(GsectMin, EndsForEveryToleranceAndBracket)
         EXPECT_NEAR(gsect_min(2, 3, 4, tol, cosine, &least), 3.14159265, 1e-7) << tol;
         EXPECT_LT(calls, 100);
         EXPECT_EQ(gsect_min(2, 3, HUGE_VAL, tol, cosine, &least), HUGE_VAL);
-        EXPECT_TRUE(std::isnan(gsect_min(NAN, NAN, NAN, tol, cosine, &least)) && std::isnan(least));
+        EXPECT_TRUE(std::isnan(gsect_min(NAN, NAN, NAN, tol, cosine, &least)));
+        EXPECT_TRUE(std::isnan(least));
     }
     const gsect_function restless = [](double x) { return std::fabs(x + 0.5); };
     EXPECT_NEAR(gsect_min(-5, -2, 3, -1, restless, &least), -0.5, 1e-11) << "the places go on moving";
@@ -108,10 +113,12 @@ TEST(RealAtan2PI, KeptAddsCutMultiplesOfPi)
         int err[] = {7, 7};
         EXPECT_NEAR(real_atan2PI(x, y, &err[0]), angle, 1e-12) << x << ", " << y;
         EXPECT_NEAR(real_atan(x, y, &err[1]), angle * 180 / 3.1415926535, 1e-10);
-        EXPECT_TRUE(err[0] == failed && err[1] == failed) << x << ", " << y;
+        EXPECT_EQ(err[0], failed) << x << ", " << y;
+        EXPECT_EQ(err[1], failed) << x << ", " << y;
     }
     int err = 7;
-    EXPECT_TRUE(std::isnan(real_atan2PI(NAN, 1, &err)) && err == 0);
+    EXPECT_TRUE(std::isnan(real_atan2PI(NAN, 1, &err)));
+    EXPECT_EQ(err, 0);
     for (int i = 0; i < 6; ++i)
         EXPECT_NEAR(real_atan2PI(std::cos(i), std::sin(i), &err), i, 1e-9);
 }

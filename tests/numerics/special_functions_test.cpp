@@ -85,15 +85,26 @@ TEST(LeastSquareFit, GivesNumbersThatAreNoneWhereNothingCanBeComputed)
     const Values x = {1, 2, 4}, y = {1, 3, 2}, one = {1, 1, 1};
     for (const Values &sig : {Values(), one}) {
         const Line none = fitted(x, y, sig, INT_MIN);
-        EXPECT_TRUE(std::isnan(none.a) && std::isnan(none.b) && none.chi2 == 0 && none.q == 1);
+        EXPECT_TRUE(std::isnan(none.a));
+        EXPECT_TRUE(std::isnan(none.b));
+        EXPECT_EQ(none.chi2, 0);
+        EXPECT_EQ(none.q, 1);
     }
     const Line two = fitted({0, 1}, {1, 3}), weighted = fitted({0, 1}, {1, 3}, one);
-    EXPECT_TRUE(two.a == 1 && two.b == 2 && std::isnan(two.siga) && std::isnan(two.sigb) && two.q == 1);
-    EXPECT_TRUE(weighted.q == 1 && weighted.sigb == std::sqrt(2));
-    EXPECT_TRUE(std::isnan(fitted({1}, {1}).siga) && std::isnan(fitted({2, 2, 2}, y).b));
-    EXPECT_TRUE(std::isnan(fitted(x, {1, NAN, 2}).chi2) && std::isnan(fitted({1, 2, INFINITY}, y).chi2));
+    EXPECT_EQ(two.a, 1);
+    EXPECT_EQ(two.b, 2);
+    EXPECT_TRUE(std::isnan(two.siga));
+    EXPECT_TRUE(std::isnan(two.sigb));
+    EXPECT_EQ(two.q, 1);
+    EXPECT_EQ(weighted.q, 1);
+    EXPECT_EQ(weighted.sigb, std::sqrt(2));
+    EXPECT_TRUE(std::isnan(fitted({1}, {1}).siga));
+    EXPECT_TRUE(std::isnan(fitted({2, 2, 2}, y).b));
+    EXPECT_TRUE(std::isnan(fitted(x, {1, NAN, 2}).chi2));
+    EXPECT_TRUE(std::isnan(fitted({1, 2, INFINITY}, y).chi2));
     EXPECT_EQ(reports.take(), lines{});
-    EXPECT_TRUE(std::isnan(fitted(x, y, {1, 0, 1}).q) && std::isnan(fitted(x, y, {1, NAN, 1}).q));
+    EXPECT_TRUE(std::isnan(fitted(x, y, {1, 0, 1}).q));
+    EXPECT_TRUE(std::isnan(fitted(x, y, {1, NAN, 1}).q));
     EXPECT_EQ(reports.take(), lines(2, "a too large, ITMAX too small in gcf"));
 }
 

@@ -33,6 +33,7 @@ TEST(TRan3, CopiesGoOnAsTheirSource)
     assigned = source;
     for (int i = 0; i < 60; ++i) {
         const float value = source.Generate();
-        EXPECT_TRUE(copy.Generate() == value && assigned.Generate() == value) << i;
+        EXPECT_EQ(copy.Generate(), value) << i;
+        EXPECT_EQ(assigned.Generate(), value) << i;
     }
 }

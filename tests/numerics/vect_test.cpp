@@ -70,7 +70,9 @@ TEST(VectLocate, FindsTheFirstValueThatIsNotLess)
             vect_locate_in_array(a.data(), x, n, &in_ints);
             vect_locate_in_double_array(doubles.data(), x, n, &in_doubles);
             vect_locate_in_sh_array(shorts.data(), x, static_cast<unsigned short>(n), &in_shorts);
-            EXPECT_TRUE(in_ints == place && in_doubles == place && in_shorts == static_cast<short>(place)) << x;
+            EXPECT_EQ(in_ints, place) << x;
+            EXPECT_EQ(in_doubles, place) << x;
+            EXPECT_EQ(in_shorts, static_cast<short>(place)) << x;
         }
     }
     unsigned place = 99;
@@ -122,11 +124,13 @@ TEST(VectNextPointSelection, VisitsEverySubsetInOrder)
                 for (int i = 0; i < n; ++i)
                     if (model.data()[i] == 1)
                         chosen.push_back(i);
-                EXPECT_TRUE(mask == model && selection == chosen) << m << " of " << n;
+                EXPECT_EQ(mask, model) << m << " of " << n;
+                EXPECT_EQ(selection, chosen) << m << " of " << n;
             } while (std::prev_permutation(model.begin(), model.end()));
             for (int again = 0; again < 2; ++again)
                 EXPECT_EQ(vect_next_point_selection(m, n, 0, selection.data(), mask.data()), -2);
-            EXPECT_TRUE(mask == Ints(mask.size()) && selection == chosen) << m << " of " << n;
+            EXPECT_EQ(mask, Ints(mask.size())) << m << " of " << n;
+            EXPECT_EQ(selection, chosen) << m << " of " << n;
         }
     for (const auto &[m, n] : {std::pair{3, 2}, {-1, 2}, {0, -1}})
         EXPECT_EQ(vect_next_point_selection(m, n, 1, nullptr, nullptr), -2);
