@@ -10,9 +10,11 @@ TEST(CheckedSize, AcceptsItsLimitAndNothingAbove)
 {
     checked_size product(5, 30);
     product *= 6;
-    EXPECT_TRUE(product.valid() && product.get() == 30);
+    EXPECT_TRUE(product.valid());
+    EXPECT_EQ(product.get(), 30U);
     product += 1;
-    EXPECT_FALSE(product.valid() || checked_size(31, 30).valid());
+    EXPECT_FALSE(product.valid());
+    EXPECT_FALSE(checked_size(31, 30).valid());
     EXPECT_EQ(checked_power(7, 0, 1).get(), 1U);
     EXPECT_EQ(checked_power(2, 31, 1U << 31).get(), 1U << 31);
     EXPECT_FALSE(checked_power(2, 31, (1U << 31) - 1).valid());
@@ -26,5 +28,6 @@ TEST(CheckedSize, StaysInvalidWhenItComesBackIntoItsRange)
     product *= 2;
     checked_size sum(1, UINT64_MAX);
     sum += UINT64_MAX;
-    EXPECT_FALSE(large.valid() || product.valid() || sum.valid());
+    for (const checked_size &size : {large, product, sum})
+        EXPECT_FALSE(size.valid());
 }

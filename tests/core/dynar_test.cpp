@@ -82,5 +82,6 @@ TEST(Dynar, RefusesWhatCannotBeCountedAndIsLeftAloneWhenTheFatalExitReturns)
         EXPECT_EQ(dynar_ptr(array.get(), index), nullptr);
         EXPECT_EQ(Host::take(), lines{"ERROR  : 'dynar_ptr: memory allocation failed'"}) << index;
     }
-    EXPECT_EQ(dynar_nr_items(array.get()) + dynar_kill(nullptr), 0);
+    EXPECT_EQ(dynar_nr_items(array.get()), 0);
+    EXPECT_EQ(dynar_kill(nullptr), 0);
 }

@@ -171,49 +171,22 @@ TEST_F(ErrorSetThread, HoldsTheFirst64LinesAndTakesMoreAsTheyAreFetched)
     EXPECT_EQ(take(), expected);
 }
 
-TEST_F(ErrorMess, TakesLinesOfAllThreadsAtOnce)
+TEST_F(ErrorMess, PrintsWholeLinesWhileThreadsChangeTheModes)
 {
-    constexpr int threads = 4, rounds = 500, shared_lines = 40;
-    const auto in_all_threads = [](auto &&work) {
-        std::vector<std::thread> running;
-        for (int t = 0; t < threads; ++t)
-            running.emplace_back([=] { work(std::to_string(t)); });
-        for (std::thread &thread : running)
-            thread.join();
-    };
-    lines expected;
-    for (int t = threads; t-- > 0;)
-        for (int i = shared_lines; i-- > 0;)
-            expected.push_back("ERROR : '" + std::to_string(t) + " " + std::to_string(100 + i) + "'");
-
-    error_set(2);
-    in_all_threads([](const std::string &name) {
-        for (int i = 0; i < rounds; ++i)
-            report({name + " " + std::to_string(100 + i % shared_lines)});
-    });
-    EXPECT_EQ(take(), expected) << "every line once";
-
-    in_all_threads([](const std::string &name) {
-        error_set_thread(2);
-        for (int i = 0; i < rounds; ++i) {
-            report({name, "and " + name});
-            EXPECT_EQ(take(), (lines{"ERROR : '" + name + "'", "ERROR : 'and " + name + "'"}));
-        }
-        report({"lost with the thread"});
-    });
-    EXPECT_EQ(take(), lines{});
-
-    // Modes change under the reporters: each line that is printed is whole all the same.
-    std::istringstream text(printed([&] {
-        in_all_threads([](const std::string &name) {
-            for (int i = 0; i < rounds; ++i) {
-                error_set(i % 4);
-                report({name});
-                teska_warn(1, name.c_str());
-                error_get();
-                error_display_all_msgs();
-            }
-        });
+    std::istringstream text(printed([] {
+        std::vector<std::jthread> running;
+        for (const char *name : {"0", "1", "2", "3"})
+            running.emplace_back([name] {
+                for (int i = 0; i < 500; ++i) {
+                    error_set(i % 4);
+                    report({name});
+                    teska_warn(1, name);
+                    error_get();
+                    error_display_all_msgs();
+                }
+                error_set_thread(2);
+                report({"lost with the thread"});
+            });
     }));
     for (std::string line; std::getline(text, line);) {
         const std::string thread(1, line[line.size() > 2 ? line.size() - 2 : 0]);

@@ -78,6 +78,10 @@ TEST(HashTabNew, TakesThePrimeFromTwentyPercentMoreOnAndFillsToTheLastSlot)
         EXPECT_EQ(Host::take(), lines{"Hash_table  full "});
         EXPECT_EQ(hash_tab_get(table.get(), &key, nullptr), -1);
         EXPECT_EQ(hash_tab_nr_items(table.get()), slots);
+        // A deleted slot ends no search either.
+        const int first = 1;
+        EXPECT_EQ(hash_tab_delete(table.get(), &first), slots > 1 ? 1 : slots - 1);
+        EXPECT_EQ(hash_tab_get(table.get(), &key, nullptr), -1);
     }
     EXPECT_EQ(hash_tab_kill(nullptr), nullptr);
 }
@@ -85,13 +89,15 @@ TEST(HashTabNew, TakesThePrimeFromTwentyPercentMoreOnAndFillsToTheLastSlot)
 TEST(HashTabNew, ReportsTablesThatCannotBeAllocated)
 {
     Reports reports;
-    for (const auto &[items, key_size] : {std::pair{-5, 4}, {INT_MIN, 4}, {10, INT_MAX}, {INT_MAX, INT_MAX}}) {
+    for (const auto &[items, key_size] :
+         {std::pair{-5, 4}, {1, INT_MAX}, {INT_MIN, 4}, {10, INT_MAX}, {INT_MAX, INT_MAX}}) {
         int size = -1;
         EXPECT_EQ(hash_tab_new(items, key_size, 1, hash, match, empty, 1, &size), nullptr);
         EXPECT_EQ(size, 0);
     }
     EXPECT_EQ(reports.take(), (lines{"Hash_tab_new : allocation of table failed nr_items = -2147483648",
                                      "Hash_tab_new : allocation of table failed nr_items = -6",
+                                     "Hash_tab_new : allocation of table failed nr_items = 1",
                                      "Hash_tab_new : allocation of table failed nr_items = 13",
                                      "Hash_tab_new : allocation of table failed nr_items = 2147483647"}));
 }
@@ -100,7 +106,7 @@ TEST(HashTab, KeptDoesAsDescribedStepByStep)
 {
     const Table table = numbers(10);
     // Insert, get, put, delete by a key; eXclude, uninsert, replace, see by an index. What is stored is the number of
-    // the step; 99: nothing is seen. A key's way is home, 2 home, 3 home .. mod 13; of home 0: 0, 4, 8 ..
+    // the step; 99: nothing is seen. A key's slots are home, 2 home, 3 home .. mod 13; of home 0: 0, 4, 8 ..
     const struct {
         char action;
         int key, result, data;
@@ -136,7 +142,7 @@ TEST(HashTab, KeptDoesAsDescribedStepByStep)
     EXPECT_EQ(std::memcmp(hash_tab_tab(table.get(), nullptr, nullptr), zeros.data(), zeros.size()), 0);
 }
 
-TEST(HashTabText, StandsInPoolsThatOnlyGrow)
+TEST(HashTabText, IsKeptInPoolsThatOnlyGrow)
 {
     for (const int code : {-1, -2, -3}) {
         const Table table = texts(code, code);

@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <stdexcept>
+#include <thread>
 
 using teska_test::Child;
 using teska_test::ChildRole;
@@ -50,6 +51,14 @@ TEST(TCriticSect, ExcludesOtherObjectsOfTheProcessUntilItIsLeft)
     EXPECT_EQ(second.Enter(0), 0);
     first.Leave();
     EXPECT_EQ(first.Enter(-1), 1);
+    second.Leave();
+    EXPECT_EQ(first.Enter(0), 0);
+    std::thread leaving([&] {
+        waitmsec(300);
+        first.Leave();
+    });
+    EXPECT_EQ(second.Enter(20), 0) << "left while it was waited for";
+    leaving.join();
     second.Leave();
     EXPECT_EQ(TCriticSect(path.c_str(), 0).Enter(0), 0);
     EXPECT_EQ(first.Enter(-1), 0) << "a destroyed object has left";

@@ -32,9 +32,15 @@ TEST(Waiting, LastsAsLongAsAskedFor)
     EXPECT_EQ(waitmsec(300), 0);
     EXPECT_GE(time_get_elapsed_time() - start, 299);
     EXPECT_LT(time_get_time() - used, 200) << "sleeps";
-    const std::time_t now = std::time(nullptr);
-    waitsec(1);
-    EXPECT_GE(std::time(nullptr), now + 1);
+    // A busy machine may come back late, but not each time.
+    std::time_t lasted = 0;
+    for (int i = 0; i < 5 && lasted != 1; ++i) {
+        const std::time_t now = std::time(nullptr);
+        waitsec(1);
+        lasted = std::time(nullptr) - now;
+        EXPECT_GE(lasted, 1);
+    }
+    EXPECT_EQ(lasted, 1);
 }
 
 TEST(TimeGetDate, NamesDayDateAndTime)
@@ -46,7 +52,7 @@ TEST(TimeGetDate, NamesDayDateAndTime)
         const std::time_t then = now + later;
         std::strftime(dates[later], sizeof dates[later], "%A %d-%b-%Y at %H-%M-%S", std::localtime(&then));
     }
-    EXPECT_TRUE(date == dates[0] || date == dates[1]) << date;
+    EXPECT_EQ(date, date == dates[0] ? dates[0] : dates[1]);
 }
 
 }  // namespace
