@@ -52,6 +52,11 @@ struct integer_lanes {
     static vector multiply_low16(vector a, vector b) noexcept { return as<vector>(as<lanes16>(a) * as<lanes16>(b)); }
     static vector multiply_low32(vector a, vector b) noexcept { return as<vector>(as<lanes32>(a) * as<lanes32>(b)); }
 
+    // a & all(bits), of which compilers make better code when it is said in lanes.
+    static vector mask8(vector a, std::uint8_t bits) noexcept { return as<vector>(as<lanes8>(a) & bits); }
+    static vector mask16(vector a, std::uint16_t bits) noexcept { return as<vector>(as<lanes16>(a) & bits); }
+    static vector mask32(vector a, std::uint32_t bits) noexcept { return as<vector>(as<lanes32>(a) & bits); }
+
     static vector shift_left16(vector a, int by) noexcept { return as<vector>(as<lanes16>(a) << by); }
     static vector shift_left32(vector a, int by) noexcept { return as<vector>(as<lanes32>(a) << by); }
     static vector shift_left64(vector a, int by) noexcept { return as<vector>(as<lanes64>(a) << by); }

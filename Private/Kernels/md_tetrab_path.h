@@ -81,14 +81,14 @@ private:
     // the topmost bit set gives 0, so that one of both is 0.
     static vector late_byte(const md_tetrab_table &table, vector u) noexcept
     {
-        const vector nibble = u & Isa::all8(0x8F);
+        const vector nibble = Isa::mask8(u, 0x8F);
         return Isa::shuffle8(Isa::repeat(table.late), nibble) |
-               Isa::shuffle8(Isa::repeat(table.late + 16), nibble ^ Isa::all8(0x80));
+               Isa::shuffle8(Isa::repeat(table.late + 16), Isa::add8(nibble, Isa::all8(0x80)));
     }
 
     static vector late_bit(vector u) noexcept
     {
-        const vector upper_nibble = Isa::shift_right_u16(u, 4) & Isa::all8(0x0F);
+        const vector upper_nibble = Isa::mask8(Isa::shift_right_u16(u, 4), 0x0F);
         return Isa::shuffle8(Isa::repeat(late_bits), upper_nibble);
     }
 };
@@ -117,7 +117,7 @@ public:
         vector before = Isa::all16(255);
         for (int i = 0; i < n; ++i) {
             if (i + 1 < n)
-                at_[i + 1] = Isa::add32(at_[i], key[i] & Isa::all32(key_stride));
+                at_[i + 1] = Isa::add32(at_[i], Isa::mask32(key[i], key_stride));
             const vector next = Isa::shuffle8(key[i], Isa::repeat(top_bytes));
             weight_[i] = Isa::subtract16(before, next);
             before = next;
@@ -132,7 +132,7 @@ public:
         vector odd = Isa::zero();
         for (int i = 0; i <= n; ++i) {
             const vector vertex = Isa::template words_at<1>(data + channel, at_[i]);
-            even = Isa::add16(even, product(vertex & Isa::all16(0xFF), weight_[i]));
+            even = Isa::add16(even, product(Isa::mask16(vertex, 0xFF), weight_[i]));
             odd = Isa::add16(odd, product(Isa::shift_right_u16(vertex, 8), weight_[i]));
         }
         return even | Isa::shift_left16(odd, 8);

@@ -121,9 +121,9 @@ struct md_tetrab_line {
                 const vector bytes = Isa::widen_8_to_32(planes[d] + p);
                 const vector place = Isa::template words_at<4>(table.places + 256 * d, bytes);
                 base = Isa::add32(base, place);
-                key[d] = (place & Isa::all32(key_weight)) | Isa::all32(static_cast<uint32_t>(table.strides[d]));
+                key[d] = Isa::mask32(place, key_weight) | Isa::all32(static_cast<uint32_t>(table.strides[d]));
             }
-            const path<N> paths(table, base & Isa::all32(key_stride), key, n);
+            const path<N> paths(table, Isa::mask32(base, key_stride), key, n);
             for (int c = 0; c < table.outputs; c += 4)
                 Isa::store(b.result[c / 4] + p, paths.outputs(table.data, c, n));
         }
