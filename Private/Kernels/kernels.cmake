@@ -31,7 +31,10 @@ set(kernels
     md_tetrad_avx2
     md_tetrad_avx512
     md_tetrad_scalar
-    md_tetras_scalar)
+    md_tetras_avx2
+    md_tetras_avx512
+    md_tetras_scalar
+    md_tetras_v128)
 
 # ---- The processor ---------------------------------------------------------------------------------------------------
 

@@ -28,7 +28,7 @@ using std::uint32_t;
 using std::uint64_t;
 using std::uint8_t;
 
-constexpr int block_pixels = 64;
+constexpr int tetras_block = 64;
 constexpr int most_inputs = 30;
 constexpr uint32_t whole = 65535;  // the weights of a path sum to it
 constexpr uint32_t half_whole = 32767;
@@ -40,13 +40,13 @@ constexpr unsigned room_for = N != 0 ? N : most_inputs;
 
 template <int N>
 struct md_tetras_paths {
-    alignas(64) uint32_t at[room_for<N> + 1][block_pixels];  // samples from vertex 0
-    alignas(64) uint32_t weight[room_for<N> + 1][block_pixels];
+    alignas(64) uint32_t at[room_for<N> + 1][tetras_block];  // samples from vertex 0
+    alignas(64) uint32_t weight[room_for<N> + 1][tetras_block];
 };
 
 // Four outputs of each pixel.
 struct md_tetras_results {
-    alignas(64) uint16_t of[block_pixels][4];
+    alignas(64) uint16_t of[tetras_block][4];
 };
 
 // [(sum + 32767) / 65535], of a sum that has the 32767 already: at most 65535 * 65535 + 32767.
@@ -110,7 +110,7 @@ struct md_tetras_pixels {
     ptrdiff_t first;
     int count;
     const uint8_t *chosen;        // null: all
-    uint8_t marks[block_pixels];  // what `chosen` points to
+    uint8_t marks[tetras_block];  // what `chosen` points to
 };
 
 // Marks the pixels that the mask or the tags choose; false when there are none.
@@ -140,20 +140,24 @@ inline bool all_equal(const uint8_t *bytes, int count) noexcept
     return change == 0;
 }
 
+// The kernels of a level are static functions of Steps, but for `put`, which may remember the layout of the lines.
 template <class Steps, int N>
 class md_tetras_block
 {
 public:
-    md_tetras_block(const md_tetras_table &table, const md_tetras_run &run) noexcept : table_(table), run_(run) {}
+    md_tetras_block(const md_tetras_table &table, const md_tetras_run &run) noexcept
+        : table_(table), run_(run), steps_(table_, run_)
+    {
+    }
 
     void convert() noexcept
     {
-        for (pixels_.first = 0; pixels_.first < run_.count; pixels_.first += block_pixels) {
+        for (pixels_.first = 0; pixels_.first < run_.count; pixels_.first += tetras_block) {
             const ptrdiff_t left = run_.count - pixels_.first;
-            pixels_.count = left < block_pixels ? static_cast<int>(left) : block_pixels;
+            pixels_.count = left < tetras_block ? static_cast<int>(left) : tetras_block;
             if (!choose(run_, pixels_))
                 continue;
-            Steps::template find_paths<N>(table_, run_, pixels_.first, pixels_.count, paths_);
+            steps_.find_paths(pixels_.first, pixels_.count, paths_);
             if (run_.choice == md_tetras_choice::each)
                 convert_each();
             else if (run_.choice == md_tetras_choice::blend)
@@ -173,46 +177,61 @@ private:
         return table_.vertices + static_cast<size_t>(k) * table_.distance + channel;
     }
 
-    // Four outputs of one table, after their curves.
-    void results_of(int k, int channel, md_tetras_results &results) const noexcept
+    void put(ptrdiff_t line, int channel, const md_tetras_results &results) noexcept
     {
-        Steps::template sum<N>(grid(k, channel), table_.inputs, pixels_.count, paths_, results);
-        through_curves(table_, k, channel, width(channel), pixels_.count, results);
+        steps_.put(line, width(channel), pixels_.first, pixels_.count, pixels_.chosen, results);
     }
 
-    void put(ptrdiff_t line, int width, const md_tetras_results &results) const noexcept
+    // Four outputs of Tables tables after their curves.
+    template <unsigned Tables>
+    void results_of(const int *tables, int channel, md_tetras_results *results) const noexcept
     {
-        Steps::put(run_, line, width, pixels_.first, pixels_.count, pixels_.chosen, results);
+        const uint16_t *grids[Tables];
+        for (unsigned t = 0; t < Tables; ++t)
+            grids[t] = grid(tables[t], channel);
+        steps_.template sum<Tables>(grids, pixels_.count, paths_, results);
+        for (unsigned t = 0; t < Tables; ++t)
+            through_curves(table_, tables[t], channel, width(channel), pixels_.count, results[t]);
     }
 
-    void convert_table(int k, ptrdiff_t first_line) const noexcept
+    // Tables first .. first + Tables - 1 to M lines each, from line `line` on.
+    template <unsigned Tables>
+    void convert_tables(int first, ptrdiff_t line) noexcept
     {
-        md_tetras_results results;
+        int tables[Tables];
+        for (unsigned t = 0; t < Tables; ++t)
+            tables[t] = first + static_cast<int>(t);
+        md_tetras_results results[Tables];
         for (int c = 0; c < table_.outputs; c += 4) {
-            results_of(k, c, results);
-            put(first_line + c, width(c), results);
+            results_of<Tables>(tables, c, results);
+            for (unsigned t = 0; t < Tables; ++t)
+                put(line + ptrdiff_t{t} * table_.outputs + c, c, results[t]);
         }
     }
 
-    void convert_each() const noexcept
+    // Three at a time: more sums than that do not stay in registers.
+    void convert_each() noexcept
     {
-        for (int k = 0; k < run_.tables; ++k)
-            convert_table(run_.first + k, ptrdiff_t{k} * table_.outputs);
+        int k = 0;
+        for (; k + 3 <= run_.tables; k += 3)
+            convert_tables<3>(run_.first + k, ptrdiff_t{k} * table_.outputs);
+        if (k + 2 == run_.tables)
+            convert_tables<2>(run_.first + k, ptrdiff_t{k} * table_.outputs);
+        else if (k + 1 == run_.tables)
+            convert_tables<1>(run_.first + k, ptrdiff_t{k} * table_.outputs);
     }
 
-    void convert_blend() const noexcept
+    void convert_blend() noexcept
     {
+        const int tables[] = {run_.first, run_.second};
         md_tetras_results results[2];
-        uint16_t weights[block_pixels];
+        uint16_t weights[tetras_block];
         for (int p = 0; p < pixels_.count; ++p)
             weights[p] = run_.weights != nullptr ? run_.weights[pixels_.first + p] : run_.weight;
-        for (int p = pixels_.count; p < block_pixels; ++p)
-            weights[p] = 0;
         for (int c = 0; c < table_.outputs; c += 4) {
-            results_of(run_.first, c, results[0]);
-            results_of(run_.second, c, results[1]);
+            results_of<2>(tables, c, results);
             Steps::blend(results[0], results[1], weights, pixels_.count);
-            put(c, width(c), results[0]);
+            put(c, c, results[0]);
         }
     }
 
@@ -221,25 +240,27 @@ private:
     {
         const uint8_t *const tags = run_.tags + pixels_.first;
         if (all_equal(tags, pixels_.count))
-            return convert_table(tags[0], 0);
-        uint32_t grids[block_pixels];
+            return convert_tables<1>(tags[0], 0);
+        uint32_t grids[tetras_block] = {};
         for (int p = 0; p < pixels_.count; ++p)
             grids[p] = tags[p] < run_.tables ? tags[p] * table_.distance : 0;
         for (int i = 0; i <= table_.inputs; ++i)
             for (int p = 0; p < pixels_.count; ++p)
                 paths_.at[i][p] += grids[p];
-        md_tetras_results results;
+        md_tetras_results results[1];
         for (int c = 0; c < table_.outputs; c += 4) {
-            Steps::template sum<N>(grid(0, c), table_.inputs, pixels_.count, paths_, results);
+            const uint16_t *const start = grid(0, c);
+            steps_.template sum<1>(&start, pixels_.count, paths_, results);
             if (table_.curved_outputs)
-                through_tagged_curves(table_, tags, pixels_.chosen, c, width(c), pixels_.count, results);
-            put(c, width(c), results);
+                through_tagged_curves(table_, tags, pixels_.chosen, c, width(c), pixels_.count, results[0]);
+            put(c, c, results[0]);
         }
     }
 
     // Copies, because the compiler must assume that a store to an output changes whatever is not local.
     const md_tetras_table table_;
     const md_tetras_run run_;
+    typename Steps::template of<N> steps_;
     md_tetras_pixels pixels_;
     md_tetras_paths<N> paths_;
 };
