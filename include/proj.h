@@ -26,8 +26,8 @@
  *   Lengths and denominators below 1e-20 count as 0; tolerances are absolute and are not scaled to the figure.
  *   Coordinates up to 1e70 do not overflow. NaN and infinity give results of no use, never more than that; NaN is never
  *   inside.
- *   Nothing is allocated, kept or reported, and any number of threads may call at the same time: the equations of the _par
- *   functions are solved on the stack. Results are the same bits everywhere.
+ *   Nothing is allocated, kept or reported, and any number of threads may call at the same time: the equations of the
+ *   _par functions are solved on the stack. Results are the same bits everywhere.
  *   Source: C. Ericson, Real-Time Collision Detection, Morgan Kaufmann 2005, sections 3.4, 5.1 and 5.4.
  */
 #ifndef TESKA_PROJ_H

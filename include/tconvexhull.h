@@ -32,9 +32,9 @@
  *                         InsideHull 0 for a point of the hull: for 2 of 3,000 on a sphere of radius 300, by 0.017.
  *
  *   Points with a coordinate that is not finite are not part of the hull, and not inside it.
- *   Any number of threads may ask one object, or copies of it that share lists, and copy them at the same time. AddPoint
- *   and Construct change what all copies share: while one of them runs, no other thread may use the copies, except to
- *   destroy one or to assign another hull to it. Objects that share nothing are independent.
+ *   Any number of threads may ask one object, or copies of it that share lists, and copy them at the same time.
+ *   AddPoint and Construct change what all copies share: while one of them runs, no other thread may use the copies,
+ *   except to destroy one or to assign another hull to it. Objects that share nothing are independent.
  *   Nothing is reported or thrown.
  *   Source: J. O'Rourke, Computational Geometry in C, 2nd ed., Cambridge University Press 1998, chapter 4.
  */

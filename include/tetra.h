@@ -17,8 +17,8 @@
  * Common rules
  *   The tolerances are absolute and meant for colours of 0 .. 100: points within 0.01 of each other in each of x, y, z
  *   count as one point.
- *   Records are plain, made zero-filled with the C library's allocator, and may be read by the caller. A volume owns its
- *   records; what is added is copied.
+ *   Records are plain, made zero-filled with the C library's allocator, and may be read by the caller. A volume owns
+ *   its records; what is added is copied.
  *   Nothing is reported, except that the lists in a volume report what they lack ("list_new : Not enough resources to
  *   create list", "list_insert : Unable to extend list, insufficient resources"). A volume holds at most 65535 planes
  *   and as many tetrahedra.
@@ -200,7 +200,7 @@ TESKA_API double line_get_distance_from_point(const tetra_point *p, const tetra_
 TESKA_API double triangle_get_area(const tetra_point *p0, const tetra_point *p1, const tetra_point *p2) TESKA_NOTHROW;
 TESKA_API double tetra_get_volume(const tetra_rec *t) TESKA_NOTHROW;
 
-/* tetra_get_pointnr - the number of corner 0 .. 3; -1 for null, another corner, and a number outside the range of int. */
+/* tetra_get_pointnr - the number of corner 0 .. 3; -1 for null, another corner, a number outside the range of int. */
 TESKA_API int tetra_get_pointnr(const tetra_rec *t, int vertex) TESKA_NOTHROW;
 
 /* triangle_intersect_linesegment, triangle_intersect_linesegment2 - where the segment from a to b meets a triangle.

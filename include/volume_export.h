@@ -8,8 +8,8 @@
  * Common rules
  *   Files are named in UTF-8 and replaced when they exist. Numbers have a point whatever the locale; coordinates are
  *   rounded as by "%10.2f" and "%7.1lf", so -0.00 may appear.
- *   Nothing is reported. Any number of threads may write or view one volume at the same time, to different files, as long
- *   as nobody changes it.
+ *   Nothing is reported. Any number of threads may write or view one volume at the same time, to different files, as
+ *   long as nobody changes it.
  */
 #ifndef TESKA_VOLUME_EXPORT_H
 #define TESKA_VOLUME_EXPORT_H

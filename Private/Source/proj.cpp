@@ -1,7 +1,7 @@
 // proj - projections of a point onto planes, lines and segments, and the small solver they use (geometry)
 //
-// Ordinary projections drop a perpendicular. Projections at constant parameter look for the point that lies in the plane
-// through q at right angles to dir; on a plane n * x + d = 0 that point is the solution of three equations,
+// Ordinary projections drop a perpendicular. Projections at constant parameter look for the point that lies in the
+// plane through q at right angles to dir; on a plane n * x + d = 0 that point is the solution of three equations,
 //
 //     n * x         = -d               on the plane
 //     dir * x       = dir * q          at the parameter of q

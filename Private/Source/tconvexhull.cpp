@@ -187,8 +187,8 @@ int TConvexHull::Construct()
     return result == 0 ? 0 : -1;
 }
 
-// Clears what an earlier construction has left; the vertices are listed and measured. False: fewer than three, or memory
-// is short.
+// Clears what an earlier construction has left; the vertices are listed and measured. False: fewer than three, or
+// memory is short.
 bool TConvexHull::Prepare()
 {
     FreeSurface();
@@ -264,8 +264,8 @@ int TConvexHull::Collinear(tVertexStructure const *a, tVertexStructure const *b,
     return none ? 1 : 0;
 }
 
-// The hull is both sides of the first triangle there is, and the head is a point outside its plane. Returns 0, or -1: no
-// such points, or memory is short.
+// The hull is both sides of the first triangle there is, and the head is a point outside its plane. Returns 0, or -1:
+// no such points, or memory is short.
 int TConvexHull::DoubleTriangle()
 {
     tVertexStructure *u0 = vertices;

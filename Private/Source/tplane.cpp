@@ -5,8 +5,8 @@
 //     xmin     X(i)     xmax
 //      0 ------- i ----- W-1        X(i) = xmin + (xmax - xmin) * i / (W - 1)
 //
-// A hue plane contains the grey axis. Its across coordinate is the chroma in the direction (cos, sin) of its angle, so a
-// colour of another hue falls on the foot of its perpendicular.
+// A hue plane contains the grey axis. Its across coordinate is the chroma in the direction (cos, sin) of its angle, so
+// a colour of another hue falls on the foot of its perpendicular.
 
 #include "tplane.h"
 

@@ -1,7 +1,7 @@
 // volume_export - tetrahedral volumes made visible (geometry)
 //
-// Three writers of text. A number is laid out by to_chars, which knows no locale and rounds as printf does, and padded on
-// the left; the first failure of a stream is remembered and told when it is closed, since that is when buffered text
+// Three writers of text. A number is laid out by to_chars, which knows no locale and rounds as printf does, and padded
+// on the left; the first failure of a stream is remembered and told when it is closed, since that is when buffered text
 // reaches the disk.
 //
 //     Shape { appearance Appearance { material Material { } }
@@ -22,6 +22,7 @@
 
 #include "lopra.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -39,13 +40,33 @@ const tetra_plane &plane_at(const tetra_volume &v, int index)
 
 // How printf would lay out a number: "%<width>.<decimals>f".
 struct layout {
-    std::ptrdiff_t width;
+    int width;
     int decimals;
 };
 
 constexpr layout scene_coordinate{.width = 10, .decimals = 2};
 constexpr layout scene_colour{.width = 0, .decimals = 6};
 constexpr layout dump_coordinate{.width = 7, .decimals = 1};
+
+constexpr std::size_t room = 320;  // the largest double has 309 digits before the point
+
+// The digits of a number, without padding; returns their end. decimals > 0.
+char *put_digits(char (&digits)[room], double number, int decimals)
+{
+#if defined(__cpp_lib_to_chars)
+    return std::to_chars(digits, digits + room, number, std::chars_format::fixed, decimals).ptr;
+#else
+    // Some libraries have no to_chars of doubles. What the locale puts between the digits becomes a point.
+    const int length = std::snprintf(digits, room, "%.*f", decimals, number);
+    char *const end = digits + std::clamp(length, 0, static_cast<int>(room) - 1);
+    if (!std::isfinite(number))
+        return end;
+    const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
+    char *const point = std::find_if_not(digits + (*digits == '-' ? 1 : 0), end, is_digit);
+    *point = '.';
+    return std::copy(end - decimals, end, point + 1);
+#endif
+}
 
 // A text file that is being written.
 class text_file
@@ -63,7 +84,7 @@ public:
     void put(double number, layout shape)
     {
         char digits[room];
-        const char *end = std::to_chars(digits, digits + room, number, std::chars_format::fixed, shape.decimals).ptr;
+        const char *end = put_digits(digits, number, shape.decimals);
         for (std::ptrdiff_t i = end - digits; i < shape.width; ++i)
             put(" ");
         write(digits, static_cast<std::size_t>(end - digits));
@@ -96,8 +117,6 @@ public:
     }
 
 private:
-    static constexpr std::size_t room = 320;  // the largest double has 309 digits before the point
-
     void write(const char *text, std::size_t size)
     {
         if (good_ && std::fwrite(text, 1, size, stream_) != size)
@@ -286,12 +305,12 @@ int tetra_volume_dump_to_file(const tetra_volume *v, const double eye[3], const 
     if (!flags)
         return -1;
     for (int k = 0; k < v->nr_planes; ++k)
-        view_plane(*v, eye, plane_at(*v, k), flags[static_cast<std::size_t>(k)].of);
+        view_plane(*v, eye, plane_at(*v, k), flags[k].of);
     text_file file(name, "w");
     if (!file.is_open())
         return -1;
     put_axes(file);
     for (int k = 0; k < v->nr_planes; ++k)
-        put_sides(file, plane_at(*v, k), flags[static_cast<std::size_t>(k)].of);
+        put_sides(file, plane_at(*v, k), flags[k].of);
     return file.close() ? 0 : -1;
 }

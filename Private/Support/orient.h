@@ -175,9 +175,9 @@ inline int exact_orientation(const vec3 &a, const vec3 &b, const vec3 &c, const 
 
 }  // namespace orient_detail
 
-// The sign of ((b - a) x (c - a)) . (d - a), exactly: 1 when d lies on the side from which a, b, c run counterclockwise,
-// -1 on the other one, 0 in their plane. All coordinates are finite; exact where those that are not 0 have magnitudes
-// from orient_smallest to orient_largest.
+// The sign of ((b - a) x (c - a)) . (d - a), exactly: 1 when d lies on the side from which a, b, c run
+// counterclockwise, -1 on the other one, 0 in their plane. All coordinates are finite; exact where those that are not 0
+// have magnitudes from orient_smallest to orient_largest.
 inline int orientation(const vec3 &a, const vec3 &b, const vec3 &c, const vec3 &d) noexcept
 {
     constexpr double error_bound = 8.0 * 0x1p-53;  // of the determinant, relative to the sum of magnitudes

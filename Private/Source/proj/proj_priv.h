@@ -13,8 +13,8 @@
 namespace teska
 {
 
-// A length or denominator nearer to 0 counts as 0. Absolute, like every tolerance of the family: callers think in colour
-// units, where it is far below anything that can be seen.
+// A length or denominator nearer to 0 counts as 0. Absolute, like every tolerance of the family: callers think in
+// colour units, where it is far below anything that can be seen.
 inline constexpr double proj_degenerate = 1e-20;
 
 // ---- Points and planes ---------------------------------------------------------------------------------------------
@@ -69,8 +69,8 @@ inline void store(const projection &from, int vertices, ProjResult *r, double *d
 
 // ---- Figures -------------------------------------------------------------------------------------------------------
 
-// A triangle where the caller keeps it, or a face of a tetrahedron there. Nothing is copied: it would take as long as half
-// of a projection.
+// A triangle where the caller keeps it, or a face of a tetrahedron there. Nothing is copied: it would take as long as
+// half of a projection.
 struct triangle {
     const double *at[3];
 
@@ -95,7 +95,8 @@ inline double span_triangle(const triangle &t, plane &p) noexcept
     return size;
 }
 
-// The ordinary projections and those at constant parameter; what the functions of proj.h do, which hand them on. 0 or -1.
+// The ordinary projections and those at constant parameter; what the functions of proj.h do, which hand them on. 0 or
+// -1.
 inline projection first_end(const vec3 &p0, double dist) noexcept { return {p0, dist, {1.0, 0.0}}; }
 
 // Inline: most projections on a triangle end here.

@@ -1,8 +1,8 @@
 // proj/tetra - projections of a point onto tetrahedra and their faces (geometry)
 //
 // Face k is the one without vertex k. The value of its plane at q, divided by the value at vertex k, is the barycentric
-// weight of vertex k: q is inside when all four are within 0 .. 1, with some slack. Outside, and for a tetrahedron that is
-// too flat to have an inside, the answer is that of the nearest of the four faces.
+// weight of vertex k: q is inside when all four are within 0 .. 1, with some slack. Outside, and for a tetrahedron that
+// is too flat to have an inside, the answer is that of the nearest of the four faces.
 
 #include "Source/proj/proj_priv.h"
 
@@ -30,8 +30,8 @@ triangle face_of(const double *tet, int k)
     return {{tet + 3 * faces[k][0], tet + 3 * faces[k][1], tet + 3 * faces[k][2]}};
 }
 
-// Inside, `found` is q itself with its weights, and the largest of these as its distance. Unknown, `collinear` is the face
-// that has no plane.
+// Inside, `found` is q itself with its weights, and the largest of these as its distance. Unknown, `collinear` is the
+// face that has no plane.
 location locate(const double *tet, const vec3 &q, projection &found, int &collinear)
 {
     found.point = q;
@@ -93,8 +93,8 @@ int on_boundary_par(const double *tet, const vec3 &q, const vec3 &dir, projectio
         found);
 }
 
-// Three vertices on a line and the fourth, the apex: `found` is the projection onto the triangle of their longest side and
-// the apex. Returns 0 or -1.
+// Three vertices on a line and the fourth, the apex: `found` is the projection onto the triangle of their longest side
+// and the apex. Returns 0 or -1.
 int on_flat_par(const double *tet, int apex, const vec3 &q, const vec3 &dir, projection &found)
 {
     const triangle_side base = longest_side(face_of(tet, apex));

@@ -1,17 +1,19 @@
 // proj/triangle - projections of a point onto triangles and their edges (geometry)
 //
-// Whether a point lies above the triangle is asked edge by edge, in the order (p0,p1), (p0,p2), (p1,p2). Each edge has a
-// plane through it at right angles to the triangle; where the query point and the opposite vertex lie on different sides
-// of it, this edge alone gets the answer:
+// Whether a point lies above the triangle is asked edge by edge, in the order (p0,p1), (p0,p2), (p1,p2). Each edge has
+// a plane through it at right angles to the triangle; where the query point and the opposite vertex lie on different
+// sides of it, this edge alone gets the answer:
 //
-//             p2                    the point x lies beyond the edges (p0,p1) and (p0,p2), and the first decides:
-//            /  \                   it goes to p0, even where a point of (p0,p2) were nearer
-//           /    \                  .
-//         p0 ---- p1                The ratio of the values of the plane at q and at the opposite vertex is that vertex's
-//     x                             barycentric weight.
+//             p2
+//            /  \
+//           /    \        x lies beyond the edges (p0,p1) and (p0,p2). The first decides: x goes to p0, even where
+//         p0 ---- p1      a point of (p0,p2) is nearer.
+//     x
 //
-// Far from the origin a vertex shifted by the unit normal would be rounded back to where it was; the planes are spanned by
-// the edge and the normal itself.
+// The ratio of the values of the plane at q and at the opposite vertex is that vertex's barycentric weight.
+//
+// Far from the origin a vertex shifted by the unit normal would be rounded back to where it was; the planes are spanned
+// by the edge and the normal itself.
 
 #include "Source/proj/proj_priv.h"
 
@@ -39,10 +41,10 @@ constexpr int undecided = 4;
 // normal  at right angles to the triangle, of any length
 // value   for each side the value of its plane at x, positive on the side of the triangle
 //
-// Side and normal span the plane of an edge. Its value at x, and at the opposite vertex, is formed without dividing by the
-// length of side and normal: signs and ratio are the same. At the opposite vertex it is then the scalar product of the
-// normal with (p1 - p0) x (p2 - p0), whichever the edge; formed from the vertex it could have any sign in a triangle
-// hardly wider than the spacing of the doubles.
+// Side and normal span the plane of an edge. Its value at x, and at the opposite vertex, is formed without dividing by
+// the length of side and normal: signs and ratio are the same. At the opposite vertex it is then the scalar product of
+// the normal with (p1 - p0) x (p2 - p0), whichever the edge; formed from the vertex it could have any sign in a
+// triangle hardly wider than the spacing of the doubles.
 int test_edges(const triangle &t, const vec3 &normal, const vec3 &x, double value[3])
 {
     const vec3 edges[3] = {t[1] - t[0], t[2] - t[0], t[2] - t[1]};

@@ -6,8 +6,8 @@
 // left out, and a later point may see into the hollow from afar: no choice of faces mends that step alone.
 //
 // In exact steps the choice is every face with a volume below 0 in exact arithmetic. From a first triangle and a point
-// outside its plane on, the surface is then convex without any slack, and the faces below a point are a disc: those in the
-// plane of the point do not count, so they are also the faces below a point moved a little towards the inside, from
+// outside its plane on, the surface is then convex without any slack, and the faces below a point are a disc: those in
+// the plane of the point do not count, so they are also the faces below a point moved a little towards the inside, from
 // which no face is seen edge-on. They hang together, so they are grown around one of them. A neighbour joins when the
 // piece stays a disc: it meets the piece in one edge and its opposite vertex is not of the piece, or in two edges; one
 // with three would leave no other side. Any disc of triangles can be built up that way in any order, so this never

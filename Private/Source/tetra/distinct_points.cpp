@@ -22,8 +22,8 @@ std::uint64_t mixed(std::uint64_t hash, double number) noexcept
     return product ^ (product >> 32);
 }
 
-// The number of a cube along an axis. With 80 to the unit, points near each other lie in the same cube or in neighbours,
-// rounding included.
+// The number of a cube along an axis. With 80 to the unit, points near each other lie in the same cube or in
+// neighbours, rounding included.
 double cube_of(double x) noexcept { return std::floor(x * 80.0); }
 
 }  // namespace

@@ -9,8 +9,8 @@
 //
 // With exact signs the body is convex after each step, triangles in one plane side by side included. The border is then
 // a simple loop: what a point sees, planes through it not counted, is also what is seen from a place just below it,
-// which lies in no plane, and that is a disc. Nor has any triangle corners in a line: a point on the line of a side lies
-// in the planes of both triangles there and sees neither.
+// which lies in no plane, and that is a disc. Nor has any triangle corners in a line: a point on the line of a side
+// lies in the planes of both triangles there and sees neither.
 //
 // The tolerance decides only which points become corners: those that lie in a face of the hull but for rounding do not,
 // so there are no needles along the sides of the face. Taking the farthest, and among those the one farthest from the
@@ -164,7 +164,8 @@ bool hull_builder::start(int first, bool &flat)
 // The four faces of the first tetrahedron. False when memory is short.
 bool hull_builder::make_first(const int *corner, int first)
 {
-    // The fourth point is on the inner side of the first face; across[k] is the face beyond the side that starts at corner k.
+    // The fourth point is on the inner side of the first face; across[k] is the face beyond the side that starts at
+    // corner k.
     static constexpr hull_triangle shape[4] = {
         {{0, 1, 2}, {1, 2, 3}}, {{1, 0, 3}, {0, 3, 2}}, {{2, 1, 3}, {0, 1, 3}}, {{0, 2, 3}, {0, 2, 1}}};
     for (const hull_triangle &t : shape) {

@@ -6,14 +6,15 @@
 //
 // Adding a point:
 //
-//     hole    the cell that holds it, and from there across each face that it lies on or beyond, until it sees all faces
+//     hole    the cell that holds it, and from there across each face that it lies on or beyond, until it sees all
+//     faces
 //             around the hole from within: 1 cell inside, 2 at a face, the ring around an edge
 //     cells   the point with each face around the hole. The first new cell on the faces of an old one takes its place,
 //             the others go to the end
 //
-// A face so near that the cell would be a sliver, with a determinant that tetra_new cannot describe, is crossed as if the
-// point lay on it: the cells around a hole that sees all its faces from within fill it whatever their shape. Where that
-// is impossible, at the surface of the hull, slivers are made. They take part in everything but are not given out.
+// A face so near that the cell would be a sliver, with a determinant that tetra_new cannot describe, is crossed as if
+// the point lay on it: the cells around a hole that sees all its faces from within fill it whatever their shape. Where
+// that is impossible, at the surface of the hull, slivers are made. They take part in everything but are not given out.
 //
 // Finding the cell: a walk across faces that the point lies beyond, from a cell where the last point of the same box
 // went. A point beyond the surface, by what rounding or the tolerance of the hull leave, goes into the cell next to it:
@@ -37,10 +38,11 @@ constexpr int most_merged = 1024;  // cells of a hole that is widened to avoid s
 
 }  // namespace
 
-// ---- Life ------------------------------------------------------------------------------------------------------------
+// ---- Life
+// ------------------------------------------------------------------------------------------------------------
 
-// A cell for each triangle of the hull that does not lie in a plane with the apex, within the tolerance: flat cells would
-// make neighbours of cells that are far from each other.
+// A cell for each triangle of the hull that does not lie in a plane with the apex, within the tolerance: flat cells
+// would make neighbours of cells that are far from each other.
 bool tiling::start(int nr_points, const growing<hull_triangle> &hull, int apex)
 {
     const auto room = static_cast<std::size_t>(nr_points);
@@ -100,8 +102,8 @@ bool tiling::is_outside(int point) const
                        [&](const hull_triangle &t) { return height(t.corner, point) > tolerance_; });
 }
 
-// Whether a point lies in a cell, or so little outside that the tolerance or a sliver covers the distance. A cell that is
-// itself a sliver holds nothing in this way: all points of its plane would be near.
+// Whether a point lies in a cell, or so little outside that the tolerance or a sliver covers the distance. A cell that
+// is itself a sliver holds nothing in this way: all points of its plane would be near.
 bool tiling::nearly_holds(const cell &c, int point) const
 {
     if (is_sliver(c.corner))
@@ -119,8 +121,8 @@ bool tiling::nearly_holds(const cell &c, int point) const
 }
 
 // Steps across faces beyond which a point lies, from cell to cell. The result is a cell that holds the point, or one at
-// the surface of the hull, which the point lies beyond. Where cells have any shape such a walk can go round in a circle;
-// therefore each step tries the four faces in another order, and after too many steps any cell is the result.
+// the surface of the hull, which the point lies beyond. Where cells have any shape such a walk can go round in a
+// circle; therefore each step tries the four faces in another order, and after too many steps any cell is the result.
 int tiling::walk(int from, int point) const
 {
     int here = from;
@@ -219,8 +221,8 @@ tiling::result tiling::grow_hole(int point, int first, bool merging)
     return result::done;
 }
 
-// The faces around the hole are listed. Left out are faces of the surface that the hole would extend across: the surface
-// moves out to the point there.
+// The faces around the hole are listed. Left out are faces of the surface that the hole would extend across: the
+// surface moves out to the point there.
 tiling::result tiling::list_faces(int point, bool merging)
 {
     faces_.clear();
@@ -246,8 +248,8 @@ tiling::result tiling::list_faces(int point, bool merging)
     return result::done;
 }
 
-// Equal sides of the faces follow each other: new cells meet there. Refused when more than two faces share a side, which
-// then do not enclose a hole.
+// Equal sides of the faces follow each other: new cells meet there. Refused when more than two faces share a side,
+// which then do not enclose a hole.
 tiling::result tiling::pair_sides()
 {
     sides_.clear();
