@@ -1,7 +1,7 @@
 // avx2 - vectors of 32 bytes: one name for each operation of the instruction set
 //
-// Rule of names: lanes.h; what operations do: v128.h. In an unnamed namespace on purpose: every kernel source gets a copy
-// of its own, built for its instruction set.
+// Rule of names: lanes.h; what operations do: v128.h. In an unnamed namespace on purpose: every kernel source gets a
+// copy of its own, built for its instruction set.
 
 #ifndef TESKA_AVX2_H
 #define TESKA_AVX2_H
@@ -68,6 +68,8 @@ struct avx2 : integer_lanes<avx2_register> {
     static vector zip_high8(vector a, vector b) noexcept { return _mm256_unpackhi_epi8(a, b); }
     static vector zip_low16(vector a, vector b) noexcept { return _mm256_unpacklo_epi16(a, b); }
     static vector zip_high16(vector a, vector b) noexcept { return _mm256_unpackhi_epi16(a, b); }
+    static vector zip_low32(vector a, vector b) noexcept { return _mm256_unpacklo_epi32(a, b); }
+    static vector zip_high32(vector a, vector b) noexcept { return _mm256_unpackhi_epi32(a, b); }
     static vector zip_low64(vector a, vector b) noexcept { return _mm256_unpacklo_epi64(a, b); }
     static vector zip_high64(vector a, vector b) noexcept { return _mm256_unpackhi_epi64(a, b); }
     static vector unzip64(vector a) noexcept { return _mm256_permute4x64_epi64(a, 0xD8); }

@@ -1,7 +1,7 @@
 // avx512 - vectors of 64 bytes: one name for each operation of the instruction set
 //
-// Rule of names: lanes.h; what operations do: v128.h. In an unnamed namespace on purpose: every kernel source gets a copy
-// of its own, built for its instruction set.
+// Rule of names: lanes.h; what operations do: v128.h. In an unnamed namespace on purpose: every kernel source gets a
+// copy of its own, built for its instruction set.
 
 #ifndef TESKA_AVX512_H
 #define TESKA_AVX512_H
@@ -71,6 +71,10 @@ struct avx512 : integer_lanes<avx512_register> {
     static vector zip_high8(vector a, vector b) noexcept { return _mm512_unpackhi_epi8(a, b); }
     static vector zip_low16(vector a, vector b) noexcept { return _mm512_unpacklo_epi16(a, b); }
     static vector zip_high16(vector a, vector b) noexcept { return _mm512_unpackhi_epi16(a, b); }
+    static vector zip_low32(vector a, vector b) noexcept { return _mm512_unpacklo_epi32(a, b); }
+    static vector zip_high32(vector a, vector b) noexcept { return _mm512_unpackhi_epi32(a, b); }
+    static vector zip_low64(vector a, vector b) noexcept { return _mm512_unpacklo_epi64(a, b); }
+    static vector zip_high64(vector a, vector b) noexcept { return _mm512_unpackhi_epi64(a, b); }
     static vector unzip64(vector a) noexcept
     {
         return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), a);

@@ -7,7 +7,6 @@
 // - b)].
 
 #include "Kernels/izat_kernels.h"
-#include "Kernels/kernels.h"
 
 namespace teska
 {
@@ -22,19 +21,24 @@ template <class Sample>
 constexpr std::int32_t middle = sizeof(Sample) == 1 ? 128 : 32768;
 
 template <class Sample>
-void across(const izat_columns &columns, const izat_source<Sample> &line, const izat_halves &out) noexcept
+void centre(const Sample *line, std::ptrdiff_t step, std::ptrdiff_t count, std::int16_t *centred) noexcept
 {
+    for (std::ptrdiff_t x = 0; x < count; ++x)
+        centred[x] = static_cast<std::int16_t>(line[x * step] - middle<Sample>);
+}
+
+template <class Sample>
+void across(const izat_columns &columns, const std::int16_t *centred, const izat_halves &out) noexcept
+{
+    constexpr std::int32_t lower_mask = (std::int32_t{1} << lower_bits<Sample>)-1;
     const std::int16_t *weights = columns.weights;
-    std::ptrdiff_t to = 0;
     for (std::ptrdiff_t x = 0; x < columns.count; ++x, weights += columns.taps) {
-        const Sample *const first = line.at + columns.first[x] * line.step;
-        for (std::ptrdiff_t c = 0; c < line.components; ++c, ++to) {
-            std::int32_t sum = 0;
-            for (std::ptrdiff_t j = 0; j < columns.taps; ++j)
-                sum += weights[j] * (static_cast<std::int32_t>(first[j * line.step + c]) - middle<Sample>);
-            out.upper[to] = static_cast<std::int16_t>(sum >> lower_bits<Sample>);
-            out.lower[to] = static_cast<std::uint16_t>(sum & ((1 << lower_bits<Sample>)-1));
-        }
+        const std::int16_t *const first = centred + columns.first[x];
+        std::int32_t sum = 0;
+        for (std::ptrdiff_t j = 0; j < columns.taps; ++j)
+            sum += weights[j] * first[j];
+        out.upper[x] = static_cast<std::int16_t>(sum >> lower_bits<Sample>);
+        out.lower[x] = static_cast<std::uint16_t>(sum & lower_mask);
     }
 }
 
@@ -44,23 +48,33 @@ void down(const izat_halves *lines, const std::int16_t *weights, std::ptrdiff_t 
 {
     constexpr int b = lower_bits<Sample>;
     constexpr std::int32_t largest = 2 * middle<Sample> - 1;
-    for (std::ptrdiff_t i = 0; i < count; ++i) {
-        std::int32_t upper = 0, lower = 1 << 27;
+    for (std::ptrdiff_t x = 0; x < count; ++x) {
+        std::int32_t upper = 0, lower = std::int32_t{1} << 27;
         for (std::ptrdiff_t t = 0; t < taps; ++t) {
-            upper += weights[t] * lines[t].upper[i];
-            lower += weights[t] * lines[t].lower[i];
+            upper += weights[t] * lines[t].upper[x];
+            lower += weights[t] * lines[t].lower[x];
         }
         const std::int32_t sample = ((upper + (lower >> b)) >> (28 - b)) + middle<Sample>;
-        out[i] = static_cast<Sample>(sample < 0 ? 0 : sample > largest ? largest : sample);
+        out[x] = static_cast<Sample>(sample < 0 ? 0 : sample > largest ? largest : sample);
     }
 }
+
+template <class Sample>
+void halve(const Sample *a, const Sample *b, std::ptrdiff_t count, Sample *out) noexcept
+{
+    for (std::ptrdiff_t x = 0; x < count; ++x)
+        out[x] = static_cast<Sample>((std::uint32_t{a[2 * x]} + a[2 * x + 1] + b[2 * x] + b[2 * x + 1] + 2) >> 2);
+}
+
+template <class Sample>
+constexpr izat_depth<Sample> by_samples = {
+    .centre = centre<Sample>, .across = across<Sample>, .down = down<Sample>, .halve = halve<Sample>};
 
 }  // namespace
 
 void install_scalar(izat_kernels &table, bool /*gathers*/) noexcept
 {
-    table = {.bytes = {.across = across<std::uint8_t>, .down = down<std::uint8_t>},
-             .words = {.across = across<std::uint16_t>, .down = down<std::uint16_t>}};
+    table = {.bytes = by_samples<std::uint8_t>, .words = by_samples<std::uint16_t>};
 }
 
 }  // namespace teska

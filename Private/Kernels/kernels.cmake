@@ -20,7 +20,10 @@ set(kernels
     ibilin_avx512
     ibilin_scalar
     ibilin_v128
+    izat_avx2
+    izat_avx512
     izat_scalar
+    izat_v128
     mat_avx2
     mat_avx512
     mat_scalar
@@ -38,8 +41,8 @@ set(kernels
 
 # ---- The processor ---------------------------------------------------------------------------------------------------
 
-# Levels in rising order, with the flags of each, and the source that knows what the processor at hand has. A level needs
-# no flags where every processor of the kind has it.
+# Levels in rising order, with the flags of each, and the source that knows what the processor at hand has. A level
+# needs no flags where every processor of the kind has it.
 string(TOLOWER "${CMAKE_SYSTEM_PROCESSOR}" processor)
 set(kernel_sources Kernels/dispatch.cpp)
 set(kernel_levels scalar)

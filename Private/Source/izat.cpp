@@ -1,9 +1,12 @@
 // izat - resampling of images that come line by line, by area and taps (image)
 //
-// A line that some destination line needs is summed along its direction (Kernels/izat_kernels.h) into a ring of as many
-// lines as the tallest destination line has. Source line n lies in slot n modulo their number: while destination line y
-// waits, its lines are first .. n with n < first + slots, so none of them is overwritten. When its last line has come,
-// the ring is summed down and the samples are handed out.
+// A line that some destination line needs is summed along its direction (Kernels/izat_kernels.h), each component by
+// itself, into a ring of as many lines as the tallest destination line has. Source line n lies in slot n modulo their
+// number: while destination line y waits, its lines are first .. n with n < first + slots, so none of them is
+// overwritten. When its last line has come, the ring is summed down and the samples are handed out.
+//
+// Of an area brought to half its size the lines need no sums before the second of a pair has come: the ring keeps them
+// as they are.
 //
 // Weights of columns are kept; those of lines are made for one destination line at a time, so that memory does not
 // depend on the number of lines.
@@ -42,6 +45,7 @@ struct window {
 // An image that has begun; with no lines there is none.
 struct image {
     int source_lines = 0;
+    int source_width = 0;
     int destination_lines = 0;
     int components = 0;
     std::ptrdiff_t in_step = 0;
@@ -53,14 +57,17 @@ struct image {
     teska::izat_columns columns{};
     heap_block<std::int32_t> column_first;
     heap_block<std::int16_t> column_weights;
+    bool halves = false;  // every sample is the mean of four, from this column on
+    int halves_first = 0;
 
+    int width = 0;                    // of a destination line
+    std::ptrdiff_t room = 0;          // samples of a component
     int slots = 0;                    // lines of the ring
-    std::ptrdiff_t line_samples = 0;  // of a destination line
-    heap_block<std::uint16_t> ring;   // slots times upper halves and lower halves
-    heap_block<izat_halves> slot;     // where those of each slot are
+    heap_block<std::uint16_t> ring;   // slots times components times upper halves and lower halves
     heap_block<izat_halves> ordered;  // the lines of a destination line, from its first
     heap_block<std::int16_t> line_weights;
-    heap_block<std::uint16_t> samples;  // of a destination line, before they are spread to the caller's step
+    heap_block<std::int16_t> centred;   // a component of a source line
+    heap_block<std::uint16_t> samples;  // a component of a destination line, of either depth
 
     int fed = 0;        // source lines
     int delivered = 0;  // destination lines
@@ -99,49 +106,47 @@ bool lies_in(const window &w, int width, int lines)
            w.top + w.height <= lines;
 }
 
-// Every column gets a row of as many weights as the widest has. Near the end of the line a row begins earlier, behind
-// leading zeros, so that no weight belongs to a pixel outside.
-bool make_columns(image &i, const izat_axis &axis, int source_width, int width)
+std::uint64_t padded(std::uint64_t count, std::uint64_t unit) { return (count + unit - 1) / unit * unit; }
+
+bool make_columns(image &i, const izat_axis &axis)
 {
-    i.column_first = block_of<std::int32_t>(static_cast<std::uint64_t>(width));
+    const auto width = static_cast<std::uint64_t>(i.room);
+    i.column_first = block_of<std::int32_t>(width);
     if (!i.column_first)
         return false;
-    const int taps = axis.most_taps();
-    i.column_weights = block_of<std::int16_t>(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(taps));
+    const std::uint64_t taps = padded(static_cast<std::uint64_t>(axis.most_taps()), teska::izat_row);
+    i.column_weights = block_of<std::int16_t>(width, taps);
     if (!i.column_weights)
         return false;
-    std::int16_t *row = i.column_weights.get();
-    for (int x = 0; x < width; ++x, row += taps) {
-        const int first = axis.reach(x).first;
-        i.column_first[x] = std::min(first, source_width - taps);
-        axis.weights(x, row + (first - i.column_first[x]));
+    for (int x = 0; x < i.width; ++x) {
+        i.column_first[x] = axis.reach(x).first;
+        axis.weights(x, i.column_weights.get() + static_cast<std::uint64_t>(x) * taps);
     }
-    i.columns = {.first = i.column_first.get(), .weights = i.column_weights.get(), .taps = taps, .count = width};
+    i.columns = {.first = i.column_first.get(),
+                 .weights = i.column_weights.get(),
+                 .taps = static_cast<std::ptrdiff_t>(taps),
+                 .count = i.room};
     return true;
 }
 
-bool make_ring(image &i, int width)
+// Rows of weights end with zeros, whose samples may lie beyond the end of the line.
+bool make_lines(image &i, int source_width)
 {
-    constexpr std::uint64_t padding = teska::izat_padding;
-    const std::uint64_t samples = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(i.components);
-    const std::uint64_t room = (samples + padding - 1) / padding * padding;
     i.slots = i.lines.bound_of_taps();
-    i.line_samples = static_cast<std::ptrdiff_t>(samples);
-    const auto slots = static_cast<std::uint64_t>(i.slots);
-    i.ring = block_of<std::uint16_t>(room, 2 * slots);
-    i.slot = block_of<izat_halves>(slots);
+    const auto slots = static_cast<std::uint64_t>(i.slots), room = static_cast<std::uint64_t>(i.room);
+    i.ring = block_of<std::uint16_t>(2 * room * static_cast<std::uint64_t>(i.components), slots);
     i.ordered = block_of<izat_halves>(slots);
     i.line_weights = block_of<std::int16_t>(slots);
+    i.centred =
+        block_of<std::int16_t>(static_cast<std::uint64_t>(source_width) + static_cast<std::uint64_t>(i.columns.taps));
     i.samples = block_of<std::uint16_t>(room);
-    if (!i.ring || !i.slot || !i.ordered || !i.line_weights || !i.samples)
-        return false;
-    std::uint16_t *half = i.ring.get();
-    for (izat_halves &slot : i.slot.first(i.slots)) {
-        // The signed halves of a block of unsigned ones: the same object representation.
-        slot = {.upper = reinterpret_cast<std::int16_t *>(half), .lower = half + room};
-        half += 2 * room;
-    }
-    return true;
+    return i.ring && i.ordered && i.line_weights && i.centred && i.samples;
+}
+
+// Whether an axis makes pixels of two each, from a whole one on.
+bool halves_axis(double start, double extent, int destination)
+{
+    return start == std::floor(start) && extent == 2.0 * destination;
 }
 
 // ---- Lines ----------------------------------------------------------------------------------------------------------
@@ -149,33 +154,60 @@ bool make_ring(image &i, int width)
 const teska::izat_depth<std::uint8_t> &kernels_for(const std::uint8_t *) { return teska::kernels().izat.bytes; }
 const teska::izat_depth<std::uint16_t> &kernels_for(const std::uint16_t *) { return teska::kernels().izat.words; }
 
-// Brings samples that are side by side to where the caller wants them.
-template <class Sample>
-void spread(const image &i, const Sample *samples, Sample *out)
+// Component c of the line in a slot.
+izat_halves halves_of(const image &i, int line, int c)
 {
-    if (i.out_step == i.components) {
-        std::copy_n(samples, i.line_samples, out);
-        return;
-    }
-    for (std::ptrdiff_t k = 0; k < i.line_samples; k += i.components, out += i.out_step)
-        std::copy_n(samples + k, i.components, out);
+    std::uint16_t *const at = i.ring.get() + 2 * i.room * ((line % i.slots) * std::ptrdiff_t{i.components} + c);
+    // Signed and unsigned numbers of one width may share a block.
+    return {.upper = reinterpret_cast<std::int16_t *>(at), .lower = at + i.room};
+}
+
+// The place of a source line in the ring when lines are kept as they are.
+template <class Sample>
+Sample *kept(const image &i, int line)
+{
+    return reinterpret_cast<Sample *>(halves_of(i, line, 0).upper);
 }
 
 template <class Sample>
-void hand_out(image &i, Sample **out)
+void take(image &i, int n, const Sample *line)
 {
-    if (*out != nullptr) {
-        for (int k = 0; k < i.next.count; ++k)
-            i.ordered[k] = i.slot[(i.next.first + k) % i.slots];
-        i.lines.weights(i.delivered, i.line_weights.get());
-        auto *const samples = reinterpret_cast<Sample *>(i.samples.get());
-        kernels_for(samples).down(i.ordered.get(), i.line_weights.get(), i.next.count, i.line_samples, samples);
-        spread(i, samples, *out);
+    const auto &kernels = kernels_for(line);
+    for (int c = 0; c < i.components; ++c) {
+        kernels.centre(line + c, i.in_step, i.source_width, i.centred.get());
+        kernels.across(i.columns, i.centred.get(), halves_of(i, n, c));
     }
-    const int line = i.delivered++;
-    i.next = i.lines.reach(i.delivered);
-    if (i.callback != nullptr)
-        i.callback(i.context, line);
+}
+
+// Component c of the next destination line.
+template <class Sample>
+const Sample *summed_down(image &i, int c)
+{
+    auto *const samples = reinterpret_cast<Sample *>(i.samples.get());
+    if (i.halves) {
+        const Sample *const first = kept<Sample>(i, i.next.first), *const second = kept<Sample>(i, i.next.first + 1);
+        kernels_for(samples).halve(first + i.halves_first, second + i.halves_first, i.width, samples);
+        return samples;
+    }
+    for (int k = 0; k < i.next.count; ++k)
+        i.ordered[k] = halves_of(i, i.next.first + k, c);
+    kernels_for(samples).down(i.ordered.get(), i.line_weights.get(), i.next.count, i.width, samples);
+    return samples;
+}
+
+template <class Sample>
+void write(image &i, Sample *out)
+{
+    if (!i.halves)
+        i.lines.weights(i.delivered, i.line_weights.get());
+    for (int c = 0; c < i.components; ++c) {
+        const Sample *const samples = summed_down<Sample>(i, c);
+        if (i.out_step == 1)
+            std::copy_n(samples, i.width, out + c);
+        else
+            for (std::ptrdiff_t x = 0; x < i.width; ++x)
+                out[x * i.out_step + c] = samples[x];
+    }
 }
 
 template <class Sample>
@@ -186,11 +218,19 @@ int feed(image &i, const Sample *line, Sample **out)
     const int n = i.fed++;
     const int before = i.delivered;
     if (i.delivered < i.destination_lines && n >= i.next.first) {
-        const teska::izat_source<Sample> source{.at = line, .step = i.in_step, .components = i.components};
-        kernels_for(line).across(i.columns, source, i.slot[n % i.slots]);
+        if (i.halves)
+            std::copy_n(line, i.source_width, kept<Sample>(i, n));
+        else
+            take(i, n, line);
     }
-    while (i.delivered < i.destination_lines && i.next.first + i.next.count - 1 <= n)
-        hand_out(i, out);
+    while (i.delivered < i.destination_lines && i.next.first + i.next.count - 1 <= n) {
+        if (*out != nullptr)
+            write(i, *out);
+        const int y = i.delivered++;
+        i.next = i.lines.reach(i.delivered);
+        if (i.callback != nullptr)
+            i.callback(i.context, y);
+    }
     return i.delivered - before;
 }
 
@@ -251,10 +291,15 @@ int izat_start(izat *record, int nComponents, int srcLines, int srcWidth, int ds
     i.out_step = outStep;
     i.callback = callback;
     i.context = context;
+    i.source_width = srcWidth;
+    i.width = dstWidth;
+    i.room = static_cast<std::ptrdiff_t>(padded(static_cast<std::uint64_t>(dstWidth), teska::izat_padding));
     i.lines = izat_axis(record->kernel, w.top, w.height, srcLines, dstLines);
     i.next = i.lines.reach(0);
-    if (!make_columns(i, izat_axis(record->kernel, w.left, w.width, srcWidth, dstWidth), srcWidth, dstWidth) ||
-        !make_ring(i, dstWidth)) {
+    i.halves = record->kernel == IZAT_AREA && nComponents == 1 && inStep == 1 &&
+               halves_axis(w.left, w.width, dstWidth) && halves_axis(w.top, w.height, dstLines);
+    i.halves_first = i.halves ? static_cast<int>(w.left) : 0;
+    if (!make_columns(i, izat_axis(record->kernel, w.left, w.width, srcWidth, dstWidth)) || !make_lines(i, srcWidth)) {
         TESKA_ERR("izat_start: insufficient memory");
         return 0;
     }

@@ -1,0 +1,29 @@
+// izat_avx512 - resampling by weighted sums, four columns at a time
+
+#include "Kernels/avx512.h"
+#include "Kernels/izat_vector.h"
+
+namespace teska
+{
+
+namespace
+{
+
+struct izat_avx512 : avx512 {
+    static vector every_fourth_column(const std::int16_t *samples, const std::int32_t *first) noexcept
+    {
+        return join(avx2::join(v128::load(samples + first[0]), v128::load(samples + first[4])),
+                    avx2::join(v128::load(samples + first[8]), v128::load(samples + first[12])));
+    }
+    static vector every_fourth_row(const std::int16_t *weights, std::ptrdiff_t taps) noexcept
+    {
+        return join(avx2::join(v128::load(weights), v128::load(weights + 4 * taps)),
+                    avx2::join(v128::load(weights + 8 * taps), v128::load(weights + 12 * taps)));
+    }
+};
+
+}  // namespace
+
+void install_avx512(izat_kernels &table, bool /*gathers*/) noexcept { izat_install<izat_avx512>(table); }
+
+}  // namespace teska
