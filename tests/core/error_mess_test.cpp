@@ -7,9 +7,7 @@
 
 #include <csetjmp>
 #include <cstdio>
-#include <sstream>
 #include <string>
-#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -169,29 +167,6 @@ TEST_F(ErrorSetThread, HoldsTheFirst64LinesAndTakesMoreAsTheyAreFetched)
         }
     }
     EXPECT_EQ(take(), expected);
-}
-
-TEST_F(ErrorMess, PrintsWholeLinesWhileThreadsChangeTheModes)
-{
-    std::istringstream text(printed([] {
-        std::vector<std::jthread> running;
-        for (const char *name : {"0", "1", "2", "3"})
-            running.emplace_back([name] {
-                for (int i = 0; i < 500; ++i) {
-                    error_set(i % 4);
-                    report({name});
-                    teska_warn(1, name);
-                    error_get();
-                    error_display_all_msgs();
-                }
-                error_set_thread(2);
-                report({"lost with the thread"});
-            });
-    }));
-    for (std::string line; std::getline(text, line);) {
-        const std::string thread(1, line[line.size() > 2 ? line.size() - 2 : 0]);
-        EXPECT_EQ(line, (line[0] == 'E' ? "ERROR : '" : "WARNING  : '") + thread + "'");
-    }
 }
 
 TEST_F(TeskaWarn, PrintsAboveTheThresholdAndDbgWhileSwitchedOnInEveryMode)

@@ -11,9 +11,6 @@
 #include <set>
 #include <stdexcept>
 #include <string>
-#include <thread>
-#include <utility>
-#include <vector>
 
 namespace
 {
@@ -140,45 +137,6 @@ TEST(Pool, HandsOutSeparateAlignedZeroedRecordsAndReusesThem)
     }
     for (int words : {0, INT_MIN})
         EXPECT_EQ(wem_zcreate(words, 8192), nullptr);
-}
-
-// Every thread gives its records to the next one, which frees them.
-TEST(Wem, ServesAllThreadsAtOnce)
-{
-    constexpr int threads = 4, records = 100;
-    wem_pool *pool = wem_zcreate(4, 256);
-    std::vector<int *> taken[threads];
-    const auto in_all_threads = [](auto &&work) {
-        std::vector<std::thread> running;
-        for (int t = 0; t < threads; ++t)
-            running.emplace_back([=] { work(t); });
-        for (std::thread &thread : running)
-            thread.join();
-    };
-    for (int round = 0; round < 20; ++round) {
-        in_all_threads([&](int t) {
-            for (int i = 0; i < records; ++i) {
-                taken[t].push_back(static_cast<int *>(wem_zalloc(pool)));
-                EXPECT_EQ(std::exchange(*taken[t].back(), 1), 0) << "nobody else has it";
-            }
-            const std::string name = "disk" + std::to_string(t), text = std::to_string(round);
-            wem_lognam_set("disk", text.c_str());
-            wem_lognam_set(name.c_str(), text.c_str());
-            EXPECT_EQ(translated("disk"), "1 " + text);
-            EXPECT_EQ(translated(name), "1 " + text);
-            wem_set_typefl([](const char *) { return 7; });
-            EXPECT_EQ(typefl("#", t), 7);
-        });
-        in_all_threads([&](int t) {
-            for (int *record : taken[(t + 1) % threads])
-                wem_zfree(pool, record);
-        });
-        for (auto &records_of_thread : taken)
-            records_of_thread.clear();
-    }
-    wem_set_typefl(nullptr);
-    wem_lognam_clear();
-    wem_zdestroy(pool);
 }
 
 TEST(Clocks, CountMillisecondsForward)

@@ -1,0 +1,193 @@
+// Records of each thread's own, containers that all threads read, and the services that all of them share: reports, the
+// registry of objects, logical names, record pools.
+
+#include "cache.h"
+#include "dynar.h"
+#include "error_mess.h"
+#include "hash_tab.h"
+#include "itemfifo.h"
+#include "list.h"
+#include "rom.h"
+#include "str_zuk.h"
+#include "teska_time.h"
+#include "threads/in_threads.h"
+#include "tobjfac.h"
+#include "wem.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace teska_test
+{
+
+namespace
+{
+
+constexpr int threads = 4;
+constexpr int rounds = 200;
+
+int as_int(const void *bytes) { return *static_cast<const int *>(bytes); }
+int hash(int, const void *key) { return as_int(key); }
+int match(const void *stored, const void *key) { return as_int(stored) == as_int(key) ? 1 : 0; }
+int empty(const void *slot) { return as_int(slot) == 0 ? 1 : 0; }
+int at_or_after(const void *element, const void *key) { return as_int(element) >= as_int(key) ? 1 : 0; }
+int size_of(void *, int) { return static_cast<int>(sizeof(int)); }
+void load(void *, int id, void *destination) { std::memcpy(destination, &id, sizeof id); }
+
+using List = std::unique_ptr<list_rec, int (*)(list_rec *)>;
+using Array = std::unique_ptr<dynar, int (*)(dynar *)>;
+using Table = std::unique_ptr<hash_tab, hash_tab *(*)(hash_tab *)>;
+
+// The numbers 1 to `rounds` in each kind of container.
+struct Containers {
+    List list{list_new(1, sizeof(int), at_or_after), list_kill};
+    Array array{dynar_new(sizeof(int), 1), dynar_kill};
+    Table table{hash_tab_new(rounds, sizeof(int), sizeof(int), hash, match, empty, 0, nullptr), hash_tab_kill};
+
+    Containers()
+    {
+        for (int i = rounds; i > 0; --i) {
+            list_insert(list.get(), &i);
+            *static_cast<int *>(dynar_ptr(array.get(), rounds - i)) = i;
+            hash_tab_insert(table.get(), &i, &i);
+        }
+    }
+
+    void expect_all() const
+    {
+        for (int i = 1; i <= rounds; ++i) {
+            int data = 0;
+            hash_tab_get(table.get(), &i, &data);
+            EXPECT_EQ(data, i);
+            EXPECT_EQ(list_pos(list.get(), &i), i - 1);
+            EXPECT_EQ(as_int(dynar_ptr(array.get(), rounds - i)), i);
+        }
+    }
+};
+
+TEST(Containers, AreReadByAllThreadsAndFilledByEachOnItsOwn)
+{
+    const Containers shared;
+    in_threads(threads, [&](int) {
+        shared.expect_all();
+        Containers().expect_all();
+        itemfifo *queue = itemfifo_new(sizeof(int), 3);
+        cache *pages = cache_new(rounds, 7, sizeof(int), size_of, load, nullptr);
+        for (int i = 1; i <= rounds; ++i) {
+            int taken = 0;
+            itemfifo_put(queue, &i);
+            itemfifo_get(queue, &taken);
+            EXPECT_EQ(taken, i);
+            EXPECT_EQ(as_int(cache_get(pages, i)), i);
+        }
+        itemfifo_kill(queue);
+        cache_kill(pages);
+        char name[10];
+        EXPECT_EQ(TObjFac().MakeRandomName("obj", name, 10), 0);
+    });
+}
+
+TEST(Services, KeepTheAnswersOfThreadsApart)
+{
+    in_threads(threads, [](int thread) {
+        const std::string text = "[a]\nk=0\n[b]\nk=" + std::to_string(thread);
+        for (int round = 0; round < rounds; ++round) {
+            const char *cursor = text.c_str();
+            char value[257];
+            EXPECT_EQ(str_search_zuk_topic(&cursor, round % 2 == 0 ? "a" : "b"), 1);
+            EXPECT_EQ(str_search_zuk(&cursor, "b", "k", value), 1);
+            EXPECT_EQ(value, std::to_string(thread));
+            const std::string date = time_get_date();
+            EXPECT_EQ(date.size(), date.find(" at ") + 12);
+        }
+    });
+}
+
+TEST(Rom, RegistersObjectsOfAllThreads)
+{
+    in_threads(threads, [](int thread) {
+        const std::string type = "type " + std::to_string(thread);
+        error_set_thread(2);
+        for (int round = 0; round < rounds; ++round) {
+            void *object = rom_obj_new(8, type.c_str());
+            void *block = rom_obj_malloc(object, 8);
+            rom_obj_malloc(object, 8);
+            EXPECT_EQ(rom_objtype_check(object, type.c_str()), 1);
+            rom_obj_free(object, block);
+            rom_obj_kill(object);
+            EXPECT_EQ(error_get(), nullptr);
+            rom_obj_kill(nullptr);
+            EXPECT_STREQ(error_get(), "ERROR : 'rom_obj_kill: unregistered obj 0'");
+            std::free(object);
+        }
+    });
+}
+
+// Every thread gives its records to the next one, which frees them.
+TEST(Wem, ServesAllThreads)
+{
+    wem_pool *pool = wem_zcreate(4, 256);
+    std::vector<int *> taken[threads];
+    for (int round = 0; round < 20; ++round) {
+        in_threads(threads, [&](int thread) {
+            for (int i = 0; i < 100; ++i) {
+                auto *record = static_cast<int *>(wem_zalloc(pool));
+                EXPECT_EQ(*record, 0) << "nobody else has it";
+                *record = 1;
+                taken[thread].push_back(record);
+            }
+            const std::string name = "disk" + std::to_string(thread), text = std::to_string(round);
+            char translation[WEM_NAME_SIZE];
+            wem_lognam_set("disk", text.c_str());
+            wem_lognam_set(name.c_str(), text.c_str());
+            for (const std::string &asked : {name, std::string("disk")}) {
+                lognam(asked.c_str(), translation);
+                EXPECT_EQ(translation, text);
+            }
+            wem_set_typefl([](const char *) { return 7; });
+            EXPECT_EQ(typefl("#", thread), 7);
+        });
+        in_threads(threads, [&](int thread) {
+            std::vector<int *> &records = taken[(thread + 1) % threads];
+            for (int *record : records)
+                wem_zfree(pool, record);
+            records.clear();
+        });
+    }
+    wem_set_typefl(nullptr);
+    wem_lognam_clear();
+    wem_zdestroy(pool);
+}
+
+TEST(ErrorMess, PrintsWholeLinesWhileThreadsChangeTheModes)
+{
+    testing::internal::CaptureStdout();
+    in_threads(threads, [](int thread) {
+        const std::string name = std::to_string(thread);
+        for (int round = 0; round < rounds; ++round) {
+            error_set(round % 4);
+            error_mess_fl(name.c_str(), __FILE__, __LINE__);
+            teska_warn(1, name.c_str());
+            error_get();
+            error_display_all_msgs();
+        }
+        error_set_thread(2);
+        error_mess_fl("lost with the thread", __FILE__, __LINE__);
+    });
+    error_set(1);
+    std::istringstream text(testing::internal::GetCapturedStdout());
+    for (std::string line; std::getline(text, line);) {
+        const std::string name(1, line[line.size() > 2 ? line.size() - 2 : 0]);
+        EXPECT_EQ(line, (line[0] == 'E' ? "ERROR : '" : "WARNING  : '") + name + "'");
+    }
+}
+
+}  // namespace
+
+}  // namespace teska_test
