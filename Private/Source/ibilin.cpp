@@ -74,12 +74,8 @@ struct image {
     [[nodiscard]] int line_components() const { return joined() ? components : 1; }
     [[nodiscard]] int line_count() const { return joined() ? 1 : components; }
 
-    // Samples of a line of the buffers, and how far the next one is.
+    // Samples of a line of the buffers.
     [[nodiscard]] ptrdiff_t line_samples() const { return static_cast<ptrdiff_t>(width) * line_components(); }
-    [[nodiscard]] ptrdiff_t line_distance() const
-    {
-        return (line_samples() / teska::ibilin_padding + 1) * teska::ibilin_padding;
-    }
 };
 
 }  // namespace
@@ -93,6 +89,7 @@ struct ibilin {
     bool together = true;  // all calls so far fed all components
     teska::ibilin_kernels kernels{};
     heap_block<ibilin_place> columns;
+    ptrdiff_t buffer_line = 0;     // samples from one line of the buffers to the next
     heap_block<uint16_t> buffers;  // previous lines, current lines, one line for what is written by samples
     teska::ibilin_planner planner;
 };
@@ -124,6 +121,7 @@ bool make_buffers(ibilin &record)
     samples *= static_cast<std::uint64_t>(2 * of.line_count() + 1);
     if (!samples.valid())
         return false;
+    record.buffer_line = (of.line_samples() / teska::ibilin_padding + 1) * teska::ibilin_padding;
     record.buffers = teska::zeroed_block<uint16_t>(samples.get());
     return static_cast<bool>(record.buffers);
 }
@@ -162,7 +160,7 @@ ibilin_run<T> buffer(const ibilin &record, int c, int which)
 {
     const image &of = record.shape;
     const ptrdiff_t line = which * of.line_count() + (of.joined() ? 0 : c);
-    T *const begin = reinterpret_cast<T *>(record.buffers.get()) + line * of.line_distance();
+    T *const begin = reinterpret_cast<T *>(record.buffers.get()) + line * record.buffer_line;
     return {.at = begin + (of.joined() ? c : 0), .step = of.line_components()};
 }
 
@@ -182,7 +180,7 @@ ibilin_run<T> previous(const ibilin &record, int c)
 template <class T>
 T *aside(const ibilin &record)
 {
-    return reinterpret_cast<T *>(record.buffers.get()) + 2 * record.shape.line_count() * record.shape.line_distance();
+    return reinterpret_cast<T *>(record.buffers.get()) + 2 * record.shape.line_count() * record.buffer_line;
 }
 
 // ---- A line is fed --------------------------------------------------------------------------------------------------
@@ -250,12 +248,14 @@ void resample(ibilin &record, const T *const *lines)
 {
     const image &of = record.shape;
     const bool joined = of.joined();
-    const bool planned = record.planner.make_for(sizeof(T), {.places = record.columns.get(),
-                                                             .pixels = of.width,
-                                                             .source_pixels = of.source_width,
-                                                             .together = of.line_components(),
-                                                             .step = static_cast<int>(of.in_step)}) &&
-                         (!joined || interleaved(of, lines));
+    if (record.planner.depth() != sizeof(T))
+        record.planner.make({.places = record.columns.get(),
+                             .pixels = of.width,
+                             .source_pixels = of.source_width,
+                             .together = of.line_components(),
+                             .step = static_cast<int>(of.in_step)},
+                            sizeof(T));
+    const bool planned = record.planner.made() && (!joined || interleaved(of, lines));
     if (planned && joined)
         return resample_planned(record, 0, lines[0]);
     for (int c = 0; c < of.components; ++c)

@@ -248,23 +248,14 @@ bool ibilin_planner::reserve(const ibilin_kernels &kernels, ptrdiff_t samples) n
     return offsets_ && tables_;
 }
 
-bool ibilin_planner::make_for(int sample_bytes, const ibilin_line &line) noexcept
-{
-    if (depth_ != sample_bytes) {
-        depth_ = sample_bytes;
-        picks_ = line.picks();
-        made_ = make(line, sample_bytes);
-    }
-    return made_;
-}
-
 // With the fewest windows that reach all samples.
-bool ibilin_planner::make(const ibilin_line &line, int sample_bytes) noexcept
+void ibilin_planner::make(const ibilin_line &line, int sample_bytes) noexcept
 {
-    for (int windows = picks_ ? 2 : 1; units_ != 0 && windows <= most_windows; windows *= 2)
-        if (plan_all(shape(line, sample_bytes, windows, unit_, units_)))
-            return true;
-    return false;
+    depth_ = sample_bytes;
+    picks_ = line.picks();
+    made_ = false;
+    for (int windows = picks_ ? 2 : 1; units_ != 0 && windows <= most_windows && !made_; windows *= 2)
+        made_ = plan_all(shape(line, sample_bytes, windows, unit_, units_));
 }
 
 // `vectors` vectors of samples, the first of them at sample `first`.

@@ -31,10 +31,13 @@ public:
     // there is no memory.
     [[nodiscard]] bool reserve(const ibilin_kernels &kernels, std::ptrdiff_t samples) noexcept;
 
-    // Whether there is a plan for lines of this depth. The first call makes it, and so does one after another depth; in
-    // between, the line stays the same. There is none when no number of windows reaches all samples, as in a line
-    // shorter than a unit, or when the kernels have no vectors.
-    bool make_for(int sample_bytes, const ibilin_line &line) noexcept;
+    // Tries to plan lines of this depth, in place of a former plan. There is none when no number of windows reaches all
+    // samples, as in a line shorter than a unit, or when the kernels have no vectors.
+    void make(const ibilin_line &line, int sample_bytes) noexcept;
+
+    // Bytes of a sample for which a plan was tried last, 0 before that; and whether it succeeded.
+    [[nodiscard]] int depth() const noexcept { return depth_; }
+    [[nodiscard]] bool made() const noexcept { return made_; }
 
     // Meaningful only while there is a plan; the repeats of either part may be 0. The second part begins at the byte
     // rest_at() of the output.
@@ -46,7 +49,6 @@ public:
 private:
     struct shape;
 
-    [[nodiscard]] bool make(const ibilin_line &line, int sample_bytes) noexcept;
     [[nodiscard]] bool plan_vectors(const shape &form, std::ptrdiff_t first, std::ptrdiff_t vectors, ibilin_plan &plan,
                                     std::ptrdiff_t *offset, std::uint8_t *table) noexcept;
     [[nodiscard]] bool plan_repeated(const shape &form, std::ptrdiff_t all_vectors) noexcept;
@@ -54,9 +56,9 @@ private:
 
     int unit_ = 0;        // bytes
     int units_ = 0;       // of a vector
-    int depth_ = 0;       // bytes of a sample for which a plan was tried; 0: none
-    bool made_ = false;   // there is a plan for that depth
-    bool picks_ = false;  // it only picks samples
+    int depth_ = 0;       // see depth()
+    bool made_ = false;   // see made()
+    bool picks_ = false;  // the plan only picks samples
     ibilin_plan repeated_{};
     ibilin_plan rest_{};
     std::ptrdiff_t rest_at_ = 0;
