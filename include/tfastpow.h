@@ -14,7 +14,7 @@
  *
  *   so that a power 0 is 65535, that of a base 0 too. A base counts with its highest baseBits bits alone and an
  *   exponent with its highest exponentBits: nothing is rounded or interpolated.
- *   A table is not changed after its construction: several threads may read it at once.
+ *   A table is not changed after its construction: any number of threads may take powers from it at once.
  *   No member throws or reports.
  */
 #ifndef TESKA_TFASTPOW_H
@@ -58,7 +58,7 @@ public:
 private:
     int baseRows;                 /* B */
     unsigned int exponentColumns; /* E */
-    int fullScale;                /* 65535, the number that stands for 1 */
+    int fullScale;                /* 65535, the number that means 1 */
     unsigned int operandBits;     /* 16 */
     unsigned int baseShift;       /* from a base to its row */
     unsigned int exponentShift;   /* from an exponent to its column */

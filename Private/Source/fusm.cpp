@@ -6,7 +6,11 @@
 //     fed          0   1   2   3   4   5   6
 //     handed over  0*  1*  -   -   2   3   4, 5*, 6*       * copied
 //
-// Per pixel there are only integers; what they are is made by fusm_tables.cpp.
+// Pixels are calculated in integers. The tables that say how much is corrected are made from strengths, noise and level
+// curves, between images, by fusm/tables.cpp.
+//
+// Components that lie side by side in the lines fed, and are corrected by the same numbers, are sharpened as one run of
+// samples, whose neighbours are then a pixel apart.
 //
 // No process-wide state. A pixel costs O(1) per component, an image O(width) of memory.
 
@@ -47,7 +51,7 @@ struct ring_line {
 struct fusm {
     teska::fusm_numbers::corrections corrections;
     int radius = 0;
-    int reach = 0;   // lines of the window before and behind the middle
+    int reach = 0;   // lines of the window before and after the middle
     int window = 0;  // lines
     int processed = 0;
     int components = 0;
@@ -151,7 +155,8 @@ teska::fusm_line<Sample> window_around(fusm &f, int line, int k)
     return work;
 }
 
-// Whether the components lie side by side in all lines of the window, and can be sharpened as one run of samples.
+// Whether the components lie side by side in all lines of the window, and can be sharpened as one run of samples: also
+// when other components lie between them, whose results are not used.
 template <class Sample>
 bool side_by_side(fusm &f, int line)
 {
@@ -165,7 +170,7 @@ bool side_by_side(fusm &f, int line)
     return true;
 }
 
-// Sharpens all components at once, and hands them over one by one.
+// Sharpens all components at once, after the rows of the high-pass, and hands them over one by one.
 template <class Sample>
 void sharpen_together(fusm &f, int line, Sample *const *out)
 {

@@ -304,7 +304,7 @@ md_tetrab *md_tetrab_new(int N, int M, int R) TESKA_NOTHROW
     return md_tetrab_new_special(N, M, R, default_low, default_high, 1);
 }
 
-// Kept: some of the texts lack the b in the name, and one stands for new although new_special reports it.
+// Kept: some of the texts lack the b in the name, and one names new although new_special reports it.
 md_tetrab *md_tetrab_new_special(int N, int M, int R, int L, int H, int E) TESKA_NOTHROW
 {
     const teska::grid_shape shape{.inputs = N, .outputs = M, .resolution = R, .extension = E};

@@ -13,7 +13,7 @@ namespace
 {
 
 constexpr unsigned operand_bits = 16;
-constexpr int full_scale = 65535;  // the number that stands for 1
+constexpr int full_scale = 65535;  // the number that means 1
 
 unsigned bits_in_range(int bits) { return static_cast<unsigned>(std::clamp(bits, 1, static_cast<int>(operand_bits))); }
 

@@ -1,7 +1,8 @@
 // checked_size - products and sums of sizes that cannot wrap
 //
 // Table sizes are powers of caller-given numbers; a product that wraps would turn into a small block and a large
-// write. A checked_size remembers that it left its range and stays invalid from then on.
+// write. A checked_size remembers that it left its range and stays invalid from then on. It calculates in 64 bits
+// everywhere, and what is valid fits a size_t, of 32 bits too.
 //
 // Used by every module whose blocks have sizes that a caller gives.
 
@@ -18,7 +19,7 @@ class checked_size
 {
 public:
     constexpr checked_size(std::uint64_t value, std::uint64_t limit) noexcept
-        : value_(value), limit_(limit), valid_(value <= limit)
+        : value_(value), limit_(limit < SIZE_MAX ? limit : SIZE_MAX), valid_(value <= limit_)
     {
     }
 

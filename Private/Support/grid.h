@@ -5,7 +5,7 @@
 //
 //     stride[N-1] = outputs,   stride[k] = (resolution + extension) * stride[k+1]
 //
-// Strides fall strictly from dimension to dimension. The walk over the vertices runs the other way, coordinate 0
+// Strides fall strictly from dimension to dimension. The walk over the vertices is in the opposite order, coordinate 0
 // fastest.
 //
 //     const grid_shape shape{.inputs = 3, .outputs = 4, .resolution = 17, .extension = 1};
@@ -58,7 +58,7 @@ constexpr bool grid_fits(const grid_shape &shape) noexcept
     return grid_points(shape).valid() && grid_values(shape).valid();
 }
 
-// Writes the N strides of a grid that fits; returns their sum, the way to the far corner of a cell.
+// Writes the N strides of a grid that fits; returns their sum, which leads to the far corner of a cell.
 template <class Stride>
 constexpr Stride grid_strides(const grid_shape &shape, Stride *stride) noexcept
 {

@@ -106,7 +106,7 @@ void expect_conversion(const Table &table, Generator &random)
 {
     const auto one_of = [&](const auto &values) { return values[random.below(static_cast<int>(std::size(values)))]; };
     const int pixels = 1 + random.below(2 * 64 + 1), quarters = random.below(5);
-    // A fourth channel may stand beside three; channels may come in any order.
+    // A fourth channel may be beside three; channels may come in any order.
     const int channels[] = {table.s.N, std::max(table.s.N, 4)}, in_channels = one_of(channels);
     const int in_steps[] = {1, 2, -3, 0, in_channels, in_channels};
     const int out_steps[] = {1, 2, -1, 0, table.s.M, table.s.M};
@@ -129,12 +129,12 @@ void expect_conversion(const Table &table, Generator &random)
 
     Samples &out = table.s.M <= in_channels && in.step != 0 && random.below(3) == 0 ? in : apart;
     Bytes expected = out.buffer;
-    std::vector<unsigned char *> call(out.at.begin(), out.at.begin() + table.s.M), behind, sources = in.at;
+    std::vector<unsigned char *> call(out.at.begin(), out.at.begin() + table.s.M), after, sources = in.at;
     const int counts[] = {-1, 0, pixels, pixels, pixels, pixels, pixels, pixels}, count = one_of(counts);
     const bool all = random.below(2) == 0;
     for (unsigned char *&line : call) {
         line = !all && random.below(4) == 0 ? nullptr : line;
-        behind.push_back(line == nullptr ? nullptr : line + std::max(count, 0) * out.step);
+        after.push_back(line == nullptr ? nullptr : line + std::max(count, 0) * out.step);
     }
     for (int p = 0; p < count; ++p) {
         const Bytes result = model(table, in.point(p));
@@ -144,7 +144,7 @@ void expect_conversion(const Table &table, Generator &random)
     }
     md_tetrab_interp(table.get(), sources.data(), in.step, call.data(), out.step, count, used, threshold);
     EXPECT_EQ(out.buffer, expected) << "steps " << in.step << " and " << out.step << ", " << count << " pixels";
-    EXPECT_EQ(call, behind);
+    EXPECT_EQ(call, after);
     EXPECT_EQ(sources, in.at);
 }
 

@@ -89,20 +89,19 @@ TEST(MdTetradInterp, EvaluatesLinesOfAnyLayoutAsPointsOneByOne)
             out.at[static_cast<std::size_t>(random.below(m))] = nullptr;
         const std::vector<double *> sources = in.at, start = out.at;
         Doubles expected = out.buffer;
-        std::vector<double *> behind = out.at;
+        std::vector<double *> after = out.at;
         for (int p = 0; p < count; ++p) {
             const Doubles point = table.at(in.point(p));
             for (std::size_t c = 0; c < point.size(); ++c)
                 if (out.at[c] != nullptr)
-                    *(expected.data() + (std::exchange(behind[c], behind[c] + out.step) - out.buffer.data())) =
-                        point[c];
+                    *(expected.data() + (std::exchange(after[c], after[c] + out.step) - out.buffer.data())) = point[c];
         }
         teska_test::at_every_level([&](teska::simd_level) {
             std::fill(out.buffer.begin(), out.buffer.end(), 99);
             out.at = start;
             EXPECT_EQ(md_tetrad_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, count), 1);
             ASSERT_EQ(out.buffer, expected) << n << " to " << m << ", steps " << in.step << " and " << out.step;
-            EXPECT_EQ(out.at, behind);
+            EXPECT_EQ(out.at, after);
             EXPECT_EQ(in.at, sources);
         });
     }

@@ -1,8 +1,8 @@
 // fusm/tables - the numbers by which a component is sharpened (image)
 //
-// Strength, coring and level factors stand in tables of V + 1 entries. Beside them stand forms that suit vectors.
-// Corrections of bytes are cut to 255, which cannot be seen in a result; and a table without coring mostly is one
-// multiplication:
+// Corrections and level factors are tables of V + 1 entries. For the kernels with vectors there are two more forms:
+// bytes have tables of 256 entries, with corrections cut to 255, which no result shows; and a table without coring is
+// mostly one multiplication:
 //
 //     table[d] = d * multiplier >> shift      for all d, or the table is used
 //
@@ -38,9 +38,9 @@ namespace
 
 constexpr int byte_values = 256;
 constexpr double factor_unit = 256.0;  // the level factor that changes nothing
-constexpr size_t read_ahead = 1;       // entries that a kernel may read behind a table
+constexpr size_t read_ahead = 1;       // entries that a kernel may read after a table
 
-// What stands in for a table there was no memory for.
+// In the place of a table there was no memory for.
 constexpr uint16_t no_correction[1 + read_ahead] = {};
 
 // ---- Correction tables ----------------------------------------------------------------------------------------------
@@ -72,8 +72,9 @@ void fill_table(uint16_t *table, int top, double g, double noise)
     }
 }
 
-// The form of the table that is one multiplication by a number of so many bits, for samples up to `largest`. Magnitudes
-// of more than 16 bits have none: their products would not fit.
+// The form of the table that is one multiplication by a number of so many bits, for samples up to `largest`. There is
+// none for magnitudes of more than 16 bits: their products would not fit. Every entry narrows the multipliers to those
+// between low and high; a correction that reaches `largest` has no upper bound, because it is cut.
 fusm_ramp find_ramp(const uint16_t *table, int last, double g, int bits, int largest)
 {
     // Gains above 1 take some of the bits. From 128 on products would leave the lanes of a vector.
@@ -93,7 +94,7 @@ fusm_ramp find_ramp(const uint16_t *table, int last, double g, int bits, int lar
     return {.fits = low <= high && last <= UINT16_MAX, .multiplier = static_cast<uint32_t>(low), .shift = shift};
 }
 
-// What stands beside the table.
+// The other two forms of a table.
 void fill_vector_forms(fusm_curve &curve, double g)
 {
     for (int d = 0; d < byte_values; ++d)
@@ -156,7 +157,7 @@ namespace
 
 using Curve = handle<lin_interp_double, lin_interp_double_kill>;
 
-// The factors of one component; its points stand `stride` numbers apart. False when there is no such curve.
+// The factors of one component; its points are `stride` numbers apart. False when there is no such curve.
 bool fill_factors(int16_t *row, int top, int points, const double *levels, const double *factors, int stride)
 {
     const Curve curve(lin_interp_double_new(points, nullptr));
