@@ -5,9 +5,9 @@
 // sides of it, this edge alone gets the answer:
 //
 //             p2
-//            /  \
-//           /    \        x lies beyond the edges (p0,p1) and (p0,p2). The first decides: x goes to p0, even where
-//         p0 ---- p1      a point of (p0,p2) is nearer.
+//            /  \        x lies beyond the edges (p0,p1) and (p0,p2). The first decides:
+//           /    \       x goes to p0, even where a point of (p0,p2) is nearer.
+//         p0 ---- p1
 //     x
 //
 // The ratio of the values of the plane at q and at the opposite vertex is that vertex's barycentric weight.
