@@ -49,7 +49,7 @@
  *   Kept: pi is 3.1415926535 and 2 pi 6.283185307, cut after these digits. Converting a colour there and back differs
  *   from it by up to 2e-10 of its length.
  *   Threads: any number of them may ask one object at once, by the conversions, UmbrellaEdge, GetNrDifferentPrimCombs,
- *   GetPrimComb, GetNrVarCoordPrimComb, GetDevCoord, the dumps and by copying it, and get the bits that one thread gets.
+ *   GetPrimComb, GetNrVarCoordPrimComb, GetDevCoord, the dumps and by copying it, and get the bits of one thread.
  *   One thread at a time makes, assigns or destroys an object, scans it (a scan moves the object's cursor), exports it
  *   (that may set the error number) or calls the protected steps; the scans may go on while others convert.
  *   The callback is called in the thread that makes the object, and in the one that first asks for a conversion, the

@@ -1,8 +1,8 @@
 // ttriangulartopsurface/mask - what the parts of an umbrella hide of each other (geometry)
 //
 // Of each triangle the pieces are cut away that some other triangle hides, of its own part as well. Where two lie at
-// one distance the earlier one is seen: earlier are parts with fewer full colorants, then those earlier in the list, then
-// the triangles of smaller number. So of two sheets that coincide one stays, and each direction is seen once.
+// one distance the earlier one is seen: earlier are parts with fewer full colorants, then those earlier in the list,
+// then the triangles of smaller number. So of two sheets that coincide one stays, and each direction is seen once.
 //
 // Example: two squares over the same directions, one tilted through the other. Of each a half is seen, and the two
 // halves meet in the straight line in which the squares cross.
