@@ -222,7 +222,7 @@ TEST(HashTabNewset, KeptForgetsDeletedMarksAndWritesNewTextsOverTheRestoredOnes)
     const Table restored(hash_tab_newset(1, 5, 4, 4, hash, match, empty, slots, nullptr, 0, nullptr, 0), hash_tab_kill);
     EXPECT_EQ(hash_tab_get(restored.get(), &number, nullptr), 2);
 
-    // Slots 2 to 4: "de" with an offset behind the pool, "abc" and "four" with texts.
+    // Slots 2 to 4: "de" with an offset past the pool, "abc" and "four" with texts.
     const unsigned short offsets[5][2] = {{0, 0}, {0, 0}, {5, 77}, {1, 1}, {8, 5}};
     const Table table(
         hash_tab_newset(0, 5, -1, -1, text_hash, text_match, nullptr, offsets, "\0abc\0de\0four", 12, "\0one\0two", 8),

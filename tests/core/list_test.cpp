@@ -139,7 +139,7 @@ TEST(List, KeptDoesWithAllItsSlotsWhatTheModelDoes)
             ASSERT_EQ(list_get_ext(list.get()), static_cast<int>(step));
             const auto *elements = static_cast<const int *>(list_get_element(list.get(), 0));
             ASSERT_TRUE(std::equal(model.slots.begin(), model.slots.end(), elements)) << "action " << action;
-            // Of several that match, the first; after finds none, since it looks behind them.
+            // Of several that match, the first; after finds none, since it looks past them.
             const auto found = std::find(model.at(0), model.at(model.count), fresh);
             const bool none = order == after || found == model.at(model.count);
             EXPECT_EQ(list_search_el(list.get(), &fresh, differs), none ? -1 : found - model.at(0));

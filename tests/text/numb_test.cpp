@@ -36,7 +36,7 @@ TEST(NumbDecimalToBase, KeptGivesNegativeDigitsInBasesOtherThanTwo)
 {
     Digits sign(40, 1);
     sign[0] = 0;
-    // A number, a base, the digits asked for and what they stand for.
+    // A number, a base, the digits asked for and what they denote.
     const std::tuple<int, int, Digits, int> cases[] = {
         {6, 2, {0, 1, 1, 0}, 6},     {INT_MIN + 1, 2, {1, 0}, 1}, {-2, 2, sign, -2}, {255, 16, {15, 15, 0}, 255},
         {-17, 16, {-1, -1, 0}, -17}, {123, 10, {3, 2}, 23},       {7, 0, {0, 0}, 0}, {INT_MIN, 1, {0, 0}, 0},

@@ -117,7 +117,7 @@ TEST(StrRemoveMultipleBlanks, KeepsOneBlankOfARunAndAllTabs)
 
 TEST(StrGoToNextWord, KeptStepsOverTheEndOfTheTextWhereTheNextLineStops)
 {
-    // The offsets of the next line and of the next word; "!" stands two zeros behind the text.
+    // The offsets of the next line and of the next word; "!" is two zeros after the text.
     const std::tuple<std::string, int, int> cases[] = {
         {"ab\r\ncd", 4, 2}, {"ab\ncd", 3, 2}, {"ab\rcd", 3, 2}, {"\r\rx", 1, 0},    {"\n\rx", 1, 0}, {"ab", 2, 4},
         {"", 0, 2},         {"ab cd", 5, 3},  {"  cd", 4, 2},   {"ab \t cd", 7, 5}, {" \r", 2, 1},   {"\tcd", 3, 1}};
