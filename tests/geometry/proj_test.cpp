@@ -145,7 +145,8 @@ TEST(ProjOnTriangle, LooksAtTheParameterOrAlongALine)
     expect(proj_on_triangle_par, {{right, {2, 3, 5}, {2, 3, 0}, {0.5, 0.2, 0.3}, 25, {1, 0, 0}},
                                   {right, {2, 11, 5}, {2, 8, 0}, {0, 0.2, 0.8}, 34, {1, 0, 0}},
                                   {needle, {11, 1.5, 0}, {10, 0, 0}, {0, 1, 0}, 1002.25, {1, 0, 0}},
-                                  {right, {2, 3, 5}, {2, 3, 0}, {0.5, 0.2, 0.3}, 25000}});
+                                  {right, {2, 3, 5}, {2, 3, 0}, {0.5, 0.2, 0.3}, 25000},
+                                  refused({0, 0, 0, 1e-21, 0, 0, 0, -1000, 0}, {1, 0, 0})});
     expect(proj_on_triangle_bound_par, {{{0, 0, 0, 4, -4, 4, 4, 4, 4}, {3, 0, 2}, {2, 2, 2}, {0.5, 0, 0.5}, 5}});
     // Negative from behind, unless nearly along the triangle.
     expect(proj_on_triangle_parline, {{right, {1, 3, -5}, {2, 3, 0}, {0.5, 0.2, 0.3}, -26, {0.2, 0, 1}},
@@ -172,6 +173,11 @@ TEST(ProjOnTetra, GivesKnownAnswers)
             {corner, {4, 4, 4}, {middle, middle, middle}, {0, third, third, third}, 4 * third}});
     const Values flat{0, 0, 0, 10, 0, 0, 0, 10, 0, 2, 2, -0.0009};
     expect(plain<proj_on_tetra>, {{flat, {2, 2, -0.0001}, {2, 2, 0}, {0.6, 0.2, 0.2, 0}, -1e-8}});
+    // Every face has an edge that is too short.
+    const Values two_pairs{0, 0, 0, 1e-21, 0, 0, 0, 1000, 0, 0, 1000, 1e-21};
+    for (const Function f : {plain<proj_on_tetra>, plain<proj_on_tetra_bound>, plain<proj, 4>})
+        EXPECT_EQ(Outcome(f, two_pairs, {2.5e-22, 500, 2.5e-22}, {}).code, -1);
+    EXPECT_EQ(Outcome(proj_on_tetra_par, two_pairs, {2.5e-22, 500, 2.5e-22}, {1, 1, 1}).code, -100);
     // In the last row three vertices are on a line.
     expect(proj_on_tetra_par,
            {{corner, {1, 2, 3}, {1, 2, 3}, inside, 0.16},

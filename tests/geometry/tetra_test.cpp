@@ -255,6 +255,8 @@ TEST(TetraMeasures, KeptAreMadeOfSquaresOfDistances)
     EXPECT_EQ(plane_get_distance_from_point(&ez, &o, &c, &b), 1);
     EXPECT_EQ(plane_get_distance_from_point(&ez, &o, &c, &ex), 0) << "points in a line";
     EXPECT_EQ(line_get_distance_from_point(&ez, &o, &d), 0);
+    const tetra_point long_enough{0.011, 0, 0, 0};
+    EXPECT_EQ(line_get_distance_from_point(&ez, &o, &long_enough), 1);
 }
 
 TEST(TriangleIntersectLinesegment, CountsByPlaneEndsCornersAndSides)
@@ -429,6 +431,48 @@ TEST(TetraVolumeNew2, ListsNoSlivers)
     }
 }
 
+// Flat but for rounding, with edges as thin: whatever becomes of single points, the boundary closes, and the tetrahedra
+// fill no more than it.
+TEST(TetraVolumeNew2, StaysSoundForCloudsThatAreNearlyFlat)
+{
+    Generator input(12);
+    for (int i = 0; i < 1500; ++i) {
+        const double hair = std::pow(10, input.between(-12, -6)), size = i % 3 == 0 ? 1 : i % 3 == 1 ? 50 : 1000;
+        const int kind = i % 4, steps = 1 + i % 6;
+        const Points points = made(4 + i % 24, [&](int) {
+            const auto on_grid = [&] { return std::round(input.between(-1, 1) * steps) / steps; };
+            const double t = input.unit(), noise = hair * input.between(-1, 1);
+            double p[3] = {on_grid(), on_grid(), on_grid()};
+            if (kind == 0)
+                p[2] = noise;
+            else if (kind == 1)
+                p[0] = t + noise, p[1] = t * t, p[2] = t * t * t;
+            else if (kind == 2)
+                p[2] = t > 0.9 ? 1 : noise;
+            else
+                p[0] += noise, p[1] -= noise;
+            return tetra_point{size * p[0], size * p[1], size * p[2], 0};
+        });
+        const Volume v = cut(points);
+        ASSERT_TRUE(v);
+        std::map<std::pair<double, double>, int> sides;
+        double hull = 0, filled = 0;
+        for (int k = 0; k < v->nr_planes; ++k) {
+            const tetra_point *p = at<tetra_plane>(v->planes, k)->p;
+            hull -= sixfold(p[0], p[1], p[2], points[0]);
+            for (int s = 0; s < 3; ++s)
+                ++sides[{p[s].nr, p[(s + 1) % 3].nr}];
+        }
+        for (const auto &[side, count] : sides)
+            ASSERT_TRUE(count == 1 && sides.count({side.second, side.first}) == 1) << i;
+        for (int k = 0; k < v->nr_tetras; ++k) {
+            const tetra_point *p = at(v->tetras, k)->p;
+            filled -= sixfold(p[0], p[1], p[2], p[3]);
+        }
+        ASSERT_LE(filled, hull + 1e-6 * size * size * size) << i;
+    }
+}
+
 TEST(TetraVolumeNew2, IsEmptyForPointsInAPlane)
 {
     const tetra_point far{1e101, 0, 0, 0}, not_finite{0, HUGE_VAL, NAN, 0};
@@ -438,7 +482,8 @@ TEST(TetraVolumeNew2, IsEmptyForPointsInAPlane)
                            {o, ex, {2, 0, 0, 0}, {7, 0, 0, 0}, {9, 0, 0, 0}},
                            {o, ex, ey, {3, 4, 0, 0}, {0.3, 0.3, 1e-10, 0}},
                            {o, ex, ey, {0, 0, 0.005, 0}},
-                           {o, ex, ey, far, not_finite}};
+                           {o, ex, ey, far, not_finite},
+                           {{1e9, 0, 0, 0}, {1e9, 0.1, 0, 0}, {1e9, 0, 0.2, 0}, {1e9, 0.3, 0.3, 0}}};
     for (const Points &points : sets) {
         const Volume v = cut(points);
         EXPECT_TRUE(v && v->nr_planes == 0 && v->nr_tetras == 0) << &points - sets;
@@ -446,6 +491,12 @@ TEST(TetraVolumeNew2, IsEmptyForPointsInAPlane)
     const Volume v = cut({not_finite, o, ex, far, ey, ez});
     EXPECT_TRUE(v->nr_planes == 4 && v->nr_tetras == 1);
     EXPECT_EQ(tetra_get_pointnr(at(v->tetras, 0), 3), 1) << "the first usable point is the apex";
+    // With the origin inside, where a point that is passed over must not become a corner.
+    Points around = box(10, {not_finite, far});
+    for (int i = 0; i < 8; ++i)
+        around[static_cast<std::size_t>(i)] = {around[static_cast<std::size_t>(i)].x - 5, i / 2 % 2 * 10 - 5.0,
+                                               i / 4 * 10 - 5.0, 0};
+    EXPECT_EQ(cut(around)->nr_tetras, 6);
 }
 
 TEST(TetraVolumeNew2, BoundsByTheSelectedPointsAlone)
