@@ -1,8 +1,8 @@
 // byte_table - tables of 256 bytes, read by shuffles of 16 bytes
 //
-// A table is cut into 16 rows. Of each half, rows are read in turn by an index that walks down by 16, and a shuffle gives
-// 0 once the index is negative. So an entry is what the shuffles up to its own row have in common: each holds the
-// difference to the row before, as an exclusive or.
+// A table is cut into 16 rows. Of each half, rows are read in turn by an index that walks down by 16, and a shuffle
+// gives 0 once the index is negative. So an entry is what the shuffles up to its own row have in common: each holds
+// the difference to the row before, as an exclusive or.
 //
 // In an unnamed namespace on purpose: every kernel source gets a copy of its own, built for its instruction set.
 

@@ -14,7 +14,7 @@ namespace teska
 namespace
 {
 
-// Where an input lies: the index of the lower grid point of its cell and the fraction behind it.
+// Where an input lies: the index of the lower grid point of its cell and the fraction after it.
 struct location {
     float scaled;
     int index;

@@ -29,7 +29,7 @@ float unit(float value)
 // Four channels side by side, in the compiler's own vector type: plain operators work lane by lane on every processor.
 using quad = float __attribute__((vector_size(16)));
 
-// Count values; the other lanes are zero. Nothing behind the values is read.
+// Count values; the other lanes are zero. Nothing after the values is read.
 template <std::size_t Count>
 quad load(const float *from)
 {
@@ -116,7 +116,7 @@ void tetra(const clut_grid &grid, const double *in, double *out)
                                         f[rule.input[0]], f[rule.input[1]], f[rule.input[2]]});
 }
 
-// Adds the terms of corners Corner .. Corners - 1 to the sum, written out one behind the other.
+// Adds the terms of corners Corner .. Corners - 1 to the sum, written out one after the other.
 template <std::size_t Corner, std::size_t Corners, std::size_t Count>
 [[gnu::always_inline]] inline quad add_corners(quad sum, const float *cell, const std::uint32_t *corner,
                                                const float *weight)

@@ -19,8 +19,8 @@ struct fir_window {
     int maximum;  // of the result
 };
 
-// The variants' view: words of two samples that stand in one column, the line before in the low half, the line itself in
-// the high one; 16-bit samples less 32768. A tap adds, to the pixel x of the result, the products of the halves of
+// The variants' view: words of two samples of one column, the line before in the low half, the line itself
+// in the high one; 16-bit samples less 32768. A tap adds, to the pixel x of the result, the products of the halves of
 // words[x] and of the factors, all signed.
 struct fir_tap {
     const std::uint32_t *words;
@@ -36,7 +36,7 @@ struct fir_taps {
     std::uint16_t maximum;  // of the result, at most 32767
 };
 
-// Words may be read and written up to here behind the last pixel.
+// Words may be read and written up to here after the last pixel.
 constexpr int fir_spare_words = 128;
 
 template <class Sample>

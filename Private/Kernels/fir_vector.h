@@ -10,8 +10,8 @@
 // The sums of the high halves are kept apart and shifted up at the end. 32767 is the largest result before it is
 // clipped, since the sum is signed.
 //
-// Words stand for all columns of a line, so the next column is the same load one word further on, and a line is packed
-// once.
+// There is a word for every column of a line, so the next column is the same load one word further on, and a line is
+// packed once.
 
 #ifndef TESKA_FIR_VECTOR_H
 #define TESKA_FIR_VECTOR_H

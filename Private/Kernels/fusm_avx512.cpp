@@ -1,5 +1,5 @@
-// fusm_avx512 - sharpening of image lines. Vectors of 64 bytes; a table of 256 bytes fills four of them, tables of words
-// are read with and without gathers.
+// fusm_avx512 - sharpening of image lines. Vectors of 64 bytes; a table of 256 bytes fills four of them, tables of
+// words are read with and without gathers.
 
 #include "Kernels/avx512.h"
 #include "Kernels/fusm_vector.h"

@@ -1,6 +1,6 @@
 // fusm_vector - sharpening of image lines, many samples at a time
 //
-// Vectors stand across samples; what is between them is that of the definition. Samples are taken as they lie in
+// Vectors hold adjacent samples; what is between them is that of the definition. Samples are taken as they lie in
 // memory: with a step of 3 those of the other components are sharpened too, and left out when the results are handed
 // on. Only the columns at both ends, and what is less than a vector, are left to the definition.
 //
@@ -51,7 +51,7 @@ struct fusm_neighbours {
         at[fusm_window<Radius>::count] = at[0];
     }
 
-    // The last tap of a window stands beside one of weight 0.
+    // The last tap of a window is paired with one of weight 0.
     static constexpr int weight(int t) noexcept
     {
         return t < fusm_window<Radius>::count ? fusm_window<Radius>::taps[t].weight : 0;

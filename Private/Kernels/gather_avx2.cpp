@@ -3,8 +3,8 @@
 // On some processors a gather takes several times as long, by design or since a correction of its microcode; which ones
 // cannot be told from their numbers. Kernels read many words at places that are known, so what counts is how many are
 // read in a time, not how long one takes: both ways read the same 256 words of 16 KiB, several times each in turn, and
-// the fastest of the times counts, since other work on the machine only adds. The answer decides between two ways to the
-// same bits.
+// the fastest of the times counts, since other work on the machine only adds. The answer decides between two ways to
+// the same bits.
 
 #include "Kernels/avx2.h"
 #include "Kernels/gather.h"

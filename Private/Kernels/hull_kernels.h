@@ -20,8 +20,8 @@ struct hull_planes {
 };
 
 struct hull_kernels {
-    // The first plane, from `from` on, whose value at the point is below the limit or not comparable with it; count when
-    // there is none. The value is summed in the order above.
+    // The first plane, from `from` on, whose value at the point is below the limit or not comparable with it; count
+    // when there is none. The value is summed in the order above.
     std::ptrdiff_t (*first_below)(const hull_planes &planes, std::ptrdiff_t from, const double *point,
                                   double limit) noexcept;
 };

@@ -17,7 +17,7 @@ constexpr std::ptrdiff_t ibilin_padding = 64;
 // Where one destination place lies in the source.
 struct ibilin_place {
     int first;             // the sample or line before it
-    int second;            // the one behind it; the last one at the end
+    int second;            // the one after it; the last one at the end
     std::uint32_t weight;  // of the second, 0 .. 65535; that of the first is 65536 - weight
 };
 
@@ -29,16 +29,16 @@ struct ibilin_run {
 };
 
 // Which bytes of a line become which samples, for one length of vectors. A vector consists of units; inside a unit of
-// U bytes a shuffle reaches every byte. Samples are blended in lanes of 16 bits. Of a unit's lanes equal shares come from
-// `windows` windows, runs of U bytes anywhere in the line. Masks hold the place of a byte in its window, or 0x80 for a
-// zero byte.
+// U bytes a shuffle reaches every byte. Samples are blended in lanes of 16 bits. Of a unit's lanes equal shares come
+// from `windows` windows, runs of U bytes anywhere in the line. Masks hold the place of a byte in its window, or 0x80
+// for a zero byte.
 //
 //     windows  masks of a vector of lanes
 //        1     nearer samples; further samples
 //        2     of each window: nearer samples in the lower half of the unit, further ones in the upper half
 //        4     likewise, of windows 0 and 1 together, and of 2 and 3 together
 //
-// Behind the masks stand the weights of the lanes, 16 bits each: for 16-bit samples the weight of the right sample, the
+// After the masks come the weights of the lanes, 16 bits each: for 16-bit samples the weight of the right sample, the
 // left one being the nearer; for bytes the weight of the further sample, negated, at least -32768. Where a weight is 0
 // both samples are the same. A vector of bytes is put together from two vectors of lanes, in whose units the runs of
 // U / 2 samples alternate: unit 0 of the first, unit 0 of the second, unit 1 of the first ..

@@ -22,7 +22,7 @@ namespace
 {
 
 // The pattern "first of n" for the samples of interleaved lines; it starts anywhere in the first n samples and is as
-// long as n vectors behind that.
+// long as n vectors after that.
 template <class T, int N>
 struct stripes {
     constexpr stripes() noexcept
@@ -201,7 +201,7 @@ struct ibilin_kernel {
             pick_windows<4>(plan, line, reinterpret_cast<std::uint8_t *>(out));
     }
 
-    // make(i) gives the vector of output from sample i on. What is behind `count` is not written.
+    // make(i) gives the vector of output from sample i on. What is after `count` is not written.
     template <class T, class Make>
     static void write(std::ptrdiff_t count, T *out, Make make) noexcept
     {

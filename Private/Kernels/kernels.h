@@ -5,8 +5,8 @@
 // set the processor has overrides what it offers, in rising order. It is filled once, at the first use.
 //
 // Kernel sources are islands: intrinsics, <cstdint>, <cstddef> and the headers of operations, no other; everything but
-// the installing functions stands in unnamed namespaces. A function that a kernel source shared with others by an inline
-// definition would be merged by the linker, possibly to the copy built for a newer processor.
+// the installing functions is in unnamed namespaces. A function that a kernel source shared with others by an
+// inline definition would be merged by the linker, possibly to the copy built for a newer processor.
 
 #ifndef TESKA_KERNELS_H
 #define TESKA_KERNELS_H
@@ -27,8 +27,8 @@
 namespace teska
 {
 
-// In rising order; each includes those before it. v128 is SSE4.1 or what another processor has of 128 bits; avx512 is the
-// parts F, BW, DQ, VL and VBMI together.
+// In rising order; each includes those before it. v128 is SSE4.1 or what another processor has of 128 bits; avx512 is
+// the parts F, BW, DQ, VL and VBMI together.
 enum class simd_level : int { scalar = 0, v128 = 1, avx2 = 2, avx512 = 3 };
 
 // Whether tables are read with gather instructions, where a variant has both ways: they are slow on some processors.
@@ -58,8 +58,8 @@ inline const kernel_table &kernels() noexcept
     return table != nullptr ? *table : first_kernels();
 }
 
-// Test switches: no instruction set above the given level is used from now on; gathers are used as said. Return what was
-// in force before. Not locked.
+// Test switches: no instruction set above the given level is used from now on; gathers are used as said. Return what
+// was in force before. Not locked.
 simd_level simd_limit(simd_level level) noexcept;
 gather_use gather_limit(gather_use use) noexcept;
 

@@ -1,8 +1,8 @@
 // lanes - integers side by side in a vector of any length, by the compiler's own operators
 //
-// Names here and in v128.h, avx2.h and avx512.h: the number at the end is the width of a lane in bits. A letter before it
-// says whether lanes are unsigned (u) or signed (s), where that makes a difference. Saturated results stop at the ends of
-// their range; all others are taken modulo the width. Vectors also know &, | and ^.
+// Names here and in v128.h, avx2.h and avx512.h: the number at the end is the width of a lane in bits. A letter before
+// it says whether lanes are unsigned (u) or signed (s), where that makes a difference. Saturated results stop at the
+// ends of their range; all others are taken modulo the width. Vectors also know &, | and ^.
 //
 // In an unnamed namespace on purpose: every kernel source gets a copy of its own, built for its instruction set.
 

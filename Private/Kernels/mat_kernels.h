@@ -12,7 +12,7 @@ namespace teska
 // A matrix on its way to its triangular factors: the lower one without its diagonal of ones below the upper one.
 struct lu_matrix {
     int n;                  // rows and columns
-    std::ptrdiff_t stride;  // doubles from row to row, a multiple of 8 not below n; what is behind column n is scratch
+    std::ptrdiff_t stride;  // doubles from row to row, a multiple of 8 not below n; what follows column n is scratch
     double *lu;             // the matrix, then its factors
     double *sums;           // scratch of the same shape
     double *columns;        // scratch, 16 rows of the same stride

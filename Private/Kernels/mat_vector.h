@@ -2,11 +2,11 @@
 //
 // The sums of the definition grow side by side: sums(i, c) holds l(i, 0) u(0, c) + l(i, 1) u(1, c) + .. as far as the
 // factors are known, every product added in rising k as in the definition, and is subtracted from the element once,
-// when its row or column is due. So each element meets the same operations in the same order, and vectors only stand
+// when its row or column is due. So each element meets the same operations in the same order, and vectors only reach
 // across elements.
 //
 // Columns are taken in panels of 8. Inside a panel every finished column is added to the sums of the panel at once;
-// behind the panel its columns are added together, with the sums in registers:
+// after the panel its columns are added together, with the sums in registers:
 //
 //          panel
 //         +-----+-------------+
@@ -16,7 +16,7 @@
 //         |     |  l * u      |
 //         +-----+-------------+
 //
-// Vectors start at a multiple of 8 columns; what they compute left of the place that matters, and behind the last
+// Vectors start at a multiple of 8 columns; what they compute left of the place that matters, and after the last
 // column, is scratch that nobody reads.
 
 #ifndef TESKA_MAT_VECTOR_H
@@ -113,7 +113,7 @@ struct lu_kernel {
         return regular;
     }
 
-    // The rows of the panel behind it: each needs those above it.
+    // The rows of the panel to its right: each needs those above it.
     static void finish_rows(const lu_matrix &m, int first, int end) noexcept
     {
         for (int i = first; i < end; ++i) {
@@ -147,7 +147,7 @@ struct lu_kernel {
     {
         for (std::ptrdiff_t c = 0; c < m.n * m.stride; ++c)
             m.sums[c] = 0.0;
-        // Two panels at once: there is nothing behind them.
+        // Two panels at once: there is nothing after them.
         if (m.n > panel_width && m.n <= 2 * panel_width)
             return factor_panel<2 * panel_width / lanes>(m, 0, m.n);
         return decompose_panels(m);

@@ -17,18 +17,18 @@ struct md_tetrab_table {
     const std::uint8_t *data;        // vertices; outputs of one vertex are adjacent
     const std::uint8_t *in_curves;   // N rows of 256
     const std::uint8_t *out_curves;  // M rows of 256
-    const std::uint32_t *offsets;    // N rows of 256: byte offset of the lower vertex, by value behind the input curve
+    const std::uint32_t *offsets;    // N rows of 256: byte offset of the lower vertex, by value after the input curve
     const std::uint64_t *fractions;  // 256: weight of the place inside the cell, in bits 32 .. 39; all others zero
     const std::uint64_t *strides;    // N: bytes between neighbouring vertices, strictly falling, below 2^31
     std::uint64_t far_corner;        // sum of the strides
     std::uint32_t high;              // H, the weights of a path sum to it
     const std::uint8_t *products;    // 256 rows of 256, by value and weight; null: round(value * weight / 255), H = 255
-    // The rest is for convert_line. Rows by the input byte in front of its curve:
+    // The rest is for convert_line. Rows by the input byte before its curve:
     const std::uint32_t *places;  // N rows of 256: weight << 24 | byte offset of the lower vertex
     const std::uint8_t *indices;  // N rows of 256: grid index of the lower vertex; null when the side of the grid is
                                   // above 127 or stride 1 above 32767, and with fewer than 3 inputs
     const std::uint8_t *weights;  // N rows of 256: weight
-    const std::uint8_t *late;     // null, or a byte u behind its curve has the index u * cells / 255, and as weight the
+    const std::uint8_t *late;     // null, or a byte u after its curve has the index u * cells / 255, and as weight the
                                   // remainder, or 1 less when bit u / 16 % 8 of late[u / 128 * 16 + u % 16] is set
     int cells;                    // R - 1
     bool curved_inputs;           // whether any curve is not the identity

@@ -4,9 +4,9 @@
 //
 //     key = weight << 24 | stride
 //
-// Unsigned maxima and minima sort keys, with the strides in tow. Running sums of the strides, added to the offset of the
-// base vertex, are the offsets of the path. Dimensions of equal weight may come in any order, because the vertex between
-// them has weight 0 and a product with 0 is 0.
+// Unsigned maxima and minima sort keys, with the strides in tow. Running sums of the strides, added to the offset of
+// the base vertex, are the offsets of the path. Dimensions of equal weight may come in any order, because the vertex
+// between them has weight 0 and a product with 0 is 0.
 //
 // Four outputs are the four bytes of a lane: even and odd ones are taken apart as 16-bit halves, and
 // round(a * w / 255) = (a * w + 128) * 257 >> 16, the upper half of a product of 16 bits, for all bytes a and w.
@@ -17,6 +17,7 @@
 #define TESKA_MD_TETRAB_PATH_H
 
 #include "Kernels/md_tetrab_kernels.h"
+#include "Kernels/simplex.h"
 #include "Kernels/v128.h"
 
 namespace teska
@@ -44,7 +45,7 @@ struct md_tetrab_position {
     vector index;
     vector weight;
 
-    // From the bytes of input d in front of its curve where Isa reads tables of bytes, else after it.
+    // From the bytes of input d before its curve where Isa reads tables of bytes, else after it.
     static md_tetrab_position find(const md_tetrab_table &table, int d, const std::uint8_t *plane) noexcept
     {
         using byte_table = typename Isa::byte_table;
@@ -60,7 +61,8 @@ private:
     // Quotient and remainder of u * cells / 255, and what doubles make of the remainder.
     static md_tetrab_position divide(const md_tetrab_table &table, vector u) noexcept
     {
-        // With x = u * cells, the quotient q is (x + x / 256 + 1) / 256, and the remainder x - 255 q is x + q in 8 bits.
+        // With x = u * cells, the quotient q is (x + x / 256 + 1) / 256, and the remainder x - 255 q is x + q
+        // in 8 bits.
         vector quotient[2];
         vector rest[2];
         for (int half = 0; half < 2; ++half) {
@@ -77,8 +79,8 @@ private:
                 Isa::add8(Isa::narrow_to_u8(rest[0], rest[1]), Isa::template as<vector>(late))};
     }
 
-    // By the lower nibble one of 16 bytes for the upper nibbles below 8, or one of 16 for those from 8 on. A shuffle with
-    // the topmost bit set gives 0, so that one of both is 0.
+    // By the lower nibble one of 16 bytes for the upper nibbles below 8, or one of 16 for those from 8 on. A shuffle
+    // with the topmost bit set gives 0, so that one of both is 0.
     static vector late_byte(const md_tetrab_table &table, vector u) noexcept
     {
         const vector nibble = Isa::mask8(u, 0x8F);
@@ -111,7 +113,7 @@ public:
     // From the offsets of the base vertices and n keys each, which are sorted.
     md_tetrab_path(const md_tetrab_table &table, vector base, vector *key, int n) noexcept
     {
-        sort(key, n);
+        sort_keys<N>(key, n, order);
         at_[0] = base;
         at_[n] = Isa::add32(base, Isa::all32(static_cast<std::uint32_t>(table.far_corner)));
         vector before = Isa::all16(255);
@@ -144,22 +146,6 @@ private:
         const vector larger = Isa::max_u32(first, second);
         second = Isa::min_u32(first, second);
         first = larger;
-    }
-
-    // Descending.
-    static void sort(vector *key, int n) noexcept
-    {
-        if constexpr (N == 4) {
-            order(key[0], key[1]);
-            order(key[2], key[3]);
-            order(key[0], key[2]);
-            order(key[1], key[3]);
-            order(key[1], key[2]);
-        } else {
-            for (int i = 1; i < n; ++i)
-                for (int k = i; k > 0; --k)
-                    order(key[k - 1], key[k]);
-        }
     }
 
     static vector product(vector value, vector weight) noexcept

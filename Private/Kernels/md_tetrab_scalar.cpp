@@ -50,7 +50,7 @@ struct path_vertex {
     return (x | x << 24) & low_bytes;
 }
 
-// The byte of the k-th of four outputs. Their lanes stand in the order 0, 2, 1, 3, which takes a single shift to make.
+// The byte of the k-th of four outputs. Their lanes are in the order 0, 2, 1, 3, which takes a single shift to make.
 [[gnu::always_inline]] inline uint8_t lane(uint64_t lanes, int k) noexcept
 {
     return static_cast<uint8_t>(lanes >> (k % 2 * 32 + k / 2 * 16));

@@ -1,8 +1,8 @@
 // md_tetrab_vector - conversion of bytes over a simplex, many pixels at a time
 //
-// The definition is in md_tetrab_scalar.cpp. Lines go in blocks of 64 pixels. Their bytes are first sorted by input, and
-// the results stay words until they are stored, so that only the first and the last step know the layout of the caller's
-// lines:
+// The definition is in md_tetrab_scalar.cpp. Lines go in blocks of 64 pixels. Their bytes are first sorted by input,
+// and the results stay words until they are stored, so that only the first and the last step know the layout of the
+// caller's lines:
 //
 //     lines -> fetch -> planes of 64 bytes -> base vertices, keys -> paths -> words of four outputs -> put -> lines
 //
@@ -107,8 +107,9 @@ struct md_tetrab_line {
         }
     }
 
-    // ---- Blocks: `count` pixels from planes of bytes to words of four outputs ----------------------------------------
+    // ---- Blocks -----------------------------------------------------------------------------------------------------
 
+    // `count` pixels from planes of bytes to words of four outputs, by places.
     template <int N>
     static void convert_places(const md_tetrab_table &table, const uint8_t *const *planes, int count,
                                buffers &b) noexcept
@@ -129,9 +130,9 @@ struct md_tetrab_line {
         }
     }
 
-    // By positions, four of every sixteen pixels at a time: zipping twice widens bytes to words. The offset of a base
-    // vertex is (i0 * side + i1) * stride1 + (i2 * side + i3) * stride3, with sums of pairs of bytes and of pairs of
-    // halves.
+    // The same by positions, four of every sixteen pixels at a time: zipping twice widens bytes to words. The offset of
+    // a base vertex is (i0 * side + i1) * stride1 + (i2 * side + i3) * stride3, with sums of pairs of bytes and of
+    // pairs of halves.
     template <bool High>
     static vector zip8(vector a, vector b) noexcept
     {

@@ -17,7 +17,7 @@ struct md_tetrad_table {
     double low;                 // the input at index 0
     double high;                // the input at index R - 1
     double step;                // from vertex to vertex
-    const double *data;         // a double more than the vertices take may be read behind them
+    const double *data;         // a double more than the vertices take may be read after them
     const int *const *offsets;  // N rows of R: where the vertices of an index begin, in doubles
     const int *strides;         // N, doubles between neighbouring vertices
     int far_corner;             // sum of the strides

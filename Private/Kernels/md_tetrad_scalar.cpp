@@ -44,8 +44,8 @@ struct place {
 
 // ---- The path -------------------------------------------------------------------------------------------------------
 
-// The order of N fractions by the answers to "fraction e < fraction d" for all e < d, one bit each: dimension e stands
-// behind d where the answer is yes. Answers that contradict each other come from not-a-number; any order will do then,
+// The order of N fractions by the answers to "fraction e < fraction d" for all e < d, one bit each: dimension e comes
+// after d where the answer is yes. Answers that contradict each other come from not-a-number; any order will do then,
 // as long as no fraction is lost.
 template <int N>
 struct order_table {
@@ -55,7 +55,7 @@ struct order_table {
     constexpr order_table() : dimension{}
     {
         for (unsigned bits = 0; bits < answers; ++bits) {
-            unsigned before[N] = {};  // how many stand before each dimension
+            unsigned before[N] = {};  // how many come before each dimension
             unsigned places = 0;
             unsigned rest = bits;
             for (unsigned d = 1; d < N; ++d)

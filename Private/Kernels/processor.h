@@ -13,8 +13,8 @@ namespace teska
 // The highest level whose kernels this processor can run.
 simd_level detect_level() noexcept;
 
-// Whether reading tables with gathers is faster here than with single loads. Measures the first time it may be asked; to
-// be called with the level that was detected.
+// Whether reading tables with gathers is faster here than with single loads. Measures the first time it may be asked;
+// to be called with the level that was detected.
 bool gathers_pay(simd_level detected) noexcept;
 
 // Of the source made from the list of kernels: the highest level that has any, and the table with every operation's

@@ -31,8 +31,8 @@ inline void sort_descending(Fraction *fraction, Stride *stride, int n) noexcept
     }
 }
 
-// Sorts n keys in descending order by exchanges in a fixed sequence; `order` puts the larger of two first. For N keys, or
-// any number when N is 0. Keys may be vectors: then every lane is sorted by itself.
+// Sorts n keys in descending order by exchanges in a fixed sequence; `order` puts the larger of two first. For N keys,
+// or any number when N is 0. Keys may be vectors: then every lane is sorted by itself.
 template <int N, class Key, class Order>
 inline void sort_keys(Key *key, int n, Order order) noexcept
 {
