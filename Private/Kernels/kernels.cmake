@@ -16,6 +16,7 @@ set(kernels
     hull_avx2
     hull_avx512
     hull_scalar
+    hull_v128
     ibilin_avx2
     ibilin_avx512
     ibilin_scalar
@@ -34,6 +35,7 @@ set(kernels
     md_tetrad_avx2
     md_tetrad_avx512
     md_tetrad_scalar
+    md_tetrad_v128
     md_tetras_avx2
     md_tetras_avx512
     md_tetras_scalar
@@ -77,6 +79,9 @@ endif()
 
 # A scalar definition stays scalar where the compiler's own vectors would only be slower.
 set(flags_of_mat_scalar -fno-tree-vectorize -fno-tree-slp-vectorize)
+
+# Sums of four channels are vectors longer than the instruction set's own, in functions that are always inlined.
+set(flags_of_md_tetrad_v128 -Wno-psabi)
 
 # ---- The table -------------------------------------------------------------------------------------------------------
 

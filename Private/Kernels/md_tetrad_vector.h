@@ -51,7 +51,7 @@ struct md_tetrad_kernel {
 
     // ---- Gather ----
 
-    // The places behind the last point repeat it.
+    // The places after the last point repeat it.
     template <class Places>
     static void gather(const md_tetrad_run &run, std::ptrdiff_t first, int points, int n, Places &places) noexcept
     {
@@ -94,6 +94,8 @@ struct md_tetrad_kernel {
     [[gnu::always_inline]] static void find_paths(const md_tetrad_table &table, int p, Places &places) noexcept
     {
         const int n = N != 0 ? N : table.inputs;
+        if (n < 1)
+            __builtin_unreachable();
         vector fraction[N != 0 ? N : md_tetrad_most_inputs];
         vector step[N != 0 ? N : md_tetrad_most_inputs];  // integers; only moved
         auto base = Isa::offsets::zero();
@@ -120,7 +122,7 @@ struct md_tetrad_kernel {
 
     // ---- Sum ----
 
-    // Three channels are read as four: the data has room behind it.
+    // Three channels are read as four: the data has room after it.
     template <int Count>
     [[gnu::always_inline]] static typename md_tetrad_channels<Count>::type load_channels(const double *from) noexcept
     {
