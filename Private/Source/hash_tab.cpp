@@ -43,7 +43,7 @@ using pool_handle = handle<dynar, dynar_kill>;
 
 // n mod d by multiplications (Lemire, Kaser and Kurz, Faster remainder by direct computation, Software: Practice and
 // Experience 49, 2019, p. 953): exact for all 32-bit n and d. The fraction n / d in 64 bits, times d, is the remainder
-// in the bits above; its two halves are multiplied one by one.
+// in the bits above; where there are no integers of 128 bits its two halves are multiplied one by one.
 class divisor
 {
 public:
@@ -53,9 +53,14 @@ public:
     [[nodiscard]] std::uint32_t remainder(std::uint32_t n) const
     {
         const std::uint64_t fraction = inverse_ * n;
+#ifdef __SIZEOF_INT128__
+        __extension__ using wide = unsigned __int128;
+        return static_cast<std::uint32_t>(wide{fraction} * d_ >> 64);
+#else
         const std::uint64_t high = (fraction >> 32) * d_;
         const std::uint64_t low = (fraction & 0xffffffffU) * d_;
         return static_cast<std::uint32_t>((high + (low >> 32)) >> 32);
+#endif
     }
 
 private:
