@@ -15,14 +15,14 @@
  *     table = md_tetras_kill(table);
  *
  * Common rules
- *   Inputs, outputs, coordinates and pixels count from 0. Samples are the whole range 0 .. 65535 of their channel; where
- *   they are bytes, byte b is the sample 257 * b. [a] is the largest integer that is not above a.
+ *   Inputs, outputs, coordinates and pixels count from 0. Samples are the whole range 0 .. 65535 of their channel;
+ *   where they are bytes, byte b is the sample 257 * b. [a] is the largest integer that is not above a.
  *   Vertex data: the M samples of vertex (g[0] .. g[N-1]) start at sample M * (g[N-1] + R * (g[N-2] + R * (..))): input
  *   0 varies slowest, as in the colour tables of ICC profiles, and nothing lies between or after the vertices.
  *   A table owns its data and curves; pointers into it are valid until md_tetras_kill. Vertices may be written between
  *   calls: the next conversion uses the new samples.
- *   Failures are reported through error_mess_fl (error_mess.h); functions that name no failure cannot fail. A table must
- *   not be null except where a block says so.
+ *   Failures are reported through error_mess_fl (error_mess.h); functions that name no failure cannot fail. A table
+ *   must not be null except where a block says so.
  *   Any number of threads may convert through one table at the same time (all functions that take it const). What takes
  *   it without const, and writing to the vertices, needs the table alone.
  */
@@ -124,8 +124,8 @@ TESKA_API int md_tetras_scan_vertex(const md_tetras *table, int *coord) TESKA_NO
  *
  *     x = u[d] * (R - 1),   i[d] = [x / 65535],   r[d] = x - 65535 * i[d]        for i[d] = R - 1: R - 2 and 65535
  *
- * The fractions r in descending order, r1 .. rN, give N + 1 weights for the vertices on the path that starts at the lower
- * vertex (i[0] .. i[N-1]) of the cell and goes one index up along the input of r1, then of r2, and so on:
+ * The fractions r in descending order, r1 .. rN, give N + 1 weights for the vertices on the path that starts at the
+ * lower vertex (i[0] .. i[N-1]) of the cell and goes one index up along the input of r1, then of r2, and so on:
  *
  *     w0 = 65535 - r1,   wk = rk - r(k+1),   wN = rN                                     sum 65535
  *     result = output curve of [(P0 * w0 + .. + PN * wN + 32767) / 65535]
@@ -138,14 +138,14 @@ TESKA_API int md_tetras_scan_vertex(const md_tetras *table, int *coord) TESKA_NO
  * out        M pointers to the first sample of each output; a null entry skips that output
  * outStep    samples from one pixel of an output to the next; with 0 the last pixel that was converted stays
  * count      pixels; 0 and less do nothing
- * mask       null, or count bytes: only pixels with mask[p] > threshold are converted, the samples of the others' outputs
- *            stay as they are
+ * mask       null, or count bytes: only pixels with mask[p] > threshold are converted, the samples of the others'
+ *            outputs stay as they are
  * threshold  with a mask only; below 0 converts all, 255 and above none
- * The outputs of a pixel may be samples of the inputs of the same pixel, in any order. Any other overlap, and two outputs
- * on one sample, are not allowed.
+ * The outputs of a pixel may be samples of the inputs of the same pixel, in any order. Any other overlap, and two
+ * outputs on one sample, are not allowed.
  * Returns 1.
- * Example: N = 3, M = 1, R = 2, vertices 000, 100, 110, 111 with 1000, 11000, 31000, 61000: sample (40000, 30000, 10000)
- * has the weights 25535, 10000, 20000, 10000 and gives 20837 (exactly 20836.73).
+ * Example: N = 3, M = 1, R = 2, vertices 000, 100, 110, 111 with 1000, 11000, 31000, 61000: sample (40000, 30000,
+ * 10000) has the weights 25535, 10000, 20000, 10000 and gives 20837 (exactly 20836.73).
  * Source: Kasson, Nin, Plouffe and Hafner, Performing color space conversions with three-dimensional linear
  * interpolation, Journal of Electronic Imaging 4(3), 1995, p. 226-250.
  */

@@ -1,8 +1,8 @@
 /* mmd_tetras.h - conversion of pixels through a set of 16-bit tables over the same inputs
  *
- * A set holds K tables with one N, M and R and one set of input curves. Each table has a grid and output curves of its own
- * and converts as an md_tetras (md_tetras.h) with those. A pixel's position in the grid is found once, whether one table
- * converts it, chosen by a tag, or all of them do, or two are blended.
+ * A set holds K tables with one N, M and R and one set of input curves. Each table has a grid and output curves of its
+ * own and converts as an md_tetras (md_tetras.h) with those. A pixel's position in the grid is found once, whether one
+ * table converts it, chosen by a tag, or all of them do, or two are blended.
  *
  *     mmd_tetras *set = mmd_tetras_new(3, 3, 4, 17);        photograph, graphic, text: three ways from RGB to CMYK
  *     for (int k = 0; k < 3; k++) {
@@ -10,7 +10,7 @@
  *         unsigned short *data = mmd_tetras_dataptr(set, k, &size);
  *         ...                                               fill the grid of table k
  *     }
- *     mmd_tetras_interp_tag(set, in, 3, out, 4, width, tags);         once per line, tags says which object a pixel is of
+ *     mmd_tetras_interp_tag(set, in, 3, out, 4, width, tags);       once per line; tags: which object a pixel is of
  *     set = mmd_tetras_kill(set);
  *
  * Common rules
@@ -34,7 +34,7 @@ typedef struct mmd_tetras mmd_tetras;
  * N, M, R  as md_tetras_new
  * Returns the set, owned by the caller (mmd_tetras_kill), or NULL with one of
  *     "mmd_tetras_new: illegal dimension"      an argument outside its range
- *     "mmd_tetras_new: insufficient memory"    no memory, or more than INT_MAX samples of vertices in all tables together
+ *     "mmd_tetras_new: insufficient memory"    no memory, or more than INT_MAX samples of vertices in all tables
  */
 TESKA_API mmd_tetras *mmd_tetras_new(int K, int N, int M, int R) TESKA_NOTHROW;
 

@@ -79,6 +79,7 @@ endif()
 
 # A scalar definition stays scalar where the compiler's own vectors would only be slower.
 set(flags_of_mat_scalar -fno-tree-vectorize -fno-tree-slp-vectorize)
+set(flags_of_md_tetras_scalar -fno-tree-vectorize)
 
 # Sums of four channels are vectors longer than the instruction set's own, in functions that are always inlined.
 set(flags_of_md_tetrad_v128 -Wno-psabi)

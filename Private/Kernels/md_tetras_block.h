@@ -3,7 +3,7 @@
 // Pixels go in blocks of 64, in four steps. The first two belong to a level (Steps); the definition is in
 // md_tetras_scalar.cpp.
 //
-//     lines -> find_paths -> N + 1 vertices and weights of each pixel -> sum -> 4 outputs of each pixel -> finish -> lines
+//     lines -> find_paths -> N + 1 vertices and weights of each pixel -> sum -> 4 outputs of each pixel -> put -> lines
 //
 // Paths are offsets into any grid: they are found once for all tables and all groups of four outputs. A block's inputs
 // are all read before its first output is stored, which conversion in place needs.
@@ -33,8 +33,8 @@ constexpr int most_inputs = 30;
 constexpr uint32_t whole = 65535;  // the weights of a path sum to it
 constexpr uint32_t half_whole = 32767;
 
-// Vertices and weights of the pixels of a block, for N inputs or any number when N is 0. Behind the last pixel come zeros
-// to the next multiple of 16.
+// Vertices and weights of the pixels of a block, for N inputs or any number when N is 0. Behind the last pixel come
+// zeros to the next multiple of 16.
 template <int N>
 constexpr unsigned room_for = N != 0 ? N : most_inputs;
 

@@ -1,7 +1,7 @@
 // md_tetras_layout - lines of words and bytes to planes of words, and words of four outputs to lines
 //
-// A plane is 64 samples of one input, a result 64 times four outputs. Lines are packed when the samples of a pixel are 3
-// or 4 adjacent ones, one of each of as many lines (md_tetrab_layout.h, which also has the shuffles of bytes).
+// A plane is 64 samples of one input, a result 64 times four outputs. Lines are packed when the samples of a pixel are
+// 3 or 4 adjacent ones, one of each of as many lines (md_tetrab_layout.h, which also has the shuffles of bytes).
 //
 // In an unnamed namespace on purpose: every kernel source gets a copy of its own, built for its instruction set.
 

@@ -1,7 +1,7 @@
 // md_tetras_path - paths through a grid of 16-bit samples, pixel by pixel
 //
-// Part of the definition in md_tetras_scalar.cpp, where the formulas are; vectors fall back on it for grids that they do
-// not take.
+// Part of the definition in md_tetras_scalar.cpp, where the formulas are; vectors fall back on it for grids that they
+// do not take.
 //
 // In an unnamed namespace on purpose: every kernel source gets a copy of its own, built for its instruction set.
 

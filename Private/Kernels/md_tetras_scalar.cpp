@@ -5,19 +5,19 @@
 //
 //     x = u * (R - 1),   i = [x / 65535],   r = x - 65535 * i        for u = 65535: i = R - 2, r = 65535
 //
-// The lower indices together are the base vertex. From there a path of N + 1 vertices leads to the far corner, along the
-// input of the largest remainder first; vertex k counts with the difference of the remainders k - 1 and k. The weights are
-// whole numbers that sum to 65535, so the sum of the products is exact and is rounded once:
+// The lower indices together are the base vertex. From there a path of N + 1 vertices leads to the far corner, along
+// the input of the largest remainder first; vertex k counts with the difference of the remainders k - 1 and k. The
+// weights are whole numbers that sum to 65535, so the sum of the products is exact and is rounded once:
 //
 //     N = 2, remainders 40000 and 10000:   (25535 * P00 + 30000 * P10 + 10000 * P11 + 32767) / 65535
 //
-// The sum and 32767 are at most 65535^2 + 32767 < 2^32. With sum = 65535 q + r the quotient is q = (sum + (sum >> 16) + 1)
-// >> 16, because sum >> 16 is q where r >= q and else q - 1, so that the bracket is 65536 q + r + 1, r + 1 < 65536, or 65536
-// q + r. The same gives the index.
+// The sum and 32767 are at most 65535^2 + 32767 < 2^32. With sum = 65535 q + r the quotient is q = (sum + (sum >> 16) +
+// 1) >> 16, because sum >> 16 is q where r >= q and else q - 1, so that the bracket is 65536 q + r + 1, r + 1 < 65536,
+// or 65536 q + r. The same gives the index.
 //
-// An input is sorted as one number, remainder << 32 | stride. Inputs of equal remainders may come in any order, because the
-// vertex between them has weight 0. Four outputs are summed in two words, even and odd samples apart; by the bound above
-// the lower sum of a word never carries into the upper one.
+// An input is sorted as one number, remainder << 32 | stride. Inputs of equal remainders may come in any order, because
+// the vertex between them has weight 0. Four outputs are summed in two words, even and odd samples apart; by the bound
+// above the lower sum of a word never carries into the upper one.
 
 #include "Kernels/md_tetras_block.h"
 #include "Kernels/md_tetras_path.h"

@@ -1,7 +1,7 @@
 // md_tetras_vector - conversion through grids of 16-bit samples, many pixels at a time
 //
-// The definition is in md_tetras_scalar.cpp. Index and remainder come from the halves of the product u * (R - 1), in lanes
-// of 16 bits:
+// The definition is in md_tetras_scalar.cpp. Index and remainder come from the halves of the product u * (R - 1), in
+// lanes of 16 bits:
 //
 //     i = upper + (lower >= 65535 - upper),   r = lower + i   (modulo 65536)
 //
@@ -65,8 +65,8 @@ private:
 // Of Isa also:
 //     strides                  one of the above
 //     apart(a)                 orders blocks of 8 bytes so that zips of lanes of 16 bits give a half of the lanes each
-//     fours(grid, at)          the four samples at each of as many vertices as a vector has room for, widened to lanes of
-//                              32 bits: at[0], at[2], at[4] ..
+//     fours(grid, at)          the four samples at each of as many vertices as a vector has room for, widened to lanes
+//                              of 32 bits: at[0], at[2], at[4] ..
 //     spread<First>(weights)   weights First, First + 2, First + 4 .. for these, each four times
 template <class Isa>
 struct md_tetras_steps {

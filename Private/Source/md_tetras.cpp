@@ -1,12 +1,12 @@
 // md_tetras - conversion of 16-bit and 8-bit pixels through a regular grid of 16-bit samples (colour)
 //
-// A table is a set (Support/tetras_set.h) of one. The definition of the conversion, with the proofs that it is exact in 32
-// bits, is in Kernels/md_tetras_scalar.cpp.
+// A table is a set (Support/tetras_set.h) of one. The definition of the conversion, with the proofs that it is exact in
+// 32 bits, is in Kernels/md_tetras_scalar.cpp.
 //
 //     |<- R^N * M samples, input 0 slowest ->|<- 64 bytes of padding, zero ->|
 //
-// Evaluation writes to its arguments and the stack only. No process-wide state. Creation takes O(R^N * M), a curve O(65536),
-// conversion O(N * M) per pixel and a sort of N numbers.
+// Evaluation writes to its arguments and the stack only. No process-wide state. Creation takes O(R^N * M), a curve
+// O(65536), conversion O(N * M) per pixel and a sort of N numbers.
 
 #include "md_tetras.h"
 

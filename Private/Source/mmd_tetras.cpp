@@ -1,8 +1,8 @@
 // mmd_tetras - conversion of pixels through a set of 16-bit tables over the same inputs (colour)
 //
-// The set is that of Support/tetras_set.h: K dense grids one after the other, N input curves for all, M output curves for
-// each table. A kernel finds the path of a pixel once, as offsets that hold in every grid, and sums at the grids that the
-// call asks for: one by tag, all, or two to blend.
+// The set is that of Support/tetras_set.h: K dense grids one after the other, N input curves for all, M output curves
+// for each table. A kernel finds the path of a pixel once, as offsets that hold in every grid, and sums at the grids
+// that the call asks for: one by tag, all, or two to blend.
 //
 // Evaluation writes to its arguments and the stack only. No process-wide state.
 

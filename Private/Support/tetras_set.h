@@ -1,11 +1,12 @@
 // tetras_set - tables of 16-bit samples over the same inputs: what md_tetras and mmd_tetras are made of
 //
-// A set has K grids of R^N * M samples, one after the other, and after the last some bytes of padding, so that kernels may
-// read four samples at the last vertex; N input curves; and M output curves for each grid. An md_tetras is a set of one.
+// A set has K grids of R^N * M samples, one after the other, and after the last some bytes of padding, so that kernels
+// may read four samples at the last vertex; N input curves; and M output curves for each grid. An md_tetras is a set of
+// one.
 //
-// A curve is kept as its 65536 samples, in a block of its own, or as null when it is the identity. What an input byte says,
-// its position in the grid, is kept for all 256 bytes of each input and changes with the curve: with R = 17, byte 100 is
-// the sample 25700, x = 411200, index 6, remainder 17990.
+// A curve is kept as its 65536 samples, in a block of its own, or as null when it is the identity. What an input byte
+// says, its position in the grid, is kept for all 256 bytes of each input and changes with the curve: with R = 17, byte
+// 100 is the sample 25700, x = 411200, index 6, remainder 17990.
 //
 // Evaluation reads the set only. Nothing is made on demand.
 

@@ -23,7 +23,9 @@ OcioPeer::OcioPeer(int points, const std::vector<std::uint8_t> &grid, Depth dept
             for (unsigned long b = 0; b < size; ++b, vertex += 3)
                 table->setValue(r, g, b, static_cast<float>(vertex[0]) / 255.0F, static_cast<float>(vertex[1]) / 255.0F,
                                 static_cast<float>(vertex[2]) / 255.0F);
-    state_->depth = depth == Depth::bytes ? ocio::BIT_DEPTH_UINT8 : ocio::BIT_DEPTH_F32;
+    state_->depth = depth == Depth::bytes   ? ocio::BIT_DEPTH_UINT8
+                    : depth == Depth::words ? ocio::BIT_DEPTH_UINT16
+                                            : ocio::BIT_DEPTH_F32;
     state_->processor = ocio::Config::CreateRaw()->getProcessor(table)->getOptimizedCPUProcessor(
         state_->depth, state_->depth, ocio::OPTIMIZATION_DEFAULT);
 }

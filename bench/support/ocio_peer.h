@@ -13,7 +13,7 @@ namespace bench
 class OcioPeer
 {
 public:
-    enum class Depth { bytes, floats };
+    enum class Depth { bytes, words, floats };
 
     // grid: bytes as make_grid gives them for three inputs and three outputs.
     OcioPeer(int points, const std::vector<std::uint8_t> &grid, Depth depth);

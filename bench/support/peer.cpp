@@ -13,10 +13,14 @@ namespace
 
 cmsColorSpaceSignature space(int channels) { return channels == 3 ? cmsSigRgbData : cmsSigCmykData; }
 
+bool integers(Samples samples) { return samples == Samples::bytes || samples == Samples::words; }
+
 cmsUInt32Number format(int channels, Samples samples)
 {
     if (samples == Samples::bytes)
         return channels == 3 ? TYPE_RGB_8 : TYPE_CMYK_8;
+    if (samples == Samples::words)
+        return channels == 3 ? TYPE_RGB_16 : TYPE_CMYK_16;
     if (samples == Samples::doubles)
         return channels == 3 ? TYPE_RGB_DBL : TYPE_CMYK_DBL;
     return channels == 3 ? TYPE_RGB_FLT : TYPE_CMYK_FLT;
@@ -27,7 +31,7 @@ cmsStage *make_stage(int inputs, int outputs, int points, const std::vector<std:
     const auto n = static_cast<cmsUInt32Number>(inputs);
     const auto m = static_cast<cmsUInt32Number>(outputs);
     const auto r = static_cast<cmsUInt32Number>(points);
-    if (samples == Samples::bytes) {
+    if (integers(samples)) {
         std::vector<cmsUInt16Number> wide;
         for (const std::uint8_t value : grid)
             wide.push_back(static_cast<cmsUInt16Number>(value * 257));
@@ -62,7 +66,7 @@ cmsHPROFILE make_link(int inputs, int outputs, cmsPipeline *pipeline, Samples sa
     cmsSetDeviceClass(link, cmsSigLinkClass);
     cmsSetColorSpace(link, space(inputs));
     cmsSetPCS(link, space(outputs));
-    cmsWriteTag(link, samples == Samples::bytes ? cmsSigAToB0Tag : cmsSigDToB0Tag, pipeline);
+    cmsWriteTag(link, integers(samples) ? cmsSigAToB0Tag : cmsSigDToB0Tag, pipeline);
     return link;
 }
 
@@ -78,7 +82,10 @@ Peer::Peer(int inputs, int outputs, int points, const std::vector<std::uint8_t> 
     insert_curves(pipeline, cmsAT_BEGIN, inputs, extras.in_curve);
     insert_curves(pipeline, cmsAT_END, outputs, extras.out_curve);
     cmsHPROFILE link = make_link(inputs, outputs, pipeline, samples);
-    const int flags = cmsFLAGS_GRIDPOINTS(points) | cmsFLAGS_CLUT_PRE_LINEARIZATION | cmsFLAGS_CLUT_POST_LINEARIZATION;
+    // Words go faster without curves that the library would make of the grid.
+    const int curves =
+        samples == Samples::words ? 0 : cmsFLAGS_CLUT_PRE_LINEARIZATION | cmsFLAGS_CLUT_POST_LINEARIZATION;
+    const int flags = cmsFLAGS_GRIDPOINTS(points) | curves;
     transform_ =
         cmsCreateMultiprofileTransform(&link, 1, format(inputs, samples), format(outputs, samples), INTENT_PERCEPTUAL,
                                        static_cast<cmsUInt32Number>(extras.cache ? flags : flags | cmsFLAGS_NOCACHE));

@@ -11,6 +11,7 @@ namespace bench
 
 enum class Samples {
     bytes,   // 0 .. 255, through a grid of 16-bit values
+    words,   // 0 .. 65535, likewise
     floats,  // 0 .. 1, ink amounts 0 .. 100, through a grid of floats
     doubles  // the same in doubles
 };

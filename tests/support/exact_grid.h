@@ -13,8 +13,8 @@ namespace teska_test
 
 using Words = std::vector<unsigned short>;
 
-// 65535 times output c at the point u, through a dense grid with R points per input; dimension 0 slowest. Walks from the
-// lower vertex of the cell and adds, for each input in turn, its fraction of the change along it.
+// 65535 times output c at the point u, through a dense grid with R points per input; dimension 0 slowest. Walks from
+// the lower vertex of the cell and adds, for each input in turn, its fraction of the change along it.
 inline std::int64_t exact_65535ths(const unsigned short *grid, int outputs, int resolution, const Words &u, int c)
 {
     std::vector<std::pair<std::int64_t, std::int64_t>> steps;  // fraction and stride
