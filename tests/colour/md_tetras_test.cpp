@@ -10,8 +10,8 @@
 
 #include <array>
 #include <climits>
+#include <cstdint>
 #include <memory>
-#include <type_traits>
 
 using teska_test::Generator;
 using teska_test::lines;
@@ -117,8 +117,11 @@ Sample any_sample(Generator &random, int resolution)
 {
     const auto word = static_cast<unsigned short>(random.next());
     const int kind = random.below(8);  // ends, near or on a vertex, anything
-    const int near = random.below(resolution) * 65535 / (resolution - 1);
-    const auto v = static_cast<unsigned short>(kind == 0 ? 0 : kind == 1 ? 65535 : kind == 2 ? near : word);
+    const std::int64_t near = std::int64_t{random.below(resolution)} * 65535 / (resolution - 1);
+    const auto v = static_cast<unsigned short>(kind == 0   ? 0
+                                               : kind == 1 ? 65535
+                                               : kind == 2 ? near
+                                                           : std::int64_t{word});
     return static_cast<Sample>(sizeof(Sample) == 1 ? v >> 8 : v);
 }
 
