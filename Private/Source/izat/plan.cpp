@@ -24,18 +24,27 @@ namespace teska
 namespace
 {
 
-// sin(pi a) for a from 0 to 3. The C library's sine differs from system to system in its last bit; the error of this
-// series, whose argument is at most pi / 2, is below 1e-15.
-double sine_of_pi(double a) noexcept
+// Values of a kernel are made for as many taps at a time.
+constexpr int chunk = 64;
+
+// sines[i] = sin(pi a[i]) for a from 0 to 3. The C library's sine differs from system to system in its last bit; the
+// error of this series, whose argument is at most pi / 2, is below 1e-15. Term by term for all: divisions take most of
+// the time, and so a compiler makes vectors of them.
+void sines_of_pi(const double *a, int count, double *sines) noexcept
 {
-    const double turns = std::floor(a + 0.5);
-    const double y = std::numbers::pi * (a - turns);
-    const double square = y * y;
-    double series = 1.0;
+    double argument[chunk], square[chunk], series[chunk];
+    int turns[chunk];
+    for (int i = 0; i < count; ++i) {
+        turns[i] = static_cast<int>(a[i] + 0.5);
+        argument[i] = std::numbers::pi * (a[i] - turns[i]);
+        square[i] = argument[i] * argument[i];
+        series[i] = 1.0;
+    }
     for (int k = 10; k >= 1; --k)
-        series = 1.0 - square / (2 * k * (2 * k + 1)) * series;
-    const double sine = y * series;
-    return std::fmod(turns, 2.0) != 0.0 ? -sine : sine;
+        for (int i = 0; i < count; ++i)
+            series[i] = 1.0 - square[i] / (2 * k * (2 * k + 1)) * series[i];
+    for (int i = 0; i < count; ++i)
+        sines[i] = turns[i] % 2 != 0 ? -(argument[i] * series[i]) : argument[i] * series[i];
 }
 
 double triangle(double a) noexcept { return a < 1.0 ? 1.0 - a : 0.0; }
@@ -54,21 +63,44 @@ double mitchell(double a) noexcept
     return a < 2.0 ? (32.0 + a * (-60.0 + a * (36.0 - 7.0 * a))) / 18.0 : 0.0;
 }
 
-double lanczos3(double a) noexcept
+double lanczos3(double a, double sine, double sine_of_third) noexcept
 {
     constexpr double pi = std::numbers::pi;
     if (a == 0.0)
         return 1.0;
-    return a < 3.0 ? 3.0 * sine_of_pi(a) * sine_of_pi(a / 3.0) / (pi * pi * a * a) : 0.0;
+    return a < 3.0 ? 3.0 * sine * sine_of_third / (pi * pi * a * a) : 0.0;
+}
+
+void lanczos3_values(double *a, int count) noexcept
+{
+    double third[chunk] = {}, sine[chunk], sine_of_third[chunk];
+    for (int i = 0; i < count; ++i) {
+        a[i] = std::min(a[i], 3.0);
+        third[i] = a[i] / 3.0;
+    }
+    sines_of_pi(a, count, sine);
+    sines_of_pi(third, count, sine_of_third);
+    for (int i = 0; i < count; ++i)
+        a[i] = lanczos3(a[i], sine[i], sine_of_third[i]);
+}
+
+// Replaces distances by values of the kernel.
+template <double (*Value)(double a) noexcept>
+void values_of(double *a, int count) noexcept
+{
+    std::transform(a, a + count, a, Value);
 }
 
 struct kernel_shape {
-    double (*value)(double a) noexcept;
+    void (*values)(double *a, int count) noexcept;
     double radius;
 };
 
-constexpr kernel_shape shapes[] = {
-    {nullptr, 0.0}, {triangle, 1.0}, {catmull_rom, 2.0}, {mitchell, 2.0}, {lanczos3, 3.0}};
+constexpr kernel_shape shapes[] = {{nullptr, 0.0},
+                                   {values_of<triangle>, 1.0},
+                                   {values_of<catmull_rom>, 2.0},
+                                   {values_of<mitchell>, 2.0},
+                                   {lanczos3_values, 3.0}};
 
 }  // namespace
 
@@ -97,22 +129,32 @@ izat_reach izat_axis::reach(int x) const noexcept
     return {.first = static_cast<int>(first), .count = static_cast<int>(last - first) + 1};
 }
 
-double izat_axis::weight(int x, double pixel) const noexcept
+// Of pixels first .. first + count - 1.
+void izat_axis::values(int x, double first, int count, double *values) const noexcept
 {
     if (kernel_ == IZAT_AREA) {
         const double left = start_ + x * scale_, right = start_ + (x + 1) * scale_;
-        return std::max(std::min(pixel + 1.0, right) - std::max(pixel, left), 0.0);
+        for (int i = 0; i < count; ++i)
+            values[i] = std::max(std::min(first + i + 1.0, right) - std::max(first + i, left), 0.0);
+        return;
     }
     const double centre = start_ + (x + 0.5) * scale_;
-    return shapes[kernel_].value(std::fabs((pixel + 0.5 - centre) / spread_));
+    for (int i = 0; i < count; ++i)
+        values[i] = std::fabs((first + i + 0.5 - centre) / spread_);
+    shapes[kernel_].values(values, count);
 }
 
 void izat_axis::weights(int x, std::int16_t *weights) const noexcept
 {
     const izat_reach taps = reach(x);
+    double value[chunk];
     double total = 0.0;
-    for (int i = 0; i < taps.count; ++i)
-        total += weight(x, static_cast<double>(taps.first) + i);
+    for (int i = 0; i < taps.count; i += chunk) {
+        const int count = std::min(taps.count - i, chunk);
+        values(x, static_cast<double>(taps.first) + i, count, value);
+        for (int k = 0; k < count; ++k)
+            total += value[k];
+    }
     if (!(total > 0.0)) {
         // An area whose ends are equal by rounding: the pixel that it begins in.
         std::fill_n(weights, taps.count, std::int16_t{0});
@@ -122,7 +164,10 @@ void izat_axis::weights(int x, std::int16_t *weights) const noexcept
     double running = 0.0;
     int before = 0;
     for (int i = 0; i < taps.count; ++i) {
-        running += weight(x, static_cast<double>(taps.first) + i);
+        const int k = i % chunk;
+        if (k == 0 && taps.count > chunk)
+            values(x, static_cast<double>(taps.first) + i, std::min(taps.count - i, chunk), value);
+        running += value[k];
         const int upto = i + 1 < taps.count ? static_cast<int>(std::floor(running / total * izat_one + 0.5)) : izat_one;
         weights[i] = static_cast<std::int16_t>(upto - before);
         before = upto;

@@ -34,7 +34,7 @@ public:
     [[nodiscard]] int bound_of_taps() const noexcept;
 
 private:
-    [[nodiscard]] double weight(int x, double pixel) const noexcept;
+    void values(int x, double first, int count, double *values) const noexcept;
 
     int kernel_ = 0;
     double start_ = 0.0;
