@@ -5,8 +5,8 @@
 // number: while destination line y waits, its lines are first .. n with n < first + slots, so none of them is
 // overwritten. When its last line has come, the ring is summed down and the samples are handed out.
 //
-// Of an area brought to half its size the lines need no sums before the second of a pair has come: the ring keeps them
-// as they are.
+// An area brought to half its size has no weights: the ring keeps the first line of a pair as it is, and the second one
+// makes the samples.
 //
 // Weights of columns are kept; those of lines are made for one destination line at a time, so that memory does not
 // depend on the number of lines.
@@ -25,6 +25,7 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <utility>
 
 namespace
@@ -57,7 +58,7 @@ struct image {
     teska::izat_columns columns{};
     heap_block<std::int32_t> column_first;
     heap_block<std::int16_t> column_weights;
-    bool halves = false;  // every sample is the mean of four, from this column on
+    bool halves = false;  // every sample is the mean of four, from this source column on
     int halves_first = 0;
 
     int width = 0;                    // of a destination line
@@ -162,13 +163,6 @@ izat_halves halves_of(const image &i, int line, int c)
     return {.upper = reinterpret_cast<std::int16_t *>(at), .lower = at + i.room};
 }
 
-// The place of a source line in the ring when lines are kept as they are.
-template <class Sample>
-Sample *kept(const image &i, int line)
-{
-    return reinterpret_cast<Sample *>(halves_of(i, line, 0).upper);
-}
-
 template <class Sample>
 void take(image &i, int n, const Sample *line)
 {
@@ -184,11 +178,6 @@ template <class Sample>
 const Sample *summed_down(image &i, int c)
 {
     auto *const samples = reinterpret_cast<Sample *>(i.samples.get());
-    if (i.halves) {
-        const Sample *const first = kept<Sample>(i, i.next.first), *const second = kept<Sample>(i, i.next.first + 1);
-        kernels_for(samples).halve(first + i.halves_first, second + i.halves_first, i.width, samples);
-        return samples;
-    }
     for (int k = 0; k < i.next.count; ++k)
         i.ordered[k] = halves_of(i, i.next.first + k, c);
     kernels_for(samples).down(i.ordered.get(), i.line_weights.get(), i.next.count, i.width, samples);
@@ -196,18 +185,49 @@ const Sample *summed_down(image &i, int c)
 }
 
 template <class Sample>
+void spread(const image &i, const Sample *samples, Sample *out)
+{
+    if (i.out_step == 1)
+        std::copy_n(samples, i.width, out);
+    else
+        for (std::ptrdiff_t x = 0; x < i.width; ++x)
+            out[x * i.out_step] = samples[x];
+}
+
+template <class Sample>
 void write(image &i, Sample *out)
 {
-    if (!i.halves)
-        i.lines.weights(i.delivered, i.line_weights.get());
-    for (int c = 0; c < i.components; ++c) {
-        const Sample *const samples = summed_down<Sample>(i, c);
-        if (i.out_step == 1)
-            std::copy_n(samples, i.width, out + c);
-        else
-            for (std::ptrdiff_t x = 0; x < i.width; ++x)
-                out[x * i.out_step + c] = samples[x];
+    i.lines.weights(i.delivered, i.line_weights.get());
+    for (int c = 0; c < i.components; ++c)
+        spread(i, summed_down<Sample>(i, c), out + c);
+}
+
+// Whether any of the places lies among the others.
+template <class Sample>
+bool overlap(const Sample *a, std::ptrdiff_t a_count, const Sample *b, std::ptrdiff_t b_count)
+{
+    return std::less<>()(a, b + b_count) && std::less<>()(b, a + a_count);
+}
+
+// The first line of a pair, from the first column that counts.
+template <class Sample>
+Sample *kept(const image &i)
+{
+    return reinterpret_cast<Sample *>(i.ring.get());
+}
+
+template <class Sample>
+void write_halves(image &i, const Sample *line, Sample *out)
+{
+    const Sample *const second = line + i.halves_first;
+    const auto halve = kernels_for(line).halve;
+    if (i.out_step == 1 && !overlap<Sample>(second, 2 * std::ptrdiff_t{i.width}, out, i.width)) {
+        halve(kept<Sample>(i), second, i.width, out);
+        return;
     }
+    auto *const samples = reinterpret_cast<Sample *>(i.samples.get());
+    halve(kept<Sample>(i), second, i.width, samples);
+    spread(i, samples, out);
 }
 
 template <class Sample>
@@ -218,13 +238,15 @@ int feed(image &i, const Sample *line, Sample **out)
     const int n = i.fed++;
     const int before = i.delivered;
     if (i.delivered < i.destination_lines && n >= i.next.first) {
-        if (i.halves)
-            std::copy_n(line, i.source_width, kept<Sample>(i, n));
-        else
+        if (!i.halves)
             take(i, n, line);
+        else if (n == i.next.first)
+            std::copy_n(line + i.halves_first, 2 * std::ptrdiff_t{i.width}, kept<Sample>(i));
     }
     while (i.delivered < i.destination_lines && i.next.first + i.next.count - 1 <= n) {
-        if (*out != nullptr)
+        if (*out != nullptr && i.halves)
+            write_halves(i, line, *out);
+        else if (*out != nullptr)
             write(i, *out);
         const int y = i.delivered++;
         i.next = i.lines.reach(i.delivered);
@@ -299,7 +321,8 @@ int izat_start(izat *record, int nComponents, int srcLines, int srcWidth, int ds
     i.halves = record->kernel == IZAT_AREA && nComponents == 1 && inStep == 1 &&
                halves_axis(w.left, w.width, dstWidth) && halves_axis(w.top, w.height, dstLines);
     i.halves_first = i.halves ? static_cast<int>(w.left) : 0;
-    if (!make_columns(i, izat_axis(record->kernel, w.left, w.width, srcWidth, dstWidth)) || !make_lines(i, srcWidth)) {
+    if ((!i.halves && !make_columns(i, izat_axis(record->kernel, w.left, w.width, srcWidth, dstWidth))) ||
+        !make_lines(i, srcWidth)) {
         TESKA_ERR("izat_start: insufficient memory");
         return 0;
     }

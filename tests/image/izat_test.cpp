@@ -257,6 +257,33 @@ void compare_with_definition(std::uint64_t seed)
     }
 }
 
+// Halves by area have a way of their own; inside a wider image, and written over the line that is fed.
+template <class Sample>
+void compare_halves(std::uint64_t seed)
+{
+    Generator input(seed);
+    for (const int width : {1, 40, 300}) {
+        const Size from{9, 700}, to{3, width};
+        const Shown w{.left = 5, .top = 2, .width = 2.0 * width, .height = 6};
+        auto image = random_image<Sample>(input, from, 1);
+        const auto expected = defined(IZAT_AREA, w, image, from, to, 1);
+        const Zoom z = new_zoom(IZAT_AREA);
+        izat_window_set(z.get(), w.left, w.top, w.width, w.height);
+        EXPECT_EQ(zoomed(z.get(), image, from, to, 1), expected) << width;
+        for (const int place : {0, 7, 300}) {
+            ASSERT_EQ(start(z.get(), 1, from, to, nullptr, nullptr, 1, 1), 1);
+            std::vector<Sample> made;
+            for (int y = 0; y < from.lines; ++y) {
+                std::vector<Sample> line(image.begin() + y * from.width, image.begin() + (y + 1) * from.width);
+                Sample *out = line.data() + place;
+                if (feed(z.get(), line.data(), &out) == 1)
+                    made.insert(made.end(), out, out + width);
+            }
+            EXPECT_EQ(made, expected) << width << " at " << place;
+        }
+    }
+}
+
 TEST(IzatLine, IsTheDefinitionAtEveryLevel)
 {
     for (int level = 0; level <= static_cast<int>(teska::simd_available()); ++level) {
@@ -264,6 +291,8 @@ TEST(IzatLine, IsTheDefinitionAtEveryLevel)
         SCOPED_TRACE("level " + std::to_string(level));
         compare_with_definition<unsigned char>(2);
         compare_with_definition<unsigned short>(3);
+        compare_halves<unsigned char>(5);
+        compare_halves<unsigned short>(6);
         teska::simd_limit(before);
     }
 }
@@ -312,6 +341,10 @@ TEST(Izoom, PicksThePixelInWhichTheCentreLies)
         {{}, {2, 3}, {1, 4, 6}, {2, 6}},
         {{}, {8, 16}, {0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7}, {0, 1, 2, 3, 4, 5, 6, 7}},
         {{.left = 2, .top = 7, .width = 6, .height = 1}, {3, 2}, {3, 6}, {7, 7, 7}},
+        {{.left = 2, .top = 6, .width = 6, .height = 2}, {1, 3}, {3, 5, 7}, {7}},
+        {{.left = 5, .top = 6, .width = 2, .height = 2}, {2, 6}, {5, 5, 5, 6, 6, 6}, {6, 7}},
+        {{.left = 5, .top = 6, .width = 2, .height = 2}, {2, 8}, {5, 5, 5, 5, 6, 6, 6, 6}, {6, 7}},
+        {{.left = 5, .top = 6, .width = 2, .height = 2}, {2, 2}, {5, 6}, {6, 7}},
     };
     for (const auto &r : rows) {
         const Pick z = new_pick();

@@ -1,7 +1,7 @@
 // izat/izoom - resampling of images that come line by line, by picking samples (image)
 //
 // The samples of a source line are picked once, side by side, and copied to each of its destination lines: a callback
-// may write over the one before. No process-wide state.
+// may write over the one before. Where there is one line only, they are picked into it. No process-wide state.
 
 #include "Support/checked_size.h"
 #include "Support/memory.h"
@@ -83,14 +83,65 @@ bool make_blocks(image &i)
     return true;
 }
 
+// Pixels of a number of components that the compiler knows.
+template <int Components, class Sample>
+void pick_pixels(const image &i, const Sample *line, Sample *picked)
+{
+    for (const int column : i.columns.first(i.width)) {
+        std::copy_n(line + column * i.in_step, Components, picked);
+        picked += Components;
+    }
+}
+
+template <int Factor, class Sample>
+void repeat(const Sample *line, std::ptrdiff_t count, Sample *picked)
+{
+    for (std::ptrdiff_t x = 0; x < count; ++x)
+        for (int k = 0; k < Factor; ++k)
+            picked[x * Factor + k] = line[x];
+}
+
+// Samples that are adjacent in the source line and at a whole factor; false where they are not.
+template <class Sample>
+bool pick_by_factor(const image &i, const Sample *line, Sample *picked)
+{
+    const std::ptrdiff_t source = i.shown.width, made = i.width;
+    line += i.shown.left;
+    if (made == source)
+        std::copy_n(line, made, picked);
+    else if (made == 2 * source)
+        repeat<2>(line, source, picked);
+    else if (made == 3 * source)
+        repeat<3>(line, source, picked);
+    else if (made == 4 * source)
+        repeat<4>(line, source, picked);
+    else if (source == 2 * made)
+        for (std::ptrdiff_t x = 0; x < made; ++x)
+            picked[x] = line[2 * x + 1];
+    else
+        return false;
+    return true;
+}
+
 template <class Sample>
 void pick(const image &i, const Sample *line, Sample *picked)
 {
     const std::ptrdiff_t n = i.components;
-    for (const int column : i.columns.first(i.width)) {
-        std::copy_n(line + column * i.in_step, n, picked);
-        picked += n;
-    }
+    if (n == 1 && i.in_step == 1) {
+        if (!pick_by_factor(i, line, picked))
+            for (std::ptrdiff_t x = 0; x < i.width; ++x)
+                picked[x] = line[i.columns[x]];
+    } else if (n == 1)
+        pick_pixels<1>(i, line, picked);
+    else if (n == 3)
+        pick_pixels<3>(i, line, picked);
+    else if (n == 4)
+        pick_pixels<4>(i, line, picked);
+    else
+        for (const int column : i.columns.first(i.width)) {
+            std::copy_n(line + column * i.in_step, n, picked);
+            picked += n;
+        }
 }
 
 template <class Sample>
@@ -105,6 +156,12 @@ void spread(const image &i, const Sample *picked, Sample *out)
         std::copy_n(picked, n, out);
 }
 
+// Whether the next destination line is the only one that the source line still makes.
+bool is_last_of(const image &i, int line)
+{
+    return i.delivered + 1 == i.lines || source_line(i, i.delivered + 1) != line;
+}
+
 template <class Sample>
 int feed(image &i, const Sample *line, Sample **out)
 {
@@ -113,11 +170,15 @@ int feed(image &i, const Sample *line, Sample **out)
     const int n = i.fed++;
     const int before = i.delivered;
     auto *const picked = reinterpret_cast<Sample *>(i.picked.get());
-    for (bool ready = false; i.delivered < i.lines && source_line(i, i.delivered) == n; ready = true) {
-        if (!ready)
-            pick(i, line, picked);
-        if (*out != nullptr)
+    for (bool ready = false; i.delivered < i.lines && source_line(i, i.delivered) == n;) {
+        if (*out != nullptr && !ready && i.out_step == i.components && is_last_of(i, n))
+            pick(i, line, *out);
+        else if (*out != nullptr) {
+            if (!ready)
+                pick(i, line, picked);
+            ready = true;
             spread(i, picked, *out);
+        }
         const int y = i.delivered++;
         if (i.callback != nullptr)
             i.callback(i.context, y);
