@@ -17,7 +17,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 GUARD = 0.8
 PEERS = ["libeigen3-dev", "libgsl-dev", "liblcms2-dev", "libnlopt-dev", "libopenblas-dev", "libssl-dev", "libavfilter-dev",
-         "libcgal-dev", "libopencolorio-dev", "libopencv-imgproc-dev", "libqhull-dev"]
+         "libcgal-dev", "libopencolorio-dev", "libopencv-imgproc-dev", "libqhull-dev", "libswscale-dev", "libvips-dev"]
 
 
 def read_aims():
