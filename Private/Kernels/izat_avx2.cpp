@@ -14,10 +14,6 @@ struct izat_avx2 : avx2 {
     {
         return join(v128::load(samples + first[0]), v128::load(samples + first[4]));
     }
-    static vector every_fourth_row(const std::int16_t *weights, std::ptrdiff_t taps) noexcept
-    {
-        return join(v128::load(weights), v128::load(weights + 4 * taps));
-    }
 };
 
 }  // namespace

@@ -15,11 +15,6 @@ struct izat_avx512 : avx512 {
         return join(avx2::join(v128::load(samples + first[0]), v128::load(samples + first[4])),
                     avx2::join(v128::load(samples + first[8]), v128::load(samples + first[12])));
     }
-    static vector every_fourth_row(const std::int16_t *weights, std::ptrdiff_t taps) noexcept
-    {
-        return join(avx2::join(v128::load(weights), v128::load(weights + 4 * taps)),
-                    avx2::join(v128::load(weights + 8 * taps), v128::load(weights + 12 * taps)));
-    }
 };
 
 }  // namespace

@@ -21,15 +21,22 @@ constexpr int izat_one = 16384;
 constexpr std::ptrdiff_t izat_padding = 64;
 constexpr std::ptrdiff_t izat_row = 8;  // taps of a row are a multiple of it
 
-// The weights of all columns: those of column x are weights[x * taps ..], of the samples first[x] .. first[x] + taps -
-// 1.
-// Rows are filled up with zeros, and so are the columns up to a multiple of izat_padding.
+// The weights of all columns: column x has `taps` of them, for the samples from first[x] on. Rows are filled up with
+// zeros, and so are the columns up to a multiple of izat_padding. In the order in which vectors of any length read them:
+// of 16 columns the weights of izat_row taps, those of columns 0, 4, 8, 12, then 1, 5 .., and so on for the next taps.
 struct izat_columns {
     const std::int32_t *first;
     const std::int16_t *weights;
     std::ptrdiff_t taps;
     std::ptrdiff_t count;
 };
+
+// Where the first izat_row weights of column x lie; the next ones are izat_next_row further.
+constexpr std::ptrdiff_t izat_first_row(std::ptrdiff_t taps, std::ptrdiff_t x)
+{
+    return x / 16 * 16 * taps + (x % 4 * 4 + x % 16 / 4) * izat_row;
+}
+constexpr std::ptrdiff_t izat_next_row = 16 * izat_row;
 
 // A line that has been summed along its direction.
 struct izat_halves {

@@ -31,12 +31,13 @@ template <class Sample>
 void across(const izat_columns &columns, const std::int16_t *centred, const izat_halves &out) noexcept
 {
     constexpr std::int32_t lower_mask = (std::int32_t{1} << lower_bits<Sample>)-1;
-    const std::int16_t *weights = columns.weights;
-    for (std::ptrdiff_t x = 0; x < columns.count; ++x, weights += columns.taps) {
+    for (std::ptrdiff_t x = 0; x < columns.count; ++x) {
         const std::int16_t *const first = centred + columns.first[x];
+        const std::int16_t *weights = columns.weights + izat_first_row(columns.taps, x);
         std::int32_t sum = 0;
-        for (std::ptrdiff_t j = 0; j < columns.taps; ++j)
-            sum += weights[j] * first[j];
+        for (std::ptrdiff_t j = 0; j < columns.taps; j += izat_row, weights += izat_next_row)
+            for (std::ptrdiff_t k = 0; k < izat_row; ++k)
+                sum += weights[k] * first[j + k];
         out.upper[x] = static_cast<std::int16_t>(sum >> lower_bits<Sample>);
         out.lower[x] = static_cast<std::uint16_t>(sum & lower_mask);
     }

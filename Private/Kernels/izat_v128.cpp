@@ -14,10 +14,6 @@ struct izat_v128 : v128 {
     {
         return load(samples + first[0]);
     }
-    static vector every_fourth_row(const std::int16_t *weights, std::ptrdiff_t /*taps*/) noexcept
-    {
-        return load(weights);
-    }
 };
 
 }  // namespace

@@ -1,10 +1,7 @@
 // izat_vector - resampling by weighted sums with vectors of any length; the definition is izat_scalar.cpp
 //
-// Isa adds two operations to those of an instruction set. Both fill a vector with a run of eight 16-bit numbers for
-// each of its 16 bytes, for columns four apart:
-//
-//     every_fourth_column(samples, first)   runs at samples + first[0], samples + first[4] ..
-//     every_fourth_row(weights, taps)       runs at weights, weights + 4 * taps ..
+// Isa adds an operation to those of an instruction set: every_fourth_column(samples, first) fills a vector with a run of
+// eight 16-bit numbers for each of its 16 bytes, those at samples + first[0], samples + first[4] ..
 
 #ifndef TESKA_IZAT_VECTOR_H
 #define TESKA_IZAT_VECTOR_H
@@ -41,12 +38,14 @@ struct izat_vector {
     // Every 16 bytes of a vector serve a column: the columns of `words` results are 4 q + j for quarter q of vector j.
     static vector products(const izat_columns &columns, const std::int16_t *centred, std::ptrdiff_t x) noexcept
     {
-        const std::int16_t *const weights = columns.weights + x * columns.taps;
-        vector sum = Isa::pair_products_s16(Isa::every_fourth_column(centred, columns.first + x),
-                                            Isa::every_fourth_row(weights, columns.taps));
-        for (std::ptrdiff_t k = izat_row; k < columns.taps; k += izat_row)
-            sum = Isa::add32(sum, Isa::pair_products_s16(Isa::every_fourth_column(centred + k, columns.first + x),
-                                                         Isa::every_fourth_row(weights + k, columns.taps)));
+        const std::int16_t *weights = columns.weights + izat_first_row(columns.taps, x);
+        const std::int32_t *const first = columns.first + x;
+        vector sum = Isa::pair_products_s16(Isa::every_fourth_column(centred, first), Isa::load(weights));
+        for (std::ptrdiff_t k = izat_row; k < columns.taps; k += izat_row) {
+            weights += izat_next_row;
+            sum = Isa::add32(sum,
+                             Isa::pair_products_s16(Isa::every_fourth_column(centred + k, first), Isa::load(weights)));
+        }
         return sum;
     }
 

@@ -117,11 +117,16 @@ bool make_columns(image &i, const izat_axis &axis)
         return false;
     const std::uint64_t taps = padded(static_cast<std::uint64_t>(axis.most_taps()), teska::izat_row);
     i.column_weights = block_of<std::int16_t>(width, taps);
-    if (!i.column_weights)
+    const auto row = block_of<std::int16_t>(taps);
+    if (!i.column_weights || !row)
         return false;
     for (int x = 0; x < i.width; ++x) {
-        i.column_first[x] = axis.reach(x).first;
-        axis.weights(x, i.column_weights.get() + static_cast<std::uint64_t>(x) * taps);
+        const izat_reach reach = axis.reach(x);
+        i.column_first[x] = reach.first;
+        axis.weights(x, row.get());
+        std::int16_t *to = i.column_weights.get() + teska::izat_first_row(static_cast<std::ptrdiff_t>(taps), x);
+        for (int k = 0; k < reach.count; k += teska::izat_row, to += teska::izat_next_row)
+            std::copy_n(row.get() + k, std::min<std::ptrdiff_t>(reach.count - k, teska::izat_row), to);
     }
     i.columns = {.first = i.column_first.get(),
                  .weights = i.column_weights.get(),

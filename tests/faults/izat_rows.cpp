@@ -32,20 +32,18 @@ std::string feed_pick(const Pick &pick)
 }
 
 const SweepRows rows({
-    calling("izat_new", [] { return made(izat_new(IZAT_AREA), izat_kill); },
-            {{.count = 1, .once = {"izat_new: insufficient memory"}}}),
-    calling("izoom_new", [] { return made(izoom_new(), izoom_kill); },
-            {{.count = 1, .once = {"izoom_new: insufficient memory"}}}),
+    calling("izat_new", [] { return made(izat_new(IZAT_AREA), izat_kill); }, {{"izat_new: insufficient memory"}}),
+    calling("izoom_new", [] { return made(izoom_new(), izoom_kill); }, {{"izoom_new: insufficient memory"}}),
     changing<Zoom>("izat_start", make_zoom,
                    [](const Zoom &zoom) {
                        return izat_start(zoom.get(), 3, 1, 100, 1, 200, nullptr, nullptr, 3, 3) == 1;
                    },
-                   feed_zoom, {{.count = 7, .once = {"izat_start: insufficient memory"}}}),
+                   feed_zoom, {{"izat_start: insufficient memory"}}),
     changing<Pick>("izoom_start", make_pick,
                    [](const Pick &pick) {
                        return izoom_start(pick.get(), 3, 1, 100, 1, 200, nullptr, nullptr, 3, 3) == 1;
                    },
-                   feed_pick, {{.count = 2, .once = {"izoom_start: insufficient memory"}}}),
+                   feed_pick, {{"izoom_start: insufficient memory"}}),
 });
 
 }  // namespace

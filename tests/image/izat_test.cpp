@@ -317,7 +317,7 @@ TEST(IzatLine, KeepsImagesConstantsAndRamps)
             const double s = 30.0 / width;
             for (int x = width / 3; x < width * 2 / 3; ++x) {
                 const double ideal = 1000 + 2000 * ((x + 0.5) * s - 0.5);
-                // Areas and triangles follow steps inside a pixel; the others have the ramp itself to within their ripple.
+                // Areas and triangles follow steps inside a pixel; the others have the ramp to within their ripple.
                 EXPECT_NEAR(made[static_cast<std::size_t>(x)], ideal, kernel == IZAT_AREA ? 1001 : 60) << width;
             }
         }
