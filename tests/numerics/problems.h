@@ -38,13 +38,6 @@ inline double powell_singular(void *context1, void *context2, const double *x)
            10.0 * square(square(x[0] - x[3]));
 }
 
-inline double beale(void *context1, void *context2, const double *x)
-{
-    variables(context1, context2);
-    return square(1.5 - x[0] * (1.0 - x[1])) + square(2.25 - x[0] * (1.0 - x[1] * x[1])) +
-           square(2.625 - x[0] * (1.0 - x[1] * x[1] * x[1]));
-}
-
 inline double himmelblau(void *context1, void *context2, const double *x)
 {
     variables(context1, context2);
@@ -99,7 +92,6 @@ inline const std::vector<Problem> &problems()
         {"rosenbrock 2", rosenbrock, {-1.2, 1}, 0, 1e-9},
         {"rosenbrock 6", rosenbrock, {-1.2, 1, -1.2, 1, -1.2, 1}, 0, 4},  // 3.97 in a hollow beside the valley
         {"powell singular", powell_singular, {3, -1, 0, 1}, 0, 1e-9},
-        {"beale", beale, {1, 1}, 0, 1e-9},
         {"himmelblau", himmelblau, {0, 0}, 0, 1e-9},
         {"himmelblau, far", himmelblau, {-40, 50}, 0, 1e-9},
         {"bowl 1", bowl, {-7}, 0, 1e-9},

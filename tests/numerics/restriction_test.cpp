@@ -7,6 +7,7 @@
 #include <climits>
 #include <cmath>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace
@@ -55,8 +56,8 @@ TEST(RestrictionNew, MakesCoordinatesDependOnTheOthers)
     EXPECT_EQ(reports.take(), teska_test::lines{"restriction_new: inconsistent restrictions"});
     for (const int nx : {0, -1, INT_MIN, INT_MAX})
         EXPECT_EQ(restriction_new(nx, 0, nullptr, 0, nullptr), nullptr);
-    EXPECT_EQ(restriction_new(2, -1, nullptr, 0, nullptr), nullptr);
-    EXPECT_EQ(restriction_new(2, 0, nullptr, -1, nullptr), nullptr);
+    for (const int eq : {-1, 0})
+        EXPECT_EQ(restriction_new(2, eq, nullptr, -1 - eq, nullptr), nullptr);
     EXPECT_EQ(reports.take(), teska_test::lines(6, "restriction_new: malloc failed"));
 }
 
@@ -94,11 +95,9 @@ TEST(RestrictionNewCheck, StopsAStepAtTheFirstInequality)
     EXPECT_EQ(alpha, 0);
     EXPECT_EQ(full(stuck, {5}, 3), (Values{1, -1, 5}));
     // So does one that comes nearer to it, but not far enough.
-    const Values nearer{-0.5, 0};
-    restriction_kill(restriction_new_check(r.get(), tighter.get(), Values{0, 0}.data(), nearer.data(), &alpha));
-    EXPECT_EQ(alpha, 0);
     // And one at infinity, where no part of the step can be told.
-    const Values far{-HUGE_VAL, 0}, back{HUGE_VAL, 0};
-    restriction_kill(restriction_new_check(r.get(), tighter.get(), far.data(), back.data(), &alpha));
-    EXPECT_EQ(alpha, 0);
+    for (const auto &[from, step] : {std::pair{Values{0, 0}, Values{-0.5, 0}}, {{-HUGE_VAL, 0}, {HUGE_VAL, 0}}}) {
+        restriction_kill(restriction_new_check(r.get(), tighter.get(), from.data(), step.data(), &alpha));
+        EXPECT_EQ(alpha, 0) << from[0];
+    }
 }

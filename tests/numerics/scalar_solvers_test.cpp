@@ -9,8 +9,6 @@
 namespace
 {
 
-using Values = std::vector<double>;
-
 int calls;
 
 }  // namespace
@@ -18,20 +16,22 @@ int calls;
 TEST(Gaussd, KeptExchangesRowsOnlyForAPivotOfZero)
 {
     // Coefficients, right-hand sides, solution; none for a singular system.
-    const Values cases[][3] = {{{0, 0, 1, 0, 1, 0, 1, 0, 0}, {5, 6, 7}, {7, 6, 5}},
-                               {{0, 2, 0, 0, 0, 3, 4, 1, 0}, {2, 6, 9}, {2, 1, 2}},
-                               {{2, 1, 1, 4, -6, 0, -2, 7, 2}, {5, -2, 9}, {1, 1, 2}},
-                               {{1e-20, 1, 1, 1}, {1, 2}, {0, 1}},
-                               {{-0.0, 1, 1, 0}, {2, 3}, {3, 2}},
-                               {{1, 2, 2, 4}, {1, 2}, {}},
-                               {{0, 1, 0, 1}, {1, 1}, {}}};
+    const std::vector<double> cases[][3] = {{{0, 0, 1, 0, 1, 0, 1, 0, 0}, {5, 6, 7}, {7, 6, 5}},
+                                            {{0, 2, 0, 0, 0, 3, 4, 1, 0}, {2, 6, 9}, {2, 1, 2}},
+                                            {{2, 1, 1, 4, -6, 0, -2, 7, 2}, {5, -2, 9}, {1, 1, 2}},
+                                            {{1e-20, 1, 1, 1}, {1, 2}, {0, 1}},
+                                            {{-0.0, 1, 1, 0}, {2, 3}, {3, 2}},
+                                            {{1, 2, 2, 4}, {1, 2}, {}},
+                                            {{0, 1, 0, 1}, {1, 1}, {}}};
     for (const auto &[coefficients, sides, solution] : cases) {
-        Values a = coefficients, b = sides;
+        std::vector<double> a = coefficients, b = sides;
         EXPECT_EQ(gaussd(a.data(), b.data(), static_cast<int>(b.size())), solution.empty() ? 0 : 1);
-        EXPECT_TRUE(solution.empty() || b == solution) << b[0];
+        if (!solution.empty()) {
+            EXPECT_EQ(b, solution);
+        }
     }
-    EXPECT_EQ(gaussd(nullptr, nullptr, 0), 0);
-    EXPECT_EQ(gaussd(nullptr, nullptr, INT_MIN), 0);
+    for (const int n : {0, INT_MIN})
+        EXPECT_EQ(gaussd(nullptr, nullptr, n), 0);
     double a[] = {NAN, 1, 1, INFINITY}, b[] = {1, 2};
     EXPECT_EQ(gaussd(a, b, 2), 1);
     EXPECT_TRUE(std::isnan(b[0]));
@@ -75,14 +75,10 @@ TEST(GsectMin, FindsTheBottomFromEitherSide)
     EXPECT_EQ(calls, 4);
     EXPECT_EQ(least, 1);
     EXPECT_NEAR(gsect_min(0, 1, 3, 1, flat, &least), 0.38196601 + 0.2, 0.2);
-    EXPECT_EQ(gsect_min(3, 2, 0, 4, bowl, &least), 2) << "the value of the place that is given back";
+    EXPECT_EQ(gsect_min(3, 2, 0, 4, bowl, &least), 2);
     EXPECT_EQ(least, -1) << "the value of the place that is given back";
-}
-
-TEST(GsectMin, EndsForEveryToleranceAndBracket)
-{
+    // Ends for every tolerance and bracket.
     const gsect_function cosine = [](double x) { return ++calls, std::cos(x); };
-    double least = 0;
     for (const double tol : {0.0, -1.0, 1e-300}) {
         calls = 0;
         EXPECT_NEAR(gsect_min(2, 3, 4, tol, cosine, &least), 3.14159265, 1e-7) << tol;

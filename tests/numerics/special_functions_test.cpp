@@ -11,11 +11,10 @@
 
 using teska_test::lines;
 using teska_test::Reports;
+using Values = std::vector<double>;
 
 namespace
 {
-
-using Values = std::vector<double>;
 
 struct Line {
     double a, b, siga, sigb, chi2, q;
@@ -57,9 +56,9 @@ const struct {
 
 }  // namespace
 
+// Worked in fractions: a, b, siga^2, sigb^2, chi2.
 TEST(LeastSquareFit, SolvesWorkedExamples)
 {
-    // Worked in fractions: a, b, siga^2, sigb^2, chi2.
     const Values x = {0, 1, 2, 3, 4}, y = {1, 3, 2, 5, 4};
     const double right[][5] = {{7.0 / 5, 4.0 / 5, 18.0 / 25, 3.0 / 25, 18.0 / 5},
                                {208.0 / 131, 136.0 / 131, 48.0 / 131, 41.0 / 524, 627.0 / 131}};
@@ -84,27 +83,23 @@ TEST(LeastSquareFit, GivesNumbersThatAreNoneWhereNothingCanBeComputed)
     Reports reports;
     const Values x = {1, 2, 4}, y = {1, 3, 2}, one = {1, 1, 1};
     for (const Values &sig : {Values(), one}) {
-        const Line none = fitted(x, y, sig, INT_MIN);
+        const Line none = fitted(x, y, sig, INT_MIN), two = fitted({0, 1}, {1, 3}, sig);
         EXPECT_TRUE(std::isnan(none.a));
         EXPECT_TRUE(std::isnan(none.b));
         EXPECT_EQ(none.chi2, 0);
         EXPECT_EQ(none.q, 1);
+        EXPECT_EQ(two.a, 1);
+        EXPECT_EQ(two.b, 2);
+        EXPECT_EQ(two.q, 1);
     }
-    const Line two = fitted({0, 1}, {1, 3}), weighted = fitted({0, 1}, {1, 3}, one);
-    EXPECT_EQ(two.a, 1);
-    EXPECT_EQ(two.b, 2);
-    EXPECT_TRUE(std::isnan(two.siga));
-    EXPECT_TRUE(std::isnan(two.sigb));
-    EXPECT_EQ(two.q, 1);
-    EXPECT_EQ(weighted.q, 1);
-    EXPECT_EQ(weighted.sigb, std::sqrt(2));
-    EXPECT_TRUE(std::isnan(fitted({1}, {1}).siga));
-    EXPECT_TRUE(std::isnan(fitted({2, 2, 2}, y).b));
-    EXPECT_TRUE(std::isnan(fitted(x, {1, NAN, 2}).chi2));
-    EXPECT_TRUE(std::isnan(fitted({1, 2, INFINITY}, y).chi2));
+    EXPECT_EQ(fitted({0, 1}, {1, 3}, one).sigb, std::sqrt(2));
+    const Line exact = fitted({0, 1}, {1, 3});
+    for (const double value : {exact.siga, exact.sigb, fitted({1}, {1}).siga, fitted({2, 2, 2}, y).b,
+                               fitted(x, {1, NAN, 2}).chi2, fitted({1, 2, INFINITY}, y).chi2})
+        EXPECT_TRUE(std::isnan(value)) << value;
     EXPECT_EQ(reports.take(), lines{});
-    EXPECT_TRUE(std::isnan(fitted(x, y, {1, 0, 1}).q));
-    EXPECT_TRUE(std::isnan(fitted(x, y, {1, NAN, 1}).q));
+    for (const double odd : {0.0, std::nan("")})
+        EXPECT_TRUE(std::isnan(fitted(x, y, {1, odd, 1}).q)) << odd;
     EXPECT_EQ(reports.take(), lines(2, "a too large, ITMAX too small in gcf"));
 }
 
