@@ -42,7 +42,7 @@ photo_text text_beside(std::filesystem::path photo)
 
 // ---- Key figures ----------------------------------------------------------------------------------------------------
 
-std::string ratio(const speeds &measured) { return decimals(measured.library.median / measured.peer.median, 2); }
+std::string ratio(const speed &ours, const speeds &measured) { return decimals(ours.median / measured.peer.median, 2); }
 
 std::string key_figures(const separation_results &r)
 {
@@ -57,12 +57,12 @@ std::string key_figures(const separation_results &r)
 <dd>{filling} <small>s</small></dd></div>
 </dl>
 )",
-                    {{"separation", decimals(r.separation_speed.library.median, 0)},
-                     {"separation_ratio", ratio(r.separation_speed)},
-                     {"proofing", decimals(r.proofing_speed.library.median, 0)},
-                     {"proofing_ratio", ratio(r.proofing_speed)},
-                     {"colour", decimals(r.chain_colour.library.mean, 2)},
-                     {"filling", decimals(r.to_press.fill_seconds + r.to_screen.fill_seconds, 2)}});
+                    {{"separation", decimals(r.separation_speed.words.median, 0)},
+                     {"separation_ratio", ratio(r.separation_speed.words, r.separation_speed)},
+                     {"proofing", decimals(r.proofing_speed.words.median, 0)},
+                     {"proofing_ratio", ratio(r.proofing_speed.words, r.proofing_speed)},
+                     {"colour", decimals(r.chain_colour.words.mean, 2)},
+                     {"filling", decimals(r.to_press[0].fill_seconds + r.to_screen[0].fill_seconds, 2)}});
 }
 
 // ---- Pictures -------------------------------------------------------------------------------------------------------
@@ -149,17 +149,19 @@ whole job directly: every pixel through every stage of the profiles, no table in
 <p>The two proofs differ by {mean} of 255 steps on average, and 95 of 100 samples by no more than {most}. The largest
 single difference is {largest} steps. As an eye sees it that is a colour difference ΔE₀₀ of {colour} on average; about 1 is
 the least that can be told apart side by side.</p>
-<p>Little CMS' own fast way is a table too, with twice the bits in every grid point. Measured against the same direct
-evaluation it is {peer} steps away on average.</p>
+<p>Little CMS' own fast way is a table too, with 16 bits in every grid point like ours. Measured against the same direct
+evaluation it is {peer} steps away on average. Grids of bytes cost about half the memory and round every grid point: with them
+the proof is {bytes} steps away.</p>
 </div>
 </div>
 )",
                     {{"figure", difference_figure(r, folder)},
-                     {"mean", decimals(r.chain.library.mean, 2)},
-                     {"most", decimals(r.chain.library.percentile_95, 0)},
-                     {"largest", decimals(r.chain.library.largest, 0)},
-                     {"colour", decimals(r.chain_colour.library.mean, 2)},
-                     {"peer", decimals(r.chain.peer.mean, 2)}});
+                     {"mean", decimals(r.chain.words.mean, 2)},
+                     {"most", decimals(r.chain.words.percentile_95, 0)},
+                     {"largest", decimals(r.chain.words.largest, 0)},
+                     {"colour", decimals(r.chain_colour.words.mean, 2)},
+                     {"peer", decimals(r.chain.peer.mean, 2)},
+                     {"bytes", decimals(r.chain.bytes.mean, 2)}});
 }
 
 // ---- Tables of figures ----------------------------------------------------------------------------------------------
@@ -171,73 +173,84 @@ std::string both(const speed &measured, int digits)
 
 std::string speed_row(const char *name, const speeds &measured)
 {
-    return expanded(R"(<tr><th scope="row">{name}</th><td class="ours">{library}</td><td>{peer}</td><td>{ratio}</td>
-<td>{direct}</td></tr>
+    return expanded(R"(<tr><th scope="row">{name}</th><td class="ours">{words}</td><td class="ours">{bytes}</td>
+<td>{peer}</td><td>{direct}</td><td>{ratio}</td><td>{bytes_ratio}</td></tr>
 )",
                     {{"name", name},
-                     {"library", both(measured.library, 1)},
+                     {"words", both(measured.words, 1)},
+                     {"bytes", both(measured.bytes, 1)},
                      {"peer", both(measured.peer, 1)},
-                     {"ratio", ratio(measured)},
-                     {"direct", both(measured.direct, 2)}});
+                     {"direct", both(measured.direct, 2)},
+                     {"ratio", ratio(measured.words, measured)},
+                     {"bytes_ratio", ratio(measured.bytes, measured)}});
 }
 
 std::string speed_table(const separation_results &r)
 {
     return expanded(R"(<div class="scroll" tabindex="0"><table>
 <caption>Speed <span>in megapixels per second, median (best)</span></caption>
-<thead><tr><td></td><th scope="col">library table</th><th scope="col">Little CMS, its fast way</th>
-<th scope="col">library / Little CMS</th><th scope="col">Little CMS, direct</th></tr></thead>
+<thead><tr><td rowspan="2"></td><th colspan="2" scope="colgroup">library table</th>
+<th colspan="2" scope="colgroup">Little CMS</th><th colspan="2" scope="colgroup">times its fast way</th></tr>
+<tr><th scope="col">16 bits</th><th scope="col">bytes</th><th scope="col">its fast way</th><th scope="col">direct</th>
+<th scope="col">16 bits</th><th scope="col">bytes</th></tr></thead>
 <tbody>
 {separation}{proofing}</tbody></table></div>
 )",
-                    {{"separation", speed_row("Separation, RGB to CMYK", r.separation_speed)},
-                     {"proofing", speed_row("Proof, CMYK to RGB", r.proofing_speed)}});
+                    {{"separation", speed_row("RGB to CMYK", r.separation_speed)},
+                     {"proofing", speed_row("CMYK to RGB", r.proofing_speed)}});
 }
 
-std::string difference_cells(const difference &d, int digits, const char *kind)
+std::string difference_row(const char *name, const char *kind, const difference &d, int digits)
 {
-    return expanded(R"(<td class="{kind}">{mean}</td><td class="{kind}">{most}</td><td class="{kind}">{largest}</td>)",
-                    {{"kind", kind},
-                     {"mean", decimals(d.mean, 2)},
-                     {"most", decimals(d.percentile_95, digits)},
-                     {"largest", decimals(d.largest, digits)}});
+    return expanded(
+        R"(<tr class="{kind}"><th scope="row">{name}</th><td>{mean}</td><td>{most}</td><td>{largest}</td></tr>
+)",
+        {{"kind", kind},
+         {"name", name},
+         {"mean", decimals(d.mean, 2)},
+         {"most", decimals(d.percentile_95, digits)},
+         {"largest", decimals(d.largest, digits)}});
 }
 
 // Steps are whole numbers; colour differences are not.
-std::string agreement_row(const char *name, const agreement &a, int digits)
+std::string agreement_rows(const char *name, const agreement &a, int digits)
 {
-    return std::string("<tr><th scope=\"row\">") + name + "</th>" + difference_cells(a.library, digits, "ours") +
-           difference_cells(a.peer, digits, "peer") + "</tr>\n";
+    return expanded(R"(<tbody>
+<tr class="group"><th colspan="4" scope="rowgroup">{name}</th></tr>
+{words}{bytes}{peer}</tbody>
+)",
+                    {{"name", name},
+                     {"words", difference_row("library, 16-bit tables", "ours", a.words, digits)},
+                     {"bytes", difference_row("library, byte tables", "", a.bytes, digits)},
+                     {"peer", difference_row("Little CMS, its fast way", "", a.peer, digits)}});
 }
 
 std::string agreement_table(const separation_results &r)
 {
     return expanded(R"(<div class="scroll" tabindex="0"><table>
 <caption>Difference <span>from Little CMS evaluated directly, in steps of 255 unless said otherwise</span></caption>
-<thead><tr><td rowspan="2"></td><th colspan="3" scope="colgroup">library table</th>
-<th colspan="3" scope="colgroup">Little CMS, its fast way</th></tr>
-<tr><th scope="col">mean</th><th scope="col">95 % within</th><th scope="col">largest</th>
-<th scope="col">mean</th><th scope="col">95 % within</th><th scope="col">largest</th></tr></thead>
-<tbody>
-{rows}</tbody></table></div>
+<thead><tr><td></td><th scope="col">mean</th><th scope="col">95 % within</th><th scope="col">largest</th></tr></thead>
+{rows}</table></div>
 )",
-                    {{"rows", agreement_row("Separation", r.separation, 0) +
-                                  agreement_row("Proof of the same plates", r.proofing, 0) +
-                                  agreement_row("Photograph to proof", r.chain, 0) +
-                                  agreement_row("Photograph to proof, ΔE₀₀", r.chain_colour, 2)}});
+                    {{"rows", agreement_rows("Separation", r.separation, 0) +
+                                  agreement_rows("Proof of the same plates", r.proofing, 0) +
+                                  agreement_rows("Photograph to proof", r.chain, 0) +
+                                  agreement_rows("Photograph to proof, ΔE₀₀", r.chain_colour, 2)}});
 }
 
 std::string grid_row(const char *name, const table_figures &t)
 {
-    return expanded(R"(<tr><th scope="row">{name}</th><td>{points}<sup>{inputs}</sup></td><td>{vertices}</td>
+    return expanded(
+        R"(<tr><th scope="row">{name}, {bits} bits</th><td>{points}<sup>{inputs}</sup></td><td>{vertices}</td>
 <td>{kib} KiB</td><td>{ms} ms</td></tr>
 )",
-                    {{"name", name},
-                     {"points", std::to_string(t.points)},
-                     {"inputs", std::to_string(t.inputs)},
-                     {"vertices", grouped(t.vertices)},
-                     {"kib", grouped(t.bytes / 1024)},
-                     {"ms", decimals(1000 * t.fill_seconds, 0)}});
+        {{"name", name},
+         {"bits", std::to_string(t.bits)},
+         {"points", std::to_string(t.points)},
+         {"inputs", std::to_string(t.inputs)},
+         {"vertices", grouped(t.vertices)},
+         {"kib", grouped(t.bytes / 1024)},
+         {"ms", decimals(1000 * t.fill_seconds, 0)}});
 }
 
 std::string grid_table(const separation_results &r)
@@ -249,7 +262,8 @@ std::string grid_table(const separation_results &r)
 <tbody>
 {rows}</tbody></table></div>
 )",
-                    {{"rows", grid_row("RGB to CMYK", r.to_press) + grid_row("CMYK to RGB", r.to_screen)}});
+                    {{"rows", grid_row("RGB to CMYK", r.to_press[0]) + grid_row("RGB to CMYK", r.to_press[1]) +
+                                  grid_row("CMYK to RGB", r.to_screen[0]) + grid_row("CMYK to RGB", r.to_screen[1])}});
 }
 
 std::string figures(const separation_results &r)
@@ -277,10 +291,11 @@ std::string method(const separation_results &r)
 <li>Little CMS opens the press profile, “{press}”, and its own sRGB. Towards the press the rendering intent is
 perceptual, which is meant for photographs; back it is relative colorimetric, which shows the inks as they are, on a paper
 white that stands for the white of the screen.</li>
-<li><code>md_tetrab_new</code> makes the two tables. <code>md_tetrab_vertex_get</code> names the colour of a vertex, Little
-CMS gives the answer, and <code>md_tetrab_scan_vertex</code> steps on, until all are filled.</li>
-<li><code>md_tetrab_interp</code> converts the photograph line by line into plates, and the plates line by line into the
-proof: in integers only, the same bytes on every machine.</li>
+<li><code>md_tetras_new</code> makes the two tables of 16 bits. <code>md_tetras_vertex_get</code> names the colour of a
+vertex, Little CMS gives the answer in 16 bits, and <code>md_tetras_scan_vertex</code> steps on, until all are filled. The
+tables of bytes are made likewise by the functions of <code>md_tetrab</code>.</li>
+<li><code>md_tetras_interp_b</code> converts the photograph line by line into plates, and the plates line by line into the
+proof: in integers only, with one rounding, the same bytes on every machine.</li>
 <li>The views of the single plates go through the same CMYK table, with the other three inks at zero.</li>
 </ol>
 )",
@@ -289,11 +304,12 @@ proof: in integers only, the same bytes on every machine.</li>
 
 std::string speed_line(const char *name, const speeds &measured)
 {
-    return expanded("  {name}: {ours} Mpx/s, Little CMS {peer} Mpx/s: {ratio} times as fast\n",
+    return expanded("  {name}: {words} Mpx/s, Little CMS {peer} Mpx/s: {ratio} times as fast; with bytes {bytes}\n",
                     {{"name", name},
-                     {"ours", decimals(measured.library.median, 1)},
+                     {"words", decimals(measured.words.median, 1)},
                      {"peer", decimals(measured.peer.median, 1)},
-                     {"ratio", decimals(measured.library.median / measured.peer.median, 2)}});
+                     {"ratio", ratio(measured.words, measured)},
+                     {"bytes", ratio(measured.bytes, measured)}});
 }
 
 std::string summary(const separation_results &r)
@@ -301,15 +317,15 @@ std::string summary(const separation_results &r)
     return speed_line("RGB to CMYK", r.separation_speed) + speed_line("CMYK to RGB", r.proofing_speed) +
            expanded(
                "  proof against direct evaluation: mean {mean}, 95 % within {most}, largest {largest} steps of 255\n",
-               {{"mean", decimals(r.chain.library.mean, 2)},
-                {"most", decimals(r.chain.library.percentile_95, 0)},
-                {"largest", decimals(r.chain.library.largest, 0)}});
+               {{"mean", decimals(r.chain.words.mean, 2)},
+                {"most", decimals(r.chain.words.percentile_95, 0)},
+                {"largest", decimals(r.chain.words.largest, 0)}});
 }
 
 constexpr const char *lead =
     R"(<p class="lead">A photograph is separated into four inks for a printing press and proofed
-back on the screen. Both conversions run through multidimensional byte tables of the library, and both are compared with
-Little CMS, pixel by pixel.</p>
+back on the screen. Both conversions run through multidimensional 16-bit tables of the library, and both are compared
+with Little CMS, pixel by pixel.</p>
 )";
 
 }  // namespace

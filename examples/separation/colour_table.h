@@ -1,4 +1,10 @@
-// colour_table - a byte table of the library whose vertices come from another conversion
+// colour_table - a table of the library whose vertices come from another conversion
+//
+//     word_table to_press(3, 4, 33);
+//     to_press.fill([&](const unsigned short *rgb, unsigned short *cmyk) { ... }, shown);
+//     picture plates = to_press.convert(photograph);
+//
+// Pictures are bytes; the vertices are bytes (md_tetrab) or 16 bits (md_tetras).
 
 #ifndef EXAMPLES_COLOUR_TABLE_H
 #define EXAMPLES_COLOUR_TABLE_H
@@ -8,18 +14,33 @@
 #include "support/progress.h"
 
 #include "md_tetrab.h"
+#include "md_tetras.h"
 
 #include <functional>
 
 namespace examples
 {
 
-// Gives the output bytes that belong to the input bytes of one vertex.
-using vertex_source = std::function<void(const unsigned char *in, unsigned char *out)>;
+// The library's table with vertices of a kind.
+template <class sample>
+struct table_with;
+template <>
+struct table_with<unsigned char> {
+    using handle = foreign<md_tetrab, md_tetrab_kill>;
+};
+template <>
+struct table_with<unsigned short> {
+    using handle = foreign<md_tetras, md_tetras_kill>;
+};
 
+// sample  unsigned char or unsigned short
+template <class sample>
 class colour_table
 {
 public:
+    // Gives the output samples that belong to the input samples of one vertex.
+    using vertex_source = std::function<void(const sample *in, sample *out)>;
+
     // points  grid points along each input
     // Throws failure with the library's own line when there is no memory.
     colour_table(int inputs, int outputs, int points);
@@ -33,15 +54,21 @@ public:
     int inputs() const { return inputs_; }
     int outputs() const { return outputs_; }
     int points() const { return points_; }
-    int vertices() const { return md_tetrab_get_nrpoints(table_.get()); }
+    int vertices() const;
     int bytes() const;  // of vertex data
 
 private:
     int inputs_;
     int outputs_;
     int points_;
-    foreign<md_tetrab, md_tetrab_kill> table_;
+    typename table_with<sample>::handle table_;
 };
+
+extern template class colour_table<unsigned char>;
+extern template class colour_table<unsigned short>;
+
+using byte_table = colour_table<unsigned char>;
+using word_table = colour_table<unsigned short>;
 
 }  // namespace examples
 

@@ -2,9 +2,10 @@
 //
 //     photograph --(RGB to CMYK table)--> plates --(CMYK to RGB table)--> proof
 //
-// Both tables are filled by Little CMS, one vertex at a time. Then Little CMS does the same work itself, in two ways: with
-// every pixel taken through all stages of the profiles (the truth that everything is compared with), and with the table
-// of its own that it optimises a conversion to (the peer in speed and in error).
+// Both tables are filled by Little CMS, one vertex at a time, once with bytes and once with 16 bits in every vertex; the
+// pictures are those of 16 bits. Then Little CMS does the same work itself, in two ways: with every pixel taken through
+// all stages of the profiles (the truth that everything is compared with), and with the table of its own that it optimises
+// a conversion to (the peer in speed and in error).
 //
 // Towards the press the intent is perceptual, the one meant for photographs. Back it is relative colorimetric: the proof
 // then shows the inks as they are, with their weaker black, on a paper white that stands for the white of the screen.
@@ -29,21 +30,24 @@ constexpr int inks = 4;  // cyan, magenta, yellow, black: the order of the chann
 struct table_figures {
     int inputs;
     int outputs;
+    int bits;    // of a sample of a vertex
     int points;  // along each input
     int vertices;
     int bytes;
     double fill_seconds;  // processor time
 };
 
-// One result of three that should be the same: the library's, and the optimised Little CMS one, each against the direct
-// evaluation.
+// Results that should be the same, each against the direct evaluation: through the library's 16-bit tables, through its
+// byte tables, and as Little CMS optimises the conversion.
 struct agreement {
-    difference library;
+    difference words;
+    difference bytes;
     difference peer;
 };
 
 struct speeds {
-    speed library;
+    speed words;
+    speed bytes;
     speed peer;
     speed direct;
 };
@@ -63,9 +67,9 @@ struct separation_results {
     std::array<ink_figures, inks> ink;
     double heaviest;  // largest sum of inks in a pixel, per cent
 
-    std::string press;  // description of the profile
-    table_figures to_press;
-    table_figures to_screen;
+    std::string press;                      // description of the profile
+    std::array<table_figures, 2> to_press;  // 16 bits, bytes
+    std::array<table_figures, 2> to_screen;
 
     agreement separation;    // steps of 255, from the photograph to the plates
     agreement proofing;      // steps of 255, from the same plates to the screen

@@ -17,6 +17,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+// A failure with the line that the library has queued about its last one; main has set the reporting mode.
+[[noreturn]] void throw_report();
+
 }  // namespace examples
 
 #endif
