@@ -15,13 +15,13 @@ namespace
 {
 
 using Solver = int (*)(bezier *, double, double *);
+using Solvers = std::pair<Solver, Solver>;
 
-constexpr std::pair<Solver, Solver> closed{bezier_get_y, bezier_get_x};
-constexpr std::pair<Solver, Solver> iterated{bezier_fget_y, bezier_fget_x};
+constexpr Solvers closed{bezier_get_y, bezier_get_x}, iterated{bezier_fget_y, bezier_fget_x};
 
 // The t, ascending, where xs makes `value`: what the solver finds on a curve whose other coordinate is t. The slots
-// behind have to stay as they were.
-numbers met(const std::pair<Solver, Solver> &solvers, const numbers &xs, double value, bool exchanged)
+// after them have to stay as they were.
+numbers met(const Solvers &solvers, const numbers &xs, double value, bool exchanged)
 {
     numbers ts;
     for (std::size_t i = 0; i < xs.size(); ++i)
@@ -81,9 +81,9 @@ TEST(BezierSetEndp, TakesTheNeighbourAlongFromDegree3On)
         point end{};
         EXPECT_EQ(bezier_set_endp(b.get(), which, 9, 9), 1);
         EXPECT_EQ(bezier_get_endp(b.get(), which, &end.x, &end.y), 1);
-        EXPECT_EQ(numbers(b->x, b->x + expected.size()), expected);
         EXPECT_EQ(end - point({9, 9}), 0);
-        EXPECT_TRUE(std::equal(b->x, b->x + 5, b->y));
+        for (const double *coordinate : {b->x, b->y})
+            EXPECT_EQ(numbers(coordinate, coordinate + expected.size()), expected);
     }
 }
 
@@ -125,7 +125,6 @@ TEST(BezierGetY, KeptCountsDoubleRootsOfCubicsTwiceAndFgetFindsOneRootOfThem)
     Reports reports;
     const double at = (5 - std::sqrt(15.0)) / 10;
     const std::tuple<bool, numbers, double, numbers> cases[] = {
-        {false, {0, 1, 2, 3}, 1.5, {0.5}},
         {false, {0, 1, 2, 3}, -3e-5, {-1e-5}},
         {false, {0, 1, 2, 3}, -3.6e-5, {}},
         {false, {0, 1, 2, 3}, 3.00003, {1.00001}},
@@ -133,7 +132,6 @@ TEST(BezierGetY, KeptCountsDoubleRootsOfCubicsTwiceAndFgetFindsOneRootOfThem)
         {false, {1, 0, 0.5}, 0.5, {1 / 3.0, 1}},
         {false, {1, 0, 1}, 0.5, {}},
         {false, {0, 2, -1, 1}, 0.5, {at, 0.5, 1 - at}},
-        {false, {0, 0, 0, 1}, 0.001, {0.1}},
         {false, {0, 0, 0, 1}, 0, {0, 0, 0}},
         {false, {0, 0, 1, 1}, 1, {1, 1}},
         {false, {1, 0, 0, 1.00002}, 0.37000054, {0.3, 0.699994733135}},
@@ -145,8 +143,7 @@ TEST(BezierGetY, KeptCountsDoubleRootsOfCubicsTwiceAndFgetFindsOneRootOfThem)
         {false, {0, 1 / 3.0, 1, 2, 10 / 3.0}, 10 / 3.0, {1}},
         {true, {0, 2, -1, 1}, 0.5, {0.5}},
         {true, {0, 0, 0, 1}, 0, {}},
-        {true, {0, 0, 0, 1}, 0.001, {0.1}},
-        {true, {0, 1, 2, 3}, 1.5, {0.5}}};
+        {true, {0, 0, 0, 1}, 0.001, {0.1}}};
     for (const bool exchanged : {false, true}) {
         for (const auto &[iterate, xs, x, expected] : cases)
             expect_near(met(iterate ? iterated : closed, xs, x, exchanged), expected, xs);
@@ -154,17 +151,12 @@ TEST(BezierGetY, KeptCountsDoubleRootsOfCubicsTwiceAndFgetFindsOneRootOfThem)
         expect_near(met(closed, {1, 1, 1, 1.00001}, 1, exchanged), met(iterated, {2, 2, 2}, 2, exchanged), {});
         EXPECT_EQ(reports.take(), lines(2, "Bezier_get_y : invalid degree ")) << "Kept: names get_y";
         expect_near(met(closed, {0, 0, 0, 0, 1}, 0.5, exchanged), {}, {});
-        EXPECT_EQ(reports.take(), lines{exchanged ? "Bezier_get_x : Sorry no support for higher order (>3)"
-                                                  : "Bezier_get_y : Sorry no support for higher order (>3)"});
-    }
-}
-
-TEST(BezierFgetY, FindsFourRootsAtMostWhereTheEquationOverflows)
-{
-    // Three extremes between the ends, and a constant term so large that the quartic seems to vanish at all five.
-    for (const double x : numbers{INFINITY, -INFINITY, 1e308})
-        for (const bool exchanged : {false, true})
+        const std::string name = exchanged ? "Bezier_get_x" : "Bezier_get_y";
+        EXPECT_EQ(reports.take(), lines{name + " : Sorry no support for higher order (>3)"});
+        // Three extremes between the ends, and a constant term so large that the quartic seems to vanish at all five.
+        for (const double x : numbers{INFINITY, -INFINITY, 1e308})
             EXPECT_LE(met(iterated, {0, -0.045, 0.64 / 6, -0.045, 0}, x, exchanged).size(), 4U) << x;
+    }
 }
 
 TEST(PolyQuarticRoots, AreThoseInTheIntervalMultipleOnesOnce)

@@ -12,8 +12,7 @@
 #include <utility>
 #include <vector>
 
-using teska_test::lines;
-using teska_test::Reports;
+using namespace teska_test;
 
 namespace
 {
@@ -40,8 +39,7 @@ Func filled(int ext, func_order order, const Points &points)
 Points contents(const Func &f)
 {
     Points points;
-    void *x = nullptr;
-    void *y = nullptr;
+    void *x = nullptr, *y = nullptr;
     for (int i = 0; func_get_point(f.get(), i, &x, &y) == 0; ++i)
         points.emplace_back(as_x(x), as_y(y));
     EXPECT_EQ(func_num(f.get()), static_cast<int>(points.size()));
@@ -52,7 +50,7 @@ Points contents(const Func &f)
 
 TEST(FuncInsert, AgreesWithAModelUnderRandomChangesForAnyGrowthStep)
 {
-    teska_test::Generator random(541);
+    Generator random(541);
     for (const int ext : {INT_MIN, 0, 1, 2, 7, 65535, 65536, 65537, INT_MAX}) {
         const Func f = filled(ext, x_after, {});
         Points model;
@@ -88,6 +86,8 @@ TEST(FuncChangep, KeptLeavesAMovedPointWhereItIsAndOnlyItReportsAMissingOne)
         EXPECT_EQ(func_changep(f.get(), index, &moved, &moved_y), -1);
     }
     EXPECT_EQ(reports.take(), lines(4, "list_changep : index out of bound"));
+    EXPECT_EQ(func_alloc(f.get(), 65536), 0) << "Kept: also without room";
+    EXPECT_EQ(reports.take(), lines(2, "list_insert : Unable to extend list, insufficient resources"));
     EXPECT_EQ(contents(f), (Points{{9, 90}, {2, 20}}));
 }
 
@@ -102,13 +102,6 @@ TEST(FuncSearchEl, KeptNeverFindsAnEqualElementWithAStrictOrder)
             EXPECT_EQ(func_search_el(f.get(), &key, &y, differs), found ? 1 : -1);
             EXPECT_EQ(as_y(y), found ? 10 : -1);
         }
-}
-
-TEST(FuncAlloc, KeptReturnsZeroAlsoWithoutRoom)
-{
-    Reports reports;
-    EXPECT_EQ(func_alloc(filled(1, x_after, {{0, 7}}).get(), 65536), 0);
-    EXPECT_EQ(reports.take(), lines(2, "list_insert : Unable to extend list, insufficient resources"));
 }
 
 TEST(FuncInvert, SortsThePointsByTheirYAndKeepsTheOrderOfEqualOnes)
