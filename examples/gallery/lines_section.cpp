@@ -77,31 +77,64 @@ black has passed it by.)")}});
 
 // ---- Resampling -----------------------------------------------------------------------------------------------------
 
-std::string resampling(const picture &photograph, const section_folder &folder)
+// Pictures of the zone plate are shown pixel for pixel, or every pixel as a square of pixels: other sizes would add rings
+// of their own.
+constexpr int plate_size = 360;
+
+std::string resampling(const picture &photograph, const picture &plate, const section_folder &folder)
 {
-    const picture plate = zone_plate(320);
     const picture part = detail(photograph, 96);
+    const picture larger = resampled(plate, plate_size * 3 / 2, plate_size * 3 / 2);
+    const int rest = larger.width - plate_size;
     return expanded(
         R"(<h3>Bilinear resampling</h3>
 <p>Sample 0 lies on sample 0, and two neighbours are blended in each direction, in integers. That is fast and smooth going
 up. Going down, two samples out of many are looked at: whatever is finer than the new pixels comes back as rings that are not
 there. The zone plate shows where.</p>
-<div class="strip">
-{plate}{up}{down}{fine}</div>
+<div class="strip exact">
+{plate}{up}{down}</div>
 <div class="pair below">
 {small}{large}</div>
 )",
-        {{"plate", folder.figure("zone", plate, "Rings that become finer outwards", "zone plate, 320 pixels")},
-         {"up", folder.figure("zone-up", resampled(plate, 480, 480), "The same, larger", "to 3/2")},
-         {"down", folder.figure("zone-down", resampled(plate, 240, 240),
+        {{"plate", folder.figure("zone", plate, "Rings that become finer outwards",
+                                 expanded("zone plate, {size} pixels", {{"size", std::to_string(plate_size)}}))},
+         {"up", folder.figure("zone-up", cropped(larger, rest, rest, plate_size, plate_size),
+                              "A corner of the same, larger", "to 3/2, the lower right corner")},
+         {"down", folder.figure("zone-down", resampled(plate, plate_size * 3 / 4, plate_size * 3 / 4),
                                 "The same, smaller, with faint rings around four more centres", "to 3/4")},
-         {"fine", folder.figure("zone-half", resampled(plate, 160, 160),
-                                "The same at half the size, with strong false rings", "to 1/2: every second pixel")},
          {"small", folder.figure("photo-small", magnified(resampled(part, part.width / 3, part.height / 3), 12),
                                  "A part of the photograph in large square pixels",
                                  "<b>A third of the size</b>, each pixel shown as a square.")},
          {"large", folder.figure("photo-large", resampled(part, part.width * 4, part.height * 4),
                                  "The same part, four times as large and soft", "<b>Four times the size.</b>")}});
+}
+
+std::string reducing(const reductions &reduced, const section_folder &folder)
+{
+    std::string figures;
+    std::string rows;
+    for (const reduction &one : reduced.made) {
+        const std::string label =
+            expanded("{name}, <code>{function}</code>", {{"name", one.name}, {"function", one.function}});
+        figures += folder.figure("zone-" + one.name, magnified(one.half, 2), "The zone plate at half the size", label);
+        rows += expanded(R"(<tr><th scope="row">{label}</th><td>{kept} %</td><td>{false} %</td></tr>
+)",
+                         {{"label", label}, {"kept", decimals(one.kept, 1)}, {"false", decimals(one.false_rings, 1)}});
+    }
+    return expanded(R"(<h3>Five kernels for smaller pictures</h3>
+<p>The same zone plate at half the size, every pixel shown as a square of two. Rings as fine as the new pixels or finer
+cannot be shown: they should fade to grey. <code>ibilin</code> picks every second pixel and mirrors them all. The kernels of
+<code>izat</code> widen with the reduction and average what a new pixel covers; the longer the kernel, the sharper it parts
+what can be shown from what cannot.</p>
+<div class="strip exact">
+{figures}</div>
+<div class="scroll" tabindex="0"><table>
+<caption>Contrast of the rings <span>against the zone plate's own</span></caption>
+<thead><tr><td></td><th scope="col">kept, where they can be shown</th><th scope="col">false, where they cannot</th></tr></thead>
+<tbody>
+{rows}</tbody></table></div>
+)",
+                    {{"figures", figures}, {"rows", rows}});
 }
 
 // ---- Filling --------------------------------------------------------------------------------------------------------
@@ -161,12 +194,16 @@ bytes. <code>CLUT</code> follows another path through two of the six tetrahedra.
                     {{"points", std::to_string(compared.points)}, {"figures", figures}, {"rows", rows}});
 }
 
-std::string summary(const filled_maze &maze, const table_comparison &compared)
+std::string summary(const reductions &reduced, const filled_maze &maze, const table_comparison &compared)
 {
     std::string text = expanded("  a maze of {pixels} pixels filled in {runs} runs, {tests} inside tests\n",
                                 {{"pixels", std::to_string(maze.pixels)},
                                  {"runs", std::to_string(maze.runs)},
                                  {"tests", std::to_string(maze.tests)}});
+    for (const reduction &one : reduced.made)
+        text +=
+            expanded("  {name} to 1/2: {kept} % of the contrast kept, {false} % false\n",
+                     {{"name", one.name}, {"kept", decimals(one.kept, 1)}, {"false", decimals(one.false_rings, 1)}});
     for (const table_answer &answer : compared.answers)
         text += expanded("  {name}: mean {mean} steps of 255 from the formula\n",
                          {{"name", answer.name}, {"mean", decimals(answer.mean, 3)}});
@@ -184,11 +221,13 @@ section lines_section(const gallery_inputs &inputs)
 {
     const picture photograph = read_png(inputs.photo);
     const section_folder folder(inputs.output, "lines");
+    const reductions reduced = reduce_zone_plate(plate_size);
     const filled_maze maze = fill_maze(64, 40);
     const table_comparison compared = compare_tables();
-    return {"lines", "Line by line", summary(maze, compared),
-            lead + sharpening_strip(photograph, folder) + borders(photograph, folder) + resampling(photograph, folder) +
-                filling(maze, folder) + tables(compared, folder)};
+    return {"lines", "Line by line", summary(reduced, maze, compared),
+            lead + sharpening_strip(photograph, folder) + borders(photograph, folder) +
+                resampling(photograph, reduced.plate, folder) + reducing(reduced, folder) + filling(maze, folder) +
+                tables(compared, folder)};
 }
 
 }  // namespace examples

@@ -72,6 +72,9 @@ figcaption b { color: var(--text); }
 .strip { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 15rem), 1fr)); gap: 1.25rem;
   margin-top: 1.5rem; }
 .strip img { image-rendering: pixelated; }
+.exact { grid-template-columns: repeat(auto-fit, minmax(min(100%, 362px), 1fr)); }
+.exact figure { min-width: 0; } .exact figure > a { width: fit-content; max-width: 100%; overflow-x: auto; }
+.exact img { width: auto; max-width: none; }
 .plates { display: grid; grid-template-columns: 1fr 1fr; gap: 1.25rem; align-content: start; }
 .plates b::before, .mixer label::before { content: ""; display: inline-block; width: .7em; height: .7em;
   margin-right: .45em; border-radius: 50%; background: var(--ink); border: 1px solid var(--soft); }
@@ -100,7 +103,8 @@ thead th, thead td { border-top: 0; }
 thead th { color: var(--soft); font-weight: 500; font-size: .9rem; vertical-align: bottom; }
 thead th[colspan] { text-align: center; }
 tbody th { text-align: left; font-weight: 500; }
-.ours { font-weight: 650; }
+.ours, .ours th { font-weight: 650; }
+.group th { padding-top: 1rem; color: var(--soft); } .group ~ tr th { padding-left: 2rem; } .group ~ tr > * { border-top: 0; }
 .drawing { display: block; width: 100%; height: auto; font-size: 14px; font-variant-numeric: tabular-nums; }
 .drawing text { fill: var(--text); } .drawing .soft, .drawing .place { fill: var(--soft); font-size: 13px; }
 .drawing .frame { fill: none; stroke: var(--rule); } .drawing .leader { fill: none; stroke: var(--soft); }

@@ -1,6 +1,7 @@
 // filters - the line filters of the library on whole pictures
 //
-// Callbacks know the component only, so the picture that is being made stands in one place of this file.
+// The callbacks of the older filters know the component only, so the picture that is being made stands in one place of
+// this file.
 
 #include "support/failure.h"
 #include "support/foreign.h"
@@ -8,10 +9,12 @@
 #include "fir.h"
 #include "fusm.h"
 #include "ibilin.h"
+#include "izat.h"
 #include "lines/job.h"
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace examples
 {
@@ -66,6 +69,18 @@ void collect(int component)
 {
     if (component + 1 == collecting->made.channels)
         std::copy(collecting->row.begin(), collecting->row.end(), collecting->made.line(collecting->y++));
+}
+
+// The next line of a picture that is filled from above.
+struct filling {
+    picture made;
+    unsigned char *next;
+};
+
+void fill_next(void *context, int line)
+{
+    auto *to = static_cast<filling *>(context);
+    to->next = line + 1 < to->made.height ? to->made.line(line + 1) : nullptr;
 }
 
 }  // namespace
@@ -124,6 +139,19 @@ picture resampled(const picture &source, int width, int height)
             ibilin_rgb_b(filter.get(), in[0], in[1], in[2], lines.at.data(), &lines.at[1], &lines.at[2]);
     }
     return made;
+}
+
+picture averaged(const picture &source, int width, int height, int kernel)
+{
+    const foreign<izat, izat_kill> filter(izat_new(kernel));
+    filling to{picture(width, height, source.channels), nullptr};
+    to.next = to.made.line(0);
+    if (!filter || izat_start(filter.get(), source.channels, source.height, source.width, height, width, fill_next, &to,
+                              source.channels, source.channels) == 0)
+        throw_report();
+    for (int y = 0; y < source.height; ++y)
+        izat_line_b(filter.get(), source.line(y), &to.next);
+    return std::move(to.made);
 }
 
 }  // namespace examples

@@ -1,7 +1,7 @@
 // job - pictures that pass by line by line: sharpened, resampled, filtered, filled, and taken through tables
 //
 //     photograph --(fusm)--> sharper photographs          photograph --(fir)--> what a filter leaves at the borders
-//     zone plate --(ibilin)--> smaller, larger
+//     zone plate --(ibilin, izat)--> smaller, larger
 //     maze --(flood)--> each pixel's place in the order of filling
 //     gradient --(CLUT, md_tetrab, md_tetrad)--> three answers, and how far they are from the formula
 
@@ -27,6 +27,9 @@ picture borders_of_filter(const picture &source, int radius);
 // Bilinear; one or three channels.
 picture resampled(const picture &source, int width, int height);
 
+// Averaged by area and taps; kernel: IZAT_AREA .. IZAT_LANCZOS3.
+picture averaged(const picture &source, int width, int height, int kernel);
+
 // ---- Pictures -------------------------------------------------------------------------------------------------------
 
 // Rings that become finer outwards, up to half a period a pixel at the edges. One channel.
@@ -39,6 +42,25 @@ picture magnified(const picture &source, int factor);
 
 // |a - b| times a factor, cut at 255.
 picture distance(const picture &a, const picture &b, int factor);
+
+// ---- Reducing -------------------------------------------------------------------------------------------------------
+
+struct reduction {
+    std::string name;
+    std::string function;  // of the library
+    picture half;
+    double kept;  // contrast where the rings are coarse enough for the new pixels, per cent of the plate's own there
+    double false_rings;  // the same where they are too fine: nothing should be left
+};
+
+struct reductions {
+    picture plate;
+    std::vector<reduction> made;
+};
+
+// A zone plate brought to half its size. Coarse enough is up to 0.8 of the frequency that the new pixels can show, across
+// and down, too fine is 1.2 times that and more.
+reductions reduce_zone_plate(int size);
 
 // ---- Filling --------------------------------------------------------------------------------------------------------
 
