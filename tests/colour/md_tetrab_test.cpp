@@ -12,16 +12,14 @@
 #include <cmath>
 #include <memory>
 
-using teska_test::Generator;
-using teska_test::lines;
-using teska_test::Reports;
+using namespace teska_test;
 
 namespace
 {
 
 using Bytes = std::vector<unsigned char>;
 using Coords = std::vector<int>;
-using Samples = teska_test::Samples<unsigned char>;
+using ByteSamples = Samples<unsigned char>;
 
 struct Shape {
     int N, M, R, L = 0, H = 255, E = 1;
@@ -57,7 +55,7 @@ struct Table {
 
     Bytes convert(const Bytes &pixel) const
     {
-        Samples in(pixel), out(Bytes(static_cast<std::size_t>(s.M)));
+        ByteSamples in(pixel), out(Bytes(static_cast<std::size_t>(s.M)));
         EXPECT_EQ(md_tetrab_interp(get(), in.at.data(), 1, out.at.data(), 1, 1, nullptr, 0), 1);
         return out.buffer;
     }
@@ -110,8 +108,8 @@ void expect_conversion(const Table &table, Generator &random)
     const int channels[] = {table.s.N, std::max(table.s.N, 4)}, in_channels = one_of(channels);
     const int in_steps[] = {1, 2, -3, 0, in_channels, in_channels};
     const int out_steps[] = {1, 2, -1, 0, table.s.M, table.s.M};
-    Samples in(in_channels, pixels, one_of(in_steps)), apart(table.s.M, pixels, one_of(out_steps), 77);
-    for (Samples *samples : {&in, &apart})
+    ByteSamples in(in_channels, pixels, one_of(in_steps)), apart(table.s.M, pixels, one_of(out_steps), 77);
+    for (ByteSamples *samples : {&in, &apart})
         std::swap(samples->at.front(), random.below(2) == 0 ? samples->at.front() : samples->at.back());
     for (int p = 0; p < pixels; ++p) {
         const bool repeat = p > 0 && random.below(64) < 16 * quarters;
@@ -127,7 +125,7 @@ void expect_conversion(const Table &table, Generator &random)
         mask[p] = random.below(64) < 16 * quarters ? mask[p - 1] : one_of(mask_bytes);
     const unsigned char *const masks[] = {nullptr, mask.data()}, *const used = one_of(masks);
 
-    Samples &out = table.s.M <= in_channels && in.step != 0 && random.below(3) == 0 ? in : apart;
+    ByteSamples &out = table.s.M <= in_channels && in.step != 0 && random.below(3) == 0 ? in : apart;
     Bytes expected = out.buffer;
     std::vector<unsigned char *> call(out.at.begin(), out.at.begin() + table.s.M), after, sources = in.at;
     const int counts[] = {-1, 0, pixels, pixels, pixels, pixels, pixels, pixels}, count = one_of(counts);
@@ -200,11 +198,11 @@ TEST(MdTetrabInterp, GivesTheSameBytesForAMillionRandomPixelsAtEveryLevel)
     for (const Shape &s : {Shape{3, 3, 17}, Shape{4, 4, 17}}) {
         const Table table(s);
         table.randomize(random);
-        Samples in(s.N, pixels, s.N);
+        ByteSamples in(s.N, pixels, s.N);
         std::generate(in.buffer.begin(), in.buffer.end(), [&] { return random.byte(); });
         Bytes scalar;
         at_every_setting([&] {
-            Samples out(s.M, pixels, s.M);
+            ByteSamples out(s.M, pixels, s.M);
             md_tetrab_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, pixels, nullptr, 0);
             scalar = scalar.empty() ? out.buffer : scalar;
             EXPECT_TRUE(out.buffer == scalar);
@@ -214,35 +212,33 @@ TEST(MdTetrabInterp, GivesTheSameBytesForAMillionRandomPixelsAtEveryLevel)
 
 TEST(MdTetrabInterp, GivesTheValuesComputedByHand)
 {
-    // One byte of an empty grid with one input is set, one pixel converted.
+    // Some bytes of an empty grid are set, one pixel is converted. Kept: each product is rounded, also of an even grid.
+    const std::vector<std::pair<int, int>> corners = {{1, 100}, {3, 50}, {4, 200}};
+    const auto even = [](int value) {
+        return std::vector<std::pair<int, int>>{{0, value}, {1, value}, {3, value}, {4, value}};
+    };
     const struct {
-        int R, at;
-        unsigned char value, pixel, result;
+        int R;
+        std::vector<std::pair<int, int>> vertices;
+        Bytes pixel;
+        int result;
     } rows[] = {
-        {2, 1, 200, 128, 100},   // 200 * 128 / 255 = 100.39
-        {2, 1, 200, 127, 100},   // 99.61
-        {3, 2, 255, 129, 2},     // doubles as they stand: (129 / 127.5 - 1) * 255 comes out just below 3
-        {17, 7, 255, 112, 249},  // just below 7 likewise: the lower vertex keeps 255 - 6
-        {14, 13, 255, 255, 255}, {27, 26, 255, 255, 255}, {32, 31, 255, 255, 255},  // 255 is the top vertex
+        {2, {{1, 200}}, {128}, 100},    // 200 * 128 / 255 = 100.39
+        {2, {{1, 200}}, {127}, 100},    // 99.61
+        {3, {{2, 255}}, {129}, 2},      // doubles as they are: (129 / 127.5 - 1) * 255 comes out just below 3
+        {17, {{7, 255}}, {112}, 249},   // just below 7 likewise: the lower vertex keeps 255 - 6
+        {14, {{13, 255}}, {255}, 255},  // 255 is the top vertex
+        {27, {{26, 255}}, {255}, 255},    {32, {{31, 255}}, {255}, 255},
+        {2, corners, {200, 60}, 27 + 47},  // over (1, 0): 50 * 140 / 255 = 27.45, 200 * 60 / 255 = 47.06
+        {2, corners, {60, 200}, 55 + 47},  // over (0, 1)
+        {2, even(0), {170, 85}, 0},       {2, even(1), {170, 85}, 0},  // three times round(85 / 255)
+        {2, even(255), {170, 85}, 255},
     };
     for (const auto &row : rows) {
-        const Table table({1, 1, row.R});
-        table.data[row.at] = row.value;
-        EXPECT_EQ(table.convert({row.pixel}), Bytes{row.result}) << row.R;
-    }
-}
-
-// Three times round(85 / 255); two paths from (0, 0) to (1, 1), over (1, 0) and over (0, 1).
-TEST(MdTetrabInterp, KeptRoundsEachProductOfAnEvenGrid)
-{
-    const Table table({2, 1, 2});
-    for (const auto &[at, value] : {std::pair{1, 100}, {3, 50}, {4, 200}})
-        table.data[at] = static_cast<unsigned char>(value);
-    EXPECT_EQ(table.convert({200, 60}), Bytes{27 + 47});  // 50 * 140 / 255 = 27.45, 200 * 60 / 255 = 47.06
-    EXPECT_EQ(table.convert({60, 200}), Bytes{55 + 47});
-    for (const auto &[v, result] : {std::pair{0, 0}, std::pair{1, 0}, std::pair{255, 255}}) {
-        std::fill_n(table.data, table.size, static_cast<unsigned char>(v));
-        EXPECT_EQ(table.convert({170, 85})[0], result);
+        const Table table({static_cast<int>(row.pixel.size()), 1, row.R});
+        for (const auto &[at, value] : row.vertices)
+            table.data[at] = static_cast<unsigned char>(value);
+        EXPECT_EQ(table.convert(row.pixel)[0], row.result) << "row " << &row - rows;
     }
 }
 
@@ -256,8 +252,10 @@ TEST(MdTetrabLut, ResetsTheCurvesToWhichItsPointersLead)
     EXPECT_EQ(table.convert({9}), Bytes{33});
     EXPECT_EQ(md_tetrab_LUT(table.get(), nullptr, nullptr), 1);
     EXPECT_EQ(table.convert({9}), Bytes{9});
-    for (const int outside : {-1, 1})
-        EXPECT_TRUE(!md_tetrab_ilutptr(table.get(), outside) && !md_tetrab_olutptr(table.get(), outside));
+    for (const int outside : {-1, 1}) {
+        EXPECT_EQ(md_tetrab_ilutptr(table.get(), outside), nullptr);
+        EXPECT_EQ(md_tetrab_olutptr(table.get(), outside), nullptr);
+    }
 }
 
 TEST(MdTetrabScanVertex, WalksTheFilledVerticesFirstCoordinateFastest)

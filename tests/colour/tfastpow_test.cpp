@@ -2,18 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <climits>
-
-namespace
-{
-
-unsigned short power(int base_bits, int exponent_bits, int base, int exponent)
-{
-    return TFastPow(base_bits, exponent_bits)
-        .Calculate(static_cast<unsigned short>(base), static_cast<unsigned short>(exponent));
-}
-
-}  // namespace
 
 TEST(TFastPow, CutsPowersOfTheHighestBits)
 {
@@ -23,8 +13,11 @@ TEST(TFastPow, CutsPowersOfTheHighestBits)
         {12, 4, 0x0010, 0x1000, 37640}, {5, 6, 0, 1023, 65535},         {5, 6, 0, 1024, 0},
         {INT_MIN, 0, 0x7fff, 32768, 0}, {-1, 1, 0x7fff, 0x7fff, 65535}, {INT_MAX, 1, 3, 65535, 3},
         {16, 1, 0x1234, 0x8000, 4660},  {3, 2, 0x3fff, 0x8000, 17909},  {12, 4, 0xffef, 0xefff, 65520}};
-    for (const auto &[base_bits, exponent_bits, base, exponent, result] : cases)
-        EXPECT_EQ(power(base_bits, exponent_bits, base, exponent), result) << base_bits << ", " << exponent_bits;
+    for (const auto &[base_bits, exponent_bits, of, to, result] : cases) {
+        const auto base = static_cast<unsigned short>(of), exponent = static_cast<unsigned short>(to);
+        EXPECT_EQ(TFastPow(base_bits, exponent_bits).Calculate(base, exponent), result)
+            << base_bits << ", " << exponent_bits;
+    }
 }
 
 TEST(MultiCalculate, TakesPairsInPlaceAndNothingFromNone)
@@ -32,7 +25,7 @@ TEST(MultiCalculate, TakesPairsInPlaceAndNothingFromNone)
     TFastPow table(8, 8);
     unsigned short bases[] = {0x8000, 0, 65535, 7}, exponents[] = {65535, 0, 5, 7};
     EXPECT_EQ(table.MultiCalculate(3, bases, exponents, bases), 0);
-    EXPECT_TRUE(bases[0] == 32896 && bases[1] == 65535 && bases[2] == 65535 && bases[3] == 7);
-    EXPECT_EQ(table.MultiCalculate(0, nullptr, nullptr, nullptr), 0);
-    EXPECT_EQ(table.MultiCalculate(INT_MIN, nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(std::to_array(bases), (std::array<unsigned short, 4>{32896, 65535, 65535, 7}));
+    for (const int count : {0, INT_MIN})
+        EXPECT_EQ(table.MultiCalculate(count, nullptr, nullptr, nullptr), 0);
 }

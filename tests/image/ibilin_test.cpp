@@ -14,12 +14,12 @@
 #include <memory>
 #include <vector>
 
-using teska_test::Generator;
-using teska_test::lines;
-using teska_test::Reports;
+using namespace teska_test;
 
 namespace
 {
+
+using Record = std::unique_ptr<ibilin, int (*)(ibilin *)>;
 
 std::function<void(int)> on_line;
 
@@ -115,7 +115,7 @@ private:
     int delivered_ = 0;
 };
 
-// Where the components of a line stand: one buffer if they are interleaved, as short as it can be. Interleaved ones may
+// Where the components of a line are: one buffer if they are interleaved, as short as it can be. Interleaved ones may
 // be the other way round.
 template <class T>
 struct Line {
@@ -143,7 +143,7 @@ void expect_image(const Shape &s, const std::vector<int> &calls, Generator &rand
     SCOPED_TRACE(testing::Message() << s.n << " components of " << sizeof(T) << ", " << s.source_width << " x "
                                     << s.source_lines << " to " << s.width << " x " << s.lines << ", steps "
                                     << s.in_step << ", " << s.out_step);
-    const std::unique_ptr<ibilin, int (*)(ibilin *)> record(ibilin_new(0), ibilin_kill);
+    const Record record(ibilin_new(0), ibilin_kill);
     ASSERT_EQ(start(record.get(), s), 1);
     Model<T> model(s);
     const bool reversed = random.below(4) == 0;
@@ -191,7 +191,7 @@ std::pair<int, int> sizes(Generator &random, int limit)
 
 TEST(Ibilin, EqualsTheRuleInFloatingPointAtEveryLevel)
 {
-    teska_test::at_every_level([](teska::simd_level) {
+    at_every_level([](teska::simd_level) {
         Generator random(73);
         for (const auto &layout : layouts)
             for (int i = 0; i < 40 && !testing::Test::HasFatalFailure(); ++i) {
@@ -230,7 +230,7 @@ TEST(Ibilin, KeptBlendsTheLastTwoLinesBehindTheLastOne)
                 {{9}, {9, 9, 9}},
                 {{10, 20, 30, 40}, {10, 30}},
                 {{65535, 0}, {65535, 43690, 21845, 65535, 43690, 21845}}};
-    const std::unique_ptr<ibilin, int (*)(ibilin *)> record(ibilin_new(5), ibilin_kill);
+    const Record record(ibilin_new(5), ibilin_kill);
     for (const auto &row : rows) {
         std::vector<unsigned short> result;
         unsigned short sample = 0, *out = &sample;
@@ -245,7 +245,7 @@ TEST(Ibilin, KeptBlendsTheLastTwoLinesBehindTheLastOne)
 TEST(IbilinStart, RefusesSizesAndThenIgnoresLines)
 {
     Reports reports;
-    const std::unique_ptr<ibilin, int (*)(ibilin *)> record(ibilin_new(0), ibilin_kill);
+    const Record record(ibilin_new(0), ibilin_kill);
     on_line = [](int) { ADD_FAILURE() << "called"; };
     unsigned char line[1] = {}, *out = line;
     EXPECT_EQ(ibilin_mono_b(record.get(), line, &out), 1);
