@@ -20,7 +20,7 @@
 namespace
 {
 
-TEST(Application, UsesEveryModuleFromC) { EXPECT_STREQ(use_every_module(), nullptr); }
+TEST(Application, UsesEverySubsystemFromC) { EXPECT_STREQ(use_every_subsystem(), nullptr); }
 
 // The library reports through the same copy of the companion that the application holds, and a fatal error ends where
 // the host says: the exception passes through frames of two of the shared libraries.
@@ -140,26 +140,6 @@ TEST(Application, TakesPowersRandomNumbersAndConstants)
     const int &modulus = TRan3::MBIG;
     EXPECT_EQ(noise.Generate(), static_cast<float>(298227348 * TRan3::FAC));
     EXPECT_EQ(modulus, 1000000000);
-}
-
-TEST(Application, FindsTheColoursOfASection)
-{
-    const TPlane section(101, 101, TPlane::ConstLPlane, 50, -100, 100, -100, 100);
-    double lab[3];
-    section.GetLab(100, 0, lab, false);
-    EXPECT_TRUE(lab[0] == 50 && lab[1] == 100 && lab[2] == 100);
-}
-
-TEST(Application, AsksWhatIsInsideAHull)
-{
-    TConvexHull hull;
-    for (const double x : {0, 100})
-        for (const double y : {0, 50})
-            for (const double z : {0, 20})
-                hull.AddPoint(x, y, z);
-    EXPECT_EQ(hull.Construct(), 0);
-    const TConvexHull same = hull;
-    EXPECT_TRUE(same.InsideHull(99, 1, 19) == 1 && same.InsideHull(99, 1, 21) == 0);
 }
 
 struct DrawnSurface : TTriangularTopSurface {

@@ -6,8 +6,8 @@
 extern "C" {
 #endif
 
-/* Uses every module once. Returns NULL, or the text of the first condition that did not hold. */
-const char *use_every_module(void);
+/* Calls every subsystem. Returns NULL, or the text of the first condition that did not hold. */
+const char *use_every_subsystem(void);
 
 #ifdef __cplusplus
 }
