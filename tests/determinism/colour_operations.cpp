@@ -7,6 +7,8 @@
 #include "md_tetras.h"
 #include "mmd_tetras.h"
 
+#include <memory>
+
 namespace teska_test
 {
 
@@ -15,7 +17,7 @@ namespace
 
 // Values and points reach a little beyond 0 .. 1.
 template <std::size_t Inputs, std::size_t Outputs, int Points>
-void clut(Generator &input, Digest &digest)
+Operation::Run clut(Generator &input)
 {
     std::size_t size = Outputs;
     for (std::size_t k = 0; k < Inputs; ++k)
@@ -23,69 +25,72 @@ void clut(Generator &input, Digest &digest)
     std::vector<float> values(size);
     for (float &value : values)
         value = static_cast<float>(input.between(-0.1, 1.1));
-    OwnedClut table(std::vector<unsigned char>(Inputs, Points), Outputs, values);
-
-    double in[Inputs];
-    double out[Outputs];
-    for (int i = 0; i < 1000; ++i) {
-        for (double &x : in)
-            x = i % 10 == 0 ? input.below(5) / 4.0 : input.between(-0.1, 1.1);
-        table.Interpolate(out, in);
-        digest.add(out, sizeof out);
-        if (Inputs == 3) {
+    const auto table = std::make_shared<OwnedClut>(std::vector<unsigned char>(Inputs, Points), Outputs, values);
+    return [table](Generator &at, Digest &digest) {
+        double in[Inputs];
+        double out[Outputs];
+        for (int i = 0; i < 1000; ++i) {
             for (double &x : in)
-                x = input.unit();
-            table.Interp3d(out, in);
+                x = i % 10 == 0 ? at.below(5) / 4.0 : at.between(-0.1, 1.1);
+            table->Interpolate(out, in);
             digest.add(out, sizeof out);
+            if (Inputs == 3) {
+                for (double &x : in)
+                    x = at.unit();
+                table->Interp3d(out, in);
+                digest.add(out, sizeof out);
+            }
         }
-    }
+    };
 }
 
 // A table of random vertices and curves converts random pixels; then it is expanded.
 template <int Inputs, int Outputs, int Points, int Low = 0, int High = 255, int Extension = 1>
-void tetrab(Generator &input, Digest &digest)
+Operation::Run tetrab(Generator &input)
 {
-    md_tetrab *table = md_tetrab_new_special(Inputs, Outputs, Points, Low, High, Extension);
+    const std::shared_ptr<md_tetrab> table(md_tetrab_new_special(Inputs, Outputs, Points, Low, High, Extension),
+                                           md_tetrab_kill);
     int size = 0;
-    unsigned char *data = md_tetrab_dataptr(table, &size);
+    unsigned char *data = md_tetrab_dataptr(table.get(), &size);
     for (int i = 0; i < size; ++i)
         data[i] = input.byte();
     for (int v = 0; v < 256; ++v)
-        md_tetrab_ilutptr(table, 0)[v] = md_tetrab_olutptr(table, Outputs - 1)[v] = input.byte();
+        md_tetrab_ilutptr(table.get(), 0)[v] = md_tetrab_olutptr(table.get(), Outputs - 1)[v] = input.byte();
+    return [table](Generator &at, Digest &digest) {
+        Samples<unsigned char> in(Inputs, 1000, Inputs), out(Outputs, 1000, Outputs);
+        for (unsigned char &byte : in.buffer)
+            byte = at.byte();
+        md_tetrab_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, 1000, nullptr, 0);
+        digest.add(out.buffer.data(), out.buffer.size());
 
-    Samples<unsigned char> in(Inputs, 1000, Inputs), out(Outputs, 1000, Outputs);
-    for (unsigned char &byte : in.buffer)
-        byte = input.byte();
-    md_tetrab_interp(table, in.at.data(), in.step, out.at.data(), out.step, 1000, nullptr, 0);
-    digest.add(out.buffer.data(), out.buffer.size());
-
-    for (const int resolution : {2 * Points - 1, Points + 1}) {
-        md_tetrab *expanded = md_tetrab_expand(table, resolution);
-        data = md_tetrab_dataptr(expanded, &size);
-        digest.add(data, static_cast<std::size_t>(size));
-        md_tetrab_kill(expanded);
-    }
-    md_tetrab_kill(table);
+        for (const int resolution : {2 * Points - 1, Points + 1}) {
+            int expanded_size = 0;
+            md_tetrab *expanded = md_tetrab_expand(table.get(), resolution);
+            const unsigned char *vertices = md_tetrab_dataptr(expanded, &expanded_size);
+            digest.add(vertices, static_cast<std::size_t>(expanded_size));
+            md_tetrab_kill(expanded);
+        }
+    };
 }
 
 // A table of random vertices evaluates points, some of them on vertices and a little outside.
 template <int Inputs, int Outputs, int Points>
-void tetrad(Generator &input, Digest &digest)
+Operation::Run tetrad(Generator &input)
 {
-    const double lo = -20.0;
-    const double hi = 100.0;
-    md_tetrad *table = md_tetrad_new(Inputs, Outputs, Points, lo, hi);
+    constexpr double lo = -20.0;
+    constexpr double hi = 100.0;
+    const std::shared_ptr<md_tetrad> table(md_tetrad_new(Inputs, Outputs, Points, lo, hi), md_tetrad_kill);
     int size = 0;
-    double *data = md_tetrad_dataptr(table, &size);
+    double *data = md_tetrad_dataptr(table.get(), &size);
     for (int i = 0; i < size; ++i)
         data[i] = input.between(-1.0, 1.0);
-
-    Samples<double> in(Inputs, 1000, Inputs), out(Outputs, 1000, Outputs);
-    for (double &x : in.buffer)
-        x = input.below(8) == 0 ? input.below(Points) * ((hi - lo) / (Points - 1)) + lo : input.between(lo - 1, hi + 1);
-    md_tetrad_interp(table, in.at.data(), in.step, out.at.data(), out.step, 1000);
-    digest.add(out.buffer.data(), out.buffer.size() * sizeof(double));
-    md_tetrad_kill(table);
+    return [table](Generator &at, Digest &digest) {
+        Samples<double> in(Inputs, 1000, Inputs), out(Outputs, 1000, Outputs);
+        for (double &x : in.buffer)
+            x = at.below(8) == 0 ? at.below(Points) * ((hi - lo) / (Points - 1)) + lo : at.between(lo - 1, hi + 1);
+        md_tetrad_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, 1000);
+        digest.add(out.buffer.data(), out.buffer.size() * sizeof(double));
+    };
 }
 
 // Entries of a curve.
@@ -139,29 +144,31 @@ void tetras(Generator &input, Digest &digest)
 
 // Three tables, chosen by tag, all, and blended.
 template <int Inputs, int Outputs, int Points>
-void tetras_set(Generator &input, Digest &digest)
+Operation::Run tetras_set(Generator &input)
 {
-    mmd_tetras *set = mmd_tetras_new(3, Inputs, Outputs, Points);
+    const std::shared_ptr<mmd_tetras> set(mmd_tetras_new(3, Inputs, Outputs, Points), mmd_tetras_kill);
     for (int k = 0; k < 3; ++k) {
         int size = 0;
-        unsigned short *data = mmd_tetras_dataptr(set, k, &size);
+        unsigned short *data = mmd_tetras_dataptr(set.get(), k, &size);
         fill(input, data, size);
     }
-    mmd_tetras_olut_set(set, 1, Outputs - 1, 9, curve(input, 9).data());
-    Samples<unsigned short> in(Inputs, 500, Inputs), out(3 * Outputs, 500, 3 * Outputs);
-    for (unsigned short &sample : in.buffer)
-        sample = static_cast<unsigned short>(input.next() >> 48);
-    std::vector<unsigned char> tags(500);
-    for (unsigned char &tag : tags)
-        tag = static_cast<unsigned char>(input.below(4));
-    const std::vector<unsigned short> weights = curve(input, 500);
-    mmd_tetras_interp_all(set, in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500);
-    digest.add(out.buffer.data(), 2 * out.buffer.size());
-    mmd_tetras_interp_tag(set, in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500, tags.data());
-    digest.add(out.buffer.data(), 2 * out.buffer.size());
-    mmd_tetras_interp_mix(set, 2, 1, in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500, weights.data(), 0);
-    digest.add(out.buffer.data(), 2 * out.buffer.size());
-    mmd_tetras_kill(set);
+    mmd_tetras_olut_set(set.get(), 1, Outputs - 1, 9, curve(input, 9).data());
+    return [set](Generator &at, Digest &digest) {
+        Samples<unsigned short> in(Inputs, 500, Inputs), out(3 * Outputs, 500, 3 * Outputs);
+        for (unsigned short &sample : in.buffer)
+            sample = static_cast<unsigned short>(at.next() >> 48);
+        std::vector<unsigned char> tags(500);
+        for (unsigned char &tag : tags)
+            tag = static_cast<unsigned char>(at.below(4));
+        const std::vector<unsigned short> weights = curve(at, 500);
+        mmd_tetras_interp_all(set.get(), in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500);
+        digest.add(out.buffer.data(), 2 * out.buffer.size());
+        mmd_tetras_interp_tag(set.get(), in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500, tags.data());
+        digest.add(out.buffer.data(), 2 * out.buffer.size());
+        mmd_tetras_interp_mix(set.get(), 2, 1, in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500, weights.data(),
+                              0);
+        digest.add(out.buffer.data(), 2 * out.buffer.size());
+    };
 }
 
 const Operation operations[] = {

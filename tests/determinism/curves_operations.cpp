@@ -7,6 +7,7 @@
 #include "interp_double.h"
 
 #include <cstdlib>
+#include <memory>
 
 namespace teska_test
 {
@@ -105,20 +106,21 @@ void add_values(Digest &digest, const lin_interp_double *li, Generator &input)
     }
 }
 
-void curve_values(Generator &input, Digest &digest)
+Operation::Run curve_values(Generator &input)
 {
-    lin_interp_double *li = lin_interp_double_new(16, nullptr);
+    using Curve = std::shared_ptr<lin_interp_double>;
+    const Curve li(lin_interp_double_new(16, nullptr), lin_interp_double_kill);
     // Two statements: compilers differ in which argument they compute first.
     for (int i = 0; i < 200; ++i) {
         const double x = input.between(-1, 1);
-        lin_interp_double_insert(li, x, input.between(-1, 1));
+        lin_interp_double_insert(li.get(), x, input.between(-1, 1));
     }
-    lin_interp_double *inverse = lin_interp_double_invert(li, nullptr);
-    add_values(digest, li, input);
-    add_points(digest, inverse);
-    add_values(digest, inverse, input);
-    lin_interp_double_kill(inverse);
-    lin_interp_double_kill(li);
+    const Curve inverse(lin_interp_double_invert(li.get(), nullptr), lin_interp_double_kill);
+    return [=](Generator &at, Digest &digest) {
+        add_values(digest, li.get(), at);
+        add_points(digest, inverse.get());
+        add_values(digest, inverse.get(), at);
+    };
 }
 
 void nearest_points(Generator &input, Digest &digest)

@@ -148,28 +148,31 @@ int five_inks(void *, const double *device, double *colour)
     return 0;
 }
 
-const Operation top_surface("TTriangularTopSurface, five inks", [](Generator &input, Digest &digest) {
+const Operation top_surface("TTriangularTopSurface, five inks", [](Generator &) -> Operation::Run {
     const double levels[] = {1.0, 0.8, 0.45, 0.2, 0.0};
     const double *of[] = {levels, levels, levels, levels, levels};
     int counts[] = {5, 5, 5, 5, 5};
-    TTriangularTopSurface top(5, of, counts, counts, 0, five_inks, 61, 61);
-    double xyz[3][3], own[3][3];
-    for (int more = top.ScanTriangles(1, xyz, own); more >= 0; more = top.ScanTriangles(0, xyz, own)) {
-        digest.add(xyz, sizeof xyz);
-        digest.add(own, sizeof own);
-    }
-    for (int more = top.ScanMaskedTriangles(1, xyz); more >= 0; more = top.ScanMaskedTriangles(0, xyz))
-        digest.add(xyz, sizeof xyz);
-    for (int i = 0; i < 300; ++i) {
-        const double colour[3] = {input.between(0.1, 2.3), input.between(-0.5, 0.5), input.between(-0.5, 0.5)};
-        double norm[6], penalty[2];
-        top.DetermineNormCoord(colour, norm, penalty, 1);
-        top.DetermineNormCoordMinGam(colour, norm + 3, penalty + 1, 1);
-        for (const double value : norm) {
-            const double rounded = std::floor(value * 1e6 + 0.5);
-            digest.add(&rounded, sizeof rounded);
+    const auto top = std::make_shared<TTriangularTopSurface>(5, of, counts, counts, 0, five_inks, 61, 61);
+    return [top](Generator &input, Digest &digest) {
+        TTriangularTopSurface scanned(*top);
+        double xyz[3][3], own[3][3];
+        for (int more = scanned.ScanTriangles(1, xyz, own); more >= 0; more = scanned.ScanTriangles(0, xyz, own)) {
+            digest.add(xyz, sizeof xyz);
+            digest.add(own, sizeof own);
         }
-    }
+        for (int more = scanned.ScanMaskedTriangles(1, xyz); more >= 0; more = scanned.ScanMaskedTriangles(0, xyz))
+            digest.add(xyz, sizeof xyz);
+        for (int i = 0; i < 300; ++i) {
+            const double colour[3] = {input.between(0.1, 2.3), input.between(-0.5, 0.5), input.between(-0.5, 0.5)};
+            double norm[6], penalty[2];
+            top->DetermineNormCoord(colour, norm, penalty, 1);
+            top->DetermineNormCoordMinGam(colour, norm + 3, penalty + 1, 1);
+            for (const double value : norm) {
+                const double rounded = std::floor(value * 1e6 + 0.5);
+                digest.add(&rounded, sizeof rounded);
+            }
+        }
+    };
 });
 
 }  // namespace

@@ -10,6 +10,7 @@
 
 #include "support/generator.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,19 +20,24 @@ namespace teska_test
 class Operation
 {
 public:
-    using Run = void (*)(Generator &input, Digest &digest);
+    using Run = std::function<void(Generator &input, Digest &digest)>;
 
     // Registers itself; the generator's seed comes from the name.
-    Operation(const char *name, Run run);
+    Operation(const char *name, void (*run)(Generator &input, Digest &digest));
+    // Makes one object, and what runs does not change it: any number of threads may run it at once.
+    Operation(const char *name, Run (*make)(Generator &input));
 
     const std::string &name() const { return name_; }
     std::uint64_t digest() const;
+    // Runs on a new object, the same each time; empty when the operation has none.
+    Run on_one_object() const;
 
     static const std::vector<Operation> &all();
 
 private:
     std::string name_;
-    Run run_;
+    Run run_ = nullptr;
+    Run (*make_)(Generator &input) = nullptr;
 };
 
 }  // namespace teska_test

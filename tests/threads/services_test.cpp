@@ -5,6 +5,7 @@
 #include "dynar.h"
 #include "error_mess.h"
 #include "hash_tab.h"
+#include "hist.h"
 #include "itemfifo.h"
 #include "list.h"
 #include "rom.h"
@@ -19,6 +20,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -186,6 +188,51 @@ TEST(ErrorMess, PrintsWholeLinesWhileThreadsChangeTheModes)
         const std::string name(1, line[line.size() > 2 ? line.size() - 2 : 0]);
         EXPECT_EQ(line, (line[0] == 'E' ? "ERROR : '" : "WARNING  : '") + name + "'");
     }
+}
+
+// Calls that fail in all threads at once: every thread gets its own lines, and the queue of the process every line once.
+std::vector<std::string> pending()
+{
+    std::vector<std::string> lines;
+    while (const char *line = error_get())
+        lines.emplace_back(line);
+    return lines;
+}
+
+std::string told(int thread, int round)
+{
+    return "thread " + std::to_string(thread) + " round " + std::to_string(round);
+}
+
+TEST(FailingCalls, GiveEachThreadItsOwnLines)
+{
+    in_threads(threads, [&](int thread) {
+        const int before = error_set_thread(2);
+        for (int round = 0; round < 50; ++round) {
+            error_mess_fl(told(thread, round).c_str(), __FILE__, __LINE__);
+            EXPECT_EQ(hist_new(5, 0), nullptr);
+            const std::vector<std::string> lines = pending();
+            ASSERT_EQ(lines.size(), 2U);
+            EXPECT_EQ(lines[0], "ERROR : '" + told(thread, round) + "'");
+            EXPECT_EQ(lines[1], "ERROR : 'hist_new: illegal bounds'");
+        }
+        error_set_thread(before);
+    });
+}
+
+TEST(FailingCalls, QueueEveryLineOfTheProcessOnce)
+{
+    const int before = error_set(2);
+    in_threads(threads, [](int thread) {
+        for (int round = 0; round < 50; ++round)
+            error_mess_fl(told(thread, round).c_str(), __FILE__, __LINE__);
+    });
+    const std::vector<std::string> lines = pending();
+    const std::set<std::string> different(lines.begin(), lines.end());
+    EXPECT_EQ(lines.size(), static_cast<std::size_t>(threads * 50));
+    EXPECT_EQ(different.size(), lines.size());
+    EXPECT_EQ(different.count("ERROR : '" + told(3, 49) + "'"), 1U);
+    error_set(before);
 }
 
 }  // namespace

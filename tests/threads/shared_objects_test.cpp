@@ -6,21 +6,16 @@
 
 #include "bezierd_base.h"
 #include "bezierd_vector.h"
-#include "func.h"
+#include "determinism/operations.h"
 #include "hist.h"
-#include "interp_double.h"
 #include "mat.h"
-#include "md_tetrab.h"
-#include "md_tetrad.h"
 #include "md_tetras.h"
-#include "mmd_tetras.h"
 #include "restriction.h"
 #include "tconvexhull.h"
 #include "tetra.h"
 #include "tfastpow.h"
 #include "threads/in_threads.h"
 #include "tplane.h"
-#include "ttriangulartopsurface.h"
 
 #include <gtest/gtest.h>
 
@@ -31,6 +26,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace teska_test
@@ -40,15 +36,9 @@ namespace
 {
 
 constexpr int threads = 4;
-constexpr int rounds = 20;
+constexpr int rounds = 10;
 
-// Evaluates one object at inputs of the generator and adds the results to the digest.
-using Evaluation = std::function<void(Generator &input, Digest &digest)>;
-
-struct Shared {
-    std::string name;
-    std::function<Evaluation()> make;  // a new object, the same each time
-};
+using Evaluation = Operation::Run;
 
 template <class T>
 void add(Digest &digest, const T &value)
@@ -56,87 +46,43 @@ void add(Digest &digest, const T &value)
     digest.add(&value, sizeof value);
 }
 
-Evaluation clut(int inputs)
+// More inputs than have all their weights at once.
+Evaluation wide_clut()
 {
-    Generator input(static_cast<std::uint64_t>(inputs));
-    const int points = inputs > 4 ? 2 : 5;
-    std::vector<float> values(static_cast<std::size_t>(3 * std::pow(points, inputs)));
+    Generator input(11);
+    std::vector<float> values(3U << 11);
     for (float &value : values)
         value = static_cast<float>(input.unit());
-    const std::vector<unsigned char> counts(static_cast<std::size_t>(inputs), static_cast<unsigned char>(points));
-    const auto table = std::make_shared<OwnedClut>(counts, 3, values);
-    return [table, inputs](Generator &at, Digest &digest) {
+    const auto table = std::make_shared<OwnedClut>(std::vector<unsigned char>(11, 2), 3, values);
+    return [table](Generator &at, Digest &digest) {
         for (int i = 0; i < 20; ++i) {
-            std::array<double, 16> in{};
-            std::array<double, 3> out{};
-            for (int d = 0; d < inputs; ++d)
-                in[static_cast<std::size_t>(d)] = at.unit();
+            std::array<double, 11> in;
+            std::array<double, 3> out;
+            for (double &x : in)
+                x = at.unit();
             table->Interpolate(out.data(), in.data());
             add(digest, out);
         }
     };
 }
 
-Evaluation tetrab(int inputs, bool curved)
-{
-    Generator input(static_cast<std::uint64_t>(inputs));
-    const std::shared_ptr<md_tetrab> table(md_tetrab_new(inputs, 3, 5), md_tetrab_kill);
-    int size = 0;
-    unsigned char *const data = md_tetrab_dataptr(table.get(), &size);
-    for (int i = 0; i < size; ++i)
-        data[i] = input.byte();
-    for (int v = 0; curved && v < 256; ++v)
-        md_tetrab_ilutptr(table.get(), 0)[v] = md_tetrab_olutptr(table.get(), 1)[v] = input.byte();
-    return [table, inputs](Generator &at, Digest &digest) {
-        Samples<unsigned char> in(inputs, 100, inputs), out(3, 100, 3);
-        for (unsigned char &byte : in.buffer)
-            byte = at.byte();
-        md_tetrab_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, 100, nullptr, 0);
-        digest.add(out.buffer.data(), out.buffer.size());
-    };
-}
-
-Evaluation tetrad(int inputs)
-{
-    Generator input(static_cast<std::uint64_t>(inputs));
-    const std::shared_ptr<md_tetrad> table(md_tetrad_new(inputs, 2, 4, 0, 1), md_tetrad_kill);
-    int size = 0;
-    double *const data = md_tetrad_dataptr(table.get(), &size);
-    for (int i = 0; i < size; ++i)
-        data[i] = input.unit();
-    return [table, inputs](Generator &at, Digest &digest) {
-        Samples<double> in(inputs, 50, inputs), out(2, 50, 2);
-        for (double &x : in.buffer)
-            x = at.unit();
-        md_tetrad_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, 50);
-        digest.add(out.buffer.data(), out.buffer.size() * sizeof(double));
-    };
-}
-
-// A table with curves and a set of three.
+// A table with curves.
 Evaluation tetras(int inputs)
 {
     Generator input(static_cast<std::uint64_t>(inputs));
     const std::shared_ptr<md_tetras> table(md_tetras_new(inputs, 3, 4), md_tetras_kill);
-    const std::shared_ptr<mmd_tetras> set(mmd_tetras_new(3, inputs, 3, 4), mmd_tetras_kill);
     int size = 0;
     unsigned short *const data = md_tetras_dataptr(table.get(), &size);
     for (int i = 0; i < size; ++i)
-        data[i] = mmd_tetras_dataptr(set.get(), i % 3, nullptr)[i] = static_cast<unsigned short>(input.next());
+        data[i] = static_cast<unsigned short>(input.next());
     const unsigned short entries[] = {65535, 100, 30000};
     md_tetras_ilut_set(table.get(), 0, 3, entries);
     md_tetras_olut_set(table.get(), 2, 3, entries);
-    return [table, set, inputs](Generator &at, Digest &digest) {
-        Samples<unsigned short> in(inputs, 100, inputs), out(9, 100, 9);
-        std::vector<unsigned char> tags(100);
+    return [table, inputs](Generator &at, Digest &digest) {
+        Samples<unsigned short> in(inputs, 100, inputs), out(3, 100, 3);
         for (unsigned short &sample : in.buffer)
             sample = static_cast<unsigned short>(at.next());
-        for (unsigned char &tag : tags)
-            tag = static_cast<unsigned char>(at.below(3));
-        mmd_tetras_interp_all(set.get(), in.at.data(), in.step, out.at.data(), out.step, 100);
-        mmd_tetras_interp_tag(set.get(), in.at.data(), in.step, out.at.data(), out.step, 50, tags.data());
-        md_tetras_interp(table.get(), in.at.data(), in.step, out.at.data() + 3, out.step, 100, nullptr, 0);
-        mmd_tetras_interp_mix(set.get(), 0, 2, in.at.data(), in.step, out.at.data() + 6, out.step, 100, nullptr, 9999);
+        md_tetras_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, 100, nullptr, 0);
         digest.add(out.buffer.data(), 2 * out.buffer.size());
     };
 }
@@ -179,22 +125,17 @@ Evaluation segment()
     };
 }
 
-Evaluation line_through_points()
+Evaluation histogram()
 {
     Generator input(6);
-    const std::shared_ptr<lin_interp_double> li(lin_interp_double_new(16, nullptr), lin_interp_double_kill);
     const std::shared_ptr<hist> h(hist_new(0, 99), hist_kill);
     for (int i = 0; i < 100; ++i) {
-        const double x = input.unit();
-        lin_interp_double_insert(li.get(), x, input.unit());
         const int value = input.below(100);
         hist_point(h.get(), &value, 1);
     }
-    return [li, h](Generator &at, Digest &digest) {
-        std::array<double, 4> r{};
-        lin_interp_double_inter(li.get(), at.unit(), &r[0]);
-        lin_interp_double_inextp(li.get(), at.between(-1, 2), &r[1]);
-        hist_med(h.get(), &r[2], &r[3]);
+    return [h](Generator &at, Digest &digest) {
+        std::array<double, 2> r{};
+        hist_med(h.get(), &r[0], &r[1]);
         add(digest, r);
         add(digest, hist_percentile(h.get(), at.between(0, 100)));
     };
@@ -263,33 +204,6 @@ Evaluation volume()
     };
 }
 
-int three_inks(void *, const double *device, double *colour)
-{
-    colour[0] = 95 - 30 * device[0] - 40 * device[1] - 8 * device[2];
-    colour[1] = -35 * device[0] + 75 * device[1] - 5 * device[2];
-    colour[2] = -50 * device[0] - 5 * device[1] + 90 * device[2];
-    return 0;
-}
-
-Evaluation umbrella()
-{
-    const double levels[] = {1.0, 0.5, 0.0};
-    const double *of[] = {levels, levels, levels};
-    int counts[] = {3, 3, 3};
-    const auto top = std::make_shared<TTriangularTopSurface>(3, of, counts, counts, 0, three_inks, 61, 61);
-    return [top](Generator &at, Digest &digest) {
-        for (int i = 0; i < 10; ++i) {
-            const std::array<double, 3> colour = {at.between(30, 90), at.between(-40, 40), at.between(-40, 40)};
-            std::array<double, 6> norm{};
-            std::array<double, 2> penalty{};
-            top->DetermineNormCoord(colour.data(), norm.data(), penalty.data(), 1);
-            top->DetermineNormCoordMinGam(colour.data(), norm.data() + 3, penalty.data() + 1, 1);
-            add(digest, norm);
-            add(digest, penalty);
-        }
-    };
-}
-
 Evaluation powers()
 {
     const auto power = std::make_shared<TFastPow>(8, 8);
@@ -299,28 +213,17 @@ Evaluation powers()
     };
 }
 
-const Shared objects[] = {
-    {"CLUT 1", [] { return clut(1); }},
-    {"CLUT 2", [] { return clut(2); }},
-    {"CLUT 3", [] { return clut(3); }},
-    {"CLUT 4", [] { return clut(4); }},
-    {"CLUT 7", [] { return clut(7); }},
-    {"CLUT 11", [] { return clut(11); }},
-    {"md_tetrab 3", [] { return tetrab(3, false); }},
-    {"md_tetrab 4, curves", [] { return tetrab(4, true); }},
-    {"md_tetrab 6, curves", [] { return tetrab(6, true); }},
-    {"md_tetrad 3", [] { return tetrad(3); }},
-    {"md_tetrad 6", [] { return tetrad(6); }},
-    {"md_tetrad 8", [] { return tetrad(8); }},
-    {"md_tetras, mmd_tetras 3", [] { return tetras(3); }},
-    {"md_tetras, mmd_tetras 6", [] { return tetras(6); }},
+// A new object, the same each time.
+const std::pair<std::string, std::function<Evaluation()>> objects[] = {
+    {"CLUT 11", wide_clut},
+    {"md_tetras 3", [] { return tetras(3); }},
+    {"md_tetras 6", [] { return tetras(6); }},
     {"mat", linear_system},
     {"bezier", segment},
-    {"lin_interp_double, hist", line_through_points},
+    {"hist", histogram},
     {"restriction", restricted},
     {"TConvexHull, TPlane", hull_and_section},
     {"tetra_volume", volume},
-    {"TTriangularTopSurface", umbrella},
     {"TFastPow", powers},
 };
 
@@ -336,17 +239,29 @@ std::vector<std::uint64_t> evaluate(const Evaluation &evaluation, int thread)
     return results;
 }
 
+// Two objects alike: what the first call makes on demand is made by one thread in one, by all in the other.
+void compare(const Evaluation &alone, const Evaluation &shared)
+{
+    std::vector<std::vector<std::uint64_t>> together(threads);
+    in_threads(threads, [&](int thread) { together[static_cast<std::size_t>(thread)] = evaluate(shared, thread); });
+    for (int thread = 0; thread < threads; ++thread)
+        EXPECT_EQ(together[static_cast<std::size_t>(thread)], evaluate(alone, thread)) << "thread " << thread;
+}
+
 TEST(SharedObjects, GiveTheBitsOfOneThread)
 {
-    for (const Shared &object : objects) {
-        SCOPED_TRACE(object.name);
-        // Two objects alike: what the first call makes on demand is made by one thread in one, by all in the other.
-        const Evaluation alone = object.make(), shared = object.make();
-        std::vector<std::vector<std::uint64_t>> together(threads);
-        in_threads(threads, [&](int thread) { together[static_cast<std::size_t>(thread)] = evaluate(shared, thread); });
-        for (int thread = 0; thread < threads; ++thread)
-            EXPECT_EQ(together[static_cast<std::size_t>(thread)], evaluate(alone, thread)) << "thread " << thread;
+    for (const auto &[name, make] : objects) {
+        SCOPED_TRACE(name);
+        compare(make(), make());
     }
+    int count = 0;
+    for (const Operation &operation : Operation::all())
+        if (const Evaluation alone = operation.on_one_object()) {
+            SCOPED_TRACE(operation.name());
+            compare(alone, operation.on_one_object());
+            ++count;
+        }
+    EXPECT_GT(count, 20);
 }
 
 }  // namespace
