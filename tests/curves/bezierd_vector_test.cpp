@@ -20,8 +20,7 @@ namespace
 using Points = std::vector<point>;
 using Array = teska::handle<dynar, dynar_kill>;
 
-constexpr double shortest = 0.9375;  // what a length of 1 may be taken for
-constexpr double longest = 1.0482;
+constexpr double shortest = 0.9375, longest = 1.0482;  // what a length of 1 may be taken for
 
 double off_chord(const point &p, const point &a, const point &b, double lo, double hi)
 {
@@ -48,9 +47,9 @@ Points fvector(const Segment &b, double max_error)
 {
     double *points = b->x;
     const int sections = bezier_fvector(b.get(), max_error, &points);
-    Points line(points != nullptr ? static_cast<std::size_t>(sections) + 1 : 0);
-    for (std::size_t i = 0; i < line.size(); ++i)
-        line[i] = {points[2 * i], points[2 * i + 1]};
+    Points line;
+    for (int i = 0; points != nullptr && i <= sections; ++i)
+        line.push_back({points[2 * i], points[2 * i + 1]});
     std::free(points);
     return line;
 }
@@ -78,8 +77,7 @@ TEST(BezierVectorError, KeptIsTheDistanceFromTheChordOrAnAreaForEqualOnes)
                                                           {{0, 0, 1, 1}, {0, 1, 1, 0}, 0.75},
                                                           {{0, 0, 10, 10}, {0, 10, 10, 0}, 75.0},
                                                           {{0, 1, 2, 3}, {0, 0, 0, 0}, 0.0}};
-    double t = 0.0;
-    double err = 0.0;
+    double t = 0.0, err = 0.0;
     for (const auto &[xs, ys, expected] : cases) {
         EXPECT_EQ(bezier_vector_error(segment(xs, ys).get(), &t, &err), 1);
         EXPECT_EQ(t, 0.5);
@@ -121,8 +119,7 @@ TEST(BezierVectorFd, WalksAlongTheCurveInSlotsOfAnySize)
 
 TEST(BezierFvectorLen, BoundsTheSecondDerivative)
 {
-    const std::string bent;
-    const std::string straight = "DEBUG : 'Bezier_fvector_len: vector input'\n";
+    const std::string bent, straight = "DEBUG : 'Bezier_fvector_len: vector input'\n";
     const std::string evenly = "DEBUG : 'Bezier_fvector_len: resorting to secondary error criterium'\n";
     const std::tuple<numbers, double, int, std::string> cases[] = {{{0, 0, 1}, shortest / 64, 5, bent},
                                                                    {{0, 0, 1}, shortest / 63.9, 4, bent},

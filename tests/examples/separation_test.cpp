@@ -118,22 +118,14 @@ protected:
 
 // ---- Parts ----------------------------------------------------------------------------------------------------------
 
-TEST(Difference, SummarisesByRank)
+TEST(Difference, SummarisesByRankAndCountsBothDirections)
 {
     std::vector<double> values(100);
     std::iota(values.begin(), values.end(), 1.0);
-    const difference d = summarise(values);
-    EXPECT_EQ(d.mean, 50.5);
-    EXPECT_EQ(d.percentile_95, 95);
-    EXPECT_EQ(d.largest, 100);
+    EXPECT_EQ(summarise(values).percentile_95, 95);
     EXPECT_EQ(summarise({7}).percentile_95, 7);
     EXPECT_EQ(summarise({}).largest, 0);
-}
-
-TEST(Difference, CountsBothDirectionsAndCutsWhenMagnified)
-{
-    picture a(3, 1, 1);
-    picture b(3, 1, 1);
+    picture a(3, 1, 1), b(3, 1, 1);
     a.samples = {10, 200, 255};
     b.samples = {12, 199, 0};
     EXPECT_EQ(compare(a, b).mean, 86);
@@ -208,8 +200,10 @@ TEST_F(Examples, BendTonesAndFindTheEndOfTheValley)
     EXPECT_GT(t.after.median, t.before.median);
 
     colour_engine engine;
-    for (const tone_fit &fit : run_tone_fits(engine.open_press(press), engine))
-        EXPECT_TRUE(fit.points[20].y == 100 && fit.largest_error < 1) << fit.largest_error;
+    for (const tone_fit &fit : run_tone_fits(engine.open_press(press), engine)) {
+        EXPECT_EQ(fit.points[20].y, 100);
+        EXPECT_LT(fit.largest_error, 1);
+    }
     const dither_results d = run_dither(colours(40, 30, 3));
     for (std::size_t level = 0; level < d.cells.size(); ++level)
         EXPECT_EQ(std::count(d.cells[level].begin(), d.cells[level].end(), 1), static_cast<int>(level));

@@ -34,17 +34,15 @@ Filter filter_of(int radius, int maximum, const Kernel &kernel)
 // The callback has no argument for it.
 std::function<void(int)> on_line;
 
-int feed(fir *f, const Samples<unsigned char> &in, unsigned char **out)
+int feed(fir *f, const std::vector<unsigned char *> &l, unsigned char **out)
 {
-    const auto &l = in.at;
     return l.size() == 1   ? fir_mono_b(f, l[0], out)
            : l.size() == 3 ? fir_rgb_b(f, l[0], l[1], l[2], out, out + 1, out + 2)
                            : fir_cmyk_b(f, l[0], l[1], l[2], l[3], out, out + 1, out + 2, out + 3);
 }
 
-int feed(fir *f, const Samples<unsigned short> &in, unsigned short **out)
+int feed(fir *f, const std::vector<unsigned short *> &l, unsigned short **out)
 {
-    const auto &l = in.at;
     return l.size() == 1   ? fir_mono(f, l[0], out)
            : l.size() == 3 ? fir_rgb(f, l[0], l[1], l[2], out, out + 1, out + 2)
                            : fir_cmyk(f, l[0], l[1], l[2], l[3], out, out + 1, out + 2, out + 3);
@@ -97,8 +95,8 @@ struct Case {
             fir_start(
                 filter.get(), components, height, width, [](int k) { on_line(k); }, in_step, out_step);
             for (const auto &line : lines)
-                EXPECT_EQ(feed(filter.get(), line, out.at.data()), 1);
-            EXPECT_EQ(feed(filter.get(), lines[0], out.at.data()), 1) << "a line too many";
+                EXPECT_EQ(feed(filter.get(), line.at, out.at.data()), 1);
+            EXPECT_EQ(feed(filter.get(), lines[0].at, out.at.data()), 1) << "a line too many";
             EXPECT_EQ(delivered, height * components);
         });
     }
