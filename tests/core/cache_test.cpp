@@ -11,32 +11,26 @@
 #include <utility>
 #include <vector>
 
-using teska_test::lines;
-using teska_test::Reports;
+using teska_test::lines, teska_test::Reports;
 
 namespace
 {
 
-// The items of a cache: their sizes by number, and what was loaded last.
-struct Source {
-    std::vector<int> sizes;
-    int loaded = 0;
-};
-
-int size_of(void *context, int id) { return static_cast<Source *>(context)->sizes[static_cast<std::size_t>(id)]; }
-
-void load(void *context, int id, void *destination)
-{
-    auto *source = static_cast<Source *>(context);
-    source->loaded = id;
-    std::memset(destination, id, static_cast<std::size_t>(size_of(context, id)));
-}
-
 struct Cache {
-    Cache(int nr_blocks, int block_size, std::vector<int> sizes) : source{std::move(sizes)}
+    Cache(int nr_blocks, std::vector<int> item_sizes) : sizes{std::move(item_sizes)}
     {
-        const int nr_items = static_cast<int>(source.sizes.size()) - 1;
-        c.reset(cache_new(nr_items, nr_blocks, block_size, size_of, load, &source));
+        c.reset(cache_new(static_cast<int>(sizes.size()) - 1, nr_blocks, 10, size_of, load, this));
+    }
+
+    static int size_of(void *context, int id)
+    {
+        return static_cast<Cache *>(context)->sizes.at(static_cast<unsigned>(id));
+    }
+
+    static void load(void *context, int id, void *destination)
+    {
+        static_cast<Cache *>(context)->loaded = id;
+        std::memset(destination, id, static_cast<std::size_t>(size_of(context, id)));
     }
 
     // The item's first byte in the pool, or -1.
@@ -49,7 +43,8 @@ struct Cache {
         return static_cast<int>(data - base);
     }
 
-    Source source;
+    std::vector<int> sizes;  // by number
+    int loaded = 0;          // the last one
     std::unique_ptr<cache, int (*)(cache *)> c{nullptr, cache_kill};
     const char *base = nullptr;  // the first item asked for is placed first
 };
@@ -63,17 +58,17 @@ struct Step {
 
 void expect(Cache &items, const std::vector<Step> &steps)
 {
+    cache *c = items.c.get();
     int number = 0;
     for (const auto &[action, id, result] : steps) {
-        cache *c = items.c.get();
-        items.source.loaded = 0;
+        items.loaded = 0;
         const int given = action == 'l'   ? cache_lock(c, id, 5)
                           : action == 'u' ? cache_lock(c, id, 0)
                           : action == 'd' ? cache_delete(c, id)
                           : action == 'f' ? cache_flush(c)
                                           : items.get(id);
         EXPECT_EQ(given, result) << "step " << number;
-        EXPECT_EQ(items.source.loaded, action == 'L' ? id : 0) << "step " << number;
+        EXPECT_EQ(items.loaded, action == 'L' ? id : 0) << "step " << number;
         ++number;
     }
 }
@@ -83,11 +78,10 @@ void expect(Cache &items, const std::vector<Step> &steps)
 TEST(CacheNew, RefusesNumbersBelowOneWithoutAWord)
 {
     Reports reports;
-    Source source;
     for (const int none : {0, -1, INT_MIN}) {
-        EXPECT_EQ(cache_new(none, 4, 10, size_of, load, &source), nullptr);
-        EXPECT_EQ(cache_new(3, none, 10, size_of, load, &source), nullptr);
-        EXPECT_EQ(cache_new(3, 4, none, size_of, load, &source), nullptr);
+        EXPECT_EQ(cache_new(none, 4, 10, Cache::size_of, Cache::load, nullptr), nullptr);
+        EXPECT_EQ(cache_new(3, none, 10, Cache::size_of, Cache::load, nullptr), nullptr);
+        EXPECT_EQ(cache_new(3, 4, none, Cache::size_of, Cache::load, nullptr), nullptr);
     }
     EXPECT_EQ(reports.take(), lines{});
     EXPECT_EQ(cache_kill(nullptr), 0);
@@ -95,7 +89,7 @@ TEST(CacheNew, RefusesNumbersBelowOneWithoutAWord)
 
 TEST(CacheGet, GoesRoundLikeAClockPastWhatIsLocked)
 {
-    Cache items(4, 10, {0, 15, 15, 15, 15, 40, 41, 0, INT_MIN, 10, 10});
+    Cache items(4, {0, 15, 15, 15, 15, 40, 41, 0, INT_MIN, 10, 10});
     // Items 6 to 8 have sizes that do not fit. Kept: a count below 0 locks as well.
     expect(items, {{'L', 1, 0},  {'L', 2, 20},  {'L', 3, 0},  {'g', 2, 20}, {'L', 4, 20}, {'L', 2, 0},  {'g', 6, -1},
                    {'g', 7, -1}, {'g', 8, -1},  {'L', 9, 20}, {'L', 4, 0},  {'L', 5, 0},  {'L', 9, 0},  {'L', 1, 10},
@@ -114,16 +108,15 @@ TEST(CacheGet, GoesRoundLikeAClockPastWhatIsLocked)
 TEST(CacheGet, FreesWhatIsLeftOfAnItemWhosePartIsTaken)
 {
     // Item 4 takes the first of the three blocks of item 1, which comes again elsewhere; item 5 takes the second.
-    Cache items(8, 10, {0, 30, 10, 40, 10, 20});
-    expect(
-        items,
-        {{'L', 1, 0}, {'L', 2, 30}, {'l', 2, 1}, {'L', 3, 40}, {'L', 4, 0}, {'L', 1, 40}, {'L', 5, 0}, {'g', 1, 40}});
+    Cache items(8, {0, 30, 10, 40, 10, 20});
+    expect(items, {{'L', 1, 0}, {'L', 2, 30}, {'l', 2, 1}, {'L', 3, 40}, {'L', 4, 0}, {'L', 1, 40}, {'L', 5, 0}});
+    EXPECT_EQ(items.get(1), 40);
 }
 
 TEST(CacheGet, KeptReportsIllegalNumbersUnderAnotherName)
 {
     Reports reports;
-    Cache items(4, 10, {0, 15, 15});
+    Cache items(4, {0, 15, 15});
     for (const int id : {INT_MIN, -1, 0, 3, INT_MAX}) {
         EXPECT_EQ(items.get(id), -1);
         EXPECT_EQ(cache_delete(items.c.get(), id), 0);

@@ -28,6 +28,7 @@ TEST(CheckedSize, StaysInvalidWhenItComesBackIntoItsRange)
     product *= 2;
     checked_size sum(1, UINT64_MAX);
     sum += UINT64_MAX;
-    for (const checked_size &size : {large, product, sum})
-        EXPECT_FALSE(size.valid());
+    EXPECT_FALSE(large.valid());
+    EXPECT_FALSE(product.valid());
+    EXPECT_FALSE(sum.valid());
 }

@@ -13,16 +13,12 @@
 #include <utility>
 #include <vector>
 
-using teska_test::Host;
-using teska_test::lines;
-using teska_test::Reports;
+using teska_test::Host, teska_test::lines, teska_test::Reports;
 
 namespace
 {
 
 using Array = std::unique_ptr<dynar, int (*)(dynar *)>;
-
-int &at(const Array &array, int index) { return *static_cast<int *>(dynar_ptr(array.get(), index)); }
 
 }  // namespace
 
@@ -35,7 +31,7 @@ TEST(DynarPtr, GrowsToItsStepBeyondTheIndexAndKeepsWhatIsInUse)
         int count = 0;
         for (int i = 0; i < 300; ++i) {
             const int index = random.below(count + 2 + i % 20);
-            int &item = at(array, index);
+            int &item = *static_cast<int *>(dynar_ptr(array.get(), index));
             if (index >= static_cast<int>(model.size())) {
                 // What was written past the highest index is lost.
                 model.resize(static_cast<std::size_t>(count));
@@ -59,11 +55,11 @@ TEST(DynarPtr, GrowsToItsStepBeyondTheIndexAndKeepsWhatIsInUse)
 TEST(DynarPtr, RarelyMovesTheItemsWhenTheyAreAppended)
 {
     const Array array(dynar_new(sizeof(int), 10), dynar_kill);
-    const int *block = nullptr;
+    const void *block = nullptr;
     int moves = 0;
     for (int i = 0; i < 100000; ++i) {
-        at(array, i) = i;
-        moves += std::exchange(block, &at(array, 0)) != block ? 1 : 0;
+        dynar_ptr(array.get(), i);
+        moves += std::exchange(block, dynar_ptr(array.get(), 0)) != block ? 1 : 0;
     }
     EXPECT_LT(moves, 30);
 }

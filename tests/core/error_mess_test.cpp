@@ -22,6 +22,9 @@ const int initial_mode = error_set(1);
 const int initial_threshold = teska_warn_level(0);
 const int initial_debug = dbg_set(0);
 
+const std::string long_message(600, 'x');
+const std::string cut_line = "ERROR : '" + std::string(502, 'x');
+
 void report(const lines &messages)
 {
     for (const std::string &message : messages)
@@ -73,14 +76,11 @@ using TeskaWarn = Reporting;
 
 TEST_F(ErrorMess, PrintsKeepsOrDropsALineAsTheModeSays)
 {
-    const std::string long_message(600, 'x');
-    const std::string cut = "ERROR : '" + std::string(502, 'x');
     const std::tuple<int, lines, std::string, lines> cases[] = {
-        {1, {"list_new : 100% #1"}, "ERROR : 'list_new : 100% #1'\n", {}},
-        {1, {long_message}, cut + '\n', {}},
+        {1, {"100% #1", long_message}, "ERROR : '100% #1'\n" + cut_line + '\n', {}},
         {2, {"Abc", "Abc", "abc"}, "", {"ERROR : 'Abc'"}},
         {3, {"first", "second"}, "", {"ERROR : 'second'"}},
-        {3, {long_message}, "", {cut}},
+        {3, {long_message}, "", {cut_line}},
         {0, {"lost"}, "", {}},
         {4, {"lost"}, "", {}},
         {-1, {"lost"}, "", {}}};
@@ -94,11 +94,10 @@ TEST_F(ErrorMess, PrintsKeepsOrDropsALineAsTheModeSays)
 
 TEST_F(ErrorMess, KeptCutsQueuedLinesAt256CharactersAndHandsThemOutInDescendingOrder)
 {
-    const std::string first_256 = "ERROR : '" + std::string(247, 'x');
-    const std::string cut(300, 'x');
+    const std::string first_256 = cut_line.substr(0, 256);
     lines expected = {first_256, first_256, "ERROR : 'c'", "ERROR : 'B'", "ERROR : 'a'"};
     error_set(2);
-    report({"B", cut, "a", "c", cut});
+    report({"B", long_message, "a", "c", long_message});
     for (int i = 999; i >= 900; --i) {
         report({std::to_string(i)});
         expected.push_back("ERROR : '" + std::to_string(i) + "'");
@@ -123,15 +122,14 @@ TEST_F(ErrorSet, KeptForgetsTheKeptLineWhenMode3IsSetAgainAndTheQueueOnLeavingMo
 
 TEST_F(ErrorSetThread, CollectsWholeLinesOfItsThreadInTheOrderReported)
 {
-    const std::string long_message(600, 'x');
-    const std::string cut = "ERROR : '" + std::string(502, 'x');
     const lines ink = {"ERROR : 'ink'"};
     error_set(3);
     EXPECT_EQ(error_set_thread(2), TESKA_ERROR_PROCESS_WIDE);
     report({"b", long_message, "a", "b"});
     EXPECT_EQ(error_set(3), 3) << "the mode of the process stays";
     EXPECT_EQ(error_set_thread(2), 2);
-    EXPECT_EQ(take(), (lines{"ERROR : 'b'", cut, "ERROR : 'a'", "ERROR : 'b'"})) << "setting it again keeps the lines";
+    EXPECT_EQ(take(), (lines{"ERROR : 'b'", cut_line, "ERROR : 'a'", "ERROR : 'b'"}))
+        << "setting it again keeps the lines";
 
     const std::tuple<int, int, std::string, lines> cases[] = {{3, 3, "", ink},
                                                               {0, 0, "", {}},
@@ -157,10 +155,9 @@ TEST_F(ErrorSetThread, HoldsTheFirst64LinesAndTakesMoreAsTheyAreFetched)
     lines expected;
     error_set_thread(2);
     for (int i = 0; i < 200; ++i) {
-        const std::string line = "ERROR : '" + std::to_string(i) + "'";
         report({std::to_string(i)});
         if (i < 64 || i >= 100)
-            expected.push_back(line);
+            expected.push_back("ERROR : '" + std::to_string(i) + "'");
         if (i >= 99) {
             EXPECT_EQ(error_get(), expected.front());
             expected.erase(expected.begin());
@@ -175,10 +172,9 @@ TEST_F(TeskaWarn, PrintsAboveTheThresholdAndDbgWhileSwitchedOnInEveryMode)
                                                             {0, 1, 0, "WARNING  : 'ink'\n"},
                                                             {-3, -3, -5, "DEBUG : 'ink'\n"},
                                                             {-3, -2, 1, "WARNING  : 'ink'\nDEBUG : 'ink'\n"}};
-    int threshold = initial_threshold;
-    int debug = initial_debug;
-    EXPECT_EQ(threshold, 0);
-    EXPECT_EQ(debug, 0);
+    int threshold = 0, debug = 0;
+    EXPECT_EQ(initial_threshold, 0);
+    EXPECT_EQ(initial_debug, 0);
     for (const auto &[new_threshold, level, new_debug, expected] : cases)
         for (const int mode : {0, 1, 2, 3}) {
             error_set(mode);

@@ -9,8 +9,7 @@
 #include <deque>
 #include <memory>
 
-using teska_test::lines;
-using teska_test::Reports;
+using teska_test::lines, teska_test::Reports;
 
 TEST(ItemfifoNew, RefusesPartitionsThatCannotBeCounted)
 {

@@ -10,8 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 
-using teska_test::lines;
-using teska_test::Reports;
+using teska_test::lines, teska_test::Reports;
 
 namespace
 {
@@ -19,23 +18,22 @@ namespace
 TEST(RomObjtypeCheck, ComparesFifteenCharactersAndWarnsOfTheDifference)
 {
     const std::tuple<const char *, const char *, bool> cases[] = {{"abcdefghijklmnopX", "abcdefghijklmnopY", true},
-                                                                  {"", "", true},
-                                                                  {"plate", "Plate", false},
                                                                   {"abcdefghijklmnoX", "abcdefghijklmn", false},
+                                                                  {"plate", "Plate", false},
                                                                   {"plate", "plates", false},
-                                                                  {"plate", "plate", true}};
+                                                                  {"plate", "plate", true},
+                                                                  {"", "", true}};
     for (const auto &[type, expected, same] : cases) {
         void *object = rom_obj_new(1, type);
-        const int before = teska_warn_level(998);
         testing::internal::CaptureStdout();
-        EXPECT_EQ(rom_objtype_check(object, expected), same ? 1 : 0);
-        teska_warn_level(999);
-        rom_objtype_check(object, expected);
+        for (const int threshold : {998, 999, 0}) {
+            teska_warn_level(threshold);
+            EXPECT_EQ(rom_objtype_check(object, expected), same ? 1 : 0);
+        }
         const std::string warning =
             "WARNING  : 'rom_objtype_check: check failed \n  act=" + std::string(type).substr(0, 15) +
             " expect=" + expected + "'\n";
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), same ? "" : warning);
-        teska_warn_level(before);
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), same ? "" : warning + warning);
         rom_obj_kill(object);
         std::free(object);
     }
@@ -49,7 +47,6 @@ TEST(RomObjKill, KeptLeavesTheObjectToTheCallerAndForgetsIt)
     for (const int size : {0, 1, 10000})
         std::memset(rom_obj_malloc(object, size), 1, static_cast<std::size_t>(size));
     EXPECT_EQ(rom_obj_kill(object), 0);
-    EXPECT_EQ(reports.take(), lines{});
     object[99] = 7;
     // The upper half of the addresses shows as negative numbers.
     for (void *gone : {static_cast<void *>(object), static_cast<void *>(nullptr), reinterpret_cast<void *>(-5)}) {
@@ -76,7 +73,6 @@ TEST(RomObjMalloc, KeepsTheBlocksOfManyObjectsApart)
         rom_obj_free(objects[i], blocks[3 * i]);
         EXPECT_EQ(rom_objtype_check(objects[i / 2], std::to_string(i / 2).c_str()), 1);
     }
-    EXPECT_EQ(reports.take(), lines{});
     for (void *foreign : {blocks[0], blocks[1], static_cast<void *>(nullptr), reinterpret_cast<void *>(-5)}) {
         EXPECT_EQ(rom_obj_free(objects[7], foreign), 0);
         EXPECT_EQ(reports.take(), lines{"rom_obj_free: unregistered memory " +

@@ -11,9 +11,7 @@
 #include <stdexcept>
 #include <thread>
 
-using teska_test::Child;
-using teska_test::ChildRole;
-using teska_test::Folder;
+using teska_test::Child, teska_test::ChildRole, teska_test::Folder;
 
 namespace
 {
@@ -50,7 +48,7 @@ TEST(TCriticSect, ExcludesOtherObjectsOfTheProcessUntilItIsLeft)
     first.Leave();
     EXPECT_EQ(second.Enter(0), 0);
     first.Leave();
-    EXPECT_EQ(first.Enter(-1), 1);
+    EXPECT_EQ(first.Enter(-1), 1) << "leaving twice lets nobody else's place go";
     second.Leave();
     EXPECT_EQ(first.Enter(0), 0);
     std::thread leaving([&] {
