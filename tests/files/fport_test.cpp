@@ -11,8 +11,7 @@
 #include <string>
 #include <utility>
 
-using teska_test::lines;
-using teska_test::Reports;
+using teska_test::lines, teska_test::Reports;
 
 namespace
 {

@@ -17,9 +17,8 @@ namespace
 
 std::string pattern(std::size_t size)
 {
-    std::string bytes;
-    for (std::size_t i = 0; i < size; ++i)
-        bytes.push_back(static_cast<char>(i * 37));
+    std::string bytes(size, '\0');
+    std::generate(bytes.begin(), bytes.end(), [i = 0]() mutable { return static_cast<char>(i++ * 37); });
     return bytes;
 }
 
@@ -33,7 +32,7 @@ std::string digest_of(const std::string &bytes, std::size_t piece)
         MD5Update(&context, &bytes[at], static_cast<unsigned>(std::min(piece, bytes.size() - at)));
     MD5Update(&context, nullptr, 0);
     MD5Final(digest, &context);
-    EXPECT_TRUE(context.count[0] == 0 && context.state[0] == 0);
+    EXPECT_EQ(context.count[0] | context.state[0], 0U) << "is cleared";
     return std::string(digest, digest + 16);
 }
 
@@ -41,8 +40,7 @@ std::string file_digest(const std::string &content)
 {
     const teska_test::Folder folder;
     folder.write("gr\xc3\xbcn", content);
-    char text[33];
-    std::fill_n(text, sizeof text, '?');
+    char text[34] = "?????????????????????????????????";
     EXPECT_EQ(MD5_check_file(folder.path("gr\xc3\xbcn").c_str(), text), 0);
     return text;
 }
