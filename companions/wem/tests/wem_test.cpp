@@ -103,8 +103,7 @@ TEST(Lognam, FindsRedefinesAndRemovesNamesInAnyCase)
 
 TEST(Lognam, KeepsTextsUpTo255CharactersAndRefusesLongerOnes)
 {
-    const std::string fits(255, 'n');
-    const std::string too_long(256, 'n');
+    const std::string fits(255, 'n'), too_long(256, 'n');
     EXPECT_EQ(translated(too_long), "0 " + fits);
     EXPECT_EQ(translated(fits.substr(1)), "0 " + fits.substr(1) + ":");
     EXPECT_EQ(wem_lognam_set(fits.c_str(), fits.c_str()), 0);
@@ -142,8 +141,7 @@ TEST(Pool, HandsOutSeparateAlignedZeroedRecordsAndReusesThem)
 TEST(Clocks, CountMillisecondsForward)
 {
     const auto start = std::chrono::steady_clock::now();
-    const int wall = elapsed();
-    const int work = cputime();
+    const int wall = elapsed(), work = cputime();
     while (std::chrono::steady_clock::now() - start < std::chrono::milliseconds(200))
         ;
     EXPECT_GE(wall, 0);
@@ -173,7 +171,7 @@ std::string said(int value, Function... function)
     return (... + (std::to_string(function(value, text)) + " " + text + " "));
 }
 
-TEST(DateTexts, AreEnglishAndFollowTheCalendar)
+TEST(Texts, AreEnglishFollowTheCalendarAndHaveTwoDigitsOfTime)
 {
     EXPECT_EQ(said(20240229, cvtdta, dayweek), "0 29-Feb-2024 0 Thursday ");
     EXPECT_EQ(said(19691231, cvtdta, dayweek), "0 31-Dec-1969 0 Wednesday ");
@@ -181,10 +179,6 @@ TEST(DateTexts, AreEnglishAndFollowTheCalendar)
     EXPECT_EQ(said(99991231, cvtdta, dayweek), "0 31-Dec-9999 0 Friday ");
     for (int bad : {20230229, 19000229, 20241301, 20240001, 20240100, 20240132, 101, -20240229, 100000101, INT_MIN})
         EXPECT_EQ(said(bad, cvtdta, dayweek), "-1 unknown -1 unknown ") << bad;
-}
-
-TEST(TimeTexts, AreTwoDigitsEach)
-{
     EXPECT_EQ(said(90507, cvttma), "0 09:05:07 ");
     EXPECT_EQ(said(235960, cvttma), "0 23:59:60 ");
     for (int bad : {240000, 126000, 61, -1, -90507, INT_MIN})
