@@ -1,12 +1,7 @@
 #include "bezier_cpoly_det.h"
 #include "bezierd_split.h"
 #include "bezierd_vector.h"
-#include "error_mess.h"
-#include "faults/injector.h"
 #include "faults/sweep.h"
-#include "wem.h"
-
-#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <memory>
@@ -81,32 +76,28 @@ bool steps(const Curve &b)
 template <int least>
 bool bends(const Curve &b)
 {
-    const wem_line_fn before = wem_set_errexit([](const char *line) { return error_mess_fl(line, "", 0); });
     dynar *points = nullptr;
-    const int segments = bezier_vector(b.get(), least > 2 ? 3e-6 : 1e-2, &points);
+    const int segments = under_returning_host([&] { return bezier_vector(b.get(), least > 2 ? 3e-6 : 1e-2, &points); });
     dynar_kill(points);
-    wem_set_errexit(before);
     return segments >= least;
 }
 
 template <std::size_t available>
-SweepRow row(const char *name, bool (*call)(const Curve &b), std::vector<SweepFailures> failures)
+SweepRow row(const char *name, bool (*call)(const Curve &b), SweepReports once)
 {
-    return changing<Curve>(name, with_records<available>, call, free_records, std::move(failures));
+    return changing<Curve>(name, with_records<available>, call, free_records, std::move(once));
 }
 
-const SweepRows rows(
-    {row<0>("bezier_new", [](const Curve &) { return made(bezier_new(3, 0, 0, 1, 1), bezier_kill); },
-            {{.count = 1, .once = {no_segment}}}),
-     row<0>("bezier_subdivide, first half", divides, {{.count = 1, .once = {no_halves, no_segment}}}),
-     row<1>("bezier_subdivide, second half", divides, {{.count = 1, .once = {no_halves, no_segment}}}),
-     row<0>("bezier_cpoly_det", passes_through, {{.count = 1, .once = {"bezier_cpoly_det: malloc failure"}}}),
-     row<0>("bezier_fvector", steps, {{.count = 1, .once = {"Bezier_fvector: allocation of vertex array failed"}}}),
-     row<0>("bezier_vector, division", bends<2>,
-            {{.count = 1, .once = no_array},
-             {.count = 1, .once = no_room},
-             {.count = 1, .once = {no_halves, no_segment}}}),
-     row<99>("bezier_vector, points", bends<501>, {{.count = 1, .once = no_array}, {.count = 2, .once = no_room}})});
+const lines no_division{no_halves, no_segment};
+const SweepRows rows({
+    row<0>("bezier_new", [](const Curve &) { return made(bezier_new(3, 0, 0, 1, 1), bezier_kill); }, {{no_segment}}),
+    row<0>("bezier_subdivide, first half", divides, {no_division}),
+    row<1>("bezier_subdivide, second half", divides, {no_division}),
+    row<0>("bezier_cpoly_det", passes_through, {{"bezier_cpoly_det: malloc failure"}}),
+    row<0>("bezier_fvector", steps, {{"Bezier_fvector: allocation of vertex array failed"}}),
+    row<0>("bezier_vector, division", bends<2>, {no_array, no_room, no_division}),
+    row<99>("bezier_vector, points", bends<501>, {no_array, no_room}),
+});
 
 }  // namespace
 

@@ -2,11 +2,9 @@
 #include "support/child.h"
 #include "support/folder.h"
 
-#include "faults/injector.h"
+#include "faults/sweep.h"
 #include "lopra.h"
-#include "wem.h"
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -40,23 +38,31 @@ int error_of_second(const std::string &path)
     return descriptor < 0 ? errno : close_utf8(descriptor);
 }
 
-// A call that gives back what it got, whether it came out as it should with memory, and how many allocations it makes.
-const struct {
-    bool (*call)();
-    int allocations;
-} rows[] = {
-    {[] { return wem_lognam_set("new", "N:") == 0 && wem_lognam_set("new", nullptr) == 0; }, 1},
-    {[] { return removed(closed(fopen_utf8(name, "wb"))); }, 1},
-    {[] { return removed(close_utf8(open_utf8(name, LOPRA_O_CREAT, LOPRA_S_IWRITE)) == 0); }, 1},
-    {[] { return close_utf8(open_utf8(name, lock_flags, LOPRA_S_IWRITE)) == 0; }, 2},
-    {[] { return close_utf8(lock_utf8(name)) == 0; }, 3},
-    {[] { return removed(CloseFile_utf8(open_handle()) == 0); }, 1},
-    {[] { return removed(close_utf8(create_below_utf8(".", name)) == 0); }, 2},
-    {[] { return missed(chmod_utf8(name, LOPRA_S_IWRITE)); }, 1},
-    {[] { return missed(stat32_utf8(name, &status)); }, 1},
-    {[] { return missed(rename_utf8(name, name)); }, 2},
-    {[] { return missed(remove_utf8(name)); }, 1},
-};
+// A call that gives back what it got, and whether it came out as it should with memory.
+SweepRow row(const char *what, bool (*call)())
+{
+    return {.name = what,
+            .make =
+                [=] {
+                    return SweepCase{.call = call,
+                                     .state = [] { return std::string(access(name, F_OK) == 0 ? "left" : ""); }};
+                },
+            .once = {{}}};
+}
+
+const SweepRows rows({
+    row("wem_lognam_set", [] { return wem_lognam_set("new", "N:") == 0 && wem_lognam_set("new", nullptr) == 0; }),
+    row("fopen_utf8", [] { return removed(closed(fopen_utf8(name, "wb"))); }),
+    row("open_utf8", [] { return removed(close_utf8(open_utf8(name, LOPRA_O_CREAT, LOPRA_S_IWRITE)) == 0); }),
+    row("open_utf8, temporary", [] { return close_utf8(open_utf8(name, lock_flags, LOPRA_S_IWRITE)) == 0; }),
+    row("lock_utf8", [] { return close_utf8(lock_utf8(name)) == 0; }),
+    row("CreateFile_utf8", [] { return removed(CloseFile_utf8(open_handle()) == 0); }),
+    row("create_below_utf8", [] { return removed(close_utf8(create_below_utf8(".", name)) == 0); }),
+    row("chmod_utf8", [] { return missed(chmod_utf8(name, LOPRA_S_IWRITE)); }),
+    row("stat32_utf8", [] { return missed(stat32_utf8(name, &status)); }),
+    row("rename_utf8", [] { return missed(rename_utf8(name, name)); }),
+    row("remove_utf8", [] { return missed(remove_utf8(name)); }),
+});
 
 // ---- Lock files
 
@@ -95,41 +101,24 @@ TEST(LockFile, HoldsWithEveryFileCallFailingOrIsNotThere)
                                                  {{.error = EINTR}, 4}};
     for (const auto &[fault, harmless] : faults) {
         int survived = 0;
-        bool fired = true;
-        for (int n = 0; fired; ++n) {
-            SCOPED_TRACE("error " + std::to_string(fault.error) + ", call " + std::to_string(n));
+        each_fault(fault_kind::files, false, fault, [&](const auto &fire) {
             const Folder folder;
             const std::string path = folder.path("lock");
-            arm(fault_kind::files, n, false, fault);
+            fire();
             const int descriptor = lock_utf8(path.c_str());
-            fired = disarm() > 0;
+            const bool fired = disarm() > 0;
             survived += fired && descriptor >= 0;
             EXPECT_EQ(access(path.c_str(), F_OK) == 0, descriptor >= 0);
             EXPECT_EQ(error_of_second(path), descriptor >= 0 ? EEXIST : 0);
             EXPECT_EQ(close_utf8(descriptor) == 0, descriptor >= 0);
             EXPECT_NE(access(path.c_str(), F_OK), 0);
-        }
+            return fired;
+        });
         EXPECT_EQ(survived, harmless) << fault.error;
     }
 }
 
 // ---- Memory
-
-TEST(Companions, GiveTheFailureValueAndKeepNothingWhenMemoryIsShort)
-{
-    for (const auto &row : rows)
-        for (int step = 0; step < 2 * (row.allocations + 1); ++step) {
-            const int n = step / 2;
-            const bool sticky = step % 2 != 0;
-            const std::string at = std::to_string(&row - rows) + ", allocation " + std::to_string(n);
-            track_memory();
-            arm(fault_kind::memory, n, sticky);
-            EXPECT_EQ(row.call(), n == row.allocations) << at;
-            EXPECT_EQ(disarm() > 0, n < row.allocations) << at;
-            EXPECT_EQ(live_blocks(), 0) << at;
-            EXPECT_NE(access(name, F_OK), 0) << at;
-        }
-}
 
 TEST(Companions, KeepTheirRecordsWhenMemoryIsShort)
 {

@@ -1,12 +1,12 @@
+// Curves when memory is short
 #include "support/folder.h"
 
+#include "bezierd_fit.h"
 #include "faults/sweep.h"
 #include "func.h"
 #include "grad_tab.h"
 #include "hist.h"
 #include "interp_double.h"
-
-#include <gtest/gtest.h>
 
 #include <memory>
 
@@ -18,12 +18,13 @@ namespace
 
 using Func = std::shared_ptr<func>;
 using Curve = std::shared_ptr<lin_interp_double>;
+using Segment = std::shared_ptr<bezier>;
 
-constexpr const char *no_func = "func_new : unable to create new instance of function";
-constexpr const char *no_curve = "lin_interp : Cannot create new instance of double interpolator";
-constexpr const char *no_inverse = "lin_interp_double : cannot create inverted object";
-constexpr const char *no_list = "list_new : Not enough resources to create list";
-constexpr const char *no_room = "list_insert : Unable to extend list, insufficient resources";
+const std::string no_func = "func_new : unable to create new instance of function";
+const std::string no_curve = "lin_interp : Cannot create new instance of double interpolator";
+const std::string no_inverse = "lin_interp_double : cannot create inverted object";
+const std::string no_list = "list_new : Not enough resources to create list";
+const std::string no_room = "list_insert : Unable to extend list, insufficient resources";
 
 int after(const void *element, const void *key)
 {
@@ -49,10 +50,10 @@ std::string contents(const Func &f)
     return text;
 }
 
-SweepRow on_func(const char *name, int count, bool (*call)(const Func &f), std::vector<SweepFailures> failures)
+SweepRow on_func(const char *name, int count, bool (*call)(const Func &f), SweepReports once)
 {
     return changing<Func>(
-        name, [=] { return filled(count); }, call, contents, std::move(failures));
+        name, [=] { return filled(count); }, call, contents, std::move(once));
 }
 
 // The result does not tell; a list that found room moved its elements to a new block.
@@ -66,6 +67,13 @@ bool reserve(const Func &f)
     return now[0] != before[0] && now[1] != before[1];
 }
 
+SweepRow reserving()
+{
+    SweepRow row = on_func("func_alloc", 1, reserve, {{no_room}});
+    row.sticky = {{no_room, no_room}, {no_room}};
+    return row;
+}
+
 std::string contents(const Curve &li)
 {
     std::string text = std::to_string(lin_interp_double_num(li.get()));
@@ -77,7 +85,7 @@ std::string contents(const Curve &li)
 }
 
 // On the points (1, 1), (2, 2) ..; room for one at first and for one more at a time.
-SweepRow on_curve(const char *name, int count, bool (*call)(const Curve &li), std::vector<SweepFailures> failures)
+SweepRow on_curve(const char *name, int count, bool (*call)(const Curve &li), SweepReports once)
 {
     const auto filled = [=] {
         Curve li(lin_interp_double_new(1, nullptr), lin_interp_double_kill);
@@ -85,60 +93,74 @@ SweepRow on_curve(const char *name, int count, bool (*call)(const Curve &li), st
             lin_interp_double_insert(li.get(), i, i);
         return li;
     };
-    return changing<Curve>(name, filled, call, contents, std::move(failures));
+    return changing<Curve>(name, filled, call, contents, std::move(once));
+}
+
+SweepCase table_of_gradation()
+{
+    const auto folder = std::make_shared<Folder>();
+    return {.call = [folder, path = folder->path("curve.rec")] {
+        return made(grad_tab_new(path.c_str(), 1, 1, 0), grad_tab_kill);
+    }};
+}
+
+bool fit(const Segment &b)
+{
+    const double xs[] = {0, 1, 2, 3, 4};
+    const double ys[] = {0, 2, 3, 2, 0};
+    double lse = 77;
+    double max_e = 77;
+    const int result = bezier_fit(b.get(), 5, xs, ys, 1, 1, 2, 0, 0, 0, &lse, &max_e, 0);
+    EXPECT_EQ(lse != 77 && max_e != 77, result == 1);
+    return result == 1;
+}
+
+std::string control_points(const Segment &b)
+{
+    double p[8];
+    bezier_get_control_poly(b.get(), p, p + 4);
+    std::string text;
+    for (const double value : p)
+        text += std::to_string(value) + ' ';
+    return text;
 }
 
 const SweepRows rows({
-    calling("func_new", [] { return made(func_new(3, 8, 4, nullptr), func_kill); },
-            {{.count = 1, .once = {no_func}}, {.count = 4, .once = {no_func, no_list}}}),
+    calling("func_new", [] { return made(func_new(3, 8, 4, nullptr), func_kill); }, {{no_func}, {no_func, no_list}}),
     // The room of x, then that of y: an x that was already in its place has to leave it again.
-    on_func("func_insert", 1, [](const Func &f) { return gave(0, func_insert(f.get(), "a", "z")); },
-            {{.count = 2, .once = {no_room}}}),
-    on_func("func_alloc", 1, reserve,
-            {{.count = 1, .once = {no_room}, .sticky = {no_room, no_room}}, {.count = 1, .once = {no_room}}}),
+    on_func("func_insert", 1, [](const Func &f) { return gave(0, func_insert(f.get(), "a", "z")); }, {{no_room}}),
+    reserving(),
     on_func("func_invert", 3, [](const Func &f) { return made(func_invert(f.get(), after), func_kill); },
-            {{.count = 1, .once = {no_func}},
-             {.count = 4, .once = {no_func, no_list}},
-             {.count = 3, .once = {no_room}}}),  // x and y for the second point, x for the third
+            {{no_func}, {no_func, no_list}, {no_room}}),
     {.name = "grad_tab_new",
-     .make =
-         [] {
-             const auto folder = std::make_shared<Folder>();
-             const auto call = [folder, path = folder->path("curve.rec")] {
-                 return made(grad_tab_new(path.c_str(), 1, 1, 0), grad_tab_kill);
-             };
-             return SweepCase{.call = call};
-         },
-     .failures = {{.count = 2, .once = {}},
-                  {.count = 1, .once = {no_curve}},
-                  {.count = 1, .once = {no_func, no_curve}},
-                  {.count = 4, .once = {no_func, no_curve, no_list}},
-                  {.count = 1, .once = {no_curve, no_inverse}},
-                  {.count = 1, .once = {no_func, no_curve, no_inverse}},
-                  {.count = 4, .once = {no_func, no_curve, no_inverse, no_list}},
-                  {.count = 1, .once = {no_func, no_inverse}},
-                  {.count = 4, .once = {no_func, no_inverse, no_list}}}},
+     .make = table_of_gradation,
+     .once = {{},
+              {no_curve},
+              {no_func, no_curve},
+              {no_func, no_curve, no_list},
+              {no_curve, no_inverse},
+              {no_func, no_curve, no_inverse},
+              {no_func, no_curve, no_inverse, no_list},
+              {no_func, no_inverse},
+              {no_func, no_inverse, no_list}}},
     calling("hist_new", [] { return made(hist_new(0, 9), hist_kill); },
-            {{.count = 1, .once = {"hist_new: alloc self failed"}},
-             {.count = 1, .once = {"hist_new: illegal bounds"}}}),
+            {{"hist_new: alloc self failed"}, {"hist_new: illegal bounds"}}),
     calling("lin_interp_double_new", [] { return made(lin_interp_double_new(1, nullptr), lin_interp_double_kill); },
-            {{.count = 1, .once = {no_curve}},
-             {.count = 1, .once = {no_func, no_curve}},
-             {.count = 4, .once = {no_func, no_curve, no_list}}}),
+            {{no_curve}, {no_func, no_curve}, {no_func, no_curve, no_list}}),
     on_curve("lin_interp_double_insert", 1,
-             [](const Curve &li) { return gave(0, lin_interp_double_insert(li.get(), 0, 5)); },
-             {{.count = 2, .once = {no_room}}}),
+             [](const Curve &li) { return gave(0, lin_interp_double_insert(li.get(), 0, 5)); }, {{no_room}}),
     on_curve("lin_interp_double_subst", 1,
-             [](const Curve &li) { return gave(0, lin_interp_double_subst(li.get(), 1.5, 5, 0.5)); },
-             {{.count = 2, .once = {no_room}}}),
+             [](const Curve &li) { return gave(0, lin_interp_double_subst(li.get(), 1.5, 5, 0.5)); }, {{no_room}}),
     on_curve("lin_interp_double_invert", 3,
              [](const Curve &li) { return made(lin_interp_double_invert(li.get(), nullptr), lin_interp_double_kill); },
-             {{.count = 1, .once = {no_curve, no_inverse}},
-              {.count = 1, .once = {no_func, no_curve, no_inverse}},
-              {.count = 4, .once = {no_func, no_curve, no_inverse, no_list}},
-              {.count = 1, .once = {no_func, no_inverse}},
-              {.count = 4, .once = {no_func, no_inverse, no_list}},
-              {.count = 3, .once = {no_inverse, no_room}}}),  // x and y for the second point, x for the third
+             {{no_curve, no_inverse},
+              {no_func, no_curve, no_inverse},
+              {no_func, no_curve, no_inverse, no_list},
+              {no_func, no_inverse},
+              {no_func, no_inverse, no_list},
+              {no_inverse, no_room}}),
+    changing<Segment>("bezier_fit", [] { return Segment(bezier_new(3, 5, 6, 7, 8), bezier_kill); }, fit, control_points,
+                      {{"Bezier_fit : allocation of s failed"}}),
 });
 
 }  // namespace

@@ -1,11 +1,8 @@
 // FilePacker: its allocations failing in turn, and every file call of packing and unpacking
 #include "support/folder.h"
 
-#include "faults/injector.h"
 #include "faults/sweep.h"
 #include "filepacker.h"
-
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <memory>
@@ -58,7 +55,7 @@ struct Packed {
     std::optional<FilePacker> packer;
 };
 
-SweepRow row(const char *name, int mode, int entries, int (Packed::*call)(), std::vector<SweepFailures> failures)
+SweepRow row(const char *name, int mode, int entries, int (Packed::*call)(), SweepReports once)
 {
     const auto fresh = [=] {
         const auto packed = std::make_shared<Packed>(mode, entries);
@@ -69,7 +66,7 @@ SweepRow row(const char *name, int mode, int entries, int (Packed::*call)(), std
         };
         return SweepCase{.call = run, .state = [=] { return packed->folder.read("a"); }};
     };
-    return {.name = name, .make = fresh, .failures = std::move(failures)};
+    return {.name = name, .make = fresh, .once = std::move(once)};
 }
 
 bool created(const char *archive)
@@ -81,51 +78,42 @@ bool created(const char *archive)
     return code == 0;
 }
 
+SweepCase creating()
+{
+    const auto packed = std::make_shared<Packed>(0);
+    return {.call = [packed] { return created(packed->source.c_str()); }};
+}
+
 // Paths are copied by the calls that take them in UTF-8.
 const SweepRows rows({
-    {.name = "FilePacker",
-     .make =
-         [] {
-             const auto packed = std::make_shared<Packed>(0);
-             return SweepCase{.call = [packed] { return created(packed->source.c_str()); }};
-         },
-     .failures = {{.count = 2, .once = {"list_new : Not enough resources to create list"}}, {.count = 1, .once = {}}}},
-    row("FilePacker::AddFile", 0, 3, &Packed::add_file, {{.count = 3, .once = {}}}),
+    {.name = "FilePacker", .make = creating, .once = {{"list_new : Not enough resources to create list"}, {}}},
+    row("FilePacker::AddFile", 0, 3, &Packed::add_file, {{}}),
     row("FilePacker::AddFileAsBuffer", 0, 50, &Packed::add_buffer,
-        {{.count = 1, .once = {"list_insert : Unable to extend list, insufficient resources"}}}),
-    row("FilePacker::Unpack", 1, 1, &Packed::unpack, {{.count = 4, .once = {}}}),
-    row("FilePacker::UnpackFileAsBuffer", 1, 1, &Packed::read, {{.count = 1, .once = {}}}),
+        {{"list_insert : Unable to extend list, insufficient resources"}}),
+    row("FilePacker::Unpack", 1, 1, &Packed::unpack, {{}}),
+    row("FilePacker::UnpackFileAsBuffer", 1, 1, &Packed::read, {{}}),
 });
 
-const file_fault faults[] = {{.error = EIO}, {.error = ENOSPC}, {.error = ENOSPC, .partial = true}};
-
-// Runs a piece of work on fresh archives with every file call between fire() and over() failing in turn, alone or with
-// all later ones, until none is left.
-template <class Work>
-void each_file_call(int mode, Work work)
+// Runs a round on fresh archives, with every file call after fire() failing in turn, alone or with all later ones.
+template <class Round>
+void each_file_call(int mode, Round round)
 {
-    for (const file_fault &fault : faults)
-        for (const bool sticky : {false, true}) {
-            bool fired = true;
-            for (int n = 0; fired; ++n) {
-                SCOPED_TRACE("error " + std::to_string(fault.error) + (fault.partial ? " partial" : "") +
-                             (sticky ? " sticky" : "") + ", call " + std::to_string(n));
+    for (const file_fault &fault : {file_fault{.error = EIO}, {.error = ENOSPC}, {.error = ENOSPC, .partial = true}})
+        for (const bool sticky : {false, true})
+            each_fault(fault_kind::files, sticky, fault, [&](const auto &fire) {
                 Packed packed(mode);
-                fired = false;
-                work(
-                    packed, sticky, [&] { arm(fault_kind::files, n, sticky, fault); },
-                    [&] { return fired = disarm() > 0; });
-            }
-        }
+                return round(packed, sticky, fire);
+            });
 }
 
 TEST(FilePackerFaults, AnArchiveHoldsWhatWasAddedWithoutAnErrorAndNothingElse)
 {
-    each_file_call(0, [](Packed &packed, bool sticky, auto fire, auto over) {
+    each_file_call(0, [](Packed &packed, bool sticky, const auto &fire) {
         fire();
         const int first = packed.add_file();
         const int second = packed.add_buffer();
-        EXPECT_TRUE(over() || first + second == 0);
+        const bool fired = disarm() > 0;
+        EXPECT_TRUE(fired || first + second == 0);
         // The names are free again, unless the archive had to be closed.
         const bool closed = packed.packer->AddFileAsBuffer("", 0, "3") == 4;
         EXPECT_EQ(packed.add_file(), closed ? 4 : 0);
@@ -137,6 +125,7 @@ TEST(FilePackerFaults, AnArchiveHoldsWhatWasAddedWithoutAnErrorAndNothingElse)
         EXPECT_EQ(count, 3 + (first == 0) + (second == 0) + (closed ? 0 : first == 0 ? 1 : 2));
         EXPECT_TRUE(code == 9 || (closed && code == 5)) << code;
         EXPECT_TRUE(!closed || sticky);
+        return fired;
     });
 }
 
@@ -155,10 +144,10 @@ TEST(FilePackerFaults, ALengthThatLiesAllocatesNothing)
 TEST(FilePackerFaults, UnpackedFilesAreWholeOrNotThere)
 {
     int unnoticed = 0;
-    each_file_call(1, [&](Packed &packed, bool sticky, auto fire, auto over) {
+    each_file_call(1, [&](Packed &packed, bool sticky, const auto &fire) {
         fire();
         const int code = packed.unpack();
-        const bool fired = over();
+        const bool fired = disarm() > 0;
         EXPECT_TRUE(fired || code == 0);
         unnoticed += fired && code == 0;
         for (int i = 0; i < 3; ++i) {
@@ -170,17 +159,20 @@ TEST(FilePackerFaults, UnpackedFilesAreWholeOrNotThere)
         }
         EXPECT_EQ(packed.unpack(), 0);
         EXPECT_EQ(packed.folder.read("2"), long_text);
+        return fired;
     });
     // With each fault: reading no bytes, and closing the directory after three files; two halved writes are continued.
     EXPECT_EQ(unnoticed, 3 * (1 + 3) + 2);
-    each_file_call(1, [](Packed &packed, bool, auto fire, auto over) {
+    each_file_call(1, [](Packed &packed, bool, const auto &fire) {
         int count = 0;
         int code = 0;
         fire();
         while ((code = packed.read()) == 0)
             ++count;
-        EXPECT_TRUE(over() || code == 9);
+        const bool fired = disarm() > 0;
+        EXPECT_TRUE(fired || code == 9);
         EXPECT_EQ(code, count == 3 && code == 9 ? 9 : 5) << count;
+        return fired;
     });
 }
 

@@ -10,6 +10,12 @@
 
 #include "support/reports.h"
 
+#include "error_mess.h"
+#include "faults/injector.h"
+#include "wem.h"
+
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <string>
 #include <utility>
@@ -27,33 +33,31 @@ struct SweepCase {
     std::function<std::string()> state = nullptr;
 };
 
-// What `count` consecutive allocations of the call report when they fail, in ascending order of text. A number behind
-// ", line: " in a report counts as "#".
-struct SweepFailures {
-    int count;
-    lines once;
-    lines sticky = once;  // when all later ones fail too
-};
+// What is reported while one allocation after the other fails, each in ascending order of text; equal reports in a row
+// are one. A number after ", line: " counts as "#".
+using SweepReports = std::vector<lines>;
 
 struct SweepRow {
     std::string name;
     std::function<SweepCase()> make;
-    std::vector<SweepFailures> failures;  // in the order of the allocations; their counts are part of the check
+    SweepReports once;
+    SweepReports sticky = once;  // when all later allocations fail too
 };
 
 // The row of a call that needs no set-up, as a constructor's.
-SweepRow calling(std::string name, std::function<bool()> call, std::vector<SweepFailures> failures);
+SweepRow calling(std::string name, std::function<bool()> call, SweepReports once);
 
 // The row of a call that changes an object; Object owns it, as a shared_ptr does.
 template <class Object>
 SweepRow changing(std::string name, std::function<Object()> make, std::function<bool(const Object &)> call,
-                  std::string (*state)(const Object &), std::vector<SweepFailures> failures)
+                  std::string (*state)(const Object &), SweepReports once)
 {
     const auto fresh = [=] {
         const Object object = make();
-        return SweepCase{.call = [=] { return call(object); }, .state = [=] { return state(object); }};
+        return SweepCase{.call = [=] { return call(object); },
+                         .state = [=] { return state != nullptr ? state(object) : std::string(); }};
     };
-    return {.name = std::move(name), .make = fresh, .failures = std::move(failures)};
+    return {.name = std::move(name), .make = fresh, .once = std::move(once)};
 }
 
 // Whether a call gave `success`; its only other result is -1.
@@ -68,6 +72,16 @@ bool made(Record *record, Killed (*kill)(Record *))
     return success;
 }
 
+// Under a host that returns from the fatal exit and reports what it says as any other failure.
+template <class Call>
+auto under_returning_host(Call call)
+{
+    const wem_line_fn before = wem_set_errexit([](const char *line) { return error_mess_fl(line, "", 0); });
+    const auto result = call();
+    wem_set_errexit(before);
+    return result;
+}
+
 // Rows of one file; a file of rows ends with `const SweepRows rows({...});` at namespace scope.
 class SweepRows
 {
@@ -75,6 +89,25 @@ public:
     explicit SweepRows(std::vector<SweepRow> rows);
     static const std::vector<SweepRow> &all();
 };
+
+// Calls round(fire) for n = 0, 1, 2 .. until one returns false: no call was left to fail. From fire() on the n-th call
+// of the kind fails; the round ends with `return disarm() > 0`. Returns how many rounds there were.
+template <class Round>
+int each_fault(fault_kind kind, bool sticky, file_fault fault, Round round)
+{
+    constexpr int endless = 10000;
+    int n = 0;
+    for (bool fired = true; fired; ++n) {
+        SCOPED_TRACE((sticky ? "from call " : "at call ") + std::to_string(n) + ", error " +
+                     std::to_string(fault.error) + (fault.partial ? ", partial" : ""));
+        fired = round([=] { arm(kind, n, sticky, fault); });
+        if (n == endless) {
+            ADD_FAILURE() << "the calls do not end";
+            break;
+        }
+    }
+    return n;
+}
 
 }  // namespace teska_test
 

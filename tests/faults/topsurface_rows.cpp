@@ -1,16 +1,10 @@
 // The top surface with every allocation failing in turn: the messages of each step and no others, an object that can be
-// asked and destroyed, nothing leaked, and success when the step is tried again. Its allocations are too many for a row
-// of the sweep.
-#include "support/reports.h"
-
-#include "faults/injector.h"
+// asked and destroyed, nothing leaked, and success when the step is tried again.
+#include "faults/sweep.h"
 #include "ttriangulartopsurface.h"
-
-#include <gtest/gtest.h>
 
 #include <array>
 #include <cstdio>
-#include <functional>
 #include <optional>
 #include <set>
 
@@ -45,14 +39,14 @@ struct Top : TTriangularTopSurface {
 
 struct Step {
     const char *name;
-    std::function<bool(std::optional<Top> &)> prepare, call;
+    bool (*prepare)(std::optional<Top> &), (*call)(std::optional<Top> &);
     std::set<std::string> reports;  // of all failures together
 };
 
-bool edge(Top &top)
+bool edge(std::optional<Top> &top)
 {
     double teta = 0.0, height = 0.0;
-    return top.UmbrellaEdge(1.0, &teta, &height) == 0;
+    return top->UmbrellaEdge(1.0, &teta, &height) == 0;
 }
 
 void ask(TTriangularTopSurface &top)
@@ -70,6 +64,8 @@ bool made(std::optional<Top> &top)
     return top->ErrNo() == 0;
 }
 
+bool with_edge(std::optional<Top> &top) { return made(top) && edge(top); }
+
 const Step steps[] = {
     {"constructor",
      [](std::optional<Top> &) { return true; },
@@ -77,12 +73,12 @@ const Step steps[] = {
      {"Not enough memory", "No Memory", "No memory", "no Memory", "No more memory", "No Mem"}},
     {"edge",
      made,
-     [](std::optional<Top> &top) { return edge(*top); },
+     edge,
      {"Out of memory", "No More Memory", "func_new : unable to create new instance of function",
       "lin_interp : Cannot create new instance of double interpolator",
       "list_new : Not enough resources to create list"}},
     {"smaller gamut",
-     [](std::optional<Top> &top) { return made(top) && edge(*top); },
+     with_edge,
      [](std::optional<Top> &top) {
          double c[3] = {0.5, 0.0, 0.0};
          return top->DetermineXYZMinGam(c, c, c, 1) == 0 && top->DeterminePhirVTrTetar() == 0;
@@ -90,14 +86,14 @@ const Step steps[] = {
      {"out of memory", "md_tetra_new: insufficient memory", "md_tetrab_new: malloc failure",
       "md_tetrad_new: insuff. mem."}},
     {"many colours",
-     [](std::optional<Top> &top) { return made(top) && edge(*top); },
+     with_edge,
      [](std::optional<Top> &top) {
          std::array<double, 900> c = {};
          return top->DetermineXYZ(c.data(), c.data(), nullptr, 300) == 0;
      },
      {}},
     {"copy",
-     [](std::optional<Top> &top) { return made(top) && edge(*top); },
+     with_edge,
      [](std::optional<Top> &top) {
          Top copy(*top);
          ask(copy);
@@ -107,40 +103,35 @@ const Step steps[] = {
       "lin_interp : Cannot create new instance of double interpolator",
       "list_new : Not enough resources to create list"}},
     {"export",
-     [](std::optional<Top> &top) { return made(top) && edge(*top); },
+     with_edge,
      [](std::optional<Top> &top) { return top->Export("topsurface_rows.m") == 0; },
      {"cannot open export file topsurface_rows.m", "Cannot export process", "No memory"}},
 };
 
-// Allocation n fails, alone or with all later ones. False: there was none.
-bool fails(const Step &step, int n, bool sticky, std::set<std::string> *seen)
-{
-    SCOPED_TRACE(std::string(step.name) + ", " + std::to_string(n) + (sticky ? ", sticky" : ""));
-    Reports captured;
-    track_memory();
-    std::optional<Top> top;
-    EXPECT_TRUE(step.prepare(top));
-    arm(fault_kind::memory, n, sticky);
-    const bool succeeded = step.call(top);
-    const bool injected = disarm() > 0;
-    EXPECT_TRUE(injected || succeeded);
-    EXPECT_TRUE(step.call(top)) << "tried again";
-    top.reset();
-    EXPECT_EQ(live_blocks(), 0);
-    const lines said = captured.take();
-    EXPECT_EQ(said.empty(), succeeded);
-    seen->insert(said.begin(), said.end());
-    return injected;
-}
-
 TEST(TopSurfaceFaults, LeaveAnObjectThatCanBeAskedAndTriedAgain)
 {
     for (const Step &step : steps) {
+        SCOPED_TRACE(step.name);
         std::set<std::string> seen;
-        for (int n = 0; fails(step, n, false, &seen); ++n)
-            if (n % 8 == 0)
-                fails(step, n, true, &seen);
-        EXPECT_EQ(seen, step.reports) << step.name;
+        for (const bool sticky : {false, true})
+            each_fault(fault_kind::memory, sticky, {}, [&](const auto &fire) {
+                Reports captured;
+                track_memory();
+                std::optional<Top> top;
+                EXPECT_TRUE(step.prepare(top));
+                fire();
+                const bool succeeded = step.call(top);
+                const bool injected = disarm() > 0;
+                EXPECT_TRUE(injected || succeeded);
+                EXPECT_TRUE(step.call(top)) << "tried again";
+                top.reset();
+                EXPECT_EQ(live_blocks(), 0);
+                const lines said = captured.take();
+                EXPECT_EQ(said.empty(), succeeded);
+                seen.insert(said.begin(), said.end());
+                return injected;
+            });
+        EXPECT_EQ(seen, step.reports);
     }
     std::remove("topsurface_rows.m");
 }

@@ -1,0 +1,316 @@
+// Containers, objects, reports and record text when memory is short
+#include "cache.h"
+#include "dynar.h"
+#include "faults/sweep.h"
+#include "hash_tab.h"
+#include "itemfifo.h"
+#include "list.h"
+#include "rom.h"
+#include "str_zuk.h"
+#include "tobjfac.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace teska_test
+{
+
+namespace
+{
+
+using Array = std::shared_ptr<dynar>;
+using Fifo = std::shared_ptr<itemfifo>;
+using List = std::shared_ptr<list_rec>;
+using Table = std::shared_ptr<hash_tab>;
+
+constexpr const char *fatal = "ERROR  : 'dynar_ptr: memory allocation failed'";
+constexpr const char *no_list = "list_new : Not enough resources to create list";
+constexpr const char *no_room = "list_insert : Unable to extend list, insufficient resources";
+
+bool touch(const Array &array, int index)
+{
+    return under_returning_host([&] { return dynar_ptr(array.get(), index); }) != nullptr;
+}
+
+// Four items of room, all in use.
+Array full_array()
+{
+    Array array(dynar_new(1, 4), dynar_kill);
+    std::memcpy(dynar_ptr(array.get(), 3), "a", 1);
+    return array;
+}
+
+std::string items(const Array &array)
+{
+    const int count = dynar_nr_items(array.get());
+    return std::to_string(count) + (count > 3 ? *static_cast<char *>(dynar_ptr(array.get(), 3)) : ' ');
+}
+
+// One partition without room.
+Fifo full_fifo()
+{
+    Fifo fifo(itemfifo_new(1, 1), itemfifo_kill);
+    itemfifo_put(fifo.get(), "a");
+    return fifo;
+}
+
+// A list of one full slot: every insertion has to grow it.
+List full_list()
+{
+    List list(list_new(1, 4, nullptr), list_kill);
+    list_insert(list.get(), "abc");
+    return list;
+}
+
+std::string contents(const List &list)
+{
+    return std::to_string(list_num(list.get())) + ": " + static_cast<char *>(list_get_element(list.get(), 0));
+}
+
+SweepRow growing(const char *name, bool (*grow)(const List &list))
+{
+    return changing<List>(name, full_list, grow, contents, {{no_room}});
+}
+
+int length(int, const void *key) { return static_cast<int>(std::strlen(static_cast<const char *>(key))); }
+int equal(const void *stored, const void *key) { return length(0, stored) == length(0, key) ? 1 : 0; }
+
+hash_tab *text_table() { return hash_tab_new(4, -2, -1, length, equal, nullptr, 0, nullptr); }
+
+Table one_text()
+{
+    Table table(text_table(), hash_tab_kill);
+    hash_tab_insert(table.get(), "a", "x");
+    return table;
+}
+
+std::string texts(const Table &table)
+{
+    char data[2] = "";
+    const int index = hash_tab_get(table.get(), "a", data);
+    const int missing = hash_tab_get(table.get(), "12345", nullptr);
+    return std::to_string(dynar_nr_items(hash_tab_keys(table.get()))) + data + std::to_string(index + 10 * missing);
+}
+
+// Longer than the pools' growth step; in slot 0 of 5.
+const std::string long_text(5000, 'y');
+
+// A factory that lacks a part may be used like any other.
+bool make_factory()
+{
+    struct Factory : TObjFac {
+        using TObjFac::IncrRefc;
+        TObjEl *TObjFacCreateEl(void *obj) override { return new (std::nothrow) TObjEl(obj); }
+    } factory;
+    if (factory.ErrNo() == 0)
+        return true;
+    char name[8];
+    EXPECT_EQ(factory.IncrRefc(&factory), 0);
+    const bool registered = factory.GetNrObj() == 1;
+    EXPECT_EQ(factory.ScanObject(1), registered ? &factory : nullptr);
+    EXPECT_EQ(factory.GetCurrentScanObject() != nullptr, registered);
+    EXPECT_TRUE(factory.MakeRandomName("", name, 7) == -1 || !registered) << "which part is it?";
+    EXPECT_EQ(factory.SetCurrentScanObject(nullptr) + factory.ScanReset(), 0);
+    EXPECT_EQ(factory.RemoveFromFactory(factory.DecrRefc(&factory)), nullptr);
+    EXPECT_EQ(factory.GetNrObj(), 0);
+    return false;
+}
+
+const lines no_random{"Random_new : allocation failed"};
+const SweepRows rows({
+    calling("dynar_new", [] { return made(dynar_new(3, 8), dynar_kill); }, {{"dynar_new: Unable to create new dynar"}}),
+    changing<Array>("dynar_ptr", full_array, [](const Array &array) { return touch(array, 9); }, items, {{fatal}}),
+    calling("itemfifo_new", [] { return made(itemfifo_new(3, 8), itemfifo_kill); },
+            {{"itemfifo_new: Unable to create new itemfifo"}}),
+    changing<Fifo>(
+        "itemfifo_put", full_fifo, [](const Fifo &fifo) { return itemfifo_put(fifo.get(), "b") == 1; },
+        [](const Fifo &fifo) { return std::to_string(itemfifo_nr_items(fifo.get())); },
+        {{"itemfifo_put: unable to create new partition"}}),
+    calling("list_new", [] { return made(list_new(3, 8, nullptr), list_kill); }, {{no_list}}),
+    growing("list_insert", [](const List &list) { return gave(1, list_insert(list.get(), "def")); }),
+    growing("list_insert_index", [](const List &list) { return gave(0, list_insert_index(list.get(), "def", 0, 1)); }),
+    growing("list_alloc", [](const List &list) { return gave(0, list_alloc(list.get(), 7)); }),
+    calling("hash_tab_new, texts", [] { return made(text_table(), hash_tab_kill); },
+            {{"Hash_tab_new : allocation failed"},
+             {"dynar_new: Unable to create new dynar"},
+             {},
+             {"dynar_new: Unable to create new dynar"},
+             {},
+             {"Hash_tab_new : allocation of table failed nr_items = 5"}}),
+    changing<Table>("hash_tab_insert, texts", one_text,
+                    [](const Table &table) {
+                        const char *text = long_text.c_str();
+                        return gave(0, under_returning_host([&] { return hash_tab_insert(table.get(), text, text); }));
+                    },
+                    texts, {{fatal}}),
+    changing<Table>("hash_tab_put, text", one_text,
+                    [](const Table &table) {
+                        return gave(
+                            1, under_returning_host([&] { return hash_tab_put(table.get(), "a", long_text.c_str()); }));
+                    },
+                    texts, {{fatal}}),
+    calling("cache_new", [] { return made(cache_new(3, 4, 5, nullptr, nullptr, nullptr), cache_kill); }, {{}}),
+    {.name = "TObjFac",
+     .make = [] { return SweepCase{.call = make_factory}; },
+     .once = {{}, no_random},
+     .sticky = {no_random}},
+});
+
+TEST(HiddenRoom, IsDoneWithoutWhenMemoryIsShort)
+{
+    const List list(list_new(1, 1, nullptr), list_kill);
+    list_alloc(list.get(), 30);
+    const Array array(dynar_new(1, 1), dynar_kill);
+    touch(array, 29);
+    int injected = 0;
+    for (unsigned i = 30; i < 100; ++i)
+        for (const bool to_list : {true, false}) {
+            arm(fault_kind::memory, 0, false);
+            EXPECT_TRUE(to_list ? list_insert_index(list.get(), "a", i, 0) >= 0 : touch(array, static_cast<int>(i)));
+            injected += disarm();
+        }
+    EXPECT_EQ(injected, 70 / 2 + 70) << "the list grows by two slots, the array by one item";
+}
+
+std::vector<void *> plates;
+
+bool add_plate()
+{
+    void *plate = rom_obj_new(8, "plate");
+    if (plate != nullptr)
+        plates.push_back(plate);
+    return plate != nullptr;
+}
+
+bool add_block() { return rom_obj_malloc(plates[0], 8) != nullptr; }
+
+// There is one registry in the process, so its states are not a row's to set up: the steps follow each other, and run
+// before any row. Each adds some, and then one more for which memory lacks; both lists have 10 places at first.
+TEST(Rom, LeavesTheRegistryAsItIsWhenMemoryIsShort)
+{
+    const struct {
+        bool (*add)();
+        int count;
+        int allocation;
+        lines reported;
+    } steps[] = {{add_plate, 0, 0, {no_list, "rom_init: malloc failed"}},
+                 {add_plate, 0, 1, {no_list, "rom_init: malloc failed"}},
+                 {add_plate, 10, 0, {"rom_obj_new: malloc of obj plate failed"}},
+                 {add_plate, 0, 1, {no_room, "rom_obj_new: insert of obj plate in objlist failed"}},
+                 {add_block, 0, 0, {no_list, "rom_obj_malloc: objmem list create failed for plate"}},
+                 {add_block, 0, 1, {no_list, "rom_obj_malloc: objmem list create failed for plate"}},
+                 {add_block, 0, 2, {"rom_obj_malloc: malloc of 8 failed for plate"}},
+                 {add_block, 10, 0, {"rom_obj_malloc: malloc of 8 failed for plate"}},
+                 {add_block, 0, 1, {no_room, "rom_obj_malloc: insert of plate failed"}}};
+    for (const auto &step : steps) {
+        for (int i = 0; i < step.count; ++i)
+            EXPECT_TRUE(step.add());
+        Reports reports;
+        track_memory();
+        arm(fault_kind::memory, step.allocation, false);
+        EXPECT_FALSE(step.add());
+        EXPECT_EQ(disarm(), 1);
+        EXPECT_EQ(live_blocks(), 0);
+        EXPECT_EQ(reports.take(), step.reported);
+        for (const void *plate : plates)
+            EXPECT_EQ(rom_objtype_check(plate, "plate"), 1);
+    }
+    EXPECT_TRUE(add_plate() && add_block());
+    for (void *plate : plates) {
+        rom_obj_kill(plate);
+        std::free(plate);
+    }
+}
+
+// The queue itself is under test here: these tests arm the injector directly.
+void fill_queue()
+{
+    error_set(2);
+    for (int i = 100; i < 150; ++i)
+        error_mess_fl(std::to_string(i).c_str(), "", 0);
+}
+
+int drain()
+{
+    int count = 0;
+    while (error_get() != nullptr)
+        ++count;
+    return count;
+}
+
+TEST(ErrorMess, KeptLosesTheLineAndQueuesTheListsComplaintWhenTheQueueCannotGrow)
+{
+    fill_queue();
+    arm(fault_kind::memory, 0, false);
+    error_mess_fl("z", "", 0);
+    EXPECT_EQ(disarm(), 1);
+    // Descending order: the complaint of the list comes before the numbers.
+    EXPECT_STREQ(error_get(), "ERROR : 'list_insert : Unable to extend list, insufficient resources'");
+    EXPECT_STREQ(error_get(), "ERROR : '149'");
+    EXPECT_EQ(drain(), 49);
+    error_set(1);
+}
+
+TEST(ErrorMess, StopsNestingWhenMemoryStaysShort)
+{
+    fill_queue();
+    arm(fault_kind::memory, 0, true);
+    error_mess_fl("z", "", 0);
+    EXPECT_EQ(disarm(), 16);
+    EXPECT_EQ(drain(), 50);
+    error_mess_fl("z", "", 0);
+    EXPECT_STREQ(error_get(), "ERROR : 'z'");
+    error_set(1);
+}
+
+TEST(ErrorSet, StaysInItsModeWhenTheQueueCannotBeMade)
+{
+    error_set(3);
+    for (const int n : {0, 1}) {
+        arm(fault_kind::memory, n, false);
+        EXPECT_EQ(error_set(2), 3);
+        EXPECT_EQ(disarm(), 1);
+        EXPECT_EQ(error_get(), nullptr) << "the list's complaint is dropped";
+        EXPECT_EQ(error_set(3), 3);
+    }
+    error_set(1);
+}
+
+TEST(ErrorSetThread, ChangesNothingWithoutMemoryAndThenReportsWithoutAny)
+{
+    error_set_thread(3);
+    error_mess_fl("kept", "", 0);
+    arm(fault_kind::memory, 0, true);
+    EXPECT_EQ(error_set_thread(2), TESKA_ERROR_NO_MEMORY);
+    EXPECT_EQ(disarm(), 1);
+    EXPECT_STREQ(error_get(), "ERROR : 'kept'");
+    EXPECT_EQ(error_set_thread(2), 3);
+    arm(fault_kind::memory, 0, true);
+    error_mess_fl("queued", "", 0);
+    EXPECT_EQ(disarm(), 0);
+    EXPECT_STREQ(error_get(), "ERROR : 'queued'");
+    EXPECT_EQ(error_set_thread(TESKA_ERROR_PROCESS_WIDE), 2);
+}
+
+TEST(StrSearchZuk, AnswersWithoutMemoryAndThenKnowsNothing)
+{
+    for (const bool before : {false, true}) {
+        const char *text = "[b]\nk=1\n[cc]\nk=2\n[b]\nk=3";
+        char value[257];
+        str_search_zuk_cache_reset();
+        if (before)
+            str_search_zuk(&text, "b", "k", value);
+        arm(fault_kind::memory, 0, true);
+        EXPECT_EQ(str_search_zuk(&text, "cc", "k", value), 1);
+        EXPECT_EQ(disarm(), 1);
+        EXPECT_STREQ(value, "2");
+        EXPECT_EQ(str_search_zuk(&text, "b", "k", value), 1);
+        EXPECT_STREQ(value, "1") << "searched from the start";
+    }
+}
+
+}  // namespace
+
+}  // namespace teska_test

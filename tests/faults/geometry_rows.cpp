@@ -1,0 +1,186 @@
+// Volumes, hulls and their export: allocations, and what is written when a file call fails
+#include "support/folder.h"
+#include "support/generator.h"
+
+#include "faults/sweep.h"
+#include "tconvexhull.h"
+#include "volume_export.h"
+
+#include <cmath>
+#include <memory>
+
+namespace teska_test
+{
+
+namespace
+{
+
+using Volume = std::shared_ptr<tetra_volume>;
+
+const tetra_point corner[] = {{0, 0, 0, 0}, {1, 0, 0, 1}, {0, 1, 0, 2}, {0, 0, 1, 3}};
+const double eye[] = {9, 9, 9}, below[] = {0.2, 0.2, -1}, above[] = {0.2, 0.2, 99};
+
+// Horizontal triangles one above the other, and a tetrahedron ten times.
+Volume stack(int nr_planes)
+{
+    Volume v(tetra_volume_new0(), tetra_volume_kill);
+    for (double z = 0; z < nr_planes; ++z) {
+        const tetra_point p[] = {{0, 0, z, 0}, {1, 0, z, 1}, {0, 1, z, 2}};
+        tetra_volume_add_plane(v.get(), p, p + 1, p + 2);
+    }
+    for (int i = 0; i < 10; ++i)
+        tetra_volume_add_tetra(v.get(), corner, corner + 1, corner + 2, corner + 3);
+    return v;
+}
+
+std::string counts(const Volume &v)
+{
+    return std::to_string(v->nr_planes) + " " + std::to_string(list_num(v->planes)) + " " +
+           std::to_string(v->nr_tetras) + " " + std::to_string(list_num(v->tetras));
+}
+
+// A call that asks or changes a stack; it gives 0 or -1.
+SweepRow row(const char *name, int nr_planes, int (*call)(tetra_volume *v), SweepReports once)
+{
+    return changing<Volume>(
+        name, [=] { return stack(nr_planes); }, [=](const Volume &v) { return gave(0, call(v.get())); }, counts,
+        std::move(once));
+}
+
+// A cube with a point inside.
+SweepCase cutting()
+{
+    const std::shared_ptr<list_rec> points(list_new(20, sizeof(tetra_point), nullptr), list_kill);
+    for (int i = 0; i < 9; ++i) {
+        const tetra_point p{i < 8 ? i % 2 * 10.0 : 3, i < 8 ? i / 2 % 2 * 10.0 : 4, i < 8 ? i / 4 * 10.0 : 5, 0};
+        list_insert(points.get(), &p);
+    }
+    return {.call = [=] { return made(tetra_volume_new(points.get()), tetra_volume_kill); }};
+}
+
+int add_plane(tetra_volume *v) { return tetra_volume_add_plane(v, corner, corner + 1, corner + 2); }
+int add_tetra(tetra_volume *v) { return tetra_volume_add_tetra(v, corner, corner + 1, corner + 2, corner + 3); }
+int intersect(tetra_volume *v) { return tetra_volume_line_intersect(v, below, above, nullptr); }
+
+int add_plane2(tetra_volume *v)
+{
+    return tetra_volume_add_plane2(v, *static_cast<tetra_plane **>(list_get_element(v->planes, 0)));
+}
+
+int get_border(tetra_volume *v)
+{
+    list_rec *points = nullptr;
+    const int result = tetra_volume_get_border_points(v, nullptr, &points);
+    EXPECT_EQ(points != nullptr, result == 0);
+    list_kill(points);
+    return result;
+}
+
+int dump(tetra_volume *v)
+{
+    const int result = tetra_volume_dump_to_file(v, eye, "tetra_rows.tmp");
+    EXPECT_EQ(std::remove("tetra_rows.tmp"), result);
+    return result;
+}
+
+// On a sphere so small that the hull is made twice, the second time by exact signs.
+void add_sphere(TConvexHull &hull)
+{
+    Generator input(1);
+    for (int i = 0; i < 60; ++i) {
+        const double x = input.between(-1, 1), y = input.between(-1, 1), z = input.between(-1, 1);
+        const double k = 4 / std::sqrt(x * x + y * y + z * z);
+        hull.AddPoint(x * k, y * k, z * k);
+    }
+}
+
+const lines nothing, no_list{"list_new : Not enough resources to create list"};
+const lines no_room{"list_insert : Unable to extend list, insufficient resources"};
+const SweepRows rows({
+    calling("plane_new2", [] { return made<void>(plane_new2(corner, corner + 1, corner + 2), plane_kill); }, {nothing}),
+    calling("tetra_volume_new0", [] { return made(tetra_volume_new0(), tetra_volume_kill); }, {nothing, no_list}),
+    {.name = "tetra_volume_new", .make = cutting, .once = {nothing, no_list, nothing, no_room, nothing}},
+    row("tetra_volume_add_plane", 10, add_plane, {nothing, no_room}),
+    row("tetra_volume_add_plane2", 10, add_plane2, {nothing, no_room}),
+    row("tetra_volume_add_tetra", 0, add_tetra, {nothing, no_room}),
+    row("tetra_volume_get_border_points", 4, get_border, {no_list, nothing, no_room}),
+    row("tetra_volume_line_intersect", 40, intersect, {nothing}),
+    row("tetra_volume_dump_to_file", 1, dump, {nothing}),
+});
+
+// Calls check(fire) on fresh hulls while allocations fail in turn; returns how often.
+template <class Check>
+int each_hull(bool sticky, Check check)
+{
+    return each_fault(fault_kind::memory, sticky, {}, [&](const auto &fire) {
+        track_memory();
+        const bool fired = check(fire, TConvexHull());
+        EXPECT_EQ(live_blocks(), 0);
+        return fired;
+    });
+}
+
+TEST(TConvexHull, ConstructsWhenMemoryIsBackAgain)
+{
+    for (const bool sticky : {false, true}) {
+        const int rounds = each_hull(sticky, [](const auto &fire, TConvexHull hull) {
+            add_sphere(hull);
+            fire();
+            const int result = hull.Construct();
+            const bool fired = disarm() > 0;
+            EXPECT_EQ(result, fired ? -1 : 0);
+            EXPECT_EQ(hull.InsideHull(1, 1, 1), fired ? 0 : 1);
+            EXPECT_EQ(hull.Construct(), 0);
+            EXPECT_EQ(hull.InsideHull(1, 1, 1), 1);
+            EXPECT_EQ(hull.InsideHull(3, 3, 3), 0);
+            return fired;
+        });
+        EXPECT_GT(rounds, 300);
+    }
+}
+
+TEST(TConvexHull, RemembersALostPoint)
+{
+    const int rounds = each_hull(false, [](const auto &fire, TConvexHull hull) {
+        fire();
+        for (const double x : {0, 10})
+            EXPECT_EQ(hull.AddPoint(x, 0, 0), 0);
+        const bool fired = disarm() > 0;
+        TConvexHull copy(hull);
+        add_sphere(copy);
+        EXPECT_EQ(copy.Construct(), fired ? -1 : 0);
+        EXPECT_TRUE(!fired || hull.Construct() == -1);
+        EXPECT_EQ(hull.IsEmpty(), 0);
+        return fired;
+    });
+    EXPECT_GT(rounds, 3);
+}
+
+TEST(VolumeExport, FailsWhenAFileIsNotWrittenToItsEndButForTheSecondScene)
+{
+    const Folder folder;
+    const std::string first = folder.path("first"), second = folder.path("second");
+    const Volume v = stack(1);
+    // Results of a call while its file calls fail in turn: f failure, s success; at last without a failure.
+    const auto results = [](file_fault fault, const std::function<int()> &call) {
+        std::string all;
+        each_fault(fault_kind::files, false, fault, [&](const auto &fire) {
+            fire();
+            all += gave(0, call()) ? 's' : 'f';
+            return disarm() > 0;
+        });
+        return all;
+    };
+    for (const file_fault fault : {file_fault{.error = ENOSPC}, file_fault{.error = EIO, .partial = true}}) {
+        const auto dumped = results(fault, [&] { return tetra_volume_dump_to_file(v.get(), eye, first.c_str()); });
+        const auto scenes = results(fault, [&] { return writeVRML(v.get(), first.c_str(), second.c_str()); });
+        const std::size_t of_first = scenes.find('s');
+        EXPECT_EQ(dumped.find('s'), dumped.size() - 1);
+        EXPECT_TRUE(of_first > 30 && scenes.size() > of_first + 30);
+        EXPECT_EQ(scenes.find('f', of_first), std::string::npos);
+    }
+}
+
+}  // namespace
+
+}  // namespace teska_test

@@ -1,0 +1,198 @@
+// Filters, scalers and fills when memory is short
+#include "Source/fir/fir_priv.h"
+
+#include "faults/sweep.h"
+#include "flood.h"
+#include "fusm.h"
+#include "ibilin.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace teska_test
+{
+
+namespace
+{
+
+using Sharpener = std::shared_ptr<fusm>;
+using Scaler = std::shared_ptr<ibilin>;
+
+int spots;  // how many lines came out with the spot in their middle made brighter by 40
+unsigned char result[3];
+
+void watch(int) { spots += result[1] == 150 ? 1 : 0; }
+void keep(void **in, int, void **out, int, int width)
+{
+    std::copy_n(static_cast<unsigned char *>(*in), width, static_cast<unsigned char *>(*out));
+}
+
+// Every second line has a spot. Nothing is allocated for a line, so only the start may fail.
+bool sharpen(fusm *f, int height)
+{
+    unsigned char plain[] = {100, 100, 100}, spotted[] = {100, 110, 100};
+    unsigned char *out = result;
+    spots = 0;
+    if (f == nullptr || fusm_start(f, height, 3, watch, 1, 0, 1) == 0)
+        return false;
+    for (int y = 0; y < height; ++y) {
+        unsigned char *in = y % 2 == 0 ? plain : spotted;
+        fusm_b_do(f, &in, &out, nullptr);
+    }
+    return spots == height / 2;
+}
+
+bool sharpen_once()
+{
+    fusm *f = fusm_new(0, 255, 1, 1, nullptr, nullptr);
+    const bool success = sharpen(f, 3);
+    fusm_kill(f);
+    return success;
+}
+
+bool reduce_levels(const Sharpener &f)
+{
+    const double points[] = {0, 0, 1, 1};
+    return fusm_level_red_set(f.get(), 2, points, points) != 0;
+}
+
+int delivered = 0;
+
+bool start(const Scaler &record)
+{
+    return ibilin_start(
+               record.get(), 3, 1, 100, 1, 200, [](int) { ++delivered; }, 3, 3) == 1;
+}
+
+// Feeds a line to every component; how many are handed out.
+std::string feed(const Scaler &record)
+{
+    static unsigned char line[300], out[600];
+    unsigned char *outs[] = {out, out + 1, out + 2};
+    delivered = 0;
+    ibilin_rgb_b(record.get(), line, line + 1, line + 2, &outs[0], &outs[1], &outs[2]);
+    return std::to_string(delivered);
+}
+
+const lines no_buffer{"fusm_start: malloc HPFc_buf failed"};
+// Of a curve: its record, the points' and what holds them.
+const lines no_record = {"fusm_level_red_set: unable to create lin interp",
+                         "lin_interp : Cannot create new instance of double interpolator"};
+const lines no_function = {"func_new : unable to create new instance of function", no_record[0], no_record[1]};
+const lines no_list = {no_function[0], no_record[0], no_record[1], "list_new : Not enough resources to create list"};
+
+const SweepRows rows({
+    calling("fir_new", [] { return made(fir_new(1, 255), fir_kill); }, {{"fir_new: unable to malloc"}}),
+    calling("flood_new", [] { return made(flood_new(nullptr, nullptr), flood_kill); }, {{"flood_new: malloc failure"}}),
+    {.name = "fusm_new",
+     .make = [] { return SweepCase{.call = sharpen_once}; },
+     .once = {{"usm_new: unable to malloc"}, {}, no_buffer},  // the tables in between
+     .sticky = {{"usm_new: unable to malloc"}, no_buffer}},
+    changing<Sharpener>(
+        "fusm_start, 100000 lines", [] { return Sharpener(fusm_new(0, 255, 1, 1, nullptr, keep), fusm_kill); },
+        [](const Sharpener &f) { return sharpen(f.get(), 100001); }, nullptr,
+        {{"fusm_start: malloc comps_buf failed"}, no_buffer}),
+    changing<Sharpener>("fusm_level_red_set",
+                        [] { return Sharpener(fusm_new(0, 255, 2, 2, nullptr, nullptr), fusm_kill); }, reduce_levels,
+                        nullptr, {{}, no_record, no_function, no_list, no_record, no_function, no_list}),
+    calling("ibilin_new", [] { return made(ibilin_new(0), ibilin_kill); }, {{"ibilin_new:unable to create ibilin"}}),
+    // A new record ignores lines, as after a failure.
+    changing<Scaler>("ibilin_start", [] { return Scaler(ibilin_new(0), ibilin_kill); }, start, feed,
+                     {{"ibilin_start: unsufficient resources"}}),
+});
+
+constexpr int width = 50;
+
+char out[width];
+std::string finished;  // all lines
+
+// Filters a new image while all allocations from the n-th on fail; returns how many did.
+int filter_failing_at(int n, fir *filter, int lines)
+{
+    unsigned char in[width + 1];
+    for (int i = 0; i <= width; ++i)
+        in[i] = static_cast<unsigned char>(i * i);
+    auto *holder = reinterpret_cast<unsigned char *>(out);
+    finished.clear();
+    finished.reserve(static_cast<std::size_t>(lines) * width);
+    arm(fault_kind::memory, n, true);
+    fir_start(
+        filter, 1, lines, width, [](int) { finished.append(out, width); }, 1, 1);
+    for (int y = 0; y < lines; ++y)
+        fir_mono_b(filter, in + y % 2, &holder);
+    return disarm();
+}
+
+TEST(FirLines, AllocateNothing)
+{
+    const double kernel[9] = {0.1, 0.2, 0.3, 0, 0.1, 0, 0.1, 0, 0.1};
+    const std::unique_ptr<fir, int (*)(fir *)> filter(fir_new(1, 255), fir_kill);
+    EXPECT_EQ(filter_failing_at(0, filter.get(), 100000), 0) << "of a kernel of zeros";
+    teska::fir_set_kernel(filter.get(), kernel);
+    EXPECT_LE(filter_failing_at(0, filter.get(), 30), 1) << "none on a processor without variants";
+    const std::string without = finished;
+    EXPECT_EQ(filter_failing_at(1, filter.get(), 30), 0);
+    EXPECT_EQ(finished, without);
+    EXPECT_EQ(filter_failing_at(0, filter.get(), 100000), 0) << "the second image";
+    EXPECT_EQ(finished.substr(0, 29 * width), without.substr(0, 29 * width));
+    EXPECT_EQ(finished.size(), 100000U * width);
+}
+
+constexpr int size = 12;
+
+// 0: in the region; walls between every second pair of columns.
+struct Comb {
+    int pixels[size][size];
+    int filled = 0;
+
+    Comb()
+    {
+        for (int i = 0; i < size * size; ++i)
+            pixels[i / size][i % size] = i % 2 == 1 && i / size % 4 != 0;
+    }
+
+    static int inside(void *user, int x, int y)
+    {
+        return x >= 0 && x < size && y >= 0 && y < size && static_cast<Comb *>(user)->pixels[y][x] == 0;
+    }
+
+    static void fill(void *user, int first, int last, int y)
+    {
+        for (int x = first; x <= last; ++x)
+            static_cast<Comb *>(user)->filled += ++static_cast<Comb *>(user)->pixels[y][x];
+    }
+};
+
+TEST(FloodDo, GoesOnWithoutTheShadowsThatFindNoMemory)
+{
+    const std::unique_ptr<flood, int (*)(flood *)> record(flood_new(Comb::inside, Comb::fill), flood_kill);
+    const auto fill_failing_at = [&](int n, bool sticky, lines &reported) {
+        Reports reports;
+        Comb comb;
+        track_memory();
+        arm(fault_kind::memory, n, sticky);
+        EXPECT_EQ(flood_do(record.get(), &comb, 6, 6), 1);
+        const int injected = disarm();
+        EXPECT_EQ(live_blocks(), 0);
+        reported = reports.take();
+        EXPECT_EQ(std::count(reported.begin(), reported.end(), "new_shdw: malloc failure"), injected);
+        return comb.filled;
+    };
+    lines reported;
+    const int whole = fill_failing_at(1000, false, reported);
+    EXPECT_EQ(whole, size * size - 9 * size / 2);
+    for (const bool sticky : {false, true}) {
+        for (const int seed : {0, 1}) {
+            EXPECT_EQ(fill_failing_at(seed, sticky, reported), 0) << "no row, no shadow";
+            EXPECT_EQ(reported, (lines{"flood_do: new_shdw failed", "new_shdw: malloc failure"}));
+        }
+        for (int n = 2; fill_failing_at(n, sticky, reported) < whole || !reported.empty(); ++n)
+            for (const std::string &line : reported)
+                EXPECT_TRUE(line == "new_shdw: malloc failure" || line == "remove_overlap: algorithm failure") << line;
+        EXPECT_EQ(fill_failing_at(1000, false, reported), whole);
+    }
+}
+
+}  // namespace
+
+}  // namespace teska_test
