@@ -190,7 +190,7 @@ TEST(ErrorMess, PrintsWholeLinesWhileThreadsChangeTheModes)
     }
 }
 
-// Calls that fail in all threads at once: every thread gets its own lines, and the queue of the process every line once.
+// Calls that fail in all threads at once: every thread gets its own lines, the queue of the process every line once.
 std::vector<std::string> pending()
 {
     std::vector<std::string> lines;
