@@ -1,22 +1,9 @@
 // izat_avx2 - resampling by weighted sums, two columns at a time
 
-#include "Kernels/avx2.h"
-#include "Kernels/izat_vector.h"
+#include "Kernels/izat_pairs.h"
 
 namespace teska
 {
-
-namespace
-{
-
-struct izat_avx2 : avx2 {
-    static vector every_fourth_column(const std::int16_t *samples, const std::int32_t *first) noexcept
-    {
-        return join(v128::load(samples + first[0]), v128::load(samples + first[4]));
-    }
-};
-
-}  // namespace
 
 void install_avx2(izat_kernels &table, bool /*gathers*/) noexcept { izat_install<izat_avx2>(table); }
 

@@ -1,24 +1,14 @@
-// izat_avx512 - resampling by weighted sums, four columns at a time
+// izat_avx512 - resampling by weighted sums with vectors of 64 bytes
+//
+// Columns are summed two at a time in vectors of 32 bytes: putting four runs of samples into one vector costs more than
+// it saves.
 
 #include "Kernels/avx512.h"
-#include "Kernels/izat_vector.h"
+#include "Kernels/izat_pairs.h"
 
 namespace teska
 {
 
-namespace
-{
-
-struct izat_avx512 : avx512 {
-    static vector every_fourth_column(const std::int16_t *samples, const std::int32_t *first) noexcept
-    {
-        return join(avx2::join(v128::load(samples + first[0]), v128::load(samples + first[4])),
-                    avx2::join(v128::load(samples + first[8]), v128::load(samples + first[12])));
-    }
-};
-
-}  // namespace
-
-void install_avx512(izat_kernels &table, bool /*gathers*/) noexcept { izat_install<izat_avx512>(table); }
+void install_avx512(izat_kernels &table, bool /*gathers*/) noexcept { izat_install<avx512, izat_avx2>(table); }
 
 }  // namespace teska

@@ -159,18 +159,24 @@ struct izat_vector {
         for (; x < count; ++x)
             out[x] = static_cast<Sample>((std::uint32_t{a[2 * x]} + a[2 * x + 1] + b[2 * x] + b[2 * x + 1] + 2) >> 2);
     }
-
-    static void install(izat_depth<Sample> &depth) noexcept
-    {
-        depth = {.centre = centre, .across = across, .down = down, .halve = halve};
-    }
 };
 
-template <class Isa>
+// Columns: the vectors in which columns are summed, which may be shorter than those for everything else.
+template <class Isa, class Columns, class Sample>
+void izat_install(izat_depth<Sample> &depth) noexcept
+{
+    using kernels = izat_vector<Isa, Sample>;
+    depth = {.centre = kernels::centre,
+             .across = izat_vector<Columns, Sample>::across,
+             .down = kernels::down,
+             .halve = kernels::halve};
+}
+
+template <class Isa, class Columns = Isa>
 void izat_install(izat_kernels &table) noexcept
 {
-    izat_vector<Isa, std::uint8_t>::install(table.bytes);
-    izat_vector<Isa, std::uint16_t>::install(table.words);
+    izat_install<Isa, Columns>(table.bytes);
+    izat_install<Isa, Columns>(table.words);
 }
 
 }  // namespace
