@@ -71,7 +71,8 @@ void expect(Function f, const std::vector<Row> &rows)
         // Without a distance, and over the query point.
         ProjResult over{{row.q[0], row.q[1], row.q[2]}, 0, {}};
         EXPECT_EQ(f(row.figure.data(), over.point, row.dir.data(), &over, nullptr), found.code);
-        EXPECT_TRUE(found.code != 0 || std::equal(over.point, over.point + 3, found.r.point));
+        EXPECT_EQ(Values(over.point, over.point + 3),
+                  found.code == 0 ? Values(found.r.point, found.r.point + 3) : row.q);
     }
 }
 
@@ -236,7 +237,7 @@ TEST(ProjPlanes, GiveKnownAnswers)
     expect_near(dir, {0, 0.8, -0.6}, "point");
     EXPECT_EQ(proj_plane_intersect(slant.data(), Values{1e-17, 6, 8, 1}.data(), dir, point), -1);
     EXPECT_EQ(proj_det_plane_abcd(Values{0, 0, 2, 5, 0, 2, 0, 5, 2}.data(), abcd), 0);
-    EXPECT_TRUE(abcd[0] == 0 && abcd[1] == 0 && abcd[2] == 1 && abcd[3] == -2);
+    EXPECT_EQ(Values(abcd, abcd + 4), Values({0, 0, 1, -2}));
     EXPECT_EQ(proj_det_plane_abcd(Values{0, 0, 0, 1e-11, 0, 0, 0, 1e-11, 0}.data(), abcd), -1);
     EXPECT_EQ(abcd[2], 1e-11 * 1e-11);
 }

@@ -11,13 +11,14 @@ namespace
 {
 
 using Ints = std::vector<int>;
+using Values = std::vector<double>;
 
 TPlane plane_of(int type, double value)
 {
     return {41, 31, static_cast<TPlane::PlaneType>(type), value, -100, 100, 0, 90};
 }
 
-Ints pixel(const TPlane &plane, std::vector<double> lab, bool noClamp)
+Ints pixel(const TPlane &plane, const Values &lab, bool noClamp)
 {
     int x = 0, y = 0;
     plane.GetXY(lab.data(), &x, &y, noClamp);
@@ -43,7 +44,7 @@ TEST(TPlane, GoesToColoursAndBackOnEveryPixel)
         const TPlane plane = plane_of(type, kind == 3 ? 30 : -7);
         for (int i = -1; i <= 41; ++i)
             for (int j = -1; j <= 31; ++j) {
-                std::vector<double> lab(3);
+                Values lab(3);
                 plane.GetLab(i, j, lab.data(), false);
                 const double across = -100 + 5 * i, down = 90 - 3 * j;
                 const double colours[4][3] = {{-7, across, down},
@@ -62,9 +63,9 @@ TEST(TPlane, KeptLimitsToOneBeyondTheLastPixelAndByFlagsOfOppositeSense)
     const TPlane plane = plane_of(0, 50);
     double lab[3];
     plane.GetLab(46, -3, lab, true);
-    EXPECT_TRUE(lab[1] == 105 && lab[2] == 90);
+    EXPECT_EQ(Values(lab + 1, lab + 3), Values({105, 90}));
     plane.GetLab(-3, 46, lab, true);
-    EXPECT_TRUE(lab[1] == -100 && lab[2] == -3);
+    EXPECT_EQ(Values(lab + 1, lab + 3), Values({-100, -3}));
     EXPECT_EQ(pixel(plane, {50, 1000, -1000}, false), (Ints{41, 31}));
     EXPECT_EQ(pixel(plane, {50, 1000, -1000}, true), (Ints{220, 363}));
     // Halves away from 0; a hue plane sees the chroma of the far side as negative.
@@ -102,8 +103,8 @@ TEST(TPlane, IsEqualBySizeTypeValueAndRanges)
         EXPECT_TRUE(base != plane(values) && !(base == plane(values))) << &value - values;
         --value;
     }
-    EXPECT_TRUE(base.W() == 4 && base.Value() == 5 && base.XMin() == 0 && base.XMax() == 1 && base.YMin() == 2 &&
-                base.YMax() == 6);
+    EXPECT_EQ(Values({base.W() * 1.0, base.Value(), base.XMin(), base.XMax(), base.YMin(), base.YMax()}),
+              Values({4, 5, 0, 1, 2, 6}));
 }
 
 TEST(TPlane, KeepsToIntegersWhateverItIsGiven)
@@ -114,11 +115,13 @@ TEST(TPlane, KeepsToIntegersWhateverItIsGiven)
             const double high = extremes[i / 4 % 5], v = extremes[i / 20];
             const TPlane plane(size, size, static_cast<TPlane::PlaneType>(i % 4), high, 0, high, 0, high);
             const Ints found = pixel(plane, {v, v, v}, true);
-            EXPECT_TRUE(found[0] != INT_MIN && found[1] != INT_MIN && (v == v || found == (Ints{0, 0})));
+            EXPECT_NE(found[0], INT_MIN);
+            EXPECT_NE(found[1], INT_MIN);
+            EXPECT_EQ(found, std::isnan(v) ? Ints({0, 0}) : found);
             grid(plane, &TPlane::GetXGridPoints);
         }
     const TPlane three(3, 3, TPlane::ConstLPlane, 0, 0, 1, 0, 1);
     EXPECT_EQ(pixel(three, {0, 1e308, 1e308}, true), (Ints{INT_MAX, -INT_MAX}));
     const TPlane one(1, 1, TPlane::ConstLPlane, 50, -3, 3, -4, 4);
-    EXPECT_TRUE(one.X(0) == -3 && one.X(9) == -3 && one.Y(0) == 4 && one.Y(9) == 4);
+    EXPECT_EQ(Values({one.X(0), one.X(9), one.Y(0), one.Y(9)}), Values({-3, -3, 4, 4}));
 }
