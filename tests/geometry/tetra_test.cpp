@@ -118,66 +118,78 @@ tetra_point on_axes(int i)
     return i < 59 ? tetra_point{t * 1.7, t * 1.7, t * 1.7, 0} : tetra_point{50 + t * 0.3, 50 - t * 0.7, 30, 0};
 }
 
-// Above a base that is flat but for a hair.
-tetra_point on_base(int i)
-{
-    const double heights[] = {0, 1e-8, 1e-9, 20};
-    return {i * 37 % 51 + 0.1, i * 23 % 53 + 0.2, heights[i * i / 3 % 4], 0};
-}
-
 // Corners of the hull amid coplanar triangles, the apex in their plane.
 const Points layers = {{9, 7, 3, 0}, {9, 7, 6, 0}, {9, 2, 7, 0}, {9, 4, 6, 0}, {0, 3, 1, 0}, {0, 1, 7, 0}};
 
 // ---- What holds for every set ----------------------------------------------------------------------------------------
 
-// The boundary closes, faces outward and leaves no point outside, and the tetrahedra fill it, all the same way round,
-// with every point as a corner.
-void check_volume(const Volume &v, const Points &points)
+// The sixfold volume within the boundary, of which every side belongs to two planes, once each way round.
+double within_planes(const Volume &v, const tetra_point &from)
 {
     std::map<std::pair<double, double>, int> sides;
-    double hull = 0, beyond = 0, filled = 0;
+    double sum = 0;
     for (int i = 0; i < v->nr_planes; ++i) {
-        const tetra_plane &f = *at<tetra_plane>(v->planes, i);
-        hull -= sixfold(f.p[0], f.p[1], f.p[2], points[0]);
+        const tetra_point *p = at<tetra_plane>(v->planes, i)->p;
+        sum -= sixfold(p[0], p[1], p[2], from);
         for (int k = 0; k < 3; ++k)
-            ++sides[{f.p[k].nr, f.p[(k + 1) % 3].nr}];
-        for (const tetra_point &p : points)
-            beyond = std::max(beyond, (f.a * p.x + f.b * p.y + f.c * p.z + f.d) / std::hypot(f.a, f.b, f.c));
+            ++sides[{p[k].nr, p[(k + 1) % 3].nr}];
     }
-    for (const auto &[side, count] : sides)
-        EXPECT_TRUE(count == 1 && sides.count({side.second, side.first}) == 1);
-    EXPECT_LE(beyond, 0.01) << "up to the tolerance, or to what is near the apex";
-    Points corners;
+    for (const auto &[side, count] : sides) {
+        EXPECT_EQ(count, 1) << side.first << ' ' << side.second;
+        EXPECT_EQ(sides.count({side.second, side.first}), 1U) << side.first << ' ' << side.second;
+    }
+    return sum;
+}
+
+// That of the tetrahedra, all the same way round and none a sliver.
+double in_tetras(const Volume &v)
+{
+    double sum = 0;
     for (int i = 0; i < v->nr_tetras; ++i) {
         const tetra_point *p = at(v->tetras, i)->p;
-        EXPECT_LE(sixfold(p[0], p[1], p[2], p[3]), -1e-6);
-        filled -= sixfold(p[0], p[1], p[2], p[3]);
-        corners.insert(corners.end(), p, p + 4);
+        const double volume = sixfold(p[0], p[1], p[2], p[3]);
+        EXPECT_LE(volume, -1e-6) << i;
+        sum -= volume;
     }
-    EXPECT_NEAR(filled, hull, 1e-9 * hull);
-    for (const tetra_point &p : points)
+    return sum;
+}
+
+// No point is outside, the tetrahedra fill the boundary, and every point is a corner.
+void check_volume(const Volume &v, const Points &points)
+{
+    const double hull = within_planes(v, points[0]);
+    EXPECT_NEAR(in_tetras(v), hull, 1e-9 * hull);
+    Points corners;
+    for (int i = 0; i < v->nr_tetras; ++i)
+        corners.insert(corners.end(), at(v->tetras, i)->p, at(v->tetras, i)->p + 4);
+    for (const tetra_point &p : points) {
+        for (int i = 0; i < v->nr_planes; ++i) {
+            const tetra_plane &f = *at<tetra_plane>(v->planes, i);
+            EXPECT_LE((f.a * p.x + f.b * p.y + f.c * p.z + f.d) / std::hypot(f.a, f.b, f.c), 0.01)
+                << "up to the tolerance, or to what is near the apex";
+        }
         EXPECT_TRUE(
             std::any_of(corners.begin(), corners.end(),
                         [&](const tetra_point &c) {
                             return std::max({std::fabs(p.x - c.x), std::fabs(p.y - c.y), std::fabs(p.z - c.z)}) <= 0.01;
                         }))
             << p.x << ' ' << p.y << ' ' << p.z;
+    }
 }
 
 // Random points are in exactly one tetrahedron or outside of everything.
 void check_answers(const Volume &v, const Points &points)
 {
-    double low[3] = {1e9, 1e9, 1e9}, high[3] = {-1e9, -1e9, -1e9};
-    for (const tetra_point &p : points)
-        for (int i = 0; i < 3; ++i) {
-            low[i] = std::min(low[i], (&p.x)[i]);
-            high[i] = std::max(high[i], (&p.x)[i]);
-        }
+    const double far = 1e9;
+    tetra_point low{far, far, far, 0}, high{-far, -far, -far, 0};
+    for (const tetra_point &p : points) {
+        low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z), 0};
+        high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z), 0};
+    }
     Generator input(7);
     int inside = 0, disagreeing = 0;
     for (int n = 0; n < 500; ++n) {
-        const double p[3] = {input.between(low[0], high[0]), input.between(low[1], high[1]),
-                             input.between(low[2], high[2])};
+        const double p[3] = {input.between(low.x, high.x), input.between(low.y, high.y), input.between(low.z, high.z)};
         const double through[3] = {p[0] + 2000, p[1] + 3000, p[2] - 1000};
         int count = 0, crossings = 0;
         for (int i = 0; i < v->nr_tetras; ++i)
@@ -204,9 +216,10 @@ TEST(PlaneNew, TakesPointsOrAPlaneAndClearsTheFlag)
     EXPECT_EQ(Numbers(plane->centroid, plane->centroid + 3), Numbers({1 / 3.0, 0, 1 / 3.0}));
     plane->flag = 5;
     tetra_plane *copy = plane_new(plane);
-    EXPECT_TRUE(copy->flag == 0 && copy->b == -1 && copy->p[1].x == 1 && copy->p[2].nr == 13);
-    EXPECT_TRUE(plane_new(nullptr) == nullptr && plane_new2(&o, nullptr, &ex) == nullptr);
-    EXPECT_TRUE(plane_kill(plane) == 0 && tetra_kill(copy) == 0 && plane_kill(nullptr) == 0);
+    EXPECT_EQ(Numbers({copy->flag * 1.0, copy->b, copy->p[1].x, copy->p[2].nr}), Numbers({0, -1, 1, 13}));
+    EXPECT_EQ(plane_new(nullptr), nullptr);
+    EXPECT_EQ(plane_new2(&o, nullptr, &ex), nullptr);
+    EXPECT_EQ(Ints({plane_kill(plane), tetra_kill(copy), plane_kill(nullptr)}), Ints(3, 0));
 }
 
 TEST(TetraNew, KeepsTheDeterminantAwayFromZeroWithItsSign)
@@ -275,7 +288,8 @@ TEST(TriangleIntersectLinesegment, CountsByPlaneEndsCornersAndSides)
         Numbers x(3, -9), x2(3, -9);
         EXPECT_EQ(triangle_intersect_linesegment2(plane.get(), a, b, x.data()), row[4]);
         EXPECT_EQ(triangle_intersect_linesegment(&p[0], &p[1], &p[2], a, b, x2.data()), row[4]);
-        EXPECT_TRUE(x == x2 && x == (row[4] != 0 ? Numbers({row[0], row[1], 0}) : Numbers(3, -9)));
+        EXPECT_EQ(x, row[4] != 0 ? Numbers({row[0], row[1], 0}) : Numbers(3, -9));
+        EXPECT_EQ(x2, x);
         EXPECT_EQ(triangle_point_inside(plane.get(), lifted), row[0] >= 0 && row[0] + row[1] <= 10);
         EXPECT_EQ(triangle_point_inside(plane.get(), above), 0);
     }
@@ -303,7 +317,7 @@ TEST(TetraVolume, AnswersForItsRecordsInListOrder)
     EXPECT_EQ(tetra_volume_add_tetra(v.get(), &o, &ex, &ey, nullptr), -1);
     EXPECT_EQ(tetra_volume_add_plane(v.get(), &o, &ex, nullptr), -1);
     EXPECT_EQ(tetra_volume_add_plane2(v.get(), nullptr), -1);
-    EXPECT_TRUE(v->nr_tetras == 12 && list_num(v->tetras) == 12 && v->nr_planes == 0 && v->spare1 + v->spare2 == 0);
+    EXPECT_EQ(Ints({v->nr_tetras, list_num(v->tetras), v->nr_planes}), Ints({12, 12, 0}));
     const double in[3] = {0.1, 0.1, 0.1}, out[3] = {1, 1, 1};
     tetra_rec *t = nullptr;
     EXPECT_TRUE(tetra_volume_get_tetra(v.get(), in, &t) == 0 && t == at(v->tetras, 0));
@@ -326,8 +340,10 @@ TEST(TetraVolume, TakesNull)
                     tetra_volume_point_inside(nullptr, p), tetra_volume_line_hasintersects(nullptr, p, p),
                     plane_intersect_line(nullptr, p, p, p), triangle_point_inside(nullptr, p)}),
               Ints(6, 0));
-    EXPECT_TRUE(tetra_get_volume(nullptr) == -1 && tetra_volume_get_volume(nullptr) == -1);
-    EXPECT_TRUE(n == 7 && points == nullptr && tetra_volume_new(nullptr) == nullptr);
+    EXPECT_EQ(Numbers({tetra_get_volume(nullptr), tetra_volume_get_volume(nullptr)}), Numbers(2, -1));
+    EXPECT_EQ(n, 7);
+    EXPECT_EQ(points, nullptr);
+    EXPECT_EQ(tetra_volume_new(nullptr), nullptr);
 }
 
 TEST(TetraVolumeLineIntersect, DropsCrossingsNearEarlierOnes)
@@ -369,7 +385,7 @@ TEST(TetraVolumeGetBorderPoints, TakesEachCornerOnceInPlaneOrder)
     list_rec *points = nullptr;
     EXPECT_EQ(tetra_volume_get_border_points(v.get(), &count, &points), 0);
     const List owner(points, list_kill);
-    EXPECT_TRUE(count == 8 && list_num(points) == 8);
+    EXPECT_EQ(Ints({count, list_num(points)}), Ints({8, 8}));
     const auto *first = at<tetra_plane>(v->planes, 0);
     for (int k = 0; k < 3; ++k)
         EXPECT_EQ(static_cast<tetra_point *>(list_get_element(points, k))->nr, first->p[k].nr);
@@ -421,16 +437,6 @@ TEST(TetraVolumeNew2, FillsTheHullAndHasEveryPointAsACorner)
     }
 }
 
-TEST(TetraVolumeNew2, ListsNoSlivers)
-{
-    const Volume v = cut(made(60, on_base));
-    EXPECT_GT(v->nr_tetras, 60);
-    for (int i = 0; i < v->nr_tetras; ++i) {
-        const tetra_point *p = at(v->tetras, i)->p;
-        EXPECT_LE(sixfold(p[0], p[1], p[2], p[3]), -1e-6);
-    }
-}
-
 // Flat but for rounding, with edges as thin: whatever becomes of single points, the boundary closes, and the tetrahedra
 // fill no more than it.
 TEST(TetraVolumeNew2, StaysSoundForCloudsThatAreNearlyFlat)
@@ -455,21 +461,7 @@ TEST(TetraVolumeNew2, StaysSoundForCloudsThatAreNearlyFlat)
         });
         const Volume v = cut(points);
         ASSERT_TRUE(v);
-        std::map<std::pair<double, double>, int> sides;
-        double hull = 0, filled = 0;
-        for (int k = 0; k < v->nr_planes; ++k) {
-            const tetra_point *p = at<tetra_plane>(v->planes, k)->p;
-            hull -= sixfold(p[0], p[1], p[2], points[0]);
-            for (int s = 0; s < 3; ++s)
-                ++sides[{p[s].nr, p[(s + 1) % 3].nr}];
-        }
-        for (const auto &[side, count] : sides)
-            ASSERT_TRUE(count == 1 && sides.count({side.second, side.first}) == 1) << i;
-        for (int k = 0; k < v->nr_tetras; ++k) {
-            const tetra_point *p = at(v->tetras, k)->p;
-            filled -= sixfold(p[0], p[1], p[2], p[3]);
-        }
-        ASSERT_LE(filled, hull + 1e-6 * size * size * size) << i;
+        ASSERT_LE(in_tetras(v), within_planes(v, points[0]) + 1e-6 * size * size * size) << i;
     }
 }
 
@@ -486,16 +478,16 @@ TEST(TetraVolumeNew2, IsEmptyForPointsInAPlane)
                            {{1e9, 0, 0, 0}, {1e9, 0.1, 0, 0}, {1e9, 0, 0.2, 0}, {1e9, 0.3, 0.3, 0}}};
     for (const Points &points : sets) {
         const Volume v = cut(points);
-        EXPECT_TRUE(v && v->nr_planes == 0 && v->nr_tetras == 0) << &points - sets;
+        ASSERT_TRUE(v) << &points - sets;
+        EXPECT_EQ(Ints({v->nr_planes, v->nr_tetras}), Ints({0, 0})) << &points - sets;
     }
     const Volume v = cut({not_finite, o, ex, far, ey, ez});
-    EXPECT_TRUE(v->nr_planes == 4 && v->nr_tetras == 1);
+    EXPECT_EQ(Ints({v->nr_planes, v->nr_tetras}), Ints({4, 1}));
     EXPECT_EQ(tetra_get_pointnr(at(v->tetras, 0), 3), 1) << "the first usable point is the apex";
     // With the origin inside, where a point that is passed over must not become a corner.
     Points around = box(10, {not_finite, far});
-    for (int i = 0; i < 8; ++i)
-        around[static_cast<std::size_t>(i)] = {around[static_cast<std::size_t>(i)].x - 5, i / 2 % 2 * 10 - 5.0,
-                                               i / 4 * 10 - 5.0, 0};
+    for (tetra_point &p : around)
+        p = {p.x - 5, p.y - 5, p.z - 5, 0};
     EXPECT_EQ(cut(around)->nr_tetras, 6);
 }
 
