@@ -5,6 +5,8 @@
 
 #include "Source/ttriangulartopsurface/tprimcomb.h"
 #include "support/devices.h"
+#include "support/generator.h"
+#include "support/reports.h"
 
 #include "interp_double.h"
 #include "ttriangulartopsurface.h"
@@ -24,11 +26,11 @@ using examples::device;
 constexpr double pi = std::numbers::pi;
 using colour = std::array<double, 3>;
 
-inline std::vector<double> even_levels(int count, double full = 0.0)
+inline std::vector<double> even_levels(int count)
 {
     std::vector<double> levels;
     for (int i = 0; i < count; ++i)
-        levels.push_back(1.0 - (1.0 - full) * i / (count - 1));
+        levels.push_back(1.0 - i / (count - 1.0));
     return levels;
 }
 
@@ -38,20 +40,17 @@ struct Setup {
     int vertical = 0;
 };
 
-// The surface with its steps and members in the open.
 struct Surface : TTriangularTopSurface {
     explicit Surface(const device &of, const Setup &with = {})
-        : TTriangularTopSurface(of.colorants, pointers(of, with).data(), counts(of, with).data(),
-                                const_cast<device *>(&of), with.vertical, device::answer, with.steps, with.steps)
+        : TTriangularTopSurface(of.colorants, each(of, with.levels.data()).data(),
+                                each(of, static_cast<int>(with.levels.size())).data(), const_cast<device *>(&of),
+                                with.vertical, device::answer, with.steps, with.steps)
     {
     }
-    static std::vector<const double *> pointers(const device &of, const Setup &with)
+    template <class T>
+    static std::vector<T> each(const device &of, T value)
     {
-        return std::vector<const double *>(static_cast<std::size_t>(of.colorants), with.levels.data());
-    }
-    static std::vector<int> counts(const device &of, const Setup &with)
-    {
-        return std::vector<int>(static_cast<std::size_t>(of.colorants), static_cast<int>(with.levels.size()));
+        return std::vector<T>(static_cast<std::size_t>(of.colorants), value);
     }
 
     // One digit for each colorant: 0 in the umbrella, 1 darkening, 2 thrown out.
@@ -64,12 +63,13 @@ struct Surface : TTriangularTopSurface {
         }
         return text;
     }
+    // The edge of the smaller gamut.
     double own_rim(double phi)
     {
         double phir = 0.0, teta = 0.0;
-        EXPECT_EQ(DeterminePhirTetaMaxAndVTMin() + PhiToPhir(phi, &phir) +
-                      lin_interp_double_inextp(tetaMaxMin, phir, &teta),
-                  0);
+        EXPECT_EQ(DeterminePhirTetaMaxAndVTMin(), 0);
+        EXPECT_EQ(PhiToPhir(phi, &phir), 0);
+        EXPECT_EQ(lin_interp_double_inextp(tetaMaxMin, phir, &teta), 0);
         return teta;
     }
 
