@@ -36,7 +36,6 @@ namespace
 {
 
 constexpr int threads = 4;
-constexpr int rounds = 10;
 
 using Evaluation = Operation::Run;
 
@@ -227,7 +226,7 @@ const std::pair<std::string, std::function<Evaluation()>> objects[] = {
     {"TFastPow", powers},
 };
 
-std::vector<std::uint64_t> evaluate(const Evaluation &evaluation, int thread)
+std::vector<std::uint64_t> evaluate(const Evaluation &evaluation, int rounds, int thread)
 {
     std::vector<std::uint64_t> results;
     for (int round = 0; round < rounds; ++round) {
@@ -240,25 +239,26 @@ std::vector<std::uint64_t> evaluate(const Evaluation &evaluation, int thread)
 }
 
 // Two objects alike: what the first call makes on demand is made by one thread in one, by all in the other.
-void compare(const Evaluation &alone, const Evaluation &shared)
+void compare(const Evaluation &alone, const Evaluation &shared, int rounds)
 {
     std::vector<std::vector<std::uint64_t>> together(threads);
-    in_threads(threads, [&](int thread) { together[static_cast<std::size_t>(thread)] = evaluate(shared, thread); });
+    in_threads(threads,
+               [&](int thread) { together[static_cast<std::size_t>(thread)] = evaluate(shared, rounds, thread); });
     for (int thread = 0; thread < threads; ++thread)
-        EXPECT_EQ(together[static_cast<std::size_t>(thread)], evaluate(alone, thread)) << "thread " << thread;
+        EXPECT_EQ(together[static_cast<std::size_t>(thread)], evaluate(alone, rounds, thread)) << "thread " << thread;
 }
 
 TEST(SharedObjects, GiveTheBitsOfOneThread)
 {
     for (const auto &[name, make] : objects) {
         SCOPED_TRACE(name);
-        compare(make(), make());
+        compare(make(), make(), 20);
     }
     int count = 0;
     for (const Operation &operation : Operation::all())
         if (const Evaluation alone = operation.on_one_object()) {
             SCOPED_TRACE(operation.name());
-            compare(alone, operation.on_one_object());
+            compare(alone, operation.on_one_object(), 5);
             ++count;
         }
     EXPECT_GT(count, 20);
