@@ -67,7 +67,7 @@ Points cloud(int n, const Point &radius, bool solid = false, bool tenths = false
     return points;
 }
 
-// What Construct gives: 0 when some point makes a volume above 0.5 with the first three in a row that are not in a line.
+// What Construct gives: 0 when some point makes a volume above 0.5 with the first three in a row not in a line.
 // Products that overflow make none.
 int promised(const Points &points)
 {

@@ -121,7 +121,7 @@ tetra_point on_axes(int i)
 // Corners of the hull amid coplanar triangles, the apex in their plane.
 const Points layers = {{9, 7, 3, 0}, {9, 7, 6, 0}, {9, 2, 7, 0}, {9, 4, 6, 0}, {0, 3, 1, 0}, {0, 1, 7, 0}};
 
-// ---- What holds for every set ----------------------------------------------------------------------------------------
+// ---- What holds for every set ---------------------------------------------------------------------------------------
 
 // The sixfold volume within the boundary, of which every side belongs to two planes, once each way round.
 double within_planes(const Volume &v, const tetra_point &from)
