@@ -205,7 +205,7 @@ private:
         for (int c = 0; c < table_.outputs; c += 4) {
             results_of<Tables>(tables, c, results);
             for (unsigned t = 0; t < Tables; ++t)
-                put(line + ptrdiff_t{t} * table_.outputs + c, c, results[t]);
+                put(line + static_cast<ptrdiff_t>(t) * table_.outputs + c, c, results[t]);
         }
     }
 
