@@ -18,6 +18,7 @@
 
 #include "volume_export.h"
 
+#include "Support/digits.h"
 #include "Support/memory.h"
 
 #include "lopra.h"
@@ -50,24 +51,6 @@ constexpr layout dump_coordinate{.width = 7, .decimals = 1};
 
 constexpr std::size_t room = 320;  // the largest double has 309 digits before the point
 
-// The digits of a number, without padding; returns their end. decimals > 0.
-char *put_digits(char (&digits)[room], double number, int decimals)
-{
-#if defined(__cpp_lib_to_chars)
-    return std::to_chars(digits, digits + room, number, std::chars_format::fixed, decimals).ptr;
-#else
-    // Some libraries have no to_chars of doubles. What the locale puts between the digits becomes a point.
-    const int length = std::snprintf(digits, room, "%.*f", decimals, number);
-    char *const end = digits + std::clamp(length, 0, static_cast<int>(room) - 1);
-    if (!std::isfinite(number))
-        return end;
-    const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
-    char *const point = std::find_if_not(digits + (*digits == '-' ? 1 : 0), end, is_digit);
-    *point = '.';
-    return std::copy(end - decimals, end, point + 1);
-#endif
-}
-
 // A text file that is being written.
 class text_file
 {
@@ -84,7 +67,7 @@ public:
     void put(double number, layout shape)
     {
         char digits[room];
-        const char *end = put_digits(digits, number, shape.decimals);
+        const char *end = teska::put_fixed(digits, number, shape.decimals);
         for (std::ptrdiff_t i = end - digits; i < shape.width; ++i)
             put(" ");
         write(digits, static_cast<std::size_t>(end - digits));

@@ -136,7 +136,8 @@ public:
             return curve_change::illegal;
         const curve_change change = set_curve(out_curves()[std::ptrdiff_t{table} * shape_.outputs + c], n, entries);
         const auto outputs = std::span(out_curves(), static_cast<std::size_t>(curve_count() - shape_.inputs));
-        curved_outputs_ = std::ranges::any_of(outputs, [](const std::uint16_t *curve) { return curve != nullptr; });
+        curved_outputs_ =
+            std::any_of(outputs.begin(), outputs.end(), [](const std::uint16_t *curve) { return curve != nullptr; });
         return change;
     }
 

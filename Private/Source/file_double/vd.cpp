@@ -14,6 +14,7 @@
 
 #include "Support/vd.h"
 
+#include "Support/digits.h"
 #include "Support/report.h"
 
 #include "file_double.h"
@@ -73,7 +74,7 @@ std::size_t print_number(double value, char *out)
     vd_fmt_d(value, total_digits, &width, &decimals);
 
     char digits[number_room];
-    const char *end = std::to_chars(digits, digits + number_room, value, std::chars_format::fixed, decimals).ptr;
+    const char *const end = teska::put_fixed(digits, value, decimals);
     const auto length = static_cast<std::size_t>(end - digits);
     // A value just below a power of ten can be one digit short of its width.
     const std::size_t before = 1 + std::max(length, static_cast<std::size_t>(width)) - length;

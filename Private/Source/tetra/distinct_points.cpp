@@ -6,6 +6,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <utility>
 
 namespace teska::tetra
@@ -18,7 +19,10 @@ namespace
 std::uint64_t mixed(std::uint64_t hash, double number) noexcept
 {
     // Adding 0 makes one of the two zeros.
-    const std::uint64_t product = (hash ^ std::bit_cast<std::uint64_t>(number + 0.0)) * 0x9e3779b97f4a7c15U;
+    const double same_zero = number + 0.0;
+    std::uint64_t bits;
+    std::memcpy(&bits, &same_zero, sizeof bits);
+    const std::uint64_t product = (hash ^ bits) * 0x9e3779b97f4a7c15U;
     return product ^ (product >> 32);
 }
 
