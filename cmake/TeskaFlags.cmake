@@ -27,6 +27,8 @@ else()
   endif()
 endif()
 if(EMSCRIPTEN)
+  # Programs load their code as a file: node's own fetch takes its path for an address.
+  list(APPEND CMAKE_CROSSCOMPILING_EMULATOR --no-experimental-fetch)
   # Programs run under node and see the files of the host; what fails for want of memory is reported as anywhere.
   target_compile_options(teska_flags INTERFACE -fexceptions)
   target_link_options(
