@@ -79,7 +79,7 @@ black has passed it by.)")}});
 
 // Pictures of the zone plate are shown pixel for pixel, or every pixel as a square of pixels: other sizes would add rings
 // of their own.
-constexpr int plate_size = 360;
+constexpr int plate_size = 336;
 
 std::string resampling(const picture &photograph, const picture &plate, const section_folder &folder)
 {
@@ -123,9 +123,9 @@ std::string reducing(const reductions &reduced, const section_folder &folder)
     }
     return expanded(R"(<h3>Five kernels for smaller pictures</h3>
 <p>The same zone plate at half the size, every pixel shown as a square of two. Rings as fine as the new pixels or finer
-cannot be shown: they should fade to grey. <code>ibilin</code> picks every second pixel and mirrors them all. The kernels of
-<code>izat</code> widen with the reduction and average what a new pixel covers; the longer the kernel, the sharper it parts
-what can be shown from what cannot.</p>
+cannot be shown: they should fade to grey. <code>ibilin</code> picks every second pixel and shows them all, the fine ones as coarse rings around centres that are not
+there. The kernels of <code>izat</code> widen with the reduction and average what a new pixel covers. Lanczos-3, the widest,
+parts most sharply what can be shown from what cannot.</p>
 <div class="strip exact">
 {figures}</div>
 <div class="scroll" tabindex="0"><table>

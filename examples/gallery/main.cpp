@@ -45,8 +45,8 @@ gallery_inputs read_arguments(int argc, char **argv)
 void make_gallery(const gallery_inputs &inputs)
 {
     std::vector<section> sections;
-    for (const auto make :
-         {separation_section, gamut_section, topsurface_section, curves_section, lines_section, records_section})
+    for (const auto make : {separation_section, objects_section, gamut_section, topsurface_section, curves_section,
+                            lines_section, records_section})
         sections.push_back(make(inputs));
     write_page(inputs.output, sections);
     for (const section &shown : sections)

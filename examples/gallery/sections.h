@@ -16,8 +16,11 @@ struct gallery_inputs {
     std::filesystem::path output;
 };
 
-// A photograph on its way to the press and back: byte tables.
+// A photograph on its way to the press and back: 16-bit tables, and tables of bytes.
 section separation_section(const gallery_inputs &inputs);
+
+// A page whose photograph, graphic and text go through tables of their own.
+section objects_section(const gallery_inputs &inputs);
 
 // A tone curve, fits through measured tones, the dither cell, two searches for a minimum.
 section curves_section(const gallery_inputs &inputs);

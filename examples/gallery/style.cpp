@@ -72,7 +72,7 @@ figcaption b { color: var(--text); }
 .strip { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 15rem), 1fr)); gap: 1.25rem;
   margin-top: 1.5rem; }
 .strip img { image-rendering: pixelated; }
-.exact { grid-template-columns: repeat(auto-fit, minmax(min(100%, 362px), 1fr)); }
+.exact { grid-template-columns: repeat(auto-fit, minmax(min(100%, 338px), 1fr)); }
 .exact figure { min-width: 0; } .exact figure > a { width: fit-content; max-width: 100%; overflow-x: auto; }
 .exact img { width: auto; max-width: none; }
 .plates { display: grid; grid-template-columns: 1fr 1fr; gap: 1.25rem; align-content: start; }
@@ -145,6 +145,8 @@ figure > .scroll { margin: 0; }
 .cells .lit { fill: var(--text); } .cells .dark { fill: var(--rule); } .cells rect { stroke: var(--card); stroke-width: .06; }
 figcaption .first, figcaption .second { display: inline-block; width: .8em; height: .8em; opacity: .6; }
 figcaption .first { background: var(--link); } figcaption .second { background: #e0702c; }
+.key { margin: 0 .25em; white-space: nowrap; }
+.key span { display: inline-block; width: .8em; height: .8em; margin-right: .35em; border: 1px solid var(--rule); }
 .steps { padding-left: 1.2rem; max-width: 46rem; }
 .steps li { margin-bottom: .6rem; padding-left: .35rem; }
 .steps li::marker { color: var(--soft); font-weight: 650; }

@@ -58,8 +58,8 @@ struct reductions {
     std::vector<reduction> made;
 };
 
-// A zone plate brought to half its size. Coarse enough is up to 0.8 of the frequency that the new pixels can show, across
-// and down, too fine is 1.2 times that and more.
+// A zone plate brought to half its size. Coarse enough is up to 0.8 of the frequency that the new pixels can show,
+// across and down, too fine is 1.2 times that and more.
 reductions reduce_zone_plate(int size);
 
 // ---- Filling --------------------------------------------------------------------------------------------------------

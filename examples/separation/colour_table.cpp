@@ -92,14 +92,16 @@ void colour_table<sample>::fill(const vertex_source &source, progress &shown)
 }
 
 template <class sample>
-void colour_table<sample>::convert(picture &in, picture &out) const
+void colour_table<sample>::convert(const picture &in, picture &out) const
 {
+    // Neither call writes to its inputs, but that of bytes does not say so.
     for (int y = 0; y < in.height; ++y)
-        run(table_.get(), channel_starts(in.line(y), inputs_), channel_starts(out.line(y), outputs_), in.width);
+        run(table_.get(), channel_starts(const_cast<unsigned char *>(in.line(y)), inputs_),
+            channel_starts(out.line(y), outputs_), in.width);
 }
 
 template <class sample>
-picture colour_table<sample>::convert(picture &in) const
+picture colour_table<sample>::convert(const picture &in) const
 {
     picture out(in.width, in.height, outputs_);
     convert(in, out);

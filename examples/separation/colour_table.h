@@ -48,8 +48,8 @@ public:
     void fill(const vertex_source &source, progress &shown);
 
     // Interleaved pictures of the same size, with as many channels as the table has inputs and outputs.
-    void convert(picture &in, picture &out) const;
-    picture convert(picture &in) const;
+    void convert(const picture &in, picture &out) const;
+    picture convert(const picture &in) const;
 
     int inputs() const { return inputs_; }
     int outputs() const { return outputs_; }

@@ -7,6 +7,7 @@
 #include "gallery/html.h"
 #include "gamut/job.h"
 #include "lines/job.h"
+#include "objects/job.h"
 #include "records/job.h"
 #include "separation/difference.h"
 #include "separation/job.h"
@@ -172,6 +173,27 @@ TEST_F(Examples, SeparateAsDirectEvaluationDoes)
     EXPECT_GT(compare(r.proof, r.photograph).mean, 1);
 }
 
+TEST_F(Examples, SendEachObjectThroughItsOwnTable)
+{
+    colour_engine engine;
+    const objects_results r = run_objects(colours(400, 320, 3), engine.open_press(press), engine, 1);
+    std::array<int, object_kinds> pixels{};
+    for (std::size_t i = 0; i < r.page.tags.samples.size(); ++i) {
+        const unsigned char *ink = &r.by_tag.plates.samples[i * inks], *one = &r.by_one.plates.samples[i * inks];
+        const unsigned char object = r.page.tags.samples[i];
+        if (object < object_kinds)
+            ++pixels[object];
+        const int three = ink[0] + ink[1] + ink[2];
+        EXPECT_TRUE(object != photograph_object || std::equal(ink, ink + inks, one)) << i;
+        EXPECT_TRUE(object != text_object || three == 0) << i;
+        EXPECT_TRUE(object != paper || three + ink[3] == 0) << i;
+    }
+    EXPECT_EQ(pixels[photograph_object], 300 * 300);
+    EXPECT_GT(std::min(pixels[graphic_object], pixels[text_object]), 3000);
+    EXPECT_NEAR(r.by_tag.loads[text_object].heaviest, 100, 1);
+    EXPECT_GT(r.by_one.loads[text_object].coloured, 10);
+}
+
 TEST_F(Examples, PackPicturesAndNoticeWhatIsNotAsItWas)
 {
     fs::create_directories(folder / "pages" / "records");
@@ -216,6 +238,11 @@ TEST_F(Examples, TakePicturesLineByLine)
     const picture flat = cropped(colours(1, 1, 3), 0, 0, 1, 1), wide = magnified(flat, 40);
     EXPECT_EQ(sharpened(wide, 2, 3, 0).samples, wide.samples);
     EXPECT_EQ(resampled(wide, 13, 90).samples, resampled(magnified(flat, 90), 13, 90).samples);
+    EXPECT_EQ(averaged(wide, 13, 90, 4).samples, resampled(magnified(flat, 90), 13, 90).samples);
+    const std::vector<reduction> halves = reduce_zone_plate(128).made;
+    EXPECT_GT(halves[0].false_rings, 95);  // ibilin: every second pixel
+    for (std::size_t i = 1; i < halves.size(); ++i)
+        EXPECT_LT(halves[i].false_rings, halves[i].kept / 2) << halves[i].name;
     const filled_maze maze = fill_maze(7, 5);
     EXPECT_EQ(maze.pixels, 7 * 5 * 9 + (7 * 5 - 1) * 3);  // rooms, and a door less than rooms
     for (const table_answer &answer : compare_tables().answers)
@@ -250,8 +277,8 @@ TEST_F(Examples, WriteThePageAndEveryPictureItShows)
             continue;
         EXPECT_GT(read_png(out / name).width, 0) << name;
     }
-    // Separation 11, curves 3, the solid 9, the umbrella 4, lines 26.
-    EXPECT_EQ(pictures, 53);
+    // Separation 11, objects 6, curves 3, the solid 9, the umbrella 4, lines 26.
+    EXPECT_EQ(pictures, 59);
     EXPECT_EQ(page.find("://"), page.npos) << "the page must not need a network";
 }
 
