@@ -1,7 +1,7 @@
 // fdstream_bench - file streams beside std::fstream: one file written and read in pieces of one size
 //
-// Ours makes one system call for a piece, or for a byte that is read with get(); the peer collects pieces in a buffer. So
-// large blocks show the cost of the stream, small ones that of the system call.
+// Ours makes one system call for a piece, or for a byte that is read with get(); the peer collects pieces in a buffer.
+// So large blocks show the cost of the stream, small ones that of the system call.
 
 #include "fdstream.h"
 

@@ -1,7 +1,7 @@
 // fusm_bench - unsharp masking beside OpenCV's GaussianBlur and addWeighted, one thread
 //
-// One item: a sample. Both sides add to each sample its difference to a mean over 5 by 5 samples (radius 0: 3 by 3). The
-// peer sees the whole image, we are fed line by line. Cases marked (AVX2) cap our instruction set; the
+// One item: a sample. Both sides add to each sample its difference to a mean over 5 by 5 samples (radius 0: 3 by 3).
+// The peer sees the whole image, we are fed line by line. Cases marked (AVX2) cap our instruction set; the
 // peer always takes what it finds.
 
 #include "fusm.h"

@@ -1,8 +1,8 @@
 // ibilin_bench - bilinear resampling of whole images beside OpenCV, one thread
 //
 // One item: a pixel of the destination. Components are interleaved on both sides. Where a source line gives one
-// destination line at most, ours are written to their places in the image; where it can give more, they come through one
-// line and the callback copies them. The peer centres pixels and averages four for halves; the work is alike.
+// destination line at most, ours are written to their places in the image; where it can give more, they come through
+// one line and the callback copies them. The peer centres pixels and averages four for halves; the work is alike.
 
 #include "ibilin.h"
 

@@ -1,8 +1,8 @@
 // izat_bench - whole images brought to another size, beside OpenCV, libswscale and libvips, one thread
 //
 // One item: a pixel of the destination. One component; our lines are written to their places in the image, and the
-// callback says where the next one goes. When reducing, the cubic and Lanczos kernels of OpenCV keep their 4 and 8 taps,
-// while ours grow, as those of the other two do.
+// callback says where the next one goes. When reducing, the cubic and Lanczos kernels of OpenCV keep their 4 and 8
+// taps, while ours grow, as those of the other two do.
 
 #include "izat.h"
 

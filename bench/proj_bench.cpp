@@ -1,7 +1,7 @@
 // proj_bench - projections onto triangles beside CGAL's squared distances, kernel Simple_cartesian<double>
 //
-// One item: a query point and a triangle. The peer finds the square of the distance alone, or, in the cases with a point,
-// the nearest point of the triangle, too; ours always finds point, weights and distance.
+// One item: a query point and a triangle. The peer finds the square of the distance alone, or, in the cases with a
+// point, the nearest point of the triangle, too; ours always finds point, weights and distance.
 
 #include "proj.h"
 

@@ -8,8 +8,8 @@ else()
   find_package(GTest REQUIRED)
 endif()
 
-# Three quarters of a test program's compilation are GoogleTest's headers: they are compiled once for all programs, which
-# take them over from this one. What is tested is optimised as asked for; the tests themselves hardly are.
+# Three quarters of a test program's compilation are GoogleTest's headers: they are compiled once for all programs,
+# which take them over from this one. What is tested is optimised as asked for; the tests themselves hardly are.
 add_library(teska_test_options INTERFACE)
 target_compile_options(teska_test_options INTERFACE -O1)
 file(WRITE "${PROJECT_BINARY_DIR}/gtest_headers.cpp" "int main() {}\n")

@@ -47,7 +47,7 @@ endfunction()
 
 # teska_write_map()
 #
-# The map as the checks read it, <build tree>/map.txt: a line for each module with its subsystem, its name and its sources.
+# The map as the checks read it, <build tree>/map.txt: a line for each module with its subsystem, name and sources.
 function(teska_write_map)
   get_property(map GLOBAL PROPERTY TESKA_MAP)
   list(JOIN map "\n" text)

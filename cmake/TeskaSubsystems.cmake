@@ -93,7 +93,14 @@ teska_subsystem(
   md_tetras
   mmd_tetras
   tfastpow)
-teska_subsystem(image "Image processing, line by line" fir flood fusm ibilin izat)
+teska_subsystem(
+  image
+  "Image processing, line by line"
+  fir
+  flood
+  fusm
+  ibilin
+  izat)
 teska_subsystem(
   geometry
   "Geometry and gamut"

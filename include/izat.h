@@ -152,8 +152,8 @@ TESKA_API int izat_window_set(izat *record, double left, double top, double widt
  *     "izat_start: illegal image"         nComponents or a size outside its range
  *     "izat_start: illegal window"        a number is not finite, left or top is below 0, width or height not above 0,
  *                                         or left + width exceeds srcWidth or top + height srcLines
- *     "izat_start: insufficient memory"   no memory, or a block above INT_MAX bytes. A destination pixel has T weights in
- *                                         a direction: about 2 reach s when reducing and 2 reach when enlarging, the
+ *     "izat_start: insufficient memory"   no memory, or a block above INT_MAX bytes. A destination pixel has T weights
+ *                                         in a direction: about 2 reach s when reducing, 2 reach when enlarging, the
  *                                         reach of an area being 1/2. A column takes 2 T bytes, T rounded up to a
  *                                         multiple of 8, and another block 4; the lines that wait take 4 (T + 2) bytes
  *                                         for each sample of a destination line. Columns are rounded up to a multiple

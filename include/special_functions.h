@@ -38,9 +38,9 @@ TESKA_BEGIN_C
  * latter.
  * Any number of threads may call it at once. All but q is the same bits on every machine; q agrees to 1e-12.
  * Source: W. H. Press et al., Numerical Recipes in C, 2nd ed., Cambridge University Press 1992, section 15.2; Q:
- * section 6.2 and M. Abramowitz, I. A. Stegun, Handbook of Mathematical Functions, National Bureau of Standards 1964, 6.5.29
- * and 6.5.31; ln Gamma: C. Lanczos, A precision approximation of the gamma function, SIAM Journal on Numerical Analysis
- * B 1 (1964), pp. 86-96.
+ * section 6.2 and M. Abramowitz, I. A. Stegun, Handbook of Mathematical Functions, National Bureau of Standards 1964,
+ * 6.5.29 and 6.5.31; ln Gamma: C. Lanczos, A precision approximation of the gamma function, SIAM Journal on Numerical
+ * Analysis B 1 (1964), pp. 86-96.
  */
 TESKA_API int least_square_fit(const double *x, const double *y, int ndata, const double *sig, int mwt, double *a,
                                double *b, double *siga, double *sigb, double *chi2, double *q) TESKA_NOTHROW;

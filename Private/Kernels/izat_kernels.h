@@ -22,7 +22,8 @@ constexpr std::ptrdiff_t izat_padding = 64;
 constexpr std::ptrdiff_t izat_row = 8;  // taps of a row are a multiple of it
 
 // The weights of all columns: column x has `taps` of them, for the samples from first[x] on. Rows are filled up with
-// zeros, and so are the columns up to a multiple of izat_padding. In the order in which vectors of any length read them:
+// zeros, and so are the columns up to a multiple of izat_padding. In the order in which vectors of any length read
+// them:
 // of 16 columns the weights of izat_row taps, those of columns 0, 4, 8, 12, then 1, 5 .., and so on for the next taps.
 struct izat_columns {
     const std::int32_t *first;

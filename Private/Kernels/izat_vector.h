@@ -1,7 +1,7 @@
 // izat_vector - resampling by weighted sums with vectors of any length; the definition is izat_scalar.cpp
 //
-// Isa adds an operation to those of an instruction set: every_fourth_column(samples, first) fills a vector with a run of
-// eight 16-bit numbers for each of its 16 bytes, those at samples + first[0], samples + first[4] ..
+// Isa adds an operation to those of an instruction set: every_fourth_column(samples, first) fills a vector with a run
+// of eight 16-bit numbers for each of its 16 bytes, those at samples + first[0], samples + first[4] ..
 
 #ifndef TESKA_IZAT_VECTOR_H
 #define TESKA_IZAT_VECTOR_H

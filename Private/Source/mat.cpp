@@ -96,8 +96,8 @@ bool make_factors(mat &m)
     return true;
 }
 
-// Copies a row. Returns the largest magnitude in it, -1 when all are NaN. In four parts: a single one would wait for each
-// of its comparisons.
+// Copies a row. Returns the largest magnitude in it, -1 when all are NaN. In four parts: a single one would wait for
+// each of its comparisons.
 double copy_row(const double *from, int n, double *__restrict to)
 {
     double largest[4] = {-1.0, -1.0, -1.0, -1.0};

@@ -193,8 +193,8 @@ obstacle first_obstacle(const restriction &current, const restriction &limits, s
         std::copy_n(row, width(current), room.row());
         if (reduce(current, room.row()) < 0)
             continue;
-        // An inequality that is violated at the start stops the step there, wherever it leads, and so does one that cannot
-        // be told, of infinities.
+        // An inequality that is violated at the start stops the step there, wherever it leads, and so does one that
+        // cannot be told, of infinities.
         const double part = (b - before) / (after - before);
         const double alpha = before < b && part >= 0.0 ? std::min(part, 1.0) : 0.0;
         if (first.row < 0 || alpha < first.alpha)

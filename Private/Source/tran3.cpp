@@ -5,8 +5,8 @@
 //     ma[inext] = (ma[inext] - ma[inextp]) mod MBIG
 //
 // The constructor spreads the seed over the ring, neighbours 21 indices apart, and subtracts from each number the one
-// 31 indices further on, four times over, which is the warm-up. Every number is in 0 .. MBIG - 1 at all times, so that no difference
-// leaves 32 bits.
+// 31 indices further on, four times over, which is the warm-up. Every number is in 0 .. MBIG - 1 at all times, so that
+// no difference leaves 32 bits.
 
 #include "tran3.h"
 

@@ -1,8 +1,8 @@
 // ttriangulartopsurface - the light side of the gamut of a device with several colorants (geometry)
 //
 // The object owns its lists, level arrays, curves and tables. The constructor finds the umbrella (rings, colorants,
-// darkening); what the conversions need of it is prepared at the first one (edge, convert), and a failure there is tried
-// again at the next. Colours are taken as (V, h1, h2) at once and given back in the caller's order.
+// darkening); what the conversions need of it is prepared at the first one (edge, convert), and a failure there is
+// tried again at the next. Colours are taken as (V, h1, h2) at once and given back in the caller's order.
 //
 // Threads: what is prepared is published by one pointer each, tetaMaxMin and tabVT, set last. A thread that finds them
 // does not wait; the others prepare in turn (preparing.h).

@@ -1,7 +1,7 @@
 // pairs - runs the registered benchmarks and sets ours beside the peer's
 //
-// Benchmarks are named "<case>/ours" and "<case>/peer" and set the items processed. Each runs many times for a moment, in
-// random order, and the table takes the medians of the runs.
+// Benchmarks are named "<case>/ours" and "<case>/peer" and set the items processed. Each runs many times for a moment,
+// in random order, and the table takes the medians of the runs.
 
 #ifndef BENCH_PAIRS_H
 #define BENCH_PAIRS_H

@@ -21,8 +21,8 @@ namespace
 
 constexpr int first_state = 16;  // smaller values of a listing's state mean its start
 
-// What body returns, or failure when memory runs out. The library has the same under the same name; a companion includes
-// nothing of it.
+// What body returns, or failure when memory runs out. The library has the same under the same name; a companion
+// includes nothing of it.
 template <class Result, class Body>
 Result guarded(Result failure, Body body) noexcept
 {

@@ -77,8 +77,8 @@ black has passed it by.)")}});
 
 // ---- Resampling -----------------------------------------------------------------------------------------------------
 
-// Pictures of the zone plate are shown pixel for pixel, or every pixel as a square of pixels: other sizes would add rings
-// of their own.
+// Pictures of the zone plate are shown pixel for pixel, or every pixel as a square of pixels: other sizes would add
+// rings of their own.
 constexpr int plate_size = 336;
 
 std::string resampling(const picture &photograph, const picture &plate, const section_folder &folder)

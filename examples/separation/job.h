@@ -2,13 +2,14 @@
 //
 //     photograph --(RGB to CMYK table)--> plates --(CMYK to RGB table)--> proof
 //
-// Both tables are filled by Little CMS, one vertex at a time, once with bytes and once with 16 bits in every vertex; the
-// pictures are those of 16 bits. Then Little CMS does the same work itself, in two ways: with every pixel taken through
-// all stages of the profiles (the truth that everything is compared with), and with the table of its own that it
-// optimises a conversion to (the peer in speed and in error).
+// Both tables are filled by Little CMS, one vertex at a time, once with bytes and once with 16 bits in every vertex;
+// the pictures are those of 16 bits. Then Little CMS does the same work itself, in two ways: with every pixel taken
+// through all stages of the profiles (the truth that everything is compared with), and with the table of its own that
+// it optimises a conversion to (the peer in speed and in error).
 //
-// Towards the press the intent is perceptual, the one meant for photographs. Back it is relative colorimetric: the proof
-// then shows the inks as they are, with their weaker black, on a paper white that stands for the white of the screen.
+// Towards the press the intent is perceptual, the one meant for photographs. Back it is relative colorimetric: the
+// proof then shows the inks as they are, with their weaker black, on a paper white that stands for the white of the
+// screen.
 
 #ifndef EXAMPLES_SEPARATION_JOB_H
 #define EXAMPLES_SEPARATION_JOB_H

@@ -20,8 +20,8 @@ struct speed {
 // One way of doing the work on a whole picture.
 using runner = std::function<void()>;
 
-// What a runner repeats its picture for in a round, at least: long against the step of its clock, short against the changes
-// of a processor's frequency.
+// What a runner repeats its picture for in a round, at least: long against the step of its clock, short against the
+// changes of a processor's frequency.
 constexpr double least_round_seconds = 0.03;
 
 // Every runner in turn, round after round, so that whatever else the machine does meets all of them alike.

@@ -38,8 +38,8 @@ private:
     int outputs_;  // channels
 };
 
-// How a transform works: through every stage of both profiles for every pixel, or through a table of its own that Little
-// CMS builds beforehand, which is what a program gets that asks for nothing special.
+// How a transform works: through every stage of both profiles for every pixel, or through a table of its own that
+// Little CMS builds beforehand, which is what a program gets that asks for nothing special.
 enum class evaluation { direct, optimised };
 
 struct ends {

@@ -5,8 +5,8 @@
 // the products of the inks' dot areas (Demichel), averaged as the 1/n-th power (Yule and Nielsen). Dots grow: an area a
 // prints as a + g * 4 a (1 - a). The eye is the piecewise Gaussian fit of the 1931 observer; the light is even.
 //
-// Sources: J. A. C. Yule, Principles of Color Reproduction, Wiley 1967, ch. 8 and 10; C. Wyman, P.-P. Sloan, P. Shirley,
-// Simple Analytic Approximations to the CIE XYZ Color Matching Functions, JCGT 2 (2013), pp. 1-11.
+// Sources: J. A. C. Yule, Principles of Color Reproduction, Wiley 1967, ch. 8 and 10; C. Wyman, P.-P. Sloan, P.
+// Shirley, Simple Analytic Approximations to the CIE XYZ Color Matching Functions, JCGT 2 (2013), pp. 1-11.
 
 #include "support/devices.h"
 

@@ -1,7 +1,7 @@
 // devices - models of printers and displays: device values to colours
 //
-// Device values run from 1 (a display's channel fully on, a printer's ink off) to 0. Colours are L*, a*, b* (D50), or for
-// the linear ones a lightness and two opponent coordinates; their first coordinate is the vertical one.
+// Device values run from 1 (a display's channel fully on, a printer's ink off) to 0. Colours are L*, a*, b* (D50), or
+// for the linear ones a lightness and two opponent coordinates; their first coordinate is the vertical one.
 
 #ifndef EXAMPLES_DEVICES_H
 #define EXAMPLES_DEVICES_H

@@ -1,7 +1,7 @@
 // failure - what ends an example: one line for the person who started it
 //
-// Programs, unlike the library, may throw. Whatever goes wrong with an input or an output becomes a failure; main prints
-// its text and gives exit code 1.
+// Programs, unlike the library, may throw. Whatever goes wrong with an input or an output becomes a failure; main
+// prints its text and gives exit code 1.
 
 #ifndef EXAMPLES_FAILURE_H
 #define EXAMPLES_FAILURE_H

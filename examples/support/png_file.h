@@ -10,7 +10,8 @@
 namespace examples
 {
 
-// Any PNG as three channels of sRGB: grey and palettes are expanded, 16-bit samples rounded, transparency laid on white.
+// Any PNG as three channels of sRGB: grey and palettes are expanded, 16-bit samples rounded, transparency laid on
+// white.
 // Throws failure, with the file's name in the text, when the file is missing, broken or too large.
 picture read_png(const std::filesystem::path &file);
 

@@ -70,8 +70,8 @@ TEST(MdTetradNew, KeptReportsRefusalsUnderOtherNames)
     EXPECT_EQ(md_tetrad_kill(nullptr), nullptr);
 }
 
-// Steps of any sign, outputs left out, points inside and outside, on vertices and with equal fractions. Single points go
-// through the definition at every level.
+// Steps of any sign, outputs left out, points inside and outside, on vertices and with equal fractions. Single points
+// go through the definition at every level.
 TEST(MdTetradInterp, EvaluatesLinesOfAnyLayoutAsPointsOneByOne)
 {
     Generator random(71);

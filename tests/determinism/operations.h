@@ -3,7 +3,8 @@
 // Each operation works on generated input and adds every byte of its results to a digest. The digests are checked in
 // (tests/data/hashes.txt) and must come out alike on every compiler, host and instruction set.
 //
-//     const Operation md_tetrab_3to3("md_tetrab_interp 3 to 3, 17 points", [](Generator &input, Digest &digest) { ... });
+//     const Operation md_tetrab_3to3("md_tetrab_interp 3 to 3, 17 points", [](Generator &input, Digest &digest) { ...
+//     });
 
 #ifndef TESKA_TESTS_OPERATIONS_H
 #define TESKA_TESTS_OPERATIONS_H

@@ -15,7 +15,8 @@ namespace teska_test
 
 enum class fault_kind {
     memory,  // malloc, calloc, realloc, operator new
-    files  // opening, reading, writing, moving in, flushing, cutting, closing, linking, renaming, removing and asking for files
+    // Opening, reading, writing, moving in, flushing, cutting, closing, linking, renaming, removing, asking for files.
+    files
 };
 
 // How a file call fails.

@@ -3,8 +3,8 @@
 //     const ChildRole hold("hold", [](const std::string &path) { return TCriticSect(path.c_str(), 10).Enter(60); });
 //     EXPECT_EQ(Child("hold", path).wait(), 0);
 //
-// A program that runs under an emulator finds in TESKA_EMULATOR the command that its children are to be started with, as
-// "qemu-s390x-static -L /usr/s390x-linux-gnu".
+// A program that runs under an emulator finds in TESKA_EMULATOR the command that its children are to be started with,
+// as "qemu-s390x-static -L /usr/s390x-linux-gnu".
 
 #ifndef TESKA_TESTS_CHILD_H
 #define TESKA_TESTS_CHILD_H

@@ -1,4 +1,5 @@
-// Objects of different threads never disturb each other: every operation of the same-bits program in all threads at once.
+// Objects of different threads never disturb each other: every operation of the same-bits program in all threads at
+// once.
 
 #include "determinism/operations.h"
 #include "threads/in_threads.h"
