@@ -45,6 +45,7 @@ teska_subsystem(
   rom
   tcriticsect
   teska_time
+  teska_version
   tlist
   tobjfac)
 teska_subsystem(text "Text and numbers" file_double numb str_utils str_zuk)
@@ -88,6 +89,8 @@ teska_subsystem(
   colour
   "Colour lookup tables and multidimensional interpolation"
   clut
+  clut_table
+  convert_rows
   md_tetrab
   md_tetrad
   md_tetras
@@ -104,6 +107,7 @@ teska_subsystem(
 teska_subsystem(
   geometry
   "Geometry and gamut"
+  convex_hull
   proj
   tconvexhull
   tetra

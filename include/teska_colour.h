@@ -4,6 +4,8 @@
 #ifdef __cplusplus
 #    include "clut.h"
 #endif
+#include "clut_table.h"
+#include "convert_rows.h"
 #include "md_tetrab.h"
 #include "md_tetrad.h"
 #include "md_tetras.h"

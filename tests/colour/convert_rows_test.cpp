@@ -1,0 +1,209 @@
+#include "convert_rows.h"
+
+#include "support/generator.h"
+#include "support/reports.h"
+
+#include "clut_table.h"
+#include "md_tetrab.h"
+#include "md_tetrad.h"
+#include "md_tetras.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+#include <memory>
+
+using teska_test::Generator;
+using teska_test::lines;
+using teska_test::Reports;
+
+namespace
+{
+
+using Bytes = std::vector<unsigned char>;
+
+constexpr int inputs = 3, outputs = 2, kinds = 7;
+constexpr std::array<int, kinds> in_size = {1, 2, 1, 1, 2, 8, 8}, out_size = {1, 2, 1, 2, 1, 8, 8};
+
+// A table of every kind, with any vertices.
+struct Tables {
+    std::unique_ptr<md_tetrab, md_tetrab *(*)(md_tetrab *)> b{md_tetrab_new(inputs, outputs, 5), md_tetrab_kill};
+    std::unique_ptr<md_tetras, md_tetras *(*)(md_tetras *)> s{md_tetras_new(inputs, outputs, 5), md_tetras_kill};
+    std::unique_ptr<md_tetrad, md_tetrad *(*)(md_tetrad *)> d{md_tetrad_new(inputs, outputs, 5, 0.0, 1.0),
+                                                              md_tetrad_kill};
+    std::unique_ptr<clut_table, clut_table *(*)(clut_table *)> c{
+        clut_table_new(inputs, std::array<int, inputs>{5, 5, 5}.data(), outputs, nullptr), clut_table_kill};
+
+    explicit Tables(Generator &random)
+    {
+        int size = 0;
+        std::generate_n(md_tetrab_dataptr(b.get(), &size), size, [&] { return random.byte(); });
+        unsigned short *const words = md_tetras_dataptr(s.get(), &size);
+        std::generate_n(words, size, [&] { return static_cast<unsigned short>(random.next()); });
+        double *const doubles = md_tetrad_dataptr(d.get(), &size);
+        std::generate_n(doubles, size, [&] { return random.unit(); });
+        float *const floats = clut_table_dataptr(c.get(), &size);
+        std::generate_n(floats, size, [&] { return static_cast<float>(random.unit()); });
+    }
+
+    void *of(int kind) const
+    {
+        if (kind == CONVERT_ROWS_TETRAB)
+            return b.get();
+        if (kind == CONVERT_ROWS_TETRAD)
+            return d.get();
+        return kind == CONVERT_ROWS_CLUT ? static_cast<void *>(c.get()) : s.get();
+    }
+
+    // One pixel by the table's own function.
+    void pixel(int kind, void **in, void **out) const
+    {
+        auto **const in_b = reinterpret_cast<unsigned char **>(in);
+        auto **const in_s = reinterpret_cast<unsigned short **>(in);
+        auto **const in_d = reinterpret_cast<double **>(in);
+        auto **const out_b = reinterpret_cast<unsigned char **>(out);
+        auto **const out_s = reinterpret_cast<unsigned short **>(out);
+        auto **const out_d = reinterpret_cast<double **>(out);
+        const std::array<std::function<int()>, kinds> call = {
+            [&] { return md_tetrab_interp(b.get(), in_b, 1, out_b, 1, 1, nullptr, 0); },
+            [&] { return md_tetras_interp(s.get(), in_s, 1, out_s, 1, 1, nullptr, 0); },
+            [&] { return md_tetras_interp_b(s.get(), in_b, 1, out_b, 1, 1, nullptr, 0); },
+            [&] { return md_tetras_interp_bs(s.get(), in_b, 1, out_s, 1, 1, nullptr, 0); },
+            [&] { return md_tetras_interp_sb(s.get(), in_s, 1, out_b, 1, 1, nullptr, 0); },
+            [&] { return md_tetrad_interp(d.get(), in_d, 1, out_d, 1, 1); },
+            [&] { return clut_table_interp(c.get(), in_d, 1, out_d, 1, 1); }};
+        call.at(static_cast<std::size_t>(kind))();
+    }
+};
+
+// Pixels of some axes in a buffer: axes in any order in memory, mirrored, with gaps.
+struct Place {
+    std::vector<std::int64_t> strides;
+    std::int64_t first = 0, channel = 0;
+    std::size_t bytes = 0;
+
+    Place(Generator &random, const std::vector<std::int64_t> &shape, int channels, int size)
+    {
+        const std::size_t rank = shape.size();
+        std::vector<std::size_t> order(rank + 1);  // the last one is that of the channels
+        for (std::size_t k = 0; k <= rank; ++k)
+            std::swap(order[k] = k, order[static_cast<std::size_t>(random.below(static_cast<int>(k) + 1))]);
+        strides.resize(rank);
+        std::int64_t step = size;
+        for (const std::size_t k : order) {
+            const std::int64_t count = k == rank ? channels : shape[k];
+            const std::int64_t stride = random.below(3) == 0 ? -step : step;
+            first += stride < 0 ? -stride * (count - 1) : 0;
+            (k == rank ? channel : strides[k]) = stride;
+            step *= count + (random.below(3) == 0 ? random.below(3) : 0);
+        }
+        bytes = static_cast<std::size_t>(step);
+    }
+
+    std::int64_t at(const std::vector<std::int64_t> &index) const
+    {
+        std::int64_t offset = first;
+        for (std::size_t k = 0; k < index.size(); ++k)
+            offset += index[k] * strides[k];
+        return offset;
+    }
+
+    std::vector<void *> pointers(Bytes &buffer, std::int64_t offset, int channels) const
+    {
+        std::vector<void *> result;
+        for (int c = 0; c < channels; ++c)
+            result.push_back(buffer.data() + offset + c * channel);
+        return result;
+    }
+};
+
+bool next(std::vector<std::int64_t> &index, const std::vector<std::int64_t> &shape)
+{
+    for (std::size_t k = 0; k < shape.size(); ++k) {
+        if (++index[k] < shape[k])
+            return true;
+        index[k] = 0;
+    }
+    return false;
+}
+
+void fill(Generator &random, Bytes &buffer, int size)
+{
+    std::generate(buffer.begin(), buffer.end(), [&] { return random.byte(); });
+    for (std::size_t k = 0; size == 8 && k + 8 <= buffer.size(); k += 8) {
+        const double value = random.unit();
+        std::copy_n(reinterpret_cast<const unsigned char *>(&value), 8, &buffer[k]);
+    }
+}
+
+TEST(ConvertRows, EqualsTheTablePixelByPixelInAnyLayout)
+{
+    Generator random(2026);
+    const Tables tables(random);
+    for (int round = 0; round < 1000; ++round) {
+        const int kind = round % kinds;
+        const auto k = static_cast<std::size_t>(kind);
+        std::vector<std::int64_t> shape(static_cast<std::size_t>(random.below(4)));
+        std::generate(shape.begin(), shape.end(), [&] { return 1 + random.below(random.below(4) == 0 ? 60 : 5); });
+        Place in(random, shape, inputs, in_size[k]), out(random, shape, outputs, out_size[k]);
+        const Place mask(random, shape, 1, 1);
+        if (!shape.empty() && random.below(5) == 0)
+            in.strides[0] = 0;  // the same pixels again
+        Bytes source(in.bytes), result(out.bytes), masks(mask.bytes);
+        fill(random, source, in_size[k]);
+        fill(random, result, out_size[k]);
+        std::generate(masks.begin(), masks.end(), [&] { return random.below(3); });
+        const bool masked = random.below(2) == 0, skip = random.below(5) == 0;
+
+        Bytes expected = result;
+        std::vector<std::int64_t> index(shape.size());
+        do {
+            if (masked && masks[static_cast<std::size_t>(mask.at(index))] == 0)
+                continue;
+            auto from = in.pointers(source, in.at(index), inputs), to = out.pointers(expected, out.at(index), outputs);
+            to[0] = skip ? nullptr : to[0];
+            tables.pixel(kind, from.data(), to.data());
+        } while (next(index, shape));
+
+        auto from = in.pointers(source, in.first, inputs), to = out.pointers(result, out.first, outputs);
+        to[0] = skip ? nullptr : to[0];
+        const auto from_before = from, to_before = to;
+        const convert_rows_layout layout{static_cast<int>(shape.size()),
+                                         shape.data(),
+                                         in.strides.data(),
+                                         out.strides.data(),
+                                         masked ? masks.data() + mask.first : nullptr,
+                                         mask.strides.data()};
+        ASSERT_EQ(teska_convert_rows(kind, tables.of(kind), inputs, from.data(), outputs, to.data(), &layout), 1);
+        ASSERT_EQ(result, expected) << "round " << round;
+        ASSERT_EQ(from, from_before) << "round " << round;
+        ASSERT_EQ(to, to_before) << "round " << round;
+    }
+}
+
+TEST(ConvertRows, RefusesWhatIsNoLayout)
+{
+    Reports reports;
+    Generator random(9);
+    const Tables tables(random);
+    const std::int64_t three[] = {3}, none[] = {0}, fewer[] = {-1}, odd[] = {3}, even[] = {2};
+    std::vector<void *> at(3, nullptr);
+    const auto call = [&](int kind, void *table, const convert_rows_layout &layout) {
+        return teska_convert_rows(kind, table, inputs, at.data(), outputs, at.data(), &layout);
+    };
+    const convert_rows_layout empty{1, none, even, even, nullptr, nullptr};
+    EXPECT_EQ(call(-1, tables.s.get(), empty), 0);
+    EXPECT_EQ(call(kinds, tables.s.get(), empty), 0);
+    EXPECT_EQ(call(CONVERT_ROWS_TETRAS, nullptr, empty), 0);
+    EXPECT_EQ(reports.take(), lines(3, "teska_convert_rows: illegal kind"));
+    EXPECT_EQ(call(CONVERT_ROWS_TETRAS, tables.s.get(), {33, three, even, even, nullptr, nullptr}), 0);
+    EXPECT_EQ(call(CONVERT_ROWS_TETRAS, tables.s.get(), {1, fewer, even, even, nullptr, nullptr}), 0);
+    EXPECT_EQ(call(CONVERT_ROWS_TETRAS, tables.s.get(), {1, three, odd, even, nullptr, nullptr}), 0);
+    EXPECT_EQ(call(CONVERT_ROWS_TETRAS, tables.s.get(), {1, three, even, odd, nullptr, nullptr}), 0);
+    EXPECT_EQ(reports.take(), lines(4, "teska_convert_rows: illegal layout"));
+    EXPECT_EQ(call(CONVERT_ROWS_TETRAS, tables.s.get(), empty), 1);
+    EXPECT_EQ(reports.take(), lines{});
+}
+
+}  // namespace
