@@ -26,6 +26,20 @@ else()
     target_compile_definitions(teska_flags INTERFACE _FILE_OFFSET_BITS=64)
   endif()
 endif()
+if(TESKA_HARDENING AND NOT TESKA_SANITIZE AND NOT MINGW AND NOT EMSCRIPTEN)
+  target_compile_options(teska_flags INTERFACE -fstack-protector-strong)
+  # A builder's own choice of checked calls stays; without optimisation there are none.
+  if(NOT "$ENV{CPPFLAGS} ${CMAKE_CXX_FLAGS}" MATCHES "_FORTIFY_SOURCE")
+    target_compile_options(teska_flags INTERFACE "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>"
+                                                 "$<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>")
+  endif()
+  # Marks of where indirect jumps may land, for processors that look at them.
+  check_cxx_compiler_flag(-fcf-protection=full TESKA_HAS_CF_PROTECTION)
+  if(TESKA_HAS_CF_PROTECTION)
+    target_compile_options(teska_flags INTERFACE -fcf-protection=full)
+  endif()
+  target_link_options(teska_flags INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+endif()
 if(EMSCRIPTEN)
   # Programs load their code as a file: node's own fetch takes its path for an address.
   list(APPEND CMAKE_CROSSCOMPILING_EMULATOR --no-experimental-fetch)

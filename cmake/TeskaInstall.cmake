@@ -1,23 +1,74 @@
-# What `cmake --install` lays out: the libraries beside each other, all public headers in one folder, and the files by
-# which find_package(TESKAShared) and pkg-config find them. Nothing in it depends on the prefix.
+# What `cmake --install` lays out, in the components runtime, development, tools and doc: the libraries beside each other,
+# all public headers in the folder teska/, and the files by which find_package and pkg-config find them. Nothing in it
+# depends on the prefix, and no library holds a path.
 
 get_property(companions GLOBAL PROPERTY TESKA_COMPANIONS)
 get_property(companion_headers GLOBAL PROPERTY TESKA_COMPANION_HEADERS)
-set(headers "${CMAKE_INSTALL_INCLUDEDIR}/teska")
 set(package "${CMAKE_INSTALL_LIBDIR}/cmake/TESKAShared")
 
-install(TARGETS TESKAShared teska_static ${companions} EXPORT TESKAShared)
-install(FILES ${TESKA_RUNTIME_DLLS} TYPE BIN)
-install(FILES ${companion_headers} DESTINATION "${headers}")
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/" DESTINATION "${headers}" FILES_MATCHING PATTERN "*.h")
+set(shared_libraries TESKAShared)
+set(static_libraries teska_static)
+foreach(key IN LISTS companions)
+  string(TOUPPER "${key}" upper)
+  list(APPEND shared_libraries ${upper}Shared)
+  list(APPEND static_libraries ${key}_static)
+endforeach()
+set(libraries ${shared_libraries} ${static_libraries})
+if(TESKA_ONLY STREQUAL "SHARED")
+  set(libraries ${shared_libraries})
+  set_target_properties(${static_libraries} PROPERTIES EXCLUDE_FROM_ALL ON)
+elseif(TESKA_ONLY STREQUAL "STATIC")
+  set(libraries ${static_libraries})
+  set_target_properties(${shared_libraries} PROPERTIES EXCLUDE_FROM_ALL ON)
+endif()
 
+install(
+  TARGETS ${libraries}
+  EXPORT TESKAShared
+  RUNTIME COMPONENT runtime
+  LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+  ARCHIVE COMPONENT development)
+install(FILES ${TESKA_RUNTIME_DLLS} TYPE BIN COMPONENT runtime)
+install(FILES ${companion_headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/teska" COMPONENT development)
+install(
+  DIRECTORY "${PROJECT_SOURCE_DIR}/include/"
+  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/teska"
+  COMPONENT development
+  FILES_MATCHING
+  PATTERN "*.h")
+
+# Both spellings of the name find the package.
 include(CMakePackageConfigHelpers)
-write_basic_package_version_file("${PROJECT_BINARY_DIR}/TESKASharedConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
-install(FILES "${PROJECT_BINARY_DIR}/TESKASharedConfigVersion.cmake" DESTINATION "${package}")
-install(EXPORT TESKAShared FILE TESKASharedConfig.cmake NAMESPACE TESKA:: DESTINATION "${package}")
+set(version_file "${PROJECT_BINARY_DIR}/TESKASharedConfigVersion.cmake")
+write_basic_package_version_file("${version_file}" COMPATIBILITY SameMajorVersion)
+install(FILES "${version_file}" DESTINATION "${package}" COMPONENT development)
+install(FILES "${version_file}" DESTINATION "${package}" COMPONENT development RENAME teskashared-config-version.cmake)
+install(
+  EXPORT TESKAShared
+  FILE TESKASharedTargets.cmake
+  NAMESPACE TESKA::
+  DESTINATION "${package}"
+  COMPONENT development)
+file(WRITE "${PROJECT_BINARY_DIR}/TESKASharedConfig.cmake"
+     "include(\"\${CMAKE_CURRENT_LIST_DIR}/TESKASharedTargets.cmake\")\n")
+foreach(name IN ITEMS TESKASharedConfig.cmake teskashared-config.cmake)
+  install(FILES "${PROJECT_BINARY_DIR}/TESKASharedConfig.cmake" DESTINATION "${package}" COMPONENT development
+          RENAME ${name})
+endforeach()
 
-file(RELATIVE_PATH prefix_from_package "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
-list(TRANSFORM companions PREPEND "-l" OUTPUT_VARIABLE companion_options)
-list(JOIN companion_options " " companion_options)
-configure_file("${PROJECT_SOURCE_DIR}/cmake/TESKAShared.pc.in" "${PROJECT_BINARY_DIR}/TESKAShared.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/TESKAShared.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+# teska_pkg_config(<library> <description> <libraries it needs> <definition of static programs>)
+function(teska_pkg_config library description requires definition)
+  file(RELATIVE_PATH prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/library.pc.in" "${PROJECT_BINARY_DIR}/${library}.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/${library}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+          COMPONENT development)
+endfunction()
+teska_pkg_config(TESKAShared "${PROJECT_DESCRIPTION}" "WEMShared LOPRAShared ZUKShared" TESKA_STATIC)
+teska_pkg_config(WEMShared "Report lines, logical names, record pools and clocks" "" WEM_STATIC)
+teska_pkg_config(LOPRAShared "File calls that take UTF-8 paths" "" LOPRA_STATIC)
+teska_pkg_config(ZUKShared "Record files" "LOPRAShared" ZUK_STATIC)
+
+install(FILES "${PROJECT_SOURCE_DIR}/COPYRIGHT" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
+install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+        DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT doc)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT doc)

@@ -56,8 +56,9 @@ endfunction()
 
 # teska_companion(<target> <folder-key> SOURCES <file...>)
 #
-# A companion is a shared library, because it holds process-wide state that must exist once. Its objects are
-# also there on their own (<target>_objects), for the tests that fail its allocations.
+# A companion holds process-wide state that must exist once in a process: the libraries share it as a shared library, a
+# static program has it in itself as <key>_static. Its objects are also there on their own (<target>_objects), for the
+# tests that fail its allocations.
 function(teska_companion target key)
   cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "SOURCES")
   string(TOUPPER "${key}" upper)
@@ -69,9 +70,14 @@ function(teska_companion target key)
   add_library(${target} ${TESKA_SHARED})
   target_link_libraries(${target} PRIVATE ${target}_objects teska_flags)
   target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>"
-                                              "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/teska>")
+                                              "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
   teska_shared_library(${target} "${CMAKE_CURRENT_SOURCE_DIR}/${key}.map")
-  set_property(GLOBAL APPEND PROPERTY TESKA_COMPANIONS ${target})
+  teska_static_library(${key}_static ${target})
+  target_sources(${key}_static PRIVATE $<TARGET_OBJECTS:${target}_objects>)
+  target_compile_definitions(${key}_static INTERFACE ${upper}_STATIC)
+  target_include_directories(${key}_static INTERFACE "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>"
+                                                     "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
+  set_property(GLOBAL APPEND PROPERTY TESKA_COMPANIONS ${key})
   set_property(GLOBAL APPEND PROPERTY TESKA_COMPANION_HEADERS "${CMAKE_CURRENT_SOURCE_DIR}/${key}.h")
 endfunction()
 
@@ -96,8 +102,7 @@ endif()
 
 # teska_shared_library(<target> <version-script>)
 #
-# What every shared library of the house has in common: version, hidden names, and that it finds the others beside it
-# once installed.
+# What every shared library of the house has in common: version and hidden names.
 function(teska_shared_library target version_script)
   set_target_properties(${target} PROPERTIES VERSION "${PROJECT_VERSION}" SOVERSION "${PROJECT_VERSION_MAJOR}"
                                              LINKER_LANGUAGE CXX)
@@ -108,7 +113,26 @@ function(teska_shared_library target version_script)
     if(NOT TESKA_SANITIZE)
       target_link_options(${target} PRIVATE -Wl,--no-undefined)
     endif()
-    set_target_properties(${target} PROPERTIES LINK_DEPENDS "${version_script}" INSTALL_RPATH "$ORIGIN")
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS "${version_script}")
+  endif()
+endfunction()
+
+# teska_static_library(<target> <shared library>)
+#
+# The static library beside a shared one: the same name as an archive, and as a target <...>Static for <...>Shared. It
+# links in C programs too: the C++ runtime comes with it.
+function(teska_static_library target shared)
+  string(REGEX REPLACE "Shared$" "Static" export_name "${shared}")
+  # Where there are no shared libraries the name is taken.
+  set(name "${shared}")
+  if(EMSCRIPTEN)
+    set(name "${export_name}")
+  endif()
+  add_library(${target} STATIC)
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX OUTPUT_NAME "${name}" EXPORT_NAME "${export_name}")
+  if(NOT EMSCRIPTEN)
+    target_link_libraries(${target} INTERFACE "$<INSTALL_INTERFACE:$<$<LINK_LANGUAGE:C>:stdc++>>"
+                                              "$<INSTALL_INTERFACE:$<$<LINK_LANGUAGE:C>:m>>")
   endif()
 endfunction()
 
@@ -137,4 +161,17 @@ function(teska_test_entry program label)
     list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
     set_property(TEST "${label}.${program}" APPEND PROPERTY ENVIRONMENT "TESKA_EMULATOR=${emulator}")
   endif()
+endfunction()
+
+# teska_link_headers()
+#
+# <build tree>/include/teska leads to the public headers: programs of the checkout include them as installed ones do.
+function(teska_link_headers)
+  get_property(companion_headers GLOBAL PROPERTY TESKA_COMPANION_HEADERS)
+  file(GLOB headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/include/*.h")
+  file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/include/teska")
+  foreach(header IN LISTS headers companion_headers)
+    get_filename_component(name "${header}" NAME)
+    file(CREATE_LINK "${header}" "${PROJECT_BINARY_DIR}/include/teska/${name}" COPY_ON_ERROR SYMBOLIC)
+  endforeach()
 endfunction()

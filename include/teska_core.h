@@ -9,6 +9,7 @@
 #include "list.h"
 #include "rom.h"
 #include "teska_time.h"
+#include "teska_version.h"
 #ifdef __cplusplus
 #    include "tcriticsect.h"
 #    include "tlist.h"

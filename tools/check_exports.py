@@ -94,7 +94,8 @@ def output_of(*command, text=None):
 
 
 def exported_by_elf(path):
-    return [line.split()[0] for line in output_of("nm", "-D", "--defined-only", "-P", str(path)).splitlines()]
+    lines = output_of("nm", "-D", "--defined-only", "-P", str(path)).splitlines()
+    return [line.split()[0].partition("@")[0] for line in lines if line.split()[1] != "A"]
 
 
 def exported_by_dll(path):

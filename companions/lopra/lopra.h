@@ -39,12 +39,19 @@
 #include <stdint.h>
 #include <stdio.h>
 
-#if defined(_WIN32)
+#if defined(LOPRA_STATIC)
+#    define LOPRA_API
+#elif defined(_WIN32)
 #    if defined(LOPRA_BUILD)
 #        define LOPRA_API __declspec(dllexport)
 #    else
 #        define LOPRA_API __declspec(dllimport)
 #    endif
+#else
+#    define LOPRA_API __attribute__((visibility("default")))
+#endif
+
+#if defined(_WIN32)
 typedef void *lopra_handle;
 #    define LOPRA_INVALID_HANDLE ((lopra_handle)(intptr_t)-1)
 #    define LOPRA_O_RDONLY _O_RDONLY
@@ -57,7 +64,6 @@ typedef void *lopra_handle;
 #    define LOPRA_O_BINARY _O_BINARY
 #    define LOPRA_O_TEMPORARY _O_TEMPORARY
 #else
-#    define LOPRA_API __attribute__((visibility("default")))
 typedef int lopra_handle;
 #    define LOPRA_INVALID_HANDLE (-1)
 #    define LOPRA_O_RDONLY O_RDONLY

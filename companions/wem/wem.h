@@ -1,7 +1,8 @@
 /* wem - runtime services: report lines, fatal exit, logical names, record pools, clocks.
  *
- * The library and its hosts share one copy of these services, so WEMShared is always a shared library:
- * handlers and logical names exist once in a process.
+ * The library and its hosts share one copy of these services: handlers and logical names exist once in a process.
+ * A program that links the static libraries (WEM_STATIC is defined) has that copy in itself; no shared library that
+ * it loads may then bring another.
  *
  *     char line[WEM_LINE_SIZE];
  *     wem_set_errexit(my_exit);                             a host decides what a fatal error does
@@ -25,7 +26,9 @@
 #ifndef WEM_H
 #define WEM_H
 
-#if defined(_WIN32)
+#if defined(WEM_STATIC)
+#    define WEM_API
+#elif defined(_WIN32)
 #    if defined(WEM_BUILD)
 #        define WEM_API __declspec(dllexport)
 #    else

@@ -43,7 +43,9 @@
 #ifndef ZUK_H
 #define ZUK_H
 
-#if defined(_WIN32)
+#if defined(ZUK_STATIC)
+#    define ZUK_API
+#elif defined(_WIN32)
 #    if defined(ZUK_BUILD)
 #        define ZUK_API __declspec(dllexport)
 #    else

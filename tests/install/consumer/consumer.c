@@ -1,9 +1,9 @@
 /* consumer - a program that knows the library only as it was installed: the list of its words, in order */
-#include <lopra.h>
-#include <wem.h>
-#include <zuk.h>
+#include <teska/lopra.h>
+#include <teska/wem.h>
+#include <teska/zuk.h>
 
-#include <teska_core.h>
+#include <teska/teska_core.h>
 
 #include <stdio.h>
 
