@@ -1,11 +1,5 @@
 #include "teska_version.h"
 
-const char *teska_version(void) noexcept
-{
-    return TESKA_VERSION;
-}
+const char *teska_version(void) noexcept { return TESKA_VERSION; }
 
-int teska_version_number(void) noexcept
-{
-    return TESKA_VERSION_NUMBER;
-}
+int teska_version_number(void) noexcept { return TESKA_VERSION_NUMBER; }

@@ -1,9 +1,8 @@
 /* consumer - a program that knows the library only as it was installed: the list of its words, in order */
 #include <teska/lopra.h>
+#include <teska/teska_core.h>
 #include <teska/wem.h>
 #include <teska/zuk.h>
-
-#include <teska/teska_core.h>
 
 #include <stdio.h>
 
