@@ -34,6 +34,8 @@ typedef struct bezier bezier;
 /* bezier_new - create a segment with both end points; its inner control points are (0, 0).
  *
  * degree  2, 3 or 4
+ * x0, y0  where it starts
+ * xn, yn  where it ends
  * Returns the segment, owned by the caller (bezier_kill), or NULL with "Bezier_new : illegal degree" or
  * "Bezier_new : allocation of Bezier failed".
  */
@@ -57,12 +59,14 @@ TESKA_API int bezier_set_control_poly(bezier *b, const double *xs, const double 
  * direction and length; with degree 2 the inner control point stays.
  *
  * which  0: the start, 1: the end
+ * x, y   where it goes
  * Returns 1, or 0 with "Bezier_set_endp : illegal index".
  */
 TESKA_API int bezier_set_endp(bezier *b, int which, double x, double y) TESKA_NOTHROW;
 
 /* bezier_set_controlp - set inner control point i, 0 .. degree - 2.
  *
+ * x, y  where it goes
  * Returns 1, or 0 with "Bezier_set_controlp : illegal ind".
  */
 TESKA_API int bezier_set_controlp(bezier *b, int i, double x, double y) TESKA_NOTHROW;
@@ -88,7 +92,8 @@ TESKA_API int bezier_get_controlp(const bezier *b, int i, double *x, double *y) 
 
 /* bezier_get - the point at t, by Horner's rule on the power-basis coefficients.
  *
- * t  not limited to 0 .. 1: outside, the polynomials go on
+ * t     not limited to 0 .. 1: outside, the polynomials go on
+ * x, y  out: the point
  * Returns 1.
  * Same bits on every machine. At t = 1 rounding may differ from the end point in the last digits.
  */

@@ -24,8 +24,9 @@ TESKA_BEGIN_C
  * xs, ys      the points Q_i in the order of the curve, n values each
  * start_given not 0: P1 lies on the line from the first point along (start_tx, start_ty)
  * end_given   not 0: P2 lies on the line from the last point along (end_tx, end_ty)
- * tangents    of any length but 0; read when given. The sign of a direction means nothing: P1 may lie on either side of
- *             the start.
+ * start_tx, start_ty, end_tx, end_ty
+ *             tangents of any length but 0; read when given. The sign of a direction means nothing: P1 may lie on
+ *             either side of the start.
  * lse         out: the root of the sum of the squared distances, not of their mean
  * max_e       out: the largest distance
  * verbose     above 0: "Bezier_fit", two lines a pass and two at the end are shown

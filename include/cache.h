@@ -29,10 +29,10 @@ TESKA_BEGIN_C
 /* The opaque record of a cache. */
 typedef struct cache cache;
 
-/* The bytes an item needs; asked when it is not cached. */
+/* The bytes that item id needs; asked when it is not cached. */
 typedef int (*cache_size_fn)(void *context, int id);
 
-/* Fills in the data of an item: as many bytes as its size, which was asked just before. */
+/* Fills in the data of item id at destination: as many bytes as its size, which was asked just before. */
 typedef void (*cache_load_fn)(void *context, int id, void *destination);
 
 /* ---- Life -------------------------------------------------------------------------------------------------------- */
@@ -41,6 +41,7 @@ typedef void (*cache_load_fn)(void *context, int id, void *destination);
  *
  * nr_items               N
  * nr_blocks, block_size  blocks of the pool and their bytes
+ * size, load             the caller's functions; not null
  * context                passed to both functions
  * Returns the cache, owned by the caller (cache_kill), or NULL, without a message, when one of the three numbers is
  * less than 1 or memory is short.

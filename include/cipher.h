@@ -11,6 +11,9 @@
  *
  *       c = p ^ (r >> 8)          r = (r + c) * multiplier + addend   mod 2^16
  *
+ *   plain, cipher       count bytes each, one the input and the other the output
+ *   key                 any
+ *   multiplier, addend  any: the caller's constants
  *   Input and output may be the same buffer; otherwise they do not overlap.
  *   A count of 0 or less does nothing. Nothing is reported or kept; all functions may be called from several threads.
  */

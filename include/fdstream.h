@@ -76,6 +76,7 @@ public:
 
     /* ---- Query --------------------------------------------------------------------------------------------------- */
 
+    /* Whether a file is open. */
     bool is_open() const;
 
     /* Characters that wait to be written: 0, always. */
@@ -104,12 +105,15 @@ protected:
      */
     std::streamsize xsgetn(char *destination, std::streamsize n) override;
 
-    /* xsputn - write n bytes. Returns how many the host took, 0 for a negative n, or -1. */
+    /* xsputn - write the n bytes at source. Returns how many the host took, 0 for a negative n, or -1. */
     std::streamsize xsputn(const char *source, std::streamsize n) override;
 
     /* seekoff, seekpos - move in the file. Returns the new position, or -1 for one that the file does not have; the
      * position is then unchanged.
      *
+     * offset, direction  by how much, and from where
+     * target             where to
+     * which              ignored: a file has one position
      * Kept: a byte looked at but not yet read (peek) lies between this object's position and the file's own, and
      * relative moves out of the buffer start from the file's: after peek() at 3, a move by 2 leads to 6. Moves by 0 and
      * by 1 lead to 3 and 4.
@@ -146,6 +150,7 @@ public:
     /* Closes the file if it is open. Returns 0. */
     int close();
 
+    /* Whether a file is open. */
     bool is_open() const;
 
 private:
@@ -166,6 +171,7 @@ public:
     /* Closes the file if it is open. Returns 0. */
     int close();
 
+    /* Whether a file is open. */
     bool is_open() const;
 
 private:

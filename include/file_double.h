@@ -22,6 +22,7 @@
 #include "teska_api.h"
 TESKA_BEGIN_C
 
+/* The opaque record of a table. */
 typedef struct file_double file_double;
 
 /* ---- Life -------------------------------------------------------------------------------------------------------- */

@@ -58,6 +58,7 @@ TESKA_API int fport_StripExtension(char *name) TESKA_NOTHROW;
 
 /* fport_MakeFullPath - join directory, "\" and file name.
  *
+ * dir, file    zero-terminated
  * destination  size bytes; may be dir or file
  * Returns 0, or -1 with "fport_MakeFullPah: string not long enough" when size is less than both lengths and 2; the
  * destination is then the empty text, and untouched when size is less than 1.

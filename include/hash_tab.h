@@ -42,7 +42,7 @@ typedef struct hash_tab hash_tab;
  * number the remainder counts from the other end.) */
 typedef int (*hash_tab_hash_fn)(int parameter, const void *key);
 
-/* Match: nonzero when the stored key equals the key. Stored is the slot's key part or its text in the pool. */
+/* Match: nonzero when stored_key equals key. stored_key is the slot's key part or its text in the pool. */
 typedef int (*hash_tab_match_fn)(const void *stored_key, const void *key);
 
 /* Empty: nonzero when the slot holds no key; must be so for zero bytes. Not called, and may be null, for keys that are
@@ -53,8 +53,10 @@ typedef int (*hash_tab_empty_fn)(const void *slot);
 
 /* hash_tab_new - create an empty table.
  *
- * nr_items    expected items. The table gets the first prime number of slots from nr_items * 120 / 100 on
- * table_size  receives the number of slots, 0 on failure; may be null
+ * nr_items             expected items. The table gets the first prime number of slots from nr_items * 120 / 100 on
+ * key_size, data_size  codes, see above
+ * hash_parameter       handed to the hash function
+ * table_size           receives the number of slots, 0 on failure; may be null
  * Returns the table, owned by the caller (hash_tab_kill), or NULL with "Hash_tab_new : allocation failed" or
  * "Hash_tab_new : allocation of table failed nr_items = #", where # is the number of slots (also for a negative
  * nr_items). No line of its own when a pool cannot be created.
@@ -68,7 +70,8 @@ TESKA_API hash_tab *hash_tab_new(int nr_items, int key_size, int data_size, hash
  *
  * table_size  slots; taken as it is
  * slots       table_size slots; null: all zero. Deleted marks are not part of an image: no slot is deleted
- * key_pool    the keys' texts, key_pool_bytes of them; not looked at when keys are not texts. Likewise data_pool
+ * key_pool    the keys' texts, key_pool_bytes of them; not looked at when keys are not texts
+ * data_pool   likewise for data, data_pool_bytes
  * Returns as hash_tab_new does, with the same lines.
  * The images may come from anywhere: an offset outside its pool is the empty text, and a text without an end ends with
  * its pool.

@@ -57,7 +57,8 @@ TESKA_API int ibilin_kill(ibilin *record) TESKA_NOTHROW;
 /* ibilin_start - begin an image; an unfinished one is dropped.
  *
  * nComponents  1 .. 4
- * srcLines     lines that will be fed; with srcWidth, dstLines and dstWidth at least 1
+ * srcLines     lines that will be fed, of srcWidth pixels; each at least 1
+ * dstLines     lines that are handed out, of dstWidth pixels; each at least 1
  * callback     called for every component of every destination line
  * inStep       samples from one pixel to the next in the lines fed
  * outStep      the same in the lines handed out
@@ -93,12 +94,20 @@ TESKA_API int ibilin_start(ibilin *record, int nComponents, int srcLines, int sr
  */
 TESKA_API int ibilin_mono(ibilin *record, const unsigned short *line, unsigned short **out) TESKA_NOTHROW;
 
-/* ibilin_rgb - ibilin_mono for components 0, 1 and 2 in this order; those the image does not have are left out. */
+/* ibilin_rgb - ibilin_mono for components 0, 1 and 2 in this order; those the image does not have are left out.
+ *
+ * line0 .. 2  as line of ibilin_mono, for each component
+ * out0 .. 2   as out of ibilin_mono
+ */
 TESKA_API int ibilin_rgb(ibilin *record, const unsigned short *line0, const unsigned short *line1,
                          const unsigned short *line2, unsigned short **out0, unsigned short **out1,
                          unsigned short **out2) TESKA_NOTHROW;
 
-/* ibilin_cmyk - ibilin_mono for components 0 to 3 in this order; those the image does not have are left out. */
+/* ibilin_cmyk - ibilin_mono for components 0 to 3 in this order; those the image does not have are left out.
+ *
+ * line0 .. 3  as line of ibilin_mono, for each component
+ * out0 .. 3   as out of ibilin_mono
+ */
 TESKA_API int ibilin_cmyk(ibilin *record, const unsigned short *line0, const unsigned short *line1,
                           const unsigned short *line2, const unsigned short *line3, unsigned short **out0,
                           unsigned short **out1, unsigned short **out2, unsigned short **out3) TESKA_NOTHROW;

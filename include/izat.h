@@ -68,7 +68,8 @@ TESKA_API int izoom_window_set(izoom *record, int left, int top, int width, int 
 /* izoom_start - begin an image; an unfinished one is dropped.
  *
  * nComponents        1 .. 16
- * srcLines, srcWidth size of the image, dstLines, dstWidth size to bring its window to; each at least 1
+ * srcLines, srcWidth size of the image; each at least 1
+ * dstLines, dstWidth size to bring its window to; each at least 1
  * callback           called for every destination line; may be null
  * context            handed to the callback; not looked at
  * inStep, outStep    samples from one pixel to the next in the lines fed and handed out

@@ -73,11 +73,10 @@ TESKA_API int list_insert(list_rec *list, const void *element) TESKA_NOTHROW;
 
 /* list_insert_index - copy an element to a given index.
  *
- * mode > 0  inserts: the elements from index on move up by one
- * mode = 0  stores over slot index
- * mode < 0  moves slots 1 .. index down by one, losing slot 0, and stores at index
- *
  * index  at most 65534. Inserting after the count leaves zeroed (or formerly used) slots between.
+ * mode   above 0: inserts, the elements from index on move up by one
+ *        0: stores over slot index
+ *        below 0: moves slots 1 .. index down by one, losing slot 0, and stores at index
  * Returns index, or -1 with "list_insert : Unable to extend list, insufficient resources"; the list is then unchanged.
  * Kept: all modes add one to the count, those that store over a slot too.
  * Kept: growing goes to max(capacity, index + 1) plus the growth step, even when one slot is missing.
@@ -123,6 +122,7 @@ TESKA_API int list_pos(list_rec *list, const void *key) TESKA_NOTHROW;
 /* list_search_el - index of an element that matches a key.
  *
  * Without an order the elements are asked from 0 upwards.
+ * eq  match of an element and the key
  * Returns the index, or -1 when nothing matches.
  * Kept: in a sorted list only the position of list_pos is asked; a match further on among equals is not found.
  */

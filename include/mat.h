@@ -73,7 +73,7 @@ TESKA_API int mat_set_row(mat *m, int i, const double *values) TESKA_NOTHROW;
 /* mat_set_col - replace column j, 0 <= j < columns, by as many values as there are rows. Returns 0. */
 TESKA_API int mat_set_col(mat *m, int j, const double *values) TESKA_NOTHROW;
 
-/* mat_set_element - replace element (i, j); the indices are not checked. Returns 0. */
+/* mat_set_element - replace element (i, j) by v; the indices are not checked. Returns 0. */
 TESKA_API int mat_set_element(mat *m, int i, int j, double v) TESKA_NOTHROW;
 
 /* ---- Query ------------------------------------------------------------------------------------------------------- */

@@ -57,6 +57,7 @@ TESKA_API int mmd_tetras_ilut_set(mmd_tetras *set, int d, int n, const unsigned 
 
 /* mmd_tetras_olut_set - set the curve of output c of table k; as md_tetras_olut_set.
  *
+ * n, entries  as md_tetras_ilut_set
  * Returns 1, or 0 with the curve unchanged and one of
  *     "mmd_tetras_olut_set: illegal curve"         k, c or n outside its range
  *     "mmd_tetras_olut_set: insufficient memory"

@@ -27,7 +27,7 @@ TESKA_BEGIN_C
  */
 TESKA_API float ffltofl(const void *file, float *out) TESKA_NOTHROW;
 
-/* fltoffl - write a float as 4 bytes of a file, of any alignment. Returns file. */
+/* fltoffl - write value as 4 bytes of a file, of any alignment. Returns file. */
 TESKA_API void *fltoffl(float value, void *file) TESKA_NOTHROW;
 
 /* fdbltodbl - ffltofl for a double: 8 bytes. */
@@ -38,7 +38,7 @@ TESKA_API void *dbltofdbl(double value, void *file) TESKA_NOTHROW;
 
 /* ---- Digits ------------------------------------------------------------------------------------------------------ */
 
-/* numb_decimal_to_base - split a number into n digits.
+/* numb_decimal_to_base - split value into n digits.
  *
  * Base 2 takes bits 0 .. n - 1 of the two's complement, the sign for those from 32 on. Any other base takes remainders
  * of the division by it, which drops the fraction; what n digits do not hold is lost.
@@ -50,7 +50,7 @@ TESKA_API void *dbltofdbl(double value, void *file) TESKA_NOTHROW;
  */
 TESKA_API int numb_decimal_to_base(int value, int *digits, int n, int base) TESKA_NOTHROW;
 
-/* numb_base_to_decimal - the number that n digits denote: sum of digits[i] * base^i, 0 for n < 1. Returns 0. */
+/* numb_base_to_decimal - value becomes what n digits denote: sum of digits[i] * base^i, 0 for n < 1. Returns 0. */
 TESKA_API int numb_base_to_decimal(const int *digits, int *value, int n, int base) TESKA_NOTHROW;
 
 /* numb_combination - n choose k, for small numbers.

@@ -16,6 +16,11 @@
  * Common rules
  *   A point is three consecutive doubles; a figure is its vertices one after another. A plane is (a, b, c, d), with
  *   a x + b y + c z + d = 0. dir need not have length 1.
+ *   p0, p1, p2, pts  points; as planes where a block says so
+ *   line, seg        two points: the ends
+ *   tri              three points
+ *   tet              four points
+ *   p, q             the point to be projected
  *   point is the projected point, weight its barycentric weights: the sum of weight[i] times vertex i is the point. The
  *   weights of vertices that take no part are 0; those beyond the figure's vertices are not written. spare is neither
  *   read nor written.
@@ -35,10 +40,11 @@
 #include "teska_api.h"
 TESKA_BEGIN_C
 
+/* What a projection gives. */
 typedef struct ProjResult {
-    double point[3];
-    double spare;
-    double weight[4];
+    double point[3];  /* the projected point */
+    double spare;     /* neither read nor written */
+    double weight[4]; /* of the figure's vertices; those beyond its last one are not written */
 } ProjResult;
 
 /* ---- Planes ------------------------------------------------------------------------------------------------------ */

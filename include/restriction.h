@@ -33,7 +33,9 @@ typedef struct restriction restriction;
 /* restriction_new - create a restriction.
  *
  * nx       coordinates of a point, at least 1
+ * neq      number of equalities
  * eq       neq rows; may be null when there are none
+ * nineq    number of inequalities
  * ineq     nineq rows; may be null when there are none
  * An equality whose pivot is not above 1e-12 of the row's largest magnitude follows from those before it; it is
  * dropped if what is left of b is not above 1e-9 * (1 + |b|).

@@ -45,7 +45,8 @@ typedef struct rs232_rec rs232_rec;
 /* initrs232 - open a port and configure its line.
  *
  * port_name      as the host names its device: "/dev/ttyS0", "COM1", "\\.\COM10"; UTF-8, copied. Null is taken for "".
- * speed ..       codes, see above
+ * speed, data_bits, stop_bits, parity
+ *                codes, see above
  * parity_enable  0: no parity. Else odd parity is sent and checked.
  * Returns the port, owned by the caller (closers232), or NULL with the first of these that applies:
  *     "initrs232: Insufficient resources"

@@ -15,7 +15,7 @@
 #include "teska_api.h"
 TESKA_BEGIN_C
 
-/* A function of one variable. Must not throw. */
+/* A function of one variable x. Must not throw. */
 typedef double (*gsect_function)(double x);
 
 /* gaussd - solve n linear equations by elimination.

@@ -19,7 +19,8 @@ TESKA_BEGIN_C
  *     a = (Sy - Sx b) / S                                siga = sqrt((1 + Sx^2 / (S St2)) / S)
  *     chi2 = sum ((y - a - b x) / s)^2
  *
- * x, y        the points, ndata values each
+ * x, y        the points
+ * ndata       how many there are
  * sig         standard deviations of the y, ndata values; looked at only when mwt is set
  * mwt         nonzero: weigh each point by its standard deviation. Zero: the points are taken to be equally good and
  *             the line to be right, and siga and sigb are multiplied by sqrt(chi2 / (ndata - 2)), the deviation that

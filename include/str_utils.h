@@ -8,6 +8,8 @@
  *         if (strcmp_ci(key, "resolution") == 0)
  *             ...
  *
+ * Arguments named text, source, pattern and the like are zero-terminated.
+ *
  * White space, where a function trims it, is blank, tab, line feed and carriage return. Pointers must not be null
  * except where a block says so. Nothing here allocates, reports or keeps state; all functions are safe from any thread.
  */
@@ -18,7 +20,7 @@ TESKA_BEGIN_C
 
 /* ---- Compare ----------------------------------------------------------------------------------------------------- */
 
-/* strcmp_ci - compare two texts without case: -1, 0 or 1.
+/* strcmp_ci - compare two texts without case: -1 when a comes first, 0 when they are equal, 1 when b does.
  *
  * Letters are folded to upper case, so the six characters between 'Z' and 'a' sort after all letters.
  * Kept: the end of a text is tested before the bytes are compared, so a text that goes on is the greater one even when
@@ -28,11 +30,15 @@ TESKA_API int strcmp_ci(const char *a, const char *b) TESKA_NOTHROW;
 
 /* strncmp_ci - compare exactly n bytes without case: 0 equal (also when n < 1), 1 different.
  *
+ * a, b  n bytes each
  * Kept: a terminating zero does not end the comparison; both must hold n bytes.
  */
 TESKA_API int strncmp_ci(const char *a, const char *b, int n) TESKA_NOTHROW;
 
-/* chr_eq_ci - 1 when two characters are equal without case, else 0. */
+/* chr_eq_ci - 1 when the characters a and b are equal without case, else 0.
+ *
+ * a, b  any bytes
+ */
 TESKA_API int chr_eq_ci(char a, char b) TESKA_NOTHROW;
 
 /* str_ins - the order of element lists for texts: 1 when strcmp_ci(element, key) >= 0, else 0. Also in list.h. */
@@ -43,6 +49,7 @@ TESKA_API int str_ins(const void *element, const void *key) TESKA_NOTHROW;
 /* strncpy_w0 - copy at most n characters and always end with a zero.
  *
  * destination  min(n, length of source) + 1 bytes are written; n < 0 counts as 0
+ * source       zero-terminated, or n characters
  * Returns 0.
  */
 TESKA_API int strncpy_w0(char *destination, const char *source, int n) TESKA_NOTHROW;
@@ -61,6 +68,7 @@ TESKA_API void normstr_cp(const char *source, char *destination) TESKA_NOTHROW;
 
 /* strsplit - split at the first separator; both sides are trimmed as by normstr_wc.
  *
+ * text         zero-terminated; not changed, unless it is left or right too
  * left, right  room for their side before trimming; one of them may be the text itself
  * Returns 0; 1 when there is no separator or a pointer is null (left and right are then untouched). A separator of 0 is
  * never found.

@@ -45,7 +45,8 @@ TESKA_API int get_system_time(system_time_rec *t) TESKA_NOTHROW;
  *
  *     *milliseconds = (s - seconds) * 1000 + (us - microseconds) / 1000         s, us: now; quotient towards zero
  *
- * milliseconds  not null
+ * milliseconds           not null
+ * seconds, microseconds  as system_time_rec has them
  * Returns 0.
  * Kept: the difference is negative when the clock has started again in between.
  */

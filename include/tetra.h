@@ -22,6 +22,9 @@
  *   Nothing is reported, except that the lists in a volume report what they lack ("list_new : Not enough resources to
  *   create list", "list_insert : Unable to extend list, insufficient resources"). A volume holds at most 65535 planes
  *   and as many tetrahedra.
+ *   p                  a point: x, y, z
+ *   a, b               the ends of a line or segment: x, y, z
+ *   p0, p1, p2, p3     points, whose numbers do not matter
  *   Unless a block says so, pointers must not be null. No process-wide state: any number of threads may ask one volume,
  *   plane or tetrahedron at the same time, as long as nobody changes it. Different volumes are independent.
  */
@@ -31,37 +34,37 @@
 #include "teska_api.h"
 TESKA_BEGIN_C
 
-/* A point and its number, a whole number. */
+/* A point and its number. */
 typedef struct tetra_point {
-    double x, y, z;
-    double nr;
+    double x, y, z; /* coordinates */
+    double nr;      /* a whole number */
 } tetra_point;
 
 /* A triangle and its plane a x + b y + c z + d = 0. */
 typedef struct tetra_plane {
-    double a, b, c, d; /* (a, b, c) = (p0 - p2) x (p1 - p2), not normalised */
-    tetra_point p[3];
+    double a, b, c, d;  /* (a, b, c) = (p0 - p2) x (p1 - p2), not normalised */
+    tetra_point p[3];   /* the triangle */
     double centroid[3]; /* the mean of the three points */
     int flag;           /* the caller's; 0 when made */
 } tetra_plane;
 
 /* A tetrahedron. */
 typedef struct tetra_rec {
-    tetra_point p[4];
+    tetra_point p[4];   /* the corners */
     double centroid[3]; /* the mean of the four points */
     double m[9];        /* row by row: m (q - p0) are the barycentric coordinates of p1, p2, p3 at q */
 } tetra_rec;
 
 /* A volume. The numbers are those of the lists. */
 typedef struct tetra_volume {
-    int nr_planes;
-    list_rec *planes; /* of tetra_plane * */
-    int nr_tetras;
-    list_rec *tetras; /* of tetra_rec * */
-    int spare1, spare2;
+    int nr_planes;      /* in planes */
+    list_rec *planes;   /* of tetra_plane * */
+    int nr_tetras;      /* in tetras */
+    list_rec *tetras;   /* of tetra_rec * */
+    int spare1, spare2; /* 0; not used */
 } tetra_volume;
 
-/* Whether a point of the list may be a corner of the boundary. Called once per point by tetra_volume_new2, in list
+/* Whether p, at index in the list, may be a corner of the boundary. Called once per point by tetra_volume_new2, in list
  * order; must not change the list, must not throw. */
 typedef int (*tetra_point_select_fn)(const tetra_point *p, int index);
 
@@ -90,7 +93,7 @@ TESKA_API tetra_plane *plane_new2(const tetra_point *p0, const tetra_point *p1, 
 TESKA_API tetra_rec *tetra_new(const tetra_point *p0, const tetra_point *p1, const tetra_point *p2,
                                const tetra_point *p3) TESKA_NOTHROW;
 
-/* plane_kill, tetra_kill - free a record; null is accepted, and either takes both kinds. Return 0. */
+/* plane_kill, tetra_kill - free a record; rec may be null, and either takes both kinds. Return 0. */
 TESKA_API int plane_kill(void *rec) TESKA_NOTHROW;
 TESKA_API int tetra_kill(void *rec) TESKA_NOTHROW;
 
@@ -200,7 +203,8 @@ TESKA_API double line_get_distance_from_point(const tetra_point *p, const tetra_
 TESKA_API double triangle_get_area(const tetra_point *p0, const tetra_point *p1, const tetra_point *p2) TESKA_NOTHROW;
 TESKA_API double tetra_get_volume(const tetra_rec *t) TESKA_NOTHROW;
 
-/* tetra_get_pointnr - the number of corner 0 .. 3; -1 for null, another corner, a number outside the range of int. */
+/* tetra_get_pointnr - the number of corner vertex, 0 .. 3; -1 for null, another corner, a number outside the range of
+ * int. */
 TESKA_API int tetra_get_pointnr(const tetra_rec *t, int vertex) TESKA_NOTHROW;
 
 /* triangle_intersect_linesegment, triangle_intersect_linesegment2 - where the segment from a to b meets a triangle.

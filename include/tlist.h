@@ -58,7 +58,7 @@ public:
 protected:
     TElement(); /* in no list */
 
-    TElement *previous;
+    TElement *previous; /* the neighbours, null at the ends */
     TElement *next;
 };
 
@@ -145,6 +145,7 @@ public:
     /* Position of e, or -1 when it is null or not in the list. O(n). */
     int Index(const TElement *e) const;
 
+    /* The ends; null when the list is empty. */
     TElement *First() const;
     TElement *Last() const;
 

@@ -84,7 +84,10 @@ protected:
 class TESKA_API TObjList : public TList
 {
 public:
+    /* An empty register. */
     TObjList();
+
+    /* Kept: shallow, as in tlist.h. */
     TObjList(const TObjList &other);
     TObjList &operator=(const TObjList &other);
 
@@ -160,7 +163,9 @@ public:
      * Returns null, to be written back. */
     virtual void *DecrRefc(void *obj);
 
-    /* Those of the register; null or 0 without one. */
+    /* Those of the register; null or 0 without one.
+     *
+     * restart  nonzero: to the first one */
     virtual void *ScanObject(int restart);
     virtual int ScanReset();
 
@@ -170,6 +175,7 @@ public:
      * Kept: an entry whose count a derived class has brought to 0 stays. */
     virtual void *RemoveFromFactory(void *obj);
 
+    /* Those of the register, too. element is one of its entries, or null. */
     virtual TElement *GetCurrentScanObject();
     virtual int SetCurrentScanObject(void *element);
 

@@ -30,12 +30,19 @@
 class TESKA_API TPlane
 {
 public:
+    /* What is constant: a coordinate, or the hue. */
     enum PlaneType : int { ConstLPlane = 0, ConstAPlane = 1, ConstBPlane = 2, ConstHuePlane = 3 };
 
     /* ---- Life ---------------------------------------------------------------------------------------------------- */
 
-    /* TPlane - a picture of W columns and H rows; value is the constant of the plane. The grid points are computed
-     * here. */
+    /* TPlane - a picture of W columns and H rows. The grid points are computed here.
+     *
+     * W, H        columns and rows
+     * type        the kind of plane
+     * value       its constant
+     * xmin, xmax  range of the across axis
+     * ymin, ymax  range of the down axis, the largest at the top
+     */
     TPlane(int W, int H, enum TPlane::PlaneType type, double value, double xmin, double xmax, double ymin, double ymax);
 
     /* Copies take over the grid points, too. */
@@ -44,10 +51,11 @@ public:
 
     /* ---- Query --------------------------------------------------------------------------------------------------- */
 
-    /* Equal when size, type, value and ranges are exactly equal. 1 or 0. */
+    /* 1 when size, type, value and ranges of other are exactly equal, else 0; and the reverse. */
     int operator==(TPlane const &other) const;
     int operator!=(TPlane const &other) const;
 
+    /* What was given: columns, ranges, constant. */
     int W() const;
     double XMin() const;
     double XMax() const;
@@ -57,7 +65,7 @@ public:
 
     /* ---- Process ------------------------------------------------------------------------------------------------- */
 
-    /* Coordinate of a column and of a row, also of those outside the picture.
+    /* Coordinate of column i and of row j, also of those outside the picture.
      *
      *     X(i) = xmin + (xmax - xmin) * i / (W - 1),    Y(j) = ymax - (ymax - ymin) * j / (H - 1)
      */
@@ -76,6 +84,7 @@ public:
      * negative on the far side of the grey axis.
      *
      * lab      3 values
+     * x, y     out: the pixel
      * noClamp  whether x and y may lie outside 0 .. W and 0 .. H
      * Kept: the same limits, one beyond the last pixel, and a flag of the opposite sense.
      */

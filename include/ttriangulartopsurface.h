@@ -240,6 +240,7 @@ protected:
      * "Not yet supported, for every part of the umbrella we need to find darkening inks first". */
     int FindDarkeningPrimaries();
 
+    /* The height of the apex; the range of hues; the edge over the hue. */
     int DetermineVTMax();
     int DeterminePosPhiMinPosDeltaPhi();
     int DeterminePhirTetaMaxAndVTMin();
@@ -252,14 +253,15 @@ protected:
     int RecalcTetarDTeta(double phir, double teta);
     /* The edge reaches over the sampled faces of the device. */
     int RecalcTetarForOutDarkGamPrims();
+    /* phir, the place of a hue phi in the range of hues, 0 .. 1 inside it; and back. */
     int PhiToPhir(double phi, double *phir);
     int PhirToPhi(double phir, double *phi);
     /* 1 when a colour lies nearer than the umbrella on its ray; part is the one that hides it. 0 otherwise. */
     int PointUnderNeathTopUmbrella(double const *xyz, TPrimComb const **part);
-    /* 1 when all amounts of a colorant lie underneath parts that do not use it. */
+    /* 1 when all amounts of the colorant prim lie underneath parts that do not use it. */
     int PrimaryUnderneathTopUmbrella(TPrimary *prim);
     /* Takes colorants other than i and j out of the umbrella when they lie underneath it. device and xyz are not looked
-     * at. */
+     * at; nrThrown receives how many. */
     int ThrowOutRedundantPrimaries(double *device, double *xyz, int i, int j, int *nrThrown);
     /* Every member 0. */
     void SetToZero();

@@ -17,7 +17,7 @@ TESKA_BEGIN_C
 
 /* ---- Vectors ----------------------------------------------------------------------------------------------------- */
 
-/* vect_Min, vect_Max - the smallest and the largest of n values.
+/* vect_Min, vect_Max - the smallest and the largest of the n values v.
  *
  * Returns the first of equals (which matters for -0.0 and 0.0); 0.0 for n = 0. NaN never replaces another
  * value, and a NaN that comes first stays.
@@ -75,7 +75,8 @@ TESKA_API int vect_insert_in_array(int *a, int x, int *count_pos) TESKA_NOTHROW;
 
 /* vect_shift_right_0 - move values to the right and fill up with 0.
  *
- * a  n values
+ * a  the values
+ * n  how many there are
  * k  distance: a[i] = a[i - k] for i >= k, and 0 before them; nothing for k < 1, all 0 for k >= n
  * Returns 0.
  */

@@ -135,6 +135,7 @@ WEM_API int wem_lognam_clear(void) WEM_NOTHROW;
  * the pool is destroyed; freed records are handed out again. A record may be taken by one thread and given
  * back by another; only wem_zdestroy needs the pool for itself.
  */
+/* The opaque record of a pool. */
 typedef struct wem_pool wem_pool;
 
 /* wem_zcreate - make an empty pool.

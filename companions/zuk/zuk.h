@@ -55,7 +55,8 @@
 #    define ZUK_API __attribute__((visibility("default")))
 #endif
 
-#define ZUK_VALUE_SIZE 257 /* 256 characters and the zero */
+/* Bytes of a value: 256 characters and the zero. */
+#define ZUK_VALUE_SIZE 257
 
 #ifdef __cplusplus
 #    define ZUK_NOTHROW noexcept
@@ -64,7 +65,10 @@ extern "C" {
 #    define ZUK_NOTHROW
 #endif
 
+/* The opaque record of a database. */
 typedef struct zuk_db zuk_db;
+
+/* The opaque record of a record file, owned by its database. */
 typedef struct zuk_rfile zuk_rfile;
 
 /* ---- Life -------------------------------------------------------------------------------------------- */
