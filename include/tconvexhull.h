@@ -43,6 +43,7 @@
 #include "teska_api.h"
 #ifdef __cplusplus
 
+struct convex_hull;
 struct tEdgeStructure;
 struct tFaceStructure;
 struct tHullStore;
@@ -175,6 +176,7 @@ private:
     int FindBelow(tVertexStructure *);
     int FindBorder();
 
+    friend struct convex_hull; /* the C face, convex_hull.h */
     friend struct TConvexHullTest;
 };
 

@@ -1,6 +1,7 @@
 /* teska_geometry.h - gathers the headers of one subsystem: geometry and gamut */
 #ifndef TESKA_GEOMETRY_H
 #define TESKA_GEOMETRY_H
+#include "convex_hull.h"
 #include "proj.h"
 #include "tetra.h"
 #ifdef __cplusplus

@@ -192,6 +192,7 @@ int TConvexHull::Construct()
 bool TConvexHull::Prepare()
 {
     FreeSurface();
+    store->flat = false;
     teska::vec3 low = teska::position(vertices);
     teska::vec3 high = low;
     store->all.clear();
@@ -214,7 +215,8 @@ bool TConvexHull::Prepare()
     store->half = {std::max(below.x, above.x), std::max(below.y, above.y), std::max(below.z, above.z)};
     store->extent = std::max({store->half.x, store->half.y, store->half.z});
     store->pieces_grown = 0;
-    return store->all.size() >= 3 && store->inside.reserve(store->all.size());
+    store->flat = store->all.size() < 3;
+    return !store->flat && store->inside.reserve(store->all.size());
 }
 
 // The whole construction, by promised steps or by exact ones. Returns 0, -1, or torn.
@@ -271,8 +273,10 @@ int TConvexHull::DoubleTriangle()
     tVertexStructure *u0 = vertices;
     while (Collinear(u0, u0->next, u0->next->next) != 0) {
         u0 = u0->next;
-        if (u0 == vertices)
+        if (u0 == vertices) {
+            store->flat = true;
             return -1;
+        }
     }
     tVertexStructure *const u1 = u0->next;
     tVertexStructure *const u2 = u1->next;
@@ -286,8 +290,10 @@ int TConvexHull::DoubleTriangle()
     tVertexStructure *u3 = u2->next;
     while (VolumeSign(f0, u3) == 0 || (store->exact && teska::exact_volume_sign(f0, teska::position(u3)) == 0)) {
         u3 = u3->next;
-        if (u3 == u0)
+        if (u3 == u0) {
+            store->flat = true;
             return -1;
+        }
     }
     vertices = u3;
     return 0;

@@ -1,3 +1,4 @@
+#include "convex_hull.h"
 #include "determinism/operations.h"
 #include "proj.h"
 #include "tconvexhull.h"
@@ -129,6 +130,31 @@ const Operation hulls("TConvexHull, points on spheres", [](Generator &input, Dig
             answer = hull.InsideHull(q[0], q[1], q[2]);
             digest.add(&answer, sizeof answer);
         }
+    }
+});
+
+// Its vertices, faces and measures.
+const Operation hull_surface("convex_hull, points on spheres", [](Generator &input, Digest &digest) {
+    for (const double radius : {1.0, 100.0, 40000.0}) {
+        const std::unique_ptr<convex_hull, convex_hull *(*)(convex_hull *)> hull(convex_hull_new(), convex_hull_kill);
+        convex_hull_set_unit(hull.get(), radius / 90);
+        for (int i = 0; i < 500; ++i) {
+            double p[3] = {input.between(-1, 1), input.between(-1, 1), input.between(-1, 1)};
+            const double k = radius / std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
+            for (double &x : p)
+                x *= k;
+            convex_hull_add(hull.get(), p);
+        }
+        convex_hull_construct(hull.get());
+        for (int i = 0, corner[3], number = 0; convex_hull_get_face(hull.get(), i, corner) == 0; ++i)
+            for (const int vertex : corner) {
+                double p[3] = {};
+                convex_hull_get_vertex(hull.get(), vertex, p, &number);
+                digest.add(p, sizeof p);
+                digest.add(&number, sizeof number);
+            }
+        const double measures[2] = {convex_hull_get_area(hull.get()), convex_hull_get_volume(hull.get())};
+        digest.add(measures, sizeof measures);
     }
 });
 

@@ -2,6 +2,7 @@
 #include "support/folder.h"
 #include "support/generator.h"
 
+#include "convex_hull.h"
 #include "faults/sweep.h"
 #include "tconvexhull.h"
 #include "volume_export.h"
@@ -94,6 +95,36 @@ void add_sphere(TConvexHull &hull)
     }
 }
 
+using Hull = std::shared_ptr<convex_hull>;
+
+// A cube, and points inside.
+Hull dice()
+{
+    Hull hull(convex_hull_new(), convex_hull_kill);
+    for (int i = 0; i < 27; ++i) {
+        const double p[3] = {i < 8 ? i % 2 * 10.0 : 5, i < 8 ? i / 2 % 2 * 10.0 : 5, i < 8 ? i / 4 * 10.0 : 5};
+        convex_hull_add(hull.get(), p);
+    }
+    return hull;
+}
+
+std::string points_and_faces(const Hull &hull)
+{
+    return std::to_string(convex_hull_get_nr_points(hull.get())) + " " +
+           std::to_string(convex_hull_get_nr_faces(hull.get())) + " " +
+           std::to_string(convex_hull_get_volume(hull.get()));
+}
+
+// Whatever fails, the next call makes the whole hull.
+bool construct(const Hull &hull)
+{
+    const bool success = gave(0, convex_hull_construct(hull.get()));
+    EXPECT_EQ(convex_hull_get_nr_points(hull.get()), 27);
+    EXPECT_EQ(convex_hull_get_nr_faces(hull.get()), success ? 12 : 0);
+    EXPECT_EQ(convex_hull_get_volume(hull.get()), success ? 1000 : 0);
+    return success;
+}
+
 const lines nothing, no_list{"list_new : Not enough resources to create list"};
 const lines no_room{"list_insert : Unable to extend list, insufficient resources"};
 const SweepRows rows({
@@ -106,6 +137,16 @@ const SweepRows rows({
     row("tetra_volume_get_border_points", 4, get_border, {no_list, nothing, no_room}),
     row("tetra_volume_line_intersect", 40, intersect, {nothing}),
     row("tetra_volume_dump_to_file", 1, dump, {nothing}),
+    calling("convex_hull_new", [] { return made(convex_hull_new(), convex_hull_kill); },
+            {{"convex_hull_new: insufficient memory"}}),
+    changing<Hull>(
+        "convex_hull_add", [] { return Hull(convex_hull_new(), convex_hull_kill); },
+        [](const Hull &hull) { return gave(0, convex_hull_add(hull.get(), eye)); }, points_and_faces,
+        {{"convex_hull_add: insufficient memory"}}),
+    changing<Hull>("convex_hull_add_points", dice,
+                   [](const Hull &hull) { return gave(0, convex_hull_add_points(hull.get(), eye, 1)); },
+                   points_and_faces, {{"convex_hull_add_points: insufficient memory"}}),
+    changing<Hull>("convex_hull_construct", dice, construct, nullptr, {{"convex_hull_construct: insufficient memory"}}),
 });
 
 // Calls check(fire) on fresh hulls while allocations fail in turn; returns how often.

@@ -34,6 +34,7 @@ struct tHullStore {
     teska::vec3 half = {};  // no vertex is farther from the centre along each axis
     double extent = 0.0;    // the largest of these
     bool exact = false;     // the hull is made in exact steps
+    bool flat = false;      // the last construction found no four points to begin with
     std::int64_t edges_made = 0;
     int pieces_grown = 0;  // in this construction
     teska::face_planes planes;

@@ -1,0 +1,245 @@
+#include "convex_hull.h"
+
+#include "Support/vec.h"
+#include "support/generator.h"
+#include "support/reports.h"
+
+#include "tconvexhull.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <memory>
+#include <utility>
+#include <vector>
+
+using teska::vec3;
+using teska_test::Generator;
+using teska_test::lines;
+using teska_test::Reports;
+
+namespace
+{
+
+using Hull = std::unique_ptr<convex_hull, convex_hull *(*)(convex_hull *)>;
+using Points = std::vector<std::array<double, 3>>;
+
+const double nan = std::numeric_limits<double>::quiet_NaN();
+const Points cube{{0, 0, 0}, {10, 0, 0}, {0, 10, 0}, {10, 10, 0}, {0, 0, 10}, {10, 0, 10}, {0, 10, 10}, {10, 10, 10}};
+
+Hull hull_of(const Points &points, double unit = 1)
+{
+    Hull hull(convex_hull_new(), convex_hull_kill);
+    EXPECT_EQ(convex_hull_set_unit(hull.get(), unit), 0);
+    EXPECT_EQ(convex_hull_add_points(hull.get(), points.empty() ? nullptr : points[0].data(),
+                                     static_cast<int>(points.size())),
+              0);
+    return hull;
+}
+
+// Whole coordinates, on which the rule of 1/12 is exact.
+Points cloud(int n, int extent)
+{
+    Generator input(static_cast<std::uint64_t>(n));
+    Points points(static_cast<std::size_t>(n));
+    for (auto &p : points)
+        for (double &x : p)
+            x = input.below(extent);
+    return points;
+}
+
+// The corners of a face, each of which must be a point that was added.
+std::array<vec3, 3> corners(const convex_hull *hull, int face, const Points &points)
+{
+    int corner[3];
+    EXPECT_EQ(convex_hull_get_face(hull, face, corner), 0);
+    std::array<vec3, 3> at{};
+    for (std::size_t k = 0; k < 3; ++k) {
+        double p[3] = {};
+        int number = -1;
+        EXPECT_EQ(convex_hull_get_vertex(hull, corner[k], p, &number), 0);
+        at[k] = teska::vec3_at(p);
+        EXPECT_EQ(points.at(static_cast<std::size_t>(number)), (std::array<double, 3>{p[0], p[1], p[2]}));
+    }
+    return at;
+}
+
+double six_volumes(const std::array<vec3, 3> &t, const vec3 &p) { return dot(t[0] - p, cross(t[1] - p, t[2] - p)); }
+
+TEST(ConvexHull, IsAClosedOutwardSurfaceOfInputPointsAroundAllOfThem)
+{
+    for (const auto &[points, unit] :
+         {std::pair(cloud(12, 9), 1.0), {cloud(400, 100), 1.0}, {cloud(3000, 65536), 700.0}}) {
+        const Hull hull = hull_of(points, unit);
+        ASSERT_EQ(convex_hull_construct(hull.get()), 0);
+        const int faces = convex_hull_get_nr_faces(hull.get()), vertices = convex_hull_get_nr_vertices(hull.get());
+        EXPECT_EQ(faces, 2 * vertices - 4);
+        EXPECT_EQ(convex_hull_get_nr_points(hull.get()), static_cast<int>(points.size()));
+
+        std::map<std::pair<int, int>, int> sides;
+        double area = 0, six_times = 0;
+        const double slack = 0.5 * std::pow(std::exp2(std::floor(std::log2(unit))), 3);
+        for (int f = 0; f < faces; ++f) {
+            int corner[3];
+            convex_hull_get_face(hull.get(), f, corner);
+            for (int k = 0; k < 3; ++k)
+                ++sides[{corner[k], corner[(k + 1) % 3]}];
+            const auto at = corners(hull.get(), f, points);
+            for (const auto &p : points)
+                ASSERT_GE(six_volumes(at, teska::vec3_at(p.data())), -slack);
+            area += length(cross(at[1] - at[0], at[2] - at[0])) / 2;
+            six_times += six_volumes(at, {0, 0, 0});
+        }
+        // Every side is run through once in each direction.
+        for (const auto &[side, count] : sides) {
+            EXPECT_EQ(count, 1);
+            EXPECT_EQ(sides.count({side.second, side.first}), 1u);
+        }
+        EXPECT_NEAR(convex_hull_get_area(hull.get()), area, 1e-12 * area);
+        EXPECT_NEAR(convex_hull_get_volume(hull.get()), six_times / 6, 1e-12 * six_times);
+    }
+}
+
+TEST(ConvexHull, KnowsAreaAndVolumeOfACube)
+{
+    Points far_away = cube;
+    for (auto &p : far_away)
+        p = {p[0] + 1000, p[1] - 3000, p[2] + 500};
+    for (const Points &points : {cube, far_away}) {
+        const Hull hull = hull_of(points);
+        EXPECT_EQ(convex_hull_get_area(hull.get()), 0.0);
+        ASSERT_EQ(convex_hull_construct(hull.get()), 0);
+        EXPECT_EQ(convex_hull_get_area(hull.get()), 600.0);
+        EXPECT_EQ(convex_hull_get_volume(hull.get()), 1000.0);
+    }
+}
+
+TEST(ConvexHullInside, AnswersAsTheClass)
+{
+    const Points points = cloud(300, 100);
+    const Hull hull = hull_of(points);
+    TConvexHull of_class;
+    for (const auto &p : points)
+        of_class.AddPoint(p[0], p[1], p[2]);
+    ASSERT_EQ(convex_hull_construct(hull.get()), 0);
+    ASSERT_EQ(of_class.Construct(), 0);
+    Generator input(1);
+    int inside = 0;
+    for (int i = 0; i < 5000; ++i) {
+        const double q[3] = {input.between(-10, 110), input.between(-10, 110), input.between(-10, 110)};
+        const int answer = convex_hull_inside(hull.get(), q);
+        ASSERT_EQ(answer, of_class.InsideHull(q[0], q[1], q[2]));
+        inside += answer;
+    }
+    EXPECT_TRUE(inside > 1000 && inside < 4000) << inside;
+    const double none[3] = {50, nan, 50};
+    EXPECT_EQ(convex_hull_inside(hull.get(), none), 0);
+}
+
+TEST(ConvexHullSetUnit, MakesHullsOfSmallAndOfLargeCoordinates)
+{
+    Points small = cube;
+    for (auto &p : small)
+        for (double &x : p)
+            x *= 0.07;  // not a whole number of units
+    small.push_back({0.7000001, 0.35, 0.35});
+    const Reports reports;
+    const Hull coarse = hull_of(small);
+    EXPECT_EQ(convex_hull_construct(coarse.get()), -1) << "no tetrahedron of 1/12 cubic unit";
+    const Hull hull = hull_of(small, 0.01);
+    ASSERT_EQ(convex_hull_construct(hull.get()), 0);
+    EXPECT_EQ(convex_hull_get_nr_vertices(hull.get()), 8) << "a bulge below the rule is no vertex";
+    for (int f = 0; f < convex_hull_get_nr_faces(hull.get()); ++f)
+        corners(hull.get(), f, small);
+    EXPECT_NEAR(convex_hull_get_volume(hull.get()), 0.343, 1e-15);
+    const double inside[3] = {0.69, 0.01, 0.4}, outside[3] = {0.71, 0.01, 0.4};
+    EXPECT_EQ(convex_hull_inside(hull.get(), inside), 1);
+    EXPECT_EQ(convex_hull_inside(hull.get(), outside), 0);
+}
+
+TEST(ConvexHullSetUnit, RefusesOnesOutsideItsRangeOrTooLate)
+{
+    Reports reports;
+    const Hull hull = hull_of({});
+    for (const double unit : {0.0, -1.0, 0.9e-9, 1.1e9, nan})
+        EXPECT_EQ(convex_hull_set_unit(hull.get(), unit), -1) << unit;
+    EXPECT_EQ(reports.take(), lines(5, "convex_hull_set_unit: illegal unit"));
+    EXPECT_EQ(convex_hull_add(hull.get(), cube[7].data()), 0);
+    EXPECT_EQ(convex_hull_set_unit(hull.get(), 2), -1);
+    EXPECT_EQ(reports.take(), lines{"convex_hull_set_unit: there are points already"});
+    EXPECT_EQ(convex_hull_add_points(hull.get(), cube[0].data(), -1), -1);
+    EXPECT_EQ(reports.take(), lines{"convex_hull_add_points: illegal number of points"});
+    EXPECT_EQ(convex_hull_get_nr_points(hull.get()), 1);
+}
+
+TEST(ConvexHullConstruct, SaysWhenPointsAreInOnePlaneAndTakesMore)
+{
+    Points twice;
+    for (const auto &p : cube)
+        twice.insert(twice.end(), 2, p);
+    const Points none[] = {{},
+                           {cube[0]},
+                           {cube[0], cube[1], cube[2], cube[3]},
+                           Points(9, cube[0]),
+                           twice,
+                           {{nan, 0, 0}, cube[0], cube[7]}};
+    for (const Points &points : none) {
+        SCOPED_TRACE(points.size());
+        Reports reports;
+        const Hull hull = hull_of(points);
+        EXPECT_EQ(convex_hull_construct(hull.get()), -1);
+        EXPECT_EQ(reports.take(), lines{"convex_hull_construct: points in one plane"});
+        EXPECT_EQ(convex_hull_get_nr_faces(hull.get()), 0);
+        EXPECT_EQ(convex_hull_inside(hull.get(), cube[0].data()), 0);
+        EXPECT_EQ(convex_hull_add_points(hull.get(), cube[0].data(), 8), 0);
+        EXPECT_EQ(convex_hull_construct(hull.get()), 0);
+        EXPECT_EQ(convex_hull_get_volume(hull.get()), 1000.0);
+        EXPECT_EQ(reports.take(), lines{});
+    }
+}
+
+TEST(ConvexHullConstruct, KeepsTheHullUntilItIsMadeAnew)
+{
+    const Hull hull = hull_of(cube);
+    ASSERT_EQ(convex_hull_construct(hull.get()), 0);
+    const Points more{{nan, 1, 1}, {5, 5, 5}, {5, 5, 30}};
+    convex_hull_add_points(hull.get(), more[0].data(), 3);
+    const double above[3] = {5, 5, 20};
+    EXPECT_EQ(convex_hull_inside(hull.get(), above), 0);
+    EXPECT_EQ(convex_hull_get_nr_vertices(hull.get()), 8);
+    for (int again = 0; again < 2; ++again) {
+        ASSERT_EQ(convex_hull_construct(hull.get()), 0);
+        EXPECT_EQ(convex_hull_inside(hull.get(), above), 1);
+        EXPECT_EQ(convex_hull_get_nr_vertices(hull.get()), 9);
+        EXPECT_EQ(convex_hull_get_nr_faces(hull.get()), 14);
+    }
+    // Numbers count the points that were left out too.
+    int top = -1;
+    for (int i = 0, number = -1; i < 9; ++i) {
+        double p[3];
+        convex_hull_get_vertex(hull.get(), i, p, &number);
+        top = p[2] == 30 ? number : top;
+    }
+    EXPECT_EQ(top, 10);
+}
+
+TEST(ConvexHullGet, RefusesIndicesOutsideItsLists)
+{
+    const Hull hull = hull_of(cube);
+    double p[3] = {7, 7, 7};
+    int corner[3] = {7, 7, 7}, number = 7;
+    EXPECT_EQ(convex_hull_get_vertex(hull.get(), 0, p, &number), -1);
+    convex_hull_construct(hull.get());
+    for (const int i : {-1, 12}) {
+        EXPECT_EQ(convex_hull_get_vertex(hull.get(), i, p, &number), -1);
+        EXPECT_EQ(convex_hull_get_face(hull.get(), i, corner), -1);
+    }
+    EXPECT_TRUE(p[0] == 7 && number == 7 && corner[0] == 7);
+    EXPECT_EQ(convex_hull_get_vertex(hull.get(), 0, nullptr, nullptr), 0);
+    EXPECT_EQ(convex_hull_kill(nullptr), nullptr);
+}
+
+}  // namespace
