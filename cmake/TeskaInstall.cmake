@@ -68,7 +68,17 @@ teska_pkg_config(WEMShared "Report lines, logical names, record pools and clocks
 teska_pkg_config(LOPRAShared "File calls that take UTF-8 paths" "" LOPRA_STATIC)
 teska_pkg_config(ZUKShared "Record files" "LOPRAShared" ZUK_STATIC)
 
-install(FILES "${PROJECT_SOURCE_DIR}/COPYRIGHT" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
-install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
-        DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT doc)
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT doc)
+# A Debian package has the copyright statement under its own name.
+set(doc "${CMAKE_INSTALL_DOCDIR}")
+if(TESKA_PACKAGES AND NOT MINGW)
+  set(doc "share/doc/libteska-doc")
+else()
+  install(FILES "${PROJECT_SOURCE_DIR}/COPYRIGHT" DESTINATION "${doc}" COMPONENT runtime)
+endif()
+install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md" DESTINATION "${doc}" COMPONENT doc)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${doc}" COMPONENT doc)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples/tasks" DESTINATION "${doc}/examples" COMPONENT doc)
+# The reference, where ./dev docs made it.
+if(EXISTS "${PROJECT_SOURCE_DIR}/out/reference/index.html")
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/out/reference/" DESTINATION "${doc}/html" COMPONENT doc)
+endif()
