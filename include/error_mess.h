@@ -115,7 +115,11 @@ TESKA_API int teska_warn_level(int threshold) TESKA_NOTHROW;
 /* dbg - print "DEBUG : 'message'" on standard output while the debug switch is on, in every mode. */
 TESKA_API void dbg(const char *message) TESKA_NOTHROW;
 
-/* dbg_set - set the debug switch, initially 0; nonzero is on. Returns the previous value. */
+/* dbg_set - set the debug switch, initially 0.
+ *
+ * on  nonzero: dbg prints
+ * Returns the previous value.
+ */
 TESKA_API int dbg_set(int on) TESKA_NOTHROW;
 
 TESKA_END_C

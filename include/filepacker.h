@@ -154,24 +154,25 @@ public:
 
     /* ---- Raw reading and writing, at the archive's current position ---------------------------------------------- */
 
-    /* Rules for all: code 4 when no archive is open. What cannot be read gives 5, what cannot be written whole gives 7
-     * and leaves the archive as it was. */
+    /* Rules for all: each returns 0, or code 4 when no archive is open. What cannot be read gives 5, what cannot be
+     * written whole gives 7 and leaves the archive as it was. */
 
     /* ReadString - read up to a zero byte, which is stored; at the end of the archive the text gets one too.
      *
      * text  as long as the archive has it: there is no limit
+     * Returns 0, 4 or 5.
      */
     int ReadString(char *text) noexcept;
 
-    /* WriteString - write a text and its zero byte. */
+    /* WriteString - write a text and its zero byte. Returns 0, 4 or 7. */
     int WriteString(const char *text) noexcept;
 
-    /* ReadBinaryData - read exactly count bytes; count < 0 gives 5.
+    /* ReadBinaryData - read exactly count bytes into buffer; count < 0 gives 5. Returns 0, 4 or 5.
      * Kept: buffer[0] becomes 0 first, for count 0 too.
      */
     int ReadBinaryData(char *buffer, int count) noexcept;
 
-    /* WriteBinaryData - write count bytes; count < 0 gives 7. */
+    /* WriteBinaryData - write the count bytes of buffer; count < 0 gives 7. Returns 0, 4 or 7. */
     int WriteBinaryData(const char *buffer, int count) noexcept;
 
     /* ReadUpTo - read up to and including a delimiter, and discard one byte after it, typically the end of the line.

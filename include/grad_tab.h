@@ -77,9 +77,9 @@ TESKA_API const char *grad_tab_list(grad_tab *g, int *cursor, double *pair) TESK
  *
  *     out[i * out_stride] = curve(in[i * in_stride]),   0 <= i < n
  *
- * in,out      may be the same array with the same stride
- * strides     in doubles, from value to value; may be 0 or negative
- * n           less than 1 does nothing
+ * in, out                may be the same array with the same stride
+ * in_stride, out_stride  in doubles, from value to value; may be 0 or negative
+ * n                      less than 1 does nothing
  * Returns 0, or -1 at the first value that has none, with the report of lin_interp_double_inter; those before it
  * are written.
  */

@@ -70,8 +70,8 @@ TESKA_API hash_tab *hash_tab_new(int nr_items, int key_size, int data_size, hash
  *
  * table_size  slots; taken as it is
  * slots       table_size slots; null: all zero. Deleted marks are not part of an image: no slot is deleted
- * key_pool    the keys' texts, key_pool_bytes of them; not looked at when keys are not texts
- * data_pool   likewise for data, data_pool_bytes
+ * key_pool, key_pool_bytes    the keys' texts and their bytes; not looked at when keys are not texts
+ * data_pool, data_pool_bytes  likewise for data
  * Returns as hash_tab_new does, with the same lines.
  * The images may come from anywhere: an offset outside its pool is the empty text, and a text without an end ends with
  * its pool.

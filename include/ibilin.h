@@ -56,12 +56,12 @@ TESKA_API int ibilin_kill(ibilin *record) TESKA_NOTHROW;
 
 /* ibilin_start - begin an image; an unfinished one is dropped.
  *
- * nComponents  1 .. 4
- * srcLines     lines that will be fed, of srcWidth pixels; each at least 1
- * dstLines     lines that are handed out, of dstWidth pixels; each at least 1
- * callback     called for every component of every destination line
- * inStep       samples from one pixel to the next in the lines fed
- * outStep      the same in the lines handed out
+ * nComponents         1 .. 4
+ * srcLines, srcWidth  lines that will be fed, and their pixels; each at least 1
+ * dstLines, dstWidth  lines that are handed out, and their pixels; each at least 1
+ * callback            called for every component of every destination line
+ * inStep              samples from one pixel to the next in the lines fed
+ * outStep             the same in the lines handed out
  * Returns 1, or 0 with one of
  *     "ibilin_start: illegal dest image"      a size or the number of components outside its range
  *     "ibilin_start: unsufficient resources"  no memory, or more than INT_MAX bytes for one of its blocks

@@ -33,7 +33,7 @@ TESKA_API void *fltoffl(float value, void *file) TESKA_NOTHROW;
 /* fdbltodbl - ffltofl for a double: 8 bytes. */
 TESKA_API double fdbltodbl(const void *file, double *out) TESKA_NOTHROW;
 
-/* dbltofdbl - fltoffl for a double: 8 bytes. */
+/* dbltofdbl - fltoffl for a double value: 8 bytes. Returns file. */
 TESKA_API void *dbltofdbl(double value, void *file) TESKA_NOTHROW;
 
 /* ---- Digits ------------------------------------------------------------------------------------------------------ */
@@ -78,7 +78,7 @@ TESKA_API int numb_hex_string_to_decimal(const char *text, int *value) TESKA_NOT
  */
 TESKA_API int numb_hex_to_hex_string(const int *digits, int n, char *text) TESKA_NOTHROW;
 
-/* numb_decimal_to_hex_string - write a number in hexadecimal.
+/* numb_decimal_to_hex_string - write value in hexadecimal.
  *
  * text  up to 25 bytes
  * Returns 0.

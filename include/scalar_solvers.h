@@ -70,7 +70,7 @@ TESKA_API double gsect_min(double ax, double bx, double cx, double tol, gsect_fu
  */
 TESKA_API double real_atan2PI(double x, double y, int *err) TESKA_NOTHROW;
 
-/* real_atan - real_atan2PI in degrees: times 180, divided by 3.1415926535. */
+/* real_atan - the angle of the vector (x, y) in degrees: real_atan2PI times 180, divided by 3.1415926535. */
 TESKA_API double real_atan(double x, double y, int *err) TESKA_NOTHROW;
 
 TESKA_END_C

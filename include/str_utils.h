@@ -91,10 +91,11 @@ TESKA_API char *strstr_ci(const char *text, const char *pattern) TESKA_NOTHROW;
 
 /* ---- Cursors ----------------------------------------------------------------------------------------------------- */
 
-/* str_go_to_next_line - move to the start of the next line, or to the end of the text. Lines end in CR LF, LF or CR. */
+/* str_go_to_next_line - move the cursor to the start of the next line, or to the end of the text. Lines end in CR LF,
+ * LF or CR. */
 TESKA_API void str_go_to_next_line(const char **cursor) TESKA_NOTHROW;
 
-/* str_go_to_next_word - move to the start of the next word.
+/* str_go_to_next_word - move the cursor to the start of the next word.
  *
  * Unless on a blank, goes to the next blank, tab, line feed, carriage return or end of text; then over blanks, tabs and
  * zero bytes. A line feed or carriage return stops it.

@@ -136,7 +136,7 @@ TESKA_API int str_int_from_itemstr(const char *text, int n, int *out) TESKA_NOTH
  *
  * The format is that of str_from_vd (file_double.h): four significant digits, a blank on either side of each number.
  *
- * n     less than 1 gives the empty text
+ * n     how many values; less than 1 gives the empty text
  * text  up to 9 bytes per number of magnitude below 10000, and a zero; a larger number takes all its integer digits, up
  *       to 312 bytes
  * Returns 0; cannot fail.

@@ -48,29 +48,31 @@ struct tEdgeStructure;
 struct tFaceStructure;
 struct tHullStore;
 
-/* Three circular doubly linked lists. A new record goes to the end, just before the head. */
+/* Three circular doubly linked lists. A new record goes to the end, just before the head. Here a vertex. */
 struct tVertexStructure {
-    double v[3];
-    int vnum;                  /* number of the point in order of adding, from 0 */
-    tEdgeStructure *duplicate; /* edge of the present cone from this vertex, or null */
-    int onhull;
-    int mark; /* already processed */
-    tVertexStructure *next, *prev;
+    double v[3];                   /* x, y, z */
+    int vnum;                      /* number of the point in order of adding, from 0 */
+    tEdgeStructure *duplicate;     /* edge of the present cone from this vertex, or null */
+    int onhull;                    /* 0 */
+    int mark;                      /* already processed */
+    tVertexStructure *next, *prev; /* in the list */
 };
 
+/* An edge, in the second list. */
 struct tEdgeStructure {
-    tFaceStructure *adjface[2];
-    tVertexStructure *endpts[2];
-    tFaceStructure *newface; /* face of the present cone on this edge, or null */
-    int del;                 /* to be removed */
-    tEdgeStructure *next, *prev;
+    tFaceStructure *adjface[2];  /* the faces on both sides */
+    tVertexStructure *endpts[2]; /* the ends */
+    tFaceStructure *newface;     /* face of the present cone on this edge, or null */
+    int del;                     /* to be removed */
+    tEdgeStructure *next, *prev; /* in the list */
 };
 
+/* A face, in the third list. */
 struct tFaceStructure {
-    tEdgeStructure *edge[3]; /* edge[i] joins vertex[i] and vertex[(i + 1) % 3] */
-    tVertexStructure *vertex[3];
-    int visible; /* from the point being added */
-    tFaceStructure *next, *prev;
+    tEdgeStructure *edge[3];     /* edge[i] joins vertex[i] and vertex[(i + 1) % 3] */
+    tVertexStructure *vertex[3]; /* the corners */
+    int visible;                 /* from the point being added */
+    tFaceStructure *next, *prev; /* in the list */
 };
 
 class TESKA_API TConvexHull

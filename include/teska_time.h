@@ -15,7 +15,7 @@ TESKA_BEGIN_C
 
 /* A moment of the millisecond clock. */
 typedef struct system_time_rec {
-    int seconds;
+    int seconds;      /* of the clock */
     int microseconds; /* whole milliseconds, 0 .. 999000 */
 } system_time_rec;
 

@@ -64,6 +64,7 @@ typedef void *lopra_handle;
 #    define LOPRA_O_BINARY _O_BINARY
 #    define LOPRA_O_TEMPORARY _O_TEMPORARY
 #else
+/* A file opened by CreateFile_utf8: a descriptor; on Windows the host's handle. */
 typedef int lopra_handle;
 #    define LOPRA_INVALID_HANDLE (-1)
 #    define LOPRA_O_RDONLY O_RDONLY
@@ -74,7 +75,8 @@ typedef int lopra_handle;
 #    define LOPRA_O_TRUNC O_TRUNC
 #    define LOPRA_O_APPEND O_APPEND
 #    define LOPRA_O_BINARY 0
-#    define LOPRA_O_TEMPORARY 0x40000000 /* a bit of our own, unknown to the host */
+/* A bit of our own, unknown to the host: see open_utf8. */
+#    define LOPRA_O_TEMPORARY 0x40000000
 #endif
 
 #define LOPRA_S_IREAD 0400
@@ -94,6 +96,7 @@ extern "C" {
 #    define LOPRA_NOTHROW
 #endif
 
+/* What stat32_utf8 tells of a file. */
 typedef struct lopra_stat32 {
     int32_t st_size;    /* bytes */
     int32_t st_mode;    /* kind and permissions, in the host's st_mode bits */
@@ -186,13 +189,14 @@ LOPRA_API int CloseFile_utf8(lopra_handle handle) LOPRA_NOTHROW;
 
 /* ---- Save whole files -------------------------------------------------------------------------------- */
 
-/* write_utf8 - write all bytes to a descriptor; a short count of the host is continued. Returns 0, or -1 when
- * some are missing, with ENOSPC when the host gives no other reason. */
+/* write_utf8 - write all size bytes of data to a descriptor; a short count of the host is continued.
+ * Returns 0, or -1 when some are missing, with ENOSPC when the host gives no other reason. */
 LOPRA_API int write_utf8(int descriptor, const void *data, size_t size) LOPRA_NOTHROW;
 
 /* replace_utf8 - give a file a new content so that a crash or a power cut leaves the old one or the new one.
  *
  * path  the file; need not be there yet. A symbolic link is replaced itself, see full_path_utf8.
+ * data, size  the content and its bytes
  * Returns 0 when the new content is on the disk, whatever happens next; -1 with the old file in place, or with
  * the new one when only the last step failed, the flush of the folder; EISDIR for a directory, EACCES for a
  * read-only file, EINVAL for a device or pipe on POSIX.
@@ -232,7 +236,11 @@ LOPRA_API int stat32_utf8(const char *path, lopra_stat32 *st) LOPRA_NOTHROW;
 
 /* rename_utf8 - give a file another name on the same volume, replacing a file that has it. Readers see the
  * old file or the new one, never neither. Windows refuses while the target is open, and returns when the
- * names are on the disk. Returns 0, or -1. */
+ * names are on the disk.
+ *
+ * from, to  the name it has, and the one it gets
+ * Returns 0, or -1.
+ */
 LOPRA_API int rename_utf8(const char *from, const char *to) LOPRA_NOTHROW;
 
 /* remove_utf8 - remove a file; a directory fails with EISDIR. Windows refuses read-only and open files.
