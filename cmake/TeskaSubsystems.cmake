@@ -3,6 +3,7 @@
 
 # Sources that are a module's own, beside Private/Source/<module>.cpp: Private/Source/<module>/<part>.cpp.
 teska_parts(bezierd_base roots)
+teska_parts(clg images points surface tiling)
 teska_parts(fdstream fdifstream fdofstream)
 teska_parts(file_double vd)
 teska_parts(filepacker unpack)
@@ -11,11 +12,13 @@ teska_parts(ibilin plan)
 teska_parts(izat izoom plan)
 teska_parts(md_tetrab positions)
 teska_parts(numb byteorder)
-teska_parts(proj tetra triangle)
+teska_parts(p_bezierd_base arc fit line nearest outline polyline spline)
+teska_parts(proj nearest tetra triangle)
 teska_parts(tconvexhull compass lists planes print step)
 teska_parts(tetra cutting distinct_points hull tiling volume)
 teska_parts(tlist telement)
 teska_parts(tobjfac tobjel tobjlist)
+teska_parts(tquadtree cells tree)
 teska_parts(
   ttriangulartopsurface
   colorants
@@ -52,6 +55,7 @@ teska_subsystem(text "Text and numbers" file_double numb str_utils str_zuk)
 teska_subsystem(
   files
   "Files, streams and devices"
+  archive
   base64
   cipher
   fdstream
@@ -72,7 +76,8 @@ teska_subsystem(
   scalar_solvers
   special_functions
   tran3
-  vect)
+  vect
+  vect_lobe)
 teska_subsystem(
   curves
   "Curves and one-dimensional tables"
@@ -84,7 +89,8 @@ teska_subsystem(
   func
   grad_tab
   hist
-  interp_double)
+  interp_double
+  p_bezierd_base)
 teska_subsystem(
   colour
   "Colour lookup tables and multidimensional interpolation"
@@ -103,15 +109,19 @@ teska_subsystem(
   flood
   fusm
   ibilin
-  izat)
+  izat
+  whole_image)
 teska_subsystem(
   geometry
   "Geometry and gamut"
+  clg
   convex_hull
   proj
   tconvexhull
   tetra
+  top_surface
   tplane
+  tquadtree
   ttriangulartopsurface
   volume_export)
 teska_write_map()

@@ -146,6 +146,16 @@ TESKA_API int izat_kill(izat *record) TESKA_NOTHROW;
  */
 TESKA_API int izat_window_set(izat *record, double left, double top, double width, double height) TESKA_NOTHROW;
 
+/* izat_strip_set - set which destination lines of the images begun from now on are handed out.
+ *
+ * Lines of a destination that are made apart, by several threads with a record each, are the bits of the whole. All
+ * source lines are fed; those that the strip does not need are only counted.
+ *
+ * first, lines  destination lines first .. first + lines - 1; two zeros, the initial state, stand for all. Checked by
+ *               izat_start. Returns 1.
+ */
+TESKA_API int izat_strip_set(izat *record, int first, int lines) TESKA_NOTHROW;
+
 /* izat_start - begin an image; an unfinished one is dropped.
  *
  * The arguments are those of izoom_start.
@@ -153,6 +163,7 @@ TESKA_API int izat_window_set(izat *record, double left, double top, double widt
  *     "izat_start: illegal image"         nComponents or a size outside its range
  *     "izat_start: illegal window"        a number is not finite, left or top is below 0, width or height not above 0,
  *                                         or left + width exceeds srcWidth or top + height srcLines
+ *     "izat_start: illegal strip"         first below 0, lines below 1, or it ends after the last destination line
  *     "izat_start: insufficient memory"   no memory, or a block above INT_MAX bytes. A destination pixel has T weights
  *                                         in a direction: about 2 reach s when reducing, 2 reach when enlarging, the
  *                                         reach of an area being 1/2. A column takes 2 T bytes, T rounded up to a

@@ -5,6 +5,7 @@
 #    include "fdstream.h"
 #    include "filepacker.h"
 #endif
+#include "archive.h"
 #include "base64.h"
 #include "cipher.h"
 #include "flock.h"

@@ -2,11 +2,14 @@
 #ifndef TESKA_GEOMETRY_H
 #define TESKA_GEOMETRY_H
 #include "convex_hull.h"
+#include "clg.h"
 #include "proj.h"
 #include "tetra.h"
+#include "top_surface.h"
 #ifdef __cplusplus
 #    include "tconvexhull.h"
 #    include "tplane.h"
+#    include "tquadtree.h"
 #    include "ttriangulartopsurface.h"
 #endif
 #include "volume_export.h"

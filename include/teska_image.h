@@ -6,4 +6,5 @@
 #include "fusm.h"
 #include "ibilin.h"
 #include "izat.h"
+#include "whole_image.h"
 #endif

@@ -47,7 +47,7 @@ struct window {
 struct image {
     int source_lines = 0;
     int source_width = 0;
-    int destination_lines = 0;
+    int destination_lines = 0;  // the first one that is not handed out
     int components = 0;
     std::ptrdiff_t in_step = 0;
     std::ptrdiff_t out_step = 0;
@@ -80,6 +80,8 @@ struct image {
 struct izat {
     int kernel = IZAT_AREA;
     window shown;
+    int strip_first = 0;
+    int strip_lines = 0;
     image now;
 };
 
@@ -108,6 +110,11 @@ bool lies_in(const window &w, int width, int lines)
 }
 
 std::uint64_t padded(std::uint64_t count, std::uint64_t unit) { return (count + unit - 1) / unit * unit; }
+
+bool is_strip(int first, int lines, int all)
+{
+    return (first == 0 && lines == 0) || (first >= 0 && lines >= 1 && lines <= all && first <= all - lines);
+}
 
 bool make_columns(image &i, const izat_axis &axis)
 {
@@ -294,6 +301,13 @@ int izat_window_set(izat *record, double left, double top, double width, double 
     return 1;
 }
 
+int izat_strip_set(izat *record, int first, int lines) TESKA_NOTHROW
+{
+    record->strip_first = first;
+    record->strip_lines = lines;
+    return 1;
+}
+
 int izat_start(izat *record, int nComponents, int srcLines, int srcWidth, int dstLines, int dstWidth,
                izat_callback callback, void *context, int inStep, int outStep) TESKA_NOTHROW
 {
@@ -310,9 +324,14 @@ int izat_start(izat *record, int nComponents, int srcLines, int srcWidth, int ds
         TESKA_ERR("izat_start: illegal window");
         return 0;
     }
+    if (!is_strip(record->strip_first, record->strip_lines, dstLines)) {
+        TESKA_ERR("izat_start: illegal strip");
+        return 0;
+    }
     image i;
     i.source_lines = srcLines;
-    i.destination_lines = dstLines;
+    i.delivered = record->strip_first;
+    i.destination_lines = record->strip_lines == 0 ? dstLines : record->strip_first + record->strip_lines;
     i.components = nComponents;
     i.in_step = inStep;
     i.out_step = outStep;
@@ -322,7 +341,7 @@ int izat_start(izat *record, int nComponents, int srcLines, int srcWidth, int ds
     i.width = dstWidth;
     i.room = static_cast<std::ptrdiff_t>(padded(static_cast<std::uint64_t>(dstWidth), teska::izat_padding));
     i.lines = izat_axis(record->kernel, w.top, w.height, srcLines, dstLines);
-    i.next = i.lines.reach(0);
+    i.next = i.lines.reach(i.delivered);
     i.halves = record->kernel == IZAT_AREA && nComponents == 1 && inStep == 1 &&
                halves_axis(w.left, w.width, dstWidth) && halves_axis(w.top, w.height, dstLines);
     i.halves_first = i.halves ? static_cast<int>(w.left) : 0;

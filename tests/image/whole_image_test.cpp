@@ -1,0 +1,279 @@
+#include "whole_image.h"
+
+#include "support/generator.h"
+#include "support/reports.h"
+
+#include "flood.h"
+#include "fusm.h"
+#include "izat.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <queue>
+
+using teska_test::Generator;
+using teska_test::lines;
+using teska_test::Reports;
+
+namespace
+{
+
+using Words = std::vector<unsigned short>;
+
+// Dense images in memory, and the same samples with any strides.
+struct Picture {
+    int width, height, components, depth;
+    Words samples;
+    std::vector<unsigned char> buffer;
+    whole_image image{};
+
+    Picture(Generator &random, int w, int h, int n, int bits)
+        : width(w), height(h), components(n), depth(bits),
+          samples(static_cast<std::size_t>(w) * static_cast<std::size_t>(h * n))
+    {
+        const int size = bits / 8, gap = random.below(3) * size;
+        const bool planar = random.below(2) == 0, upside_down = random.below(3) == 0, mirrored = random.below(3) == 0;
+        const std::int64_t pixel = planar ? size : size * n + gap, line = pixel * w + gap;
+        image = {nullptr, w, h, n, bits, line, pixel, planar ? line * h : size};
+        buffer.resize(static_cast<std::size_t>(planar ? line * h * n : line * h) + 8);
+        std::int64_t first = 0;
+        if (upside_down) {
+            first += line * (h - 1);
+            image.line = -line;
+        }
+        if (mirrored) {
+            first += pixel * (w - 1);
+            image.pixel = -pixel;
+        }
+        image.pixels = buffer.data() + first;
+    }
+
+    template <class Visit>
+    void each(Visit visit)
+    {
+        std::size_t k = 0;
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                for (int c = 0; c < components; ++c, ++k) {
+                    auto *const at = static_cast<unsigned char *>(image.pixels) + y * image.line + x * image.pixel +
+                                     c * image.component;
+                    visit(samples[k], at);
+                }
+    }
+    void put(Generator &random)
+    {
+        each([&](unsigned short &sample, unsigned char *at) {
+            sample = static_cast<unsigned short>(random.next() >> (depth == 8 ? 56 : 48));
+            if (depth == 8)
+                *at = static_cast<unsigned char>(sample);
+            else
+                std::copy_n(reinterpret_cast<const unsigned char *>(&sample), 2, at);
+        });
+    }
+    void get()
+    {
+        each([&](unsigned short &sample, const unsigned char *at) {
+            if (depth == 8)
+                sample = *at;
+            else
+                std::copy_n(at, 2, reinterpret_cast<unsigned char *>(&sample));
+        });
+    }
+};
+
+std::vector<unsigned char> bytes_of(const Words &words) { return {words.begin(), words.end()}; }
+
+// Line by line through the filters, 16 bits; bytes make another result, through the functions for bytes.
+Words resized(int kernel, const Picture &from, const double *window, int width, int height)
+{
+    const int n = from.components;
+    Words result(static_cast<std::size_t>(width) * static_cast<std::size_t>(height * n));
+    const std::vector<unsigned char> bytes = bytes_of(from.samples);
+    std::vector<unsigned char> byte_result(result.size());
+    struct Place {
+        unsigned short *words;
+        unsigned char *bytes;
+        int step;
+        static void took(void *context, int)
+        {
+            auto *const at = static_cast<Place *>(context);
+            at->words += at->step;
+            at->bytes += at->step;
+        }
+    } place{result.data(), byte_result.data(), width * n};
+    const std::unique_ptr<izat, int (*)(izat *)> zoom(izat_new(std::max(kernel, 0)), izat_kill);
+    const std::unique_ptr<izoom, int (*)(izoom *)> pick(izoom_new(), izoom_kill);
+    if (window != nullptr) {
+        izat_window_set(zoom.get(), window[0], window[1], window[2], window[3]);
+        izoom_window_set(pick.get(), static_cast<int>(window[0]), static_cast<int>(window[1]),
+                         static_cast<int>(window[2]), static_cast<int>(window[3]));
+    }
+    izat_start(zoom.get(), n, from.height, from.width, height, width, Place::took, &place, n, n);
+    izoom_start(pick.get(), n, from.height, from.width, height, width, Place::took, &place, n, n);
+    for (int y = 0; y < from.height; ++y) {
+        const std::ptrdiff_t at = std::ptrdiff_t{y} * from.width * n;
+        if (from.depth == 8 && kernel < 0)
+            izoom_line_b(pick.get(), bytes.data() + at, &place.bytes);
+        else if (from.depth == 8)
+            izat_line_b(zoom.get(), bytes.data() + at, &place.bytes);
+        else if (kernel < 0)
+            izoom_line(pick.get(), from.samples.data() + at, &place.words);
+        else
+            izat_line(zoom.get(), from.samples.data() + at, &place.words);
+    }
+    return from.depth == 8 ? Words(byte_result.begin(), byte_result.end()) : result;
+}
+
+TEST(WholeImageResize, EqualsTheLinesInAnyLayoutAndInStrips)
+{
+    Generator random(17);
+    for (int round = 0; round < 300; ++round) {
+        const int depth = random.below(2) == 0 ? 8 : 16, n = 1 + random.below(4), kernel = random.below(6) - 1;
+        Picture from(random, 1 + random.below(40), 1 + random.below(40), n, depth);
+        Picture to(random, 1 + random.below(40), 1 + random.below(40), n, depth);
+        from.put(random);
+        const int half[] = {random.below(from.width) / 2, random.below(from.height) / 2, (from.width + 1) / 2,
+                            (from.height + 1) / 2};
+        const double part[] = {half[0] + 0.0, half[1] + 0.0, half[2] + 0.0, half[3] + 0.0};
+        const double *const window = random.below(2) == 0 ? part : nullptr;
+        const int cut = random.below(to.height);
+        if (cut > 0) {
+            ASSERT_EQ(whole_image_resize(kernel, &from.image, &to.image, window, 0, cut), 1);
+        }
+        ASSERT_EQ(whole_image_resize(kernel, &from.image, &to.image, window, cut, to.height - cut), 1);
+        to.get();
+        ASSERT_EQ(to.samples, resized(kernel, from, window, to.width, to.height)) << "round " << round;
+    }
+}
+
+unsigned short *line_out[1];
+int line_samples = 0;
+void to_next_line(int k) { line_out[k] += line_samples; }
+
+// All components one by one, 16 bits; samples of bytes give the same as the functions for bytes.
+Words sharpened(const whole_image_sharpening &how, const Picture &from)
+{
+    Words result(from.samples.size()), source = from.samples;
+    const int n = from.components;
+    line_samples = from.width * n;
+    for (int c = 0; c < n; ++c) {
+        const std::unique_ptr<fusm, int (*)(fusm *)> usm(
+            fusm_new(how.radius, from.depth == 8 ? 255 : 65535, 1, 1, nullptr, nullptr), fusm_kill);
+        fusm_stren_set(usm.get(), how.strength + c);
+        fusm_noise_red_set(usm.get(), how.noise + c);
+        fusm_level_red_set(usm.get(), how.points, how.levels + how.points * c, how.factors + how.points * c);
+        line_out[0] = result.data() + c;
+        fusm_start(usm.get(), from.height, from.width, to_next_line, n, 0, n);
+        for (int y = 0; y < from.height; ++y) {
+            unsigned short *in = source.data() + std::ptrdiff_t{y} * line_samples + c;
+            fusm_do(usm.get(), &in, line_out, nullptr);
+        }
+    }
+    return result;
+}
+
+TEST(WholeImageSharpen, EqualsTheLinesInAnyLayoutAndInStrips)
+{
+    Generator random(18);
+    for (int round = 0; round < 200; ++round) {
+        const int depth = random.below(2) == 0 ? 8 : 16, n = 1 + random.below(6);
+        Picture from(random, 1 + random.below(20), 1 + random.below(20), n, depth);
+        Picture to(random, from.width, from.height, n, depth);
+        from.put(random);
+        std::vector<double> strength, noise, levels, factors;
+        for (int c = 0; c < n; ++c) {
+            strength.push_back(random.between(0.0, 2.0));
+            noise.push_back(random.between(0.0, 0.1));
+            levels.insert(levels.end(), {0.0, 0.5, 1.0});
+            factors.insert(factors.end(), {random.unit(), 1.0, random.unit()});
+        }
+        const whole_image_sharpening how{random.below(3),     strength.data(), noise.data(),
+                                         3 * random.below(2), levels.data(),   factors.data()};
+        const int cut = random.below(to.height);
+        if (cut > 0) {
+            ASSERT_EQ(whole_image_sharpen(&how, &from.image, &to.image, 0, cut), 1);
+        }
+        ASSERT_EQ(whole_image_sharpen(&how, &from.image, &to.image, cut, to.height - cut), 1);
+        to.get();
+        ASSERT_EQ(to.samples, sharpened(how, from)) << "round " << round << ", radius " << how.radius;
+    }
+}
+
+TEST(WholeImageFlood, MarksWhatIsConnectedAndOfItsColour)
+{
+    Generator random(19);
+    for (int round = 0; round < 100; ++round) {
+        Picture from(random, 1 + random.below(20), 1 + random.below(20), 1 + random.below(2), 8);
+        from.each([&](unsigned short &sample, unsigned char *at) {
+            *at = static_cast<unsigned char>(random.below(3));
+            sample = *at;
+        });
+        const int tolerance = random.below(2), n = from.components, width = from.width, height = from.height;
+        const int seed = random.below(width * height);
+        std::vector<unsigned char> region(static_cast<std::size_t>(width * height), 9), expected(region.size(), 0);
+        std::queue<int> waiting;
+        const auto visit = [&](int p) {
+            for (int c = 0; c < n; ++c)
+                if (std::abs(from.samples[static_cast<std::size_t>(p * n + c)] -
+                             from.samples[static_cast<std::size_t>(seed * n + c)]) > tolerance)
+                    return;
+            if (expected[static_cast<std::size_t>(p)]++ == 0)
+                waiting.push(p);
+            else
+                expected[static_cast<std::size_t>(p)] = 1;
+        };
+        for (visit(seed); !waiting.empty(); waiting.pop()) {
+            const int p = waiting.front();
+            if (p % width > 0)
+                visit(p - 1);
+            if (p % width < width - 1)
+                visit(p + 1);
+            if (p >= width)
+                visit(p - width);
+            if (p < width * (height - 1))
+                visit(p + width);
+        }
+        ASSERT_EQ(whole_image_flood(&from.image, seed % width, seed / width, tolerance, region.data()), 1);
+        ASSERT_EQ(region, expected) << "round " << round;
+        ASSERT_EQ(whole_image_flood(&from.image, -1, 0, tolerance, region.data()), 1);
+        ASSERT_EQ(std::count(region.begin(), region.end(), 0), width * height);
+    }
+}
+
+TEST(WholeImage, RefusesWhatIsNoImage)
+{
+    Reports reports;
+    unsigned char byte[16] = {};
+    const whole_image fine{byte, 2, 2, 1, 16, 4, 2, 2};
+    std::vector<whole_image> bad(9, fine);
+    bad[0].pixels = nullptr;
+    bad[1].width = 0;
+    bad[2].height = 0;
+    bad[3].components = 0;
+    bad[4].depth = 12;
+    bad[5].line = 3;
+    bad[6].pixel = 1;
+    bad[7].component = 1;
+    bad[8].pixel = std::int64_t{1} << 40;
+    const double one = 1.0;
+    const whole_image_sharpening how{0, &one, nullptr, 0, nullptr, nullptr};
+    for (const whole_image &image : bad) {
+        EXPECT_EQ(whole_image_resize(IZAT_AREA, &fine, &image, nullptr, 0, 2), 0);
+        EXPECT_EQ(whole_image_sharpen(&how, &image, &fine, 0, 2), 0);
+        EXPECT_EQ(whole_image_flood(&image, 0, 0, 0, byte), 0);
+        EXPECT_EQ(reports.take(), (lines{"whole_image_flood: illegal image", "whole_image_resize: illegal image",
+                                         "whole_image_sharpen: illegal image"}));
+    }
+    EXPECT_EQ(whole_image_resize(IZAT_AREA, &fine, &fine, nullptr, 1, 2), 0);
+    EXPECT_EQ(whole_image_sharpen(&how, &fine, &fine, -1, 1), 0);
+    EXPECT_EQ(whole_image_resize(9, &fine, &fine, nullptr, 0, 2), 0);
+    EXPECT_EQ(reports.take(), (lines{"izat_new: illegal kernel", "whole_image_resize: illegal image",
+                                     "whole_image_sharpen: illegal image"}));
+    const std::unique_ptr<izat, int (*)(izat *)> zoom(izat_new(IZAT_AREA), izat_kill);
+    izat_strip_set(zoom.get(), 3, 2);
+    EXPECT_EQ(izat_start(zoom.get(), 1, 4, 4, 4, 4, nullptr, nullptr, 1, 1), 0);
+    EXPECT_EQ(reports.take(), lines{"izat_start: illegal strip"});
+}
+
+}  // namespace
