@@ -10,4 +10,5 @@
 #include "grad_tab.h"
 #include "hist.h"
 #include "interp_double.h"
+#include "p_bezierd_base.h"
 #endif
