@@ -10,6 +10,7 @@
 #include "scalar_solvers.h"
 #include "special_functions.h"
 #include "vect.h"
+#include "vect_lobe.h"
 #ifdef __cplusplus
 #    include "tran3.h"
 #endif

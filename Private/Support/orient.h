@@ -8,24 +8,21 @@
 // Used by tconvexhull and tetra.
 //
 // Source: Shewchuk, Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric Predicates, Discrete &
-// Computational Geometry 18, 1997: error bound p. 348, sums p. 316, products p. 320.
+// Computational Geometry 18, 1997: error bound p. 348.
 //
 // Cost: some 30 operations; about a hundred times as many where the sign needs the expansion.
 
 #ifndef TESKA_SUPPORT_ORIENT_H
 #define TESKA_SUPPORT_ORIENT_H
 
+#include "Support/exact.h"
 #include "Support/vec.h"
 
-#include <cfloat>
 #include <cmath>
 #include <initializer_list>
 
 namespace teska
 {
-
-// Expansions need every operation rounded to double.
-static_assert(FLT_EVAL_METHOD >= 0 && FLT_EVAL_METHOD != 2);
 
 // Coordinates for which no product of three leaves the range of doubles.
 constexpr double orient_largest = 1e100;
@@ -55,39 +52,11 @@ struct expansion {
     }
 };
 
-// a + b without error: the rounded sum is returned, what it lacks is stored.
-inline double exact_sum(double a, double b, double &rest)
-{
-    const double sum = a + b;
-    const double b_part = sum - a;
-    const double a_part = sum - b_part;
-    rest = (a - a_part) + (b - b_part);
-    return sum;
-}
-
-// The upper 26 bits of a double.
-inline double upper_half(double a)
-{
-    constexpr double splitter = 134217729.0;  // 2^27 + 1
-    const double scaled = splitter * a;
-    return scaled - (scaled - a);
-}
-
-// a * b without error.
-inline double exact_product(double a, double b, double &rest)
-{
-    const double product = a * b;
-    const double a_high = upper_half(a), a_low = a - a_high;
-    const double b_high = upper_half(b), b_low = b - b_high;
-    rest = a_low * b_low - (((product - a_high * b_high) - a_low * b_high) - a_high * b_low);
-    return product;
-}
-
 inline expansion<2> difference(double a, double b)
 {
     expansion<2> d;
     double rest;
-    const double rounded = exact_sum(a, -b, rest);
+    const double rounded = exact::sum(a, -b, rest);
     d.append(rest);
     d.append(rounded);
     return d;
@@ -101,7 +70,7 @@ expansion<A + B> sum(const expansion<A> &a, const expansion<B> &b)
     for (int i = 0, j = 0; i < a.count || j < b.count;) {
         const bool from_a = j == b.count || (i < a.count && std::fabs(a.term[i]) < std::fabs(b.term[j]));
         double rest;
-        carry = exact_sum(carry, from_a ? a.term[i++] : b.term[j++], rest);
+        carry = exact::sum(carry, from_a ? a.term[i++] : b.term[j++], rest);
         s.append(rest);
     }
     s.append(carry);
@@ -115,10 +84,10 @@ expansion<2 * A> scaled(const expansion<A> &a, double factor)
     double carry = 0.0;
     for (int i = 0; i < a.count; ++i) {
         double low, rest;
-        const double high = exact_product(a.term[i], factor, low);
-        carry = exact_sum(carry, low, rest);
+        const double high = exact::product(a.term[i], factor, low);
+        carry = exact::sum(carry, low, rest);
         p.append(rest);
-        carry = exact_sum(high, carry, rest);
+        carry = exact::sum(high, carry, rest);
         p.append(rest);
     }
     p.append(carry);

@@ -10,6 +10,9 @@
 #include "special_functions.h"
 #include "tran3.h"
 #include "vect.h"
+#include "vect_lobe.h"
+
+#include <memory>
 
 namespace teska_test
 {
@@ -129,6 +132,26 @@ const Operation operations[] = {
     {"random_val, TRan3 and rdither_new", sequences},
     {"gaussd, fthird_order_eq, gsect_min and least_square_fit", solvers},
 };
+
+const Operation lobes("vect_lobe, 5 dimensions", [](Generator &input) -> Operation::Run {
+    const Values centre = between(input, 5), axis = between(input, 5);
+    const std::shared_ptr<vect_lobe> lobe(vect_lobe_new(5, centre.data(), axis.data(), 2, 0.7), vect_lobe_kill);
+    return [lobe](Generator &at, Digest &digest) {
+        for (int i = 0; i < 500; ++i) {
+            Values x = between(at, 5, -1.5, 1.5), slope(5), out(5);
+            const Values shift = between(at, 5);
+            vect_lobe_gradient(lobe.get(), x.data(), slope.data());
+            add(digest, slope);
+            vect_lobe_stretch(lobe.get(), shift.data(), x.data(), out.data());
+            add(digest, out);
+            vect_lobe_stretch_rel(lobe.get(), shift[0], x.data(), out.data());
+            add(digest, out);
+            add(digest, {vect_lobe_weight(lobe.get(), x.data()), vect_lobe_limit(lobe.get(), shift.data()),
+                         vect_normalise(x.data(), i % 6)});
+            add(digest, x);
+        }
+    };
+});
 
 }  // namespace
 

@@ -7,6 +7,7 @@
 #include "rdither.h"
 #include "tfastpow.h"
 #include "vect.h"
+#include "vect_lobe.h"
 
 #include <memory>
 
@@ -121,6 +122,8 @@ const SweepRows rows({
     on_matrix("mat_ludcmp", decomposes),
     on_matrix("mat_invert", inverts, decomposed),
     calling("vect_vector_product", multiplies, {no_resources}),
+    calling("vect_lobe_new", [] { return made(vect_lobe_new(2, origin, step, 2, 1), vect_lobe_kill); },
+            {{"vect_lobe_new: malloc failure"}}),
     {.name = "condirmin",
      .make = [] { return SweepCase{.call = search}; },
      .once = {no_search, no_line},

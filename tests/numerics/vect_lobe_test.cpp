@@ -1,0 +1,296 @@
+#include "vect_lobe.h"
+
+#include "Support/exact.h"
+#include "support/generator.h"
+#include "support/reports.h"
+
+#include "vect.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <vector>
+
+namespace
+{
+
+using teska_test::Generator;
+using Values = std::vector<double>;
+using Lobe = std::unique_ptr<vect_lobe, vect_lobe *(*)(vect_lobe *)>;
+
+constexpr double quiet = std::numeric_limits<double>::quiet_NaN();
+
+Lobe make(const Values &centre, const double *axis, double along, double across)
+{
+    return {vect_lobe_new(static_cast<int>(centre.size()), centre.data(), axis, along, across), vect_lobe_kill};
+}
+
+Lobe make(const Values &centre, const Values &axis, double along, double across)
+{
+    return make(centre, axis.data(), along, across);
+}
+
+Values random_values(Generator &input, std::size_t n, double reach)
+{
+    Values values(n);
+    for (double &x : values)
+        x = input.between(-reach, reach);
+    return values;
+}
+
+Values plus(Values a, double k, const Values &b)
+{
+    for (std::size_t i = 0; i < a.size(); ++i)
+        a[i] += k * b[i];
+    return a;
+}
+
+double dot(const Values &a, const Values &b)
+{
+    return vect_scalar_product(a.data(), b.data(), static_cast<int>(a.size()));
+}
+
+Values gradient(const Lobe &lobe, Values x)
+{
+    EXPECT_EQ(vect_lobe_gradient(lobe.get(), x.data(), x.data()), 0);
+    return x;
+}
+
+Values stretched(const Lobe &lobe, const Values &shift, Values x, int inside = 1)
+{
+    EXPECT_EQ(vect_lobe_stretch(lobe.get(), shift.data(), x.data(), x.data()), inside);
+    return x;
+}
+
+double weight(const Lobe &lobe, const Values &x) { return vect_lobe_weight(lobe.get(), x.data()); }
+
+}  // namespace
+
+TEST(VectLobe, GivesTheWorkedNumbers)
+{
+    const Lobe lobe = make({0, 0}, {1, 0}, 10, 5);
+    EXPECT_EQ(weight(lobe, {0, 0}), 1);
+    EXPECT_EQ(weight(lobe, {5, 0}), 0.421875);
+    EXPECT_EQ(weight(lobe, {0, 2.5}), 0.421875);
+    EXPECT_EQ(weight(lobe, {10, 0}), 0);
+    EXPECT_DOUBLE_EQ(gradient(lobe, {5, 0})[0], -0.16875);
+    EXPECT_EQ(gradient(lobe, {5, 0})[1], 0);
+    EXPECT_EQ(stretched(lobe, {0, 2}, {5, 0}), (Values{5, 0.84375}));
+    EXPECT_DOUBLE_EQ(vect_lobe_limit(lobe.get(), Values{0, 2}.data()), 1.4557734228514255);
+    Values out{5, 0};
+    EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), 2, out.data(), out.data()), 1);
+    EXPECT_EQ(out, (Values{7.109375, 0}));
+    EXPECT_EQ(vect_lobe_kill(nullptr), nullptr);
+}
+
+// The surface of a lobe along the axes of the space is outside, whatever the radius.
+TEST(VectLobeWeight, IsExactlyZeroOnTheSurface)
+{
+    for (int radius = 1; radius < 200; ++radius) {
+        const Lobe lobe = make({0, 0, 0}, {0, 1, 0}, 2.0 * radius, radius);
+        for (const Values &x : {Values{1.0 * radius, 0, 0}, {0, 2.0 * radius, 0}, {0, 0, -1.0 * radius}})
+            EXPECT_EQ(weight(lobe, x), 0) << radius;
+    }
+}
+
+// In rotated frames of 1 to 64 dimensions, against the formula in terms of the parts of e; and the gradient against
+// differences of the weight.
+TEST(VectLobeWeight, FollowsTheFormulaAndTheGradientFollowsIt)
+{
+    Generator input(1801);
+    for (int round = 0; round < 500; ++round) {
+        const auto n = static_cast<std::size_t>(round % 64 + 1);
+        const Values centre = random_values(input, n, 100), axis = random_values(input, n, 3);
+        const double along = input.between(1, 60), across = input.between(1, 60);
+        const Lobe lobe = make(centre, axis, along, across);
+        const Values e = random_values(input, n, 30 / std::sqrt(static_cast<double>(n))), x = plus(centre, 1, e);
+        const double p = dot(axis, e) / std::sqrt(dot(axis, axis));
+        const Values rest = plus(e, -p / std::sqrt(dot(axis, axis)), axis);
+        const double square = p * p / (along * along) + dot(rest, rest) / (across * across);
+        EXPECT_NEAR(weight(lobe, x), square < 1 ? std::pow(1 - square, 3) : 0, 1e-12) << n;
+        const Values slope = gradient(lobe, x), way = random_values(input, n, 1);
+        const double h = 1e-5, change = weight(lobe, plus(x, h, way)) - weight(lobe, plus(x, -h, way));
+        EXPECT_NEAR(dot(slope, way), change / (2 * h), 1e-6) << n;
+    }
+}
+
+// Just inside the limit of a shift every point keeps its order on the lines along it, just outside it does not.
+TEST(VectLobeLimit, IsWhereTheMapBeginsToFold)
+{
+    Generator input(1802);
+    for (int round = 0; round < 40; ++round) {
+        const Values centre{60, 60, 40}, axis{0, 60, 40}, shift = random_values(input, 3, 20);
+        const Lobe lobe = make(centre, axis, 60, 25);
+        const double limit = vect_lobe_limit(lobe.get(), shift.data());
+        double least = 1;
+        for (int i = 0; i < 2000; ++i) {
+            const Values x = plus(centre, 1, random_values(input, 3, 60));
+            EXPECT_GT(1 + 0.99 * limit * dot(shift, gradient(lobe, x)), 0);
+            const Values on_line = plus(centre, input.between(-2, 2) * limit, shift);
+            least = std::min(least, 1 + 1.02 * limit * dot(shift, gradient(lobe, on_line)));
+        }
+        EXPECT_LT(least, 0);
+    }
+    // A ball of radius 10: no overflow or underflow on the way.
+    const Lobe ball = make({0, 0}, nullptr, 10, 10);
+    for (const double length : {1e-310, 1e-170, 1e-10, 1.0, 1e160, 1e308})
+        EXPECT_DOUBLE_EQ(vect_lobe_limit(ball.get(), Values{0, length}.data()) * 0.1, 0.5823093691405702 / length);
+    EXPECT_EQ(vect_lobe_limit(ball.get(), Values{0, 0}.data()), HUGE_VAL);
+    EXPECT_TRUE(std::isnan(vect_lobe_limit(ball.get(), Values{HUGE_VAL, 0}.data())));
+    const Lobe tube = make({0, 0}, {3, 0}, HUGE_VAL, 5);
+    EXPECT_EQ(vect_lobe_limit(tube.get(), Values{7, 0}.data()), HUGE_VAL);
+}
+
+TEST(VectLobeStretchRel, FoldsFromItsBoundOn)
+{
+    const Lobe lobe = make({1, 2}, {1, 1}, 4, 8);
+    for (const auto &[factor, folds] : {std::pair{0.01, false}, {2.53, false}, {2.54, true}, {-0.01, true}}) {
+        bool folded = false;
+        double former = 0;
+        for (int i = 1; i <= 2000; ++i) {
+            Values x{1 + 0.003 * i, 2 + 0.001 * i};
+            vect_lobe_stretch_rel(lobe.get(), factor, x.data(), x.data());
+            folded = folded || x[0] - 1 <= former;
+            former = x[0] - 1;
+        }
+        EXPECT_EQ(folded, folds) << factor;
+    }
+}
+
+TEST(VectLobeNew, MakesTubesSlabsBallsAndIntervals)
+{
+    EXPECT_EQ(weight(make({0, 0}, {2, 0}, HUGE_VAL, 4), {1e300, 2}), 0.421875);
+    EXPECT_EQ(weight(make({0, 0}, {2, 0}, 4, HUGE_VAL), {2, -1e300}), 0.421875);
+    EXPECT_EQ(weight(make({1, 1, 1}, nullptr, 4, 4), {1, 3, 1}), 0.421875);
+    EXPECT_EQ(weight(make({1}, {-1e-300}, 4, HUGE_VAL), {3}), 0.421875);
+    // Sizes that squares would not survive.
+    EXPECT_EQ(weight(make({0, 0}, {1e300, 0}, 4e200, 1e200), {2e200, 0}), 0.421875);
+    EXPECT_EQ(weight(make({0, 0}, {5e-324, 0}, 4e-200, 1e-200), {0, 5e-201}), 0.421875);
+    EXPECT_EQ(weight(make({0, 0}, {1, 0}, 5e-324, 5e-324), {0, 0}), 1);
+}
+
+TEST(VectLobeNew, RefusesWhatIsNoLobe)
+{
+    teska_test::Reports reports;
+    const auto refused = [&](int n, const Values &centre, const double *axis, double along, double across) {
+        EXPECT_EQ(vect_lobe_new(n, centre.data(), axis, along, across), nullptr);
+        return reports.take();
+    };
+    const Values one(65, 1), zero(65, 0), bad{1, quiet}, endless{HUGE_VAL, 1};
+    for (const int n : {-1, 0, 65})
+        EXPECT_EQ(refused(n, one, one.data(), 1, 1), (teska_test::lines{"vect_lobe_new: illegal dimension"}));
+    for (const Values &centre : {bad, endless})
+        EXPECT_EQ(refused(2, centre, one.data(), 1, 1), (teska_test::lines{"vect_lobe_new: illegal centre"}));
+    for (const Values &axis : {zero, bad, endless})
+        EXPECT_EQ(refused(2, one, axis.data(), 1, 1), (teska_test::lines{"vect_lobe_new: illegal axis"}));
+    const teska_test::lines radius{"vect_lobe_new: illegal radius"};
+    for (const double r : {0.0, -1.0, quiet, -HUGE_VAL}) {
+        EXPECT_EQ(refused(2, one, one.data(), r, 1), radius);
+        EXPECT_EQ(refused(1, one, one.data(), 1, r), radius);
+    }
+    EXPECT_EQ(refused(2, one, one.data(), HUGE_VAL, HUGE_VAL), radius);
+    EXPECT_EQ(refused(1, one, one.data(), HUGE_VAL, 1), radius);
+    EXPECT_EQ(refused(2, one, nullptr, 1, 2), radius);
+
+    const Lobe lobe = make({0, 0}, {1, 0}, 10, 5);
+    const Values x{1, 1};
+    Values out{8, 8};
+    for (const Values &shift : {bad, endless})
+        EXPECT_EQ(vect_lobe_stretch(lobe.get(), shift.data(), x.data(), out.data()), -1);
+    EXPECT_EQ(reports.take(), (teska_test::lines(2, "vect_lobe_stretch: illegal shift")));
+    EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), quiet, x.data(), out.data()), -1);
+    EXPECT_EQ(reports.take(), (teska_test::lines{"vect_lobe_stretch_rel: illegal factor"}));
+    EXPECT_EQ(out, (Values{8, 8}));
+}
+
+// What is infinite or NaN: the weight, and the point bit for bit.
+TEST(VectLobe, LeavesWhatIsNotInIt)
+{
+    const Lobe lobe = make({-1e308, 3, 0}, {1, 0, 0}, 10, 5), tilted = make({0, 0, 0}, {1, 2, 3}, 10, 5),
+               tube = make({0, 0, 0}, {1, 0, 0}, HUGE_VAL, 5), ball = make({0, 0, 0}, nullptr, 9, 9);
+    const struct {
+        const Lobe &lobe;
+        Values x;
+        double weight;
+    } rows[] = {
+        {lobe, {HUGE_VAL, 0, 0}, 0},
+        {lobe, {0, -HUGE_VAL, HUGE_VAL}, 0},
+        {lobe, {1e308, 3, 0}, 0},
+        {lobe, {HUGE_VAL, quiet, 0}, quiet},
+        {lobe, {0, 0, quiet}, quiet},
+        {tilted, {HUGE_VAL, -HUGE_VAL, 0}, 0},
+        {tilted, {1e308, 1e308, 1e308}, 0},
+        {tube, {HUGE_VAL, 0, 0}, quiet},
+        {tube, {0, HUGE_VAL, 0}, 0},
+        {ball, {0, HUGE_VAL, 0}, 0},
+        {ball, {-0.0, 9, 0}, 0},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row.x));
+        const double w = weight(row.lobe, row.x);
+        EXPECT_TRUE(std::isnan(row.weight) ? std::isnan(w) : w == row.weight) << w;
+        for (const double g : gradient(row.lobe, row.x))
+            EXPECT_TRUE(std::isnan(row.weight) ? std::isnan(g) : g == 0) << g;
+        const Values moved = stretched(row.lobe, {1, 2, 3}, row.x, 0);
+        EXPECT_EQ(std::memcmp(moved.data(), row.x.data(), sizeof(double) * 3), 0);
+        Values apart(3);
+        EXPECT_EQ(vect_lobe_stretch_rel(row.lobe.get(), 2, row.x.data(), apart.data()), 0);
+        EXPECT_EQ(std::memcmp(apart.data(), row.x.data(), sizeof(double) * 3), 0);
+    }
+}
+
+TEST(VectNormalise, MakesTheLengthOneWhateverTheSize)
+{
+    Generator input(1803);
+    for (int round = 0; round < 20000; ++round) {
+        const auto n = static_cast<std::size_t>(input.below(64) + 1);
+        // Random ones, and equal ones, whose squares are all rounded to the same side.
+        Values v = round % 2 == 0 ? random_values(input, n, 1) : Values(n, input.unit() + 0.01);
+        const double former = std::sqrt(dot(v, v));
+        const int exponent = input.below(1900) - 950;
+        for (double &x : v)
+            x = std::ldexp(x, exponent);
+        const double length = vect_normalise(v.data(), static_cast<int>(n));
+        EXPECT_NEAR(std::ldexp(length, -exponent) / former, 1, 1e-14);
+        // The square of the length less 1, with what rounding takes from the sum.
+        double sum = -1, lost = 0;
+        for (const double x : v) {
+            double of_product = 0, of_sum = 0;
+            sum = teska::exact::sum(sum, teska::exact::product(x, x, of_product), of_sum);
+            lost += of_product + of_sum;
+        }
+        EXPECT_LE(std::fabs(sum + lost) / 2, 2 * 0x1p-53) << n;
+    }
+}
+
+TEST(VectNormalise, GivesTheWorkedNumbersAndLeavesTheRest)
+{
+    const struct {
+        Values in, out;
+        double length;
+    } rows[] = {
+        {{3, 4}, {0.6, 0.8}, 5},
+        {{1e200, 1e200}, {std::sqrt(0.5), std::sqrt(0.5)}, 1.4142135623730951e200},
+        {{5e-324, 0}, {1, 0}, 5e-324},
+        {{-1.7e308, 1.7e308, 0}, {-std::sqrt(0.5), std::sqrt(0.5), 0}, HUGE_VAL},
+        {{0, -0.0}, {0, -0.0}, 0},
+        {{HUGE_VAL, 1}, {HUGE_VAL, 1}, HUGE_VAL},
+        {{}, {}, 0},
+    };
+    for (const auto &row : rows) {
+        Values v = row.in;
+        EXPECT_EQ(vect_normalise(v.data(), static_cast<int>(v.size())), row.length);
+        ASSERT_EQ(v.size(), row.out.size());
+        for (std::size_t i = 0; i < v.size(); ++i)
+            EXPECT_DOUBLE_EQ(v[i], row.out[i]) << testing::PrintToString(row.in);
+    }
+    Values v{-HUGE_VAL, 7, quiet};
+    EXPECT_TRUE(std::isnan(vect_normalise(v.data(), 3)));
+    EXPECT_EQ(v[1], 7);
+    EXPECT_EQ(vect_normalise(v.data(), 2), HUGE_VAL);
+    EXPECT_EQ(vect_normalise(v.data() + 1, -1), 0);
+    EXPECT_EQ(v[1], 7);
+}
