@@ -4,9 +4,11 @@
 #include "tconvexhull.h"
 #include "tetra.h"
 #include "tplane.h"
+#include "tquadtree.h"
 #include "ttriangulartopsurface.h"
 
 #include <cmath>
+#include <cstdint>
 #include <memory>
 
 namespace teska_test
@@ -156,6 +158,43 @@ const Operation hull_surface("convex_hull, points on spheres", [](Generator &inp
         const double measures[2] = {convex_hull_get_area(hull.get()), convex_hull_get_volume(hull.get())};
         digest.add(measures, sizeof measures);
     }
+});
+
+int add_hit(const TQuadHit *hit, void *context)
+{
+    auto *digest = static_cast<Digest *>(context);
+    const auto number = static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(hit->item));
+    digest->add(&number, sizeof number);
+    digest->add<double>(&hit->box, sizeof hit->box);
+    digest->add(&hit->distance, sizeof hit->distance);
+    return 0;
+}
+
+// Points and boxes of all sizes, on a lattice too, of which a third goes again; the order of visits counts.
+const Operation tree("TQuadTree, points and boxes", [](Generator &input) -> Operation::Run {
+    const auto made = std::make_shared<TQuadTree>();
+    TQuadBox boxes[3000];
+    for (int i = 0; i < 3000; ++i) {
+        const double x = i % 5 == 0 ? input.below(20) : input.between(-30, 90);
+        const double y = i % 5 == 0 ? input.below(20) : input.between(-30, 90);
+        const double size = i % 3 == 0 ? 0 : std::ldexp(input.unit(), input.below(12) - 8);
+        boxes[i] = {x, y, x + size, y + size / 2};
+        made->Insert(boxes[i], reinterpret_cast<void *>(static_cast<std::intptr_t>(i)));
+    }
+    for (int i = 0; i < 3000; i += 3)
+        made->Remove(boxes[(i * 7) % 3000], reinterpret_cast<void *>(static_cast<std::intptr_t>((i * 7) % 3000)));
+    return [made](Generator &at, Digest &digest) {
+        for (int i = 0; i < 200; ++i) {
+            const double x = at.between(-40, 100), y = i % 4 == 0 ? 7 : at.between(-40, 100), reach = at.between(0, 20);
+            TQuadHit hits[20];
+            const int found = made->Nearest(x, y, i % 2 == 0 ? HUGE_VAL : reach, 20, hits);
+            for (int k = 0; k < found; ++k)
+                add_hit(&hits[k], &digest);
+            made->InBox({x, y, x + reach, y + reach / 3}, add_hit, &digest);
+            made->InCircle(x, y, reach / 2, add_hit, &digest);
+        }
+        made->Walk(add_hit, &digest);
+    };
 });
 
 // A press of five inks whose shares of the light multiply. Its triangles are what they are to the last bit; angles come

@@ -5,6 +5,7 @@
 #include "convex_hull.h"
 #include "faults/sweep.h"
 #include "tconvexhull.h"
+#include "tquadtree.h"
 #include "volume_export.h"
 
 #include <cmath>
@@ -195,6 +196,43 @@ TEST(TConvexHull, RemembersALostPoint)
         return fired;
     });
     EXPECT_GT(rounds, 3);
+}
+
+// Inserts points and boxes; every one that finds no memory is inserted once more.
+TEST(TQuadTree, IsUnchangedByAnInsertionWithoutMemory)
+{
+    for (const bool sticky : {false, true}) {
+        const int rounds = each_fault(fault_kind::memory, sticky, {}, [&](const auto &fire) {
+            track_memory();
+            Generator input(2);
+            int failed = 0;
+            {
+                TQuadTree tree;
+                fire();
+                for (int i = 0; i < 400; ++i) {
+                    const double x = input.unit(), y = input.unit(), size = i % 2 == 0 ? 0 : input.unit();
+                    const TQuadBox box{x, y, x + size, y + size};
+                    const int result = tree.Insert(box, &tree);
+                    EXPECT_TRUE(result == 0 || result == -1);
+                    EXPECT_EQ(tree.Count(), i + 1 + result);
+                    TQuadHit hit;
+                    EXPECT_EQ(tree.Nearest(x, y, HUGE_VAL, &hit), tree.Count() > 0 ? 1 : 0);
+                    EXPECT_EQ(tree.Walk([](const TQuadHit *, void *) { return 0; }, nullptr), tree.Count());
+                    if (result == -1) {
+                        ++failed;
+                        EXPECT_EQ(tree.Remove(box, &tree), -1);
+                        disarm();
+                        EXPECT_EQ(tree.Insert(box, &tree), 0);
+                    }
+                }
+                disarm();
+                EXPECT_LE(failed, 1);
+            }
+            EXPECT_EQ(live_blocks(), 0);
+            return failed > 0;
+        });
+        EXPECT_GT(rounds, 30);
+    }
 }
 
 TEST(VolumeExport, FailsWhenAFileIsNotWrittenToItsEndButForTheSecondScene)
