@@ -14,6 +14,7 @@ teska_parts(md_tetrab positions)
 teska_parts(numb byteorder)
 teska_parts(p_bezierd_base arc fit line nearest outline polyline spline)
 teska_parts(proj nearest tetra triangle)
+teska_parts(rsys copy match remove transfer walk)
 teska_parts(tconvexhull compass lists planes print step)
 teska_parts(tetra cutting distinct_points hull tiling volume)
 teska_parts(tlist telement)
@@ -63,7 +64,9 @@ teska_subsystem(
   flock
   fport
   md5_digest
-  rs232)
+  rs232
+  rsys
+  wemfile)
 teska_subsystem(
   numerics
   "Numerical methods"

@@ -12,4 +12,6 @@
 #include "fport.h"
 #include "md5_digest.h"
 #include "rs232.h"
+#include "rsys.h"
+#include "wemfile.h"
 #endif
