@@ -63,7 +63,11 @@ TESKA_API int archive_next(archive *a, char **bytes, int *length, char *name) TE
 /* archive_get_error - code and text of the last failure; text takes ARCHIVE_TEXT_SIZE characters and may be null. */
 TESKA_API int archive_get_error(archive *a, char *text) TESKA_NOTHROW;
 
-/* archive_get_description - the description, ARCHIVE_NAME_SIZE characters. Returns 0. */
+/* archive_get_description - the description.
+ *
+ * text  ARCHIVE_NAME_SIZE characters
+ * Returns 0.
+ */
 TESKA_API int archive_get_description(archive *a, char *text) TESKA_NOTHROW;
 
 TESKA_END_C

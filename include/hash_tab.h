@@ -55,6 +55,7 @@ typedef int (*hash_tab_empty_fn)(const void *slot);
  *
  * nr_items             expected items. The table gets the first prime number of slots from nr_items * 120 / 100 on
  * key_size, data_size  codes, see above
+ * hash, match, empty   the caller's functions, see above
  * hash_parameter       handed to the hash function
  * table_size           receives the number of slots, 0 on failure; may be null
  * Returns the table, owned by the caller (hash_tab_kill), or NULL with "Hash_tab_new : allocation failed" or

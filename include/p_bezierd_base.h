@@ -211,8 +211,8 @@ TESKA_API bezier *poly_bezier_get_bezier(const poly_bezier *p, int i) TESKA_NOTH
  */
 TESKA_API int poly_bezier_get(const poly_bezier *p, double u, double *x, double *y) TESKA_NOTHROW;
 
-/* poly_bezier_slope - the derivative by u: at a joint that of the segment which begins there, at n that of the last
- * one; (0, 0) without segments. Returns 1. */
+/* poly_bezier_slope - the derivative (dx, dy) by u: at a joint that of the segment which begins there, at n that of the
+ * last one; (0, 0) without segments. Returns 1. */
 TESKA_API int poly_bezier_slope(const poly_bezier *p, double u, double *dx, double *dy) TESKA_NOTHROW;
 
 /* poly_bezier_get_y - y where a chain that rises in x has the given x.

@@ -35,9 +35,10 @@ TESKA_API int gaussd(double *a, double *b, int n) TESKA_NOTHROW;
 
 /* fthird_order_eq - one root of c[0] + c[1] t + c[2] t^2 + c[3] t^3 by Newton's method, from the middle of lo .. hi.
  *
- * c     4 coefficients
- * root  out, on success only
- * tol   a last step of at most this size ends the search
+ * c       4 coefficients
+ * root    out, on success only
+ * lo, hi  where to search
+ * tol     a last step of at most this size ends the search
  * Returns 1; or 0 when the derivative is 0 at one of the points, a step leads below lo or is greater than hi, or 20
  * steps do not suffice.
  * Kept: it is the step, not the point, that is compared with hi. A root above hi is found (t - 2 on 0 .. 1 gives 2),

@@ -86,17 +86,17 @@ public:
 
     /* Copies refer to the same lists: what is done to one is done to all. The last one frees them. Copying allocates
      * nothing. O(copies). */
-    TConvexHull(TConvexHull const &);
-    TConvexHull &operator=(TConvexHull const &);
+    TConvexHull(TConvexHull const &other);
+    TConvexHull &operator=(TConvexHull const &other);
 
     /* ---- Change -------------------------------------------------------------------------------------------------- */
 
-    /* AddPoint - add a point, in any order.
+    /* AddPoint - add the point (x, y, z), in any order.
      *
      * Returns 0. A point that is not finite takes a number and is left out. When memory is short the point is lost, and
      * Construct gives -1 from then on.
      */
-    int AddPoint(double, double, double);
+    int AddPoint(double x, double y, double z);
 
     /* Construct - build the hull of all points added.
      *
@@ -116,11 +116,11 @@ public:
     /* IsEmpty - non-zero when no point was added, finite or not. */
     int IsEmpty() const;
 
-    /* InsideHull - 1 when no face is visible from the point, which then lies inside or on the hull; else 0.
+    /* InsideHull - 1 when no face is visible from the point (x, y, z), which then lies inside or on the hull; else 0.
      *
      * 0 without a hull, and for a point that is not finite. O(F).
      */
-    int InsideHull(double, double, double) const;
+    int InsideHull(double x, double y, double z) const;
 
 private:
     tVertexStructure *vertices; /* heads of the lists */

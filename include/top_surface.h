@@ -25,7 +25,8 @@ typedef int (*top_surface_device)(void *user, const double *device, double *colo
 /* top_surface_new - find the umbrella of a device.
  *
  * colorants  at least 1
- * levels     of each colorant its device values, `counts` of them, 0 .. 1; copied
+ * levels     of each colorant its device values, 0 .. 1; copied
+ * counts     how many levels each colorant has
  * vertical   which colour coordinate is vertical, 0 .. 2
  * device     not null; called with `user`, which may be null, as long as the surface lives
  * steps      points at which the edge is sampled
@@ -54,7 +55,10 @@ TESKA_API int top_surface_next_triangle(top_surface *top, int first, double corn
 
 /* top_surface_normalise, top_surface_colour - colours to normalised coordinates, and back.
  *
+ * colours  count colours
+ * norm     count normalised coordinates
  * penalty  count results, may be null
+ * count    how many
  * smaller  not 0: relative to the smaller gamut
  * Return 0, or -1 with what the class reports.
  */
@@ -63,7 +67,13 @@ TESKA_API int top_surface_normalise(top_surface *top, const double *colours, dou
 TESKA_API int top_surface_colour(top_surface *top, const double *norm, double *colours, int count,
                                  int smaller) TESKA_NOTHROW;
 
-/* top_surface_edge - angle and height of the edge at a hue. Returns 0, or -1 with what the class reports. */
+/* top_surface_edge - the edge at a hue.
+ *
+ * phi      the hue
+ * tetamax  out: its angle
+ * vt       out: its height
+ * Returns 0, or -1 with what the class reports.
+ */
 TESKA_API int top_surface_edge(top_surface *top, double phi, double *tetamax, double *vt) TESKA_NOTHROW;
 
 TESKA_END_C

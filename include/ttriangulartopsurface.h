@@ -92,7 +92,8 @@ public:
      *     0  the object is complete
      *     1  memory ran out or a step failed: the callback for a colorant alone, or for what it gave twice two colours.
      *        Reported besides the lines of memory: "Inconsistent common bound algorithm", "No Common Bounds!",
-     *        "Algorithm does not converge" (pieces without end: what the callback gives has no shape)
+     *        "Algorithm does not converge" (pieces without end: what the callback gives has no shape),
+     *        "Algorithm sucks" (it fails for all colours of a pair; the pair is left out)
      *     2  "Invalid Parameters, nrphisteps and nrtetasteps still need to be the same" for what is out of range above;
      *        "Invalid Parameters" for null levels or less than two;
      *        "TPrimCoord: Invalid data" for a level outside 0 .. 1
