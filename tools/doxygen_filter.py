@@ -245,9 +245,13 @@ class Block:
 
     def mention(self, name):
         if name in ENGLISH:
-            return None
+            quoted = f"`{name}`"
+            rows = [e.text for row in self.table.values() for e in row if isinstance(e, Text)]
+            found = [sentence for text in rows for sentence in sentences(text) if quoted in sentence]
+            return [Text(found[0])] if found else None
         results = (e.text for e in self.result if isinstance(e, Text))
-        own = [*(e.text for e in self.rest if isinstance(e, Text)), *(f"returns {text}" for text in results)]
+        own = [*(re.sub(r"^Kept: ", "", e.text) for e in self.rest if isinstance(e, Text)),
+               *(f"returns {text}" for text in results)]
         found = [s for text in own for s in sentences(text) if re.search(rf"(?<!\w){re.escape(name)}(?!\w)", s)]
         return [Text(" ".join(found[:2]))] if found else None
 
@@ -324,7 +328,7 @@ class Block:
 
     def capital(self, text):
         first = re.match(r"\w*", text)[0]
-        is_name = "_" in first or first in self.library.functions or first in self.declaration.parameters
+        is_name = "_" in first or first in self.library.functions or len(first) == 1
         return text if is_name else text[:1].upper() + text[1:]
 
     # ---- As Doxygen reads it ----
@@ -409,6 +413,9 @@ def fields(library, header):
                 yield at, comment.end, "\n".join(split)
             elif not comment and header.access_at(name, start, at) == "protected":
                 yield at, after, hidden(match[0])
+            elif not comment and header.access_at(name, start, at) == "public":
+                # The comment of the struct speaks of them.
+                yield at, after, "\n".join(f"{match[1]}{match[2]}{field}; /**< see above */" for field in match[3].split(", "))
         for match in re.finditer(r"^ +[\w:]+ \(\*\w+\)\([^;{}]*\);(?! +/\*)", header.text[start:end], re.M):
             if header.access_at(name, start, start + match.start()) == "protected":
                 yield start + match.start(), start + match.end(), hidden(match[0])
@@ -462,12 +469,68 @@ def hide_overloads(text):
                   text, flags=re.S)
 
 
+# ---- Pages -----------------------------------------------------------------------------------------------------------
+
+PAGES = ["README.md", "CONTRIBUTING.md", "CHANGELOG.md", "docs/*.md", "docs/guides/*.md", "docs/reference/*.md",
+         "Private/Source/README.md", "companions/*/README.md"]
+
+
+def label(page):
+    return "page_" + re.sub(r"\W", "_", str(page.relative_to(ROOT).with_suffix("")))
+
+
+def page_text(page, pages, headers):
+    """A page with links as Doxygen takes them: to pages and headers of the reference; of others the text stays."""
+    def link(match):
+        text, target = match[2], match[3].partition("#")[0]
+        if match[1] or re.match(r"[a-z]+:", target) or not target:
+            return match[0]
+        path = (page.parent / target).resolve()
+        if path in pages:
+            return f'@ref {label(path)} "{text}"'
+        if path.name in headers:
+            return f'@ref {path.name} "{text}"'
+        return text
+
+    text = re.sub(r"(!?)\[([^\]]+)\]\(([^)\s]+)\)", link, page.read_text())
+    if page.name == "start.md":
+        return text
+    return re.sub(r"^# (.*)$", rf"# \1 {{#{label(page)}}}", text, count=1, flags=re.M)
+
+
+def subsystems(library):
+    """The headers by the subsystem that gathers them."""
+    headers = {header.name: header for header in library.headers}
+    lines = ["# Headers by subsystem {#subsystems}", ""]
+    groups = {header.name: re.findall(r'#\s*include "(\w+\.h)"', header.text) for header in library.headers
+              if re.fullmatch(r"teska_\w+\.h", header.name)}
+    groups = {name: members for name, members in groups.items() if len(members) > 1}
+    groups["Companions"] = [name for name in headers if name in ("wem.h", "lopra.h", "zuk.h")]
+    writer = Writer(library)
+    for name, members in groups.items():
+        lines += [f"## {name.removeprefix('teska_').removesuffix('.h').capitalize()}", "", "| header | what it is |",
+                  "|---|---|"]
+        lines += [f"| @ref {m} \"{m}\" | {writer.text(headers[m].title)} |" for m in members if m in headers]
+        lines.append("")
+    return "\n".join(lines)
+
+
+def write_pages(library, folder):
+    pages = [page for pattern in PAGES for page in sorted(ROOT.glob(pattern))]
+    headers = {header.name for header in library.headers}
+    folder.mkdir(parents=True, exist_ok=True)
+    for page in pages:
+        (folder / f"{label(page)}.md").write_text(page_text(page, pages, headers))
+    (folder / "subsystems.md").write_text(subsystems(library))
+
+
 def main(folder):
     library = Library()
     target = folder / "teska"
     target.mkdir(parents=True, exist_ok=True)
     for header in library.headers:
         (target / header.name).write_text(converted(library, header))
+    write_pages(library, folder / "pages")
     return 0
 
 
