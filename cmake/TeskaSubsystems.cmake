@@ -3,7 +3,7 @@
 
 # Sources that are a module's own, beside Private/Source/<module>.cpp: Private/Source/<module>/<part>.cpp.
 teska_parts(bezierd_base roots)
-teska_parts(clg images points surface tiling)
+teska_parts(clg building images points surface tiling)
 teska_parts(fdstream fdifstream fdofstream)
 teska_parts(file_double vd)
 teska_parts(filepacker unpack)

@@ -24,6 +24,7 @@
 #include "Support/grid.h"
 #include "Support/memory.h"
 #include "Support/report.h"
+#include "Support/table_shape.h"
 
 #include <algorithm>
 #include <cmath>
@@ -296,6 +297,8 @@ void convert_vertex(md_tetrab &source, md_tetrab &target, const int *coord)
 }
 
 }  // namespace
+
+const teska::grid_shape &teska::shape_of(const md_tetrab &table) noexcept { return table.shape; }
 
 // ---- Life -----------------------------------------------------------------------------------------------------------
 

@@ -17,6 +17,7 @@
 #include "Support/grid.h"
 #include "Support/memory.h"
 #include "Support/report.h"
+#include "Support/table_shape.h"
 
 #include <cstddef>
 
@@ -105,6 +106,8 @@ teska::md_tetrad_table kernel_view(const md_tetrad &table, scratch &work)
 }
 
 }  // namespace
+
+const teska::grid_shape &teska::shape_of(const md_tetrad &table) noexcept { return table.shape; }
 
 // ---- Life -----------------------------------------------------------------------------------------------------------
 

@@ -1,3 +1,4 @@
+#include "clg.h"
 #include "convex_hull.h"
 #include "determinism/operations.h"
 #include "proj.h"
@@ -239,6 +240,48 @@ const Operation top_surface("TTriangularTopSurface, five inks", [](Generator &) 
         }
     };
 });
+
+// A press whose patches are partly repeated, on a grid and beside it; what it answers in and out of gamut.
+Operation::Run press_of(Generator &input, int channels, int steps)
+{
+    const std::shared_ptr<clg> cloud(clg_new(channels + 1, channels, 0, 100), clg_kill);
+    int points = 1;
+    for (int k = 0; k < channels; ++k)
+        points *= steps;
+    for (int i = 0; i < points + points / 4; ++i) {
+        double device[5], light[3] = {100, 100, 100};
+        for (int k = 0, rest = i; k < channels; ++k, rest /= steps) {
+            device[k] = i < points ? 100.0 * (rest % steps) / (steps - 1) : input.between(0, 100);
+            for (int c = 0; c < 3; ++c)
+                light[c] *= 1 - device[k] * (k == c ? 0.009 : k == 3 ? 0.0095 : 0.002);
+        }
+        device[channels] = 100 - light[0];
+        const double colour[] = {0.3 * light[0] + 0.6 * light[1] + 0.1 * light[2] + input.between(-0.2, 0.2),
+                                 light[0] - light[1], 0.4 * (light[0] + light[1]) - 0.8 * light[2]};
+        clg_add(cloud.get(), device, colour);
+    }
+    clg_build(cloud.get());
+    const double cost[] = {0, 0, 0, 1, 0.3};
+    clg_rule(cloud.get(), cost, 0.4);
+    return [cloud](Generator &asked, Digest &digest) {
+        const int counts[] = {clg_num_points(cloud.get()), clg_num_cells(cloud.get())};
+        digest.add(counts, sizeof counts);
+        for (int i = 0; i < 300; ++i) {
+            const double q[] = {asked.between(-10, 110), asked.between(-80, 80), asked.between(-80, 80)};
+            double nearest[3], device[5] = {}, dist, printed[3] = {};
+            const int inside = clg_nearest(cloud.get(), q, nearest, device, &dist);
+            clg_colour(cloud.get(), device, printed);
+            digest.add(&inside, sizeof inside);
+            digest.add(nearest, sizeof nearest);
+            digest.add(device, sizeof device);
+            digest.add(&dist, sizeof dist);
+            digest.add(printed, sizeof printed);
+        }
+    };
+}
+
+const Operation cloud_of_three("clg, 3 free channels, 7 steps", [](Generator &input) { return press_of(input, 3, 7); });
+const Operation cloud_of_four("clg, 4 free channels, 4 steps", [](Generator &input) { return press_of(input, 4, 4); });
 
 }  // namespace
 

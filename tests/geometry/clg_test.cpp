@@ -1,0 +1,723 @@
+#include "clg.h"
+
+#include "Source/clg/determinants.h"
+#include "Source/clg/tiling.h"
+#include "support/generator.h"
+#include "support/reports.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using namespace teska::cloud;
+using teska_test::Generator;
+using teska_test::lines;
+using teska_test::Reports;
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double inf = std::numeric_limits<double>::infinity();
+constexpr double untouched = -77.0;
+
+using Values = std::vector<double>;
+using Colour = std::array<double, 3>;
+using Device = std::function<Colour(const double *device)>;
+
+class Cloud
+{
+public:
+    explicit Cloud(int channels, int free = -1, double lo = 0, double hi = 1)
+        : clg_(clg_new(channels, free < 0 ? channels : free, lo, hi), clg_kill)
+    {
+    }
+
+    operator clg *() const { return clg_.get(); }
+
+    void add(const Values &device, const Colour &colour) const
+    {
+        EXPECT_EQ(clg_add(*this, device.data(), colour.data()), 0);
+    }
+
+    // All corners of the free channels' cube, and a colour for each.
+    void add_corners(int channels, const Device &colour) const
+    {
+        for (int i = 0; i < 1 << channels; ++i) {
+            Values device;
+            for (int j = 0; j < channels; ++j)
+                device.push_back(i >> j & 1);
+            add(device, colour(device.data()));
+        }
+    }
+
+    // What clg_nearest says; clg_find and clg_inside must say the same.
+    struct Answer {
+        int inside;
+        Colour nearest{untouched, untouched, untouched};
+        Values device = Values(16, untouched);
+        double dist = untouched;
+    };
+
+    [[nodiscard]] Answer nearest(const Colour &colour) const
+    {
+        Answer a, found;
+        a.inside = clg_nearest(*this, colour.data(), a.nearest.data(), a.device.data(), &a.dist);
+        EXPECT_EQ(clg_find(*this, colour.data(), found.device.data(), &found.dist), a.inside);
+        EXPECT_EQ(clg_inside(*this, colour.data()), a.inside);
+        EXPECT_EQ(found.device, a.device);
+        EXPECT_EQ(found.dist, a.dist);
+        return a;
+    }
+
+private:
+    std::unique_ptr<clg, clg *(*)(clg *)> clg_;
+};
+
+double distance(const Colour &a, const Colour &b)
+{
+    return std::sqrt((a[0] - b[0]) * (a[0] - b[0]) + (a[1] - b[1]) * (a[1] - b[1]) + (a[2] - b[2]) * (a[2] - b[2]));
+}
+
+template <class A, class B>
+void expect_near(const A &found, const B &wanted, double tolerance)
+{
+    for (std::size_t i = 0; i < wanted.size(); ++i)
+        EXPECT_NEAR(found[i], wanted[i], tolerance) << "value " << i;
+}
+
+Colour hundredfold(const double *device) { return {100 * device[0], 100 * device[1], 100 * device[2]}; }
+Colour with_black(const double *d) { return {50 * (d[0] + d[3]), 50 * (d[1] + d[3]), 50 * (d[2] + d[3])}; }
+const Device cube = hundredfold, press = with_black;
+const double black[4] = {0, 0, 0, 1};
+
+// ---- Life and change ------------------------------------------------------------------------------------------------
+
+TEST(ClgNew, RefusesWhatItCannotModel)
+{
+    Reports reports;
+    const struct {
+        int channels, free;
+        double lo, hi;
+        const char *text;
+    } rows[] = {{0, 1, 0, 1, "clg_new: illegal dimension"}, {17, 3, 0, 1, "clg_new: illegal dimension"},
+                {3, 0, 0, 1, "clg_new: illegal dimension"}, {3, 4, 0, 1, "clg_new: illegal dimension"},
+                {5, 5, 0, 1, "clg_new: illegal dimension"}, {3, 3, 1, 1, "clg_new: illegal range"},
+                {3, 3, 1, 0, "clg_new: illegal range"},     {3, 3, nan, 1, "clg_new: illegal range"},
+                {3, 3, 0, inf, "clg_new: illegal range"},   {3, 3, -1e301, 0, "clg_new: illegal range"},
+                {3, 3, 0, nan, "clg_new: illegal range"}};
+    for (const auto &row : rows) {
+        EXPECT_EQ(clg_new(row.channels, row.free, row.lo, row.hi), nullptr);
+        EXPECT_EQ(reports.take(), lines{row.text});
+    }
+    EXPECT_EQ(clg_kill(nullptr), nullptr);
+}
+
+TEST(ClgAdd, RefusesWhatIsNotFiniteOrOutOfRange)
+{
+    const Cloud cloud(4, 1, -2, 3);
+    Reports reports;
+    const struct {
+        Values device;
+        Colour colour;
+    } rows[] = {{{-2.1, 0, 0, 0}, {}},       {{0, 0, 0, 3.1}, {}},          {{0, nan, 0, 0}, {}},
+                {{0, 0, 0, 0}, {0, 0, nan}}, {{0, 0, 0, 0}, {0, 1.1e6, 0}}, {{0, 0, 0, 0}, {-inf, 0, 0}}};
+    for (const auto &row : rows) {
+        EXPECT_EQ(clg_add(cloud, row.device.data(), row.colour.data()), -1);
+        EXPECT_EQ(reports.take(), lines{"clg_add: illegal value"});
+    }
+    cloud.add({-2, 3, 3, -2}, {1e6, -1e6, 0});
+}
+
+TEST(ClgBuild, TakesUpTo65535PairsAndRepeatedOnesAsTheirMean)
+{
+    const Cloud cloud(2, 1);
+    const double end = 1;
+    for (int i = 0; i < 65535; ++i)
+        cloud.add({(i % 3) * 0.5, i / 3 * 4e-5}, {i % 3 * 10.0, i / 3 + 0.0, 0});
+    Reports reports;
+    const double device[] = {end, end}, colour[3] = {};
+    EXPECT_EQ(clg_add(cloud, device, colour), -1);
+    EXPECT_EQ(reports.take(), lines{"clg_add: too many points"});
+    EXPECT_EQ(clg_build(cloud), 0);
+    EXPECT_EQ(clg_num_points(cloud), 3);
+    EXPECT_EQ(clg_num_cells(cloud), 2);
+    const auto found = cloud.nearest({10, 10922, 5});
+    EXPECT_EQ(found.nearest, (Colour{10, 10922, 0}));
+    EXPECT_NEAR(found.device[1], 10922 * 4e-5, 1e-12);
+}
+
+TEST(ClgBuild, KeepsTheModelWhenItFails)
+{
+    const Cloud cloud(3);
+    Reports reports;
+    EXPECT_EQ(clg_build(cloud), -1);
+    cloud.add({0, 0, 0}, {0, 0, 0});
+    cloud.add({1, 0, 0}, {0, 0, 0});
+    cloud.add({1e-6, 0, 1e-6}, {0, 0, 0});
+    cloud.add({0, 1, 0}, {0, 0, 0});
+    EXPECT_EQ(clg_build(cloud), -1);
+    EXPECT_EQ(reports.take(), (lines{"clg_build: too few points", "clg_build: too few points"}));
+    cloud.add({0.25, 0.5, 0}, {0, 0, 0});
+    EXPECT_EQ(clg_build(cloud), -1);
+    EXPECT_EQ(reports.take(), lines{"clg_build: device values do not span the free channels"});
+    EXPECT_EQ(clg_num_points(cloud) + clg_num_cells(cloud), 0);
+    cloud.add_corners(3, cube);
+    EXPECT_EQ(clg_build(cloud), 0);
+    EXPECT_EQ(clg_num_points(cloud), 9);
+    // What is added counts with the next build.
+    cloud.add({0.5, 0.5, 0.5}, {50, 50, 50});
+    EXPECT_EQ(clg_num_points(cloud), 9);
+    EXPECT_EQ(clg_build(cloud), 0);
+    EXPECT_EQ(clg_num_points(cloud), 10);
+}
+
+TEST(Clg, QueriesRefuseWithoutAModelAndColoursThatAreNotFinite)
+{
+    Reports reports;
+    const Cloud cloud(3);
+    double out[6] = {untouched, untouched, untouched, untouched, untouched, untouched}, device[3] = {};
+    const std::unique_ptr<md_tetrad, decltype(&md_tetrad_kill)> d(md_tetrad_new(3, 3, 2, 0, 1), md_tetrad_kill);
+    const std::unique_ptr<md_tetrab, decltype(&md_tetrab_kill)> b(md_tetrab_new(3, 3, 2), md_tetrab_kill);
+    const auto ask = [&](const double *colour) {
+        EXPECT_EQ(clg_inside(cloud, colour), -1);
+        EXPECT_EQ(clg_find(cloud, colour, out, out), -1);
+        EXPECT_EQ(clg_nearest(cloud, colour, out, out, out), -1);
+        EXPECT_EQ(clg_fill_tetrad(cloud, d.get(), nullptr, colour), -1);
+        EXPECT_EQ(clg_fill_tetrab(cloud, b.get(), colour, nullptr), -1);
+    };
+    ask(device);
+    EXPECT_EQ(clg_colour(cloud, device, out), -1);
+    EXPECT_EQ(clg_box(cloud, out), -1);
+    EXPECT_EQ(reports.take(),
+              (lines{"clg_box: nothing built", "clg_colour: nothing built", "clg_fill_tetrab: nothing built",
+                     "clg_fill_tetrad: nothing built", "clg_find: nothing built", "clg_inside: nothing built",
+                     "clg_nearest: nothing built"}));
+    cloud.add_corners(3, cube);
+    ASSERT_EQ(clg_build(cloud), 0);
+    for (const double bad : {nan, inf, -inf}) {
+        const double colour[3] = {0, 0, bad};
+        ask(colour);
+        EXPECT_EQ(reports.take(),
+                  (lines{"clg_fill_tetrab: illegal colour", "clg_fill_tetrad: illegal colour",
+                         "clg_find: illegal colour", "clg_inside: illegal colour", "clg_nearest: illegal colour"}));
+    }
+    EXPECT_EQ(std::count(out, out + 6, untouched), 6);
+    EXPECT_EQ(*md_tetrad_dataptr(d.get(), nullptr) + *md_tetrab_dataptr(b.get(), nullptr), 0);
+    EXPECT_EQ(clg_box(cloud, out), 0);
+    EXPECT_EQ(Values(out, out + 6), (Values{0, 0, 0, 100, 100, 100}));
+}
+
+// ---- Numbers --------------------------------------------------------------------------------------------------------
+
+TEST(Clg, CubeOfEightCorners)
+{
+    const Cloud cloud(3);
+    cloud.add_corners(3, cube);
+    ASSERT_EQ(clg_build(cloud), 0);
+    EXPECT_EQ(clg_num_cells(cloud), 6);
+    const auto inside = cloud.nearest({20, 30, 40});
+    EXPECT_EQ(inside.inside, 1);
+    EXPECT_EQ(inside.nearest, (Colour{20, 30, 40}));
+    EXPECT_EQ(inside.dist, 0);
+    expect_near(inside.device, Values{0.2, 0.3, 0.4}, 1e-15);
+    const auto outside = cloud.nearest({150, 50, 50});
+    EXPECT_EQ(outside.inside, 0);
+    expect_near(outside.nearest, Colour{100, 50, 50}, 1e-13);
+    EXPECT_NEAR(outside.dist, 50, 1e-13);
+    expect_near(outside.device, Values{1, 0.5, 0.5}, 1e-15);
+    // Colours far away: the corner they see first, and distances beyond all doubles.
+    const double most = std::numeric_limits<double>::max();
+    for (const double far : {1e9, 1e13, 1e170, most}) {
+        const auto found = cloud.nearest({-far, far / 2, far});
+        expect_near(found.nearest, Colour{0, 100, 100}, 1e-3);
+        if (far == most)
+            EXPECT_EQ(found.dist, inf);
+        else
+            EXPECT_NEAR(found.dist / far, 1.5, 1e-6);
+    }
+    EXPECT_DOUBLE_EQ(cloud.nearest({most, 0, 0}).dist, most);
+    // Not one result is wanted.
+    const double colour[3] = {1, 2, 3};
+    EXPECT_EQ(clg_find(cloud, colour, nullptr, nullptr), 1);
+    EXPECT_EQ(clg_nearest(cloud, colour, nullptr, nullptr, nullptr), 1);
+}
+
+TEST(Clg, RuleChoosesAmongTheAnswersOfFourChannels)
+{
+    const Cloud cloud(4);
+    cloud.add_corners(4, press);
+    ASSERT_EQ(clg_build(cloud), 0);
+    EXPECT_EQ(clg_num_cells(cloud), 24);
+    const double ink[4] = {1, 1, 1, 1}, huge[4] = {0, 0, 0, 1e308}, less[4] = {-1e308, -1e308, -1e308, -1e308};
+    const struct {
+        Colour colour;
+        const double *cost;
+        double place;
+        Values device;
+    } rows[] = {{{45, 35, 25}, black, 0.5, {0.65, 0.45, 0.25, 0.25}},
+                {{45, 35, 25}, black, 0, {0.9, 0.7, 0.5, 0}},
+                {{45, 35, 25}, black, 1, {0.4, 0.2, 0, 0.5}},
+                {{45, 35, 25}, nullptr, 0, {0.4, 0.2, 0, 0.5}},
+                {{45, 35, 25}, ink, 1, {0.9, 0.7, 0.5, 0}},
+                {{45, 35, 25}, less, 0, {0.9, 0.7, 0.5, 0}},
+                {{45, 35, 25}, huge, 0.5, {0.65, 0.45, 0.25, 0.25}},
+                {{75, 60, 50}, black, 0, {1, 0.7, 0.5, 0.5}},
+                {{75, 60, 50}, black, 1, {0.5, 0.2, 0, 1}}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(&row - rows);
+        EXPECT_EQ(clg_rule(cloud, row.cost, row.place), 0);
+        const auto found = cloud.nearest(row.colour);
+        EXPECT_EQ(found.inside, 1);
+        expect_near(found.device, row.device, 1e-13);
+    }
+    Reports reports;
+    for (const double place : {-0.1, 1.1, nan})
+        EXPECT_EQ(clg_rule(cloud, black, place), -1);
+    const double bad[4] = {0, 0, inf, 0};
+    EXPECT_EQ(clg_rule(cloud, bad, 0.5), -1);
+    EXPECT_EQ(reports.take(), lines(4, "clg_rule: illegal value"));
+    EXPECT_NEAR(cloud.nearest({75, 60, 50}).device[3], 1, 1e-13);
+}
+
+TEST(Clg, ChannelsThatAreNotFreeFollow)
+{
+    const Cloud cloud(4, 3);
+    for (int i = 0; i < 8; ++i) {
+        const double c = i & 1, m = i >> 1 & 1, y = i >> 2;
+        const double k = std::min({c, m, y}) * std::min({c, m, y});
+        cloud.add({c, m, y, k}, {100 * c, 100 * m, 100 * y});
+    }
+    ASSERT_EQ(clg_build(cloud), 0);
+    expect_near(cloud.nearest({50, 50, 50}).device, Values{0.5, 0.5, 0.5, 0.5}, 1e-15);
+}
+
+TEST(Clg, LinesAndSurfacesHaveNoInside)
+{
+    const Cloud ramp(1);
+    ramp.add({0}, {0, 0, 0});
+    ramp.add({1}, {100, 0, 0});
+    ASSERT_EQ(clg_build(ramp), 0);
+    auto found = ramp.nearest({30, 40, 0});
+    EXPECT_EQ(found.inside, 0);
+    EXPECT_NEAR(found.dist, 40, 1e-13);
+    EXPECT_NEAR(found.device[0], 0.3, 1e-15);
+    EXPECT_EQ(ramp.nearest({30, 0, 0}).inside, 0);
+    const Cloud sheet(2);
+    sheet.add_corners(2, [](const double *d) { return Colour{100 * d[0], 100 * d[1], 0}; });
+    ASSERT_EQ(clg_build(sheet), 0);
+    EXPECT_EQ(clg_num_cells(sheet), 2);
+    found = sheet.nearest({30, 60, -5});
+    EXPECT_EQ(found.inside, 0);
+    EXPECT_NEAR(found.dist, 5, 1e-13);
+    expect_near(found.device, Values{0.3, 0.6}, 1e-14);
+    // Greys of three and four channels.
+    for (const int channels : {3, 4}) {
+        const Cloud grey(channels);
+        grey.add_corners(channels, [=](const double *d) { return Colour{100 * d[channels - 1], 0, 0}; });
+        ASSERT_EQ(clg_build(grey), 0);
+        found = grey.nearest({40, 3, -4});
+        EXPECT_EQ(found.inside, 0);
+        EXPECT_NEAR(found.dist, 5, 1e-13);
+        EXPECT_NEAR(found.device[static_cast<std::size_t>(channels) - 1], 0.4, 1e-14);
+        EXPECT_EQ(grey.nearest({40, 0, 0}).inside, 0);
+    }
+}
+
+// A device whose fourth corner of the hull is pulled in: the hull would call the hollow inside.
+TEST(Clg, HollowsAreOutside)
+{
+    const Cloud cloud(3);
+    cloud.add_corners(3, cube);
+    cloud.add({0.5, 0.5, 1}, {50, 50, 70});
+    ASSERT_EQ(clg_build(cloud), 0);
+    const auto hollow = cloud.nearest({50, 50, 80}), below = cloud.nearest({50, 50, 69});
+    EXPECT_EQ(hollow.inside, 0);
+    EXPECT_EQ(below.inside, 1);
+    EXPECT_LT(hollow.dist, 10);
+    EXPECT_NEAR(hollow.device[2], 1, 1e-12);
+}
+
+// ---- Properties -----------------------------------------------------------------------------------------------------
+
+// Smooth, folded nowhere, with a hollow side; a fourth channel is black.
+Colour bent(const double *d)
+{
+    const double light = 1 - 0.9 * d[3];
+    return {95 * light * (1 - 0.4 * d[0] * d[0] - 0.3 * d[1] - 0.1 * d[2]), 70 * light * (d[1] - d[0] + d[0] * d[2]),
+            90 * light * (d[2] - 0.4 * d[1] * d[1] - 0.3 * d[0])};
+}
+
+Colour noise(const double *d)
+{
+    Generator random(static_cast<std::uint64_t>(1e5 * (d[0] + 10 * d[1] + 100 * d[2] + 1000 * d[3])));
+    const double l = random.between(0, 100), a = random.between(-50, 50);
+    return {l, a, random.between(-50, 50)};
+}
+
+Cloud random_cloud(Generator &input, int channels, int points, const Device &device)
+{
+    Cloud cloud(channels);
+    const auto add = [&](Values d) {
+        d.resize(4);
+        const Colour colour = device(d.data());
+        d.resize(static_cast<std::size_t>(channels));
+        cloud.add(d, colour);
+    };
+    for (int i = 0; i < points; ++i) {
+        Values d;
+        for (int j = 0; j < channels; ++j)
+            d.push_back(i < 1 << channels ? i >> j & 1 : input.below(3) == 0 ? input.below(2) : input.unit());
+        add(d);
+    }
+    EXPECT_EQ(clg_build(cloud), 0);
+    return cloud;
+}
+
+// Whatever the cloud: what is found prints the colour, what is printed is found, and nothing printed is nearer.
+void check_round_trips(const Cloud &cloud, Generator &input, int channels)
+{
+    std::vector<Colour> printed;
+    for (int i = 0; i < 300; ++i) {
+        Values d;
+        for (int j = 0; j < channels; ++j)
+            d.push_back(input.unit());
+        Colour colour{}, again{};
+        ASSERT_EQ(clg_colour(cloud, d.data(), colour.data()), 1);
+        printed.push_back(colour);
+        double cost = 0, least = 0, largest = 0;
+        for (const double place : {0.0, 0.37, 1.0}) {
+            clg_rule(cloud, nullptr, place);
+            const auto found = cloud.nearest(colour);
+            ASSERT_EQ(found.inside, 1);
+            ASSERT_EQ(clg_colour(cloud, found.device.data(), again.data()), 1);
+            expect_near(again, colour, 1e-5);
+            cost = 0;
+            for (int j = 0; j < channels; ++j)
+                cost += found.device[static_cast<std::size_t>(j)];
+            if (place == 0.0)
+                least = cost;
+            else if (place == 1.0)
+                largest = cost;
+        }
+        double sum = 0;
+        for (const double x : d)
+            sum += x;
+        EXPECT_LE(least, sum + 1e-6);
+        EXPECT_GE(largest, sum - 1e-6);
+    }
+    for (int i = 0; i < 300; ++i) {
+        const Colour q{input.between(-20, 120), input.between(-90, 90), input.between(-90, 120)};
+        const auto found = cloud.nearest(q);
+        Colour again{};
+        ASSERT_EQ(clg_colour(cloud, found.device.data(), again.data()), 1);
+        expect_near(again, found.nearest, 1e-5);
+        EXPECT_NEAR(distance(q, found.nearest), found.dist, 1e-9);
+        for (const Colour &p : printed)
+            ASSERT_LE(found.dist, distance(p, q) + 1e-9);
+    }
+}
+
+TEST(Clg, FindsWhatIsPrintedAndTheNearest)
+{
+    Generator input(1);
+    for (const int channels : {3, 4})
+        for (const Device &device : {Device(bent), Device(noise)}) {
+            SCOPED_TRACE(channels);
+            check_round_trips(random_cloud(input, channels, 150, device), input, channels);
+        }
+}
+
+// More cells than a query notes: it must go through all of them again.
+TEST(Clg, RuleHoldsWhereHundredsOfCellsReachAColour)
+{
+    Generator input(2);
+    const Cloud cloud = random_cloud(input, 4, 300, noise);
+    const Colour grey{50, 0, 0};
+    double cost[3];
+    for (const int half : {0, 1, 2}) {
+        clg_rule(cloud, black, half / 2.0);
+        cost[half] = cloud.nearest(grey).device[3];
+    }
+    EXPECT_LT(cost[0] + 0.5, cost[2]);
+    EXPECT_NEAR(cost[1], (cost[0] + cost[2]) / 2, 1e-9);
+}
+
+TEST(ClgColour, IsTheMeanAtAPointAndNothingOutside)
+{
+    const Cloud cloud(3, 3, 0, 255);
+    for (int i = 0; i < 27; ++i)
+        for (const double repeated : {-1.0, 1.0})
+            cloud.add({127.5 * (i % 3), 127.5 * (i / 3 % 3), 127.5 * (i / 9)}, {i + repeated, -2.0 * i, i * i + 0.0});
+    ASSERT_EQ(clg_build(cloud), 0);
+    EXPECT_EQ(clg_num_points(cloud), 27);
+    EXPECT_EQ(clg_num_cells(cloud), 48);
+    Colour colour{untouched, untouched, untouched};
+    for (const Values &outside : {Values{-0.1, 0, 0}, Values{0, 0, 255.1}, Values{0, nan, 0}, Values{inf, 0, 0}})
+        EXPECT_EQ(clg_colour(cloud, outside.data(), colour.data()), 0);
+    EXPECT_EQ(colour[2], untouched);
+    const double point[] = {255, 127.5, 0}, edge[] = {255.005, 127.5, 0};
+    for (const double *device : {point, edge}) {
+        EXPECT_EQ(clg_colour(cloud, device, colour.data()), 1);
+        expect_near(colour, Colour{5, -10, 25}, 1e-3);
+    }
+}
+
+// Ranges at the ends of what doubles hold.
+TEST(Clg, RangesOfAnySize)
+{
+    for (const double size : {1e-300, 1e300})
+        for (const double lo : {0.0, -size}) {
+            const Cloud cloud(4, 4, lo, lo + size);
+            for (int i = 0; i < 16; ++i) {
+                Values device;
+                double part[4];
+                for (int j = 0; j < 4; ++j) {
+                    part[j] = i >> j & 1;
+                    device.push_back(lo + size * part[j]);
+                }
+                cloud.add(device, press(part));
+            }
+            ASSERT_EQ(clg_build(cloud), 0);
+            clg_rule(cloud, black, 0.5);
+            const auto found = cloud.nearest({45, 35, 25});
+            for (const std::size_t k : {0U, 1U, 2U, 3U})
+                EXPECT_NEAR((found.device[k] - lo) / size, (Values{0.65, 0.45, 0.25, 0.25})[k], 1e-12);
+            Colour colour{};
+            EXPECT_EQ(clg_colour(cloud, found.device.data(), colour.data()), 1);
+            expect_near(colour, Colour{45, 35, 25}, 1e-9);
+        }
+}
+
+// ---- Tables ---------------------------------------------------------------------------------------------------------
+
+template <class Table, class Sample, class Fill, class Get, class Scan, class Convert>
+void check_table(Table *table, Sample, Fill fill, Get get, Scan scan, Convert convert)
+{
+    const Cloud cloud(4, 4, 0, 100);
+    for (int i = 0; i < 16; ++i) {
+        const double d[] = {i & 1 ? 1.0 : 0.0, i & 2 ? 1.0 : 0.0, i & 4 ? 1.0 : 0.0, i & 8 ? 1.0 : 0.0};
+        cloud.add({100 * d[0], 100 * d[1], 100 * d[2], 100 * d[3]}, press(d));
+    }
+    ASSERT_EQ(clg_build(cloud), 0);
+    const double scale[] = {0.5, 0.4, 0.3}, offset[] = {-10, 0, 10}, most[] = {0, 0, 1.7e308};
+    Reports reports;
+    EXPECT_EQ(fill(cloud, table, most, most), -1);
+    EXPECT_EQ(reports.take().size(), 1U);
+    for (const bool given : {false, true}) {
+        int inside = 0, coord[3] = {};
+        const int filled = given ? fill(cloud, table, scale, offset) : fill(cloud, table, nullptr, nullptr);
+        do {
+            Sample in[3];
+            const Sample *const out = get(table, coord, in);
+            Colour q{};
+            for (int k = 0; k < 3; ++k)
+                q[static_cast<std::size_t>(k)] = given ? offset[k] + scale[k] * in[k] : in[k];
+            const auto found = cloud.nearest(q);
+            inside += found.inside;
+            for (int k = 0; k < 4; ++k)
+                ASSERT_EQ(out[k], convert(found.device[static_cast<std::size_t>(k)]));
+        } while (scan(table, coord) != 0);
+        EXPECT_EQ(filled, inside);
+        EXPECT_GT(inside, 5);
+    }
+}
+
+TEST(ClgFill, MakesEveryVertexWhatFindSays)
+{
+    const std::unique_ptr<md_tetrad, decltype(&md_tetrad_kill)> d(md_tetrad_new(3, 4, 9, 0, 200), md_tetrad_kill);
+    const std::unique_ptr<md_tetrab, decltype(&md_tetrab_kill)> b(md_tetrab_new(3, 4, 9), md_tetrab_kill);
+    check_table(d.get(), 0.0, clg_fill_tetrad, md_tetrad_vertex_get, md_tetrad_scan_vertex, [](double v) { return v; });
+    check_table(b.get(), static_cast<unsigned char>(0), clg_fill_tetrab, md_tetrab_vertex_get, md_tetrab_scan_vertex,
+                [](double v) { return std::floor(255 * v / 100 + 0.5); });
+}
+
+TEST(ClgFill, RefusesTablesThatDoNotFit)
+{
+    const Cloud cloud(3);
+    cloud.add_corners(3, cube);
+    ASSERT_EQ(clg_build(cloud), 0);
+    Reports reports;
+    for (const int inputs : {2, 3, 4}) {
+        const int outputs = inputs == 3 ? 4 : 3;
+        const std::unique_ptr<md_tetrad, decltype(&md_tetrad_kill)> d(md_tetrad_new(inputs, outputs, 2, 0, 1),
+                                                                      md_tetrad_kill);
+        const std::unique_ptr<md_tetrab, decltype(&md_tetrab_kill)> b(md_tetrab_new(inputs, outputs, 2),
+                                                                      md_tetrab_kill);
+        EXPECT_EQ(clg_fill_tetrad(cloud, d.get(), nullptr, nullptr), -1);
+        EXPECT_EQ(clg_fill_tetrab(cloud, b.get(), nullptr, nullptr), -1);
+        EXPECT_EQ(reports.take(),
+                  (lines{"clg_fill_tetrab: table does not fit", "clg_fill_tetrad: table does not fit"}));
+    }
+}
+
+// ---- The tiling -----------------------------------------------------------------------------------------------------
+
+using Lattice = std::vector<lattice_point>;
+
+// Modulo 2^64; exact for coordinates below 64, with the length as one more column too.
+std::int64_t determinant(std::vector<std::vector<std::int64_t>> rows)
+{
+    if (rows.empty())
+        return 1;
+    std::uint64_t sum = 0;
+    for (std::size_t r = 0; r < rows.size(); ++r) {
+        auto rest = rows;
+        rest.erase(rest.begin() + static_cast<std::ptrdiff_t>(r));
+        for (auto &row : rest)
+            row.erase(row.begin());
+        const auto term = static_cast<std::uint64_t>(rows[r][0]) * static_cast<std::uint64_t>(determinant(rest));
+        sum += r % 2 == 0 ? term : -term;
+    }
+    return static_cast<std::int64_t>(sum);
+}
+
+std::vector<std::int64_t> row_of(const lattice_point &p, const lattice_point &from, int dims, bool lift)
+{
+    std::vector<std::int64_t> row;
+    std::int64_t squares = 0, sum = 0;
+    for (int j = 0; j < dims; ++j) {
+        row.push_back(p.x[j] - from.x[j]);
+        squares += row.back() * row.back();
+        sum += row.back();
+    }
+    if (lift)
+        row.push_back(16 * squares - sum * sum);
+    return row;
+}
+
+std::int64_t volume(const Lattice &corners, int dims)
+{
+    std::vector<std::vector<std::int64_t>> rows;
+    for (int i = 1; i <= dims; ++i)
+        rows.push_back(row_of(corners[static_cast<std::size_t>(i)], corners[0], dims, false));
+    return determinant(rows);
+}
+
+// Whether the sphere of a cell holds a point.
+bool sphere_holds(const Lattice &corners, const lattice_point &p, int dims)
+{
+    std::vector<std::vector<std::int64_t>> rows;
+    for (int i = 1; i <= dims; ++i)
+        rows.push_back(row_of(corners[static_cast<std::size_t>(i)], corners[0], dims, true));
+    rows.push_back(row_of(p, corners[0], dims, true));
+    return determinant(rows) < 0;
+}
+
+// Cells with positive volumes that fill the hull: the sum of their determinants is that of the cones from the origin
+// to the faces of the hull. Returns it.
+std::int64_t check_tiling(const Lattice &points, int dims, bool small)
+{
+    tiles made;
+    EXPECT_EQ(tile(dims, points, made), tiling_result::made);
+    std::uint64_t sum = 0, hull = 0;
+    for (int c = 0; c < made.count; ++c) {
+        Lattice corners;
+        for (int k = 0; k <= dims; ++k)
+            corners.push_back(points[static_cast<std::size_t>(made.corner[c * (dims + 1) + k])]);
+        const std::int64_t size = volume(corners, dims);
+        sum += static_cast<std::uint64_t>(size);
+        for (int k = 0; k <= dims; ++k) {
+            const int next = made.next[c * (dims + 1) + k];
+            if (next < 0) {
+                Lattice cone = corners;
+                cone[static_cast<std::size_t>(k)] = {};
+                hull += static_cast<std::uint64_t>(volume(cone, dims));
+            } else {
+                const int *const back = &made.next[next * (dims + 1)];
+                EXPECT_EQ(std::count(back, back + dims + 1, c), 1);
+            }
+        }
+        if (small) {
+            EXPECT_GT(size, 0);
+            EXPECT_TRUE(std::none_of(points.begin(), points.end(),
+                                     [&](const lattice_point &p) { return sphere_holds(corners, p, dims); }));
+        }
+    }
+    EXPECT_EQ(sum, hull);
+    return static_cast<std::int64_t>(sum);
+}
+
+TEST(ClgTiling, IsDelaunayAndFillsTheHull)
+{
+    Generator input(3);
+    const int sizes[] = {0, 30, 50, 50, 40};
+    for (int dims = 1; dims <= 4; ++dims)
+        for (const int range : {3, 7, 64}) {
+            SCOPED_TRACE(std::to_string(dims) + " dimensions, range " + std::to_string(range));
+            Lattice points;
+            for (int i = 0; i < sizes[dims]; ++i) {
+                lattice_point p{};
+                for (int j = 0; j < dims; ++j)
+                    p.x[j] = input.below(range);
+                const auto same = [&](const lattice_point &q) { return std::equal(p.x, p.x + 4, q.x); };
+                if (std::none_of(points.begin(), points.end(), same))
+                    points.push_back(p);
+            }
+            check_tiling(points, dims, true);
+        }
+}
+
+// A chart's steps are not all of one size; corners of the cube and points beside them make the thinnest cells.
+TEST(ClgTiling, FillsTheWholeCube)
+{
+    Generator input(4);
+    const std::int64_t factorial[] = {1, 1, 2, 6, 24};
+    for (int dims = 1; dims <= 4; ++dims)
+        for (const int steps : {0, 5}) {
+            int count = 1;
+            std::uint64_t whole = static_cast<std::uint64_t>(factorial[dims]);
+            for (int j = 0; j < dims; ++j) {
+                count *= steps != 0 ? steps : 2;
+                whole *= 65535;
+            }
+            Lattice points;
+            for (int i = 0; i < (steps != 0 ? count : count + 60); ++i) {
+                lattice_point p{};
+                for (int j = 0, rest = i; j < dims; ++j) {
+                    const int step = steps != 0  ? (65535 * (rest % steps) + (steps - 1) / 2) / (steps - 1)
+                                     : i < count ? 65535 * (rest % 2)
+                                                 : 0;
+                    p.x[j] = i < count ? step : std::abs(65535 * input.below(2) - (i % 2 != 0 ? input.below(3) : i));
+                    rest /= steps != 0 ? steps : 2;
+                }
+                const auto same = [&](const lattice_point &q) { return std::equal(p.x, p.x + 4, q.x); };
+                if (std::none_of(points.begin(), points.end(), same))
+                    points.push_back(p);
+            }
+            EXPECT_EQ(check_tiling(points, dims, false), static_cast<std::int64_t>(whole)) << dims << ' ' << steps;
+            if (steps == 0)
+                continue;
+            tiles made;
+            tile(dims, points, made);
+            EXPECT_EQ(made.count, factorial[dims] * std::lround(std::pow(steps - 1, dims)));
+        }
+}
+
+TEST(ClgWide, CalculatesLikeLongDivisionByHand)
+{
+    constexpr std::int64_t most = INT64_MAX, least = INT64_MIN + 1;
+    EXPECT_EQ(product(most, most).high, 0x3fffffffffffffffU);
+    EXPECT_EQ(product(most, most).low, 1U);
+    EXPECT_EQ(sign(product(most, least) + product(most, most)), 0);
+    EXPECT_EQ(sign(product(product(std::int64_t{-3}, std::int64_t{1} << 62), std::int64_t{1} << 60)), -1);
+    Generator input(5);
+    for (int i = 0; i < 1000; ++i) {
+        const auto a = static_cast<std::int64_t>(input.next()) >> (i % 60), b = static_cast<std::int64_t>(input.next());
+        const std::int64_t c = static_cast<std::int64_t>(input.next()) >> 30, d = b >> 32;
+        // (a + c) d = a d + c d, with halves that do not overflow.
+        EXPECT_EQ(sign(product((a >> 1) + (c >> 1), d) - product(a >> 1, d) - product(c >> 1, d)), 0);
+        EXPECT_EQ(sign(product(product(c, d), 5) - product(5 * c, d)), 0);
+        EXPECT_EQ(sign(product(c, d)), ((c > 0) - (c < 0)) * ((d > 0) - (d < 0)));
+    }
+}
+
+}  // namespace
