@@ -144,6 +144,12 @@ def address(array: Array) -> int:
     return int(array.__array_interface__['data'][0])
 
 
+def _hidden(pixels: Any, axis: int) -> NDArray[np.bool_]:
+    """Which pixels of a masked array are masked, in any channel."""
+    mask: Array = np.ma.getmaskarray(pixels)  # type: ignore[no-untyped-call]
+    return np.asarray(mask.any(axis=axis))
+
+
 def pixel_mask(label: str, pixels: Array, mask: object, axis: int) -> NDArray[np.uint8] | None:
     """One byte for each pixel, not 0 where it is converted: from the argument `mask` and from a masked array's mask."""
     shape = pixels.shape[:-1] if axis == -1 else pixels.shape[1:]
@@ -156,7 +162,7 @@ def pixel_mask(label: str, pixels: Array, mask: object, axis: int) -> NDArray[np
             raise ValueError(f'{label}: mask has the shape {given.shape}, that of the pixels, {shape}, is wanted')
         result = given.view(np.uint8)
     if isinstance(pixels, np.ma.MaskedArray) and pixels.mask is not np.ma.nomask:
-        shown = ~np.ma.getmaskarray(pixels).any(axis=axis)
+        shown = ~_hidden(pixels, axis)
         result = shown.view(np.uint8) if result is None else ((result != 0) & shown).view(np.uint8)
     return result
 
@@ -270,8 +276,8 @@ def _convert_all(kind: int, table: Any, source: Array, result: Array, mask: NDAr
 
 
 def _masked_again(result: Array, source: np.ma.MaskedArray[Any, Any], axis: int) -> Array:
-    hidden = np.ma.getmaskarray(source).any(axis=axis)
-    return np.ma.array(result, mask=np.broadcast_to(np.expand_dims(hidden, axis), result.shape))  # type: ignore
+    hidden = np.expand_dims(_hidden(source, axis), axis)
+    return np.ma.array(result, mask=np.broadcast_to(hidden, result.shape))  # type: ignore
 
 
 def points(label: str, given: object, columns: int) -> NDArray[np.float64]:

@@ -1,7 +1,8 @@
-MD5 = '58c7a3ce4d5277d9c3e554aea9d00db2'
+MD5 = '621dc399f674b9228286c3e468d9f81e'
 """The C declarations of the library, written by tools/python_declarations.py from these headers."""
 
 HEADERS = (
+    'archive.h',
     'bezierd_base.h',
     'bezierd_fit.h',
     'clut_table.h',
@@ -10,9 +11,10 @@ HEADERS = (
     'convex_hull.h',
     'dhsm.h',
     'error_mess.h',
-    'flood.h',
     'func.h',
+    'fusm.h',
     'interp_double.h',
+    'izat.h',
     'list.h',
     'md_tetrab.h',
     'md_tetrad.h',
@@ -24,17 +26,33 @@ HEADERS = (
     'special_functions.h',
     'teska_version.h',
     'tetra.h',
+    'top_surface.h',
+    'whole_image.h',
     'zuk.h',
 )
 
 TEXT = r'''
+#define ARCHIVE_NAME_SIZE 200
+#define ARCHIVE_TEXT_SIZE 160
 #define CONVERT_ROWS_MAX_RANK 32
 #define TESKA_ERROR_NO_MEMORY -2
 #define TESKA_ERROR_PROCESS_WIDE -1
 #define TESKA_VERSION_MAJOR 1
 #define TESKA_VERSION_MINOR 0
 #define TESKA_VERSION_PATCH 0
+#define WHOLE_IMAGE_PICK -1
 #define ZUK_VALUE_SIZE 257
+
+/* archive.h */
+typedef struct archive archive;
+archive *archive_create(const char *path, const char *description, int *code) ;
+archive *archive_open(const char *path, int *code) ;
+archive *archive_kill(archive *a) ;
+int archive_add(archive *a, const char *name, const char *bytes, int length) ;
+int archive_add_file(archive *a, const char *path, const char *name) ;
+int archive_next(archive *a, char **bytes, int *length, char *name) ;
+int archive_get_error(archive *a, char *text) ;
+int archive_get_description(archive *a, char *text) ;
 
 /* bezierd_base.h */
 typedef struct bezier bezier;
@@ -91,6 +109,7 @@ int convex_hull_add(convex_hull *hull, const double point[3]) ;
 int convex_hull_add_points(convex_hull *hull, const double *points, int n) ;
 int convex_hull_construct(convex_hull *hull) ;
 int convex_hull_inside(const convex_hull *hull, const double point[3]) ;
+int convex_hull_nearest(const convex_hull *hull, const double q[3], double nearest[3], double *dist, int *face, double weights[3]) ;
 int convex_hull_get_nr_points(const convex_hull *hull) ;
 int convex_hull_get_nr_vertices(const convex_hull *hull) ;
 int convex_hull_get_nr_faces(const convex_hull *hull) ;
@@ -120,14 +139,6 @@ int teska_warn_level(int threshold) ;
 void dbg(const char *message) ;
 int dbg_set(int on) ;
 
-/* flood.h */
-typedef struct flood flood;
-typedef int (*flood_inside)(void *user, int x, int y);
-typedef void (*flood_fill)(void *user, int xFirst, int xLast, int y);
-flood *flood_new(flood_inside inside, flood_fill fill) ;
-int flood_kill(flood *record) ;
-int flood_do(flood *record, void *user, int x, int y) ;
-
 /* func.h */
 typedef struct func func;
 typedef int (*func_order)(const void *element, const void *key);
@@ -144,6 +155,21 @@ int func_get_point(const func *f, int index, void **x, void **y) ;
 int func_search_el(const func *f, const void *key, void **y, func_match match) ;
 func *func_invert(const func *f, func_order order) ;
 
+/* fusm.h */
+typedef struct fusm fusm;
+typedef void (*fusm_callback)(int k);
+typedef void (*fusm_conversion)(void **in, int inStep, void **out, int outStep, int width);
+fusm *fusm_new(int radius, int maxValue, int nProcessed, int nComponents, const int *componentList, fusm_conversion conversion) ;
+int fusm_kill(fusm *record) ;
+int fusm_stren_set(fusm *record, const double *strengths) ;
+int fusm_noise_red_set(fusm *record, const double *noise) ;
+int fusm_level_red_set(fusm *record, int nPoints, const double *levels, const double *factors) ;
+double *fusm_stren_get(fusm *record) ;
+double *fusm_noise_red_get(fusm *record) ;
+int fusm_start(fusm *record, int nLines, int width, fusm_callback callback, int inStep, int limitStep, int outStep) ;
+int fusm_b_do(fusm *record, unsigned char **inLine, unsigned char **outLine, const unsigned char *limitLine) ;
+int fusm_do(fusm *record, unsigned short **inLine, unsigned short **outLine, const unsigned short *limitLine) ;
+
 /* interp_double.h */
 typedef struct lin_interp_double lin_interp_double;
 lin_interp_double *lin_interp_double_new(int ext, func_order order) ;
@@ -156,6 +182,26 @@ int lin_interp_double_num(const lin_interp_double *li) ;
 int lin_interp_double_inter(const lin_interp_double *li, double x, double *y) ;
 int lin_interp_double_inextp(const lin_interp_double *li, double x, double *y) ;
 lin_interp_double *lin_interp_double_invert(const lin_interp_double *li, func_order order) ;
+
+/* izat.h */
+typedef struct izoom izoom;
+typedef void (*izoom_callback)(void *context, int line);
+izoom *izoom_new(void) ;
+int izoom_kill(izoom *record) ;
+int izoom_window_set(izoom *record, int left, int top, int width, int height) ;
+int izoom_start(izoom *record, int nComponents, int srcLines, int srcWidth, int dstLines, int dstWidth, izoom_callback callback, void *context, int inStep, int outStep) ;
+int izoom_line(izoom *record, const unsigned short *line, unsigned short **out) ;
+int izoom_line_b(izoom *record, const unsigned char *line, unsigned char **out) ;
+enum { IZAT_AREA = 0, IZAT_TRIANGLE = 1, IZAT_CATMULL_ROM = 2, IZAT_MITCHELL = 3, IZAT_LANCZOS3 = 4 };
+typedef struct izat izat;
+typedef void (*izat_callback)(void *context, int line);
+izat *izat_new(int kernel) ;
+int izat_kill(izat *record) ;
+int izat_window_set(izat *record, double left, double top, double width, double height) ;
+int izat_strip_set(izat *record, int first, int lines) ;
+int izat_start(izat *record, int nComponents, int srcLines, int srcWidth, int dstLines, int dstWidth, izat_callback callback, void *context, int inStep, int outStep) ;
+int izat_line(izat *record, const unsigned short *line, unsigned short **out) ;
+int izat_line_b(izat *record, const unsigned char *line, unsigned char **out) ;
 
 /* list.h */
 typedef struct list_rec list_rec;
@@ -233,6 +279,7 @@ int proj_on_line_segm_par(const double seg[6], const double q[3], const double d
 int proj_on_triangle(const double tri[9], const double q[3], ProjResult *r, double *dist) ;
 int proj_on_triangle_par(const double tri[9], const double q[3], const double dir[3], ProjResult *r, double *dist) ;
 int proj_on_triangle_parline(const double tri[9], const double q[3], const double dir[3], ProjResult *r, double *dist) ;
+int proj_nearest_triangle(const double tri[9], const double q[3], ProjResult *r, double *dist) ;
 int proj_on_triangle_edge(const double tri[9], const double q[3], int edge, ProjResult *r, double *dist) ;
 int proj_on_triangle_bound(const double tri[9], const double q[3], ProjResult *r, double *dist) ;
 int proj_on_triangle_bound_par(const double tri[9], const double q[3], const double dir[3], ProjResult *r, double *dist) ;
@@ -288,6 +335,7 @@ double plane_get_distance_from_point(const tetra_point *p, const tetra_point *p0
 double line_get_distance_from_point(const tetra_point *p, const tetra_point *s, const tetra_point *e) ;
 double triangle_get_area(const tetra_point *p0, const tetra_point *p1, const tetra_point *p2) ;
 double tetra_get_volume(const tetra_rec *t) ;
+double tetra_get_true_volume(const tetra_rec *t) ;
 int tetra_get_pointnr(const tetra_rec *t, int vertex) ;
 int triangle_intersect_linesegment(const tetra_point *p0, const tetra_point *p1, const tetra_point *p2, const double a[3], const double b[3], double x[3]) ;
 int triangle_intersect_linesegment2(const tetra_plane *plane, const double a[3], const double b[3], double x[3]) ;
@@ -300,6 +348,27 @@ int tetra_volume_line_intersect2(const tetra_volume *v, const double a[3], const
 int tetra_volume_line_hasintersects(const tetra_volume *v, const double a[3], const double b[3]) ;
 int tetra_volume_get_border_points(const tetra_volume *v, int *count, list_rec **points) ;
 double tetra_volume_get_volume(const tetra_volume *v) ;
+double tetra_volume_get_true_volume(const tetra_volume *v) ;
+int tetra_volume_nearest(const tetra_volume *v, const double q[3], double nearest[3], double *dist, int *plane, double weights[3]) ;
+
+/* top_surface.h */
+typedef struct top_surface top_surface;
+typedef int (*top_surface_device)(void *user, const double *device, double *colour);
+top_surface *top_surface_new(int colorants, const double *const *levels, const int *counts, int vertical, top_surface_device device, void *user, int steps) ;
+top_surface *top_surface_kill(top_surface *top) ;
+int top_surface_get_nr_parts(top_surface *top) ;
+int top_surface_get_part(top_surface *top, int part, double *device) ;
+int top_surface_next_triangle(top_surface *top, int first, double corners[9], double coords[9]) ;
+int top_surface_normalise(top_surface *top, const double *colours, double *norm, double *penalty, int count, int smaller) ;
+int top_surface_colour(top_surface *top, const double *norm, double *colours, int count, int smaller) ;
+int top_surface_edge(top_surface *top, double phi, double *tetamax, double *vt) ;
+
+/* whole_image.h */
+typedef struct whole_image { void *pixels; int width, height, components; int depth; int64_t line, pixel, component; } whole_image;
+typedef struct whole_image_sharpening { int radius; const double *strength; const double *noise; int points; const double *levels; const double *factors; } whole_image_sharpening;
+int whole_image_resize(int kernel, const whole_image *source, const whole_image *target, const double *window, int first, int lines) ;
+int whole_image_sharpen(const whole_image_sharpening *how, const whole_image *source, const whole_image *target, int first, int lines) ;
+int whole_image_flood(const whole_image *source, int x, int y, int tolerance, unsigned char *region) ;
 
 /* zuk.h */
 typedef struct zuk_db zuk_db;

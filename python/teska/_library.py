@@ -53,7 +53,7 @@ class TeskaFileError(TeskaError, OSError):
     def __init__(self, text: str, filename: str | None = None, errno: int | None = None) -> None:
         super().__init__(text)
         self.filename = filename
-        self.errno = errno
+        self.errno = errno  # type: ignore[assignment]
 
     def __reduce__(self) -> tuple[Any, ...]:
         return type(self), (self.text, self.filename, self.errno)

@@ -405,14 +405,14 @@ class ByteTable(Table):
         return self._convert(pixels, out, axis, mask, threads)
 
     def _without_curves(self: Self) -> Self:
-        other = cast(Self, type(self).__new__(type(self)))
+        other = type(self).__new__(type(self))
         other._begin(self._sizes)
         np.copyto(other._view(), self._view())
         return other
 
     def _expanded(self: Self, points: int) -> Self:
-        other = cast(Self, type(self).__new__(type(self)))
-        plain = self._without_curves()
+        other = type(self).__new__(type(self))
+        plain = cast(ByteTable, self)._without_curves()
         other._begin((self.inputs, self.outputs, points))
         other._record = made(lib.md_tetrab_expand, lib.md_tetrab_kill, plain._open(), points)
         return other
@@ -581,7 +581,7 @@ class ShortTable(ByteTable):
         """
         if (self.inputs, self.outputs) != (3, 3) or any(c is not None for c in self._in_curves + self._out_curves):
             raise ValueError(f'{self._label}.to_lut3d: a table of 3 inputs and 3 outputs without curves wanted')
-        return Lut3d(self._view() / 65535.0, np.array([[0.0, 0, 0], [1, 1, 1]]))
+        return Lut3d(np.asarray(self._view(), np.float64) / 65535.0, np.array([[0.0, 0, 0], [1, 1, 1]]))
 
 
 class Lut3d:
