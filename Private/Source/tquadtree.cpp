@@ -15,6 +15,7 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 using teska::quad::place;
 
@@ -41,19 +42,14 @@ bool is_point(const TQuadBox &box) { return box.x0 == box.x1 && box.y0 == box.y1
 
 bool legal(place from, double reach) { return !std::isnan(from.x) && !std::isnan(from.y) && reach >= 0.0; }
 
-// Visits what a shape meets, points first, and counts the visits.
+// Visits what a shape meets, points first. Returns how often.
 template <class Shape>
-int visit_met(const tQuadStore *store, const Shape &shape, TQuadVisit visit, void *context)
+int visit_both(const tQuadStore *store, const Shape &shape, TQuadVisit visit, void *context)
 {
-    int visits = 0;
-    const auto next = [&](const TQuadBox &box, void *item, double distance) {
-        const TQuadHit hit{.item = item, .box = box, .distance = distance};
-        ++visits;
-        return visit(&hit, context) == 0;
-    };
-    if (store != nullptr && each_met(store->points, shape, next))
-        each_met(store->boxes, shape, next);
-    return visits;
+    teska::quad::visitor caller{.visit = visit, .context = context, .visits = 0};
+    if (store != nullptr && visit_met(store->points, shape, caller))
+        visit_met(store->boxes, shape, caller);
+    return caller.visits;
 }
 
 }  // namespace
@@ -131,7 +127,7 @@ int TQuadTree::InBox(TQuadBox const &box, TQuadVisit visit, void *context) const
 {
     if (!(box.x0 <= box.x1 && box.y0 <= box.y1))
         return 0;
-    return visit_met(store, teska::quad::window{box}, visit, context);
+    return visit_both(store, teska::quad::window{box}, visit, context);
 }
 
 int TQuadTree::InCircle(double x, double y, double radius, TQuadVisit visit, void *context) const
@@ -139,10 +135,11 @@ int TQuadTree::InCircle(double x, double y, double radius, TQuadVisit visit, voi
     const place from{x, y};
     if (!legal(from, radius))
         return 0;
-    return visit_met(store, teska::quad::disc{from, teska::quad::largest_square(radius)}, visit, context);
+    return visit_both(store, teska::quad::disc{from, teska::quad::largest_square(radius)}, visit, context);
 }
 
 int TQuadTree::Walk(TQuadVisit visit, void *context) const
 {
-    return visit_met(store, teska::quad::everything{}, visit, context);
+    constexpr double endless = std::numeric_limits<double>::infinity();
+    return visit_both(store, teska::quad::window{{-endless, -endless, endless, endless}}, visit, context);
 }

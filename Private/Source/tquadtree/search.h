@@ -21,15 +21,6 @@ constexpr int max_pending = 3 * max_levels + 1;
 
 // A shape says of four boxes which ones it shares a point with, the first in bit 0. Of those with a place in common it
 // must miss none that lies in one it meets.
-struct everything {
-    template <int coordinates>
-    unsigned meets(const four_shapes<coordinates> & /*boxes*/) const noexcept
-    {
-        return 15;
-    }
-    double distance(const TQuadBox & /*box*/) const noexcept { return 0.0; }
-};
-
 struct window {
     TQuadBox box;
 
@@ -88,9 +79,37 @@ struct disc {
     double distance(const TQuadBox &box) const noexcept { return std::sqrt(square_distance(box, centre)); }
 };
 
-// Calls visit(box, item, distance) for each entry that the shape meets until it returns false, and returns that.
-template <int coordinates, class Shape, class Visit>
-bool each_met(const tree<coordinates> &of, const Shape &shape, Visit visit)
+// The caller's function, and how often it was called.
+struct visitor {
+    TQuadVisit visit;
+    void *context;
+    int visits;
+
+    // False when the caller has seen enough.
+    bool see(const TQuadBox &box, void *item, double distance)
+    {
+        const TQuadHit hit{.item = item, .box = box, .distance = distance};
+        ++visits;
+        return visit(&hit, context) == 0;
+    }
+};
+
+template <int coordinates, class Shape>
+bool visit_entries(const block_of_four<coordinates> &b, int held, const Shape &shape, visitor &caller)
+{
+    const unsigned met = shape.meets(b.shapes);
+    for (int i = 0; i < held; ++i)
+        if ((met >> i & 1) != 0) {
+            const TQuadBox box = b.shapes.box(i);
+            if (!caller.see(box, b.entries[i].item, shape.distance(box)))
+                return false;
+        }
+    return true;
+}
+
+// Visits each entry that the shape meets. False when the caller has seen enough.
+template <int coordinates, class Shape>
+bool visit_met(const tree<coordinates> &of, const Shape &shape, visitor &caller)
 {
     if (!of.made())
         return true;
@@ -105,17 +124,9 @@ bool each_met(const tree<coordinates> &of, const Shape &shape, Visit visit)
                     pending[count++] = of.first_child(node) + i;
             continue;
         }
-        const bool on = of.each_block(node, [&](const block_of_four<coordinates> &b, int held) {
-            const unsigned met = shape.meets(b.shapes);
-            for (int i = 0; i < held; ++i)
-                if ((met >> i & 1) != 0) {
-                    const TQuadBox box = b.shapes.box(i);
-                    if (!visit(box, b.entries[i].item, shape.distance(box)))
-                        return false;
-                }
-            return true;
-        });
-        if (!on)
+        const bool more = of.each_block(
+            node, [&](const block_of_four<coordinates> &b, int held) { return visit_entries(b, held, shape, caller); });
+        if (!more)
             return false;
     }
     return true;
