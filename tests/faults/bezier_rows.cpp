@@ -2,6 +2,7 @@
 #include "bezierd_split.h"
 #include "bezierd_vector.h"
 #include "faults/sweep.h"
+#include "p_bezierd_base.h"
 
 #include <cstdlib>
 #include <memory>
@@ -88,9 +89,19 @@ SweepRow row(const char *name, bool (*call)(const Curve &b), SweepReports once)
     return changing<Curve>(name, with_records<available>, call, free_records, std::move(once));
 }
 
+// Its segments become records of the pool only when they are asked for.
+const std::shared_ptr<poly_bezier> chain = [] {
+    const double end = 1;
+    const std::shared_ptr<poly_bezier> line(poly_bezier_new(0, 0), poly_bezier_kill);
+    poly_bezier_add(line.get(), 1, &end, &end);
+    return line;
+}();
+
 const lines no_division{no_halves, no_segment};
 const SweepRows rows({
     row<0>("bezier_new", [](const Curve &) { return made(bezier_new(3, 0, 0, 1, 1), bezier_kill); }, {{no_segment}}),
+    row<0>("poly_bezier_get_bezier",
+           [](const Curve &) { return made(poly_bezier_get_bezier(chain.get(), 0), bezier_kill); }, {{no_segment}}),
     row<0>("bezier_subdivide, first half", divides, {no_division}),
     row<1>("bezier_subdivide, second half", divides, {no_division}),
     row<0>("bezier_cpoly_det", passes_through, {{"bezier_cpoly_det: malloc failure"}}),
