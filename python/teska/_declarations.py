@@ -1,4 +1,4 @@
-MD5 = '621dc399f674b9228286c3e468d9f81e'
+MD5 = 'dc8e701bd9768d6f5441d4bae73bbc8c'
 """The C declarations of the library, written by tools/python_declarations.py from these headers."""
 
 HEADERS = (

@@ -23,54 +23,14 @@ def _rebuild(cls: Any, points: bytes, order: str, options: dict[str, Any]) -> An
     return cls(np.frombuffer(points, dtype).astype(float).reshape(-1, 3), **options)
 
 
-def nearest_on_triangles(points: Floats, corners: Floats) -> tuple[Floats, Floats]:
-    """For each point (n, 3) the nearest point of triangles (f, 3, 3) and its distance. Of equal ones the first counts.
-
-    Source: C. Ericson, Real-Time Collision Detection, Morgan Kaufmann 2005, section 5.1.5.
-    """
-    found = np.empty_like(points)
-    distance = np.empty(len(points))
-    chunk = max(1, 200_000 // max(1, len(corners)))
-    a, b, c = (corners[None, :, k] for k in range(3))
-    ab, ac, bc = b - a, c - a, c - b
-
-    def dot(u: Floats, v: Floats) -> Floats:
-        return np.einsum('...k,...k', u, v)  # type: ignore[no-any-return]
-
-    with np.errstate(divide='ignore', invalid='ignore'):
-        for begin in range(0, len(points), chunk):
-            p = points[begin:begin + chunk, None]
-            d1, d2 = dot(ab, p - a), dot(ac, p - a)
-            d3, d4 = dot(ab, p - b), dot(ac, p - b)
-            d5, d6 = dot(ab, p - c), dot(ac, p - c)
-            va, vb, vc = d3 * d6 - d5 * d4, d5 * d2 - d1 * d6, d1 * d4 - d3 * d2
-            total = va + vb + vc
-            x = a + ab * (vb / total)[..., None] + ac * (vc / total)[..., None]
-            for edge, start, along, t in (((vc <= 0) & (d1 >= 0) & (d3 <= 0), a, ab, d1 / (d1 - d3)),
-                                          ((vb <= 0) & (d2 >= 0) & (d6 <= 0), a, ac, d2 / (d2 - d6)),
-                                          ((va <= 0) & (d4 - d3 >= 0) & (d5 - d6 >= 0), b, bc,
-                                           (d4 - d3) / ((d4 - d3) + (d5 - d6)))):
-                x = np.where(edge[..., None], start + along * t[..., None], x)
-            for corner, place in (((d1 <= 0) & (d2 <= 0), a), ((d3 >= 0) & (d4 <= d3), b), ((d6 >= 0) & (d5 <= d6), c)):
-                x = np.where(corner[..., None], place, x)
-            squares = dot(p - x, p - x)
-            squares = np.where(np.isnan(squares), np.inf, squares)
-            best = squares.argmin(axis=1)
-            rows = np.arange(len(best))
-            found[begin:begin + chunk] = x[rows, best]
-            distance[begin:begin + chunk] = np.sqrt(squares[rows, best])
-    return found, distance
-
-
 class _Body:
     """What bodies made of points have in common."""
 
-    __slots__ = ('_record', '_points', '_corners', '_options', '__dict__', '__weakref__')
+    __slots__ = ('_record', '_points', '_options', '__dict__', '__weakref__')
     __hash__ = None  # type: ignore[assignment]
 
     _record: Any
     _points: Floats
-    _corners: Floats  # of the boundary's triangles, (f, 3, 3)
     _options: dict[str, Any]
 
     @staticmethod
@@ -108,19 +68,21 @@ class _Body:
         flags = [self._inside(record, base + 3 * k) for k in range(points.size // 3)]
         return np.array(flags, np.bool_).reshape(points.shape[:-1])
 
+    def _nearest(self, record: Any, point: Any, found: Any, distance: Any) -> int:
+        raise NotImplementedError
+
     def nearest(self, p: ArrayLike) -> tuple[Floats, Floats]:
         """The nearest points of the body, and how far they are: (3,) or (n, 3) gives arrays of that shape and of
         shape () or (n,). A point inside is its own nearest, at 0. NaN gives NaN."""
-        self._open()
+        record = self._open()
         points = _arrays.points(f'{type(self).__name__}.nearest', p, 3)
-        flat = points.reshape(-1, 3)
-        inside = self.contains(flat)
-        found, distance = nearest_on_triangles(flat, self._corners)
-        found = np.where(inside[:, None], flat, found)
-        distance = np.where(inside, 0.0, distance)
-        bad = ~np.isfinite(flat).all(axis=1)
-        found[bad], distance[bad] = np.nan, np.nan
-        return found.reshape(points.shape), distance.reshape(points.shape[:-1])
+        found, distance = points.copy(), np.zeros(points.shape[:-1])
+        base, to, far = (_arrays.doubles(array) for array in (points, found, distance))
+        for k in range(points.size // 3):
+            if not self._inside(record, base + 3 * k) and self._nearest(record, base + 3 * k, to + 3 * k, far + k) != 0:
+                found.reshape(-1, 3)[k] = np.nan
+                distance.reshape(-1)[k] = np.nan
+        return found, distance
 
     @property
     def points(self) -> Floats:
@@ -179,7 +141,6 @@ class Hull(_Body):
             why = error(lines, 'Hull: failed')
             raise why if isinstance(why, TeskaMemoryError) else TeskaError('Hull: the points span no volume')
         self._vertices, self._faces = self._surface(record)
-        self._corners = self._vertices[self._faces]
         self._record = record
 
     @staticmethod
@@ -227,6 +188,9 @@ class Hull(_Body):
     def _inside(self, record: Any, point: Any) -> int:
         return int(lib.convex_hull_inside(record, point))
 
+    def _nearest(self, record: Any, point: Any, found: Any, distance: Any) -> int:
+        return int(lib.convex_hull_nearest(record, point, found, distance, NULL, NULL))
+
     def __array__(self, dtype: Any = None) -> NDArray[Any]:
         return self._vertices if dtype is None else self._vertices.astype(dtype)
 
@@ -254,7 +218,7 @@ class Volume(_Body):
         True
     """
 
-    __slots__ = ('_tetrahedra',)
+    __slots__ = ('_tetrahedra', '_triangles')
 
     def __init__(self, points: ArrayLike) -> None:
         self._record = None
@@ -274,7 +238,7 @@ class Volume(_Body):
         if record.nr_tetras == 0:
             raise TeskaError('Volume: the points span no volume')
         self._tetrahedra = self._cells(record)
-        self._corners = self._boundary(record)
+        self._triangles = self._boundary(record)
         self._record = record
 
     @staticmethod
@@ -302,13 +266,12 @@ class Volume(_Body):
     @property
     def triangles(self) -> Floats:
         """The corners of the boundary, (f, 3, 3), counterclockwise seen from outside."""
-        return self._corners
+        return self._triangles
 
     @property
     def volume(self) -> float:
         """What the tetrahedra enclose together, in cubic units of the points."""
-        a, b, c, d = np.moveaxis(self._tetrahedra, 1, 0)
-        return float(np.abs(np.einsum('ij,ij->i', np.cross(b - a, c - a), d - a)).sum() / 6.0)
+        return float(lib.tetra_volume_get_true_volume(self._open()))
 
     def locate(self, p: ArrayLike) -> tuple[NDArray[np.intp], Floats]:
         """For points (3,) or (n, 3) the first tetrahedron that holds each, -1 for none, and the weights of its four
@@ -336,11 +299,14 @@ class Volume(_Body):
     def _inside(self, record: Any, point: Any) -> int:
         return int(lib.tetra_volume_get_tetra(record, point, NULL) == 0)
 
+    def _nearest(self, record: Any, point: Any, found: Any, distance: Any) -> int:
+        return int(lib.tetra_volume_nearest(record, point, found, distance, NULL, NULL))
+
     def __repr__(self) -> str:
         if self._record is None:
             return 'Volume(closed)'
         return (f'{type(self).__name__}({len(self._points)} points: {len(self._tetrahedra)} tetrahedra, '
-                f'{len(self._corners)} faces, volume {self.volume:.1f})')
+                f'{len(self._triangles)} faces, volume {self.volume:.1f})')
 
 
 class TopSurface:

@@ -47,7 +47,8 @@ def table(src: Profile, dst: Profile, intent: str = 'relative', points: int = 33
         black_point: compensate for the black points
 
     Pillow converts 8 bits. Grid points between two bytes are interpolated from both, so that no input is rounded;
-    results have the precision of a byte. CMYK is 255 for full ink, Lab as Pillow's mode LAB.
+    results have the precision of a byte. CMYK is 255 for full ink; Lab in bytes is 255 for L* = 100,
+    and a* and b* with 128 added.
 
     Example:
         >>> t = table('sRGB', 'sRGB', points=18)
@@ -81,8 +82,13 @@ def _converted(images: Any, cms: Any, transform: Any, mode: str, steps: Array, i
     axes = np.meshgrid(*[steps] * inputs, indexing='ij')
     pixels = np.stack([axis.ravel() for axis in axes], axis=-1)
     rows = len(steps)
-    array = np.ascontiguousarray(pixels.reshape(rows, -1, inputs))
+    array = _turned(np.ascontiguousarray(pixels.reshape(rows, -1, inputs)), mode)
     image = images.frombuffer(mode, (array.shape[1], rows), array.tobytes(), 'raw', mode, 0, 1)
     converted = cms.applyTransform(image, transform)
-    values = np.frombuffer(cast(bytes, converted.tobytes()), np.uint8)
-    return values.reshape((rows,) * inputs + (outputs,)).astype(np.float32)
+    values = np.frombuffer(cast(bytes, converted.tobytes()), np.uint8).reshape((rows,) * inputs + (outputs,))
+    return _turned(values, converted.mode).astype(np.float32)
+
+
+def _turned(values: Any, mode: str) -> Any:
+    """Pillow reads and writes a and b of Lab with a sign; here 128 is added to them."""
+    return values ^ np.array([0, 128, 128], np.uint8) if mode == 'LAB' else values

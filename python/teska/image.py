@@ -380,7 +380,7 @@ class Sharpen(_Lines):
         lib.fusm_noise_red_set(record, ffi.new('double[]', _per_channel('Sharpen', 'noise', noise, count)))
         points = _levels('Sharpen', levels, count)
         if len(points):
-            rows = [ffi.new('double[]', list(np.tile(points[:, k], count))) for k in (0, 1)]
+            rows = [ffi.new('double[]', list(np.repeat(points[:, k], count))) for k in (0, 1)]
             done, lines = collected(lib.fusm_level_red_set, record, len(points), *rows)
             if not done:
                 raise error(lines, 'Sharpen: no levels')

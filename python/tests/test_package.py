@@ -1,0 +1,106 @@
+"""The package as a whole: declarations, loading, doctests, types."""
+
+import doctest
+import importlib
+import inspect
+import os
+import pkgutil
+import re
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+import numpy as np
+import pytest
+
+import teska
+from teska import _declarations, _library
+
+ROOT = Path(__file__).resolve().parents[2]
+MODULES = sorted(module.name for module in pkgutil.iter_modules(teska.__path__))
+
+
+def python(code, **environment):
+    """Runs code in a new Python; the result has its output."""
+    variables = {**os.environ, 'PYTHONPATH': str(ROOT / 'python'), **environment}
+    return subprocess.run([sys.executable, '-c', code], capture_output=True, text=True, env=variables, timeout=60)
+
+
+@pytest.mark.skipif(not (ROOT / 'include').is_dir(), reason='not in a checkout')
+def test_declarations_are_those_of_the_headers():
+    headers = [next(path for path in (ROOT / 'include' / name, ROOT / 'companions' / Path(name).stem / name)
+                    if path.is_file()) for name in _declarations.HEADERS]
+    check = subprocess.run([sys.executable, ROOT / 'tools' / 'python_declarations.py', '--check',
+                            ROOT / 'python' / 'teska' / '_declarations.py', *headers], capture_output=True, text=True)
+    assert check.returncode == 0, check.stdout + check.stderr
+
+
+def test_the_version_is_that_of_the_headers():
+    declared = [re.search(rf'#define TESKA_VERSION_{part} (\d+)', _declarations.TEXT).group(1)
+                for part in ('MAJOR', 'MINOR', 'PATCH')]
+    assert '.'.join(declared) == teska.__version__ and int(declared[0]) == _library.WANTED
+
+
+def test_every_function_that_is_declared_is_in_the_library():
+    _library.lib.declare_all()
+    names = re.findall(r'^[\w *]+?\b(\w+)\([^;]*;$', re.sub(r'^typedef.*$', '', _declarations.TEXT, flags=re.M), re.M)
+    assert len(names) > 150
+    missing = [name for name in names if not hasattr(_library.lib, name)]
+    assert missing == []
+
+
+def test_a_library_that_is_not_there_or_not_the_right_one():
+    failed = python('import teska', TESKA_LIBRARY='/no/lib.so')
+    assert 'ImportError: teska: the library was not found; tried /no/lib.so (' in failed.stderr
+    class Functions:
+        teska_version = staticmethod(lambda: _library.ffi.from_buffer(b'2.0.1\0'))
+    with pytest.raises(ImportError, match=r'^teska: library 2.0 found, 1.x wanted \(/usr/lib/x.so\)$'):
+        _library.lib._check_version(Functions, '/usr/lib/x.so')
+
+
+def test_an_import_needs_numpy_and_cffi_only_and_little_time():
+    run = python("import sys, teska; print(*[m for m in ('PIL', 'matplotlib', 'dask', 'xarray') if m in sys.modules])")
+    assert run.stdout.strip() == '' and run.returncode == 0
+    times = []
+    for _ in range(3):
+        begin = time.perf_counter()
+        python('import teska')
+        times.append(time.perf_counter() - begin)
+    bare = time.perf_counter()
+    python('pass')
+    bare = time.perf_counter() - bare
+    assert min(times) - bare < 0.6  # 0.2 s on an idle machine
+
+
+@pytest.mark.parametrize('name', ['__init__', *MODULES])
+def test_examples_of_docstrings(name):
+    module = teska if name == '__init__' else importlib.import_module(f'teska.{name}')
+    for needed in {'plot': ['matplotlib'], 'icc': ['PIL'], 'distributed': ['dask']}.get(name, []):
+        pytest.importorskip(needed)
+    result = doctest.testmod(module, extraglobs={'np': np})
+    assert result.failed == 0
+    examples = doctest.DocTestFinder().find(module)
+    prompts = [example for test in examples for example in test.examples]
+    assert name.startswith('_') or not prompts or prompts[-1].want
+
+
+def test_public_names_have_docstrings_and_types_without_any():
+    for name in teska.__all__:
+        value = getattr(teska, name)
+        assert inspect.getdoc(value), name
+        members = [value] if inspect.isfunction(value) else [
+            member for key, member in vars(value).items() if not key.startswith('_') or key == '__init__']
+        for member in members:
+            function = member.fget if isinstance(member, property) else getattr(member, '__func__', member)
+            if inspect.isfunction(function):
+                assert function.__name__ == '__init__' or inspect.getdoc(function), (name, function.__name__)
+                for hint in function.__annotations__.values():
+                    assert not re.search(r'(?<!\[)\bAny\b', str(hint)), (name, function.__name__, hint)
+
+
+def test_types_are_those_of_mypy_strict():
+    pytest.importorskip('mypy')
+    run = subprocess.run([sys.executable, '-m', 'mypy', '--no-incremental', '--config-file',
+                          ROOT / 'python' / 'pyproject.toml'], cwd=ROOT / 'python', capture_output=True, text=True)
+    assert run.returncode == 0, run.stdout
