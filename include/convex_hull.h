@@ -8,6 +8,8 @@
  *             for (k = 0; k < 3; ++k)
  *                 convex_hull_get_vertex(gamut, corner[k], lab[k], &patch[k]);
  *         }
+ *     if (!convex_hull_inside(gamut, colour))
+ *         convex_hull_nearest(gamut, colour, printable, &dist, NULL, NULL);
  *     convex_hull_kill(gamut);
  *
  * The C face of the class TConvexHull (tconvexhull.h): the same points give the same hull.
@@ -97,6 +99,25 @@ TESKA_API int convex_hull_construct(convex_hull *hull) TESKA_NOTHROW;
  * constant, and at once for most points inside.
  */
 TESKA_API int convex_hull_inside(const convex_hull *hull, const double point[3]) TESKA_NOTHROW;
+
+/* convex_hull_nearest - the nearest point of the surface, from inside and from outside alike.
+ *
+ * The point that proj_nearest_triangle finds on the nearest face. Among faces whose distances differ by rounding alone
+ * any one may answer, the same everywhere; of equal ones the lowest. For a point outside it is the nearest one of the
+ * whole hull.
+ *
+ * q        a finite point
+ * nearest  the point; may be null
+ * dist     |nearest - q|, 0 or above; may be null
+ * face     the number of the face; may be null
+ * weights  of the three vertices of the face in their order, 0 .. 1 with the sum 1; may be null
+ * Returns 0, or -1 without a hull, for a point that is not finite, and for one so far away that the square of its
+ * distance overflows; nothing is written then. Results may overlap q.
+ * A search through a tree of boxes, which convex_hull_construct makes: with 450 faces it takes about half a
+ * microsecond, with 10,000 one or two.
+ */
+TESKA_API int convex_hull_nearest(const convex_hull *hull, const double q[3], double nearest[3], double *dist,
+                                  int *face, double weights[3]) TESKA_NOTHROW;
 
 /* convex_hull_get_nr_points - number of points added, which is the number that the next one gets. */
 TESKA_API int convex_hull_get_nr_points(const convex_hull *hull) TESKA_NOTHROW;

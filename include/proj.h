@@ -6,7 +6,8 @@
  *     proj(triangle, 3, query, &r, &dist);                     the same, by the number of vertices
  *
  * Three kinds of projection
- *   ordinary   the nearest point of the figure.
+ *   ordinary   the nearest point of the figure; on triangles proj_on_triangle says where it is another one, and
+ *              proj_nearest_triangle finds it always.
  *   _par       at constant parameter: the planes at right angles to dir are planes of one parameter, such as lightness.
  *              The answer lies in the plane through q and is the nearest there. Where the figure does not reach this
  *              plane, its nearest end or edge is taken by the penalised distance: with h the distance of a point y from
@@ -16,11 +17,12 @@
  * Common rules
  *   A point is three consecutive doubles; a figure is its vertices one after another. A plane is (a, b, c, d), with
  *   a x + b y + c z + d = 0. dir need not have length 1.
- *   p0, p1, p2, pts  points; as planes where a block says so
- *   line, seg        two points: the ends
- *   tri              three points
- *   tet              four points
- *   p, q             the point to be projected
+ *   pts        three points
+ *   p1, p2     planes
+ *   line, seg  two points: the ends
+ *   tri        three points
+ *   tet        four points
+ *   p, q       the point to be projected
  *   point is the projected point, weight its barycentric weights: the sum of weight[i] times vertex i is the point. The
  *   weights of vertices that take no part are 0; those beyond the figure's vertices are not written. spare is neither
  *   read nor written.
@@ -147,8 +149,8 @@ TESKA_API int proj_on_line_segm_par(const double seg[6], const double q[3], cons
  * Returns 0; -1 when an edge is shorter than 1e-20 although the triangle has an area. A triangle without an area, one
  * that proj_det_plane_abcd refuses, is projected on as its longest side, the last of equals.
  * Kept: beyond two edges the first one answers, even where a point of the other were nearer: (11, 1.5, 0) on
- * (0,0,0), (10,0,0), (9,1,0) gives (9, 1, 0) at 2.06, while (9.75, 0.25, 0) is at 1.77. proj_on_triangle_bound finds
- * that one.
+ * (0,0,0), (10,0,0), (9,1,0) gives (9, 1, 0) at 2.06, while (9.75, 0.25, 0) is at 1.77. proj_nearest_triangle
+ * and proj_on_triangle_bound find that one.
  */
 TESKA_API int proj_on_triangle(const double tri[9], const double q[3], ProjResult *r, double *dist) TESKA_NOTHROW;
 
@@ -172,6 +174,18 @@ TESKA_API int proj_on_triangle_par(const double tri[9], const double q[3], const
  */
 TESKA_API int proj_on_triangle_parline(const double tri[9], const double q[3], const double dir[3], ProjResult *r,
                                        double *dist) TESKA_NOTHROW;
+
+/* proj_nearest_triangle - the nearest point of a triangle: the true one, wherever q is.
+ *
+ * Any triangle will do, however flat: one without an area is its longest side, one without a side a point. No tolerance
+ * applies. The distance is the least one up to 1e-14 of the largest coordinate; where q is a vertex it is 0,
+ * and the point is that vertex.
+ *
+ * r     point, and weights of 0 .. 1 with the sum 1
+ * dist  |point - q|
+ * Returns 0.
+ */
+TESKA_API int proj_nearest_triangle(const double tri[9], const double q[3], ProjResult *r, double *dist) TESKA_NOTHROW;
 
 /* proj_on_triangle_edge - the nearest point of one edge of a triangle, 0 .. 2, or with -1 of all three.
  *

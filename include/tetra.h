@@ -203,6 +203,9 @@ TESKA_API double line_get_distance_from_point(const tetra_point *p, const tetra_
 TESKA_API double triangle_get_area(const tetra_point *p0, const tetra_point *p1, const tetra_point *p2) TESKA_NOTHROW;
 TESKA_API double tetra_get_volume(const tetra_rec *t) TESKA_NOTHROW;
 
+/* tetra_get_true_volume - the volume of a tetrahedron, |e1 . (e2 x e3)| / 6 with e_i = p_i - p0; -1.0 for null. */
+TESKA_API double tetra_get_true_volume(const tetra_rec *t) TESKA_NOTHROW;
+
 /* tetra_get_pointnr - the number of corner vertex, 0 .. 3; -1 for null, another corner, a number outside the range of
  * int. */
 TESKA_API int tetra_get_pointnr(const tetra_rec *t, int vertex) TESKA_NOTHROW;
@@ -287,6 +290,34 @@ TESKA_API int tetra_volume_get_border_points(const tetra_volume *v, int *count, 
  * Kept: the sum of a measure that is not the volume; that of two ways to cut one body differs.
  */
 TESKA_API double tetra_volume_get_volume(const tetra_volume *v) TESKA_NOTHROW;
+
+/* tetra_volume_get_true_volume - the sum of tetra_get_true_volume, from the first tetrahedron on; -1.0 for null.
+ *
+ * What the tetrahedra fill: of a hull its volume, up to the slivers at the boundary that tetra_volume_new2 leaves out,
+ * less than 1e-6 / 6 each.
+ */
+TESKA_API double tetra_volume_get_true_volume(const tetra_volume *v) TESKA_NOTHROW;
+
+/* tetra_volume_nearest - the nearest point of the boundary, from inside and from outside alike.
+ *
+ * The point that proj_nearest_triangle finds on the nearest plane. Among planes whose distances differ by rounding
+ * alone any one may answer, the same everywhere; of equal ones the first. Planes with a coordinate that is not finite
+ * are passed over.
+ *
+ * v        made by one of the tetra_volume_new functions
+ * q        a finite point
+ * nearest  the point; may be null
+ * dist     |nearest - q|, 0 or above; may be null
+ * plane    the number of the plane in the list; may be null
+ * weights  of its points 0 .. 2, 0 .. 1 with the sum 1; may be null
+ * Returns 0, or -1 for null, without planes, for a point that is not finite, and for one so far away that the square of
+ * its distance overflows; nothing is written then.
+ * The first call after a change makes a tree of boxes, which stays with the volume: some 170 bytes per plane. Other
+ * threads that call at the same time wait for it. When memory is short the planes are asked one by one, with the same
+ * result. Cost and speed as for convex_hull_nearest.
+ */
+TESKA_API int tetra_volume_nearest(const tetra_volume *v, const double q[3], double nearest[3], double *dist,
+                                   int *plane, double weights[3]) TESKA_NOTHROW;
 
 TESKA_END_C
 #endif

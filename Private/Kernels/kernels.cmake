@@ -39,7 +39,10 @@ set(kernels
     md_tetras_avx2
     md_tetras_avx512
     md_tetras_scalar
-    md_tetras_v128)
+    md_tetras_v128
+    nearest_avx2
+    nearest_scalar
+    nearest_v128)
 
 # ---- The processor ---------------------------------------------------------------------------------------------------
 

@@ -21,6 +21,7 @@
 #include "Kernels/md_tetrab_kernels.h"
 #include "Kernels/md_tetrad_kernels.h"
 #include "Kernels/md_tetras_kernels.h"
+#include "Kernels/nearest_kernels.h"
 
 #include <atomic>
 
@@ -41,6 +42,7 @@ struct kernel_table {
     md_tetras_kernels md_tetras;
     fusm_kernels fusm;
     hull_kernels hull;
+    nearest_kernels nearest;
     fir_kernels fir;
     mat_kernels mat;
     ibilin_kernels ibilin;

@@ -14,6 +14,7 @@
 #include "Source/tconvexhull/store.h"
 #include "Support/memory.h"
 #include "Support/report.h"
+#include "Support/triangle_tree.h"
 #include "Support/vec.h"
 
 #include "tconvexhull.h"
@@ -48,12 +49,18 @@ struct convex_hull {
     heap_block<surface_face> faces;
     int nr_vertices = 0;
     int nr_faces = 0;
+    triangle_tree tree;
     double area = 0.0;
     double volume = 0.0;
 
     convex_hull() noexcept : hull() {}
 
     [[nodiscard]] int points() const noexcept { return hull.count; }
+    [[nodiscard]] triangle_corners corners(int face) const noexcept
+    {
+        const int(&corner)[3] = faces[face].corner;
+        return {{vertices[corner[0]].at, vertices[corner[1]].at, vertices[corner[2]].at}};
+    }
     [[nodiscard]] bool flat() const noexcept { return hull.vertices == nullptr || hull.store->flat; }
     bool add(const vec3 &point) noexcept;
     void forget_surface() noexcept;
@@ -84,6 +91,7 @@ void convex_hull::forget_surface() noexcept
 {
     vertices.reset();
     faces.reset();
+    tree.clear();
     nr_vertices = nr_faces = 0;
     area = volume = 0.0;
 }
@@ -103,7 +111,7 @@ bool convex_hull::copy_surface() noexcept
         vertices[nr_vertices++] = {unit * position(v), v->vnum};
         v = v->next;
     } while (v != hull.vertices);
-    if (!copy_faces())
+    if (!copy_faces() || !tree.build(nr_faces, [this](int face) { return corners(face); }))
         return false;
     measure();
     return true;
@@ -130,10 +138,9 @@ bool convex_hull::copy_faces() noexcept
 void convex_hull::measure() noexcept
 {
     const vec3 &origin = vertices[0].at;
-    for (const surface_face &f : faces.first(nr_faces)) {
-        const vec3 p0 = vertices[f.corner[0]].at - origin;
-        const vec3 p1 = vertices[f.corner[1]].at - origin;
-        const vec3 p2 = vertices[f.corner[2]].at - origin;
+    for (int i = 0; i < nr_faces; ++i) {
+        const triangle_corners face = corners(i);
+        const vec3 p0 = face.at[0] - origin, p1 = face.at[1] - origin, p2 = face.at[2] - origin;
         area += length(cross(p1 - p0, p2 - p0));
         volume += dot(p0, cross(p1, p2));
     }
@@ -226,6 +233,18 @@ int convex_hull_inside(const convex_hull *hull, const double point[3]) TESKA_NOT
         return 0;
     const vec3 scaled = vec3_at(point) / hull->unit;
     return hull->hull.InsideHull(scaled.x, scaled.y, scaled.z);
+}
+
+int convex_hull_nearest(const convex_hull *hull, const double q[3], double nearest[3], double *dist, int *face,
+                        double weights[3]) TESKA_NOTHROW
+{
+    const vec3 query = vec3_at(q);
+    const int number = hull->tree.nearest(query);
+    if (number == triangle_tree::none)
+        return -1;
+    const nearest_answer answer{.point = nearest, .distance = dist, .triangle = face, .weights = weights};
+    answer.write(number, nearest_of_triangle(hull->corners(number), query));
+    return 0;
 }
 
 int convex_hull_get_nr_points(const convex_hull *hull) TESKA_NOTHROW { return hull->points(); }

@@ -230,6 +230,14 @@ double tetra_get_volume(const tetra_rec *t) TESKA_NOTHROW
            plane_get_distance_from_point(&t->p[3], &t->p[0], &t->p[1], &t->p[2]) / 3.0;
 }
 
+double tetra_get_true_volume(const tetra_rec *t) TESKA_NOTHROW
+{
+    if (t == nullptr)
+        return -1.0;
+    const double six_volumes = determinant(position(t->p[0]), position(t->p[1]), position(t->p[2]), position(t->p[3]));
+    return std::fabs(six_volumes) / 6.0;
+}
+
 int tetra_get_pointnr(const tetra_rec *t, int vertex) TESKA_NOTHROW
 {
     if (t == nullptr || vertex < 0 || vertex > 3)

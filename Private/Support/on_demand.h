@@ -1,6 +1,6 @@
 // on_demand - a part of an object that is made when it is first asked for, by whichever of several threads asks first
 //
-// Used by bezierd_base and mat.
+// Used by bezierd_base, mat and tetra.
 
 #ifndef TESKA_SUPPORT_ON_DEMAND_H
 #define TESKA_SUPPORT_ON_DEMAND_H

@@ -198,6 +198,50 @@ const Operation tree("TQuadTree, points and boxes", [](Generator &input) -> Oper
     };
 });
 
+// The surface of a hull and the same triangles as a volume, whose tree is made on demand.
+const Operation nearest_points(
+    "convex_hull_nearest, tetra_volume_nearest and proj_nearest_triangle", [](Generator &input) -> Operation::Run {
+        const std::shared_ptr<convex_hull> hull(convex_hull_new(), convex_hull_kill);
+        const std::shared_ptr<tetra_volume> volume(tetra_volume_new0(), tetra_volume_kill);
+        for (int i = 0; i < 400; ++i) {
+            const double p[3] = {input.between(0, 100), input.between(-60, 60),
+                                 i % 2 == 0 ? 0 : input.between(-60, 60)};
+            convex_hull_add(hull.get(), p);
+        }
+        convex_hull_construct(hull.get());
+        for (int i = 0, corner[3]; convex_hull_get_face(hull.get(), i, corner) == 0; ++i) {
+            double p[3][3];
+            tetra_point at[3];
+            for (int k = 0; k < 3; ++k) {
+                convex_hull_get_vertex(hull.get(), corner[k], p[k], nullptr);
+                at[k] = {p[k][0], p[k][1], p[k][2], 0};
+            }
+            tetra_volume_add_plane(volume.get(), at, at + 1, at + 2);
+        }
+        return [hull, volume](Generator &asked, Digest &digest) {
+            for (int i = 0; i < 1000; ++i) {
+                const double q[3] = {asked.between(-50, 150), asked.between(-90, 90), asked.between(-90, 90)};
+                double point[3] = {}, dist = 0, weights[3] = {}, corners[9];
+                int face = 0;
+                const auto add = [&] {
+                    digest.add(point, sizeof point);
+                    digest.add(&dist, sizeof dist);
+                    digest.add(weights, sizeof weights);
+                    digest.add(&face, sizeof face);
+                };
+                convex_hull_nearest(hull.get(), q, point, &dist, &face, weights);
+                add();
+                tetra_volume_nearest(volume.get(), q, point, &dist, &face, weights);
+                add();
+                for (double &x : corners)
+                    x = i % 2 == 0 ? asked.between(-50, 50) : asked.below(3);
+                ProjResult r{};
+                proj_nearest_triangle(corners, q, &r, &dist);
+                digest.add<double>(&r, sizeof r);
+                digest.add(&dist, sizeof dist);
+            }
+        };
+    });
 // A press of five inks whose shares of the light multiply. Its triangles are what they are to the last bit; angles come
 // from the host's functions, and normalised coordinates count to six digits.
 int five_inks(void *, const double *device, double *colour)

@@ -8,6 +8,7 @@
 #include "tquadtree.h"
 #include "volume_export.h"
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -116,16 +117,6 @@ std::string points_and_faces(const Hull &hull)
            std::to_string(convex_hull_get_volume(hull.get()));
 }
 
-// Whatever fails, the next call makes the whole hull.
-bool construct(const Hull &hull)
-{
-    const bool success = gave(0, convex_hull_construct(hull.get()));
-    EXPECT_EQ(convex_hull_get_nr_points(hull.get()), 27);
-    EXPECT_EQ(convex_hull_get_nr_faces(hull.get()), success ? 12 : 0);
-    EXPECT_EQ(convex_hull_get_volume(hull.get()), success ? 1000 : 0);
-    return success;
-}
-
 const lines nothing, no_list{"list_new : Not enough resources to create list"};
 const lines no_room{"list_insert : Unable to extend list, insufficient resources"};
 const SweepRows rows({
@@ -140,14 +131,11 @@ const SweepRows rows({
     row("tetra_volume_dump_to_file", 1, dump, {nothing}),
     calling("convex_hull_new", [] { return made(convex_hull_new(), convex_hull_kill); },
             {{"convex_hull_new: insufficient memory"}}),
-    changing<Hull>(
-        "convex_hull_add", [] { return Hull(convex_hull_new(), convex_hull_kill); },
-        [](const Hull &hull) { return gave(0, convex_hull_add(hull.get(), eye)); }, points_and_faces,
-        {{"convex_hull_add: insufficient memory"}}),
+    changing<Hull>("convex_hull_add", dice, [](const Hull &hull) { return gave(0, convex_hull_add(hull.get(), eye)); },
+                   points_and_faces, {{"convex_hull_add: insufficient memory"}}),
     changing<Hull>("convex_hull_add_points", dice,
                    [](const Hull &hull) { return gave(0, convex_hull_add_points(hull.get(), eye, 1)); },
                    points_and_faces, {{"convex_hull_add_points: insufficient memory"}}),
-    changing<Hull>("convex_hull_construct", dice, construct, nullptr, {{"convex_hull_construct: insufficient memory"}}),
 });
 
 // Calls check(fire) on fresh hulls while allocations fail in turn; returns how often.
@@ -232,6 +220,55 @@ TEST(TQuadTree, IsUnchangedByAnInsertionWithoutMemory)
             return failed > 0;
         });
         EXPECT_GT(rounds, 30);
+    }
+}
+
+TEST(TetraVolume, FindsTheSamePointWhenMemoryIsShort)
+{
+    const int rounds = each_fault(fault_kind::memory, false, {}, [](const auto &fire) {
+        const Volume v = stack(7);
+        double point[3] = {}, again[3] = {}, dist = 0;
+        int plane = 0;
+        fire();
+        EXPECT_EQ(tetra_volume_nearest(v.get(), above, point, &dist, &plane, nullptr), 0);
+        const bool fired = disarm() > 0;
+        EXPECT_TRUE(plane == 6 && dist == 93) << plane << " at " << dist;
+        EXPECT_EQ(tetra_volume_nearest(v.get(), above, again, nullptr, nullptr, nullptr), 0);
+        EXPECT_TRUE(std::equal(point, point + 3, again));
+        return fired;
+    });
+    EXPECT_GT(rounds, 3);
+}
+
+// Whatever fails, from the first point on: no point is lost, and the next call makes the whole hull.
+TEST(ConvexHull, IsMadeWhenMemoryIsBackAgain)
+{
+    for (const bool sticky : {false, true}) {
+        const int rounds = each_fault(fault_kind::memory, sticky, {}, [&](const auto &fire) {
+            track_memory();
+            auto reports = std::make_unique<Reports>();
+            Hull hull(convex_hull_new(), convex_hull_kill);
+            bool fired = false;
+            fire();
+            for (int i = 0; i < 9; ++i) {
+                const double p[3] = {i < 8 ? i % 2 * 10.0 : 9, i < 8 ? i / 2 % 2 * 10.0 : 9, i < 8 ? i / 4 * 10.0 : 9};
+                while (convex_hull_add(hull.get(), p) != 0)
+                    fired = disarm() > 0;
+            }
+            const int result = convex_hull_construct(hull.get());
+            const int faces = convex_hull_get_nr_faces(hull.get());
+            fired = disarm() > 0 || fired;
+            EXPECT_EQ(faces, result == 0 ? 12 : 0);
+            EXPECT_EQ(reports->take().size(), fired ? 1U : 0U);
+            EXPECT_EQ(convex_hull_construct(hull.get()), 0);
+            EXPECT_EQ(convex_hull_get_volume(hull.get()), 1000);
+            EXPECT_EQ(convex_hull_get_nr_points(hull.get()), 9);
+            hull.reset();
+            reports.reset();
+            EXPECT_EQ(live_blocks(), 0);
+            return fired;
+        });
+        EXPECT_GT(rounds, 50);
     }
 }
 

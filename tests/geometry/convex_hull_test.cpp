@@ -2,12 +2,15 @@
 
 #include "Support/vec.h"
 #include "support/generator.h"
+#include "support/levels.h"
 #include "support/reports.h"
 
+#include "proj.h"
 #include "tconvexhull.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -240,6 +243,62 @@ TEST(ConvexHullGet, RefusesIndicesOutsideItsLists)
     EXPECT_TRUE(p[0] == 7 && number == 7 && corner[0] == 7);
     EXPECT_EQ(convex_hull_get_vertex(hull.get(), 0, nullptr, nullptr), 0);
     EXPECT_EQ(convex_hull_kill(nullptr), nullptr);
+}
+
+// The nearest one of all faces, asked one by one.
+TEST(ConvexHullNearest, IsTheNearestPointOfAllFacesAtEveryLevel)
+{
+    for (const int n : {4, 7, 60, 2000}) {
+        SCOPED_TRACE(n);
+        const Points points = n == 4 ? Points{cube[0], cube[1], cube[2], cube[4]} : cloud(n, n == 7 ? 12 : 100);
+        const Hull hull = hull_of(points);
+        ASSERT_EQ(convex_hull_construct(hull.get()), 0);
+        std::vector<std::array<vec3, 3>> faces;
+        for (int f = 0; f < convex_hull_get_nr_faces(hull.get()); ++f)
+            faces.push_back(corners(hull.get(), f, points));
+        Generator input(3);
+        for (int i = 0; i < 400; ++i) {
+            const double reach = i % 7 == 0 ? 1e6 : 120;
+            double q[3] = {input.between(-reach, reach), input.between(-reach, reach), input.between(-reach, reach)};
+            if (i % 3 == 0) {
+                // On the surface, and on corners.
+                const auto &face = faces[static_cast<std::size_t>(input.below(static_cast<int>(faces.size())))];
+                const double w = i % 2 == 0 ? 0 : input.unit();
+                store(face[0] + w * ((face[1] - face[0]) + input.unit() * (face[2] - face[1])), q);
+            }
+            double least = std::numeric_limits<double>::infinity();
+            for (const auto &face : faces) {
+                ProjResult r;
+                double dist = 0;
+                proj_nearest_triangle(&face[0].x, q, &r, &dist);
+                least = std::min(least, dist);
+            }
+            teska_test::at_every_level([&](auto) {
+                double point[3], dist = -1, weights[3];
+                int face = -1;
+                ASSERT_EQ(convex_hull_nearest(hull.get(), q, point, &dist, &face, weights), 0);
+                ASSERT_EQ(dist, least) << i;
+                ProjResult r;
+                proj_nearest_triangle(&faces.at(static_cast<std::size_t>(face))[0].x, q, &r, &dist);
+                for (int k = 0; k < 3; ++k)
+                    ASSERT_TRUE(point[k] == r.point[k] && weights[k] == r.weight[k] && dist == least) << i;
+            });
+        }
+    }
+}
+
+TEST(ConvexHullNearest, RefusesWhatHasNoNearestPoint)
+{
+    const Hull hull = hull_of(cube, 3.0);
+    const double q[3] = {20, 5, 5}, none[3] = {nan, 0, 0}, beyond[3] = {0, 1e300, 0};
+    double dist = 7;
+    EXPECT_EQ(convex_hull_nearest(hull.get(), q, nullptr, &dist, nullptr, nullptr), -1);
+    convex_hull_construct(hull.get());
+    EXPECT_EQ(convex_hull_nearest(hull.get(), none, nullptr, &dist, nullptr, nullptr), -1);
+    EXPECT_EQ(convex_hull_nearest(hull.get(), beyond, nullptr, &dist, nullptr, nullptr), -1);
+    EXPECT_EQ(dist, 7);
+    EXPECT_EQ(convex_hull_nearest(hull.get(), q, nullptr, &dist, nullptr, nullptr), 0);
+    EXPECT_EQ(dist, 10);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <vector>
@@ -86,6 +87,121 @@ const Values corner{0, 0, 0, 10, 0, 0, 0, 10, 0, 0, 0, 10};
 Row refused(const Values &figure, const Values &dir = {0, 0, 1}, double dist = untouched)
 {
     return {figure, {2, 3, 5}, {}, {}, 0, dir, dist};
+}
+
+// ---- The nearest point of a triangle ----
+
+// Whole coordinates up to 8000: products of four differences are exact.
+struct Grid {
+    std::int64_t x, y, z;
+
+    friend Grid operator-(const Grid &a, const Grid &b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+    friend std::int64_t dot(const Grid &a, const Grid &b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+    friend Grid cross(const Grid &a, const Grid &b)
+    {
+        return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+    }
+};
+
+double as_length(std::int64_t square) { return std::sqrt(static_cast<double>(square)); }
+
+// The least distance, of which only the last steps are rounded.
+double least_distance(const Grid (&t)[3], const Grid &q)
+{
+    double least = std::numeric_limits<double>::infinity();
+    const Grid normal = cross(t[1] - t[0], t[2] - t[0]);
+    bool above = dot(normal, normal) != 0;
+    for (int k = 0; k < 3; ++k) {
+        const Grid side = t[(k + 1) % 3] - t[k], from = q - t[k];
+        above = above && dot(normal, cross(side, from)) >= 0;
+        least = std::min(least, as_length(dot(from, from)));
+        const Grid beside = cross(side, from);
+        if (dot(side, from) > 0 && dot(side, from) < dot(side, side))
+            least = std::min(least, as_length(dot(beside, beside)) / as_length(dot(side, side)));
+    }
+    const auto height = static_cast<double>(dot(normal, q - t[0]));
+    return above ? std::fabs(height) / as_length(dot(normal, normal)) : least;
+}
+
+// Triangles of all kinds: any, nearly and quite flat ones, with a short side, without a side.
+void draw_triangle(teska_test::Generator &input, int kind, Grid (&t)[3])
+{
+    const auto any = [&](int extent) {
+        const auto one = [&] { return std::int64_t{4} * (input.below(2 * extent + 1) - extent); };
+        return Grid{one(), one(), one()};
+    };
+    for (Grid &at : t)
+        at = any(kind == 0 ? 2 : 1000);
+    const Grid step = any(1), whole = any(60);
+    const std::int64_t part = 4 * input.below(5);
+    if (kind == 2)
+        t[2] = t[1] - step;
+    if (kind == 3 || kind == 4) {
+        t[1] = {t[0].x + 16 * whole.x, t[0].y + 16 * whole.y, t[0].z + 16 * whole.z};
+        t[2] = {t[0].x + part * whole.x, t[0].y + part * whole.y, t[0].z + part * whole.z};
+    }
+    if (kind == 3)
+        t[2] = t[2] - step;
+    if (kind == 5)
+        t[2] = t[1] = t[0];
+    std::swap(t[2], t[input.below(3)]);
+}
+
+TEST(ProjNearestTriangle, FindsTheLeastDistanceOnAnyTriangleFromAnywhere)
+{
+    teska_test::Generator input(5);
+    double worst = 0;
+    for (int i = 0; i < 60000; ++i) {
+        Grid t[3];
+        draw_triangle(input, i % 6, t);
+        // Anywhere, on a corner or in the middle of a side, in the midst of the triangle.
+        Grid q{input.below(8001) - 4000, input.below(8001) - 4000, input.below(8001) - 4000};
+        const Grid &a = t[input.below(3)], &b = t[input.below(3)];
+        if (i % 4 > 0)
+            q = {(a.x + b.x) / 2, (a.y + b.y) / 2, (a.z + b.z) / 2};
+        if (i % 4 > 1)
+            q = {(q.x + t[2].x) / 2, (q.y + t[2].y) / 2, (q.z + t[2].z) / 2};
+        if (i % 4 > 2)
+            q = {q.x + input.below(3), q.y - input.below(3), q.z + input.below(3)};
+
+        double corners[9], query[3] = {double(q.x), double(q.y), double(q.z)}, dist = untouched;
+        for (int k = 0; k < 3; ++k) {
+            corners[3 * k] = double(t[k].x);
+            corners[3 * k + 1] = double(t[k].y);
+            corners[3 * k + 2] = double(t[k].z);
+        }
+        ProjResult r{{}, untouched, {untouched, untouched, untouched, untouched}};
+        ASSERT_EQ(proj_nearest_triangle(corners, query, &r, &dist), 0);
+        worst = std::max(worst, std::fabs(dist - least_distance(t, q)));
+        ASSERT_LT(worst, 1e-14 * 4000) << "case " << i;
+        double sum = 0, square = 0;
+        for (int k = 0; k < 3; ++k) {
+            const double *w = r.weight, along[3] = {corners[k], corners[k + 3], corners[k + 6]};
+            ASSERT_TRUE(w[k] >= 0 && w[k] <= 1) << "case " << i;
+            sum += w[k];
+            ASSERT_NEAR(w[0] * along[0] + w[1] * along[1] + w[2] * along[2], r.point[k], 4e-12) << "case " << i;
+            square += (r.point[k] - query[k]) * (r.point[k] - query[k]);
+        }
+        ASSERT_NEAR(sum, 1, 4e-16) << "case " << i;
+        ASSERT_NEAR(std::sqrt(square), dist, 4e-12) << "case " << i;
+        EXPECT_TRUE(r.spare == untouched && r.weight[3] == untouched);
+    }
+}
+
+TEST(ProjNearestTriangle, FindsTheOtherEdgeAndCornersExactly)
+{
+    const Values figure{0, 0, 0, 10, 0, 0, 9, 1, 0};
+    const Values far_out{0.1, 1e9, 3, 7, 1e9 + 0.3, -11, 1e-3, 1e9, 1e-9};
+    expect(plain<proj_nearest_triangle>, {{figure, {11, 1.5, 0}, {9.75, 0.25, 0}, {0, 0.75, 0.25}, 3.125},
+                                          {figure, {9, 0.5, -2}, {9, 0.5, 0}, {0.05, 0.45, 0.5}, 4},
+                                          {{1, 2, 3, 1, 2, 3, 1, 2, 3}, {1, 2, 8}, {1, 2, 3}, {0, 1, 0}, 25}});
+    for (std::size_t k = 0; k < 3; ++k) {
+        const Values vertex(far_out.begin() + 3 * std::ptrdiff_t(k), far_out.begin() + 3 * std::ptrdiff_t(k) + 3);
+        const Outcome found(plain<proj_nearest_triangle>, far_out, vertex, {});
+        EXPECT_EQ(Values(found.r.point, found.r.point + 3), vertex);
+        EXPECT_EQ(found.r.weight[k], 1);
+        EXPECT_EQ(found.dist, 0);
+    }
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 #include "tetra.h"
 
 #include "support/generator.h"
+#include "support/levels.h"
 #include "support/reports.h"
+
+#include "proj.h"
 
 #include <gtest/gtest.h>
 
@@ -340,10 +343,74 @@ TEST(TetraVolume, TakesNull)
                     tetra_volume_point_inside(nullptr, p), tetra_volume_line_hasintersects(nullptr, p, p),
                     plane_intersect_line(nullptr, p, p, p), triangle_point_inside(nullptr, p)}),
               Ints(6, 0));
-    EXPECT_EQ(Numbers({tetra_get_volume(nullptr), tetra_volume_get_volume(nullptr)}), Numbers(2, -1));
+    EXPECT_EQ(Numbers({tetra_get_volume(nullptr), tetra_volume_get_volume(nullptr), tetra_get_true_volume(nullptr),
+                       tetra_volume_get_true_volume(nullptr)}),
+              Numbers(4, -1));
+    EXPECT_EQ(tetra_volume_nearest(nullptr, p, p, nullptr, nullptr, nullptr), -1);
     EXPECT_EQ(n, 7);
     EXPECT_EQ(points, nullptr);
     EXPECT_EQ(tetra_volume_new(nullptr), nullptr);
+}
+
+TEST(TetraVolumeGetTrueVolume, IsThatOfTheHullHoweverItIsCut)
+{
+    const Points cubes[] = {box(10), box(10, {{3, 4, 5, 0}, {7, 7, 1, 0}, {10, 5, 5, 0}}), box(10, box(10, box(5)))};
+    for (const Points &points : cubes) {
+        const Volume v = cut(points);
+        EXPECT_NEAR(tetra_volume_get_true_volume(v.get()), 1000, 1e-9);
+        tetra_rec inverted = *at(v->tetras, 0);
+        EXPECT_EQ(tetra_get_true_volume(&inverted),
+                  std::fabs(sixfold(inverted.p[0], inverted.p[1], inverted.p[2], inverted.p[3])) / 6);
+        std::swap(inverted.p[0], inverted.p[1]);
+        EXPECT_GT(tetra_get_true_volume(&inverted), 0);
+    }
+    EXPECT_EQ(tetra_volume_get_true_volume(stack({1, 2}).get()), 0);
+}
+
+// Any heap of triangles will do: copies, flat ones, ones that are not finite, and another one after the first question.
+TEST(TetraVolumeNearest, IsTheNearestPointOfAllPlanesAtEveryLevel)
+{
+    Generator input(2);
+    const double reach = 50;
+    const auto point = [&] {
+        return tetra_point{input.between(-reach, reach), input.between(-reach, reach), input.between(-reach, reach), 0};
+    };
+    for (int planes = 0; planes < 90; planes += 1 + planes / 12) {
+        const Volume v(tetra_volume_new0(), tetra_volume_kill);
+        for (int i = 0; i <= planes; ++i) {
+            double q[3] = {input.between(-99, 99), input.between(-99, 99), input.between(-99, 99)};
+            // The first one with the least distance.
+            int wanted = -1;
+            double least = 0;
+            ProjResult nearest{};
+            for (int k = 0; k < v->nr_planes; ++k) {
+                const tetra_point *p = at<tetra_plane>(v->planes, k)->p;
+                const double corners[] = {p[0].x, p[0].y, p[0].z, p[1].x, p[1].y, p[1].z, p[2].x, p[2].y, p[2].z};
+                ProjResult r;
+                double dist = 0;
+                proj_nearest_triangle(corners, q, &r, &dist);
+                if (std::isfinite(p[0].x) && (wanted < 0 || dist < least)) {
+                    wanted = k;
+                    least = dist;
+                    nearest = r;
+                }
+            }
+            teska_test::at_every_level([&](auto) {
+                double found[3] = {}, dist = 0, weights[3] = {};
+                int plane = -1;
+                EXPECT_EQ(tetra_volume_nearest(v.get(), q, found, &dist, &plane, weights), wanted < 0 ? -1 : 0);
+                EXPECT_TRUE(plane == wanted && dist == least) << plane << " at " << dist << ", not " << wanted;
+                EXPECT_TRUE(std::equal(found, found + 3, nearest.point));
+                EXPECT_TRUE(std::equal(weights, weights + 3, nearest.weight));
+            });
+            const tetra_point a = point(), b = point(), other = point();
+            const tetra_point c = i % 5 == 1 ? b : other, none = {std::nan(""), 0, 0, 0};
+            if (i % 6 == 3)
+                tetra_volume_add_plane2(v.get(), at<tetra_plane>(v->planes, i / 2));
+            else
+                tetra_volume_add_plane(v.get(), i % 9 == 0 ? &none : &a, &b, &c);
+        }
+    }
 }
 
 TEST(TetraVolumeLineIntersect, DropsCrossingsNearEarlierOnes)

@@ -3,15 +3,21 @@
 // Two lists of pointers to records; the numbers of the record are those of the lists. Everything asked of the boundary
 // goes through one walk, each_crossing: it meets the triangles in a given order and offers each crossing to a
 // collection, which drops those near an earlier one. Walking the other way keeps other representatives.
+//
+// The record that callers see is the beginning of a longer one, which has the tree for nearest points. It is made on
+// demand, since few volumes are asked for them, and a new plane discards it.
 
 #include "Source/tetra/distinct_points.h"
 #include "Source/tetra/tetra_priv.h"
 #include "Support/growing.h"
 #include "Support/memory.h"
+#include "Support/on_demand.h"
+#include "Support/triangle_tree.h"
 
 #include "tetra.h"
 
 #include <algorithm>
+#include <utility>
 
 using namespace teska;
 using namespace teska::tetra;
@@ -21,6 +27,11 @@ namespace
 
 constexpr double far_away = 10000.0;  // x where the ray of a point ends
 constexpr int list_step = 10;
+
+struct full_volume : tetra_volume {
+    mutable on_demand indexed;
+    mutable triangle_tree tree;  // of the planes, in their order
+};
 
 template <class Record>
 Record *record_at(list_rec *list, int index)
@@ -97,6 +108,28 @@ bool collect(const tetra_volume &v, const double a[3], const double b[3], crossi
     return each_crossing(v, a, b, true, [&found](const vec3 &x) { return found.add(x); });
 }
 
+triangle_corners corners(const tetra_volume &v, int plane)
+{
+    const tetra_point(&p)[3] = record_at<tetra_plane>(v.planes, plane)->p;
+    return {{position(p[0]), position(p[1]), position(p[2])}};
+}
+
+// The number of the plane that is nearest to a point; triangle_tree::none when there is none.
+int nearest_plane(const full_volume &v, const vec3 &q)
+{
+    const auto planes = [&v](int i) { return corners(v, i); };
+    if (v.indexed.ensure([&] { return v.tree.build(v.nr_planes, planes); }))
+        return v.tree.nearest(q);
+    return nearest_of_all(v.nr_planes, planes, q);
+}
+
+// Appends a plane to the boundary. Nothing is asked of a volume while it changes.
+int append_plane(tetra_volume *v, heap_record<tetra_plane> plane)
+{
+    static_cast<full_volume *>(v)->indexed.discard();
+    return append(v->planes, v->nr_planes, std::move(plane));
+}
+
 // The corners of the boundary, each once, are appended to a list.
 bool append_corners(const tetra_volume &v, list_rec *list)
 {
@@ -116,7 +149,7 @@ bool append_corners(const tetra_volume &v, list_rec *list)
 
 tetra_volume *tetra_volume_new0(void) TESKA_NOTHROW
 {
-    auto v = make_record<tetra_volume>();
+    auto v = make_record<full_volume>();
     if (!v)
         return nullptr;
     handle<list_rec, list_kill> planes(list_new(list_step, sizeof(tetra_plane *), nullptr));
@@ -135,7 +168,7 @@ int tetra_volume_kill(tetra_volume *v) TESKA_NOTHROW
         return 0;
     kill_all<tetra_plane>(v->planes);
     kill_all<tetra_rec>(v->tetras);
-    kill_record(v);
+    kill_record(static_cast<full_volume *>(v));
     return 0;
 }
 
@@ -146,14 +179,14 @@ int tetra_volume_add_plane(tetra_volume *v, const tetra_point *p0, const tetra_p
 {
     if (v == nullptr)
         return -1;
-    return append(v->planes, v->nr_planes, heap_record<tetra_plane>(plane_new2(p0, p1, p2)));
+    return append_plane(v, heap_record<tetra_plane>(plane_new2(p0, p1, p2)));
 }
 
 int tetra_volume_add_plane2(tetra_volume *v, const tetra_plane *plane) TESKA_NOTHROW
 {
     if (v == nullptr)
         return -1;
-    return append(v->planes, v->nr_planes, heap_record<tetra_plane>(plane_new(plane)));
+    return append_plane(v, heap_record<tetra_plane>(plane_new(plane)));
 }
 
 int tetra_volume_add_tetra(tetra_volume *v, const tetra_point *p0, const tetra_point *p1, const tetra_point *p2,
@@ -259,4 +292,28 @@ double tetra_volume_get_volume(const tetra_volume *v) TESKA_NOTHROW
     for (int i = 0; i < v->nr_tetras; ++i)
         sum += tetra_get_volume(record_at<tetra_rec>(v->tetras, i));
     return sum;
+}
+
+double tetra_volume_get_true_volume(const tetra_volume *v) TESKA_NOTHROW
+{
+    if (v == nullptr)
+        return -1.0;
+    double sum = 0.0;
+    for (int i = 0; i < v->nr_tetras; ++i)
+        sum += tetra_get_true_volume(record_at<tetra_rec>(v->tetras, i));
+    return sum;
+}
+
+int tetra_volume_nearest(const tetra_volume *v, const double q[3], double nearest[3], double *dist, int *plane,
+                         double weights[3]) TESKA_NOTHROW
+{
+    if (v == nullptr)
+        return -1;
+    const vec3 query = vec3_at(q);
+    const int number = nearest_plane(static_cast<const full_volume &>(*v), query);
+    if (number == triangle_tree::none)
+        return -1;
+    const nearest_answer answer{.point = nearest, .distance = dist, .triangle = plane, .weights = weights};
+    answer.write(number, nearest_of_triangle(corners(*v, number), query));
+    return 0;
 }
