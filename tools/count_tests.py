@@ -4,8 +4,9 @@
     count_tests.py <build tree>
 
 CTest's report (ctest.xml) says which entries ran. An entry that is a GoogleTest program counts with each test of the
-report that it was told to write, any other entry counts as one. A GoogleTest program that wrote no report, ran no test,
-died or leaked counts as a failure whatever else it says. The exit code is 1 when anything failed or nothing ran.
+report that it was told to write, and so does a run of pytest; any other entry counts as one. A program that wrote no
+report, ran no test, died or leaked counts as a failure whatever else it says. The exit code is 1 when anything failed or
+nothing ran.
 """
 
 import json
@@ -14,29 +15,30 @@ import sys
 import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
-REPORT_OPTION = "--gtest_output=xml:"
+REPORT_OPTIONS = ("--gtest_output=xml:", "--junitxml=")
 
 
 def reports_of(tree):
-    """The report of each entry that is a GoogleTest program."""
+    """The report of each entry that is a GoogleTest program or a run of pytest."""
     command = ["ctest", "--test-dir", str(tree), "--show-only=json-v1"]
     listing = json.loads(subprocess.run(command, check=True, capture_output=True, text=True).stdout)
     return {
-        entry["name"]: tree / argument.removeprefix(REPORT_OPTION)
+        entry["name"]: tree / argument.removeprefix(option)
         for entry in listing["tests"]
         for argument in entry.get("command", [])
-        if argument.startswith(REPORT_OPTION)
+        for option in REPORT_OPTIONS
+        if argument.startswith(option)
     }
 
 
 def count_program(report):
-    """Passed, failed, skipped of one GoogleTest program."""
+    """Passed, failed, skipped of one GoogleTest program or run of pytest, which says no result of what passed."""
     passed = failed = skipped = 0
     # A message may hold any byte.
     for case in ElementTree.fromstring(report.read_text(errors="replace")).iter("testcase"):
-        if case.find("failure") is not None:
+        if case.find("failure") is not None or case.find("error") is not None:
             failed += 1
-        elif case.get("result") == "completed":
+        elif case.get("result", "completed") == "completed" and case.find("skipped") is None:
             passed += 1
         else:
             skipped += 1
