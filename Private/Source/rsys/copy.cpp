@@ -102,7 +102,10 @@ private:
         }
         if (there_ && target.what == folders::kind::folder)
             return outcome::done;
-        parent_.at = open_folder_of(to_.c_str());
+        path_text above;
+        if (!append_folder(to_.c_str(), above))
+            return outcome::no_memory;
+        parent_.at = folders::open_folder(start, above.c_str(), true);
         if (!folders::is_open(parent_.at) || !folders::identify(parent_.at, holder_))
             return writing_failed();
         return outcome::done;
@@ -143,7 +146,7 @@ private:
         if (there_)
             return fill(folders::open_folder(folders::start(), to_.c_str(), into_link_), false);
         const auto build = [this](const place &beside) { return build_tree(beside); };
-        return put_in_place(to, false, true, build, [this](const place &made) { discard_tree(made); });
+        return put_in_place(to, false, true, build, [](const place &made) { discard_tree(made); });
     }
 
     folders::folder open_source() noexcept
