@@ -194,10 +194,10 @@ std::vector<words> conversion::curves() const
     return {size_of(from_.channels), spread(lightness)};
 }
 
-std::shared_ptr<const colour_table> conversion::build(int points, int threads) const
+std::shared_ptr<const colour_table> conversion::build(int points, int threads, bool with_curves) const
 {
     auto table = std::make_shared<colour_table>(from_.channels, to_.channels, points);
-    const std::vector<words> curve = curves();
+    const std::vector<words> curve = with_curves ? curves() : std::vector<words>(size_of(from_.channels));
     const auto inputs = size_of(from_.channels);
     const auto outputs = size_of(to_.channels);
     // Inputs of the vertices along each axis.

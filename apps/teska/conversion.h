@@ -3,7 +3,7 @@
 //     conversion chain;
 //     chain.add_profiles(engine, from, to, intent, bpc);        or add_link, add_cube
 //     chain.direct(in16, out16, pixels);                        Little CMS for every pixel
-//     const colour_table table = chain.build(33, threads);
+//     const colour_table &table = *chain.build(33, threads, true);
 //     const measured found = measure(chain, points, run);       how far a table is from it
 
 #ifndef TESKA_TOOL_CONVERSION_H
@@ -49,8 +49,9 @@ public:
     // The table, when the only step is one.
     [[nodiscard]] std::shared_ptr<const colour_table> only_table() const;
 
-    // A table with so many points along each input, made by `threads`; the same for every number of them.
-    [[nodiscard]] std::shared_ptr<const colour_table> build(int points, int threads) const;
+    // A table with so many points along each input, made by `threads`; the same for every number of them. With curves
+    // points stand evenly in lightness where the source's own tones do not.
+    [[nodiscard]] std::shared_ptr<const colour_table> build(int points, int threads, bool with_curves) const;
 
     // The numbers of points to try in turn, the largest last.
     [[nodiscard]] std::vector<int> points() const;

@@ -106,8 +106,8 @@ target_steps::target_steps(job &work, colour_engine &engine, const space_options
     for (const std::string &path : said.links) {
         if (is_table_file(path)) {
             kept_table kept = read_ttab(path);
-            const colour_space from = space_of_table(kept.source, kept.table.inputs());
-            const colour_space to = space_of_table(kept.target, kept.table.outputs());
+            const colour_space from = space_of_table(kept.names.source, kept.table.inputs());
+            const colour_space to = space_of_table(kept.names.target, kept.table.outputs());
             links_.emplace_back(true, link_tables_.size());
             link_tables_.push_back({path, std::make_shared<colour_table>(std::move(kept.table)), from, to});
         } else {
@@ -214,12 +214,15 @@ chosen_table table_of(const conversion &chain, std::shared_ptr<const colour_tabl
 }  // namespace
 
 chosen_table choose_table(const conversion &chain, const space_options &said, const std::string &name,
-                          const words &samples, int depth, int threads)
+                          const words &samples, int depth, int threads, kept_curves keeps)
 {
     std::vector<int> points = chain.points();
     if (said.points() > 0)
         points = {said.points()};
-    const std::shared_ptr<const colour_table> only = chain.only_table();
+    std::shared_ptr<const colour_table> only = chain.only_table();
+    if (only && ((keeps != kept_curves::all && only->has_output_curves()) ||
+                 (keeps == kept_curves::none && only->has_curves())))
+        only = nullptr;
     if (said.direct() || (only && said.points() == 0)) {
         chosen_table chosen = table_of(chain, said.direct() ? nullptr : only);
         if (said.checked())
@@ -230,7 +233,7 @@ chosen_table choose_table(const conversion &chain, const space_options &said, co
         if (!is_possible_table(chain.from().channels, chain.to().channels, count))
             throw usage_failure("--tables " + std::to_string(count),
                                 "too many points for " + std::to_string(chain.from().channels) + " channels");
-        chosen_table chosen = table_of(chain, chain.build(count, threads));
+        chosen_table chosen = table_of(chain, chain.build(count, threads, keeps != kept_curves::none));
         if (said.checked())
             measure_all(chain, samples, depth, chosen);
         if (!said.max_error || largest_of(chosen) <= *said.max_error)

@@ -91,8 +91,10 @@ struct chosen_table {
 // name      of the file, for messages
 // samples   pixels of the picture to look at; may be empty
 // depth     of the output
+// keeps     curves of inputs, and of outputs too, that the table may have
+enum class kept_curves { all, inputs, none };
 chosen_table choose_table(const conversion &chain, const space_options &said, const std::string &name,
-                          const words &samples, int depth, int threads);
+                          const words &samples, int depth, int threads, kept_curves keeps = kept_curves::all);
 
 // "check" of the JSON, and the line for people.
 json check_figures(const conversion &chain, const chosen_table &chosen);

@@ -403,9 +403,13 @@ private:
     void read_direct(int plane, std::uint32_t line, std::uint32_t count, unsigned char *out)
     {
         while (count > 0) {
-            const std::uint32_t rows = std::min(count, rows_per_strip_ - line % rows_per_strip_);
+            std::uint32_t rows = std::min(count, rows_per_strip_ - line % rows_per_strip_);
+            const std::uint64_t start = place_of(plane, line);
+            // Strips that follow each other in the file are read together.
+            while (rows < count && place_of(plane, line + rows) == start + std::uint64_t{raw_line_bytes_} * rows)
+                rows += std::min(count - rows, rows_per_strip_);
             const std::size_t size = raw_line_bytes_ * rows;
-            if (file_.read_at(place_of(plane, line), out, size) != size)
+            if (file_.read_at(start, out, size) != size)
                 throw failure(file_.path(), where() + "the file ends early");
             if (bits_ == 16 && TIFFIsByteSwapped(tiff()) != 0)
                 TIFFSwabArrayOfShort(reinterpret_cast<std::uint16_t *>(out), static_cast<tmsize_t>(size / 2));

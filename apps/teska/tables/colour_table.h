@@ -68,14 +68,20 @@ private:
 // Whether a table of so many points is one that teska builds.
 bool is_possible_table(int inputs, int outputs, int points);
 
-struct kept_table {
-    colour_table table;
+// What is kept beside a table.
+struct table_names {
     std::string source;  // ICC signatures of 4 characters
     std::string target;
     std::string description;
 };
 
-void write_ttab(output_file &file, const kept_table &kept);
+struct kept_table {
+    colour_table table;
+    table_names names;
+};
+
+// Curves of outputs are not kept: the table must not have any.
+void write_ttab(output_file &file, const colour_table &table, const table_names &names);
 kept_table read_ttab(const std::string &path);
 
 }  // namespace tool

@@ -294,28 +294,21 @@ colour_table read_cube(job &work, const std::string &path)
     return table;
 }
 
-std::string cube_text(const std::string &title, int points, const evaluator &evaluate)
+std::string cube_text(const std::string &title, const colour_table &table)
 {
     std::string shown;
     for (const char c : printable(title))
         if (c != '"')
             shown += c;
-    std::string text = "TITLE \"" + shown + "\"\nLUT_3D_SIZE " + std::to_string(points) + "\n";
-    const auto sample = [points](int i) {
-        return static_cast<std::uint16_t>((i * 65535 * 2 + (points - 1)) / (2 * (points - 1)));
-    };
-    std::vector<std::uint16_t> in(3 * static_cast<std::size_t>(points));
-    std::vector<std::uint16_t> out(in.size());
-    for (int b = 0; b < points; ++b)
-        for (int g = 0; g < points; ++g) {
-            for (int r = 0; r < points; ++r) {
-                const std::array<std::uint16_t, 3> pixel = {sample(r), sample(g), sample(b)};
-                std::copy(pixel.begin(), pixel.end(), in.begin() + 3 * r);
-            }
-            evaluate(in.data(), out.data(), static_cast<std::size_t>(points));
-            for (std::size_t i = 0; i < out.size(); ++i)
-                text += fixed_text(out[i] / 65535.0, 6) + (i % 3 == 2 ? '\n' : ' ');
-        }
+    std::string text = "TITLE \"" + shown + "\"\nLUT_3D_SIZE " + std::to_string(table.points()) + "\n";
+    const auto side = static_cast<std::size_t>(table.points());
+    const std::uint16_t *vertices = table.vertices();
+    for (std::size_t b = 0; b < side; ++b)
+        for (std::size_t g = 0; g < side; ++g)
+            for (std::size_t r = 0; r < side; ++r)
+                for (std::size_t c = 0; c < 3; ++c)
+                    text +=
+                        fixed_text(vertices[3 * ((r * side + g) * side + b) + c] / 65535.0, 6) + (c == 2 ? '\n' : ' ');
     return text;
 }
 

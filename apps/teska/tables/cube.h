@@ -9,8 +9,6 @@
 
 #include "tables/colour_table.h"
 
-#include <cstdint>
-#include <functional>
 #include <string>
 
 namespace tool
@@ -20,11 +18,8 @@ class job;
 
 colour_table read_cube(job &work, const std::string &path);
 
-// Evaluates RGB pixels of 16 bits.
-using evaluator = std::function<void(const std::uint16_t *in, std::uint16_t *out, std::size_t pixels)>;
-
-// The text of a cube with so many points a side.
-std::string cube_text(const std::string &title, int points, const evaluator &evaluate);
+// The text of a cube with the vertices of a table from RGB to RGB without curves.
+std::string cube_text(const std::string &title, const colour_table &table);
 
 }  // namespace tool
 

@@ -74,22 +74,21 @@ std::string padded(std::string text, std::size_t size, char with)
 
 }  // namespace
 
-void write_ttab(output_file &file, const kept_table &kept)
+void write_ttab(output_file &file, const colour_table &table, const table_names &names)
 {
-    const colour_table &table = kept.table;
     std::string bytes = "TTAB";
     append_number(bytes, version);
     append_number(bytes, static_cast<std::uint32_t>(table.inputs()));
     append_number(bytes, static_cast<std::uint32_t>(table.outputs()));
     append_number(bytes, static_cast<std::uint32_t>(table.points()));
-    bytes += padded(kept.source, 4, ' ') + padded(kept.target, 4, ' ');
+    bytes += padded(names.source, 4, ' ') + padded(names.target, 4, ' ');
     for (int d = 0; d < table.inputs(); ++d) {
         const std::vector<std::uint16_t> &curve = table.curve(d);
         append_number(bytes, curve.empty() ? 0 : 1);
         append_samples(bytes, curve.data(), curve.size());
     }
     append_samples(bytes, table.vertices(), table.samples());
-    bytes += padded(kept.description, description_bytes, '\0');
+    bytes += padded(names.description, description_bytes, '\0');
     bytes += digest_of(bytes, bytes.size());
     file.write(bytes);
 }
@@ -124,9 +123,9 @@ kept_table read_ttab(const std::string &path)
     }
     if (curves.size() != inputs || at + 2 * vertices + description_bytes + digest_bytes != bytes.size())
         throw failure(path, "damaged (its length is not what its header says)");
-    kept_table kept = {colour_table(static_cast<int>(inputs), static_cast<int>(outputs), static_cast<int>(points)),
-                       bytes.substr(20, 4), bytes.substr(24, 4),
-                       bytes.substr(at + 2 * vertices, description_bytes).c_str()};
+    kept_table kept = {
+        colour_table(static_cast<int>(inputs), static_cast<int>(outputs), static_cast<int>(points)),
+        {bytes.substr(20, 4), bytes.substr(24, 4), bytes.substr(at + 2 * vertices, description_bytes).c_str()}};
     for (std::uint32_t d = 0; d < inputs; ++d) {
         if (curves[d] == 0)
             continue;
