@@ -6,6 +6,7 @@
 #ifndef TESKA_SOURCE_P_BEZIERD_BASE_CHAIN_H
 #define TESKA_SOURCE_P_BEZIERD_BASE_CHAIN_H
 
+#include "Support/bits.h"
 #include "Support/growing.h"
 #include "Support/memory.h"
 #include "Support/vec.h"
@@ -13,7 +14,6 @@
 #include "p_bezierd_base.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 
@@ -154,8 +154,8 @@ inline double bernstein_slope(int degree, const double *c, double t) noexcept
 inline double binade(double magnitude) noexcept
 {
     constexpr int bias = 1023, digits = 52, limit = 1000;
-    const int exponent = static_cast<int>(std::bit_cast<std::uint64_t>(magnitude) >> digits) - bias;
-    return std::bit_cast<double>(static_cast<std::uint64_t>(std::clamp(exponent, -limit, limit) + bias) << digits);
+    const int exponent = static_cast<int>(bits_of(magnitude) >> digits) - bias;
+    return double_of(static_cast<std::uint64_t>(std::clamp(exponent, -limit, limit) + bias) << digits);
 }
 
 // The length of any finite vector, without overflow on the way.

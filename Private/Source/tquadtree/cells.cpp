@@ -2,6 +2,8 @@
 
 #include "cells.h"
 
+#include "Support/bits.h"
+
 #include <algorithm>
 #include <bit>
 #include <climits>
@@ -24,8 +26,8 @@ int level_of_positive(double a, double b) noexcept
 {
     constexpr int fraction_bits = 52;
     constexpr int bias = 1023;
-    const auto a_bits = std::bit_cast<std::uint64_t>(a + 0.0);  // of -0.0 that of 0.0
-    const auto b_bits = std::bit_cast<std::uint64_t>(b);
+    const auto a_bits = bits_of(a + 0.0);  // of -0.0 that of 0.0
+    const auto b_bits = bits_of(b);
     const int b_exponent = std::max(static_cast<int>(b_bits >> fraction_bits), 1);  // that of denormals is 1
     const std::uint64_t differing = a_bits ^ b_bits;
     const int highest = std::min(63 - std::countl_zero(differing), fraction_bits);
