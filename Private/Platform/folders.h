@@ -81,6 +81,8 @@ unsigned long process_number() noexcept;
 
 // follow: the last part may be a link.
 folder open_folder(const folder &parent, const char *name, bool follow) noexcept;
+// To name things in: the right to read it is not needed, and it cannot be read or flushed.
+folder enter_folder(const folder &parent, const char *name) noexcept;
 // The folder above, not of one that was reached through a link.
 folder open_parent(const folder &at) noexcept;
 void close_folder(folder &at) noexcept;  // keeps errno

@@ -163,6 +163,12 @@ int disarm()
 
 void record_files(std::vector<file_step> *steps) { recorded = steps; }
 
+bool file_call_fails() { return fails(fault_kind::files); }
+
+bool records_files() { return recorded != nullptr; }
+
+void record_step(const file_step &step) { recorded->push_back(step); }
+
 void track_memory()
 {
     blocks.clear();

@@ -35,14 +35,20 @@ int disarm();
 
 // A file call by descriptor or by name that was made and succeeded.
 struct file_step {
-    enum kind { open, write, fsync, close, rename, unlink } call;
-    int descriptor;     // -1 for rename and unlink
-    std::string name;   // as given to open and unlink; the old name of rename
-    std::string other;  // the new name of rename; the bytes of write
+    enum kind { open, write, fsync, close, rename, unlink, mkdir, symlink } call;
+    int descriptor;     // -1 for calls by name
+    std::string name;   // as given to the calls by name; the old name of rename
+    std::string other;  // the new name of rename; the bytes of write; what a symlink holds
 };
 
 // Puts the steps made from now on at the end of a list; null for no longer. Not while memory fails.
 void record_files(std::vector<file_step> *steps);
+
+// For wrappers of further calls that a program has of its own: whether this call fails, with errno set; and a step that
+// was made, while steps are recorded.
+bool file_call_fails();
+bool records_files();
+void record_step(const file_step &step);
 
 // Memory blocks allocated since track_memory and not freed yet.
 void track_memory();

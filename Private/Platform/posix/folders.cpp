@@ -148,12 +148,16 @@ folder open_folder(const folder &parent, const char *name, bool follow) noexcept
 {
     const int only_itself = follow ? 0 : O_NOFOLLOW;
     int descriptor = uninterrupted([&] { return openat(descriptor_of(parent), name, folder_flags | only_itself); });
-#ifdef O_PATH
-    // The right to list a folder is not needed to work in it.
-    if (descriptor < 0 && errno == EACCES && follow)
-        descriptor = openat(descriptor_of(parent), name, O_PATH | O_DIRECTORY | O_CLOEXEC);
-#endif
     return {descriptor};
+}
+
+folder enter_folder(const folder &parent, const char *name) noexcept
+{
+#ifdef O_PATH
+    return {openat(descriptor_of(parent), name, O_PATH | O_DIRECTORY | O_CLOEXEC)};
+#else
+    return open_folder(parent, name, true);
+#endif
 }
 
 folder open_parent(const folder &at) noexcept { return open_folder(at, "..", false); }

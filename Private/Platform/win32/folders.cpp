@@ -476,6 +476,8 @@ folder open_folder(const folder &parent, const char *name, bool follow) noexcept
     return path ? open_path(std::move(path), follow) : folder();
 }
 
+folder enter_folder(const folder &parent, const char *name) noexcept { return open_folder(parent, name, true); }
+
 folder open_parent(const folder &at) noexcept
 {
     const auto *path = static_cast<const wchar_t *>(at.path);

@@ -127,17 +127,14 @@ inline const char *last_part(const char *path) noexcept
     return separator != nullptr ? separator + 1 : rest;
 }
 
-// The folder in which the last part of a path is, open; its name is "." where the path has none.
-inline folders::folder open_folder_of(const char *path) noexcept
+// The folder in which the last part of a path is: "/" of "/a", "." of "a", "C:" of "C:a". False with ENOMEM.
+inline bool append_folder(const char *path, path_text &text) noexcept
 {
     const std::size_t root = folders::root_length(path);
     auto size = static_cast<std::size_t>(last_part(path) - path);
     while (size > root && path[size - 1] == '/')
         --size;
-    path_text folder;
-    if (!(size != 0 ? folder.append(path, size) : folder.append(".")))
-        return {};
-    return folders::open_folder(folders::start(), folder.c_str(), true);
+    return size != 0 ? text.append(path, size) : text.append(".");
 }
 
 }  // namespace teska::rsys

@@ -109,6 +109,8 @@ private:
     void prepare(const folders::folder &top) noexcept
     {
         knows_top_ = folders::identify(top, top_);
+        if (!knows_top_)
+            note(errno);
         if (how_.own)
             folders::unlock_folder(top);
     }
@@ -157,16 +159,18 @@ private:
             return;
         }
         folders::identity id;
-        if (!knows_top_ || !folders::identify(way.here(), id) || folders::is_mounted(way.here(), id, top_))
-            pass_by(way);
+        if (!folders::identify(way.here(), id))
+            pass_by(way, errno);
+        else if (!knows_top_ || folders::is_mounted(way.here(), id, top_))
+            pass_by(way, EXDEV);
         else if (how_.own)
             folders::unlock_folder(way.here());
     }
 
-    // Out of a file system that is mounted here.
-    void pass_by(walk &way) noexcept
+    // Out of a folder that must not be emptied, as one where a file system is mounted.
+    void pass_by(walk &way, int reason) noexcept
     {
-        note(EXDEV);
+        note(reason);
         if (!way.leave())
             lose();
     }
@@ -195,11 +199,11 @@ bool is_not_removable(const char *name) noexcept
 
 removal remove_path(path_text &path, const removing &how) noexcept
 {
-    // The text moves while it grows.
-    path_text name;
-    if (!name.append(last_part(path.c_str())))
+    path_text name;  // the other text moves while it grows
+    path_text above;
+    if (!name.append(last_part(path.c_str())) || !append_folder(path.c_str(), above))
         return removal::no_memory;
-    const folders::held_folder parent(open_folder_of(path.c_str()));
+    const folders::held_folder parent(folders::enter_folder(folders::start(), above.c_str()));
     if (folders::is_open(parent.at))
         return remove_tree(parent.at, name.c_str(), path, how);
     if (errno == ENOMEM)

@@ -1,0 +1,495 @@
+// Folders with every call of the host failing in turn, and copies that are killed or lose power
+//
+// The power cut is a model. Bytes that were not flushed may be on the disk or not; a name may lead to anything it was
+// given since its folder was flushed. After every call of a copy it is asked what each name can lead to.
+#include "support/child.h"
+#include "support/folder.h"
+
+#include "faults/sweep.h"
+#include "rsys.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace teska_test
+{
+
+namespace
+{
+
+// Its flushes cost nothing there. Before any test asks for a folder.
+[[maybe_unused]] const int in_memory = access("/dev/shm", W_OK) == 0 ? setenv("TEST_TMPDIR", "/dev/shm", 0) : 0;
+
+// ---- The calls
+
+// What a name leads to, without times: kind, permission, content; all below it for a folder. "" when nothing is there.
+std::string image(const fs::path &path)
+{
+    const fs::file_status status = fs::symlink_status(path);
+    if (!fs::exists(status))
+        return "";
+    if (fs::is_symlink(status))
+        return "link " + fs::read_symlink(path).string() + "\n";
+    std::string text = std::to_string(static_cast<int>(status.permissions())) + " ";
+    if (!fs::is_directory(status)) {
+        std::ifstream stream(path, std::ios::binary);
+        return text + std::string(std::istreambuf_iterator<char>(stream), {}) + "\n";
+    }
+    std::set<fs::path> names;
+    for (const fs::directory_entry &one : fs::directory_iterator(path))
+        names.insert(one.path());
+    text += "folder\n";
+    for (const fs::path &one : names)
+        text += one.filename().string() + ": " + image(one);
+    return text;
+}
+
+struct Tree {
+    Tree()
+    {
+        fs::create_directories(folder.path("from/a/b"));
+        folder.write("from/a/f", "new content of f");
+        folder.write("from/a/b/g", "new content of g");
+        folder.write("from/h", std::string(3000, 'h'));
+        fs::create_symlink("a/f", folder.path("from/l"));
+        fs::permissions(folder.path("from/a/b"), fs::perms::owner_read | fs::perms::owner_exec);
+        fs::create_directories(folder.path("into/a"));
+        folder.write("into/a/f", "old");
+        folder.write("into/kept", "kept");
+        folder.write("file", "the old file");
+        fs::create_symlink("from", folder.path("outside"));
+    }
+    ~Tree() { fs::permissions(folder.path("from/a/b"), fs::perms::owner_all); }
+
+    int copy(const char *from, const char *to, int flags = 0) const
+    {
+        return rsys_copy(folder.path(from).c_str(), folder.path(to).c_str(), flags, nullptr, nullptr);
+    }
+    bool is(const char *path, const char *as) const { return image(folder.path(path)) == image(folder.path(as)); }
+
+    Folder folder;
+};
+
+std::ptrdiff_t open_descriptors()
+{
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+}
+
+// The result of a call after which no other call succeeds.
+constexpr int stuck = -2;
+
+struct Operation {
+    const char *name;
+    const char *text;
+    int (*call)(Tree &tree);  // 0 or -1
+    void (*check)(Tree &tree, int result);
+};
+
+void check_new(Tree &tree, const char *from, int result)
+{
+    const std::string now = image(tree.folder.path("to"));
+    // It cannot be taken back where nothing goes any more.
+    EXPECT_TRUE(now == image(tree.folder.path(from)) ? result == 0 || result == stuck : now == "" && result != 0);
+}
+
+// Lists the source; a list that is short says so.
+int scan(Tree &tree)
+{
+    const std::string from = tree.folder.path("from");
+    rsys_dir *dir = rsys_dir_new(from.c_str(), "", RSYS_DEEP | RSYS_FOLDERS | RSYS_HIDDEN);
+    if (dir == nullptr)
+        return -1;
+    EXPECT_TRUE(rsys_dir_num(dir) == 6 || (rsys_dir_num(dir) < 6 && rsys_dir_skipped(dir) >= 1));
+    rsys_dir_kill(dir);
+    return 0;
+}
+
+const Operation operations[] = {
+    {"file", "rsys_copy: ", [](Tree &s) { return s.copy("from/h", "to"); },
+     [](Tree &s, int result) { check_new(s, "from/h", result); }},
+    {"link", "rsys_copy: ", [](Tree &s) { return s.copy("from/l", "to"); },
+     [](Tree &s, int result) { check_new(s, "from/l", result); }},
+    {"tree", "rsys_copy: ", [](Tree &s) { return s.copy("from", "to"); },
+     [](Tree &s, int result) { check_new(s, "from", result); }},
+    {"followed", "rsys_copy: ", [](Tree &s) { return s.copy("outside", "to", RSYS_FOLLOW); },
+     [](Tree &s, int result) { EXPECT_TRUE(result == stuck || fs::exists(s.folder.path("to/a")) == (result == 0)); }},
+    {"replaced", "rsys_copy: ", [](Tree &s) { return s.copy("from/h", "file", RSYS_REPLACE); },
+     [](Tree &s, int result) {
+         const std::string now = s.folder.read("file");
+         EXPECT_TRUE(now == s.folder.read("from/h") || (result != 0 && now == "the old file")) << now.substr(0, 20);
+     }},
+    {"into", "rsys_copy: ", [](Tree &s) { return s.copy("from", "into", RSYS_REPLACE); },
+     [](Tree &s, int result) {
+         for (const char *name : {"a/f", "a/b/g", "h", "l"}) {
+             const std::string now = image(s.folder.path(std::string("into/") + name));
+             const bool old = now == "" || now.find(" old\n") != std::string::npos;
+             EXPECT_TRUE(now == image(s.folder.path(std::string("from/") + name)) || (result != 0 && old)) << name;
+         }
+         EXPECT_EQ(s.folder.read("into/kept"), "kept");
+     }},
+    {"remove", "rsys_remove: ", [](Tree &s) { return rsys_remove(s.folder.path("into").c_str(), nullptr, nullptr); },
+     [](Tree &s, int result) { EXPECT_EQ(image(s.folder.path("into")) == "", result == 0); }},
+    {"make", "rsys_make_folder: ", [](Tree &s) { return rsys_make_folder(s.folder.path("x/y/z").c_str()); },
+     [](Tree &s, int result) { EXPECT_TRUE(result != 0 || fs::is_directory(s.folder.path("x/y/z"))); }},
+    {"scan", "rsys_dir_new: cannot read folder", scan, [](Tree &, int) {}},
+};
+
+// Every call failing in turn. Returns how many failures made no difference.
+int sweep(const Operation &operation, bool sticky, file_fault fault)
+{
+    SCOPED_TRACE(operation.name);
+    int survived = 0;
+    const int rounds = each_fault(fault_kind::files, sticky, fault, [&](const auto &fire) {
+        Tree tree;
+        Reports reports;
+        const std::string source = image(tree.folder.path("from"));
+        const std::ptrdiff_t descriptors = open_descriptors();
+        fire();
+        const int result = operation.call(tree);
+        const int error = errno;
+        const bool fired = disarm() > 0;
+        survived += fired && result == 0 ? 1 : 0;
+        EXPECT_TRUE(fired || result == 0);
+        const lines reported = reports.take();
+        EXPECT_EQ(reported.size(), result == 0 ? 0U : 1U);
+        EXPECT_TRUE(reported.empty() || reported[0].starts_with(operation.text)) << reported[0];
+        EXPECT_TRUE(result == 0 || error == fault.error || error == ENOENT || error == EBUSY || error == ENOTEMPTY)
+            << error;
+        operation.check(tree, result != 0 && sticky ? stuck : result);
+        EXPECT_EQ(open_descriptors(), descriptors);
+        EXPECT_EQ(image(tree.folder.path("from")), source) << "the source was changed";
+        EXPECT_TRUE(sticky || tree.folder.listing().find(".tmp") == std::string::npos) << tree.folder.listing();
+        if (result != 0 && !sticky) {
+            EXPECT_EQ(operation.call(tree), 0) << "fails when tried again";
+            operation.check(tree, 0);
+            EXPECT_EQ(reports.take(), lines{});
+        }
+        return fired;
+    });
+    EXPECT_GT(rounds, 3);
+    return survived;
+}
+
+TEST(Folders, SurviveEveryFailingCallOfTheHost)
+{
+    for (const Operation &operation : operations)
+        for (const bool sticky : {false, true})
+            for (const file_fault &fault : {file_fault{.error = ENOSPC}, {.error = EACCES, .partial = true}})
+                sweep(operation, sticky, fault);
+}
+
+TEST(Folders, CallsThatASignalInterruptsAreMadeAgain)
+{
+    for (const Operation &operation : operations)
+        if (std::string(operation.name) == "file") {
+            EXPECT_GT(sweep(operation, false, {.error = EINTR}), 6);
+        }
+}
+
+TEST(Folders, AFullDiskIsACopyThatCannotBeWritten)
+{
+    const Tree tree;
+    Reports reports;
+    // The first that writes: after opening, looking and making.
+    for (int n = 0; n < 40; ++n) {
+        std::vector<file_step> steps;
+        record_files(&steps);
+        arm(fault_kind::files, n, true, {.error = ENOSPC});
+        const int result = tree.copy("from/h", "to");
+        disarm();
+        record_files(nullptr);
+        const bool was_made = std::any_of(steps.begin(), steps.end(), [](const file_step &step) {
+            return step.call == file_step::open && step.name.find(".tmp") != std::string::npos;
+        });
+        const lines reported = reports.take();
+        if (result == 0)
+            break;
+        EXPECT_TRUE(!was_made || reported == lines{"rsys_copy: cannot write"} ||
+                    reported == lines{"rsys_copy: cannot read"})
+            << reported[0];
+        EXPECT_EQ(image(tree.folder.path("to")), "");
+    }
+}
+
+// ---- The process is killed
+
+// "<n> <from> <to> <flags>": copies, or removes when there is no target, and dies at a call.
+const ChildRole mover("copy or remove", [](const std::string &argument) {
+    std::istringstream words(argument);
+    int n = 0;
+    int flags = 0;
+    std::string from, to;
+    words >> n >> flags >> from >> to;
+    arm(fault_kind::files, n, false, {.kill = true});
+    const int result = to.empty() ? rsys_remove(from.c_str(), nullptr, nullptr)
+                                  : rsys_copy(from.c_str(), to.c_str(), flags, nullptr, nullptr);
+    disarm();
+    return result == 0 ? 0 : 1;
+});
+
+// Dies at each call in turn: calls check(done) after each death and once after the end.
+template <class Check>
+void kill_at_every_call(const char *from, const char *to, int flags, const Check &check)
+{
+    int n = 0;
+    for (int code = 137; code == 137 && n < 400; ++n) {
+        const Tree tree;
+        const std::string target = *to != 0 ? tree.folder.path(to) : "";
+        code = Child("copy or remove",
+                     std::to_string(n) + " " + std::to_string(flags) + " " + tree.folder.path(from) + " " + target)
+                   .wait();
+        EXPECT_TRUE(code == 137 || code == 0) << code;
+        check(tree, code == 0);
+        for (const fs::directory_entry &one : fs::directory_iterator(tree.folder.path())) {
+            const std::string name = one.path().filename().string();
+            EXPECT_TRUE(std::set<std::string>({"from", "into", "file", "outside", "to"}).count(name) == 1 ||
+                        name.find(".tmp") != std::string::npos)
+                << name;
+        }
+    }
+    EXPECT_GT(n, 10);
+    EXPECT_LT(n, 400);
+}
+
+TEST(KilledCopy, LeavesTheOldOrTheNewAndATemporaryNameAtMost)
+{
+    kill_at_every_call("from", "to", 0, [](const Tree &s, bool done) {
+        EXPECT_TRUE(s.is("to", "from") || (!done && image(s.folder.path("to")) == ""));
+        if (!fs::exists(s.folder.path("to"))) {
+            EXPECT_EQ(s.copy("from", "to"), 0) << "what was left is in the way";
+        }
+    });
+    kill_at_every_call("from/h", "file", RSYS_REPLACE, [](const Tree &s, bool done) {
+        const std::string now = s.folder.read("file");
+        EXPECT_TRUE(now == s.folder.read("from/h") || (!done && now == "the old file"));
+    });
+}
+
+TEST(KilledRemoval, IsFinishedByTheNext)
+{
+    kill_at_every_call("into", "", 0, [](const Tree &s, bool done) {
+        const bool gone = image(s.folder.path("into")) == "";
+        EXPECT_TRUE(gone || !done);
+        if (!gone) {
+            EXPECT_EQ(rsys_remove(s.folder.path("into").c_str(), nullptr, nullptr), 0);
+        }
+    });
+}
+
+// ---- The power is cut
+
+struct Node;
+using Place = std::shared_ptr<Node>;
+
+struct Node {
+    bool is_folder = false;
+    std::string flushed, rest;                              // of a file
+    std::map<std::string, Place> now, durable;              // of a folder
+    std::vector<std::pair<std::string, Place>> since = {};  // names given, or taken (null), since its flush
+};
+
+// Which flushes reach the disk.
+struct Flushes {
+    bool files, folders;
+};
+
+class Disk
+{
+public:
+    Disk(std::string top, Flushes flushes) : top_(std::move(top)), root_(load(top_)), flushes_(flushes) {}
+
+    void run(const file_step &step)
+    {
+        if (step.call == file_step::write || step.call == file_step::fsync || step.call == file_step::close) {
+            const auto found = open_.find(step.descriptor);
+            if (found == open_.end())
+                return;
+            if (step.call == file_step::write)
+                found->second->rest += step.other;
+            else if (step.call == file_step::fsync)
+                flush(*found->second);
+            else
+                open_.erase(found);
+            return;
+        }
+        if (!step.name.starts_with(top_ + "/")) {
+            if (step.call == file_step::open)
+                open_[step.descriptor] = step.name == top_ ? root_ : nullptr;
+            if (open_[step.descriptor] == nullptr)
+                open_.erase(step.descriptor);
+            return;
+        }
+        auto [folder, name] = find(step.name);
+        if (folder == nullptr)
+            return;
+        Place &node = folder->now[name];
+        if (step.call == file_step::rename) {
+            const Place moved = node;
+            give(*folder, name, nullptr);
+            const auto [to, new_name] = find(step.other);
+            give(*to, new_name, moved);
+        } else if (step.call == file_step::unlink) {
+            give(*folder, name, nullptr);
+        } else if (node == nullptr) {
+            const auto made = std::make_shared<Node>();
+            made->is_folder = step.call == file_step::mkdir;
+            made->flushed = step.call == file_step::symlink ? step.other : "";
+            give(*folder, name, made);
+        }
+        if (step.call == file_step::open)
+            open_[step.descriptor] = folder->now[name];
+    }
+
+    // What a path may lead to after a power cut; "?" for what need not be whole, "" for nothing.
+    std::set<std::string> may_be(const std::string &path)
+    {
+        const auto [folder, name] = find(top_ + "/" + path);
+        std::set<std::string> found;
+        if (folder == nullptr)
+            return {""};
+        found.insert(whole(folder->durable[name]));
+        for (const auto &[given, node] : folder->since)
+            if (given == name)
+                found.insert(whole(node));
+        return found;
+    }
+
+    // Of a tree that is all on the disk.
+    static std::string whole(const Place &node)
+    {
+        if (node == nullptr)
+            return "";
+        if (!node->is_folder)
+            return node->rest.empty() ? "(" + node->flushed + ")" : "?";
+        std::string text = "{";
+        for (const auto &[name, inner] : node->durable)
+            if (inner != nullptr)
+                text += name + whole(inner);
+        return node->since.empty() ? text + "}" : "?";
+    }
+
+    static Place load(const fs::path &path)
+    {
+        const auto node = std::make_shared<Node>();
+        if (fs::is_symlink(fs::symlink_status(path))) {
+            node->flushed = fs::read_symlink(path).string();
+        } else if (fs::is_directory(path)) {
+            node->is_folder = true;
+            for (const fs::directory_entry &one : fs::directory_iterator(path))
+                node->now[one.path().filename().string()] = load(one.path());
+            node->durable = node->now;
+        } else {
+            std::ifstream stream(path, std::ios::binary);
+            node->flushed.assign(std::istreambuf_iterator<char>(stream), {});
+        }
+        return node;
+    }
+
+private:
+    void flush(Node &node) const
+    {
+        if (node.is_folder && flushes_.folders) {
+            node.durable = node.now;
+            node.since.clear();
+        } else if (!node.is_folder && flushes_.files) {
+            node.flushed += std::exchange(node.rest, "");
+        }
+    }
+
+    static void give(Node &folder, const std::string &name, const Place &node)
+    {
+        folder.now[name] = node;
+        folder.since.emplace_back(name, node);
+    }
+
+    // The folder of a path, as it is now, and the last name.
+    std::pair<Place, std::string> find(const std::string &path)
+    {
+        Place at = root_;
+        std::istringstream parts(path.substr(top_.size() + 1));
+        std::string name, next;
+        std::getline(parts, name, '/');
+        while (at != nullptr && std::getline(parts, next, '/')) {
+            at = at->now[name];
+            name = next;
+        }
+        return {at, name};
+    }
+
+    std::string top_;
+    Place root_;
+    Flushes flushes_;
+    std::map<int, Place> open_;
+};
+
+struct Cut {
+    const char *from, *to;
+    int flags;
+    std::vector<std::pair<const char *, const char *>> pairs;  // names of the target and what they are copied from
+};
+
+// How often a name may lead to something else than the old or the new, or to the old after the copy has returned.
+int torn(const Cut &cut, Flushes flushes)
+{
+    const Tree tree;
+    Disk disk(tree.folder.path(), flushes);
+    std::vector<file_step> steps;
+    record_files(&steps);
+    EXPECT_EQ(tree.copy(cut.from, cut.to, cut.flags), 0);
+    record_files(nullptr);
+    std::map<std::string, std::pair<std::string, std::string>> allowed;  // old and new
+    for (const auto &[to, from] : cut.pairs)
+        allowed[to] = {*disk.may_be(to).begin(), Disk::whole(Disk::load(tree.folder.path(from)))};
+    int count = 0;
+    for (const file_step &step : steps) {
+        disk.run(step);
+        for (const auto &[path, texts] : allowed)
+            for (const std::string &text : disk.may_be(path))
+                count += text == texts.second || text == texts.first ? 0 : 1;
+    }
+    for (const auto &[path, texts] : allowed)
+        count += disk.may_be(path) == std::set<std::string>{texts.second} ? 0 : 1;
+    EXPECT_GE(steps.size(), 10U);
+    return count;
+}
+
+const Cut cuts[] = {
+    {"from", "to", 0, {{"to", "from"}}},
+    {"from/h", "to", 0, {{"to", "from/h"}}},
+    {"from/h", "file", RSYS_REPLACE, {{"file", "from/h"}}},
+    {"from",
+     "into",
+     RSYS_REPLACE,
+     {{"into/a/f", "from/a/f"}, {"into/a/b/g", "from/a/b/g"}, {"into/h", "from/h"}, {"into/l", "from/l"}}}};
+
+TEST(PowerCut, LeavesTheOldOrTheNewAndTheNewOnceItIsCopied)
+{
+    for (const Cut &cut : cuts)
+        EXPECT_EQ(torn(cut, {.files = true, .folders = true}), 0) << cut.from << " " << cut.to;
+}
+
+TEST(PowerCut, WouldDoHarmWithoutEitherFlush)
+{
+    for (const Cut &cut : cuts) {
+        EXPECT_GT(torn(cut, {.files = false, .folders = true}), 0) << cut.to;
+        EXPECT_GT(torn(cut, {.files = true, .folders = false}), 0) << cut.to;
+    }
+}
+
+}  // namespace
+
+}  // namespace teska_test
