@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """python_declarations.py - what Python has to know of the C headers: python/teska/_declarations.py
 
-usage: python_declarations.py [--check FILE | --output FILE] HEADER...
+usage: python_declarations.py [--check FILE | --output FILE] [HEADER...]
 
 Runs the C preprocessor on every header with the export macros empty, and keeps the declarations that stand in our own
 files, bodies of inline functions left out. What is written begins with the MD5 of the headers' contents. With --check
-the file is compared with what would be written, and the exit status is 1 when they differ.
+the file is compared with what would be written, and the exit status is 1 when they differ. Without headers those are
+taken that the file lists already.
 """
 
 import argparse
@@ -103,17 +104,25 @@ def generated(headers):
             "TEXT = r'''\n" + '\n'.join(numbers) + '\n\n' + '\n'.join(parts) + "'''\n")
 
 
+def headers_of(file):
+    """The headers that a file was written from, where this checkout has them."""
+    root = pathlib.Path(__file__).resolve().parent.parent
+    names = re.findall(r"^    '(\S+\.h)',$", file.read_text(), re.M)
+    places = {path.name: path for folder in ('include', 'companions') for path in (root / folder).rglob('*.h')}
+    return [places[name] for name in names]
+
+
 def main():
     """Writes or checks."""
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument('--check', metavar='FILE', type=pathlib.Path)
     parser.add_argument('--output', metavar='FILE', type=pathlib.Path)
-    parser.add_argument('headers', metavar='HEADER', nargs='+')
+    parser.add_argument('headers', metavar='HEADER', nargs='*')
     options = parser.parse_args()
-    text = generated(options.headers)
+    text = generated(options.headers or headers_of(options.check or options.output))
     if options.check:
         if not options.check.is_file() or options.check.read_text() != text:
-            print(f'{options.check} is not what the headers say; run {sys.argv[0]} --output {options.check} HEADER...')
+            print(f'{options.check} is not what the headers say; run tools/python_declarations.py --output {options.check}')
             return 1
     elif options.output:
         options.output.write_text(text)

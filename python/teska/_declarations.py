@@ -1,4 +1,4 @@
-MD5 = 'dc8e701bd9768d6f5441d4bae73bbc8c'
+MD5 = '1edfe02be58069980d4cd6617c65371b'
 """The C declarations of the library, written by tools/python_declarations.py from these headers."""
 
 HEADERS = (
@@ -228,10 +228,12 @@ int str_ins(const void *element, const void *key) ;
 typedef struct md_tetrab md_tetrab;
 md_tetrab *md_tetrab_new(int N, int M, int R) ;
 md_tetrab *md_tetrab_new_special(int N, int M, int R, int L, int H, int E) ;
+md_tetrab *md_tetrab_clone(const md_tetrab *table) ;
 md_tetrab *md_tetrab_kill(md_tetrab *table) ;
 int md_tetrab_LUT(md_tetrab *table, unsigned char **inCurves, unsigned char **outCurves) ;
 unsigned char *md_tetrab_ilutptr(md_tetrab *table, int d) ;
 unsigned char *md_tetrab_olutptr(md_tetrab *table, int c) ;
+int md_tetrab_fill_double(md_tetrab *table, const double *values, int extension, double lo, double hi) ;
 unsigned char *md_tetrab_dataptr(md_tetrab *table, int *size) ;
 int md_tetrab_get_nrpoints(md_tetrab *table) ;
 unsigned char *md_tetrab_vertex_get(md_tetrab *table, const int *coord, unsigned char *inBytes) ;
@@ -242,6 +244,7 @@ md_tetrab *md_tetrab_expand(md_tetrab *table, int newR) ;
 /* md_tetrad.h */
 typedef struct md_tetrad md_tetrad;
 md_tetrad *md_tetrad_new(int N, int M, int R, double lo, double hi) ;
+md_tetrad *md_tetrad_clone(const md_tetrad *table) ;
 md_tetrad *md_tetrad_kill(md_tetrad *table) ;
 double *md_tetrad_dataptr(md_tetrad *table, int *size) ;
 int md_tetrad_get_nrpoints(md_tetrad *table) ;
@@ -252,9 +255,11 @@ int md_tetrad_interp(md_tetrad *table, double **in, int inStep, double **out, in
 /* md_tetras.h */
 typedef struct md_tetras md_tetras;
 md_tetras *md_tetras_new(int N, int M, int R) ;
+md_tetras *md_tetras_clone(const md_tetras *table) ;
 md_tetras *md_tetras_kill(md_tetras *table) ;
 int md_tetras_ilut_set(md_tetras *table, int d, int n, const unsigned short *entries) ;
 int md_tetras_olut_set(md_tetras *table, int c, int n, const unsigned short *entries) ;
+int md_tetras_fill_double(md_tetras *table, const double *values, int extension, double lo, double hi) ;
 unsigned short *md_tetras_dataptr(md_tetras *table, int *size) ;
 unsigned short *md_tetras_vertex_get(md_tetras *table, const int *coord, unsigned short *inSamples) ;
 int md_tetras_get_nrpoints(const md_tetras *table) ;

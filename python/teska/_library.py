@@ -12,6 +12,7 @@ import cffi
 from . import _declarations
 
 SONAME = 'libTESKAShared.so.1'
+COMPANIONS = ('libWEMShared.so.1', 'libLOPRAShared.so.1', 'libZUKShared.so.1')  # each needs those before it
 WANTED = 1  # the major version of the declarations
 
 # What every program uses is declared at once, the rest when the first of its functions is asked for: the parser of
@@ -104,6 +105,7 @@ class _Library:
         tried = []
         for place in self._places():
             try:
+                self._load_companions(Path(place).parent)
                 functions = self.ffi.dlopen(place)
             except OSError as error:
                 tried.append(f'{place} ({error})' if os.environ.get('TESKA_LIBRARY') else place)
@@ -112,6 +114,12 @@ class _Library:
             return place, functions
         raise ImportError('teska: the library was not found; tried ' + ', '.join(tried) +
                           '; install it, or name the file in TESKA_LIBRARY')
+
+    def _load_companions(self, folder: Path) -> None:
+        """Loads what lies beside the library: the loader looks for its needs by their names, and so finds these."""
+        if folder != Path('.'):
+            self._companions = [self.ffi.dlopen(str(folder / name)) for name in COMPANIONS
+                                if (folder / name).is_file()]
 
     def _check_version(self, functions: Any, place: str) -> None:
         version = self.ffi.string(functions.teska_version()).decode()
