@@ -178,7 +178,8 @@ const Operation tree("TQuadTree, points and boxes", [](Generator &input) -> Oper
     for (int i = 0; i < 3000; ++i) {
         const double x = i % 5 == 0 ? input.below(20) : input.between(-30, 90);
         const double y = i % 5 == 0 ? input.below(20) : input.between(-30, 90);
-        const double size = i % 3 == 0 ? 0 : std::ldexp(input.unit(), input.below(12) - 8);
+        const double part = input.unit();
+        const double size = i % 3 == 0 ? 0 : std::ldexp(part, input.below(12) - 8);
         boxes[i] = {x, y, x + size, y + size / 2};
         made->Insert(boxes[i], reinterpret_cast<void *>(static_cast<std::intptr_t>(i)));
     }
