@@ -138,8 +138,10 @@ void tiff_file::told(const char *module, const std::string &text, bool is_warnin
     // A decoder that goes on with gray is no decoder.
     const bool is_damage = said.find("JPEG") != std::string::npos &&
                            (text.starts_with("Premature end") || text.starts_with("Corrupt JPEG data"));
-    if (is_warning && !is_damage) {
-        warnings_.add(text);
+    // Six inks and an alpha are an "error" that calls itself a warning.
+    if ((is_warning && !is_damage) || text.starts_with("Warning")) {
+        if (text.find("NumberOfInks") == std::string::npos)
+            warnings_.add(text);
         return;
     }
     const bool ends = text.starts_with("Read error") || text.find("Premature end") != std::string::npos;

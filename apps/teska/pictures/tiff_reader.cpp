@@ -176,13 +176,15 @@ private:
         const std::uint16_t *types = nullptr;
         TIFFGetField(tiff(), TIFFTAG_EXTRASAMPLES, &count, &types);
         page_.extras.assign(static_cast<std::size_t>(samples_ - stored), extra_kind::unspecified);
-        // Extra samples that are counted as inks stand before the others.
-        for (std::size_t i = 0; i < page_.extras.size() && i < count; ++i) {
-            const std::uint16_t type = types[count - 1 - i];
-            extra_kind &kind_of = page_.extras[page_.extras.size() - 1 - i];
-            kind_of = type == EXTRASAMPLE_ASSOCALPHA   ? extra_kind::associated
-                      : type == EXTRASAMPLE_UNASSALPHA ? extra_kind::unassociated
-                                                       : extra_kind::unspecified;
+        // More types than extra samples: those in front that say nothing belong to inks; behind, libtiff has added some.
+        std::size_t skipped = 0;
+        while (count - skipped > page_.extras.size() && types[skipped] == EXTRASAMPLE_UNSPECIFIED)
+            ++skipped;
+        for (std::size_t i = 0; i < page_.extras.size() && skipped + i < count; ++i) {
+            const std::uint16_t type = types[skipped + i];
+            page_.extras[i] = type == EXTRASAMPLE_ASSOCALPHA   ? extra_kind::associated
+                              : type == EXTRASAMPLE_UNASSALPHA ? extra_kind::unassociated
+                                                               : extra_kind::unspecified;
         }
     }
 

@@ -52,7 +52,8 @@ public:
         set_tags();
         set_colours();
         set_layout();
-        require(tiff_->take_problem().empty());
+        if (const std::string problem = tiff_->take_problem(); !problem.empty())
+            throw failure(file_.path(), problem);
     }
 
     void write_lines(const void *samples, std::uint32_t count) override
@@ -96,7 +97,8 @@ private:
     template <class... Values>
     void set(std::uint32_t tag, Values... values)
     {
-        require(TIFFSetField(tiff_->get(), tag, values...) != 0);
+        if (TIFFSetField(tiff_->get(), tag, values...) == 0)
+            tiff_->fail("tag " + std::to_string(tag) + " cannot be written: ");
     }
 
     void set_tags()
