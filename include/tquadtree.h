@@ -25,9 +25,9 @@
  *   Pointers are not null, contexts apart. Queries allocate nothing and write to their arguments alone: any number of
  *   threads may ask one object at the same time, while no thread changes it. Objects are independent of each other.
  *   Nothing is reported or thrown.
- *   Insert, Remove and queries of few items are O(log n) for items that are spread out, however unevenly; O(n) at worst,
- *   when all centres are equal or distances crowd towards a point beyond 60 halvings of the plane in use.
- *   A point takes about 70 bytes, a box about 100.
+ *   Insert, Remove and queries of few items are O(log n) for items that are spread out, however unevenly; O(n) at
+ *   worst, when all centres are equal, or crowd towards a place through more than 60 halvings.
+ *   A point takes about 75 bytes, a box about 120.
  */
 #ifndef TESKA_TQUADTREE_H
 #define TESKA_TQUADTREE_H
@@ -39,7 +39,7 @@ struct tQuadStore;
 /* x0 <= x <= x1, y0 <= y <= y1: edges belong to the box. It is upside down, and holds nothing, when x0 > x1 or
  * y0 > y1. */
 struct TQuadBox {
-    double x0, y0, x1, y1;
+    double x0, y0, x1, y1; /* the low corner and the high one */
 };
 
 /* What a query found. */
@@ -74,6 +74,8 @@ public:
 
     /* Insert - add a point, or a box.
      *
+     * x, y, box  where it is, within 1e150 of 0
+     * item       the caller's; not looked at
      * Equal entries are kept as often as they are inserted.
      * Returns 0, or -1 with nothing changed: a coordinate that is not finite or above 1e150 in magnitude, a box that is
      * upside down, memory is short, or 2^31 - 1 entries are held.
@@ -83,7 +85,8 @@ public:
 
     /* Remove - take out one entry with exactly this box and this item, of several the one inserted first.
      *
-     * Coordinates are compared by ==, so that -0.0 is 0.0. A point is the box (x, y, x, y).
+     * x, y, box  where it is. Coordinates are compared by ==, so that -0.0 is 0.0; a point is the box (x, y, x, y)
+     * item       as given to Insert
      * Returns 0, or -1 when there is no such entry. Allocates nothing; the room is used for later entries.
      */
     int Remove(double x, double y, void *item);
@@ -99,13 +102,16 @@ public:
 
     /* Bounds - the smallest box that holds all entries.
      *
+     * box  receives it
      * Returns 1, or 0 when there are none; the box is then untouched. O(1).
      */
     int Bounds(TQuadBox *box) const;
 
     /* Nearest - the entry nearest to a point, of equally near ones the one inserted first.
      *
+     * x, y   the point
      * reach  greatest distance, itself included; HUGE_VAL for any
+     * hit    receives the entry
      * Returns 1 and the hit, or 0 when no entry is within reach, when x, y or reach is NaN, or when reach is below 0;
      * the hit is then untouched.
      */
@@ -114,26 +120,37 @@ public:
     /* Nearest - the k entries nearest to a point, in rising distance, equally near ones in the order of insertion; that
      * decides too which of them are left out.
      *
-     * hits  room for k
+     * x, y   the point
+     * reach  as above
+     * k      how many are wanted
+     * hits   room for k
      * Returns how many were stored, at most k; 0 also for k < 1. Further room is untouched.
      */
     int Nearest(double x, double y, double reach, int k, TQuadHit *hits) const;
 
     /* InBox - visit the entries that share a point with a box, edges included.
      *
-     * box  may be infinite; one that is upside down, or has a NaN, holds nothing
-     * Each entry is visited once, in an order that depends only on the calls made so far.
+     * box      may be infinite; one that is upside down, or has a NaN, holds nothing
+     * visit    called for each of them, once, in an order that depends only on the calls made so far
+     * context  handed to visit; may be null
      * Returns the number of visits, with the one that ended the query.
      */
     int InBox(TQuadBox const &box, TQuadVisit visit, void *context) const;
 
     /* InCircle - visit the entries at a distance of at most the radius; otherwise as InBox.
      *
-     * Returns 0 when x, y or radius is NaN or radius is below 0.
+     * x, y            the centre
+     * radius          itself included; HUGE_VAL for any
+     * visit, context  as for InBox
+     * Returns the number of visits; 0 when x, y or radius is NaN or radius is below 0.
      */
     int InCircle(double x, double y, double radius, TQuadVisit visit, void *context) const;
 
-    /* Walk - visit all entries; otherwise as InBox. */
+    /* Walk - visit all entries; otherwise as InBox.
+     *
+     * visit, context  as for InBox
+     * Returns the number of visits.
+     */
     int Walk(TQuadVisit visit, void *context) const;
 
 private:

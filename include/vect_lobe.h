@@ -79,12 +79,14 @@ TESKA_API vect_lobe *vect_lobe_kill(vect_lobe *lobe) TESKA_NOTHROW;
 
 /* vect_lobe_weight - w(x).
  *
- * Returns 0 .. 1; NaN when x has a NaN. An infinite x gives 0, or NaN in a lobe with a radius of HUGE_VAL.
+ * x  n values
+ * Returns 0 .. 1; NaN when x has a NaN. An infinite x gives 0, or NaN when the radius that way is HUGE_VAL.
  */
 TESKA_API double vect_lobe_weight(const vect_lobe *lobe, const double *x) TESKA_NOTHROW;
 
 /* vect_lobe_gradient - the gradient of w at x.
  *
+ * x         n values
  * gradient  receives n values, zeros outside; NaN where the weight is NaN. May be x
  * Returns 0. Cannot fail.
  */
@@ -102,6 +104,7 @@ TESKA_API double vect_lobe_limit(const vect_lobe *lobe, const double *shift) TES
 
 /* vect_lobe_stretch - move a point: out = x + w(x) shift.
  *
+ * x      n values
  * shift  n finite values. Its limit is not checked: beyond it the map folds, which a caller may want
  * out    receives n values; may be x
  * Returns 1 when x lies in the lobe, r < 1; 0 when not, and out is then x bit for bit, whatever x holds; -1 with
@@ -111,7 +114,9 @@ TESKA_API int vect_lobe_stretch(const vect_lobe *lobe, const double *shift, cons
 
 /* vect_lobe_stretch_rel - move a point away from the centre, or towards it: out = x + w(x) (factor - 1) (x - centre).
  *
- * factor  finite: 1 moves nothing, below 1 towards the centre. Not checked otherwise: outside 0 .. 2.53125 the map folds
+ * factor  finite: 1 moves nothing, below 1 towards the centre. Not checked otherwise: outside 0 .. 2.53125 the
+ *         map folds
+ * x       n values
  * out     receives n values; may be x
  * Returns as vect_lobe_stretch, -1 with "vect_lobe_stretch_rel: illegal factor".
  */
