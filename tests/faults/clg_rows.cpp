@@ -20,7 +20,7 @@ void add_grid(const Cloud &cloud, int channels)
     for (int i = 0; i < points; ++i) {
         double device[4] = {};
         for (int k = 0, rest = i; k < channels; ++k, rest /= 5)
-            device[k] = 0.25 * (rest % 5) + 0.001 * k * (i % 7);
+            device[k] = 0.24 * (rest % 5) + 0.001 * k * (i % 7);
         device[3] = channels == 4 ? i % 11 * 0.09 : 0.0;
         const double colour[] = {device[0] + device[3], device[1] + device[3] * device[0], device[2] - device[3]};
         clg_add(cloud.get(), device, colour);

@@ -6,7 +6,7 @@
 //
 //     lambda + t mu,   mu_i = (-1)^i times the signed volume of the corners without i,   sum of mu = 0
 //
-// where lambda are the weights of the four corners without that of the largest |mu|, and mu is scaled so that this is 1.
+// where lambda are the weights of the four corners without that of the largest |mu|, and mu is scaled to make this 1.
 //
 // Weights count from -1e-9 on, so that no colour falls between two cells.
 

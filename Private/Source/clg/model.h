@@ -75,7 +75,7 @@ struct surface_place {
 // The nearest place of the surface; the lowest triangle of equals. q is not farther than 1e13 away.
 surface_place nearest_place(const model &m, const vec3 &q) noexcept;
 
-// ---- Cells that reach a colour ---------------------------------------------------------------------------------------
+// ---- Cells that reach a colour --------------------------------------------------------------------------------------
 
 // The weights of a cell's corners that give a colour: all those from one end to the other. The ends are the same where
 // the cell has no choice.
