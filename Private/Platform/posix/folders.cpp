@@ -122,7 +122,7 @@ found described(const dirent &name) noexcept
     result.name = name.d_name;
 #ifdef DT_UNKNOWN
     result.sure = name.d_type != DT_UNKNOWN;
-    result.state.what = kind_of(DTTOIF(name.d_type));
+    result.state.what = kind_of(static_cast<mode_t>(DTTOIF(name.d_type)));
 #endif
     return result;
 }
