@@ -20,11 +20,12 @@ namespace
 {
 
 constexpr const char *page_text = R"(<!DOCTYPE html>
-<html lang="en">
+<html lang="en" data-live="off">
 <head>
 <meta charset="utf-8">
 <meta name="viewport" content="width=device-width, initial-scale=1">
 <meta name="color-scheme" content="light dark">
+<link rel="icon" href="data:,">
 <title>TESKAShared gallery</title>
 <style>{style}</style>
 </head>

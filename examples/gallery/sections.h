@@ -14,6 +14,7 @@ struct gallery_inputs {
     std::filesystem::path photo;
     std::filesystem::path profile;
     std::filesystem::path output;
+    std::filesystem::path live;  // folder of teska-live.js and live-page.js; empty when they were not built
 };
 
 // A photograph on its way to the press and back: 16-bit tables, and tables of bytes.
@@ -33,6 +34,9 @@ section gamut_section(const gallery_inputs &inputs);
 
 // The umbrella of the press and of a printer with six inks.
 section topsurface_section(const gallery_inputs &inputs);
+
+// The library in the reader's browser.
+section live_section(const gallery_inputs &inputs);
 
 // The pictures of the sections before it in one archive and out again: comes last.
 section records_section(const gallery_inputs &inputs);

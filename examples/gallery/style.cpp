@@ -147,6 +147,23 @@ figcaption .first, figcaption .second { display: inline-block; width: .8em; heig
 figcaption .first { background: var(--link); } figcaption .second { background: #e0702c; }
 .key { margin: 0 .25em; white-space: nowrap; }
 .key span { display: inline-block; width: .8em; height: .8em; margin-right: .35em; border: 1px solid var(--rule); }
+.live-tool { margin-top: 1.5rem; } .live-tool[hidden] { display: none; } .running .live-native { display: none; }
+.live-stage { position: relative; overflow: hidden; background: #fff; border: 1px solid var(--rule); border-radius: .25rem;
+  max-height: 80vh; margin-inline: auto; }
+.live-stage canvas { position: absolute; inset: 0; width: 100%; height: 100%; }
+#live-after { cursor: crosshair; } #live-line { position: absolute; inset-block: 0; width: 2px; background: #fff;
+  box-shadow: 0 0 3px #000; pointer-events: none; }
+.live-wide, .live-inks label { display: grid; grid-template-columns: 1fr auto; align-items: center; gap: 0 1rem; }
+.live-wide input, .live-inks input { grid-column: 1 / -1; width: 100%; min-height: 24px; }
+.live-panel { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 18rem), 1fr)); gap: 1rem 2rem;
+  margin: 1rem 0 1.75rem; }
+.live-tool button { min-height: 3.5rem; width: 100%; font: inherit; color: var(--text); background: var(--card);
+  border: 2px dashed var(--soft); border-radius: .25rem; cursor: pointer; }
+.live-tool button.over { border-style: solid; border-color: var(--link); }
+#live-swatch { display: inline-block; width: 3rem; height: 1rem; vertical-align: middle; border: 1px solid var(--rule); }
+.live-small { color: var(--soft); font-size: .92rem; } #live-solid { display: block; max-width: 100%; touch-action: none; }
+.live-tool :focus-visible { outline: .15rem solid var(--link); outline-offset: .15rem; }
+@media print { .live-tool { display: none; } .running .live-native { display: grid; } }
 .steps { padding-left: 1.2rem; max-width: 46rem; }
 .steps li { margin-bottom: .6rem; padding-left: .35rem; }
 .steps li::marker { color: var(--soft); font-weight: 650; }
