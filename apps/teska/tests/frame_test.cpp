@@ -14,6 +14,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <iomanip>
+#include <regex>
+#include <set>
+#include <sstream>
 
 namespace
 {
@@ -111,6 +115,72 @@ TEST(Texts, AreHarmlessOnATerminalAndInJson)
     EXPECT_EQ(value.text(), "{\"name\": \"\\\"\\\\\\u000a\xEF\xBF\xBD\", \"list\": [1, 0.1, -2, null, true, null], "
                             "\"none\": {}}");
     EXPECT_EQ(fixed_text(-0.125, 6), "-0.125000");
+}
+
+std::set<std::string> matches(const std::string &text, const std::string &pattern)
+{
+    std::set<std::string> found;
+    const std::regex expression(pattern);
+    for (std::sregex_iterator at(text.begin(), text.end(), expression), end; at != end; ++at)
+        found.insert(std::regex_replace((*at)[1].str(), std::regex("\\\\"), ""));
+    return found;
+}
+
+TEST(Pages, NameTheSameOptionsAndTheirExamplesAreRight)
+{
+    const std::string bash = completion("bash");
+    const std::string fish = completion("fish");
+    for (const command *known : all_commands()) {
+        SCOPED_TRACE(known->name);
+        const options take = described(*known);
+        std::set<std::string> names;
+        std::set<std::string> longs;
+        for (const option &shown : take.all()) {
+            names.insert(shown.name);
+            longs.insert(shown.name.substr(2));
+        }
+        EXPECT_EQ(matches(help_page(*known, take), "\n  (--[a-z0-9-]+)"), names);
+        EXPECT_EQ(matches(man_page(*known, take), "\n\\.B (\\\\-\\\\-[a-z0-9\\\\-]+)"), names);
+        EXPECT_EQ(matches(fish, "from " + known->name + "' -l ([a-z0-9-]+)"), longs);
+        const std::string line = "        " + known->name + ") options='";
+        const std::size_t start = bash.find(line);
+        ASSERT_NE(start, std::string::npos);
+        EXPECT_EQ(matches(bash.substr(start, bash.find('\n', start) - start), "(--[a-z0-9-]+)"), names);
+        EXPECT_NE(completion("zsh").find("    " + known->name + ")\n"), std::string::npos);
+        for (const example &shown : known->examples) {
+            std::istringstream words(shown.line);
+            std::vector<std::string> arguments;
+            for (std::string word; words >> std::quoted(word);)
+                arguments.push_back(word);
+            ASSERT_GT(arguments.size(), 2U);
+            EXPECT_EQ(arguments[0] + " " + arguments[1], "teska " + known->name);
+            const std::unique_ptr<action> made = known->make();
+            options fresh;
+            common_options common = {};
+            common.threads = 1;
+            made->describe(fresh);
+            describe_common(fresh, common);
+            EXPECT_NO_THROW(parse_arguments(*known, fresh, {arguments.begin() + 2, arguments.end()})) << shown.line;
+        }
+    }
+}
+
+// The program's own words, whatever the command.
+TEST(Program, TellsVersionHelpAndMistakes)
+{
+    using tool_test::run_teska;
+    EXPECT_EQ(run_teska({"--version"}).out, "teska " TESKA_TOOL_VERSION "\n");
+    EXPECT_EQ(run_teska({"convert", "--help", "--json", "--nonsense"}).code, 0);
+    EXPECT_EQ(run_teska({"nothing"}).err, "teska: nothing: no such command; teska --help lists them\n");
+    const tool_test::outcome result = run_teska({"convert", "a\n\xFF", "--json", "--x"});
+    EXPECT_EQ(result.code, 2);
+    EXPECT_EQ(result.err, "teska convert: --x: unknown option; teska convert --help lists the options\n");
+    EXPECT_EQ(result.out, "{\"ok\": false, \"code\": 2, \"file\": \"--x\", \"message\": \"unknown option; teska "
+                          "convert --help lists the options\"}\n");
+    const tool_test::outcome odd = run_teska({"convert", "a\n\xFF", "o.tif", "--to", "srgb", "--json"});
+    EXPECT_EQ(odd.err, "teska convert: a\\x0A\xFF: no such file\n");
+    EXPECT_EQ(odd.out, "{\"ok\": false, \"code\": 1, \"file\": \"a\\u000a\xEF\xBF\xBD\", \"message\": \"no such "
+                       "file\"}\n");
 }
 
 // A file is seen by its name only when it is whole.
