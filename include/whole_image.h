@@ -61,6 +61,7 @@ TESKA_API int whole_image_resize(int kernel, const whole_image *source, const wh
  * first, lines   the strip of lines to be made
  * Reports "whole_image_sharpen: illegal image" as above, "whole_image_sharpen: insufficient memory" for the line of
  * samples that nobody wants, else what fusm_new, fusm_start and fusm_level_red_set report.
+ * Kept: without memory for its tables a filter of fusm corrects nothing and does not say so.
  */
 TESKA_API int whole_image_sharpen(const whole_image_sharpening *how, const whole_image *source,
                                   const whole_image *target, int first, int lines) TESKA_NOTHROW;
