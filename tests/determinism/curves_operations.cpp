@@ -5,6 +5,7 @@
 #include "determinism/operations.h"
 #include "hist.h"
 #include "interp_double.h"
+#include "p_bezierd_base.h"
 
 #include <cstdlib>
 #include <memory>
@@ -134,6 +135,81 @@ void nearest_points(Generator &input, Digest &digest)
     lin_interp_double_kill(li);
 }
 
+using Chain = std::shared_ptr<poly_bezier>;
+
+void add_chain(Digest &digest, const Chain &p)
+{
+    for (int i = 0; i < poly_bezier_num(p.get()); ++i) {
+        double controls[8] = {};
+        poly_bezier_segment(p.get(), i, controls, controls + 4);
+        digest.add(controls, sizeof controls);
+    }
+}
+
+// Segments of degrees 1 to 3 in turn, and what is asked of them.
+Operation::Run chain_queries(Generator &input)
+{
+    constexpr int segments = 60;
+    const Chain p(poly_bezier_new(0, 0), poly_bezier_kill);
+    for (int i = 0; i < segments; ++i) {
+        double controls[6];
+        for (double &value : controls)
+            value = input.between(-1, 1);
+        poly_bezier_add(p.get(), 1 + i % 3, controls, controls + 3);
+    }
+    return [=](Generator &at, Digest &digest) {
+        for (int i = 0; i < 100; ++i) {
+            double r[16] = {};
+            const double u = at.between(0, segments), x = at.between(-1, 1), y = at.between(-1, 1);
+            poly_bezier_get(p.get(), u, &r[0], &r[1]);
+            poly_bezier_slope(p.get(), u, &r[2], &r[3]);
+            r[4] = poly_bezier_length(p.get(), u, at.between(0, segments));
+            r[5] = poly_bezier_at_length(p.get(), at.between(0, segments));
+            poly_bezier_nearest(p.get(), x, y, &r[6], &r[7]);
+            r[8] = poly_bezier_winding(p.get(), x, y);
+            const double line[] = {x, y, y, u};
+            poly_bezier_line(p.get(), line, &r[9], 7);
+            digest.add(r, sizeof r);
+        }
+        double box[5] = {};
+        poly_bezier_box(p.get(), box);
+        box[4] = poly_bezier_area(p.get());
+        digest.add(box, sizeof box);
+        double *points = nullptr;
+        const int sections = poly_bezier_vector(p.get(), 0.01, &points);
+        digest.add(points, static_cast<std::size_t>(sections + 1) * 16);
+        std::free(points);
+    };
+}
+
+// Chains through and near points, divided and raised; the monotone one is asked for y.
+void chains_of_points(Generator &input, Digest &digest)
+{
+    constexpr int count = 50;
+    for (int round = 0; round < 20; ++round) {
+        double x[count] = {}, y[count] = {};
+        for (int i = 0; i < count; ++i) {
+            y[i] = input.between(-1, 1);
+            x[i] = (i > 0 ? x[i - 1] : 0.0) + input.unit() + 0x1p-60;
+        }
+        const double bound = input.between(0.001, 0.2), corner = input.between(0, 180);
+        const Chain fitted(poly_bezier_fit(count, x, y, bound, corner, round % 2), poly_bezier_kill);
+        const Chain smooth(poly_bezier_spline(count, x, y, round % 2), poly_bezier_kill);
+        const Chain tone(poly_bezier_monotone(count, x, y), poly_bezier_kill);
+        for (const Chain &p : {fitted, smooth, tone})
+            add_chain(digest, p);
+        for (int i = 0; i < 20; ++i) {
+            double value = 0;
+            poly_bezier_get_y(tone.get(), input.between(0, x[count - 1]), &value);
+            digest.add(&value, sizeof value);
+        }
+        poly_bezier *parts[2] = {};
+        poly_bezier_split(smooth.get(), input.between(0, count), &parts[0], &parts[1]);
+        for (poly_bezier *part : parts)
+            add_chain(digest, Chain(part, poly_bezier_kill));
+    }
+}
+
 const Operation operations[] = {
     {"bezier_get, bezier_fget_y and bezier_get_x of curves through points", lines_met},
     {"bezier_vector and bezier_fvector", polylines},
@@ -141,6 +217,8 @@ const Operation operations[] = {
     {"hist_med and hist_percentile", moments},
     {"lin_interp_double_inter and inextp, 200 points and their inverse", curve_values},
     {"lin_interp_double_subst, 500 points", nearest_points},
+    {"poly_bezier queries, 60 segments of all degrees", chain_queries},
+    {"poly_bezier_fit, spline, monotone, split and get_y, 50 points", chains_of_points},
 };
 
 }  // namespace

@@ -33,11 +33,11 @@ range of_controls(int degree, const double *c)
     return r;
 }
 
+// Of a curve whose ends are in the range: it can leave it only where inner control points do.
 void widen(range &r, int degree, const double *c)
 {
-    r.add(c[degree]);
-    const range controls = of_controls(degree, c);
-    if (controls.least >= r.least && controls.most <= r.most)
+    // The points of lower degrees are among these too, and a 0, which does no harm.
+    if (std::min(c[1], c[2]) >= r.least && std::max(c[1], c[2]) <= r.most)
         return;
     double ts[2];
     const int turns = teska::turning_points(degree, c, ts);
@@ -172,6 +172,10 @@ int turning_points(int degree, const double *c, double ts[2]) noexcept
 int poly_bezier_box(const poly_bezier *p, double box[4]) TESKA_NOTHROW
 {
     range xs{.least = p->start.x, .most = p->start.x}, ys{.least = p->start.y, .most = p->start.y};
+    for (const chain_segment &segment : p->segments) {
+        xs.add(segment.x[segment.degree]);
+        ys.add(segment.y[segment.degree]);
+    }
     for (const chain_segment &segment : p->segments) {
         widen(xs, segment.degree, segment.x);
         widen(ys, segment.degree, segment.y);
