@@ -1,10 +1,10 @@
 /* archive.h - the class FilePacker for C and for other languages: entries with names, one after another in a file
  *
- *     archive *out = archive_create("pictures.fp", "proofs of May");
+ *     archive *out = archive_create("pictures.fp", "proofs of May", NULL);
  *     if (archive_add(out, "index.txt", text, length) != 0) ...
  *     archive_kill(out);
  *
- *     archive *in = archive_open("pictures.fp");
+ *     archive *in = archive_open("pictures.fp", NULL);
  *     char *content, name[ARCHIVE_NAME_SIZE];
  *     int bytes;
  *     while (archive_next(in, &content, &bytes, name) == 0)

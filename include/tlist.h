@@ -9,6 +9,7 @@
  *         return static_cast<Ink *>(static_cast<TElement *>(listed))->density -
  *                static_cast<Ink *>(static_cast<TElement *>(added))->density;
  *     }
+ *
  *     TList inks(lighter);
  *     inks.Add(new Ink);
  *     for (TElement *e = inks.First(); e != nullptr; e = e->Next())

@@ -1,6 +1,7 @@
 /* top_surface.h - the class TTriangularTopSurface for C and for other languages: the light side of a device's gamut
  *
  *     static int press(void *user, const double *device, double *lab);         1 is no ink, 0 full ink
+ *
  *     const double ramp[3] = {1.0, 0.5, 0.0};
  *     const double *const levels[4] = {ramp, ramp, ramp, ramp};
  *     const int counts[4] = {3, 3, 3, 3};

@@ -24,6 +24,7 @@
  * in the order tetar, phir, vtr.
  *
  *     static int press(void *user, const double *device, double *lab);         1 is no ink, 0 full ink
+ *
  *     const double levels[3] = {1.0, 0.5, 0.0};
  *     const double *of[4] = {levels, levels, levels, levels};
  *     const int counts[4] = {3, 3, 3, 3};

@@ -13,8 +13,8 @@ import sys
 from functools import cached_property
 from pathlib import Path
 
-from header_comments import (COMMENT, ROOT, Header, Indented, Items, Parameter, Section, Text, cut_remark, is_code,
-                             paragraphs, public_headers)
+from header_comments import (COMMENT, ROOT, Header, Indented, Items, Parameter, Section, Text, code_and_text, cut_remark,
+                             public_headers)
 
 # Too common as English to be taken for the name of a parameter or of a function.
 ENGLISH = {"a", "as", "at", "by", "in", "is", "no", "of", "on", "or", "out", "so", "to", "I"}
@@ -84,8 +84,8 @@ class Writer:
     def indented(self, block):
         """An example, a table of messages, or lines as they are."""
         parts = []
-        for lines in paragraphs(block.lines):
-            if is_code(lines, self.library.names):
+        for lines, is_code in code_and_text(block, self.library.names):
+            if is_code:
                 parts.append("@code{.cpp}\n" + "\n".join(self.code_line(line) for line in lines) + "\n@endcode")
             elif rows := self.messages(lines):
                 cells = "".join(f"<tr><td><code>{self.plain(m)}</code></td><td>{self.text(t)}</td></tr>" for m, t in rows)

@@ -424,7 +424,7 @@ class Header:
 def cut_remark(line):
     """A line of an example without the remark on its right, and the remark."""
     match = re.match(r"(.*?(?:[;{}):,]|\.\.\.|\\n\";?))\s{3,}(?=\S)(.*)$", line)
-    if match and not line[: match.start(2)].isspace():
+    if match and not match[1].isspace() and not match[2].startswith("{"):
         return match[1], match[2]
     match = re.match(r"(\s*(?:if \(.*\) )?\.\.\.) +(\S.*)$", line)
     if match and not match[2].startswith("}"):
@@ -447,8 +447,17 @@ def is_code(paragraph, names):
     ends = [cut_remark(line)[0].rstrip()[-1:] for line in paragraph]
     text = "\n".join(cut_remark(line)[0] for line in paragraph)
     calls = any(word in names for word in re.findall(r"(\w+)\s*[(;{* ]", text))
-    defines = "{" in ends or re.search(r"\)\s*\{ .* \}$", text, re.M)
-    return any(end in ";{}" for end in ends if end) and bool(calls or defines)
+    defines = "{" in ends or re.search(r"\)\s*\{ .* \}$|^static .*\);$", text, re.M)
+    return bool((calls and any(end in ";{" for end in ends if end)) or defines)
+
+
+def code_and_text(block, names):
+    """The paragraphs of indented lines, each with whether it is a program's; what follows in a program is, too."""
+    before = False
+    for lines in paragraphs(block.lines):
+        goes_on = before and any(cut_remark(line)[0].rstrip().endswith(";") for line in lines)
+        before = is_code(lines, names) or goes_on
+        yield lines, before
 
 
 def indented_blocks(elements):

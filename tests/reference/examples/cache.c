@@ -1,0 +1,28 @@
+#include "cache.h"
+
+#include "../check.h"
+
+static int loaded;
+static int page_bytes(void *pages, int id)
+{
+    (void)pages;
+    return 100 + id;
+}
+static void page_read(void *pages, int id, void *destination)
+{
+    (void)pages;
+    memset(destination, id, (size_t)(100 + id));
+    ++loaded;
+}
+#define load load_page
+#include "cache_1.inc"
+
+void example_cache(void);
+void example_cache(void)
+{
+    void *pages = NULL;
+    const int nr_pages = 20;
+#include "cache_2.inc"
+    CHECK(page != NULL && next != NULL);
+    CHECK(loaded == 2);
+}

@@ -1,0 +1,15 @@
+#include "clut.h"
+
+#include "../check.h"
+
+#include <vector>
+
+extern "C" void example_clut()
+{
+#define DOTS_1                                                                                                         \
+    for (std::size_t i = 0; i < values.size(); ++i)                                                                    \
+    values[i] = 0.25f
+#include "clut_1.inc"
+    NEAR(ink[0], 0.25, 1e-6);
+    NEAR(ink[3], 0.25, 1e-6);
+}

@@ -1,0 +1,10 @@
+#include "fdstream.h"
+
+#include "../check.h"
+
+extern "C" void example_fdstream()
+{
+#define DOTS_1 CHECK(0)
+#include "fdstream_1.inc"
+    CHECK(ink == "cyan");
+}

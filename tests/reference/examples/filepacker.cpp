@@ -1,0 +1,18 @@
+#include "filepacker.h"
+
+#include "../check.h"
+
+extern "C" void example_filepacker()
+{
+    const char *text = "four";
+    const long length = 4;
+    int entries = 0;
+    {
+#define DOTS_1 CHECK(0)
+#include "filepacker_1.inc"
+    }
+#define DOTS_2 CHECK(++entries == 1 && bytes == 4 && strcmp(name, "index.txt") == 0)
+#define DOTS_3 CHECK(0)
+#include "filepacker_2.inc"
+    CHECK(entries == 1);
+}

@@ -1,0 +1,20 @@
+#include "fir.h"
+
+#include "../check.h"
+
+static int handed;
+#define DOTS_1                                                                                                         \
+    ++handed;                                                                                                          \
+    (void)component
+#include "fir_1.inc"
+
+void example_fir(void);
+void example_fir(void)
+{
+    enum { height = 4, width = 5 };
+    static unsigned char line[height][3 * width], red[3 * width];
+    unsigned char *out[3] = {red, red + 1, red + 2};
+    memset(line, 100, sizeof line);
+#include "fir_2.inc"
+    CHECK(handed == 12);
+}

@@ -1,0 +1,27 @@
+#include "flood.h"
+
+#include "../check.h"
+
+struct picture {
+    int width, height, old;
+    unsigned char *row[32];
+};
+static int filled;
+#define DOTS_1                                                                                                         \
+    struct picture *p = user;                                                                                          \
+    filled += xLast - xFirst + 1;                                                                                      \
+    memset(p->row[y] + xFirst, 1, (size_t)(xLast - xFirst + 1))
+#include "flood_1.inc"
+
+void example_flood(void);
+void example_flood(void)
+{
+    static unsigned char rows[32][32];
+    struct picture picture = {32, 32, 0, {0}};
+    for (int y = 0; y < 32; ++y)
+        picture.row[y] = rows[y];
+    rows[8][3] = 1;
+    filled = 0;
+#include "flood_2.inc"
+    CHECK(filled == 32 * 32 - 1);
+}

@@ -1,0 +1,21 @@
+#include "fusm.h"
+
+#include "../check.h"
+
+static int written;
+static void write_component(int k, const unsigned char *line)
+{
+    CHECK(k >= 0 && k < 3 && line[1000] == 50);
+    ++written;
+}
+#include "fusm_1.inc"
+
+void example_fusm(void);
+void example_fusm(void)
+{
+    enum { lines = 6 };
+    static unsigned char image[lines][3 * 2048];
+    memset(image, 50, sizeof image);
+#include "fusm_2.inc"
+    CHECK(written == 3 * lines);
+}

@@ -1,0 +1,20 @@
+#include "tconvexhull.h"
+
+#include "../check.h"
+
+namespace
+{
+struct Lab {
+    double L, a, b;
+};
+}  // namespace
+
+extern "C" void example_tconvexhull()
+{
+    const Lab measured[] = {{0, 0, 0}, {100, 0, 0}, {50, 100, 0}, {50, 0, 100}, {50, -80, -80}};
+    int inside = 0;
+#define DOTS_1 CHECK(0)
+#define DOTS_2 inside = 1
+#include "tconvexhull_1.inc"
+    CHECK(inside);
+}

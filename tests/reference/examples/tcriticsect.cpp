@@ -1,0 +1,13 @@
+#include "tcriticsect.h"
+
+#include "../check.h"
+
+static int guarded_step()
+{
+    const int busy = 1;
+    reference_make_folder("profiles");
+#include "tcriticsect_1.inc"
+    return 0;
+}
+
+extern "C" void example_tcriticsect() { CHECK(guarded_step() == 0); }

@@ -1,0 +1,28 @@
+#include "tquadtree.h"
+
+#include "../check.h"
+
+namespace
+{
+struct Dot {
+    double x, y;
+};
+int draw(const TQuadHit *, void *canvas)
+{
+    ++*static_cast<int *>(canvas);
+    return 0;
+}
+}  // namespace
+
+extern "C" void example_tquadtree()
+{
+    Dot screen[3] = {{1, 1}, {2, 2}, {50, 50}};
+    const struct {
+        double x, y;
+    } mouse = {2.5, 2};
+    int canvas = 0;
+    TQuadHit found = {};
+#define DOTS_1 found = hit
+#include "tquadtree_1.inc"
+    CHECK(found.item == &screen[1] && canvas == 3);
+}

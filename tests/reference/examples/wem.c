@@ -1,0 +1,20 @@
+#include "wem.h"
+
+#include "../check.h"
+
+static int my_exit(const char *line)
+{
+    (void)line;
+    return 0;
+}
+
+void example_wem(void);
+void example_wem(void)
+{
+    char translation[WEM_NAME_SIZE];
+#include "wem_1.inc"
+    CHECK(strcmp(line, "ERROR : 'list_new: no memory'") == 0);
+    CHECK(strcmp(translation, "C:\\data") == 0);
+    wem_set_errexit(NULL);
+    wem_lognam_clear();
+}

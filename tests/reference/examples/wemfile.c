@@ -1,0 +1,21 @@
+#include "wemfile.h"
+
+#include "../check.h"
+#include "wem.h"
+#include "zuk.h"
+
+void example_wemfile(void);
+void example_wemfile(void)
+{
+    const char *const folders[] = {"system", "system/tables", "system/tables/inks"};
+    for (int i = 0; i < 3; ++i)
+        reference_make_folder(folders[i]);
+    FILE *file = fopen("system/tables/inks/coated.rec", "wb");
+    fputs("[cyan]\ndensity = 1.5\n", file);
+    fclose(file);
+#define wem_lognam_set(name, folder) wem_lognam_set(name, strcmp(name, "USER") == 0 ? "user" : "system")
+#include "wemfile_1.inc"
+#undef wem_lognam_set
+    CHECK(strcmp(value, "1.5") == 0);
+    wem_lognam_clear();
+}

@@ -1,0 +1,17 @@
+#include "whole_image.h"
+
+#include "../check.h"
+#include "izat.h"
+
+void example_whole_image(void);
+void example_whole_image(void)
+{
+    unsigned char *pixels = calloc(6000u * 4000u, 3), *result = calloc(1500u * 1000u, 3);
+    int done = 0;
+    memset(pixels, 77, 6000u * 4000u * 3);
+#define DOTS_1 done = 1 /* refused */
+#include "whole_image_1.inc"
+    CHECK(!done && result[1500u * 1000u * 3 - 1] == 77);
+    free(pixels);
+    free(result);
+}

@@ -1,0 +1,76 @@
+#!/usr/bin/env python3
+"""Writes the examples of the public headers as sources, for the programs in this folder to include.
+
+    extract.py <folder>
+
+Paragraph k of the examples in x.h becomes x_<k>.inc. A remark on the right becomes a comment, "..." becomes DOTS_1, DOTS_2
+.. in the order of the header, which a program defines as what its reader would write there. A header with an example
+that no program includes is an error.
+"""
+
+import re
+import sys
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+sys.path.insert(0, str(HERE.parents[1] / "tools"))
+
+from doxygen_filter import Library
+from header_comments import code_and_text, cut_remark, indented_blocks
+
+
+class Dots:
+    """Counts the places left open in a header."""
+
+    def __init__(self):
+        self.count = 0
+
+    def name(self, match):
+        self.count += 1
+        before, after = match[1], match[2]
+        return f"{before}DOTS_{self.count}{'' if after.startswith(';') else ';'}{after}"
+
+
+def as_source(lines, dots):
+    for line in lines:
+        code, remark = cut_remark(line)
+        code = re.sub(r"(.*?)(?<!\.)\.\.\.(?!\.)(.*)", dots.name, code, count=1)
+        yield f"{code} /* {remark} */" if remark else code
+
+
+def examples(library):
+    """Header -> the texts of its paragraphs."""
+    for header in library.headers:
+        dots, found = Dots(), []
+        for comment in header.comments:
+            if comment.access == "private" or comment.kind in ("trailing", "inner"):
+                continue
+            for block in indented_blocks(header.elements(comment)):
+                for lines, is_code in code_and_text(block, library.names):
+                    if is_code:
+                        defaults = dots.count
+                        text = "\n".join(as_source(lines, dots))
+                        names = [f"DOTS_{i}" for i in range(defaults + 1, dots.count + 1)]
+                        guards = [f"#ifndef {name}\n#    define {name} ((void)0)\n#endif\n" for name in names]
+                        found.append("".join(guards) + text + "\n")
+        if found:
+            yield header.path.stem, found
+
+
+def main(folder):
+    folder.mkdir(parents=True, exist_ok=True)
+    programs = "".join(path.read_text() for path in sorted((HERE / "examples").glob("*.c*")))
+    faults = 0
+    for name, texts in examples(Library()):
+        for k, text in enumerate(texts, 1):
+            target = folder / f"{name}_{k}.inc"
+            if not target.exists() or target.read_text() != text:
+                target.write_text(text)
+            if f'#include "{target.name}"' not in programs:
+                print(f"no program of tests/reference/examples includes example {k} of {name}.h:\n{text}")
+                faults += 1
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(Path(sys.argv[1])))
