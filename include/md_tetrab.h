@@ -58,6 +58,13 @@ TESKA_API md_tetrab *md_tetrab_new(int N, int M, int R) TESKA_NOTHROW;
  */
 TESKA_API md_tetrab *md_tetrab_new_special(int N, int M, int R, int L, int H, int E) TESKA_NOTHROW;
 
+/* md_tetrab_clone - a table of its own with the same data, curves, weights and extension.
+ *
+ * Returns the new table, owned by the caller (md_tetrab_kill), or NULL with "md_tetrab_clone: insufficient memory".
+ * Other threads may convert through the given table meanwhile.
+ */
+TESKA_API md_tetrab *md_tetrab_clone(const md_tetrab *table) TESKA_NOTHROW;
+
 /* md_tetrab_kill - free a table with its data and curves.
  *
  * table  may be null
@@ -81,6 +88,22 @@ TESKA_API unsigned char *md_tetrab_ilutptr(md_tetrab *table, int d) TESKA_NOTHRO
 
 /* md_tetrab_olutptr - the 256 bytes of output curve c, writable; NULL when c is not in 0 .. M - 1. */
 TESKA_API unsigned char *md_tetrab_olutptr(md_tetrab *table, int c) TESKA_NOTHROW;
+
+/* md_tetrab_fill_double - set all vertices of the walk from doubles, each to the nearest byte.
+ *
+ *     byte = floor(255 (v - lo) / (hi - lo) + 0.5), at least 0 and at most 255
+ *
+ * values     doubles that lie like the vertex data: input 0 slowest, the M values of a vertex together
+ * extension  their layers beyond R in each dimension, which are passed over: 0 for an array of R^N * M doubles, as
+ *            colour tables of ICC profiles have them; 1 for the data of an md_tetrad
+ * lo, hi     the values of 0 and 255; hi may lie below lo
+ * Returns 1, or 0 with the table unchanged and one of
+ *     "md_tetrab_fill_double: illegal range"    lo and hi are equal or not finite, extension is below 0, or there would
+ *                                               be more than INT_MAX values
+ *     "md_tetrab_fill_double: illegal value"    one that is not finite
+ */
+TESKA_API int md_tetrab_fill_double(md_tetrab *table, const double *values, int extension, double lo,
+                                    double hi) TESKA_NOTHROW;
 
 /* md_tetrab_dataptr - the vertex data, writable.
  *

@@ -48,6 +48,13 @@ typedef struct md_tetrad md_tetrad;
  */
 TESKA_API md_tetrad *md_tetrad_new(int N, int M, int R, double lo, double hi) TESKA_NOTHROW;
 
+/* md_tetrad_clone - a table of its own with the same range and data.
+ *
+ * Returns the new table, owned by the caller (md_tetrad_kill), or NULL with "md_tetrad_clone: insufficient memory".
+ * Other threads may evaluate the given table meanwhile.
+ */
+TESKA_API md_tetrad *md_tetrad_clone(const md_tetrad *table) TESKA_NOTHROW;
+
 /* md_tetrad_kill - free a table with its data.
  *
  * table  may be null

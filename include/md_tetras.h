@@ -47,6 +47,12 @@ typedef struct md_tetras md_tetras;
  */
 TESKA_API md_tetras *md_tetras_new(int N, int M, int R) TESKA_NOTHROW;
 
+/* md_tetras_clone - a table of its own with the same data and curves.
+ *
+ * Returns the new table, owned by the caller (md_tetras_kill), or NULL with "md_tetras_clone: insufficient memory".
+ */
+TESKA_API md_tetras *md_tetras_clone(const md_tetras *table) TESKA_NOTHROW;
+
 /* md_tetras_kill - free a table with its data and curves.
  *
  * table  may be null
@@ -84,6 +90,22 @@ TESKA_API int md_tetras_ilut_set(md_tetras *table, int d, int n, const unsigned 
  *                                                 identity
  */
 TESKA_API int md_tetras_olut_set(md_tetras *table, int c, int n, const unsigned short *entries) TESKA_NOTHROW;
+
+/* md_tetras_fill_double - set all vertices from doubles, each to the nearest sample.
+ *
+ *     sample = floor(65535 (v - lo) / (hi - lo) + 0.5), at least 0 and at most 65535
+ *
+ * values     doubles that lie like the vertex data: input 0 slowest, the M values of a vertex together
+ * extension  their layers beyond R in each dimension, which are passed over: 0 for an array of R^N * M doubles, as
+ *            colour tables of ICC profiles have them; 1 for the data of an md_tetrad
+ * lo, hi     the values of 0 and 65535; hi may lie below lo
+ * Returns 1, or 0 with the table unchanged and one of
+ *     "md_tetras_fill_double: illegal range"    lo and hi are equal or not finite, extension is below 0, or there would
+ *                                               be more than INT_MAX values
+ *     "md_tetras_fill_double: illegal value"    one that is not finite
+ */
+TESKA_API int md_tetras_fill_double(md_tetras *table, const double *values, int extension, double lo,
+                                    double hi) TESKA_NOTHROW;
 
 /* md_tetras_dataptr - the vertex data, writable.
  *

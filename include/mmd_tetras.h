@@ -38,6 +38,12 @@ typedef struct mmd_tetras mmd_tetras;
  */
 TESKA_API mmd_tetras *mmd_tetras_new(int K, int N, int M, int R) TESKA_NOTHROW;
 
+/* mmd_tetras_clone - a set of its own with the same data and curves.
+ *
+ * Returns the new set, owned by the caller (mmd_tetras_kill), or NULL with "mmd_tetras_clone: insufficient memory".
+ */
+TESKA_API mmd_tetras *mmd_tetras_clone(const mmd_tetras *set) TESKA_NOTHROW;
+
 /* mmd_tetras_kill - free a set with its data and curves.
  *
  * set  may be null

@@ -22,6 +22,7 @@
 #include "Kernels/simplex.h"
 #include "Source/md_tetrab/positions.h"
 #include "Support/grid.h"
+#include "Support/grid_fill.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 #include "Support/table_shape.h"
@@ -144,6 +145,16 @@ bool make_row_sets(md_tetrab &table)
 {
     table.lines = teska::zeroed_block<uint8_t *>(static_cast<size_t>(table.shape.outputs));
     return table.lines && table.row_sets.reserve(table.shape.inputs);
+}
+
+// A table of the same shape and weights, empty. False: memory is short.
+bool make_like(const md_tetrab &model, md_tetrab &table)
+{
+    table.shape = model.shape;
+    table.weight_low = model.weight_low;
+    table.weight_high = model.weight_high;
+    return make_data(table) && table.positions.make(table.shape, table.strides, table.weight_low, table.weight_high) &&
+           make_curves(table) && make_products(table) && make_row_sets(table);
 }
 
 // ---- Conversion -----------------------------------------------------------------------------------------------------
@@ -342,6 +353,20 @@ md_tetrab *md_tetrab_new_special(int N, int M, int R, int L, int H, int E) TESKA
     return table.release();
 }
 
+md_tetrab *md_tetrab_clone(const md_tetrab *table) TESKA_NOTHROW
+{
+    auto copy = teska::make_record<md_tetrab>();
+    if (!copy || !make_like(*table, *copy)) {
+        TESKA_ERR("md_tetrab_clone: insufficient memory");
+        return nullptr;
+    }
+    const auto curves = [](int count) { return static_cast<size_t>(count) * curve_size; };
+    std::memcpy(copy->data.get(), table->data.get(), static_cast<size_t>(table->data_size));
+    std::memcpy(copy->in_curves.get(), table->in_curves.get(), curves(table->shape.inputs));
+    std::memcpy(copy->out_curves.get(), table->out_curves.get(), curves(table->shape.outputs));
+    return copy.release();
+}
+
 md_tetrab *md_tetrab_kill(md_tetrab *table) TESKA_NOTHROW
 {
     teska::kill_record(table);
@@ -367,6 +392,17 @@ unsigned char *md_tetrab_olutptr(md_tetrab *table, int c) TESKA_NOTHROW
 {
     const bool inside = c >= 0 && c < table->shape.outputs;
     return inside ? table->out_curves.get() + static_cast<size_t>(c) * curve_size : nullptr;
+}
+
+int md_tetrab_fill_double(md_tetrab *table, const double *values, int extension, double lo, double hi) TESKA_NOTHROW
+{
+    const teska::grid_source source{.values = values, .extension = extension, .low = lo, .high = hi};
+    const teska::grid_filling filling = teska::fill_grid(table->shape, source, table->data.get());
+    if (filling == teska::grid_filling::illegal_range)
+        TESKA_ERR("md_tetrab_fill_double: illegal range");
+    if (filling == teska::grid_filling::illegal_value)
+        TESKA_ERR("md_tetrab_fill_double: illegal value");
+    return filling == teska::grid_filling::done ? 1 : 0;
 }
 
 unsigned char *md_tetrab_dataptr(md_tetrab *table, int *size) TESKA_NOTHROW

@@ -20,6 +20,7 @@
 #include "Support/table_shape.h"
 
 #include <cstddef>
+#include <cstring>
 
 using std::ptrdiff_t;
 using std::size_t;
@@ -61,6 +62,12 @@ bool make_data(md_tetrad &table)
     constexpr size_t room = 1;  // kernels read four values where three are needed
     table.data = teska::zeroed_block<double>(static_cast<size_t>(table.data_size) + room);
     return static_cast<bool>(table.data);
+}
+
+bool make_offsets(md_tetrad &table)
+{
+    table.offsets = teska::zeroed_block<const int *>(static_cast<size_t>(table.shape.inputs));
+    return static_cast<bool>(table.offsets);
 }
 
 bool make_positions(md_tetrad &table)
@@ -131,8 +138,7 @@ md_tetrad *md_tetrad_new(int N, int M, int R, double lo, double hi) TESKA_NOTHRO
         TESKA_ERR("md_tetra_new: insufficient memory");
         return nullptr;
     }
-    table->offsets = teska::zeroed_block<const int *>(static_cast<size_t>(N));
-    if (!table->offsets) {
+    if (!make_offsets(*table)) {
         TESKA_ERR("md_tetrab_new: malloc failure");
         return nullptr;
     }
@@ -141,6 +147,23 @@ md_tetrad *md_tetrad_new(int N, int M, int R, double lo, double hi) TESKA_NOTHRO
         return nullptr;
     }
     return table.release();
+}
+
+md_tetrad *md_tetrad_clone(const md_tetrad *table) TESKA_NOTHROW
+{
+    auto copy = teska::make_record<md_tetrad>();
+    if (copy) {
+        copy->shape = table->shape;
+        copy->input_step = table->input_step;
+        copy->input_low = table->input_low;
+        copy->input_high = table->input_high;
+    }
+    if (!copy || !make_data(*copy) || !make_offsets(*copy) || !make_positions(*copy)) {
+        TESKA_ERR("md_tetrad_clone: insufficient memory");
+        return nullptr;
+    }
+    std::memcpy(copy->data.get(), table->data.get(), static_cast<size_t>(table->data_size) * sizeof(double));
+    return copy.release();
 }
 
 md_tetrad *md_tetrad_kill(md_tetrad *table) TESKA_NOTHROW

@@ -10,6 +10,7 @@
 
 #include "md_tetras.h"
 
+#include "Support/grid_fill.h"
 #include "Support/report.h"
 #include "Support/tetras_set.h"
 
@@ -53,6 +54,16 @@ md_tetras *md_tetras_new(int N, int M, int R) TESKA_NOTHROW
     return table.release();
 }
 
+md_tetras *md_tetras_clone(const md_tetras *table) TESKA_NOTHROW
+{
+    auto copy = teska::make_record<md_tetras>();
+    if (!copy || !copy->set.copy(table->set)) {
+        TESKA_ERR("md_tetras_clone: insufficient memory");
+        return nullptr;
+    }
+    return copy.release();
+}
+
 md_tetras *md_tetras_kill(md_tetras *table) TESKA_NOTHROW
 {
     teska::kill_record(table);
@@ -79,6 +90,17 @@ int md_tetras_olut_set(md_tetras *table, int c, int n, const unsigned short *ent
     if (change == curve_change::no_memory)
         TESKA_ERR("md_tetras_olut_set: insufficient memory");
     return change == curve_change::done ? 1 : 0;
+}
+
+int md_tetras_fill_double(md_tetras *table, const double *values, int extension, double lo, double hi) TESKA_NOTHROW
+{
+    const teska::grid_source source{.values = values, .extension = extension, .low = lo, .high = hi};
+    const teska::grid_filling filling = teska::fill_grid(table->set.shape(), source, table->set.grid(0));
+    if (filling == teska::grid_filling::illegal_range)
+        TESKA_ERR("md_tetras_fill_double: illegal range");
+    if (filling == teska::grid_filling::illegal_value)
+        TESKA_ERR("md_tetras_fill_double: illegal value");
+    return filling == teska::grid_filling::done ? 1 : 0;
 }
 
 unsigned short *md_tetras_dataptr(md_tetras *table, int *size) TESKA_NOTHROW

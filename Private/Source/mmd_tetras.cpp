@@ -80,6 +80,16 @@ mmd_tetras *mmd_tetras_new(int K, int N, int M, int R) TESKA_NOTHROW
     return set.release();
 }
 
+mmd_tetras *mmd_tetras_clone(const mmd_tetras *set) TESKA_NOTHROW
+{
+    auto copy = teska::make_record<mmd_tetras>();
+    if (!copy || !copy->tables.copy(set->tables)) {
+        TESKA_ERR("mmd_tetras_clone: insufficient memory");
+        return nullptr;
+    }
+    return copy.release();
+}
+
 mmd_tetras *mmd_tetras_kill(mmd_tetras *set) TESKA_NOTHROW
 {
     teska::kill_record(set);

@@ -118,6 +118,26 @@ public:
         return static_cast<bool>(curves_);
     }
 
+    // A copy of another set, into one that is empty; false when memory is short.
+    bool copy(const tetras_set &other) noexcept
+    {
+        if (!make(other.tables_, other.shape_))
+            return false;
+        const auto samples = static_cast<std::size_t>(tables_) * static_cast<std::size_t>(values_);
+        std::copy_n(other.vertices_.get(), samples, vertices_.get());
+        std::copy_n(other.bytes_.get(), 256 * std::ptrdiff_t{shape_.inputs}, bytes_.get());
+        for (int i = 0; i < curve_count(); ++i) {
+            if (other.curves_[i] == nullptr)
+                continue;
+            curves_[i] = zeroed_block<std::uint16_t>(tetras_curve_size).release();
+            if (curves_[i] == nullptr)
+                return false;
+            std::copy_n(other.curves_[i], tetras_curve_size, curves_[i]);
+        }
+        curved_outputs_ = other.curved_outputs_;
+        return true;
+    }
+
     // ---- Curves -----------------------------------------------------------------------------------------------------
 
     curve_change set_in_curve(int d, int n, const std::uint16_t *entries) noexcept

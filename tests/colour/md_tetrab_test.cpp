@@ -11,6 +11,7 @@
 #include <climits>
 #include <cmath>
 #include <memory>
+#include <tuple>
 
 using namespace teska_test;
 
@@ -321,6 +322,71 @@ TEST(MdTetrabNew, KeptNamesARelativeInItsMessages)
     const Table table({2, 1, 3});
     EXPECT_EQ(md_tetrab_expand(table.get(), 1), nullptr);
     EXPECT_EQ(reports.take(), (lines{"md_tetrab_expand: error in md_tetrab_new", "md_tetra_new: illegal dimension"}));
+}
+
+TEST(MdTetrabClone, ConvertsAlikeAndHasALifeOfItsOwn)
+{
+    Generator random(11);
+    for (const Shape &shape : {Shape{1, 1, 2}, {3, 4, 17}, {4, 3, 5, 16, 235, 0}, {2, 2, 3, 0, 255, 3}}) {
+        auto original = std::make_unique<Table>(shape);
+        original->randomize(random);
+        const Bytes pixel{random.byte(), random.byte(), random.byte(), random.byte()};
+        const Bytes point(pixel.begin(), pixel.begin() + shape.N);
+        const Bytes before = original->convert(point);
+        const Table clone(shape, md_tetrab_clone(original->get()));
+        ASSERT_EQ(clone.size, original->size);
+        EXPECT_TRUE(std::equal(clone.data, clone.data + clone.size, original->data));
+        EXPECT_EQ(clone.convert(point), before);
+        clone.randomize(random);
+        EXPECT_EQ(original->convert(point), before);
+        const Bytes after = clone.convert(point);
+        original.reset();
+        EXPECT_EQ(clone.convert(point), after);
+        EXPECT_EQ(after, model(clone, point));
+    }
+}
+
+TEST(MdTetrabFillDouble, RoundsEveryVertexToTheNearestByte)
+{
+    struct Range {
+        double lo, hi;
+    };
+    Generator random(12);
+    for (const auto &[lo, hi] : {Range{0, 1}, {-128, 127}, {100, 0}, {0, 255}})
+        for (const int layers : {0, 1, 2}) {
+            const Table table({2, 3, 5});
+            std::fill_n(table.data, table.size, 77);
+            const int side = 5 + layers;
+            std::vector<double> values(static_cast<std::size_t>(side * side * 3), std::nan(""));
+            for (int i = 0; i < 25; ++i)
+                for (int c = 0; c < 3; ++c)
+                    values[static_cast<std::size_t>(3 * (i / 5 * side + i % 5) + c)] =
+                        lo + (hi - lo) * (i % 7 == 0 ? random.below(511) / 510.0 : random.between(-0.2, 1.2));
+            ASSERT_EQ(md_tetrab_fill_double(table.get(), values.data(), layers, lo, hi), 1);
+            Bytes expected(static_cast<std::size_t>(table.size), 77);
+            for (int i = 0; i < 25; ++i)
+                for (int c = 0; c < 3; ++c) {
+                    const double v = values[static_cast<std::size_t>(3 * (i / 5 * side + i % 5) + c)];
+                    const double exact = 255 * (v - lo) / (hi - lo);
+                    const int byte = exact < 0 ? 0 : exact > 255 ? 255 : static_cast<int>(std::floor(exact + 0.5));
+                    expected[static_cast<std::size_t>(3 * (i / 5 * 6 + i % 5) + c)] = static_cast<unsigned char>(byte);
+                }
+            EXPECT_EQ(Bytes(table.data, table.data + table.size), expected) << lo << ", " << layers;
+        }
+}
+
+TEST(MdTetrabFillDouble, RefusesRangesAndValuesWithoutAChange)
+{
+    Reports reports;
+    const Table table({1, 1, 3});
+    std::fill_n(table.data, table.size, 9);
+    const double inf = HUGE_VAL, values[] = {0, 0.5, 1}, bad[] = {0, 1, std::nan("")};
+    for (const auto &[lo, hi, layers] : {std::tuple(1.0, 1.0, 0), {0.0, inf, 0}, {0.0, 1.0, -1}, {0.0, 1.0, INT_MAX}})
+        EXPECT_EQ(md_tetrab_fill_double(table.get(), values, layers, lo, hi), 0);
+    EXPECT_EQ(reports.take(), lines(4, "md_tetrab_fill_double: illegal range"));
+    EXPECT_EQ(md_tetrab_fill_double(table.get(), bad, 0, 0, 1), 0);
+    EXPECT_EQ(reports.take(), lines{"md_tetrab_fill_double: illegal value"});
+    EXPECT_EQ(Bytes(table.data, table.data + table.size), Bytes(4, 9));
 }
 
 }  // namespace

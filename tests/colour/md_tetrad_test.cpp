@@ -183,4 +183,26 @@ TEST(MdTetradInterp, ReadsNothingOutsideTheDataForAnyInput)
     EXPECT_EQ(empty_range.at({5, 5})[0], 7);
 }
 
+TEST(MdTetradClone, EvaluatesAlikeAndHasALifeOfItsOwn)
+{
+    Generator random(13);
+    auto original = std::make_unique<Table>(3, 2, 4, -1, 3);
+    original->fill(random);
+    const std::unique_ptr<md_tetrad, md_tetrad *(*)(md_tetrad *)> clone(md_tetrad_clone(original->get()),
+                                                                        md_tetrad_kill);
+    int size = 0;
+    double *const data = md_tetrad_dataptr(clone.get(), &size);
+    const Doubles before(original->data, original->data + original->size), point{-0.3, 2.2, 0.1};
+    EXPECT_EQ(Doubles(data, data + size), before);
+    Samples in(point), out(Doubles(2));
+    md_tetrad_interp(clone.get(), in.at.data(), 1, out.at.data(), 1, 1);
+    EXPECT_EQ(out.buffer, original->at(point));
+    std::fill_n(data, size, 5.0);
+    EXPECT_EQ(Doubles(original->data, original->data + original->size), before);
+    original.reset();
+    Samples again(point), constant(Doubles(2));
+    md_tetrad_interp(clone.get(), again.at.data(), 1, constant.at.data(), 1, 1);
+    EXPECT_EQ(constant.buffer, Doubles(2, 5.0));
+}
+
 }  // namespace

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <climits>
+#include <cmath>
 #include <cstdint>
 #include <memory>
 
@@ -350,6 +351,45 @@ TEST(MdTetrasInterp, ConvertsInPlaceWithChannelsExchanged)
 {
     check_in_place<unsigned short>();
     check_in_place<unsigned char>();
+}
+
+TEST(MdTetrasClone, ConvertsAlikeAndHasALifeOfItsOwn)
+{
+    Generator random(14);
+    auto original = std::make_unique<Table>(3, 4, 5);
+    original->fill(random);
+    original->set_in(1, {65535, 100, 0});
+    original->set_out(2, {0, 65535, 3});
+    std::unique_ptr<md_tetras, md_tetras *(*)(md_tetras *)> clone(md_tetras_clone(original->get()), md_tetras_kill);
+    const Words point{1000, 30000, 65535};
+    const auto convert = [&](const md_tetras *table) {
+        Samples<unsigned short> in(point), out(Words(4));
+        md_tetras_interp(table, in.at.data(), 1, out.at.data(), 1, 1, nullptr, 0);
+        return out.buffer;
+    };
+    const Words expected = original->expected(point);
+    EXPECT_EQ(convert(clone.get()), expected);
+    md_tetras_ilut_set(clone.get(), 1, 0, nullptr);
+    md_tetras_dataptr(clone.get(), nullptr)[0] ^= 1;
+    EXPECT_EQ(convert(original->get()), expected);
+    clone.reset(md_tetras_clone(original->get()));
+    original.reset();
+    EXPECT_EQ(convert(clone.get()), expected);
+}
+
+TEST(MdTetrasFillDouble, RoundsEveryVertexToTheNearestSample)
+{
+    Reports reports;
+    const Table table(2, 1, 2);
+    const double values[] = {0, 1.0 / 3, 0.5, 2, -1, 0.25, 0.25, 0.25, 1}, bad[] = {0, 0, 0, HUGE_VAL};
+    EXPECT_EQ(md_tetras_fill_double(table.get(), values, 0, 0, 1), 1);
+    EXPECT_EQ(Words(table.data, table.data + 4), (Words{0, 21845, 32768, 65535}));
+    EXPECT_EQ(md_tetras_fill_double(table.get(), values, 1, 1, 0), 1);
+    EXPECT_EQ(Words(table.data, table.data + 4), (Words{65535, 43690, 0, 65535}));
+    EXPECT_EQ(md_tetras_fill_double(table.get(), bad, 0, 0, 1), 0);
+    EXPECT_EQ(md_tetras_fill_double(table.get(), values, 0, 3, 3), 0);
+    EXPECT_EQ(reports.take(), (lines{"md_tetras_fill_double: illegal range", "md_tetras_fill_double: illegal value"}));
+    EXPECT_EQ(Words(table.data, table.data + 4), (Words{65535, 43690, 0, 65535}));
 }
 
 }  // namespace

@@ -288,4 +288,21 @@ TEST(MmdTetras, RefusesWhatCannotBe)
     EXPECT_EQ(reports.take(), lines(5, "mmd_tetras_olut_set: illegal curve"));
 }
 
+TEST(MmdTetrasClone, ConvertsAsItsOriginal)
+{
+    for_sets([](const Set &set, Generator &random) {
+        const std::unique_ptr<mmd_tetras, mmd_tetras *(*)(mmd_tetras *)> clone(mmd_tetras_clone(set.get()),
+                                                                               mmd_tetras_kill);
+        const auto in = random_pixels<unsigned short>(set.n, random);
+        const int channels = set.k * set.m;
+        Samples<unsigned short> of_set(channels, pixels, channels), of_clone(channels, pixels, channels);
+        mmd_tetras_interp_all(set.get(), in.at.data(), in.step, of_set.at.data(), of_set.step, pixels);
+        mmd_tetras_interp_all(clone.get(), in.at.data(), in.step, of_clone.at.data(), of_clone.step, pixels);
+        EXPECT_EQ(of_clone.buffer, of_set.buffer);
+        mmd_tetras_dataptr(clone.get(), set.k - 1, nullptr)[0] ^= 1;
+        EXPECT_NE(mmd_tetras_dataptr(clone.get(), set.k - 1, nullptr)[0],
+                  mmd_tetras_dataptr(set.get(), set.k - 1, nullptr)[0]);
+    });
+}
+
 }  // namespace

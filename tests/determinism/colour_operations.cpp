@@ -93,6 +93,24 @@ Operation::Run tetrad(Generator &input)
     };
 }
 
+// Copies of tables whose vertices are rounded from doubles.
+const Operation filled("md_tetrab_fill_double, md_tetras_fill_double, clones", [](Generator &input, Digest &digest) {
+    const std::unique_ptr<md_tetrab, md_tetrab *(*)(md_tetrab *)> bytes(md_tetrab_new(3, 4, 9), md_tetrab_kill);
+    const std::unique_ptr<md_tetras, md_tetras *(*)(md_tetras *)> words(md_tetras_new(3, 4, 9), md_tetras_kill);
+    std::vector<double> values(4000);
+    for (double &v : values)
+        v = input.between(-10, 110);
+    md_tetrab_fill_double(bytes.get(), values.data(), 1, 0, 100);
+    md_tetras_fill_double(words.get(), values.data(), 0, 100, 0);
+    const std::unique_ptr<md_tetrab, md_tetrab *(*)(md_tetrab *)> b(md_tetrab_clone(bytes.get()), md_tetrab_kill);
+    const std::unique_ptr<md_tetras, md_tetras *(*)(md_tetras *)> s(md_tetras_clone(words.get()), md_tetras_kill);
+    int size = 0;
+    const unsigned char *const byte = md_tetrab_dataptr(b.get(), &size);
+    digest.add(byte, static_cast<std::size_t>(size));
+    const unsigned short *const word = md_tetras_dataptr(s.get(), &size);
+    digest.add(word, static_cast<std::size_t>(size) * sizeof(unsigned short));
+});
+
 // Entries of a curve.
 std::vector<unsigned short> curve(Generator &input, int entries)
 {

@@ -4,6 +4,8 @@
 #include "faults/sweep.h"
 #include "md_tetrab.h"
 #include "md_tetrad.h"
+#include "md_tetras.h"
+#include "mmd_tetras.h"
 
 #include <memory>
 #include <new>
@@ -53,6 +55,25 @@ SweepRow tetrad(const char *name, int inputs)
                    {no_memory, no_grid, {"md_tetrad_new: insuff. mem."}});
 }
 
+md_tetras *curved(md_tetras *table)
+{
+    const unsigned short inversion[] = {65535, 0};
+    md_tetras_ilut_set(table, 2, 2, inversion);
+    md_tetras_olut_set(table, 0, 2, inversion);
+    return table;
+}
+
+template <class Create, class Table>
+SweepRow clone(const char *name, Create create, Table *(*copy)(const Table *), Table *(*kill)(Table *),
+               const char *no_memory_for_it)
+{
+    const auto make = [=] {
+        const std::shared_ptr<Table> source(create(), kill);
+        return SweepCase{.call = [=] { return made(copy(source.get()), kill); }};
+    };
+    return {.name = name, .make = make, .once = {{no_memory_for_it}}};
+}
+
 const SweepRows rows({
     clut("CLUT, 1 input", 1),
     clut("CLUT, 3 inputs", 3),
@@ -67,6 +88,18 @@ const SweepRows rows({
     expansion("md_tetrab_expand, 5 inputs, other ratio", 5, 4),
     tetrad("md_tetrad_new, 1 input", 1),
     tetrad("md_tetrad_new, 6 inputs", 6),
+    clone(
+        "md_tetrab_clone", [] { return md_tetrab_new_special(3, 2, 4, 16, 235, 0); }, md_tetrab_clone, md_tetrab_kill,
+        "md_tetrab_clone: insufficient memory"),
+    clone(
+        "md_tetrad_clone", [] { return md_tetrad_new(3, 2, 4, 0, 1); }, md_tetrad_clone, md_tetrad_kill,
+        "md_tetrad_clone: insufficient memory"),
+    clone(
+        "md_tetras_clone", [] { return curved(md_tetras_new(3, 2, 4)); }, md_tetras_clone, md_tetras_kill,
+        "md_tetras_clone: insufficient memory"),
+    clone(
+        "mmd_tetras_clone", [] { return mmd_tetras_new(3, 2, 4, 5); }, mmd_tetras_clone, mmd_tetras_kill,
+        "mmd_tetras_clone: insufficient memory"),
 });
 
 }  // namespace
