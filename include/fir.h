@@ -39,6 +39,9 @@ typedef struct fir fir;
 /* Called when a line of a component has been written; components count from 0 in the order of the arguments. */
 typedef void (*fir_callback)(int component);
 
+/* The same with the context that was given to fir_start_with. */
+typedef void (*fir_callback_with)(void *context, int component);
+
 /* ---- Life ------------------------------------------------------------------------------------------------------- */
 
 /* fir_new - create a filter.
@@ -70,6 +73,14 @@ TESKA_API int fir_kill(fir *record) TESKA_NOTHROW;
  */
 TESKA_API fir *fir_start(fir *record, int nComponents, int nLines, int width, fir_callback callback, int inStep,
                          int outStep) TESKA_NOTHROW;
+
+/* fir_start_with - fir_start with a callback that gets a pointer of the caller's, so that any number of images may be
+ * under way without variables of the whole program.
+ *
+ * context  handed to the callback; not looked at
+ */
+TESKA_API fir *fir_start_with(fir *record, int nComponents, int nLines, int width, fir_callback_with callback,
+                              void *context, int inStep, int outStep) TESKA_NOTHROW;
 
 /* fir_mono, fir_rgb, fir_cmyk - feed the next line of each component, 16-bit samples.
  *

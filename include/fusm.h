@@ -69,6 +69,9 @@ typedef struct fusm fusm;
  * pointers are read again for every component: a callback may lead the next ones elsewhere. */
 typedef void (*fusm_callback)(int k);
 
+/* The same with the context that was given to fusm_start_with. */
+typedef void (*fusm_callback_with)(void *context, int k);
+
 /* Conversion: fills lines on which the high-pass is to work in place of the input lines. Called once for every line.
  *
  * in       the K pointers of the line that is fed
@@ -79,6 +82,9 @@ typedef void (*fusm_callback)(int k);
  * Processed component k reads line list[k]. What is corrected, and what level factors depend on, is the input line.
  */
 typedef void (*fusm_conversion)(void **in, int inStep, void **out, int outStep, int width);
+
+/* The same with the context that was given to fusm_new_with. */
+typedef void (*fusm_conversion_with)(void *context, void **in, int inStep, void **out, int outStep, int width);
 
 /* ---- Life -------------------------------------------------------------------------------------------------------- */
 
@@ -99,6 +105,14 @@ typedef void (*fusm_conversion)(void **in, int inStep, void **out, int outStep, 
  */
 TESKA_API fusm *fusm_new(int radius, int maxValue, int nProcessed, int nComponents, const int *componentList,
                          fusm_conversion conversion) TESKA_NOTHROW;
+
+/* fusm_new_with - fusm_new with a conversion that gets a pointer of the caller's.
+ *
+ * conversion  null: the high-pass works on the input lines
+ * context     handed to the conversion; not looked at
+ */
+TESKA_API fusm *fusm_new_with(int radius, int maxValue, int nProcessed, int nComponents, const int *componentList,
+                              fusm_conversion_with conversion, void *context) TESKA_NOTHROW;
 
 /* fusm_kill - free a filter.
  *
@@ -159,6 +173,14 @@ TESKA_API double *fusm_noise_red_get(fusm *record) TESKA_NOTHROW;
  */
 TESKA_API int fusm_start(fusm *record, int nLines, int width, fusm_callback callback, int inStep, int limitStep,
                          int outStep) TESKA_NOTHROW;
+
+/* fusm_start_with - fusm_start with a callback that gets a pointer of the caller's, so that any number of images may be
+ * under way without variables of the whole program.
+ *
+ * context  handed to the callback; not looked at
+ */
+TESKA_API int fusm_start_with(fusm *record, int nLines, int width, fusm_callback_with callback, void *context,
+                              int inStep, int limitStep, int outStep) TESKA_NOTHROW;
 
 /* fusm_b_do, fusm_do - feed a line of bytes, of 16-bit samples; all lines of an image alike.
  *

@@ -40,6 +40,9 @@ typedef struct ibilin ibilin;
  * the next one of the component may be written to the same place. It must not use the record. */
 typedef void (*ibilin_callback)(int component);
 
+/* The same with the context that was given to ibilin_start_with. */
+typedef void (*ibilin_callback_with)(void *context, int component);
+
 /* ---- Life ------------------------------------------------------------------------------------------------------- */
 
 /* ibilin_new - create a record, which ignores lines until ibilin_start.
@@ -70,6 +73,14 @@ TESKA_API int ibilin_kill(ibilin *record) TESKA_NOTHROW;
  */
 TESKA_API int ibilin_start(ibilin *record, int nComponents, int srcLines, int srcWidth, int dstLines, int dstWidth,
                            ibilin_callback callback, int inStep, int outStep) TESKA_NOTHROW;
+
+/* ibilin_start_with - ibilin_start with a callback that gets a pointer of the caller's, so that any number of images
+ * may be under way without variables of the whole program.
+ *
+ * context  handed to the callback; not looked at
+ */
+TESKA_API int ibilin_start_with(ibilin *record, int nComponents, int srcLines, int srcWidth, int dstLines, int dstWidth,
+                                ibilin_callback_with callback, void *context, int inStep, int outStep) TESKA_NOTHROW;
 
 /* ---- Process ---------------------------------------------------------------------------------------------------- */
 

@@ -25,6 +25,7 @@
 #include "Kernels/kernels.h"
 #include "Source/fir/fir_priv.h"
 #include "Support/checked_size.h"
+#include "Support/line_callback.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 
@@ -77,7 +78,7 @@ struct fir {
     ptrdiff_t out_step = 0;
     line_rings<std::uint16_t> shorts;
     line_rings<std::uint8_t> bytes;
-    fir_callback callback = nullptr;
+    teska::line_callback callback;
     bool all_zero = true;       // the fixed kernel
     heap_block<uint32_t> rows;  // L rows of words for each component; kept for the next image
     size_t rows_room = 0;       // words
@@ -320,13 +321,21 @@ fir *fir_start(fir *record, int nComponents, int nLines, int width, fir_callback
     f.components = nComponents;
     f.lines = nLines;
     f.width = width;
-    f.callback = callback;
+    f.callback = {.plain = callback};
     f.in_step = inStep;
     f.out_step = outStep;
     f.counter = 0;
     f.shorts.kernels = teska::kernels().fir.shorts;
     f.bytes.kernels = teska::kernels().fir.bytes;
     prepare_rows(f);
+    return record;
+}
+
+fir *fir_start_with(fir *record, int nComponents, int nLines, int width, fir_callback_with callback, void *context,
+                    int inStep, int outStep) TESKA_NOTHROW
+{
+    fir_start(record, nComponents, nLines, width, nullptr, inStep, outStep);
+    record->callback = {.with = callback, .context = context};
     return record;
 }
 

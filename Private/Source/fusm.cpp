@@ -19,6 +19,7 @@
 #include "Kernels/kernels.h"
 #include "Source/fusm/fusm_priv.h"
 #include "Support/checked_size.h"
+#include "Support/line_callback.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 
@@ -40,6 +41,22 @@ namespace
 constexpr int max_components = 10;
 constexpr int max_window = 5;  // lines
 
+// Fills lines for the high-pass, if there is one: a function with the user's pointer or one without.
+struct line_conversion {
+    fusm_conversion plain = nullptr;
+    fusm_conversion_with with = nullptr;
+    void *context = nullptr;
+
+    [[nodiscard]] bool given() const { return plain != nullptr || with != nullptr; }
+    void operator()(void **in, int in_step, void **out, int width) const
+    {
+        if (with != nullptr)
+            with(context, in, in_step, out, 1, width);
+        else
+            plain(in, in_step, out, 1, width);
+    }
+};
+
 struct ring_line {
     const void *samples[max_processed];  // as they were fed
     const void *rows[max_processed];     // what the high-pass reads: the same, or converted lines
@@ -56,12 +73,12 @@ struct fusm {
     int processed = 0;
     int components = 0;
     int list[max_processed]{};
-    fusm_conversion conversion = nullptr;
+    line_conversion conversion;
 
     int height = 0;  // lines of the image; 0 while none is expected
     int width = 0;
     int fed = 0;  // lines of the image
-    fusm_callback callback = nullptr;
+    teska::line_callback callback;
     int in_step = 0;
     int limit_step = 0;
     int out_step = 0;
@@ -90,7 +107,7 @@ void convert(const fusm &f, int line, ring_line &newest, void *const *in)
     std::copy_n(in, f.processed, sources);
     for (int c = 0; c < f.components; ++c)
         rows[c] = converted_row(f, line, c);
-    f.conversion(sources, f.in_step, rows, 1, f.width);
+    f.conversion(sources, f.in_step, rows, f.width);
     for (int k = 0; k < f.processed; ++k)
         newest.rows[k] = converted_row(f, line, f.list[k]);
 }
@@ -103,7 +120,7 @@ void take_line(fusm &f, int line, Sample *const *in, const Sample *limits)
     for (int k = 0; k < f.processed; ++k)
         newest.samples[k] = newest.rows[k] = sources[k] = in[k];
     newest.limits = limits;
-    if (f.conversion != nullptr)
+    if (f.conversion.given())
         convert(f, line, newest, sources);
 }
 
@@ -144,7 +161,7 @@ teska::fusm_line<Sample> window_around(fusm &f, int line, int k)
     teska::fusm_line<Sample> work{};
     for (int i = 0; i < f.window; ++i)
         work.rows[i] = static_cast<const Sample *>(slot(f, line - f.reach + i).rows[k]);
-    work.row_step = work.distance = f.conversion != nullptr ? 1 : f.in_step;
+    work.row_step = work.distance = f.conversion.given() ? 1 : f.in_step;
     work.border = f.reach;
     work.samples = static_cast<const Sample *>(slot(f, line).samples[k]);
     work.step = f.in_step;
@@ -160,7 +177,7 @@ teska::fusm_line<Sample> window_around(fusm &f, int line, int k)
 template <class Sample>
 bool side_by_side(fusm &f, int line)
 {
-    if (f.processed == 1 || !f.corrections.alike || f.conversion != nullptr || f.in_step < f.processed ||
+    if (f.processed == 1 || !f.corrections.alike || f.conversion.given() || f.in_step < f.processed ||
         f.in_step > f.components || f.width == 0 || slot(f, line).limits != nullptr)
         return false;
     for (const ring_line &fed : f.ring)
@@ -242,12 +259,9 @@ heap_block<T> image_rows(int rows, int width)
     return bytes.valid() ? teska::zeroed_block<T>(bytes.get() / sizeof(T)) : heap_block<T>();
 }
 
-}  // namespace
-
-// ---- Life -----------------------------------------------------------------------------------------------------------
-
-fusm *fusm_new(int radius, int maxValue, int nProcessed, int nComponents, const int *componentList,
-               fusm_conversion conversion) TESKA_NOTHROW
+// A filter, or null with the report of why not.
+fusm *create(int radius, int maxValue, int nProcessed, int nComponents, const int *componentList,
+             const line_conversion &conversion)
 {
     if (radius < 0 || radius > 2) {
         TESKA_ERR("usm_new: illegal radius");
@@ -275,6 +289,60 @@ fusm *fusm_new(int radius, int maxValue, int nProcessed, int nComponents, const 
     }
     teska::fusm_numbers::build_tables(f->corrections);
     return f.release();
+}
+
+struct image_shape {
+    int lines;
+    int width;
+    int in_step;
+    int limit_step;
+    int out_step;
+};
+
+// Begins an image, or reports why not; feeding does nothing then.
+int start(fusm &f, const image_shape &image, const teska::line_callback &callback)
+{
+    f.height = 0;
+    f.fed = 0;
+    f.width = std::max(image.width, 0);
+    f.converted.reset();
+    f.high_pass.reset();
+    heap_block<uint16_t> converted;
+    if (f.conversion.given()) {
+        converted = image_rows<uint16_t>(f.components * f.window, f.width);
+        if (!converted) {
+            TESKA_ERR("fusm_start: malloc comps_buf failed");
+            return 0;
+        }
+    }
+    f.high_pass = image_rows<int32_t>(f.components + (f.components + 1) / 2, f.width);
+    if (!f.high_pass) {
+        TESKA_ERR("fusm_start: malloc HPFc_buf failed");
+        return 0;
+    }
+    f.converted.swap(converted);
+    f.callback = callback;
+    f.in_step = image.in_step;
+    f.limit_step = image.limit_step;
+    f.out_step = image.out_step;
+    f.height = image.lines;
+    return 1;
+}
+
+}  // namespace
+
+// ---- Life -----------------------------------------------------------------------------------------------------------
+
+fusm *fusm_new(int radius, int maxValue, int nProcessed, int nComponents, const int *componentList,
+               fusm_conversion conversion) TESKA_NOTHROW
+{
+    return create(radius, maxValue, nProcessed, nComponents, componentList, {.plain = conversion});
+}
+
+fusm *fusm_new_with(int radius, int maxValue, int nProcessed, int nComponents, const int *componentList,
+                    fusm_conversion_with conversion, void *context) TESKA_NOTHROW
+{
+    return create(radius, maxValue, nProcessed, nComponents, componentList, {.with = conversion, .context = context});
 }
 
 int fusm_kill(fusm *record) TESKA_NOTHROW
@@ -315,32 +383,13 @@ double *fusm_noise_red_get(fusm *record) TESKA_NOTHROW { return record->correcti
 int fusm_start(fusm *record, int nLines, int width, fusm_callback callback, int inStep, int limitStep,
                int outStep) TESKA_NOTHROW
 {
-    fusm &f = *record;
-    f.height = 0;
-    f.fed = 0;
-    f.width = std::max(width, 0);
-    f.converted.reset();
-    f.high_pass.reset();
-    heap_block<uint16_t> converted;
-    if (f.conversion != nullptr) {
-        converted = image_rows<uint16_t>(f.components * f.window, f.width);
-        if (!converted) {
-            TESKA_ERR("fusm_start: malloc comps_buf failed");
-            return 0;
-        }
-    }
-    f.high_pass = image_rows<int32_t>(f.components + (f.components + 1) / 2, f.width);
-    if (!f.high_pass) {
-        TESKA_ERR("fusm_start: malloc HPFc_buf failed");
-        return 0;
-    }
-    f.converted.swap(converted);
-    f.callback = callback;
-    f.in_step = inStep;
-    f.limit_step = limitStep;
-    f.out_step = outStep;
-    f.height = nLines;
-    return 1;
+    return start(*record, {nLines, width, inStep, limitStep, outStep}, {.plain = callback});
+}
+
+int fusm_start_with(fusm *record, int nLines, int width, fusm_callback_with callback, void *context, int inStep,
+                    int limitStep, int outStep) TESKA_NOTHROW
+{
+    return start(*record, {nLines, width, inStep, limitStep, outStep}, {.with = callback, .context = context});
 }
 
 int fusm_b_do(fusm *record, unsigned char **inLine, unsigned char **outLine,

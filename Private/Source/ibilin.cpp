@@ -27,6 +27,7 @@
 #include "Kernels/kernels.h"
 #include "Source/ibilin/plan.h"
 #include "Support/checked_size.h"
+#include "Support/line_callback.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 
@@ -65,7 +66,7 @@ struct image {
     int width = 0;
     ptrdiff_t in_step = 0;
     ptrdiff_t out_step = 0;
-    ibilin_callback callback = nullptr;
+    teska::line_callback callback;
 
     // Whether all components of a line are one line of the buffers, interleaved.
     [[nodiscard]] bool joined() const { return components > 1 && in_step == components; }
@@ -141,6 +142,29 @@ bool make_plan_room(ibilin &record)
 {
     record.kernels = teska::kernels().ibilin;
     return record.planner.reserve(record.kernels, record.shape.line_samples());
+}
+
+// Begins an image, or reports why not; the record ignores lines then.
+int start(ibilin &record, const image &shape)
+{
+    ibilin next;
+    next.value = record.value;
+    record = std::move(next);
+    if (shape.lines <= 0 || shape.width <= 0 || shape.source_lines <= 0 || shape.source_width <= 0 ||
+        shape.components < 1 || shape.components > most_components) {
+        TESKA_ERR("ibilin_start: illegal dest image");
+        return 0;
+    }
+    next = {};
+    next.value = record.value;
+    next.shape = shape;
+    next.row = row_of(next.shape, 0);
+    if (!make_buffers(next) || !make_columns(next) || !make_plan_room(next)) {
+        TESKA_ERR("ibilin_start: unsufficient resources");
+        return 0;
+    }
+    record = std::move(next);
+    return 1;
 }
 
 // ---- What depends on the depth, and where samples are ---------------------------------------------------------------
@@ -405,31 +429,27 @@ int ibilin_kill(ibilin *record) TESKA_NOTHROW
 int ibilin_start(ibilin *record, int nComponents, int srcLines, int srcWidth, int dstLines, int dstWidth,
                  ibilin_callback callback, int inStep, int outStep) TESKA_NOTHROW
 {
-    ibilin next;
-    next.value = record->value;
-    *record = std::move(next);
-    if (dstLines <= 0 || dstWidth <= 0 || srcLines <= 0 || srcWidth <= 0 || nComponents < 1 ||
-        nComponents > most_components) {
-        TESKA_ERR("ibilin_start: illegal dest image");
-        return 0;
-    }
-    next = {};
-    next.value = record->value;
-    next.shape = {.components = nComponents,
-                  .source_lines = srcLines,
-                  .source_width = srcWidth,
-                  .lines = dstLines,
-                  .width = dstWidth,
-                  .in_step = inStep,
-                  .out_step = outStep,
-                  .callback = callback};
-    next.row = row_of(next.shape, 0);
-    if (!make_buffers(next) || !make_columns(next) || !make_plan_room(next)) {
-        TESKA_ERR("ibilin_start: unsufficient resources");
-        return 0;
-    }
-    *record = std::move(next);
-    return 1;
+    return start(*record, {.components = nComponents,
+                           .source_lines = srcLines,
+                           .source_width = srcWidth,
+                           .lines = dstLines,
+                           .width = dstWidth,
+                           .in_step = inStep,
+                           .out_step = outStep,
+                           .callback = {.plain = callback}});
+}
+
+int ibilin_start_with(ibilin *record, int nComponents, int srcLines, int srcWidth, int dstLines, int dstWidth,
+                      ibilin_callback_with callback, void *context, int inStep, int outStep) TESKA_NOTHROW
+{
+    return start(*record, {.components = nComponents,
+                           .source_lines = srcLines,
+                           .source_width = srcWidth,
+                           .lines = dstLines,
+                           .width = dstWidth,
+                           .in_step = inStep,
+                           .out_step = outStep,
+                           .callback = {.with = callback, .context = context}});
 }
 
 // ---- Process --------------------------------------------------------------------------------------------------------

@@ -132,6 +132,38 @@ void check_random_images(teska_test::Generator &random)
     }
 }
 
+TEST(FirStartWith, TellsEveryImageItsOwnContext)
+{
+    struct Sink {
+        unsigned char line[4] = {};
+        unsigned char *out = line;
+        std::vector<int> received;
+    };
+    const auto take = [](void *context, int component) {
+        auto *const sink = static_cast<Sink *>(context);
+        sink->received.insert(sink->received.end(), {component, sink->line[0], sink->line[3]});
+    };
+    Sink first, second;
+    const std::unique_ptr<fir, int (*)(fir *)> one(fir_new(1, 255), fir_kill), two(fir_new(0, 255), fir_kill);
+    EXPECT_EQ(fir_start_with(one.get(), 1, 2, 4, take, &first, 1, 1), one.get());
+    EXPECT_EQ(fir_start_with(two.get(), 1, 2, 4, take, &second, 1, 1), two.get());
+    for (unsigned char y = 1; y < 3; ++y) {
+        const unsigned char line[] = {y, 0, 0, static_cast<unsigned char>(y * 10)};
+        fir_mono_b(one.get(), line, &first.out);
+        fir_mono_b(two.get(), line, &second.out);
+    }
+    // Passed through, and filtered by coefficients that are 0.
+    EXPECT_EQ(first.received, (std::vector<int>{0, 1, 10, 0, 2, 20}));
+    EXPECT_EQ(second.received, (std::vector<int>{0, 0, 0, 0, 0, 0}));
+    // A plain callback takes the place of the one with a context.
+    static int calls;
+    fir_start(
+        one.get(), 1, 1, 4, [](int) { ++calls; }, 1, 1);
+    fir_mono_b(one.get(), first.line, &second.out);
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(first.received.size(), 6U);
+}
+
 }  // namespace
 
 TEST(FirLines, EqualThePlainSumsOnEveryInstructionSet)

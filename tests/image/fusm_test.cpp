@@ -247,6 +247,55 @@ int sharpen_spot(fusm *f, int around, int middle)
 
 Filter plain(int radius, int top = 255) { return {fusm_new(radius, top, 1, 1, nullptr, nullptr), fusm_kill}; }
 
+TEST(FusmStartWith, TellsCallbackAndConversionTheirOwnContexts)
+{
+    // Each adds its number to the lines that the high-pass reads, which changes nothing, and counts its lines.
+    struct Image {
+        int shift;
+        int converted = 0;
+        unsigned char line[7] = {};
+        std::vector<unsigned char> received;
+    };
+    const auto convert = [](void *context, void **in, int inStep, void **out, int outStep, int width) {
+        auto *const at = static_cast<Image *>(context);
+        ++at->converted;
+        for (int x = 0; x < width; ++x)
+            static_cast<unsigned char *>(out[0])[x * outStep] =
+                static_cast<unsigned char>(static_cast<unsigned char *>(in[0])[x * inStep] + at->shift);
+    };
+    const auto take = [](void *context, int k) {
+        auto *const at = static_cast<Image *>(context);
+        EXPECT_EQ(k, 0);
+        at->received.insert(at->received.end(), at->line, at->line + 7);
+    };
+    static Image plain{0, 0, {}, {}};
+    Image images[2] = {{1, 0, {}, {}}, {5, 0, {}, {}}};
+    const std::unique_ptr<fusm, int (*)(fusm *)> filters[] = {
+        {fusm_new_with(1, 255, 1, 1, nullptr, convert, &images[0]), fusm_kill},
+        {fusm_new_with(1, 255, 1, 1, nullptr, convert, &images[1]), fusm_kill},
+        {fusm_new(1, 255, 1, 1, nullptr, nullptr), fusm_kill}};
+    for (int i = 0; i < 2; ++i)
+        ASSERT_EQ(fusm_start_with(filters[i].get(), 7, 7, take, &images[i], 1, 0, 1), 1);
+    ASSERT_EQ(fusm_start(
+                  filters[2].get(), 7, 7,
+                  [](int) { plain.received.insert(plain.received.end(), plain.line, plain.line + 7); }, 1, 0, 1),
+              1);
+    unsigned char image[7][7];
+    for (int y = 0; y < 7; ++y) {
+        for (int x = 0; x < 7; ++x)
+            image[y][x] = static_cast<unsigned char>(x * y * 5);
+        for (int i = 0; i < 3; ++i) {
+            unsigned char *in[] = {image[y]}, *out[] = {i < 2 ? images[i].line : plain.line};
+            fusm_b_do(filters[i].get(), in, out, nullptr);
+        }
+    }
+    EXPECT_EQ(plain.received.size(), 49U);
+    for (const Image &at : images) {
+        EXPECT_EQ(at.converted, 7);
+        EXPECT_EQ(at.received, plain.received);
+    }
+}
+
 }  // namespace
 
 TEST(FusmDo, SharpensAsTheRuleInFloatingPointAtEveryLevel)

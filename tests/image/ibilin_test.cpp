@@ -257,4 +257,41 @@ TEST(IbilinStart, RefusesSizesAndThenIgnoresLines)
     EXPECT_EQ(ibilin_kill(nullptr), 0);
 }
 
+// Where the lines of one image go, which its callback gets as the context.
+struct Sink {
+    unsigned short line[3] = {};
+    unsigned short *out = line;
+    std::vector<unsigned short> received;
+
+    static void take(void *context, int component)
+    {
+        auto *const sink = static_cast<Sink *>(context);
+        EXPECT_EQ(component, 0);
+        sink->received.insert(sink->received.end(), sink->line, sink->line + 3);
+    }
+};
+
+TEST(IbilinStartWith, TellsEveryImageItsOwnContext)
+{
+    const unsigned short a[][2] = {{0, 300}, {600, 900}}, b[][2] = {{7, 7}, {7, 7}};
+    Sink first, second;
+    const std::unique_ptr<ibilin, int (*)(ibilin *)> one(ibilin_new(0), ibilin_kill), two(ibilin_new(0), ibilin_kill);
+    ASSERT_EQ(ibilin_start_with(one.get(), 1, 2, 2, 3, 3, Sink::take, &first, 1, 1), 1);
+    ASSERT_EQ(ibilin_start_with(two.get(), 1, 2, 2, 3, 3, Sink::take, &second, 1, 1), 1);
+    for (int y = 0; y < 2; ++y) {
+        ibilin_mono(one.get(), a[y], &first.out);
+        ibilin_mono(two.get(), b[y], &second.out);
+    }
+    EXPECT_EQ(second.received, std::vector<unsigned short>(9, 7));
+    // The same as with a callback of the whole program.
+    static Sink plain;
+    ASSERT_EQ(ibilin_start(
+                  one.get(), 1, 2, 2, 3, 3, [](int component) { Sink::take(&plain, component); }, 1, 1),
+              1);
+    for (const auto &line : a)
+        ibilin_mono(one.get(), line, &plain.out);
+    EXPECT_EQ(first.received, plain.received);
+    EXPECT_EQ(first.received.size(), 9U);
+}
+
 }  // namespace
