@@ -255,7 +255,8 @@ bool is_link_tag(DWORD tag) noexcept { return tag == 0 || IsReparseTagNameSurrog
 // Whether a path with these attributes is a link; one that cannot be looked at counts as one.
 bool is_link(const wchar_t *path, DWORD attributes) noexcept
 {
-    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
+    // A root is none, whatever is mounted there.
+    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 || path[std::wcslen(path) - 1] == L'\\')
         return false;
     const held_handle at{open_handle(path, FILE_READ_ATTRIBUTES, share_all, itself)};
     FILE_ATTRIBUTE_TAG_INFO info = {};
