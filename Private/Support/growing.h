@@ -1,6 +1,6 @@
 // growing - an array that grows at its end, for code that must not throw
 //
-// Used by tconvexhull and tetra.
+// Used by clg, tconvexhull and tetra.
 
 #ifndef TESKA_SUPPORT_GROWING_H
 #define TESKA_SUPPORT_GROWING_H

@@ -5,7 +5,7 @@
 // answers for flat and nearly flat figures never contradict each other, which is what keeps a hull or a complex of
 // tetrahedra closed.
 //
-// Used by tconvexhull and tetra.
+// Used by clg, tconvexhull and tetra.
 //
 // Source: Shewchuk, Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric Predicates, Discrete &
 // Computational Geometry 18, 1997: error bound p. 348.

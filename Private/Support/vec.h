@@ -3,7 +3,7 @@
 // Sums are taken in the order x, y, z and products are plain: results of the modules are promised to the last bit, and
 // these are the formulas they are promised with.
 //
-// Used by bezierd_fit, proj, tconvexhull, tetra and ttriangulartopsurface.
+// Used by bezierd_fit, clg, proj, tconvexhull, tetra and ttriangulartopsurface.
 
 #ifndef TESKA_SUPPORT_VEC_H
 #define TESKA_SUPPORT_VEC_H
