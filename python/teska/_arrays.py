@@ -282,6 +282,8 @@ def _masked_again(result: Array, source: np.ma.MaskedArray[Any, Any], axis: int)
 
 def points(label: str, given: object, columns: int) -> NDArray[np.float64]:
     """Points as a dense array (.., columns) of float64; lists and integers are fine."""
+    if isinstance(given, np.ma.MaskedArray) and given.mask is not np.ma.nomask and given.mask.any():
+        raise TypeError(f'{label}: masked points; x[~x.mask.any(axis=-1)] leaves them out')
     array = np.asarray(given)
     if array.dtype.kind not in 'fiu':
         raise TypeError(f'{label}: numbers wanted, not {array.dtype.name}')

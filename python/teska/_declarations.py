@@ -1,4 +1,4 @@
-MD5 = '1edfe02be58069980d4cd6617c65371b'
+MD5 = '5c17fbf7c5463819bd9475c7d54d02f6'
 """The C declarations of the library, written by tools/python_declarations.py from these headers."""
 
 HEADERS = (
@@ -133,6 +133,9 @@ char *error_get(void) ;
 int error_display_all_msgs(void) ;
 int error_set(int mode) ;
 int error_set_thread(int mode) ;
+typedef void (*error_handler)(void *context, const char *line);
+error_handler error_set_handler(error_handler handler, void *context, void **previous) ;
+error_handler error_set_thread_handler(error_handler handler, void *context, void **previous) ;
 int error_exit(const char *message);
 void teska_warn(int level, const char *message) ;
 int teska_warn_level(int threshold) ;
@@ -158,8 +161,11 @@ func *func_invert(const func *f, func_order order) ;
 /* fusm.h */
 typedef struct fusm fusm;
 typedef void (*fusm_callback)(int k);
+typedef void (*fusm_callback_with)(void *context, int k);
 typedef void (*fusm_conversion)(void **in, int inStep, void **out, int outStep, int width);
+typedef void (*fusm_conversion_with)(void *context, void **in, int inStep, void **out, int outStep, int width);
 fusm *fusm_new(int radius, int maxValue, int nProcessed, int nComponents, const int *componentList, fusm_conversion conversion) ;
+fusm *fusm_new_with(int radius, int maxValue, int nProcessed, int nComponents, const int *componentList, fusm_conversion_with conversion, void *context) ;
 int fusm_kill(fusm *record) ;
 int fusm_stren_set(fusm *record, const double *strengths) ;
 int fusm_noise_red_set(fusm *record, const double *noise) ;
@@ -167,6 +173,7 @@ int fusm_level_red_set(fusm *record, int nPoints, const double *levels, const do
 double *fusm_stren_get(fusm *record) ;
 double *fusm_noise_red_get(fusm *record) ;
 int fusm_start(fusm *record, int nLines, int width, fusm_callback callback, int inStep, int limitStep, int outStep) ;
+int fusm_start_with(fusm *record, int nLines, int width, fusm_callback_with callback, void *context, int inStep, int limitStep, int outStep) ;
 int fusm_b_do(fusm *record, unsigned char **inLine, unsigned char **outLine, const unsigned char *limitLine) ;
 int fusm_do(fusm *record, unsigned short **inLine, unsigned short **outLine, const unsigned short *limitLine) ;
 

@@ -191,8 +191,8 @@ class Hull(_Body):
     def _nearest(self, record: Any, point: Any, found: Any, distance: Any) -> int:
         return int(lib.convex_hull_nearest(record, point, found, distance, NULL, NULL))
 
-    def __array__(self, dtype: Any = None) -> NDArray[Any]:
-        return self._vertices if dtype is None else self._vertices.astype(dtype)
+    def __array__(self, dtype: Any = None, copy: bool | None = None) -> NDArray[Any]:
+        return np.array(self._vertices, dtype, copy=True) if copy or dtype is not None else self._vertices
 
     def __repr__(self) -> str:
         if self._record is None:

@@ -1,6 +1,7 @@
 """Curves, fits, least values, random numbers, colour differences."""
 
 import copy
+import math
 import pickle
 
 import numpy as np
@@ -40,7 +41,7 @@ def test_bezier_curves_and_inverses(rng):
                                                                               [0, 0.1, 0.5, 0.7, 1])):
         curve = Curve(x, y, 'bezier')
         t = np.linspace(0, 1, 33)
-        weights = [np.math.comb(len(x) - 1, k) * t**k * (1 - t) ** (len(x) - 1 - k) for k in range(len(x))]
+        weights = [math.comb(len(x) - 1, k) * t**k * (1 - t) ** (len(x) - 1 - k) for k in range(len(x))]
         assert np.allclose(curve(np.dot(x, weights)), np.dot(y, weights), atol=1e-6)
     for kind, y in (('lines', [5, 3, 1]), ('lines', [0, 1, 4]), ('bezier', [0, 0.5, 1])):
         curve = Curve([0, 1, 2], y, kind)

@@ -76,6 +76,8 @@ def test_flat_points_have_no_body():
             cls(flat)
         with pytest.raises(ValueError, match=f'{cls.__name__}: points of 3 coordinates wanted, last axis is 2 of'):
             cls(np.zeros((5, 2)))
+        with pytest.raises(TypeError, match=f'{cls.__name__}: masked points'):
+            cls(np.ma.masked_greater(np.array(flat), 60))
 
 
 def test_a_volume_is_filled_without_gap(rng):
