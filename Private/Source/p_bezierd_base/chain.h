@@ -188,14 +188,14 @@ int turning_points(int degree, const double *c, double ts[2]) noexcept;
 // The arc length of a segment between two parameters, t0 <= t1.
 double segment_length(const chain_segment &segment, double t0, double t1) noexcept;
 
-// Where a function passes through 0 that is not above it at lo and not below it at hi, to the last bit; `t` is tried
-// first when it is between them. f(t) gives value and slope. Newton's method, with halving where it leaves the bracket or does
-// not at least halve its steps.
 struct value_and_slope {
     double value;
     double slope;
 };
 
+// Where a function passes through 0 that is not above it at lo and not below it at hi, to the last bit; `t` is tried
+// first when it is between them. f(t) gives value and slope. Newton's method, with halving where it leaves the bracket
+// or does not at least halve its steps.
 template <class Function>
 double rising_root(double lo, double hi, double t, const Function &f) noexcept
 {
