@@ -10,12 +10,12 @@
  *
  * Common rules
  *   Paths are zero-terminated UTF-8 of any length the host allows; "/" and "\" both separate names, and separators at
- *   the end count for nothing. What is given out uses "/". A relative path is meant from the directory of the moment. On
- *   POSIX bytes that are not UTF-8 are passed on as they are, and a name that holds a "\" cannot be given as a path; it
- *   is copied and removed with its folder. On Windows what is not UTF-8 is refused as an illegal path.
- *   A link is a symbolic link, on Windows a junction too.
- *   A failure gives -1 or NULL with the text stated, and errno then holds the host's reason; EINVAL for an illegal path.
- *   Flags that a function does not name are ignored.
+ *   the end count for nothing. What is given out uses "/". A relative path is meant from the directory of the moment.
+ *   On POSIX bytes that are not UTF-8 are passed on as they are, and a name that holds a "\" cannot be given as a path;
+ *   it is copied and removed with its folder. On Windows what is not UTF-8 is refused as an illegal path. A link is a
+ *   symbolic link, on Windows a junction too.
+ *   A failure gives -1 or NULL with the text stated, and errno then holds the host's reason; EINVAL for an illegal
+ *   path. Flags that a function does not name are ignored.
  *   Lists are read by any number of threads at once. All functions may be called from several threads at the same time;
  *   who changes one tree from several of them gets what the host makes of it.
  */
@@ -164,14 +164,16 @@ TESKA_API int rsys_make_folder(const char *path) TESKA_NOTHROW;
  *     "rsys_copy: source changed while it was copied"    its size is another one at the end
  *     "rsys_copy: malloc failure"
  * After 0 the copy is on the disk, whatever happens next. After 1 and -1 nothing is under the final name that was not
- * there before; of a folder that takes files in, each of them is the old or the new one as a whole. A file that replaced
- * another may be the new one when only the last step failed, the flush of its folder.
+ * there before; of a folder that takes files in, each of them is the old or the new one as a whole. A file that
+ * replaced another may be the new one when only the last step failed, the flush of its folder; a new name is taken back
+ * then, if the host lets it.
  * A file is written under a temporary name beside `to`, its name with ".tmp" and the number of the process, then "-1",
  * "-2" .. while that is taken; flushed, renamed, and its folder flushed. (A name that would be too long is shortened
  * first.) A tree is built under such a name and renamed as a whole. A process that is killed, or has no memory left to
- * take its tree back, leaves the temporary name behind at most. A copy has the permission bits and the time of change of its source (on Windows the read-only attribute); folders
- * get theirs last. Owner, other attributes and access lists are not kept, and files with holes are written whole.
- * On Linux bytes are copied by copy_file_range where that works, else they are read and written.
+ * take its tree back, leaves the temporary name behind at most. A copy has the permission bits and the time of change
+ * of its source (on Windows the read-only attribute); folders get theirs last. Owner, other attributes and access lists
+ * are not kept, and files with holes are written whole. On Linux bytes are copied by copy_file_range where that works,
+ * else they are read and written.
  */
 TESKA_API int rsys_copy(const char *from, const char *to, int flags, rsys_progress_fn progress,
                         void *context) TESKA_NOTHROW;
@@ -184,11 +186,11 @@ TESKA_API int rsys_copy(const char *from, const char *to, int flags, rsys_progre
  * Returns 0; 1 when progress asked to stop, with the rest in place; -1 with
  *     "rsys_remove: illegal path"    null, "", "/", the root of a drive or a share, or a last part "." or ".."
  *     "rsys_remove: nothing there"
- *     "rsys_remove: cannot remove"   something stays; it went on with the others and reports once, with the first reason
+ *     "rsys_remove: cannot remove"   something stays; all else is gone, and errno has the first reason
  *     "rsys_remove: malloc failure"  something stays
- * Read-only files go too; what a read-only folder holds goes where the host lets it. File systems that are mounted below
- * are not entered, and stay. Where a folder is exchanged for a link meanwhile, the link goes and what it leads to stays:
- * each folder is opened from the one above it, on Windows held against renaming.
+ * Read-only files go too; what a read-only folder holds goes where the host lets it. File systems that are mounted
+ * below are not entered, and stay. Where a folder is exchanged for a link meanwhile, the link goes and what it leads to
+ * stays: each folder is opened from the one above it, on Windows held against renaming.
  */
 TESKA_API int rsys_remove(const char *path, rsys_progress_fn progress, void *context) TESKA_NOTHROW;
 

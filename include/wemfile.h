@@ -9,8 +9,8 @@
  *     zuk_close(db);
  *
  * The record of a database is that of zuk.h. Names are translated by fport, whose rules hold: they are a path, or
- * "NAME:[dir.sub]file.ext" with a logical name. Texts are zero-terminated UTF-8. The function may be called from several
- * threads at once.
+ * "NAME:[dir.sub]file.ext" with a logical name. Texts are zero-terminated UTF-8. The function may be called from
+ * several threads at once.
  */
 #ifndef TESKA_WEMFILE_H
 #define TESKA_WEMFILE_H
@@ -38,8 +38,8 @@ typedef struct zuk_db zuk_db;
  *     "teska_wemopen_file: illegal mode"
  *     "teska_wemopen_file: path too long"      a text above 255 bytes, or found is too small
  *     "teska_wemopen_file: file not found"     nor can one be made, because its folder is missing
- *     "teska_wemopen_file: file is read-only"  the first that exists; or one was to be made and the host does not let it
- *     "teska_wemopen_file: bad record file"    one that exists cannot be read or is no record text; it is not passed over
+ *     "teska_wemopen_file: file is read-only"  the first that exists; or the host lets none be made
+ *     "teska_wemopen_file: bad record file"    one cannot be read or is no record text; it is not passed over
  *     "teska_wemopen_file: malloc failure"
  * zuk_flush saves the file that was changed. Mode 0 is no lock: a changed database would be saved as well. When two
  * programs save one file, the later one wins.

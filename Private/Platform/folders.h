@@ -1,10 +1,11 @@
 // folders - the host's calls for folders, and for the files, links and folders in them
 //
 // Everything is named from an open folder, so that what lies between a walk and the root cannot be exchanged under it.
-// Names and paths are zero-terminated UTF-8 with "/" between their parts; on Windows a name as the host gave it may have
-// unpaired surrogates, each as the three bytes that UTF-8 would give it. Paths have any length.
+// Names and paths are zero-terminated UTF-8 with "/" between their parts; on Windows a name as the host gave it may
+// have unpaired surrogates, each as the three bytes that UTF-8 would give it. Paths have any length.
 //
-// A call that a signal interrupted is made again. Failures give false or -1, or a folder that is not open, and set errno.
+// A call that a signal interrupted is made again. Failures give false or -1, or a folder that is not open, and set
+// errno.
 
 #ifndef TESKA_PLATFORM_FOLDERS_H
 #define TESKA_PLATFORM_FOLDERS_H

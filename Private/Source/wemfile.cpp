@@ -3,11 +3,11 @@
 // A name is looked for under one path for each folder, or under its own alone:
 //
 //     name    PRESS:[inks]coated.rec      PRESS is "press"    ->  press\inks\coated.rec
-//     search  USER:;;SYSTEM:[tables]                          ->  /home/eva\press\inks\coated.rec
-//                                                                 /usr/share\tables\press\inks\coated.rec
+//     search  USER:;;SYSTEM:[tables]                          ->  /home/eva/press/inks/coated.rec
+//                                                                 /usr/share/tables/press/inks/coated.rec
 //
-// fport joins by "\" and leaves its destination as it is, without a word, when a translation is too long for it: it gets
-// more room than it can fill, empty before. It writes one byte more than the size that it is told.
+// fport joins by "\" and leaves its destination as it is, without a word, when a translation is too long for it: it
+// gets more room than it can fill, empty before. It writes one byte more than the size that it is told.
 //
 // Process-wide state: none of its own; fport reads the logical names.
 #include "wemfile.h"
@@ -67,7 +67,7 @@ public:
         if (result == outcome::done)
             result = load();
         if (result == outcome::done && found != nullptr)
-            std::replace_copy(first(), first() + std::strlen(first()) + 1, found, '\\', '/');
+            std::memcpy(found, first(), std::strlen(first()) + 1);
         return result;
     }
 
@@ -101,21 +101,24 @@ private:
         return path[std::strcspn(path, "/\\:")] == ':' || *path == '/' || *path == '\\';
     }
 
-    bool append(const char *text) noexcept
+    // With "/" between the parts, one for several but at the front, where two name a computer.
+    bool append(const char *text, int start) noexcept
     {
-        for (; *text != '\0'; ++text)
-            if (!texts_.push(*text))
+        for (; *text != '\0'; ++text) {
+            const bool separator = *text == '/' || *text == '\\';
+            if (separator && texts_.size() > start + 1 && texts_.last() == '/')
+                continue;
+            if (!texts_.push(separator ? '/' : *text))
                 return false;
+        }
         return true;
     }
 
     outcome add(const char *folder, const char *name) noexcept
     {
         const int start = texts_.size();
-        const std::size_t length = std::strlen(folder);
-        const bool joined = length == 0 || std::strchr("/\\", folder[length - 1]) != nullptr;
-        const bool added = append(folder) && (joined || texts_.push('\\')) && append(name) && texts_.push('\0') &&
-                           candidates_.push({start, false});
+        const bool joined = append(folder, start) && (*folder == '\0' || append("/", start));
+        const bool added = joined && append(name, start) && texts_.push('\0') && candidates_.push({start, false});
         return added ? outcome::done : failed(outcome::no_memory, ENOMEM);
     }
 

@@ -1,5 +1,5 @@
-// Wrappers for the calls on folders, beside those of the injector. Names are recorded in full, which the host tells of a
-// descriptor under /proc.
+// Wrappers for the calls on folders, beside those of the injector. Names are recorded in full, which the host tells of
+// a descriptor under /proc.
 
 #include "faults/injector.h"
 

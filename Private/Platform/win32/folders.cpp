@@ -249,7 +249,8 @@ HANDLE handle_of(int descriptor) noexcept
     return descriptor < 0 ? INVALID_HANDLE_VALUE : reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
 }
 
-// Tags of links have a bit for it. Where a layer under the host gives links without a tag, they are taken for links too.
+// Tags of links have a bit for it. Where a layer under the host gives links without a tag, they are taken for links
+// too.
 bool is_link_tag(DWORD tag) noexcept { return tag == 0 || IsReparseTagNameSurrogate(tag); }
 
 // Whether a path with these attributes is a link; one that cannot be looked at counts as one.

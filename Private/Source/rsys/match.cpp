@@ -1,8 +1,8 @@
 // match - names beside patterns (rsys)
 //
 // A pattern is walked through together with the name. At a "*" both places are kept; where the rest does not match, the
-// name is tried again one character further on. An earlier "*" need not be tried again: whatever it could take more, the
-// later one takes as well.
+// name is tried again one character further on. An earlier "*" need not be tried again: whatever it could take more,
+// the later one takes as well.
 
 #include "Source/rsys/path_text.h"
 

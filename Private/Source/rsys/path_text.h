@@ -100,8 +100,8 @@ inline bool is_utf8(const char *text) noexcept
     return count != 0;
 }
 
-// A path of a caller: "/" between its parts, none at its end but that of the root. False with EINVAL when it is illegal,
-// or with ENOMEM.
+// A path of a caller: "/" between its parts, none at its end but that of the root. False with EINVAL when it is
+// illegal, or with ENOMEM.
 inline bool take_path(const char *path, path_text &text) noexcept
 {
     if (path == nullptr || *path == '\0' || (folders::utf8_only && !is_utf8(path))) {

@@ -2,8 +2,8 @@
 //
 //     create "to.tmp1234"  ->  write  ->  permission, time  ->  flush  ->  rename to "to"  ->  flush the folder
 //
-// Data that were not flushed before the rename might reach the disk after it: a power cut would leave the name with half
-// a file. The last flush makes success mean that the copy is found after any accident.
+// Data that were not flushed before the rename might reach the disk after it: a power cut would leave the name with
+// half a file. The last flush makes success mean that the copy is found after any accident.
 
 #ifndef TESKA_SOURCE_RSYS_TRANSFER_H
 #define TESKA_SOURCE_RSYS_TRANSFER_H
@@ -70,8 +70,8 @@ private:
     int number_ = 0;
 };
 
-// Builds something under a temporary name, outcome build(place), and gives it the final one. What build made and did not
-// finish it takes back itself; what it finished goes through discard(place).
+// Builds something under a temporary name, outcome build(place), and gives it the final one. What build made and did
+// not finish it takes back itself; what it finished goes through discard(place).
 template <class Build, class Discard>
 outcome put_in_place(const place &to, bool replace, bool flush, Build build, Discard discard) noexcept
 {
