@@ -132,7 +132,7 @@ class Page(HTMLParser):
         for key, value in attributes:
             if key in ("id", "name") and value:
                 self.places.add(value)
-            if (tag, key) in (("a", "href"), ("img", "src"), ("link", "href"), ("script", "src")) and value:
+            if (tag, key) in (("a", "href"), ("img", "src"), ("object", "data"), ("link", "href"), ("script", "src")) and value:
                 self.links.append(html.unescape(value))
 
 

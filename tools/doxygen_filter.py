@@ -339,9 +339,11 @@ class Block:
         parts = ["@brief " + writer.text(self.capital(self.brief))]
         parts.append(writer.elements(self.rest))
         if declaration.kind in ("function", "callback"):
-            for name in dict.fromkeys(filter(None, declaration.parameters)):
-                if text := self.parameter(name):
-                    parts.append(f"@param {name} {writer.inline(text)}")
+            names = dict.fromkeys(filter(None, declaration.parameters))
+            texts = {name: text for name in names if (text := self.parameter(name))}
+            # A callback is told by its text; a table of some of its parameters would say less than none.
+            if declaration.kind == "function" or len(texts) == len(names):
+                parts += [f"@param {name} {writer.inline(text)}" for name, text in texts.items()]
             if returned := self.returned():
                 parts.append(f"@return {writer.inline(returned)}")
         return "/**\n" + "\n\n".join(part for part in parts if part) + "\n */\n"
@@ -460,7 +462,8 @@ def groups(library, header):
 
 def file_block(writer, header):
     rest = writer.elements(header.file_elements[1:])
-    return f"/** @file {header.name}\n@brief {writer.text(header.title)}\n\n{rest}\n */"
+    title = header.title[:1].upper() + header.title[1:]
+    return f"/** @file {header.name}\n@brief {writer.text(title)}\n\n{rest}\n */"
 
 
 def hide_overloads(text):
