@@ -53,10 +53,7 @@ int act(const char *path, long long, long long, void *context)
 // The rights of nobody while it lives, where the test runs as root.
 struct Nobody {
     Nobody() : changed(geteuid() == 0 && seteuid(65534) == 0) {}
-    ~Nobody()
-    {
-        EXPECT_TRUE(!changed || seteuid(0) == 0);
-    }
+    ~Nobody() { EXPECT_TRUE(!changed || seteuid(0) == 0); }
     bool changed;
 };
 
