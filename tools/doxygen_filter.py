@@ -166,6 +166,9 @@ class Block:
         self.library, self.header, self.comment, self.declaration = library, header, comment, declaration
         self.brief, self.result, self.table, self.rest = "", [], {}, []
         self.take_apart(header.elements(comment))
+        if declaration.name.startswith("~") and declaration is not comment.declarations[0]:
+            # The comment is that of the constructor.
+            self.brief, self.rest = "The end of the object.", []
 
     def take_apart(self, elements):
         names = [d.name for d in self.comment.declarations]
@@ -233,6 +236,8 @@ class Block:
 
     def parameter(self, name):
         """What is said of a parameter: elements, or nothing."""
+        if self.is_copy():
+            return [Text("the object that is copied")]
         return (self.table.get(name) or self.handle(name) or self.mention(name) or self.reference(name)
                 or self.neighbour(name) or self.in_brief(name) or self.common(name) or self.customary(name))
 
@@ -293,8 +298,6 @@ class Block:
         if re.fullmatch(r"(context|user)\d?", name):
             own = self.declaration.kind == "callback"
             return [Text("the pointer given with the function" if own else "handed to the function; not looked at")]
-        if self.is_copy():
-            return [Text("the object that is copied")]
         return None
 
     def is_copy(self):
@@ -316,8 +319,9 @@ class Block:
                      if re.search(r"\breturns?\b", s)]
             if found:
                 return [Text(found[0])]
+        by_another = self.brief.partition(" ")[0] in self.library.functions
         for block in self.referred():
-            if block.declaration.result == self.declaration.result and block.result and self.is_action():
+            if block.declaration.result == self.declaration.result and block.result and (self.is_action() or by_another):
                 return block.result
         return [Text(self.brief)] if self.brief and not self.is_action() else None
 
@@ -328,7 +332,7 @@ class Block:
 
     def capital(self, text):
         first = re.match(r"\w*", text)[0]
-        is_name = "_" in first or first in self.library.functions or len(first) == 1
+        is_name = "_" in first or first in self.library.functions or len(first) == 1 and first != "a"
         return text if is_name else text[:1].upper() + text[1:]
 
     # ---- As Doxygen reads it ----

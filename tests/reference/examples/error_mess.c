@@ -4,7 +4,7 @@
 #include "list.h"
 
 static int lines;
-static void log_line(const char *line)
+static void count_line(const char *line)
 {
     (void)line;
     ++lines;
@@ -12,11 +12,35 @@ static void log_line(const char *line)
 static void append(char *text, const char *line) { strcpy(text, line); }
 static const char *line;
 
+#if __has_include("error_mess_3.inc")
+#    include "error_mess_3.inc"
+static void show_line(void *window, const char *line)
+{
+    (void)line;
+    ++*(int *)window;
+}
+static void to_functions(void)
+{
+    int window = 0;
+#    include "error_mess_4.inc"
+    error_set_handler(NULL, NULL, NULL);
+#    include "error_mess_5.inc"
+    error_mess_fl("for the window", __FILE__, __LINE__);
+    CHECK(window == 1);
+    error_set_thread_handler(NULL, NULL, NULL);
+    error_set_thread(TESKA_ERROR_PROCESS_WIDE);
+}
+#else
+static void to_functions(void) {}
+#endif
+
 void example_error_mess(void);
 void example_error_mess(void)
 {
     {
+#define log_line count_line
 #include "error_mess_1.inc"
+#undef log_line
         CHECK(list != NULL && lines == 0);
         list_kill(list);
     }
@@ -26,4 +50,5 @@ void example_error_mess(void)
 #include "error_mess_2.inc"
     CHECK(list_num(list) == 1 && text[0] == 0);
     list_kill(list);
+    to_functions();
 }
