@@ -258,20 +258,18 @@ TEST(Clg, RuleChoosesAmongTheAnswersOfFourChannels)
     ASSERT_EQ(clg_build(cloud), 0);
     EXPECT_EQ(clg_num_cells(cloud), 24);
     const double ink[4] = {1, 1, 1, 1}, huge[4] = {0, 0, 0, 1e308}, less[4] = {-1e308, -1e308, -1e308, -1e308};
+    const double none[4] = {};
     const struct {
         Colour colour;
         const double *cost;
         double place;
         Values device;
-    } rows[] = {{{45, 35, 25}, black, 0.5, {0.65, 0.45, 0.25, 0.25}},
-                {{45, 35, 25}, black, 0, {0.9, 0.7, 0.5, 0}},
-                {{45, 35, 25}, black, 1, {0.4, 0.2, 0, 0.5}},
-                {{45, 35, 25}, nullptr, 0, {0.4, 0.2, 0, 0.5}},
-                {{45, 35, 25}, ink, 1, {0.9, 0.7, 0.5, 0}},
-                {{45, 35, 25}, less, 0, {0.9, 0.7, 0.5, 0}},
-                {{45, 35, 25}, huge, 0.5, {0.65, 0.45, 0.25, 0.25}},
-                {{75, 60, 50}, black, 0, {1, 0.7, 0.5, 0.5}},
-                {{75, 60, 50}, black, 1, {0.5, 0.2, 0, 1}}};
+    } rows[] = {
+        {{45, 35, 25}, black, 0.5, {0.65, 0.45, 0.25, 0.25}}, {{45, 35, 25}, black, 0, {0.9, 0.7, 0.5, 0}},
+        {{45, 35, 25}, black, 1, {0.4, 0.2, 0, 0.5}},         {{45, 35, 25}, nullptr, 0, {0.4, 0.2, 0, 0.5}},
+        {{45, 35, 25}, none, 0.5, {0.4, 0.2, 0, 0.5}},        {{45, 35, 25}, ink, 1, {0.9, 0.7, 0.5, 0}},
+        {{45, 35, 25}, less, 0, {0.9, 0.7, 0.5, 0}},          {{45, 35, 25}, huge, 0.5, {0.65, 0.45, 0.25, 0.25}},
+        {{75, 60, 50}, black, 0, {1, 0.7, 0.5, 0.5}},         {{75, 60, 50}, black, 1, {0.5, 0.2, 0, 1}}};
     for (const auto &row : rows) {
         SCOPED_TRACE(&row - rows);
         EXPECT_EQ(clg_rule(cloud, row.cost, row.place), 0);
@@ -319,6 +317,16 @@ TEST(Clg, LinesAndSurfacesHaveNoInside)
     EXPECT_EQ(found.inside, 0);
     EXPECT_NEAR(found.dist, 5, 1e-13);
     expect_near(found.device, Values{0.3, 0.6}, 1e-14);
+    const struct {
+        Colour colour;
+        Values device;
+    } beyond[] = {
+        {{-10, 40, 0}, {0, 0.4}}, {{110, 40, 0}, {1, 0.4}}, {{40, -10, 0}, {0.4, 0}}, {{40, 110, 0}, {0.4, 1}}};
+    for (const auto &side : beyond) {
+        found = sheet.nearest(side.colour);
+        EXPECT_NEAR(found.dist, 10, 1e-13);
+        expect_near(found.device, side.device, 1e-14);
+    }
     // Greys of three and four channels.
     for (const int channels : {3, 4}) {
         const Cloud grey(channels);
