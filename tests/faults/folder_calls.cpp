@@ -85,6 +85,9 @@ int __wrap_openat(int folder, const char *name, int flags, ...)
     return recorded(__real_openat(folder, name, flags, permission), file_step::open, folder, name);
 }
 
+// What hardened builds call when nothing is created.
+int __wrap___openat_2(int folder, const char *name, int flags) { return __wrap_openat(folder, name, flags); }
+
 int __wrap_fstat(int descriptor, struct stat *status)
 {
     return file_call_fails() ? -1 : __real_fstat(descriptor, status);
