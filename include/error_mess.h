@@ -3,7 +3,7 @@
  * Every module reports a failure as one line of text and returns a failure value. What becomes of the line is
  * decided by the reporting mode, a process-wide setting that a thread may replace by one of its own:
  *
- *     mode 1   printed on standard output at once (the initial mode)
+ *     mode 1   printed on standard output at once (the initial mode), or handed to a function of the caller's
  *     mode 2   queued until error_get fetches it; equal lines, letters compared without case, are queued once
  *     mode 3   kept as the last one until error_get fetches it
  *     others   dropped
@@ -17,10 +17,10 @@
  * Common rules
  *   A line is a prefix, the message and a closing quote, at most 511 characters. The message is data, never a format.
  *   Threads: any number of threads may call these functions, and functions that report, at the same time. The mode of
- *   error_set, its queue and kept line, the threshold and the debug switch are process-wide, guarded by one lock. Lines
- *   of different threads are never mixed within a line; lines that one failing call reports may have those of another
- *   thread between them. A thread that needs exactly the lines of its own calls, as a language binding does, asks for
- *   a mode of its own: error_set_thread.
+ *   error_set, its queue and kept line, the function of error_set_handler, the threshold and the debug switch are
+ *   process-wide, guarded by one lock. Lines of different threads are never mixed within a line; lines that one failing
+ *   call reports may have those of another thread between them. A thread that needs exactly the lines of its own calls,
+ *   as a language binding does, asks for a mode of its own: error_set_thread.
  *   Numbers that the library writes and reads as text need the C locale's decimal point; it never calls setlocale.
  */
 #ifndef TESKA_ERROR_MESS_H
@@ -96,6 +96,45 @@ TESKA_API int error_set(int mode) TESKA_NOTHROW;
  * Returns the thread's previous mode; TESKA_ERROR_NO_MEMORY, with nothing changed, when the queue cannot be created.
  */
 TESKA_API int error_set_thread(int mode) TESKA_NOTHROW;
+
+/* A function that gets the lines which would be printed: "ERROR : 'message'", without a line end. Called on the thread
+ * that reports, while a function of the library is under way: it must leave the objects of that function alone, and
+ * must not throw or leave by longjmp. What the library reports meanwhile, on its thread, is dropped.
+ *
+ * context  as given with the function
+ * line     valid during the call
+ */
+typedef void (*error_handler)(void *context, const char *line);
+
+/* error_set_handler - hand lines to a function instead of printing them, for the whole process.
+ *
+ *     static void log_line(void *file, const char *line) { fprintf(file, "%s\n", line); }
+ *
+ *     error_set_handler(log_line, stderr, NULL);     a filter whose standard output belongs to its data
+ *
+ * Standard output gets no line of error_mess_fl, error_display_all_msgs, teska_warn or dbg any more. Modes are what
+ * they were: lines that are queued, kept or dropped are not handed over.
+ * The function is called by one thread at a time, under the lock of the reports: it must not wait for another thread
+ * that may report. When error_set_handler returns, the function of before is not under way and will not be called.
+ *
+ * handler   null: print (the initial state)
+ * context   handed to it; not looked at
+ * previous  receives the context of before; may be null
+ * Returns the function of before, NULL for printing.
+ */
+TESKA_API error_handler error_set_handler(error_handler handler, void *context, void **previous) TESKA_NOTHROW;
+
+/* error_set_thread_handler - the same for the lines of the calling thread alone, in place of the function of the
+ * process.
+ *
+ *     error_set_thread(1);
+ *     error_set_thread_handler(show_line, &window, NULL);
+ *
+ * It is called without the lock, unless error_display_all_msgs calls it. Other threads are not affected.
+ *
+ * handler   null: what error_set_handler says (the initial state of a thread)
+ */
+TESKA_API error_handler error_set_thread_handler(error_handler handler, void *context, void **previous) TESKA_NOTHROW;
 
 /* error_exit - fatal error: hands "ERROR  : 'message'" (two blanks) to errexit of wem.h, whatever the mode.
  *

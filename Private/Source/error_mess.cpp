@@ -6,7 +6,10 @@
 // Process-wide state: the struct below, guarded by one lock. The shared queue exists exactly while the mode is 2; it is
 // a sorted list of 256-byte texts. Mode, threshold and debug switch are atomic, so that what is dropped takes no lock.
 //
-// State of a thread: its nesting depth, its mode with the lines that wait in it, and the buffer of error_get.
+// State of a thread: its nesting depth, its mode with the lines that wait in it, its handler, and the buffer of
+// error_get.
+//
+// A printed line goes to the thread's handler, else to that of the process, else to standard output.
 //
 // A report that cannot enter the shared queue makes the list report in turn, so reports nest. The lock is taken by the
 // outermost call of a thread only, and max_depth bounds the nesting: on a dead heap, and when the queue has reached the
@@ -25,6 +28,7 @@
 #include <cstdio>
 #include <cstring>
 #include <mutex>
+#include <utility>
 
 namespace
 {
@@ -41,7 +45,14 @@ constexpr int thread_queue_room = 64;   // lines
 constexpr std::size_t line_size = 512;  // bytes of a line, the terminating zero included
 constexpr int max_depth = 16;           // nested reports
 
+// Who gets the lines that would be printed; nobody: they are printed.
+struct report_handler {
+    error_handler call = nullptr;
+    void *context = nullptr;
+};
+
 struct reporting_state {
+    report_handler handler;
     std::atomic<int> mode = mode_print;
     list_rec *queue = nullptr;
     char last_message[line_size] = {};
@@ -66,6 +77,8 @@ struct thread_queue {
 struct thread_state {
     int depth = 0;  // calls of this thread that hold or share the lock
     int mode = mode_process_wide;
+    report_handler handler;
+    bool handling = false;          // a handler is under way
     thread_queue *queue = nullptr;  // owned; there while the thread's mode is 2
     bool pending = false;           // whether `text` is a line kept in the thread's mode 3
     char text[line_size] = {};      // what error_get gives
@@ -99,11 +112,34 @@ struct report_line {
     char text[line_size] = {};
 };
 
+void hand_over(const report_handler &handler, const char *line)
+{
+    own.handling = true;
+    handler.call(handler.context, line);
+    own.handling = false;
+}
+
+// Prints a line, or hands it to who gets it instead. What a handler reports in turn is dropped: queued while
+// error_display_all_msgs runs, it would come back without end.
 void print_line(const char *line)
 {
+    if (own.handling)
+        return;
+    if (own.handler.call != nullptr)
+        return hand_over(own.handler, line);
     const outermost_lock lock;
+    if (state.handler.call != nullptr)
+        return hand_over(state.handler, line);
     std::printf("%s\n", line);
     std::fflush(stdout);
+}
+
+error_handler set_handler(report_handler &which, const report_handler &next, void **previous)
+{
+    const report_handler before = std::exchange(which, next);
+    if (previous != nullptr)
+        *previous = before.context;
+    return before.call;
 }
 
 // ---- Lines of the process, under the lock ---------------------------------------------------------------------------
@@ -202,11 +238,15 @@ bool make_thread_queue()
 int error_mess_fl(const char *message, const char * /*file*/, int /*line*/) TESKA_NOTHROW
 {
     const bool process_wide = own.mode == mode_process_wide;
-    if (own.depth >= max_depth || !keeps_lines(process_wide ? state.mode.load() : own.mode))
+    if (own.handling || own.depth >= max_depth || !keeps_lines(process_wide ? state.mode.load() : own.mode))
         return 0;
     const report_line line("ERROR : '", message);
     if (!process_wide) {
         report_to_thread(line.text);
+        return 0;
+    }
+    if (own.handler.call != nullptr && state.mode == mode_print) {
+        print_line(line.text);
         return 0;
     }
     const outermost_lock lock;
@@ -266,6 +306,17 @@ int error_set_thread(int mode) TESKA_NOTHROW
     own.pending = false;
     own.mode = keeps_lines(mode) || mode == mode_process_wide ? mode : mode_drop;
     return previous;
+}
+
+error_handler error_set_handler(error_handler handler, void *context, void **previous) TESKA_NOTHROW
+{
+    const outermost_lock lock;
+    return set_handler(state.handler, {handler, context}, previous);
+}
+
+error_handler error_set_thread_handler(error_handler handler, void *context, void **previous) TESKA_NOTHROW
+{
+    return set_handler(own.handler, {handler, context}, previous);
 }
 
 int error_exit(const char *message)

@@ -60,6 +60,8 @@ protected:
     {
         error_set(1);
         error_set_thread(TESKA_ERROR_PROCESS_WIDE);
+        error_set_handler(nullptr, nullptr, nullptr);
+        error_set_thread_handler(nullptr, nullptr, nullptr);
         teska_warn_level(0);
         dbg_set(0);
         wem_set_errexit(nullptr);
@@ -69,6 +71,7 @@ protected:
 using ErrorMess = Reporting;
 using ErrorSet = Reporting;
 using ErrorSetThread = Reporting;
+using ErrorSetHandler = Reporting;
 using ErrorExit = Reporting;
 using TeskaWarn = Reporting;
 
@@ -164,6 +167,53 @@ TEST_F(ErrorSetThread, HoldsTheFirst64LinesAndTakesMoreAsTheyAreFetched)
         }
     }
     EXPECT_EQ(take(), expected);
+}
+
+// A handler's context; a line that the handler makes in turn must not come back to it.
+void receive(void *context, const char *line)
+{
+    static_cast<lines *>(context)->emplace_back(line);
+    error_mess_fl("from the handler", __FILE__, __LINE__);
+    teska_warn(1, "from the handler");
+}
+
+TEST_F(ErrorSetHandler, GetsEveryLineThatWouldBePrinted)
+{
+    lines of_process, of_thread;
+    void *before = &of_thread;
+    EXPECT_EQ(error_set_handler(receive, &of_process, &before), nullptr);
+    EXPECT_EQ(before, nullptr);
+    dbg_set(1);
+    const auto speak = [] {
+        report({"100% #1", long_message});
+        error_set(2);
+        report({"queued"});
+        error_display_all_msgs();
+        teska_warn(1, "ink");
+        dbg("dot");
+        error_set(0);
+        report({"dropped"});
+        error_set(1);
+    };
+    const lines all{"ERROR : '100% #1'", cut_line, "ERROR : 'queued'", "WARNING  : 'ink'", "DEBUG : 'dot'"};
+    EXPECT_EQ(printed(speak), "");
+    EXPECT_EQ(std::exchange(of_process, {}), all);
+
+    EXPECT_EQ(error_set_thread_handler(receive, &of_thread, nullptr), nullptr);
+    EXPECT_EQ(printed(speak), "");
+    EXPECT_EQ(std::exchange(of_thread, {}), all);
+    error_set_thread(1);
+    report({"ink"});
+    EXPECT_EQ(error_set_thread_handler(nullptr, nullptr, &before), receive);
+    EXPECT_EQ(before, &of_thread);
+    report({"paper"});
+    EXPECT_EQ(of_thread, lines{"ERROR : 'ink'"});
+    EXPECT_EQ(of_process, lines{"ERROR : 'paper'"});
+
+    EXPECT_EQ(error_set_handler(nullptr, nullptr, &before), receive);
+    EXPECT_EQ(before, &of_process);
+    EXPECT_EQ(printed([] { report({"pen"}); }), "ERROR : 'pen'\n");
+    EXPECT_EQ(of_process.size(), 1U);
 }
 
 TEST_F(TeskaWarn, PrintsAboveTheThresholdAndDbgWhileSwitchedOnInEveryMode)

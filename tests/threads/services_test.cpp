@@ -220,6 +220,27 @@ TEST(FailingCalls, GiveEachThreadItsOwnLines)
     });
 }
 
+// One function for the process, called by one thread at a time, and one of its own for every other thread.
+TEST(FailingCalls, GoToTheFunctionOfTheThreadOrOfTheProcess)
+{
+    std::vector<std::string> of_process;
+    const auto keep = [](void *context, const char *line) {
+        static_cast<std::vector<std::string> *>(context)->emplace_back(line);
+    };
+    error_set_handler(keep, &of_process, nullptr);
+    in_threads(threads, [&](int thread) {
+        std::vector<std::string> own;
+        if (thread % 2 == 1)
+            error_set_thread_handler(keep, &own, nullptr);
+        for (int round = 0; round < 50; ++round)
+            error_mess_fl(told(thread, round).c_str(), __FILE__, __LINE__);
+        EXPECT_EQ(own.size(), thread % 2 == 1 ? 50U : 0U);
+        error_set_thread_handler(nullptr, nullptr, nullptr);
+    });
+    error_set_handler(nullptr, nullptr, nullptr);
+    EXPECT_EQ(of_process.size(), 50U * ((threads + 1) / 2));
+}
+
 TEST(FailingCalls, QueueEveryLineOfTheProcessOnce)
 {
     const int before = error_set(2);
