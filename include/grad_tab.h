@@ -1,4 +1,4 @@
-/* grad_tab.h - tone curves kept in table files
+/* grad_tab.h - tone curves, kept in table files or in memory
  *
  * A gradation table is a curve through points, and its inverse, in a range of values lo to hi. Its file (file_double.h)
  * holds the points as vectors of two parts of the range, 0 to 1, each under a name made of its x.
@@ -13,6 +13,10 @@
  *     double line[4096];
  *     grad_tab_do(g, line, 1, line, 1, 4096);                       in place
  *     grad_tab_do_inv(g, line, 1, line, 1, 4096);                   and back
+ *
+ * Without a file, and with the inverse at once:
+ *
+ *     g = grad_tab_new_points(&points[0][0], 3, 255.0, 0.0);
  *
  * Common rules
  *   Handles are not null unless a block says so. The curve is a lin_interp_double (interp_double.h): straight between
@@ -40,6 +44,18 @@ typedef struct grad_tab grad_tab;
  */
 TESKA_API grad_tab *grad_tab_new(const char *path, int mode, double hi, double lo) TESKA_NOTHROW;
 
+/* grad_tab_new_points - make a gradation table in memory, with its inverse and without a file.
+ *
+ * Points keep all their digits. What is added later is in the curve alone until grad_tab_invert.
+ *
+ * points  x and y of each in the range of values, finite; may be null when n is 0
+ * n       points; two or more make a curve that has values
+ * hi,lo   ends of the range of values, the upper one first; for the names of grad_tab_list
+ * Returns the table, owned by the caller (grad_tab_kill), or NULL with "grad_tab_new_points: illegal points" for n < 0
+ * and for a point that is not finite, and without a line of its own when memory runs out.
+ */
+TESKA_API grad_tab *grad_tab_new_points(const double *points, int n, double hi, double lo) TESKA_NOTHROW;
+
 /* grad_tab_kill - free a table; what was not saved is lost.
  *
  * g  may be null
@@ -57,8 +73,15 @@ TESKA_API grad_tab *grad_tab_kill(grad_tab *g) TESKA_NOTHROW;
  * Kept: the inverse stays as it is. The name is "p" and the whole number nearest to 100 * (1 - part), halves to even:
  * "p100" for lo and "p0" for hi. A point whose name is there already replaces that one in the file, though both
  * are points of the curve.
+ * A table in memory takes any finite point; -1 leaves it as it is.
  */
 TESKA_API int grad_tab_add_point(grad_tab *g, const double *point) TESKA_NOTHROW;
+
+/* grad_tab_invert - make the inverse anew, of all points that the curve has now.
+ *
+ * Returns 0, or -1 when memory runs out, with the lines of lin_interp_double_invert; the inverse is then as it was.
+ */
+TESKA_API int grad_tab_invert(grad_tab *g) TESKA_NOTHROW;
 
 /* ---- Query ------------------------------------------------------------------------------------------------------- */
 
@@ -68,6 +91,8 @@ TESKA_API int grad_tab_add_point(grad_tab *g, const double *point) TESKA_NOTHROW
  * pair    out: x and y in the range of values
  * Returns the name, valid until grad_tab_kill, or NULL at the end and as file_double_list does; pair is then not
  * in the range of values.
+ * A table in memory gives the points of its curve by ascending x, with the names they would have in a file, valid until
+ * the next grad_tab_list.
  */
 TESKA_API const char *grad_tab_list(grad_tab *g, int *cursor, double *pair) TESKA_NOTHROW;
 
@@ -91,7 +116,8 @@ TESKA_API int grad_tab_do_inv(grad_tab *g, const double *in, int in_stride, doub
 /* grad_tab_save - bring the points to the disk.
  *
  * g  may be null
- * Returns 0, or -1 for null and when that failed: the old file is then still there.
+ * Returns 0, or -1 for null and when that failed: the old file is then still there. A table in memory gives -1 with
+ * "grad_tab_save: table without a file".
  */
 TESKA_API int grad_tab_save(grad_tab *g) TESKA_NOTHROW;
 

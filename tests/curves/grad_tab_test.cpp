@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <memory>
 #include <string>
@@ -73,4 +74,69 @@ TEST(GradTab, KeptTheInverseIsMadeOnceAndNamesAreWholeParts)
     EXPECT_EQ(table(teska_test::Folder(), 0, 1, 0), nullptr) << "no file";
     EXPECT_EQ(grad_tab_kill(nullptr), nullptr);
     EXPECT_EQ(grad_tab_save(nullptr), -1);
+}
+
+TEST(GradTabNewPoints, HasItsInverseAtOnceAndAllDigits)
+{
+    teska_test::Reports reports;
+    const double points[] = {255, 255, 0, 0.123456789, 128, 150};
+    const Table g(grad_tab_new_points(points, 3, 255, 0), grad_tab_kill);
+    Values line{64, 192, 0, 300}, back(4);
+    const Values before = line;
+    EXPECT_EQ(grad_tab_do(g.get(), line.data(), 1, line.data(), 1, 4), 0);
+    EXPECT_NEAR(line[2], 0.123456789, 1e-13);
+    EXPECT_NEAR(line[0], (0.123456789 + 150) / 2, 1e-12);
+    EXPECT_EQ(grad_tab_do_inv(g.get(), line.data(), 1, back.data(), 1, 4), 0);
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_NEAR(back[i], before[i], 1e-12);
+
+    // A further point is in the curve at once and in the inverse when asked for.
+    add(g, {{64, 100}});
+    add(g, {{std::numeric_limits<double>::quiet_NaN(), 1}, {1, HUGE_VAL}}, -1);
+    const double x = 64, y = 100;
+    double found = 0;
+    EXPECT_EQ(grad_tab_do(g.get(), &x, 1, &found, 1, 1), 0);
+    EXPECT_EQ(found, 100);
+    grad_tab_do_inv(g.get(), &y, 1, &found, 1, 1);
+    EXPECT_GT(found, 80);
+    EXPECT_EQ(grad_tab_invert(g.get()), 0);
+    grad_tab_do_inv(g.get(), &y, 1, &found, 1, 1);
+    EXPECT_EQ(found, 64);
+
+    double pair[2];
+    int cursor = 0;
+    std::vector<std::tuple<std::string, double, double>> listed;
+    while (const char *name = grad_tab_list(g.get(), &cursor, pair))
+        listed.emplace_back(name, pair[0], pair[1]);
+    EXPECT_EQ(listed,
+              (decltype(listed){{"p100", 0, 0.123456789}, {"p75", 64, 100}, {"p50", 128, 150}, {"p0", 255, 255}}));
+    EXPECT_EQ(reports.take(), teska_test::lines{});
+    EXPECT_EQ(grad_tab_save(g.get()), -1);
+    EXPECT_EQ(reports.take(), teska_test::lines{"grad_tab_save: table without a file"});
+}
+
+TEST(GradTabNewPoints, RefusesWhatIsNoPointAndHasNoValuesWithoutTwo)
+{
+    teska_test::Reports reports;
+    const double points[] = {0, 1, std::numeric_limits<double>::infinity(), 2};
+    EXPECT_EQ(grad_tab_new_points(points, 2, 1, 0), nullptr);
+    EXPECT_EQ(grad_tab_new_points(points, -1, 1, 0), nullptr);
+    EXPECT_EQ(reports.take(), teska_test::lines(2, "grad_tab_new_points: illegal points"));
+    const Table none(grad_tab_new_points(nullptr, 0, 1, 0), grad_tab_kill);
+    double y = 7;
+    EXPECT_EQ(grad_tab_do(none.get(), points, 1, &y, 1, 1), -1);
+    EXPECT_EQ(reports.take(), teska_test::lines{"lin_interp : too little function points"});
+    EXPECT_EQ(y, 7);
+}
+
+TEST(GradTabInvert, SparesATableItsWayThroughTheFile)
+{
+    const teska_test::Folder folder;
+    const Table g = table(folder, 1, 255, 0);
+    add(g, {{0, 10}, {255, 20}});
+    const double y = 15;
+    double x = 0;
+    EXPECT_EQ(grad_tab_invert(g.get()), 0);
+    EXPECT_EQ(grad_tab_do_inv(g.get(), &y, 1, &x, 1, 1), 0);
+    EXPECT_EQ(x, 127.5);
 }

@@ -125,6 +125,27 @@ std::string control_points(const Segment &b)
     return text;
 }
 
+using Gradation = std::shared_ptr<grad_tab>;
+
+std::string inverse_of_half(const Gradation &g)
+{
+    const double y = 0.5;
+    double x = 7;
+    EXPECT_EQ(grad_tab_do_inv(g.get(), &y, 1, &x, 1, 1), 0);
+    return std::to_string(x);
+}
+
+// The record; its curve; the inverse of that.
+const SweepReports no_table{{},
+                            {no_curve},
+                            {no_func, no_curve},
+                            {no_func, no_curve, no_list},
+                            {no_curve, no_inverse},
+                            {no_func, no_curve, no_inverse},
+                            {no_func, no_curve, no_inverse, no_list},
+                            {no_func, no_inverse},
+                            {no_func, no_inverse, no_list}};
+
 const SweepRows rows({
     calling("func_new", [] { return made(func_new(3, 8, 4, nullptr), func_kill); }, {{no_func}, {no_func, no_list}}),
     // The room of x, then that of y: an x that was already in its place has to leave it again.
@@ -132,17 +153,24 @@ const SweepRows rows({
     reserving(),
     on_func("func_invert", 3, [](const Func &f) { return made(func_invert(f.get(), after), func_kill); },
             {{no_func}, {no_func, no_list}, {no_room}}),
-    {.name = "grad_tab_new",
-     .make = table_of_gradation,
-     .once = {{},
-              {no_curve},
-              {no_func, no_curve},
-              {no_func, no_curve, no_list},
-              {no_curve, no_inverse},
-              {no_func, no_curve, no_inverse},
-              {no_func, no_curve, no_inverse, no_list},
-              {no_func, no_inverse},
-              {no_func, no_inverse, no_list}}},
+    calling(
+        "grad_tab_new_points",
+        [] {
+            const double points[] = {0, 0, 1, 1};
+            return made(grad_tab_new_points(points, 2, 1, 0), grad_tab_kill);
+        },
+        no_table),
+    changing<Gradation>(
+        "grad_tab_invert",
+        [] {
+            const double points[] = {0, 0, 1, 1}, more[] = {0.5, 0.9};
+            Gradation g(grad_tab_new_points(points, 2, 1, 0), grad_tab_kill);
+            grad_tab_add_point(g.get(), more);
+            return g;
+        },
+        [](const Gradation &g) { return gave(0, grad_tab_invert(g.get())); }, inverse_of_half,
+        {no_table.begin() + 4, no_table.end()}),
+    {.name = "grad_tab_new", .make = table_of_gradation, .once = no_table},
     calling("hist_new", [] { return made(hist_new(0, 9), hist_kill); },
             {{"hist_new: alloc self failed"}, {"hist_new: illegal bounds"}}),
     calling("lin_interp_double_new", [] { return made(lin_interp_double_new(1, nullptr), lin_interp_double_kill); },
