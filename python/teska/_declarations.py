@@ -1,4 +1,4 @@
-MD5 = '5c17fbf7c5463819bd9475c7d54d02f6'
+MD5 = '15e658888d942cef3c0bcc0a0aee592c'
 """The C declarations of the library, written by tools/python_declarations.py from these headers."""
 
 HEADERS = (
