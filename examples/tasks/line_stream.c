@@ -13,25 +13,26 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-/* The callback of fusm has no pointer of the caller's: the stream is one of the file. */
-static struct {
+struct stream {
     izat *zoom;
     unsigned short *sharp, *resized;
     size_t samples; /* of a resized line */
-} stream;
+};
 
 static void write_line(void *context, int line)
 {
-    (void)context, (void)line;
-    for (size_t i = 0; i < stream.samples; ++i)
-        putchar(stream.resized[i] >> 8), putchar(stream.resized[i] & 255);
+    const struct stream *stream = context;
+    (void)line;
+    for (size_t i = 0; i < stream->samples; ++i)
+        putchar(stream->resized[i] >> 8), putchar(stream->resized[i] & 255);
 }
 
 /* Component 2 is the last one of a line: it is complete and goes on. */
-static void sharpened(int component)
+static void sharpened(void *context, int component)
 {
+    struct stream *stream = context;
     if (component == 2)
-        izat_line(stream.zoom, stream.sharp, &stream.resized);
+        izat_line(stream->zoom, stream->sharp, &stream->resized);
 }
 
 int main(int argc, char **argv)
@@ -49,14 +50,12 @@ int main(int argc, char **argv)
     /* The filter looks at up to five lines; they stay where they are until it has done with them. */
     const size_t samples = (size_t)width * 3;
     unsigned short *lines = malloc(5 * samples * sizeof *lines);
-    stream.samples = (size_t)columns * 3;
-    stream.sharp = malloc(samples * sizeof *stream.sharp);
+    struct stream stream = {izat_new(IZAT_LANCZOS3), malloc(samples * sizeof *lines), NULL, (size_t)columns * 3};
     stream.resized = malloc(stream.samples * sizeof *stream.resized + 1);
-    stream.zoom = izat_new(IZAT_LANCZOS3);
     fusm *usm = fusm_new(1, 65535, 3, 3, NULL, NULL);
     if (lines == NULL || stream.sharp == NULL || stream.resized == NULL || stream.zoom == NULL || usm == NULL ||
-        izat_start(stream.zoom, 3, height, width, rows, columns, write_line, NULL, 3, 3) == 0 ||
-        fusm_start(usm, height, width, sharpened, 3, 0, 3) == 0)
+        izat_start(stream.zoom, 3, height, width, rows, columns, write_line, &stream, 3, 3) == 0 ||
+        fusm_start_with(usm, height, width, sharpened, &stream, 3, 0, 3) == 0)
         return 1; /* said by the library */
 
     printf("P6\n%d %d\n65535\n", columns, rows);

@@ -8,7 +8,9 @@ tasks=$(cd "$(dirname "$0")/../../examples/tasks" && pwd)
 
 rm -rf "$work"
 mkdir -p "$work"
-cmake --install "$tree" --prefix "$work/prefix"
+for component in runtime development; do
+    cmake --install "$tree" --prefix "$work/prefix" --component "$component"
+done
 cp -r "$tasks" "$work/tasks"
 
 for program in "$work"/tasks/*.c "$work"/tasks/*.cpp; do
