@@ -3,10 +3,12 @@
 #include "Kernels/avx2.h"
 #include "Kernels/nearest_vector.h"
 
-namespace teska {
+namespace teska
+{
 
-void install_avx2(nearest_kernels &table, bool /*gathers*/) noexcept {
-  table.triangle = nearest_kernel<avx2_doubles>::triangle;
+void install_avx2(nearest_kernels &table, bool /*gathers*/) noexcept
+{
+    table.triangle = nearest_kernel<avx2_doubles>::triangle;
 }
 
-} // namespace teska
+}  // namespace teska

@@ -3,10 +3,12 @@
 #include "Kernels/nearest_vector.h"
 #include "Kernels/v128.h"
 
-namespace teska {
+namespace teska
+{
 
-void install_v128(nearest_kernels &table, bool /*gathers*/) noexcept {
-  table.triangle = nearest_kernel<v128_doubles>::triangle;
+void install_v128(nearest_kernels &table, bool /*gathers*/) noexcept
+{
+    table.triangle = nearest_kernel<v128_doubles>::triangle;
 }
 
-} // namespace teska
+}  // namespace teska

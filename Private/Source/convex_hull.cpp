@@ -11,7 +11,7 @@
 
 #include "convex_hull.h"
 
-#include "Source/tconvexhull/store.h"
+#include "Support/hull_store.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 #include "Support/triangle_tree.h"
@@ -61,7 +61,7 @@ struct convex_hull {
         const int(&corner)[3] = faces[face].corner;
         return {{vertices[corner[0]].at, vertices[corner[1]].at, vertices[corner[2]].at}};
     }
-    [[nodiscard]] bool flat() const noexcept { return hull.vertices == nullptr || hull.store->flat; }
+    [[nodiscard]] bool flat() const noexcept { return hull.vertices == nullptr || hull_was_flat(*hull.store); }
     bool add(const vec3 &point) noexcept;
     void forget_surface() noexcept;
     bool copy_surface() noexcept;
@@ -108,7 +108,7 @@ bool convex_hull::copy_surface() noexcept
     if (!vertices)
         return false;
     do {
-        vertices[nr_vertices++] = {unit * position(v), v->vnum};
+        vertices[nr_vertices++] = {unit * vec3_at(v->v), v->vnum};
         v = v->next;
     } while (v != hull.vertices);
     if (!copy_faces() || !tree.build(nr_faces, [this](int face) { return corners(face); }))
@@ -120,7 +120,8 @@ bool convex_hull::copy_surface() noexcept
 bool convex_hull::copy_faces() noexcept
 {
     const auto vertex_of = zeroed_block<int>(static_cast<std::size_t>(hull.count));  // by the number of the point
-    faces = zeroed_block<surface_face>(static_cast<std::size_t>(hull.store->planes.faces()));
+    // Triangles on a closed surface.
+    faces = zeroed_block<surface_face>(2 * static_cast<std::size_t>(nr_vertices));
     if (!vertex_of || !faces)
         return false;
     for (int i = 0; i < nr_vertices; ++i)

@@ -31,6 +31,7 @@
 #include "tconvexhull.h"
 
 #include "Source/tconvexhull/store.h"
+#include "Support/hull_store.h"
 
 #include <algorithm>
 #include <atomic>
@@ -75,6 +76,8 @@ void set_next_in_ring(TConvexHull *&sharer, TConvexHull *next) noexcept
 }
 
 }  // namespace
+
+bool teska::hull_was_flat(const tHullStore &store) noexcept { return store.flat; }
 
 // ---- Life -----------------------------------------------------------------------------------------------------------
 
