@@ -1,8 +1,8 @@
 /* teska_geometry.h - gathers the headers of one subsystem: geometry and gamut */
 #ifndef TESKA_GEOMETRY_H
 #define TESKA_GEOMETRY_H
-#include "convex_hull.h"
 #include "clg.h"
+#include "convex_hull.h"
 #include "proj.h"
 #include "tetra.h"
 #include "top_surface.h"
