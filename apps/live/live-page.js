@@ -370,7 +370,7 @@ function listen() {
     zone.classList.remove("over");
     if (event.dataTransfer.files[0]) take(event.dataTransfer.files[0], event.dataTransfer.files[0].name);
   });
-  after.addEventListener("click", event => {
+  section.querySelector(".live-stage").addEventListener("click", event => {
     const box = after.getBoundingClientRect();
     pick(Math.min(after.width - 1, Math.floor((event.clientX - box.left) / box.width * after.width)),
          Math.min(after.height - 1, Math.floor((event.clientY - box.top) / box.height * after.height)));

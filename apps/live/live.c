@@ -143,7 +143,7 @@ void *live_hull_new(const double *lab, int points)
 {
     listen();
     convex_hull *hull = convex_hull_new();
-    if (hull != NULL && (!convex_hull_add_points(hull, lab, points) || !convex_hull_construct(hull)))
+    if (hull != NULL && (convex_hull_add_points(hull, lab, points) != 0 || convex_hull_construct(hull) != 0))
         hull = convex_hull_kill(hull);
     keep_report();
     return hull;
@@ -160,11 +160,9 @@ int live_hull_nearest(void *hull, const double *lab, double *nearest)
         memcpy(nearest, lab, 3 * sizeof *nearest);
         return 1;
     }
-    double distance, weights[3];
-    int face;
-    const int found = convex_hull_nearest(hull, lab, nearest, &distance, &face, weights);
+    const int failed = convex_hull_nearest(hull, lab, nearest, NULL, NULL, NULL);
     keep_report();
-    return found ? 0 : -1;
+    return failed;
 }
 
 static const double pi = 3.14159265358979323846;

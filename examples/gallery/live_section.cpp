@@ -92,7 +92,7 @@ std::string hull_text(const transform &to_lab)
     std::vector<double> lab(static_cast<std::size_t>(colours) * 3);
     to_lab.run(inks.data(), lab.data(), colours);
     const owned_hull hull(convex_hull_new());
-    if (!hull || convex_hull_add_points(hull.get(), lab.data(), colours) == 0 || convex_hull_construct(hull.get()) == 0)
+    if (!hull || convex_hull_add_points(hull.get(), lab.data(), colours) != 0 || convex_hull_construct(hull.get()) != 0)
         throw failure("the colours of the press enclose nothing");
 
     std::ostringstream corners, faces;
@@ -100,7 +100,7 @@ std::string hull_text(const transform &to_lab)
         double at[3];
         int number;
         convex_hull_get_vertex(hull.get(), i, at, &number);
-        for (const double value : at)
+        for (const double &value : at)
             corners << (i > 0 || &value != at ? "," : "") << std::round(value * 100) / 100;
     }
     for (int i = 0; i < convex_hull_get_nr_faces(hull.get()); ++i) {
