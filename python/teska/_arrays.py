@@ -33,7 +33,8 @@ class SupportsArray(Protocol):
 
 Pixels = Union[Array, SupportsArrayInterface, SupportsArray, memoryview]
 
-_SCALE = {'u1': "(x * 255 + 0.5).astype('uint8') scales 0 .. 1", 'u2': "(x * 65535 + 0.5).astype('uint16') scales 0 .. 1"}
+_SCALE = {'u1': "(x * 255 + 0.5).astype('uint8') scales 0 .. 1",
+          'u2': "(x * 65535 + 0.5).astype('uint16') scales 0 .. 1"}
 
 
 def as_array(label: str, pixels: object) -> Array:
@@ -41,7 +42,8 @@ def as_array(label: str, pixels: object) -> Array:
     if isinstance(pixels, np.ndarray):
         return pixels
     if isinstance(pixels, (str, bytes, list, tuple, int, float, complex, type(None))):
-        raise TypeError(f'{label}: an array wanted, not {type(pixels).__name__}; numpy.array(..) with its dtype makes one')
+        raise TypeError(f'{label}: an array wanted, not {type(pixels).__name__}; '
+                        'numpy.array(..) with its dtype makes one')
     array = np.asarray(pixels)
     if array.dtype == object:
         raise TypeError(f'{label}: an array wanted, not {type(pixels).__name__}')

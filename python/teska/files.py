@@ -106,7 +106,8 @@ class Archive:
         stored = name.replace('\\', '/')
         encoded = stored.encode('utf-8', 'surrogateescape')
         if not 1 <= len(encoded) <= 199 or b'\0' in encoded or encoded[:4].upper() == b'@END':
-            raise ValueError(f'Archive: {name!r} cannot be the name of an entry: 1 to 199 bytes, not beginning with @END')
+            raise ValueError(f'Archive: {name!r} cannot be the name of an entry: '
+                             '1 to 199 bytes, not beginning with @END')
         names = self._names or []
         if stored in names:
             raise ValueError(f'Archive: there is an entry {stored!r} already')
@@ -239,8 +240,9 @@ class Records(Mapping[str, Topic]):
 
     Parameters:
         path: the file
-        mode: 'a' to open it, or to create it where there is none; 'r' to open it, FileNotFoundError where there is none;
-            'x' to create it, FileExistsError where there is one; 'w' to create or replace it. A new file is made at once
+        mode: 'a' to open it, or to create it where there is none; 'r' to open it, FileNotFoundError where there is
+            none; 'x' to create it, FileExistsError where there is one; 'w' to create or replace it. A new file is made
+            at once
 
     As a context manager it is flushed at the end, unless by an exception, and closed. Topics compare without case.
     Nothing can be removed. Used by one thread at a time.

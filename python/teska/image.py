@@ -385,7 +385,8 @@ class Sharpen(_Lines):
             if not done:
                 raise error(lines, 'Sharpen: no levels')
         self._callback = ffi.callback('void(int)', self._took)
-        started, lines = collected(lib.fusm_start, record, self.size[1], self.size[0], self._callback, count, 0, count)
+        started, lines = collected(lib.fusm_start, record, self.size[1], self.size[0], self._callback, count, 0,
+                                   count)
         if not started:
             raise error(lines, 'Sharpen: no start')
         self._type = 'unsigned char' if self._dtype.itemsize == 1 else 'unsigned short'

@@ -152,7 +152,8 @@ class Table(ABC):
         values = np.asarray(f(vertices))
         wanted = (len(vertices), self.outputs)
         if values.shape != wanted:
-            raise ValueError(f'{self._label}.from_function: the function gave the shape {values.shape}, {wanted} wanted')
+            raise ValueError(f'{self._label}.from_function: the function gave the shape {values.shape}, '
+                             f'{wanted} wanted')
         _arrays.check_dtype(f'{self._label}.from_function', values, (np.dtype(self._axis().dtype).str[1:],))
         np.copyto(self._view(), values.reshape(self._grid_shape), casting='same_kind')
 
