@@ -1,8 +1,8 @@
 // convert - pictures from one colour space into another
 //
-// For each page: its source profile, what becomes of its extra samples, a table (kept for further pages and pictures of
-// the same source), then band after band of lines through the table. With --check or --max-error the page is read twice:
-// first for the pixels that the table is compared at.
+// For each page: its source profile, what becomes of its extra samples, a table (kept for further pages and pictures
+// of the same source), then band after band of lines through the table. With --check or --max-error the page is read
+// twice: first for the pixels that the table is compared at.
 
 #include "frame/command.h"
 #include "frame/failure.h"
@@ -112,7 +112,7 @@ public:
     }
 
 private:
-    // ---- Pictures ----------------------------------------------------------------------------------------------------
+    // ---- Pictures ---------------------------------------------------------------------------------------------------
 
     void require_format(const std::string &path)
     {
@@ -216,7 +216,7 @@ private:
         return shown;
     }
 
-    // ---- A page ------------------------------------------------------------------------------------------------------
+    // ---- A page -----------------------------------------------------------------------------------------------------
 
     template <class Open>
     page_conversion conversion_of(const std::string &in, const std::string &out, file_format format,
@@ -482,7 +482,7 @@ private:
         return largest * 100.0 / (target.depth == 16 ? 65535 : 255);
     }
 
-    // ---- What is told ------------------------------------------------------------------------------------------------
+    // ---- What is told -----------------------------------------------------------------------------------------------
 
     void tell(json &shown, const std::string &out, file_format format, const page_facts &target, const page_facts &page,
               const page_conversion &by)

@@ -4,8 +4,8 @@
 //     throw failure(path, "exists", "--force replaces it");
 //     throw usage_failure("--bpc", "absolute colorimetry has no black point compensation");
 //
-// main prints "teska COMMAND: FILE: WHAT; DO" on standard error and ends with the code: 1 when a file, its contents or a
-// bound failed, 2 when the command line is wrong and nothing was read.
+// main prints "teska COMMAND: FILE: WHAT; DO" on standard error and ends with the code: 1 when a file, its contents or
+// a bound failed, 2 when the command line is wrong and nothing was read.
 
 #ifndef TESKA_TOOL_FAILURE_H
 #define TESKA_TOOL_FAILURE_H

@@ -3,8 +3,8 @@
 // libpng leaves its functions by longjmp. Every call of it is made through guarded(), whose frame holds nothing that
 // has a destructor; the calls are plain lambdas. What went wrong is thrown after that, as a failure.
 //
-// The chunks that tell the colours (iCCP, sRGB, gAMA, cHRM) are asked for as unknown ones: libpng itself drops a profile
-// whenever another of them contradicts it.
+// The chunks that tell the colours (iCCP, sRGB, gAMA, cHRM) are asked for as unknown ones: libpng itself drops a
+// profile whenever another of them contradicts it.
 
 #include "frame/failure.h"
 #include "frame/job.h"
@@ -133,10 +133,15 @@ public:
         talk_.warnings = &warnings_;
         png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, &talk_, png_failed, png_warned);
         info_ = png_ != nullptr ? png_create_info_struct(png_) : nullptr;
-        if (info_ == nullptr)
-            throw std::bad_alloc();
-        prepare();
-        read_header();
+        try {
+            if (info_ == nullptr)
+                throw std::bad_alloc();
+            prepare();
+            read_header();
+        } catch (...) {
+            png_destroy_read_struct(&png_, &info_, nullptr);
+            throw;
+        }
     }
 
     ~png_reader() override { png_destroy_read_struct(&png_, &info_, nullptr); }
@@ -347,8 +352,10 @@ public:
         talk_.warnings = &warnings_;
         png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, &talk_, png_failed, png_warned);
         info_ = png_ != nullptr ? png_create_info_struct(png_) : nullptr;
-        if (info_ == nullptr)
+        if (info_ == nullptr) {
+            png_destroy_write_struct(&png_, nullptr);
             throw std::bad_alloc();
+        }
     }
 
     ~png_writer() override { png_destroy_write_struct(&png_, &info_); }

@@ -102,7 +102,7 @@ private:
         return TIFFGetField(tiff(), tag, &text) != 0 && text != nullptr ? text : "";
     }
 
-    // ---- What a page is ----------------------------------------------------------------------------------------------
+    // ---- What a page is ---------------------------------------------------------------------------------------------
 
     void read_facts()
     {
@@ -176,7 +176,7 @@ private:
         const std::uint16_t *types = nullptr;
         TIFFGetField(tiff(), TIFFTAG_EXTRASAMPLES, &count, &types);
         page_.extras.assign(static_cast<std::size_t>(samples_ - stored), extra_kind::unspecified);
-        // More types than extra samples: those in front that say nothing belong to inks; behind, libtiff has added some.
+        // More types than extra samples: those in front that say nothing belong to inks; libtiff adds others behind.
         std::size_t skipped = 0;
         while (count - skipped > page_.extras.size() && types[skipped] == EXTRASAMPLE_UNSPECIFIED)
             ++skipped;
@@ -329,7 +329,7 @@ private:
             page_.metadata.emplace_back("comment");
     }
 
-    // ---- Where its lines are -----------------------------------------------------------------------------------------
+    // ---- Where its lines are ----------------------------------------------------------------------------------------
 
     void prepare_lines()
     {
@@ -399,7 +399,7 @@ private:
             }
     }
 
-    // ---- Lines as they are stored, but in the host's order -----------------------------------------------------------
+    // ---- Lines as they are stored, but in the host's order ----------------------------------------------------------
 
     // Lines that follow each other, of a strip that is not compressed.
     void read_direct(int plane, std::uint32_t line, std::uint32_t count, unsigned char *out)
@@ -496,7 +496,7 @@ private:
         }
     }
 
-    // ---- What a line becomes -----------------------------------------------------------------------------------------
+    // ---- What a line becomes ----------------------------------------------------------------------------------------
 
     void finish_line(unsigned char *raw, unsigned char *out) const
     {
