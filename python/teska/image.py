@@ -341,8 +341,8 @@ class Resize(_Lines):
     def __repr__(self) -> str:
         if self._record is None:
             return 'Resize(closed)'
-        return f'Resize({self.source!r} to {self.size!r},
-                        {self._kernel!r})  # {self._fed} of {self.source[1]} lines fed'
+        return (f'Resize({self.source!r} to {self.size!r}, {self._kernel!r})'
+                f'  # {self._fed} of {self.source[1]} lines fed')
 
 
 class Sharpen(_Lines):
