@@ -60,20 +60,22 @@ extern "C" toff_t tiff_seek(thandle_t handle, toff_t offset, int from)
 extern "C" int tiff_closed(thandle_t) { return 0; }
 extern "C" toff_t tiff_size(thandle_t handle) { return size_of(file_of(handle)); }
 
-std::string formatted(const char *format, std::va_list arguments)
+[[gnu::format(printf, 1, 0)]] std::string formatted(const char *format, std::va_list arguments)
 {
     char text[512];
     std::vsnprintf(text, sizeof text, format, arguments);
     return text;
 }
 
-extern "C" int tiff_failed(TIFF *, void *file, const char *module, const char *format, std::va_list arguments)
+extern "C" [[gnu::format(printf, 4, 0)]] int tiff_failed(TIFF *, void *file, const char *module, const char *format,
+                                                         std::va_list arguments)
 {
     static_cast<tiff_file *>(file)->told(module, formatted(format, arguments), false);
     return 1;
 }
 
-extern "C" int tiff_warned(TIFF *, void *file, const char *module, const char *format, std::va_list arguments)
+extern "C" [[gnu::format(printf, 4, 0)]] int tiff_warned(TIFF *, void *file, const char *module, const char *format,
+                                                         std::va_list arguments)
 {
     static_cast<tiff_file *>(file)->told(module, formatted(format, arguments), true);
     return 1;
