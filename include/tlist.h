@@ -14,7 +14,9 @@
  *     inks.Add(new Ink);
  *     for (TElement *e = inks.First(); e != nullptr; e = e->Next())
  *         ...
- *     delete inks.Subtract(inks.First());                take one out; the rest goes with the list
+ *     TElement *lightest = inks.First();
+ *     inks.Subtract(lightest);                           take one out; the rest goes with the list
+ *     delete lightest;
  *
  * Common rules
  *   Ownership: an element in a list belongs to the list: made by new, deleted through its virtual destructor by Destroy
