@@ -158,7 +158,7 @@ public:
     {
         take.file("IN", "the picture to read", in_);
         take.output("OUT", "the picture to write", out_);
-        take.integer("--radius", "R", 0, 2, "size of the window: 3, 5 or, without the finest detail, 5 pixels",
+        take.integer("--radius", "R", 0, 2, "window: 0 is 3 pixels wide, 1 is 5, 2 is 5 and a band-pass",
                      settings_.radius);
         take.number("--strength", "S", 0, 10, "how much is added", settings_.strength);
         take.number("--noise", "N", 0, 1, "differences below this part of the range are taken for noise",

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace
 {
@@ -246,7 +247,23 @@ TEST(Resize, AveragesLight)
     // ((0.5^(1/2.4)) 1.055 - 0.055) 255 = 187.5
     EXPECT_EQ(read_page(folder.path("o.png")).samples, samples(400, 188));
 
-    // Linear samples stay what they are, and the profile does too; associated ones are divided in between.
+    // Random colours: the light of what is written, against the light of what was read, in steps of 16 bits.
+    const auto light = [](std::uint16_t sample) {
+        const double v = sample / 65535.0;
+        return 65535 * (v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4));
+    };
+    whole_page colours = random_page(colour_kind::rgb, 3, 16, 60, 50);
+    write_pages(folder.path("rgb.tif"), {colours});
+    ASSERT_EQ(resize(folder, "rgb.tif", "o.tif", {"--size", "25x70", "--linear"}).code, 0);
+    for (std::uint16_t &sample : colours.samples)
+        sample = static_cast<std::uint16_t>(light(sample) + 0.5);
+    const samples wanted = directly(colours, IZAT_LANCZOS3, 25, 70, false);
+    const samples there = read_page(folder.path("o.tif")).samples;
+    ASSERT_EQ(there.size(), wanted.size());
+    for (std::size_t i = 0; i < there.size(); ++i)
+        EXPECT_NEAR(light(there[i]), wanted[i], 3) << i;
+
+    // Linear samples stay what they are, and the profile does too.
     job work("test");
     colour_engine engine;
     whole_page page = random_page(colour_kind::rgb, 3, 16, 60, 50);
