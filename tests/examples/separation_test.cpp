@@ -277,8 +277,8 @@ TEST_F(Examples, WriteThePageAndEveryPictureItShows)
             continue;
         EXPECT_GT(read_png(out / name).width, 0) << name;
     }
-    // Separation 11, objects 6, curves 3, the solid 9, the umbrella 4, lines 26.
-    EXPECT_EQ(pictures, 59);
+    // Separation 11, live 2, objects 6, curves 3, the solid 9, the umbrella 4, lines 26.
+    EXPECT_EQ(pictures, 61);
     EXPECT_EQ(page.find("://"), page.npos) << "the page must not need a network";
 }
 

@@ -12,7 +12,7 @@ void example_convex_hull(void)
         measured[p][2] = p / 165 * 10;
     }
     int i, k, corner[3], patch[3], faces = 0;
-    double lab[3][3], colour[3] = {50, 70, 100}, printable[3], dist;
+    double lab[3][3], colour[3] = {50, 70, 100}, printable[3], dist = 0;
 #define convex_hull_get_face(hull, face, c) (++faces, convex_hull_get_face(hull, face, c))
 #include "convex_hull_1.inc"
 #undef convex_hull_get_face
