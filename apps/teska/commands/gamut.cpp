@@ -96,8 +96,8 @@ public:
         take.choice("--intent", "I", {"perceptual", "relative", "saturation", "absolute"},
                     "rendering intent of a profile; a chart is taken as measured", intent_);
         take.number("--tac", "T", 1, 1500, "most ink of a profile in percent, all inks together", ink_limit_);
-        take.numbers("--inside", "L,a,b", 3, "tells whether a colour is inside; may be repeated", inside_);
-        take.numbers("--nearest", "L,a,b", 3, "tells the nearest colour that can be shown; may be repeated", nearest_);
+        take.numbers("--inside", "L,a,b", 3, "tells whether a colour is inside", inside_);
+        take.numbers("--nearest", "L,a,b", 3, "tells the nearest colour that can be shown", nearest_);
         take.path("--colours", "F", "a chart or lines of L a b: --inside and --nearest for each of its colours",
                   colours_);
         take.path("--compare", "SOURCE2", "tells what another profile or chart shares with this one", second_);
@@ -141,7 +141,7 @@ public:
     }
 
 private:
-    // ---- Sources -----------------------------------------------------------------------------------------------------
+    // ---- Sources ----------------------------------------------------------------------------------------------------
 
     static gamut_source open(const std::string &path)
     {
@@ -221,7 +221,7 @@ private:
         return colours;
     }
 
-    // ---- Answers -----------------------------------------------------------------------------------------------------
+    // ---- Answers ----------------------------------------------------------------------------------------------------
 
     void tell(job &work, const gamut_source &source, const gamut_body &body) const
     {
