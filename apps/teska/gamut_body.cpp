@@ -224,6 +224,26 @@ lab_colour gamut_body::nearest(const lab_colour &colour) const
     return found;
 }
 
+std::optional<std::array<double, 2>> gamut_body::reach(double lightness, double b) const
+{
+    std::array<double, 2> found = {-1e9, 1e9};
+    for (const std::array<int, 3> &face : faces_) {
+        const plane limit(*this, face);
+        if (!limit.has_direction())
+            continue;
+        const double height = limit.above({lightness, 0, b}, surface);
+        if (std::abs(limit.normal[1]) <= 1e-12 * limit.length) {
+            if (height > 0)
+                return std::nullopt;
+        } else if (limit.normal[1] > 0) {
+            found[1] = std::min(found[1], -height / limit.normal[1]);
+        } else {
+            found[0] = std::max(found[0], -height / limit.normal[1]);
+        }
+    }
+    return found[0] <= found[1] ? std::optional(found) : std::nullopt;
+}
+
 double shared_volume(const gamut_body &first, const gamut_body &second)
 {
     cut_body left(first);

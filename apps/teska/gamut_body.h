@@ -12,6 +12,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,9 @@ public:
 
     // The nearest colour of the body: the colour itself when it is inside.
     [[nodiscard]] lab_colour nearest(const lab_colour &colour) const;
+
+    // From which a to which the body reaches at this L and b; empty where it does not.
+    [[nodiscard]] std::optional<std::array<double, 2>> reach(double lightness, double b) const;
 
 private:
     struct kills {

@@ -8,6 +8,7 @@
 #include "frame/options.h"
 #include "frame/text.h"
 #include "gamut_body.h"
+#include "gamut_slices.h"
 #include "profiles.h"
 
 #include <algorithm>
@@ -102,6 +103,7 @@ public:
                   colours_);
         take.path("--compare", "SOURCE2", "tells what another profile or chart shares with this one", second_);
         take.path("--vrml", "F", "writes the body as a scene of VRML 2.0", vrml_);
+        take.path("--slices", "F", "writes a PNG of the planes L = 10 .. 90", slices_);
         take.path("--out", "F", "writes the result as JSON", out_);
     }
 
@@ -117,6 +119,7 @@ public:
         const std::vector<const input_file *> inputs = {first.file.get(), second ? second->file.get() : nullptr,
                                                         asked.get()};
         const std::unique_ptr<output_file> vrml = output(work, vrml_, inputs);
+        const std::unique_ptr<output_file> slices = output(work, slices_, inputs);
         const std::unique_ptr<output_file> out = output(work, out_, inputs);
         take_colours(work, first);
         if (second)
@@ -130,6 +133,10 @@ public:
         if (vrml) {
             vrml->write(scene(body));
             vrml->publish();
+        }
+        if (slices) {
+            write_slices(work, engine_, body, *slices);
+            slices->publish();
         }
         if (out) {
             json whole = json::object();
@@ -338,6 +345,7 @@ private:
     std::string colours_;
     std::string second_;
     std::string vrml_;
+    std::string slices_;
     std::string out_;
     colour_engine engine_;
 };

@@ -2,6 +2,7 @@
 
 #include "support/folder.h"
 #include "support/generator.h"
+#include "support/pictures.h"
 #include "support/process.h"
 
 #include "charts.h"
@@ -226,6 +227,23 @@ TEST(Gamut, OfChartsAndProfiles)
     const std::string scene = folder.read("o.wrl");
     EXPECT_EQ(scene.substr(0, 15), "#VRML V2.0 utf8");
     EXPECT_EQ(std::count(scene.begin(), scene.end(), '{'), std::count(scene.begin(), scene.end(), '}'));
+
+    EXPECT_EQ(run_teska({"gamut", folder.path("c.txt"), "--slices", folder.path("s.png")}).code, 0);
+    const whole_page slices = read_pages(folder.path("s.png")).front();
+    ASSERT_EQ(slices.facts.width, 768U);
+    ASSERT_EQ(slices.facts.height, 768U);
+    // L 10 is below the cube and white; in L 50 it begins at a = 20, b = 20.
+    const auto is_white = [&](int left, int top, int a, int b) {
+        const std::size_t at =
+            (static_cast<std::size_t>(top + 128 - b) * 768 + static_cast<std::size_t>(left + 128 + a)) * 3;
+        return slices.samples[at] == 255 && slices.samples[at + 1] == 255 && slices.samples[at + 2] == 255;
+    };
+    EXPECT_TRUE(is_white(0, 0, 40, 40));
+    EXPECT_FALSE(is_white(256, 256, 40, 40));
+    EXPECT_FALSE(is_white(256, 256, 21, 79));
+    EXPECT_TRUE(is_white(256, 256, 18, 40));
+    EXPECT_TRUE(is_white(256, 256, 40, 82));
+    EXPECT_TRUE(is_white(256, 256, -40, 40));
 
     const outcome srgb = run_teska({"gamut", "srgb"});
     EXPECT_EQ(srgb.code, 0) << srgb.err;
