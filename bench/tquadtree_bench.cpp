@@ -1,4 +1,4 @@
-// tquadtree_bench - points in the plane beside the R-tree of Boost.Geometry (quadratic, 16) and the k-d tree of nanoflann
+// tquadtree_bench - points in the plane beside Boost.Geometry's R-tree (quadratic, 16) and nanoflann's k-d tree
 //
 // One item: a point inserted, or a question. Points and questions are random in one square. nanoflann's tree is built
 // once for all points and cannot change, which the other two can; building it is not measured. A window holds four

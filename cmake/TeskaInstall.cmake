@@ -1,6 +1,6 @@
-# What `cmake --install` lays out, in the components runtime, development, tools and doc: the libraries beside each other,
-# all public headers in the folder teska/, and the files by which find_package and pkg-config find them. Nothing in it
-# depends on the prefix, and no library holds a path.
+# What `cmake --install` lays out, in the components runtime, development, tools and doc: the libraries beside each
+# other, all public headers in the folder teska/, and the files by which find_package and pkg-config find them. Nothing
+# in it depends on the prefix, and no library holds a path.
 
 get_property(companions GLOBAL PROPERTY TESKA_COMPANIONS)
 get_property(companion_headers GLOBAL PROPERTY TESKA_COMPANION_HEADERS)

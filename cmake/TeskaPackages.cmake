@@ -18,13 +18,12 @@ set(sections_runtime libs)
 set(sections_development libdevel)
 set(sections_tools graphics)
 set(sections_doc doc)
-set(texts_runtime
-    "Colour tables and their interpolation, gamut geometry, curves, numerical\nmethods, image lines, containers, text and files, with the same bits on every\nmachine."
-)
-set(texts_development "Headers, static libraries and the files by which CMake and pkg-config find\nthe libraries.")
-set(texts_tools
-    "The program teska converts pictures between colour spaces, bakes tables,\nmeasures gamuts, sharpens, resizes, and keeps archives and record files."
-)
+# The lines of a description.
+set(texts_runtime "Colour tables and their interpolation, gamut geometry, curves, image lines,"
+                  "containers and files, with the same bits on every machine.")
+set(texts_development "Headers, static libraries and the files by which CMake and pkg-config find" "the libraries.")
+set(texts_tools "The program teska converts pictures between colour spaces, bakes tables,"
+                "measures gamuts, sharpens and resizes, and keeps archives.")
 set(texts_doc "The reference of all functions, guides, and the pages about the library.")
 if(TARGET teska)
   list(APPEND CPACK_COMPONENTS_ALL tools)
@@ -57,7 +56,7 @@ else()
     string(TOUPPER "${component}" upper)
     set(CPACK_DEBIAN_${upper}_PACKAGE_NAME "${packages_${component}}")
     set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION "${sections_${component}}")
-    set(CPACK_DEBIAN_${upper}_DESCRIPTION "${texts_${component}}")
+    list(JOIN texts_${component} "\n" CPACK_DEBIAN_${upper}_DESCRIPTION)
   endforeach()
 endif()
 

@@ -12,7 +12,15 @@ teska_parts(ibilin plan)
 teska_parts(izat izoom plan)
 teska_parts(md_tetrab positions)
 teska_parts(numb byteorder)
-teska_parts(p_bezierd_base arc fit line nearest outline polyline spline)
+teska_parts(
+  p_bezierd_base
+  arc
+  fit
+  line
+  nearest
+  outline
+  polyline
+  spline)
 teska_parts(proj nearest tetra triangle)
 teska_parts(rsys copy match remove transfer walk)
 teska_parts(tconvexhull compass lists planes print step)

@@ -7,8 +7,8 @@
  *     if (whole_image_resize(IZAT_LANCZOS3, &photo, &small, NULL, 0, 1000) == 0) ...
  *
  * Common rules
- *   Strides lead, in bytes, from one line, pixel or component to the next. They are whole multiples of the sample; 0 and
- *   negative ones are fine in a source. Target and source must not overlap.
+ *   Strides lead, in bytes, from one line, pixel or component to the next. They are whole multiples of the sample; 0
+ *   and negative ones are fine in a source. Target and source must not overlap.
  *   The results are those of the filters fed line by line, to the bit. A strip of target lines is what the whole image
  *   has there: several threads may make the strips of one target at once.
  *   Functions return 1, or 0 with the report of the filter's own functions or the one that their block names; what the
@@ -49,8 +49,9 @@ typedef struct whole_image_sharpening {
  * window         left, top, width and height of what is shown, in source pixels; null: everything. Whole numbers for
  *                WHOLE_IMAGE_PICK.
  * first, lines   the strip of target lines to be made
- * Reports "whole_image_resize: illegal image" for a size, depth, number of components or stride that is none, for images
- * that do not match and for a strip beyond the target, else what izat_new, izat_start, izoom_new and izoom_start report.
+ * Reports "whole_image_resize: illegal image" for a size, depth, number of components or stride that is none, for
+ * images that do not match and for a strip beyond the target, else what izat_new, izat_start, izoom_new and izoom_start
+ * report.
  */
 TESKA_API int whole_image_resize(int kernel, const whole_image *source, const whole_image *target, const double *window,
                                  int first, int lines) TESKA_NOTHROW;

@@ -1,4 +1,4 @@
-// nearest_measure - how far a point is from triangles: the arithmetic, for one triangle or for as many as a vector holds
+// nearest_measure - how far a point is from triangles: the arithmetic, for one triangle or as many as a vector holds
 //
 // The longest side of a triangle, its bottom, is b and runs from base to end; h is the height on it, and the apex lies
 // at base + l = base + slant b + h. A point q is first reduced along b and then along h, one after the other as in an

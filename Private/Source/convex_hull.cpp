@@ -1,7 +1,7 @@
 // convex_hull - the convex hull of points as an opaque record of C (geometry)
 //
 // A TConvexHull makes the hull and answers what is inside. Its surface is copied out of its lists after every
-// construction, as arrays: the vertices and the faces in the order of the lists, faces by the indices of their vertices.
+// construction, as arrays: vertices and faces in the order of the lists, faces by the indices of their vertices.
 //
 //     corner of a cube, (10, 0, 0) as point 1:     vertices[3] = {{10, 0, 0}, 1}, faces[0] = {{2, 1, 3}}
 //

@@ -1,7 +1,7 @@
 /* live.h - what the page calls of the library, compiled to WebAssembly; the native program of the tests calls the same
  *
- * Pixels and grids lie in memory of the caller's (live_alloc). Pointers to objects are opaque. Nothing is shared but the
- * text of the last failure.
+ * Pixels and grids lie in memory of the caller's (live_alloc). Pointers to objects are opaque. Nothing is shared but
+ * the text of the last failure.
  */
 #ifndef TESKA_LIVE_H
 #define TESKA_LIVE_H
@@ -37,7 +37,8 @@ void *live_hull_new(const double *lab, int points);
 double live_hull_volume(void *hull);
 void live_hull_kill(void *hull);
 
-/* The nearest colour of the body: the colour itself when it lies inside. Returns 1 inside, 0 outside, -1: live_error. */
+/* The nearest colour of the body: the colour itself when it lies inside. Returns 1 inside, 0 outside, or
+ * -1: live_error. */
 int live_hull_nearest(void *hull, const double *lab, double *nearest);
 
 /* Colour differences CIEDE2000, pixel by pixel. Returns 1. */

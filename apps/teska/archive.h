@@ -5,7 +5,8 @@
 //     while (const auto entry = in.next())         a failure at the first damage
 //         copy(file, entry->offset, entry->size);
 //
-// Names are any bytes; those that begin with "@END", which the library's own reader takes for the end, are entries here.
+// Names are any bytes; those that begin with "@END", which the library's own reader takes for the end, are entries
+// here.
 
 #ifndef TESKA_TOOL_ARCHIVE_H
 #define TESKA_TOOL_ARCHIVE_H

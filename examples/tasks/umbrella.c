@@ -1,7 +1,7 @@
 /* umbrella - the light side of the gamut of six inks
  *
- * Cyan, magenta, yellow, orange, green and violet: which pairs of inks make the lightest and most saturated colours, and
- * how far does the gamut reach at a hue? */
+ * Cyan, magenta, yellow, orange, green and violet: which pairs of inks make the lightest and most saturated colours,
+ * and how far does the gamut reach at a hue? */
 #include <teska/error_mess.h>
 #include <teska/top_surface.h>
 

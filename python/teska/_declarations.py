@@ -1,4 +1,4 @@
-MD5 = '15e658888d942cef3c0bcc0a0aee592c'
+MD5 = 'bfc0d7989943a4f84a3ad31842314ee4'
 """The C declarations of the library, written by tools/python_declarations.py from these headers."""
 
 HEADERS = (

@@ -10,9 +10,9 @@
 //
 // Invariants
 //   extent   a cell (cells.h) that holds all centres below; a centre goes to the child on its side of the middle. Cells
-//            are fixed squares of the plane, so data that comes sorted makes no deeper tree, and a level that would have
-//            one child only does not exist: two children of a quad at least have entries, and all together more than
-//            four. So there are fewer quads than entries, however they are crowded.
+//            are fixed squares of the plane, so data that comes sorted makes no deeper tree, and a level that would
+//            have one child only does not exist: two children of a quad at least have entries, and all together more
+//            than four. So there are fewer quads than entries, however they are crowded.
 //   bounds   of a node: the smallest box that holds all boxes below it; of an empty one x0 > x1.
 //   height   of a quad: levels of quads from it down. At most 60 from the root: what would lie deeper shares a leaf.
 //   leaf     more than eight entries only when all had one centre as they came, or at the deepest level.
