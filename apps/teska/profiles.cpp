@@ -164,7 +164,7 @@ bool colour_profile::is_target(cmsUInt32Number intent) const
     return has_matrix(get()) || has_gray(get());
 }
 
-void colour_profile::require_source() const
+void colour_profile::require_pictures() const
 {
     if (device_class() == cmsSigNamedColorClass)
         throw failure(shown_, "a named-colour profile cannot convert pictures");
@@ -172,18 +172,18 @@ void colour_profile::require_source() const
         throw failure(shown_, "a device link stands alone", "use --link");
     if (!space())
         throw failure(shown_, "is for " + space_name(signature()) + ", which no picture has");
+}
+
+void colour_profile::require_source() const
+{
+    require_pictures();
     if (!is_source())
         throw failure(shown_, "cannot be a source (it has no table from its colours to Lab)");
 }
 
 void colour_profile::require_target(cmsUInt32Number intent) const
 {
-    if (device_class() == cmsSigNamedColorClass)
-        throw failure(shown_, "a named-colour profile cannot convert pictures");
-    if (device_class() == cmsSigLinkClass)
-        throw failure(shown_, "a device link stands alone", "use --link");
-    if (!space())
-        throw failure(shown_, "is for " + space_name(signature()) + ", which no picture has");
+    require_pictures();
     if (!is_target(intent))
         throw failure(shown_, "cannot be a target (it has no table from Lab to its colours)");
 }

@@ -64,6 +64,9 @@ public:
     void require_target(cmsUInt32Number intent) const;
 
 private:
+    // Neither a device link nor a named-colour profile, and of a space that pictures have.
+    void require_pictures() const;
+
     friend class colour_engine;
     struct closes {
         void operator()(void *profile) const { cmsCloseProfile(profile); }

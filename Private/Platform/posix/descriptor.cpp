@@ -2,29 +2,14 @@
 
 #include "Platform/descriptor.h"
 
-#include <unistd.h>
+#include "Platform/posix/uninterrupted.h"
 
-#include <cerrno>
+#include <unistd.h>
 
 namespace teska
 {
 
 static_assert(sizeof(off_t) == sizeof(std::int64_t));
-
-namespace
-{
-
-// Calls until no signal interrupts.
-template <class Call>
-auto uninterrupted(Call call) noexcept
-{
-    auto result = call();
-    while (result < 0 && errno == EINTR)
-        result = call();
-    return result;
-}
-
-}  // namespace
 
 int read_descriptor(int descriptor, char *destination, unsigned count) noexcept
 {

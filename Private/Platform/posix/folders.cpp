@@ -4,6 +4,8 @@
 
 #include "Platform/folders.h"
 
+#include "Platform/posix/uninterrupted.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -25,16 +27,6 @@ constexpr mode_t own_file = S_IRUSR | S_IWUSR;
 constexpr int folder_flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
 int descriptor_of(const folder &at) noexcept { return static_cast<int>(at.handle); }
-
-// Calls until no signal interrupts.
-template <class Call>
-auto uninterrupted(Call call) noexcept
-{
-    auto result = call();
-    while (result < 0 && errno == EINTR)
-        result = call();
-    return result;
-}
 
 template <class Call>
 bool done(Call call) noexcept
