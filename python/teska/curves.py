@@ -2,26 +2,27 @@
 
 from __future__ import annotations
 
-from types import TracebackType
-from typing import Any, TypeVar, overload
+import math
+import sys
+from typing import Any, Callable, TypeVar, overload
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from ._library import NULL, TeskaError, collected, error, ffi, lib, made
+from ._object import Value, floats_of
 
 Self = TypeVar('Self', bound='Curve')
 KINDS = ('lines', 'cubic', 'bezier')
 
 
 def _rebuild(cls: type[Curve], x: bytes, y: bytes, kind: str, order: str) -> Curve:
-    dtype = np.dtype('<f8' if order == 'little' else '>f8')
     if len(x) != len(y) or len(x) % 8:
         raise ValueError(f'{cls.__name__}: damaged pickle')
-    return cls(np.frombuffer(x, dtype).astype(float), np.frombuffer(y, dtype).astype(float), kind)
+    return cls(floats_of(x, order), floats_of(y, order), kind)
 
 
-class Curve:
+class Curve(Value):
     """A curve through points, or of a Bezier segment.
 
     Parameters:
@@ -43,11 +44,11 @@ class Curve:
         Curve(3 points, 'lines', x 0.0 .. 1.0, y 0.0 .. 1.0)
     """
 
-    __slots__ = ('_x', '_y', '_kind', '_record', '__dict__', '__weakref__')
-    __hash__ = None  # type: ignore[assignment]
+    __slots__ = ('_x', '_y', '_kind')
+    _label = 'Curve'
 
     def __init__(self, x: ArrayLike, y: ArrayLike, kind: str = 'lines') -> None:
-        self._record: Any = None
+        self._record = None
         xs, ys = (np.array(values, np.float64) for values in (x, y))
         if kind not in KINDS:
             raise ValueError(f'Curve: kind {kind!r}; one of {", ".join(KINDS)} wanted')
@@ -89,26 +90,9 @@ class Curve:
         x = np.zeros_like(t)
         degree = len(self._x) - 1
         for k, control in enumerate(self._x):
-            x += _binomial(degree, k) * (1 - t) ** (degree - k) * t**k * control
+            x += math.comb(degree, k) * (1 - t) ** (degree - k) * t**k * control
         if not (np.diff(x) > 0).all():
             raise ValueError('Curve: x of the Bezier segment does not rise')
-
-    def close(self) -> None:
-        """Gives the curve up."""
-        self._record = None
-
-    def __enter__(self: Self) -> Self:
-        self._open()
-        return self
-
-    def __exit__(self, kind: type[BaseException] | None, value: BaseException | None,
-                 trace: TracebackType | None) -> None:
-        self.close()
-
-    def _open(self) -> Any:
-        if self._record is None:
-            raise ValueError('Curve is closed')
-        return self._record
 
     @property
     def points(self) -> NDArray[np.float64]:
@@ -208,23 +192,14 @@ class Curve:
         return (self._kind == other._kind and np.array_equal(self._x, other._x) and
                 np.array_equal(self._y, other._y))
 
-    def __reduce_ex__(self, protocol: Any) -> tuple[Any, ...]:
-        if int(protocol) < 2:
-            raise TypeError('Curve: protocol 2 and up can pickle it')
-        import sys
-        state = (type(self), self._x.tobytes(), self._y.tobytes(), self._kind, sys.byteorder)
-        return _rebuild, state, self.__dict__ or None
+    def _pickled(self) -> tuple[Callable[..., Any], tuple[Any, ...]]:
+        return _rebuild, (self._x.tobytes(), self._y.tobytes(), self._kind, sys.byteorder)
 
     def __repr__(self) -> str:
         if self._record is None:
             return 'Curve(closed)'
         return (f'{type(self).__name__}({len(self._x)} points, {self._kind!r}, x {self._x.min()} .. {self._x.max()}, '
                 f'y {self._y.min()} .. {self._y.max()})')
-
-
-def _binomial(n: int, k: int) -> int:
-    import math
-    return math.comb(n, k)
 
 
 def _slopes(x: NDArray[np.float64], y: NDArray[np.float64]) -> NDArray[np.float64]:

@@ -3,33 +3,29 @@
 from __future__ import annotations
 
 import sys
-from types import TracebackType
-from typing import Any, Callable, Sequence, TypeVar
+from typing import Any, Callable, Sequence
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _arrays
 from ._library import NULL, Raised, TeskaError, TeskaMemoryError, collected, error, ffi, lib, made
+from ._object import Handle, Value, floats_of
 
 Floats = NDArray[np.float64]
-Self = TypeVar('Self', bound='_Body')
 
 
 def _rebuild(cls: Any, points: bytes, order: str, options: dict[str, Any]) -> Any:
     if len(points) % 24:
         raise ValueError(f'{cls.__name__}: damaged pickle')
-    dtype = np.dtype('<f8' if order == 'little' else '>f8')
-    return cls(np.frombuffer(points, dtype).astype(float).reshape(-1, 3), **options)
+    return cls(floats_of(points, order).reshape(-1, 3), **options)
 
 
-class _Body:
+class _Body(Value):
     """What bodies made of points have in common."""
 
-    __slots__ = ('_record', '_points', '_options', '__dict__', '__weakref__')
-    __hash__ = None  # type: ignore[assignment]
+    __slots__ = ('_points', '_options')
 
-    _record: Any
     _points: Floats
     _options: dict[str, Any]
 
@@ -39,23 +35,6 @@ class _Body:
         if array.ndim != 2:
             raise ValueError(f'{label}: points of shape (n, 3) wanted, not {array.shape}')
         return array.copy()
-
-    def close(self) -> None:
-        """Gives the body up; arrays that it gave stay."""
-        self._record = None
-
-    def __enter__(self: Self) -> Self:
-        self._open()
-        return self
-
-    def __exit__(self, kind: type[BaseException] | None, value: BaseException | None,
-                 trace: TracebackType | None) -> None:
-        self.close()
-
-    def _open(self) -> Any:
-        if self._record is None:
-            raise ValueError(f'{type(self).__name__} is closed')
-        return self._record
 
     def _inside(self, record: Any, point: Any) -> int:
         raise NotImplementedError
@@ -94,11 +73,8 @@ class _Body:
             return NotImplemented
         return self._options == other._options and np.array_equal(self._points, other._points)
 
-    def __reduce_ex__(self, protocol: Any) -> tuple[Any, ...]:
-        if int(protocol) < 2:
-            raise TypeError(f'{type(self).__name__}: protocol 2 and up can pickle it')
-        state = (type(self), self._points.tobytes(), sys.byteorder, self._options)
-        return _rebuild, state, self.__dict__ or None
+    def _pickled(self) -> tuple[Callable[..., Any], tuple[Any, ...]]:
+        return _rebuild, (self._points.tobytes(), sys.byteorder, self._options)
 
 
 class Hull(_Body):
@@ -309,7 +285,7 @@ class Volume(_Body):
                 f'{len(self._triangles)} faces, volume {self.volume:.1f})')
 
 
-class TopSurface:
+class TopSurface(Handle):
     """The light side of the gamut of a device with several colorants, seen from its darkest point.
 
     Parameters:
@@ -331,9 +307,11 @@ class TopSurface:
         True
     """
 
+    _label = 'TopSurface'
+
     def __init__(self, device: Callable[[Floats], ArrayLike], levels: Sequence[ArrayLike], *, vertical: int = 0,
                  steps: int = 91) -> None:
-        self._record: Any = None
+        self._record = None
         ramps = [np.ascontiguousarray(ramp, np.float64).ravel() for ramp in levels]
         if not ramps or any(len(ramp) < 2 for ramp in ramps):
             raise ValueError('TopSurface: at least one colorant, and two levels of each, wanted')
@@ -367,23 +345,6 @@ class TopSurface:
             parts.append(part)
             result = lib.top_surface_next_triangle(self._record, 0, corners, coords)
         self._triangles = np.array(found).reshape(-1, 3, 3)
-
-    def close(self) -> None:
-        """Gives the surface up."""
-        self._record = None
-
-    def __enter__(self) -> TopSurface:
-        self._open()
-        return self
-
-    def __exit__(self, kind: type[BaseException] | None, value: BaseException | None,
-                 trace: TracebackType | None) -> None:
-        self.close()
-
-    def _open(self) -> Any:
-        if self._record is None:
-            raise ValueError('TopSurface is closed')
-        return self._record
 
     @property
     def triangles(self) -> Floats:

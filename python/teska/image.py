@@ -2,8 +2,7 @@
 
 from __future__ import annotations
 
-from types import TracebackType
-from typing import Any, Callable, Sequence, TypeVar, Union, cast
+from typing import Any, Callable, Sequence, Union, cast
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
@@ -11,10 +10,10 @@ from numpy.typing import ArrayLike, NDArray
 from . import _arrays
 from ._arrays import Array, Pixels
 from ._library import NULL, collected, error, ffi, lib
+from ._object import Handle
 
 KERNELS = {'nearest': -1, 'area': 0, 'triangle': 1, 'catmull-rom': 2, 'mitchell': 3, 'lanczos3': 4}
 
-Self = TypeVar('Self', bound='_Lines')
 Numbers = Union[float, Sequence[float], NDArray[np.float64]]
 
 
@@ -221,27 +220,8 @@ def flood(image: Pixels, x: int, y: int, *, tolerance: int = 0, axis: int = -1) 
     return region.view(np.bool_)
 
 
-class _Lines:
+class _Lines(Handle):
     """What the filters that are fed line by line have in common."""
-
-    _record: Any
-
-    def close(self) -> None:
-        """Gives the filter up."""
-        self._record = None
-
-    def __enter__(self: Self) -> Self:
-        self._open()
-        return self
-
-    def __exit__(self, kind: type[BaseException] | None, value: BaseException | None,
-                 trace: TracebackType | None) -> None:
-        self.close()
-
-    def _open(self) -> Any:
-        if self._record is None:
-            raise ValueError(f'{type(self).__name__} is closed')
-        return self._record
 
     def __reduce_ex__(self, protocol: Any) -> tuple[Any, ...]:
         raise TypeError(f'cannot pickle an open {type(self).__name__}')

@@ -5,7 +5,6 @@ from __future__ import annotations
 import os
 import sys
 from abc import ABC, abstractmethod
-from types import TracebackType
 from typing import Any, Callable, Sequence, TypeVar, Union, cast, overload
 
 import numpy as np
@@ -14,6 +13,7 @@ from numpy.typing import ArrayLike, NDArray
 from . import _arrays, _table_files
 from ._arrays import Array, Pixels
 from ._library import NULL, Block, address_of, collected, error, ffi, lib, made
+from ._object import Value
 from ._pillow import Image, convert_image
 
 Self = TypeVar('Self', bound='Table')
@@ -42,19 +42,17 @@ def size_text(size: int) -> str:
     return f'{size} bytes'
 
 
-class Table(ABC):
+class Table(Value, ABC):
     """What all tables have in common. Threads: any number may convert through one table at once; nobody may change it
     meanwhile."""
 
-    __slots__ = ('_record', '_sizes', '_in_curves', '_out_curves', '__dict__', '__weakref__')
+    __slots__ = ('_sizes', '_in_curves', '_out_curves')
 
     _dtype = 'u1'    # of the grid and, but for Clut, of what goes through it
     _kinds: dict[tuple[str, str], int] = {}
-    _record: Any
     _sizes: tuple[Any, ...]
     _in_curves: list[Array | None]
     _out_curves: list[Array | None]
-    __hash__ = None  # type: ignore[assignment]
 
     # ---- Life
 
@@ -68,27 +66,6 @@ class Table(ABC):
         self._in_curves = [None] * max(sizes[0], 0)
         self._out_curves = [None] * max(sizes[1], 0)
         self._record = self._make(sizes)
-
-    def close(self) -> None:
-        """Gives the table up: calls raise ValueError from now on, views of the grid stay valid. May be called again."""
-        self._record = None
-
-    def __enter__(self: Self) -> Self:
-        self._open()
-        return self
-
-    def __exit__(self, kind: type[BaseException] | None, value: BaseException | None,
-                 trace: TracebackType | None) -> None:
-        self.close()
-
-    def _open(self) -> Any:
-        if self._record is None:
-            raise ValueError(f'{type(self).__name__} is closed')
-        return self._record
-
-    @property
-    def _label(self) -> str:
-        return type(self).__name__
 
     # ---- Shape
 
@@ -174,13 +151,10 @@ class Table(ABC):
             return self is other
         return self._contents() == other._contents() and np.array_equal(self._view(), other._view())
 
-    def __reduce_ex__(self, protocol: Any) -> tuple[Any, ...]:
-        if int(protocol) < 2:
-            raise TypeError(f'{self._label}: protocol 2 and up can pickle it')
+    def _pickled(self) -> tuple[Callable[..., Any], tuple[Any, ...]]:
         self._open()
         curves = tuple(tuple(None if c is None else c.tobytes() for c in self._curves(side)) for side in (0, 1))
-        state = (type(self), self._sizes, sys.byteorder, np.ascontiguousarray(self._view()).tobytes(), curves)
-        return _rebuild, state, self.__dict__ or None
+        return _rebuild, (self._sizes, sys.byteorder, np.ascontiguousarray(self._view()).tobytes(), curves)
 
     @classmethod
     def _unpickled(cls: type[Self], sizes: tuple[Any, ...], order: str, grid: bytes,
