@@ -29,6 +29,13 @@ def filled(cls, rng, inputs=3, outputs=4, points=5, **options):
     return table
 
 
+def refused(error, text, call, *arguments, **options):
+    """The error of a call that has to fail with it; text is a pattern for what it says."""
+    with pytest.raises(error, match=text) as caught:
+        call(*arguments, **options)
+    return caught.value
+
+
 @pytest.fixture
 def byte_table(rng):
     """3 to 4, bytes."""

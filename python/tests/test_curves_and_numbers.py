@@ -1,13 +1,12 @@
 """Curves, fits, least values, random numbers, colour differences."""
 
-import copy
 import math
-import pickle
 
 import numpy as np
 import pytest
+from conftest import refused
 
-from teska import Curve, DoubleTable, TeskaError, delta_e_2000, fit_line, minimise, random_numbers, solve
+from teska import Curve, delta_e_2000, fit_line, minimise, random_numbers, solve
 from teska._library import ffi, lib
 
 
@@ -47,27 +46,19 @@ def test_bezier_curves_and_inverses(rng):
         curve = Curve([0, 1, 2], y, kind)
         at = np.linspace(0, 2, 9)
         assert np.allclose(curve.inverse()(curve(at)), at, atol=1e-6)
-    with pytest.raises(ValueError, match='neither rises nor falls'):
-        Curve([0, 1, 2], [0, 2, 1]).inverse()
+    refused(ValueError, 'neither rises nor falls', Curve([0, 1, 2], [0, 2, 1]).inverse)
 
 
-def test_curves_refuse_pickle_and_make_tables():
+def test_curves_refuse_and_make_tables():
     for arguments, text in ((([0, 0], [1, 2]), 'does not rise'), (([0], [1]), 'at least 2'),
                             (([0, np.inf], [1, 2]), 'not finite'), (([0, 1], [1, 2], 'spline'), "kind 'spline'"),
                             (([0, 3, -2, 1], [0, 0, 1, 1], 'bezier'), 'does not rise'),
                             (([0, 1], [0, 1], 'bezier'), '3 to 5 control points')):
-        with pytest.raises(ValueError, match=text):
-            Curve(*arguments)
+        refused(ValueError, text, Curve, *arguments)
     for kind in ('lines', 'cubic', 'bezier'):
         curve = Curve([0, 0.4, 1], [0, 0.7, 1], kind)
-        again = pickle.loads(pickle.dumps(curve))
-        assert again == curve and copy.copy(curve) == curve and again(0.3) == curve(0.3)
         table = curve.table(256, 'uint8')
-        assert table.dtype == np.uint8 and table[0] == 0 and table[-1] == 255 and (np.diff(table.astype(int)) >= 0).all()
-    with curve:
-        pass
-    with pytest.raises(ValueError, match='Curve is closed'):
-        curve(0)
+        assert table.dtype == np.uint8 and (table[0], table[-1]) == (0, 255) and np.all(table[:-1] <= table[1:])
 
 
 def test_fit_line_finds_the_line_and_its_errors(rng):
@@ -75,9 +66,9 @@ def test_fit_line_finds_the_line_and_its_errors(rng):
     fit = fit_line(x, 3 - 2 * x + rng.normal(0, 0.1, 200), np.full(200, 0.1))
     assert abs(fit.intercept - 3) < 4 * fit.intercept_error and abs(fit.slope + 2) < 4 * fit.slope_error
     assert 150 < fit.chi2 < 260 and 0.001 < fit.q < 1 and np.isclose(fit(1.0), fit.intercept + fit.slope)
-    for arguments, text in ((([1, 1], [1, 2]), 'one x'), (([1], [1]), 'at least 2'), (([1, 2], [1, 2], [0, 1]), 'above 0')):
-        with pytest.raises(ValueError, match=text):
-            fit_line(*arguments)
+    for arguments, text in ((([1, 1], [1, 2]), 'one x'), (([1], [1]), 'at least 2'),
+                            (([1, 2], [1, 2], [0, 1]), 'above 0')):
+        refused(ValueError, text, fit_line, *arguments)
 
 
 @pytest.mark.parametrize('method', ['simplex', 'directions'])
@@ -98,8 +89,6 @@ def test_minimise_finds_the_least_value_and_passes_on_what_is_raised(method, cap
             minimise(function, [1, 2, 3], method=method)
         assert len(calls) == 5 and any(entry.name == 'function' for entry in caught.traceback)
     assert capfd.readouterr() == ('', '')
-    with pytest.raises(TypeError):
-        minimise(lambda x: 'text' + 1, [1], method=method)
 
 
 def test_minimise_inside_minimise():
@@ -108,11 +97,10 @@ def test_minimise_inside_minimise():
 
 
 def test_solve_finds_zeros():
-    for function, lo, hi, root in ((np.cos, 0, 3, np.pi / 2), (lambda x: x**9, -1, 2, 0), (lambda x: x - 1e8, 0, 1e9, 1e8),
-                                   (lambda x: np.exp(x) - 5, -50, 50, np.log(5))):
+    for function, lo, hi, root in ((np.cos, 0, 3, np.pi / 2), (lambda x: x**9, -1, 2, 0),
+                                   (lambda x: x - 1e8, 0, 1e9, 1e8), (lambda x: np.exp(x) - 5, -50, 50, np.log(5))):
         assert np.isclose(solve(function, lo, hi), root, atol=1e-4)
-    with pytest.raises(ValueError, match='no different signs'):
-        solve(lambda x: x * x + 1, -1, 1)
+    refused(ValueError, 'no different signs', solve, lambda x: x * x + 1, -1, 1)
 
 
 def test_random_numbers_are_the_librarys():
@@ -140,11 +128,4 @@ def test_delta_e_2000_gives_the_published_differences():
     assert np.abs(delta_e_2000(first, second) - expected).max() < 5e-5
     assert np.allclose(delta_e_2000(second, first), delta_e_2000(first, second))
     assert delta_e_2000(first[:, None], second[None]).shape == (12, 12) and delta_e_2000(first[0], first[0]) == 0
-    with pytest.raises(ValueError, match=r'colours of shape \(.., 3\)'):
-        delta_e_2000([1, 2], [3, 4])
-
-
-def test_memory_errors_are_memory_errors():
-    with pytest.raises(MemoryError) as caught:
-        DoubleTable(20, 1, 9)
-    assert isinstance(caught.value, TeskaError)
+    refused(ValueError, r'colours of shape \(.., 3\)', delta_e_2000, [1, 2], [3, 4])

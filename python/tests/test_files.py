@@ -4,6 +4,7 @@ import os
 import pickle
 
 import pytest
+from conftest import refused
 
 from teska import Archive, Records, TeskaFileError
 
@@ -16,15 +17,11 @@ def test_an_archive_gives_back_what_was_written(tmp_path):
         for name, entry in content.items():
             archive.write(name.replace('/', '\\'), memoryview(entry))
         archive.add(source, 'added')
-        with pytest.raises(ValueError, match="there is an entry 'a.txt' already"):
-            archive.write('a.txt', b'again')
-        with pytest.raises(FileNotFoundError):
-            archive.add(tmp_path / 'missing')
+        refused(ValueError, "there is an entry 'a.txt' already", archive.write, 'a.txt', b'again')
+        refused(FileNotFoundError, 'missing', archive.add, tmp_path / 'missing')
         for name in ('', 'n' * 200, '@end', 'a\0b'):
-            with pytest.raises(ValueError, match='cannot be the name of an entry'):
-                archive.write(name, b'')
-        with pytest.raises(ValueError, match='opened to write'):
-            archive.read('a.txt')
+            refused(ValueError, 'cannot be the name of an entry', archive.write, name, b'')
+        refused(ValueError, 'opened to write', archive.read, 'a.txt')
         assert repr(archive).endswith("'x')  # 5 entries")
     content['added'] = b'from a file'
     with Archive(path) as archive:
@@ -32,35 +29,26 @@ def test_an_archive_gives_back_what_was_written(tmp_path):
         for name in [*content, *reversed(content)]:
             assert archive.read(name) == archive[name] == content[name]
         assert 'folder\\b' in archive and 'other' not in archive and 3 not in archive
-        with pytest.raises(KeyError, match='other'):
-            archive.read('other')
-        with pytest.raises(ValueError, match='opened to read'):
-            archive.write('new', b'')
-        with pytest.raises(TypeError, match='cannot pickle an open Archive'):
-            pickle.dumps(archive)
-    with pytest.raises(ValueError, match='Archive is closed'):
-        archive.names()
+        refused(KeyError, 'other', archive.read, 'other')
+        refused(ValueError, 'opened to read', archive.write, 'new', b'')
+        refused(TypeError, 'cannot pickle an open Archive', pickle.dumps, archive)
+    refused(ValueError, 'Archive is closed', archive.names)
 
 
 def test_archives_that_are_none(tmp_path):
     path = tmp_path / 'other'
-    with pytest.raises(FileNotFoundError):
-        Archive(path)
+    refused(FileNotFoundError, 'other', Archive, path)
     path.write_bytes(b'something else')
-    with pytest.raises(TeskaFileError, match='Not a FilePacker archive') as caught:
-        Archive(path)
-    assert isinstance(caught.value, OSError) and caught.value.filename == str(path)
-    with pytest.raises(FileExistsError):
-        Archive(path, 'x')
+    error = refused(TeskaFileError, 'Not a FilePacker archive', Archive, path)
+    assert isinstance(error, OSError) and error.filename == str(path)
+    refused(FileExistsError, 'other', Archive, path, 'x')
     assert path.read_bytes() == b'something else'
     with Archive(path, 'w') as archive:
         archive.write('a', b'1')
     whole = path.read_bytes()
     path.write_bytes(whole[:-1])
-    with pytest.raises(TeskaFileError):
-        Archive(path).names()
-    with pytest.raises(ValueError, match="mode 'a'"):
-        Archive(path, 'a')
+    refused(TeskaFileError, '', lambda: Archive(path).names())
+    refused(ValueError, "mode 'a'", Archive, path, 'a')
 
 
 def test_records_are_mappings_that_are_flushed_without_an_exception(tmp_path):
@@ -78,34 +66,24 @@ def test_records_are_mappings_that_are_flushed_without_an_exception(tmp_path):
         assert {name: dict(topic) for name, topic in records.items()} == {'patches': {'cyan': '0.5', 'grün': 'ä'},
                                                                          'empty': {}}
         assert len(records) == 2 and len(records['patches']) == 2 and 'PATCHES' in records and 'x' not in records
-        for call, name in ((lambda: records['x'], 'x'), (lambda: records['patches']['y'], 'y')):
-            with pytest.raises(KeyError, match=name):
-                call()
-        with pytest.raises(TypeError, match='cannot pickle an open Records'):
-            pickle.dumps(records)
-        with pytest.raises(TypeError, match='text wanted, not float'):
-            records['patches']['cyan'] = 0.5
+        refused(KeyError, 'x', records.__getitem__, 'x')
+        patches = records['patches']
+        refused(KeyError, 'y', patches.__getitem__, 'y')
+        refused(TypeError, 'cannot pickle an open Records', pickle.dumps, records)
+        refused(TypeError, 'text wanted, not float', patches.__setitem__, 'cyan', 0.5)
         for item, value in (('a=b', ''), ('', 'x'), ('a', 'x\ny')):
-            with pytest.raises(ValueError, match='cannot be an item'):
-                records['patches'][item] = value
-        with pytest.raises(ValueError, match='at most 256 bytes, not 257'):
-            records['patches']['a'] = 'x' * 257
-        with pytest.raises(ValueError, match='cannot be a topic'):
-            records['a]b'] = {}
-    with pytest.raises(ValueError, match='Records is closed'):
-        records['patches']
+            refused(ValueError, 'cannot be an item', patches.__setitem__, item, value)
+        refused(ValueError, 'at most 256 bytes, not 257', patches.__setitem__, 'a', 'x' * 257)
+        refused(ValueError, 'cannot be a topic', records.__setitem__, 'a]b', {})
+    refused(ValueError, 'Records is closed', records.__getitem__, 'patches')
 
 
 def test_record_files_that_are_none(tmp_path):
     path = tmp_path / 'r.rec'
-    with pytest.raises(FileNotFoundError):
-        Records(path, 'r')
+    refused(FileNotFoundError, 'r.rec', Records, path, 'r')
     path.write_text('[cut')
-    with pytest.raises(TeskaFileError, match='no record file'):
-        Records(path)
-    with pytest.raises(FileExistsError):
-        Records(path, 'x')
+    refused(TeskaFileError, 'no record file', Records, path)
+    refused(FileExistsError, 'r.rec', Records, path, 'x')
     assert path.read_text() == '[cut'
-    with pytest.raises(TeskaFileError, match='cannot be made'):
-        Records(tmp_path / 'no' / 'folder', 'w')
+    refused(TeskaFileError, 'cannot be made', Records, tmp_path / 'no' / 'folder', 'w')
     assert sorted(os.listdir(tmp_path)) == ['r.rec']

@@ -1,10 +1,8 @@
 """With other packages: Pillow, xarray, dask, matplotlib."""
 
-import pickle
-
 import numpy as np
 import pytest
-from conftest import filled
+from conftest import filled, refused
 
 import teska
 from teska import ByteTable, Hull, ShortTable
@@ -28,15 +26,10 @@ def test_pillow_images(rng):
         gray = filled(cls, rng, 1, 1)(rgb.convert('L'))
         assert gray.mode == 'L' and filled(cls, rng, 4, 1)(inked).mode == 'L'
         for mode in ('P', '1', 'LA', 'I;16', 'F'):
-            other = Image.new(mode, (3, 3))
-            with pytest.raises(TypeError, match=rf"not {mode}; image.convert\('RGB'\)"):
-                table(other)
-        with pytest.raises(ValueError, match='an image of mode L has 1 colours'):
-            table(rgb.convert('L'))
-        with pytest.raises(TypeError, match='out does not go with an image'):
-            table(rgb, out=np.zeros((20, 30, 3), 'u1'))
-        with pytest.raises(TypeError, match='icc_profile goes with an image'):
-            table(np.asarray(rgb), icc_profile=b'')
+            refused(TypeError, rf"not {mode}; image.convert\('RGB'\)", table, Image.new(mode, (3, 3)))
+        refused(ValueError, 'an image of mode L has 1 colours', table, rgb.convert('L'))
+        refused(TypeError, 'out does not go with an image', table, rgb, out=np.zeros((20, 30, 3), 'u1'))
+        refused(TypeError, 'icc_profile goes with an image', table, np.asarray(rgb), icc_profile=b'')
 
 
 def test_a_table_from_profiles():
@@ -53,19 +46,7 @@ def test_a_table_from_profiles():
     assert np.abs(difference).mean() < 0.5 and np.abs(difference).max() <= 6
     data = cms.ImageCmsProfile(srgb).tobytes()
     assert np.array_equal(icc.table(data, 'sRGB', points=18)(pixels), icc.table('sRGB', 'sRGB', points=18)(pixels))
-    with pytest.raises(ValueError, match="intent 'best'"):
-        icc.table('sRGB', 'sRGB', 'best')
-
-
-def test_measured_colours_become_a_hull():
-    pytest.importorskip('PIL.ImageCms')
-    from teska import icc
-    steps = np.linspace(0, 255, 6).astype('u1')
-    patches = np.stack(np.meshgrid(steps, steps, steps), axis=-1).reshape(-1, 3)
-    lab8 = icc.table('sRGB', 'LAB', points=18)(patches).astype(float)
-    lab = np.stack([lab8[:, 0] / 2.55, lab8[:, 1] - 128, lab8[:, 2] - 128], axis=1)
-    hull = Hull(lab)
-    assert 700_000 < hull.volume < 1_000_000 and hull.contains([50, 0, 0]) and not hull.contains([50, 120, 120])
+    refused(ValueError, "intent 'best'", icc.table, 'sRGB', 'sRGB', 'best')
 
 
 def test_xarray_and_dask(rng):
@@ -79,9 +60,8 @@ def test_xarray_and_dask(rng):
     tiles = da.from_array(pixels, chunks=(16, 16, 3))
     result = tiles.map_blocks(table, dtype='u1', chunks=(*tiles.chunks[:2], (4,)))
     assert np.array_equal(result.compute(scheduler='threads'), table(pixels))
-    with pytest.raises(ValueError, match='ByteTable of 3 inputs: last axis is 1 of'):
-        tiles.rechunk((16, 16, 1)).map_blocks(table, dtype='u1', meta=np.zeros((0, 0, 0), 'u1')).compute(
-            scheduler='synchronous')
+    cut = tiles.rechunk((16, 16, 1)).map_blocks(table, dtype='u1', meta=np.zeros((0, 0, 0), 'u1'))
+    refused(ValueError, 'ByteTable of 3 inputs: last axis is 1 of', cut.compute, scheduler='synchronous')
 
 
 def test_pickles_travel_to_other_processes(rng):
@@ -90,7 +70,6 @@ def test_pickles_travel_to_other_processes(rng):
     pixels = rng.integers(0, 65536, (5, 3)).astype('u2')
     with multiprocessing.get_context('spawn').Pool(1) as pool:
         assert np.array_equal(pool.apply(table, (pixels,)), table(pixels))
-    assert pickle.loads(pickle.dumps(table))(pixels).tolist() == table(pixels).tolist()
 
 
 def test_plots_draw_on_the_axes_they_return(rng):
