@@ -12,6 +12,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace
@@ -23,14 +24,11 @@ using Lobe = std::unique_ptr<vect_lobe, vect_lobe *(*)(vect_lobe *)>;
 
 constexpr double quiet = std::numeric_limits<double>::quiet_NaN();
 
-Lobe make(const Values &centre, const double *axis, double along, double across)
-{
-    return {vect_lobe_new(static_cast<int>(centre.size()), centre.data(), axis, along, across), vect_lobe_kill};
-}
-
+// Without an axis for an empty one.
 Lobe make(const Values &centre, const Values &axis, double along, double across)
 {
-    return make(centre, axis.data(), along, across);
+    const int n = static_cast<int>(centre.size());
+    return {vect_lobe_new(n, centre.data(), axis.empty() ? nullptr : axis.data(), along, across), vect_lobe_kill};
 }
 
 Values random_values(Generator &input, std::size_t n, double reach)
@@ -59,12 +57,6 @@ Values gradient(const Lobe &lobe, Values x)
     return x;
 }
 
-Values stretched(const Lobe &lobe, const Values &shift, Values x, int inside = 1)
-{
-    EXPECT_EQ(vect_lobe_stretch(lobe.get(), shift.data(), x.data(), x.data()), inside);
-    return x;
-}
-
 double weight(const Lobe &lobe, const Values &x) { return vect_lobe_weight(lobe.get(), x.data()); }
 
 }  // namespace
@@ -72,23 +64,32 @@ double weight(const Lobe &lobe, const Values &x) { return vect_lobe_weight(lobe.
 TEST(VectLobe, GivesTheWorkedNumbers)
 {
     const Lobe lobe = make({0, 0}, {1, 0}, 10, 5);
-    EXPECT_EQ(weight(lobe, {0, 0}), 1);
-    EXPECT_EQ(weight(lobe, {5, 0}), 0.421875);
-    EXPECT_EQ(weight(lobe, {0, 2.5}), 0.421875);
-    EXPECT_EQ(weight(lobe, {10, 0}), 0);
-    EXPECT_DOUBLE_EQ(gradient(lobe, {5, 0})[0], -0.16875);
-    EXPECT_EQ(gradient(lobe, {5, 0})[1], 0);
-    EXPECT_EQ(stretched(lobe, {0, 2}, {5, 0}), (Values{5, 0.84375}));
-    EXPECT_DOUBLE_EQ(vect_lobe_limit(lobe.get(), Values{0, 2}.data()), 1.4557734228514255);
-    Values out{5, 0};
-    EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), 2, out.data(), out.data()), 1);
+    const Values x{5, 0}, shift{0, 2};
+    Values out(2);
+    EXPECT_DOUBLE_EQ(gradient(lobe, x)[0], -0.16875);
+    EXPECT_EQ(gradient(lobe, x)[1], 0);
+    EXPECT_EQ(vect_lobe_stretch(lobe.get(), shift.data(), x.data(), out.data()), 1);
+    EXPECT_EQ(out, (Values{5, 0.84375}));
+    EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), 2, x.data(), out.data()), 1);
     EXPECT_EQ(out, (Values{7.109375, 0}));
+    EXPECT_DOUBLE_EQ(vect_lobe_limit(lobe.get(), shift.data()), 1.4557734228514255);
     EXPECT_EQ(vect_lobe_kill(nullptr), nullptr);
 }
 
-// The surface of a lobe along the axes of the space is outside, whatever the radius.
-TEST(VectLobeWeight, IsExactlyZeroOnTheSurface)
+// Lobes, tubes, slabs, balls and intervals, and sizes that squares would not survive. The surface is outside.
+TEST(VectLobeWeight, IsExactWhereTheNumbersAre)
 {
+    const Lobe plain = make({0, 0}, {1, 0}, 10, 5);
+    const double a = 0.421875;
+    EXPECT_EQ((Values{weight(plain, {0, 0}), weight(plain, {5, 0}), weight(plain, {0, 2.5}), weight(plain, {10, 0})}),
+              (Values{1, a, a, 0}));
+    EXPECT_EQ(weight(make({0, 0}, {2, 0}, HUGE_VAL, 4), {1e300, 2}), a);
+    EXPECT_EQ(weight(make({0, 0}, {2, 0}, 4, HUGE_VAL), {2, -1e300}), a);
+    EXPECT_EQ(weight(make({1, 1, 1}, {}, 4, 4), {1, 3, 1}), a);
+    EXPECT_EQ(weight(make({1}, {-1e-300}, 4, HUGE_VAL), {3}), a);
+    EXPECT_EQ(weight(make({0, 0}, {1e300, 0}, 4e200, 1e200), {2e200, 0}), a);
+    EXPECT_EQ(weight(make({0, 0}, {5e-324, 0}, 4e-200, 1e-200), {0, 5e-201}), a);
+    EXPECT_EQ(weight(make({0, 0}, {1, 0}, 5e-324, 5e-324), {0, 0}), 1);
     for (int radius = 1; radius < 200; ++radius) {
         const Lobe lobe = make({0, 0, 0}, {0, 1, 0}, 2.0 * radius, radius);
         for (const Values &x : {Values{1.0 * radius, 0, 0}, {0, 2.0 * radius, 0}, {0, 0, -1.0 * radius}})
@@ -135,7 +136,7 @@ TEST(VectLobeLimit, IsWhereTheMapBeginsToFold)
         EXPECT_LT(least, 0);
     }
     // A ball of radius 10: no overflow or underflow on the way.
-    const Lobe ball = make({0, 0}, nullptr, 10, 10);
+    const Lobe ball = make({0, 0}, {}, 10, 10);
     for (const double length : {1e-310, 1e-170, 1e-10, 1.0, 1e160, 1e308})
         EXPECT_DOUBLE_EQ(vect_lobe_limit(ball.get(), Values{0, length}.data()) * 0.1, 0.5823093691405702 / length);
     EXPECT_EQ(vect_lobe_limit(ball.get(), Values{0, 0}.data()), HUGE_VAL);
@@ -160,49 +161,35 @@ TEST(VectLobeStretchRel, FoldsFromItsBoundOn)
     }
 }
 
-TEST(VectLobeNew, MakesTubesSlabsBallsAndIntervals)
-{
-    EXPECT_EQ(weight(make({0, 0}, {2, 0}, HUGE_VAL, 4), {1e300, 2}), 0.421875);
-    EXPECT_EQ(weight(make({0, 0}, {2, 0}, 4, HUGE_VAL), {2, -1e300}), 0.421875);
-    EXPECT_EQ(weight(make({1, 1, 1}, nullptr, 4, 4), {1, 3, 1}), 0.421875);
-    EXPECT_EQ(weight(make({1}, {-1e-300}, 4, HUGE_VAL), {3}), 0.421875);
-    // Sizes that squares would not survive.
-    EXPECT_EQ(weight(make({0, 0}, {1e300, 0}, 4e200, 1e200), {2e200, 0}), 0.421875);
-    EXPECT_EQ(weight(make({0, 0}, {5e-324, 0}, 4e-200, 1e-200), {0, 5e-201}), 0.421875);
-    EXPECT_EQ(weight(make({0, 0}, {1, 0}, 5e-324, 5e-324), {0, 0}), 1);
-}
-
-TEST(VectLobeNew, RefusesWhatIsNoLobe)
+TEST(VectLobe, RefusesWhatIsNoLobeNoShiftAndNoFactor)
 {
     teska_test::Reports reports;
-    const auto refused = [&](int n, const Values &centre, const double *axis, double along, double across) {
-        EXPECT_EQ(vect_lobe_new(n, centre.data(), axis, along, across), nullptr);
-        return reports.take();
-    };
     const Values one(65, 1), zero(65, 0), bad{1, quiet}, endless{HUGE_VAL, 1};
-    for (const int n : {-1, 0, 65})
-        EXPECT_EQ(refused(n, one, one.data(), 1, 1), (teska_test::lines{"vect_lobe_new: illegal dimension"}));
-    for (const Values &centre : {bad, endless})
-        EXPECT_EQ(refused(2, centre, one.data(), 1, 1), (teska_test::lines{"vect_lobe_new: illegal centre"}));
-    for (const Values &axis : {zero, bad, endless})
-        EXPECT_EQ(refused(2, one, axis.data(), 1, 1), (teska_test::lines{"vect_lobe_new: illegal axis"}));
-    const teska_test::lines radius{"vect_lobe_new: illegal radius"};
-    for (const double r : {0.0, -1.0, quiet, -HUGE_VAL}) {
-        EXPECT_EQ(refused(2, one, one.data(), r, 1), radius);
-        EXPECT_EQ(refused(1, one, one.data(), 1, r), radius);
+    const struct {
+        int n;
+        const Values &centre, *axis;
+        double along, across;
+        const char *text;
+    } rows[] = {{-1, one, &one, 1, 1, "dimension"},    {0, one, &one, 1, 1, "dimension"},
+                {65, one, &one, 1, 1, "dimension"},    {2, bad, &one, 1, 1, "centre"},
+                {2, endless, &one, 1, 1, "centre"},    {2, one, &zero, 1, 1, "axis"},
+                {2, one, &bad, 1, 1, "axis"},          {2, one, &endless, 1, 1, "axis"},
+                {2, one, &one, 0, 1, "radius"},        {1, one, &one, 1, 0, "radius"},
+                {2, one, &one, -1, 1, "radius"},       {1, one, &one, 1, -HUGE_VAL, "radius"},
+                {2, one, &one, quiet, 1, "radius"},    {1, one, &one, 1, quiet, "radius"},
+                {1, one, &one, HUGE_VAL, 1, "radius"}, {2, one, &one, HUGE_VAL, HUGE_VAL, "radius"},
+                {2, one, nullptr, 1, 2, "radius"}};
+    for (const auto &[n, centre, axis, along, across, text] : rows) {
+        EXPECT_EQ(vect_lobe_new(n, centre.data(), axis != nullptr ? axis->data() : nullptr, along, across), nullptr);
+        EXPECT_EQ(reports.take(), teska_test::lines{std::string("vect_lobe_new: illegal ") + text});
     }
-    EXPECT_EQ(refused(2, one, one.data(), HUGE_VAL, HUGE_VAL), radius);
-    EXPECT_EQ(refused(1, one, one.data(), HUGE_VAL, 1), radius);
-    EXPECT_EQ(refused(2, one, nullptr, 1, 2), radius);
-
     const Lobe lobe = make({0, 0}, {1, 0}, 10, 5);
-    const Values x{1, 1};
     Values out{8, 8};
     for (const Values &shift : {bad, endless})
-        EXPECT_EQ(vect_lobe_stretch(lobe.get(), shift.data(), x.data(), out.data()), -1);
-    EXPECT_EQ(reports.take(), (teska_test::lines(2, "vect_lobe_stretch: illegal shift")));
-    EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), quiet, x.data(), out.data()), -1);
-    EXPECT_EQ(reports.take(), (teska_test::lines{"vect_lobe_stretch_rel: illegal factor"}));
+        EXPECT_EQ(vect_lobe_stretch(lobe.get(), shift.data(), one.data(), out.data()), -1);
+    EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), quiet, one.data(), out.data()), -1);
+    EXPECT_EQ(reports.take(), (teska_test::lines{"vect_lobe_stretch: illegal shift", "vect_lobe_stretch: illegal shift",
+                                                 "vect_lobe_stretch_rel: illegal factor"}));
     EXPECT_EQ(out, (Values{8, 8}));
 }
 
@@ -210,35 +197,32 @@ TEST(VectLobeNew, RefusesWhatIsNoLobe)
 TEST(VectLobe, LeavesWhatIsNotInIt)
 {
     const Lobe lobe = make({-1e308, 3, 0}, {1, 0, 0}, 10, 5), tilted = make({0, 0, 0}, {1, 2, 3}, 10, 5),
-               tube = make({0, 0, 0}, {1, 0, 0}, HUGE_VAL, 5), ball = make({0, 0, 0}, nullptr, 9, 9);
+               tube = make({0, 0, 0}, {1, 0, 0}, HUGE_VAL, 5), ball = make({0, 0, 0}, {}, 9, 9);
     const struct {
         const Lobe &lobe;
         Values x;
-        double weight;
-    } rows[] = {
-        {lobe, {HUGE_VAL, 0, 0}, 0},
-        {lobe, {0, -HUGE_VAL, HUGE_VAL}, 0},
-        {lobe, {1e308, 3, 0}, 0},
-        {lobe, {HUGE_VAL, quiet, 0}, quiet},
-        {lobe, {0, 0, quiet}, quiet},
-        {tilted, {HUGE_VAL, -HUGE_VAL, 0}, 0},
-        {tilted, {1e308, 1e308, 1e308}, 0},
-        {tube, {HUGE_VAL, 0, 0}, quiet},
-        {tube, {0, HUGE_VAL, 0}, 0},
-        {ball, {0, HUGE_VAL, 0}, 0},
-        {ball, {-0.0, 9, 0}, 0},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(testing::PrintToString(row.x));
-        const double w = weight(row.lobe, row.x);
-        EXPECT_TRUE(std::isnan(row.weight) ? std::isnan(w) : w == row.weight) << w;
-        for (const double g : gradient(row.lobe, row.x))
-            EXPECT_TRUE(std::isnan(row.weight) ? std::isnan(g) : g == 0) << g;
-        const Values moved = stretched(row.lobe, {1, 2, 3}, row.x, 0);
-        EXPECT_EQ(std::memcmp(moved.data(), row.x.data(), sizeof(double) * 3), 0);
-        Values apart(3);
-        EXPECT_EQ(vect_lobe_stretch_rel(row.lobe.get(), 2, row.x.data(), apart.data()), 0);
-        EXPECT_EQ(std::memcmp(apart.data(), row.x.data(), sizeof(double) * 3), 0);
+        bool none;
+    } rows[] = {{lobe, {HUGE_VAL, 0, 0}, false},
+                {lobe, {0, -HUGE_VAL, HUGE_VAL}, false},
+                {lobe, {1e308, 3, 0}, false},
+                {lobe, {HUGE_VAL, quiet, 0}, true},
+                {lobe, {0, 0, quiet}, true},
+                {tilted, {HUGE_VAL, -HUGE_VAL, 0}, false},
+                {tilted, {1e308, 1e308, 1e308}, false},
+                {tube, {HUGE_VAL, 0, 0}, true},
+                {tube, {0, HUGE_VAL, 0}, false},
+                {ball, {0, HUGE_VAL, 0}, false},
+                {ball, {-0.0, 9, 0}, false}};
+    for (const auto &[in, x, none] : rows) {
+        Values values = gradient(in, x);
+        values.push_back(weight(in, x));
+        for (const double value : values)
+            EXPECT_TRUE(none ? std::isnan(value) : value == 0) << testing::PrintToString(x) << value;
+        Values moved = x, apart(3);
+        EXPECT_EQ(vect_lobe_stretch(in.get(), Values{1, 2, 3}.data(), moved.data(), moved.data()), 0);
+        EXPECT_EQ(vect_lobe_stretch_rel(in.get(), 2, x.data(), apart.data()), 0);
+        for (const Values &left : {moved, apart})
+            EXPECT_EQ(std::memcmp(left.data(), x.data(), sizeof(double) * 3), 0) << testing::PrintToString(x);
     }
 }
 
@@ -271,19 +255,16 @@ TEST(VectNormalise, GivesTheWorkedNumbersAndLeavesTheRest)
     const struct {
         Values in, out;
         double length;
-    } rows[] = {
-        {{3, 4}, {0.6, 0.8}, 5},
-        {{1e200, 1e200}, {std::sqrt(0.5), std::sqrt(0.5)}, 1.4142135623730951e200},
-        {{5e-324, 0}, {1, 0}, 5e-324},
-        {{-1.7e308, 1.7e308, 0}, {-std::sqrt(0.5), std::sqrt(0.5), 0}, HUGE_VAL},
-        {{0, -0.0}, {0, -0.0}, 0},
-        {{HUGE_VAL, 1}, {HUGE_VAL, 1}, HUGE_VAL},
-        {{}, {}, 0},
-    };
+    } rows[] = {{{3, 4}, {0.6, 0.8}, 5},
+                {{1e200, 1e200}, {std::sqrt(0.5), std::sqrt(0.5)}, 1.4142135623730951e200},
+                {{5e-324, 0}, {1, 0}, 5e-324},
+                {{-1.7e308, 1.7e308, 0}, {-std::sqrt(0.5), std::sqrt(0.5), 0}, HUGE_VAL},
+                {{0, -0.0}, {0, -0.0}, 0},
+                {{HUGE_VAL, 1}, {HUGE_VAL, 1}, HUGE_VAL},
+                {{}, {}, 0}};
     for (const auto &row : rows) {
         Values v = row.in;
         EXPECT_EQ(vect_normalise(v.data(), static_cast<int>(v.size())), row.length);
-        ASSERT_EQ(v.size(), row.out.size());
         for (std::size_t i = 0; i < v.size(); ++i)
             EXPECT_DOUBLE_EQ(v[i], row.out[i]) << testing::PrintToString(row.in);
     }
