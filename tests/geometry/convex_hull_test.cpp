@@ -27,7 +27,10 @@ using teska_test::Reports;
 namespace
 {
 
-using Hull = std::unique_ptr<convex_hull, convex_hull *(*)(convex_hull *)>;
+struct Hull : std::unique_ptr<convex_hull, convex_hull *(*)(convex_hull *)> {
+    explicit Hull(convex_hull *hull) : unique_ptr(hull, convex_hull_kill) {}
+    operator convex_hull *() const { return get(); }
+};
 using Points = std::vector<std::array<double, 3>>;
 
 const double nan = std::numeric_limits<double>::quiet_NaN();
@@ -35,11 +38,10 @@ const Points cube{{0, 0, 0}, {10, 0, 0}, {0, 10, 0}, {10, 10, 0}, {0, 0, 10}, {1
 
 Hull hull_of(const Points &points, double unit = 1)
 {
-    Hull hull(convex_hull_new(), convex_hull_kill);
-    EXPECT_EQ(convex_hull_set_unit(hull.get(), unit), 0);
-    EXPECT_EQ(convex_hull_add_points(hull.get(), points.empty() ? nullptr : points[0].data(),
-                                     static_cast<int>(points.size())),
-              0);
+    Hull hull(convex_hull_new());
+    EXPECT_EQ(convex_hull_set_unit(hull, unit), 0);
+    const double *const first = points.empty() ? nullptr : points[0].data();
+    EXPECT_EQ(convex_hull_add_points(hull, first, static_cast<int>(points.size())), 0);
     return hull;
 }
 
@@ -54,20 +56,26 @@ Points cloud(int n, int extent)
     return points;
 }
 
-// The corners of a face, each of which must be a point that was added.
-std::array<vec3, 3> corners(const convex_hull *hull, int face, const Points &points)
-{
+struct Face {
     int corner[3];
-    EXPECT_EQ(convex_hull_get_face(hull, face, corner), 0);
-    std::array<vec3, 3> at{};
-    for (std::size_t k = 0; k < 3; ++k) {
-        double p[3] = {};
-        int number = -1;
-        EXPECT_EQ(convex_hull_get_vertex(hull, corner[k], p, &number), 0);
-        at[k] = teska::vec3_at(p);
-        EXPECT_EQ(points.at(static_cast<std::size_t>(number)), (std::array<double, 3>{p[0], p[1], p[2]}));
+    std::array<vec3, 3> at;
+};
+
+// All faces; their corners must be points that were added.
+std::vector<Face> faces_of(const convex_hull *hull, const Points &points)
+{
+    std::vector<Face> faces(static_cast<std::size_t>(convex_hull_get_nr_faces(hull)));
+    for (std::size_t f = 0; f < faces.size(); ++f) {
+        EXPECT_EQ(convex_hull_get_face(hull, static_cast<int>(f), faces[f].corner), 0);
+        for (std::size_t k = 0; k < 3; ++k) {
+            double p[3] = {};
+            int number = -1;
+            EXPECT_EQ(convex_hull_get_vertex(hull, faces[f].corner[k], p, &number), 0);
+            faces[f].at[k] = teska::vec3_at(p);
+            EXPECT_EQ(points.at(static_cast<std::size_t>(number)), (std::array{p[0], p[1], p[2]}));
+        }
     }
-    return at;
+    return faces;
 }
 
 double six_volumes(const std::array<vec3, 3> &t, const vec3 &p) { return dot(t[0] - p, cross(t[1] - p, t[2] - p)); }
@@ -77,20 +85,17 @@ TEST(ConvexHull, IsAClosedOutwardSurfaceOfInputPointsAroundAllOfThem)
     for (const auto &[points, unit] :
          {std::pair(cloud(12, 9), 1.0), {cloud(400, 100), 1.0}, {cloud(3000, 65536), 700.0}}) {
         const Hull hull = hull_of(points, unit);
-        ASSERT_EQ(convex_hull_construct(hull.get()), 0);
-        const int faces = convex_hull_get_nr_faces(hull.get()), vertices = convex_hull_get_nr_vertices(hull.get());
-        EXPECT_EQ(faces, 2 * vertices - 4);
-        EXPECT_EQ(convex_hull_get_nr_points(hull.get()), static_cast<int>(points.size()));
+        ASSERT_EQ(convex_hull_construct(hull), 0);
+        const std::vector<Face> faces = faces_of(hull, points);
+        EXPECT_EQ(static_cast<int>(faces.size()), 2 * convex_hull_get_nr_vertices(hull) - 4);
+        EXPECT_EQ(convex_hull_get_nr_points(hull), static_cast<int>(points.size()));
 
         std::map<std::pair<int, int>, int> sides;
         double area = 0, six_times = 0;
         const double slack = 0.5 * std::pow(std::exp2(std::floor(std::log2(unit))), 3);
-        for (int f = 0; f < faces; ++f) {
-            int corner[3];
-            convex_hull_get_face(hull.get(), f, corner);
+        for (const auto &[corner, at] : faces) {
             for (int k = 0; k < 3; ++k)
                 ++sides[{corner[k], corner[(k + 1) % 3]}];
-            const auto at = corners(hull.get(), f, points);
             for (const auto &p : points)
                 ASSERT_GE(six_volumes(at, teska::vec3_at(p.data())), -slack);
             area += length(cross(at[1] - at[0], at[2] - at[0])) / 2;
@@ -101,22 +106,8 @@ TEST(ConvexHull, IsAClosedOutwardSurfaceOfInputPointsAroundAllOfThem)
             EXPECT_EQ(count, 1);
             EXPECT_EQ(sides.count({side.second, side.first}), 1u);
         }
-        EXPECT_NEAR(convex_hull_get_area(hull.get()), area, 1e-12 * area);
-        EXPECT_NEAR(convex_hull_get_volume(hull.get()), six_times / 6, 1e-12 * six_times);
-    }
-}
-
-TEST(ConvexHull, KnowsAreaAndVolumeOfACube)
-{
-    Points far_away = cube;
-    for (auto &p : far_away)
-        p = {p[0] + 1000, p[1] - 3000, p[2] + 500};
-    for (const Points &points : {cube, far_away}) {
-        const Hull hull = hull_of(points);
-        EXPECT_EQ(convex_hull_get_area(hull.get()), 0.0);
-        ASSERT_EQ(convex_hull_construct(hull.get()), 0);
-        EXPECT_EQ(convex_hull_get_area(hull.get()), 600.0);
-        EXPECT_EQ(convex_hull_get_volume(hull.get()), 1000.0);
+        EXPECT_NEAR(convex_hull_get_area(hull), area, 1e-12 * area);
+        EXPECT_NEAR(convex_hull_get_volume(hull), six_times / 6, 1e-12 * six_times);
     }
 }
 
@@ -127,19 +118,18 @@ TEST(ConvexHullInside, AnswersAsTheClass)
     TConvexHull of_class;
     for (const auto &p : points)
         of_class.AddPoint(p[0], p[1], p[2]);
-    ASSERT_EQ(convex_hull_construct(hull.get()), 0);
+    ASSERT_EQ(convex_hull_construct(hull), 0);
     ASSERT_EQ(of_class.Construct(), 0);
     Generator input(1);
     int inside = 0;
     for (int i = 0; i < 5000; ++i) {
         const double q[3] = {input.between(-10, 110), input.between(-10, 110), input.between(-10, 110)};
-        const int answer = convex_hull_inside(hull.get(), q);
+        const int answer = convex_hull_inside(hull, q);
         ASSERT_EQ(answer, of_class.InsideHull(q[0], q[1], q[2]));
         inside += answer;
     }
     EXPECT_TRUE(inside > 1000 && inside < 4000) << inside;
-    const double none[3] = {50, nan, 50};
-    EXPECT_EQ(convex_hull_inside(hull.get(), none), 0);
+    EXPECT_EQ(convex_hull_inside(hull, std::array{50.0, nan, 50.0}.data()), 0);
 }
 
 TEST(ConvexHullSetUnit, MakesHullsOfSmallAndOfLargeCoordinates)
@@ -151,16 +141,14 @@ TEST(ConvexHullSetUnit, MakesHullsOfSmallAndOfLargeCoordinates)
     small.push_back({0.7000001, 0.35, 0.35});
     const Reports reports;
     const Hull coarse = hull_of(small);
-    EXPECT_EQ(convex_hull_construct(coarse.get()), -1) << "no tetrahedron of 1/12 cubic unit";
+    EXPECT_EQ(convex_hull_construct(coarse), -1) << "no tetrahedron of 1/12 cubic unit";
     const Hull hull = hull_of(small, 0.01);
-    ASSERT_EQ(convex_hull_construct(hull.get()), 0);
-    EXPECT_EQ(convex_hull_get_nr_vertices(hull.get()), 8) << "a bulge below the rule is no vertex";
-    for (int f = 0; f < convex_hull_get_nr_faces(hull.get()); ++f)
-        corners(hull.get(), f, small);
-    EXPECT_NEAR(convex_hull_get_volume(hull.get()), 0.343, 1e-15);
-    const double inside[3] = {0.69, 0.01, 0.4}, outside[3] = {0.71, 0.01, 0.4};
-    EXPECT_EQ(convex_hull_inside(hull.get(), inside), 1);
-    EXPECT_EQ(convex_hull_inside(hull.get(), outside), 0);
+    ASSERT_EQ(convex_hull_construct(hull), 0);
+    EXPECT_EQ(convex_hull_get_nr_vertices(hull), 8) << "a bulge below the rule is no vertex";
+    faces_of(hull, small);
+    EXPECT_NEAR(convex_hull_get_volume(hull), 0.343, 1e-15);
+    EXPECT_EQ(convex_hull_inside(hull, std::array{0.69, 0.01, 0.4}.data()), 1);
+    EXPECT_EQ(convex_hull_inside(hull, std::array{0.71, 0.01, 0.4}.data()), 0);
 }
 
 TEST(ConvexHullSetUnit, RefusesOnesOutsideItsRangeOrTooLate)
@@ -168,14 +156,14 @@ TEST(ConvexHullSetUnit, RefusesOnesOutsideItsRangeOrTooLate)
     Reports reports;
     const Hull hull = hull_of({});
     for (const double unit : {0.0, -1.0, 0.9e-9, 1.1e9, nan})
-        EXPECT_EQ(convex_hull_set_unit(hull.get(), unit), -1) << unit;
+        EXPECT_EQ(convex_hull_set_unit(hull, unit), -1) << unit;
     EXPECT_EQ(reports.take(), lines(5, "convex_hull_set_unit: illegal unit"));
-    EXPECT_EQ(convex_hull_add(hull.get(), cube[7].data()), 0);
-    EXPECT_EQ(convex_hull_set_unit(hull.get(), 2), -1);
+    EXPECT_EQ(convex_hull_add(hull, cube[7].data()), 0);
+    EXPECT_EQ(convex_hull_set_unit(hull, 2), -1);
     EXPECT_EQ(reports.take(), lines{"convex_hull_set_unit: there are points already"});
-    EXPECT_EQ(convex_hull_add_points(hull.get(), cube[0].data(), -1), -1);
+    EXPECT_EQ(convex_hull_add_points(hull, cube[0].data(), -1), -1);
     EXPECT_EQ(reports.take(), lines{"convex_hull_add_points: illegal number of points"});
-    EXPECT_EQ(convex_hull_get_nr_points(hull.get()), 1);
+    EXPECT_EQ(convex_hull_get_nr_points(hull), 1);
 }
 
 TEST(ConvexHullConstruct, SaysWhenPointsAreInOnePlaneAndTakesMore)
@@ -193,13 +181,15 @@ TEST(ConvexHullConstruct, SaysWhenPointsAreInOnePlaneAndTakesMore)
         SCOPED_TRACE(points.size());
         Reports reports;
         const Hull hull = hull_of(points);
-        EXPECT_EQ(convex_hull_construct(hull.get()), -1);
+        EXPECT_EQ(convex_hull_construct(hull), -1);
         EXPECT_EQ(reports.take(), lines{"convex_hull_construct: points in one plane"});
-        EXPECT_EQ(convex_hull_get_nr_faces(hull.get()), 0);
-        EXPECT_EQ(convex_hull_inside(hull.get(), cube[0].data()), 0);
-        EXPECT_EQ(convex_hull_add_points(hull.get(), cube[0].data(), 8), 0);
-        EXPECT_EQ(convex_hull_construct(hull.get()), 0);
-        EXPECT_EQ(convex_hull_get_volume(hull.get()), 1000.0);
+        EXPECT_EQ(convex_hull_get_nr_faces(hull), 0);
+        EXPECT_EQ(convex_hull_get_area(hull), 0.0);
+        EXPECT_EQ(convex_hull_inside(hull, cube[0].data()), 0);
+        EXPECT_EQ(convex_hull_add_points(hull, cube[0].data(), 8), 0);
+        EXPECT_EQ(convex_hull_construct(hull), 0);
+        EXPECT_EQ(convex_hull_get_area(hull), 600.0);
+        EXPECT_EQ(convex_hull_get_volume(hull), 1000.0);
         EXPECT_EQ(reports.take(), lines{});
     }
 }
@@ -207,41 +197,45 @@ TEST(ConvexHullConstruct, SaysWhenPointsAreInOnePlaneAndTakesMore)
 TEST(ConvexHullConstruct, KeepsTheHullUntilItIsMadeAnew)
 {
     const Hull hull = hull_of(cube);
-    ASSERT_EQ(convex_hull_construct(hull.get()), 0);
+    ASSERT_EQ(convex_hull_construct(hull), 0);
     const Points more{{nan, 1, 1}, {5, 5, 5}, {5, 5, 30}};
-    convex_hull_add_points(hull.get(), more[0].data(), 3);
+    convex_hull_add_points(hull, more[0].data(), 3);
     const double above[3] = {5, 5, 20};
-    EXPECT_EQ(convex_hull_inside(hull.get(), above), 0);
-    EXPECT_EQ(convex_hull_get_nr_vertices(hull.get()), 8);
+    EXPECT_EQ(convex_hull_inside(hull, above), 0);
+    EXPECT_EQ(convex_hull_get_nr_vertices(hull), 8);
     for (int again = 0; again < 2; ++again) {
-        ASSERT_EQ(convex_hull_construct(hull.get()), 0);
-        EXPECT_EQ(convex_hull_inside(hull.get(), above), 1);
-        EXPECT_EQ(convex_hull_get_nr_vertices(hull.get()), 9);
-        EXPECT_EQ(convex_hull_get_nr_faces(hull.get()), 14);
+        ASSERT_EQ(convex_hull_construct(hull), 0);
+        EXPECT_EQ(convex_hull_inside(hull, above), 1);
+        EXPECT_EQ(convex_hull_get_nr_vertices(hull), 9);
+        EXPECT_EQ(convex_hull_get_nr_faces(hull), 14);
     }
     // Numbers count the points that were left out too.
-    int top = -1;
-    for (int i = 0, number = -1; i < 9; ++i) {
-        double p[3];
-        convex_hull_get_vertex(hull.get(), i, p, &number);
-        top = p[2] == 30 ? number : top;
-    }
-    EXPECT_EQ(top, 10);
+    Points all = cube;
+    all.insert(all.end(), more.begin(), more.end());
+    faces_of(hull, all);
 }
 
-TEST(ConvexHullGet, RefusesIndicesOutsideItsLists)
+TEST(ConvexHull, RefusesIndicesOutsideItsListsAndPlacesWithoutANearestPoint)
 {
-    const Hull hull = hull_of(cube);
-    double p[3] = {7, 7, 7};
+    const Hull hull = hull_of(cube, 3.0);
+    double p[3] = {7, 7, 7}, dist = 7;
     int corner[3] = {7, 7, 7}, number = 7;
-    EXPECT_EQ(convex_hull_get_vertex(hull.get(), 0, p, &number), -1);
-    convex_hull_construct(hull.get());
+    const auto nearest = [&](const std::array<double, 3> &q) {
+        return convex_hull_nearest(hull, q.data(), nullptr, &dist, nullptr, nullptr);
+    };
+    EXPECT_EQ(convex_hull_get_vertex(hull, 0, p, &number), -1);
+    EXPECT_EQ(nearest({20, 5, 5}), -1);
+    convex_hull_construct(hull);
     for (const int i : {-1, 12}) {
-        EXPECT_EQ(convex_hull_get_vertex(hull.get(), i, p, &number), -1);
-        EXPECT_EQ(convex_hull_get_face(hull.get(), i, corner), -1);
+        EXPECT_EQ(convex_hull_get_vertex(hull, i, p, &number), -1);
+        EXPECT_EQ(convex_hull_get_face(hull, i, corner), -1);
     }
-    EXPECT_TRUE(p[0] == 7 && number == 7 && corner[0] == 7);
-    EXPECT_EQ(convex_hull_get_vertex(hull.get(), 0, nullptr, nullptr), 0);
+    EXPECT_EQ(nearest({nan, 0, 0}), -1);
+    EXPECT_EQ(nearest({0, 1e300, 0}), -1);
+    EXPECT_TRUE(p[0] == 7 && number == 7 && corner[0] == 7 && dist == 7);
+    EXPECT_EQ(convex_hull_get_vertex(hull, 0, nullptr, nullptr), 0);
+    EXPECT_EQ(nearest({20, 5, 5}), 0);
+    EXPECT_EQ(dist, 10);
     EXPECT_EQ(convex_hull_kill(nullptr), nullptr);
 }
 
@@ -252,53 +246,35 @@ TEST(ConvexHullNearest, IsTheNearestPointOfAllFacesAtEveryLevel)
         SCOPED_TRACE(n);
         const Points points = n == 4 ? Points{cube[0], cube[1], cube[2], cube[4]} : cloud(n, n == 7 ? 12 : 100);
         const Hull hull = hull_of(points);
-        ASSERT_EQ(convex_hull_construct(hull.get()), 0);
-        std::vector<std::array<vec3, 3>> faces;
-        for (int f = 0; f < convex_hull_get_nr_faces(hull.get()); ++f)
-            faces.push_back(corners(hull.get(), f, points));
+        ASSERT_EQ(convex_hull_construct(hull), 0);
+        const std::vector<Face> faces = faces_of(hull, points);
         Generator input(3);
         for (int i = 0; i < 400; ++i) {
             const double reach = i % 7 == 0 ? 1e6 : 120;
             double q[3] = {input.between(-reach, reach), input.between(-reach, reach), input.between(-reach, reach)};
             if (i % 3 == 0) {
                 // On the surface, and on corners.
-                const auto &face = faces[static_cast<std::size_t>(input.below(static_cast<int>(faces.size())))];
+                const auto &face = faces[static_cast<std::size_t>(input.below(static_cast<int>(faces.size())))].at;
                 const double w = i % 2 == 0 ? 0 : input.unit();
                 store(face[0] + w * ((face[1] - face[0]) + input.unit() * (face[2] - face[1])), q);
             }
-            double least = std::numeric_limits<double>::infinity();
-            for (const auto &face : faces) {
-                ProjResult r;
-                double dist = 0;
-                proj_nearest_triangle(&face[0].x, q, &r, &dist);
+            ProjResult r;
+            double least = std::numeric_limits<double>::infinity(), dist = 0;
+            for (const Face &face : faces) {
+                proj_nearest_triangle(&face.at[0].x, q, &r, &dist);
                 least = std::min(least, dist);
             }
             teska_test::at_every_level([&](auto) {
-                double point[3], dist = -1, weights[3];
+                double point[3], weights[3];
                 int face = -1;
-                ASSERT_EQ(convex_hull_nearest(hull.get(), q, point, &dist, &face, weights), 0);
+                ASSERT_EQ(convex_hull_nearest(hull, q, point, &dist, &face, weights), 0);
                 ASSERT_EQ(dist, least) << i;
-                ProjResult r;
-                proj_nearest_triangle(&faces.at(static_cast<std::size_t>(face))[0].x, q, &r, &dist);
+                proj_nearest_triangle(&faces.at(static_cast<std::size_t>(face)).at[0].x, q, &r, &dist);
                 for (int k = 0; k < 3; ++k)
                     ASSERT_TRUE(point[k] == r.point[k] && weights[k] == r.weight[k] && dist == least) << i;
             });
         }
     }
-}
-
-TEST(ConvexHullNearest, RefusesWhatHasNoNearestPoint)
-{
-    const Hull hull = hull_of(cube, 3.0);
-    const double q[3] = {20, 5, 5}, none[3] = {nan, 0, 0}, beyond[3] = {0, 1e300, 0};
-    double dist = 7;
-    EXPECT_EQ(convex_hull_nearest(hull.get(), q, nullptr, &dist, nullptr, nullptr), -1);
-    convex_hull_construct(hull.get());
-    EXPECT_EQ(convex_hull_nearest(hull.get(), none, nullptr, &dist, nullptr, nullptr), -1);
-    EXPECT_EQ(convex_hull_nearest(hull.get(), beyond, nullptr, &dist, nullptr, nullptr), -1);
-    EXPECT_EQ(dist, 7);
-    EXPECT_EQ(convex_hull_nearest(hull.get(), q, nullptr, &dist, nullptr, nullptr), 0);
-    EXPECT_EQ(dist, 10);
 }
 
 }  // namespace
