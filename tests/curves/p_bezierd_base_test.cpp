@@ -149,13 +149,6 @@ numbers controls(const Chain &p)
 struct Row {
     numbers xs, ys;
     Row(numbers x, numbers y) : xs(std::move(x)), ys(std::move(y)) {}
-    Row(int count, double (*radius)(int), double step)
-    {
-        for (int i = 0; i < count; ++i) {
-            xs.push_back(radius(i) * std::cos(step * i));
-            ys.push_back(radius(i) * std::sin(step * i));
-        }
-    }
     [[nodiscard]] int count() const { return static_cast<int>(xs.size()); }
     // A fit, which must pass all points within the bound.
     Chain fit(double bound, double corner, bool closed) const
@@ -335,6 +328,7 @@ TEST(PolyBezierChange, AppendsJoinsReversesMovesAndDivides)
         if (poly_bezier_closed(p) == 1) {
             EXPECT_EQ(poly_bezier_join(p, p), 1);
             EXPECT_LT(at(p, 6 + u) - q, 1e-14);
+            EXPECT_NEAR(poly_bezier_length(p, 6, 12), poly_bezier_length(rebuilt, 0, 6), 1e-11);
         }
     }
     const Chain p = chain({1}, {0, 0, 1, 0});
@@ -491,17 +485,17 @@ TEST(PolyBezierWinding, AgreesWithThePolylineAsDoesTheArea)
         EXPECT_NEAR(poly_bezier_area(p), swept({0, 0}).x / 2, 1e-5);
         for (int k = 0; k < 50; ++k) {
             const point q = {input.between(-1, 1), input.between(-1, 1)};
-            EXPECT_TRUE(nearest(p, q.x, q.y).dist < 1e-6 ||
-                        poly_bezier_winding(p, q.x, q.y) == std::lround(swept(q).y / (2 * std::numbers::pi)));
+            if (nearest(p, q.x, q.y).dist >= 1e-6) {
+                EXPECT_EQ(poly_bezier_winding(p, q.x, q.y), std::lround(swept(q).y / (2 * std::numbers::pi)));
+            }
         }
     }
     // The ray through joints, turning points and a side.
-    EXPECT_EQ(poly_bezier_winding(circle(), -0.5, 0), 1);
-    EXPECT_EQ(poly_bezier_winding(circle(), -0.5, 1), 0);
-    EXPECT_EQ(poly_bezier_winding(circle(), nan_value, 0), 0);
-    const Chain step = chain({1, 1, 1, 1, 1}, {0, 0, 2, 0, 2, 1, 1, 1, 1, 2, 0, 2});
-    EXPECT_EQ(poly_bezier_winding(step, 0.5, 1), 1);
-    EXPECT_EQ(poly_bezier_winding(step, 1.5, 1.5), 0);
+    const Chain round = circle(), step = chain({1, 1, 1, 1, 1}, {0, 0, 2, 0, 2, 1, 1, 1, 1, 2, 0, 2});
+    const std::vector<int> found = {poly_bezier_winding(round, -0.5, 0), poly_bezier_winding(round, -0.5, 1),
+                                    poly_bezier_winding(round, nan_value, 0), poly_bezier_winding(step, 0.5, 1),
+                                    poly_bezier_winding(step, 1.5, 1.5)};
+    EXPECT_EQ(found, (std::vector{1, 0, 0, 1, 0}));
 }
 
 TEST(PolyBezierVector, KeepsTheBoundAndTheEnds)
@@ -525,8 +519,15 @@ TEST(PolyBezierVector, KeepsTheBoundAndTheEnds)
 
 TEST(PolyBezierFit, TakesFewSmoothSegments)
 {
-    const Row spiral(
-        2000, [](int i) { return 0.1 * i; }, 0.01);
+    Row spiral({}, {}), ring({1}, {0});
+    for (int i = 0; i < 2000; ++i) {
+        spiral.xs.push_back(0.1 * i * std::cos(0.01 * i));
+        spiral.ys.push_back(0.1 * i * std::sin(0.01 * i));
+    }
+    for (int i = 1; i <= 100; ++i) {
+        ring.xs.push_back(i == 100 ? 1 : std::cos(std::numbers::pi * i / 50));
+        ring.ys.push_back(i == 100 ? 0 : std::sin(std::numbers::pi * i / 50));
+    }
     for (const auto &[bound, most] :
          {std::pair(1.0, 12), std::pair(0.1, 28), std::pair(0.01, 40), std::pair(1e-3, 56)}) {
         const Chain p = spiral.fit(bound, 180, false);
@@ -539,9 +540,6 @@ TEST(PolyBezierFit, TakesFewSmoothSegments)
         const Row random(random_numbers(input, 2 + round), random_numbers(input, 2 + round));
         random.fit(input.between(0.001, 1), 5 * round, round % 2 != 0);
     }
-    Row ring(
-        101, [](int) { return 1.0; }, std::numbers::pi / 50);
-    ring.xs[100] = 1, ring.ys[100] = 0;
     EXPECT_NEAR(poly_bezier_area(ring.fit(1e-3, 30, true)), std::numbers::pi, 5e-3);
     const Chain two = Row({0, 0, 3, 3}, {0, 0, 6, 6}).fit(1e-3, 0, false);
     EXPECT_EQ(controls(two), (numbers{3, 0, 1, 2, 3, 0, 2, 4, 6}));
@@ -606,8 +604,7 @@ TEST(PolyBezierSpline, IsTwiceContinuousThroughItsPoints)
             for (std::size_t d = 0; d < 4; ++d)
                 EXPECT_NEAR(before[d], after[d], 1e-11 * (1 + std::fabs(after[d])));
         }
-        EXPECT_TRUE(closed || std::fabs(derivatives(0, 0)[1]) < 1e-11);
-        EXPECT_TRUE(closed || std::fabs(derivatives(segments - 1, 1)[3]) < 1e-11);
+        EXPECT_TRUE(closed || std::max(std::fabs(derivatives(0, 0)[1]), std::fabs(derivatives(n - 2, 1)[3])) < 1e-11);
     }
 }
 
@@ -679,30 +676,21 @@ TEST(PolyBezier, EndsWithAnAnswerAtTheLimitsOfDoubles)
             poly_bezier_add(p, 1 + input.below(3), some().data(), some().data());
         const double x = any(), y = any();
         const Nearest found = nearest(p, x, y);
-        numbers all = {found.u,
-                       found.dist,
-                       poly_bezier_length(p, 0.3, 3.9),
-                       poly_bezier_at_length(p, any()),
-                       poly_bezier_area(p),
-                       slope_at(p, 0).x,
-                       slope_at(p, 2.5).y,
-                       at(p, 1.3).x};
         const Chain rising = chain({3}, {-DBL_MAX, any(), -1e300, any(), any() / 2, any(), DBL_MAX, any()});
         Reports quiet;
         double rise = 0;
         poly_bezier_get_y(rising, x, &rise);
-        all.push_back(rise);
         poly_bezier_winding(p, x, y);
         polyline(p, 1e300);
-        for (const numbers &more : {box_of(p), x != y ? meetings(p, x, y, y, x) : numbers{}})
-            all.insert(all.end(), more.begin(), more.end());
-        for (std::size_t i = 0; i < all.size(); ++i)
-            EXPECT_FALSE(std::isnan(all[i])) << round << ", " << i;
+        const numbers single = {found.u, found.dist, rise, slope_at(p, 0).x, slope_at(p, 2.5).y, at(p, 1.3).x};
+        const numbers whole = {poly_bezier_length(p, 0.3, 3.9), poly_bezier_at_length(p, any()), poly_bezier_area(p)};
+        for (const numbers &all : {single, whole, box_of(p), x != y ? meetings(p, x, y, y, x) : numbers{}})
+            EXPECT_TRUE(std::ranges::none_of(all, [](double value) { return std::isnan(value); })) << round;
 
         const Row row(some(), some()), apart({-DBL_MAX, -1e-300, 5e-324, 1e-323, 1e308}, some());
         for (const Chain &built : {Chain(poly_bezier_fit(5, row.xs.data(), row.ys.data(), 1e290, 30, round % 2)),
                                    row.spline(round % 2 != 0), apart.monotone()})
-            for (const double value : built != nullptr ? controls(built) : numbers{})
+            for (const double value : built ? controls(built) : numbers{})
                 EXPECT_TRUE(std::isfinite(value)) << round;
     }
 }
