@@ -337,12 +337,10 @@ class TopSurface(Handle):
 
     def _scan(self) -> None:
         corners, coords = ffi.new('double[9]'), ffi.new('double[9]')
-        found, parts, part = [], [], -1
+        found = []
         result = lib.top_surface_next_triangle(self._record, 1, corners, coords)
         while result >= 0:
-            part += result
             found.append(list(corners))
-            parts.append(part)
             result = lib.top_surface_next_triangle(self._record, 0, corners, coords)
         self._triangles = np.array(found).reshape(-1, 3, 3)
 
