@@ -3,12 +3,10 @@
 // The power cut is a model. Bytes that were not flushed may be on the disk or not; a name may lead to anything it was
 // given since its folder was flushed. After every call of a copy it is asked what each name can lead to.
 #include "support/child.h"
-#include "support/folder.h"
 
 #include "faults/sweep.h"
-#include "rsys.h"
+#include "files/rsys_site.h"
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,12 +14,9 @@
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <memory>
 #include <set>
 #include <sstream>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -58,30 +53,21 @@ std::string image(const fs::path &path)
     return text;
 }
 
-struct Tree {
+struct Tree : Site {
     Tree()
     {
-        fs::create_directories(folder.path("from/a/b"));
-        folder.write("from/a/f", "new content of f");
-        folder.write("from/a/b/g", "new content of g");
-        folder.write("from/h", std::string(3000, 'h'));
-        fs::create_symlink("a/f", folder.path("from/l"));
-        fs::permissions(folder.path("from/a/b"), fs::perms::owner_read | fs::perms::owner_exec);
-        fs::create_directories(folder.path("into/a"));
-        folder.write("into/a/f", "old");
-        folder.write("into/kept", "kept");
-        folder.write("file", "the old file");
-        fs::create_symlink("from", folder.path("outside"));
+        for (const char *name : {"from/a/b", "into/a"})
+            fs::create_directories(path(name));
+        for (const char *name : {"from/a/f", "from/a/b/g", "into/kept"})
+            write(name, "content of " + std::string(name));
+        write("from/h", std::string(3000, 'h'));
+        write("into/a/f", "old");
+        write("file", "the old file");
+        fs::create_symlink("a/f", path("from/l"));
+        fs::create_symlink("from", path("outside"));
+        fs::permissions(path("from/a/b"), fs::perms::owner_read | fs::perms::owner_exec);
     }
-    ~Tree() { fs::permissions(folder.path("from/a/b"), fs::perms::owner_all); }
-
-    int copy(const char *from, const char *to, int flags = 0) const
-    {
-        return rsys_copy(folder.path(from).c_str(), folder.path(to).c_str(), flags, nullptr, nullptr);
-    }
-    bool is(const char *path, const char *as) const { return image(folder.path(path)) == image(folder.path(as)); }
-
-    Folder folder;
+    ~Tree() { fs::permissions(path("from/a/b"), fs::perms::owner_all); }
 };
 
 std::ptrdiff_t open_descriptors()
@@ -101,20 +87,18 @@ struct Operation {
 
 void check_new(Tree &tree, const char *from, int result)
 {
-    const std::string now = image(tree.folder.path("to"));
+    const std::string now = image(tree.path("to"));
     // It cannot be taken back where nothing goes any more.
-    EXPECT_TRUE(now == image(tree.folder.path(from)) ? result == 0 || result == stuck : now == "" && result != 0);
+    EXPECT_TRUE(now == image(tree.path(from)) ? result == 0 || result == stuck : now == "" && result != 0);
 }
 
 // Lists the source; a list that is short says so.
 int scan(Tree &tree)
 {
-    const std::string from = tree.folder.path("from");
-    rsys_dir *dir = rsys_dir_new(from.c_str(), "", RSYS_DEEP | RSYS_FOLDERS | RSYS_HIDDEN);
+    const auto dir = tree.list("from", "", everything);
     if (dir == nullptr)
         return -1;
-    EXPECT_TRUE(rsys_dir_num(dir) == 6 || (rsys_dir_num(dir) < 6 && rsys_dir_skipped(dir) >= 1));
-    rsys_dir_kill(dir);
+    EXPECT_TRUE(rsys_dir_num(dir.get()) == 6 || (rsys_dir_num(dir.get()) < 6 && rsys_dir_skipped(dir.get()) >= 1));
     return 0;
 }
 
@@ -126,25 +110,25 @@ const Operation operations[] = {
     {"tree", "rsys_copy: ", [](Tree &s) { return s.copy("from", "to"); },
      [](Tree &s, int result) { check_new(s, "from", result); }},
     {"followed", "rsys_copy: ", [](Tree &s) { return s.copy("outside", "to", RSYS_FOLLOW); },
-     [](Tree &s, int result) { EXPECT_TRUE(result == stuck || fs::exists(s.folder.path("to/a")) == (result == 0)); }},
+     [](Tree &s, int result) { EXPECT_TRUE(result == stuck || fs::exists(s.path("to/a")) == (result == 0)); }},
     {"replaced", "rsys_copy: ", [](Tree &s) { return s.copy("from/h", "file", RSYS_REPLACE); },
      [](Tree &s, int result) {
-         const std::string now = s.folder.read("file");
-         EXPECT_TRUE(now == s.folder.read("from/h") || (result != 0 && now == "the old file")) << now.substr(0, 20);
+         const std::string now = s.read("file");
+         EXPECT_TRUE(now == s.read("from/h") || (result != 0 && now == "the old file")) << now.substr(0, 20);
      }},
     {"into", "rsys_copy: ", [](Tree &s) { return s.copy("from", "into", RSYS_REPLACE); },
      [](Tree &s, int result) {
          for (const char *name : {"a/f", "a/b/g", "h", "l"}) {
-             const std::string now = image(s.folder.path(std::string("into/") + name));
+             const std::string now = image(s.path(std::string("into/") + name));
              const bool old = now == "" || now.find(" old\n") != std::string::npos;
-             EXPECT_TRUE(now == image(s.folder.path(std::string("from/") + name)) || (result != 0 && old)) << name;
+             EXPECT_TRUE(now == image(s.path(std::string("from/") + name)) || (result != 0 && old)) << name;
          }
-         EXPECT_EQ(s.folder.read("into/kept"), "kept");
+         EXPECT_EQ(s.read("into/kept"), "content of into/kept");
      }},
-    {"remove", "rsys_remove: ", [](Tree &s) { return rsys_remove(s.folder.path("into").c_str(), nullptr, nullptr); },
-     [](Tree &s, int result) { EXPECT_EQ(image(s.folder.path("into")) == "", result == 0); }},
-    {"make", "rsys_make_folder: ", [](Tree &s) { return rsys_make_folder(s.folder.path("x/y/z").c_str()); },
-     [](Tree &s, int result) { EXPECT_TRUE(result != 0 || fs::is_directory(s.folder.path("x/y/z"))); }},
+    {"remove", "rsys_remove: ", [](Tree &s) { return s.remove("into"); },
+     [](Tree &s, int result) { EXPECT_EQ(image(s.path("into")) == "", result == 0); }},
+    {"make", "rsys_make_folder: ", [](Tree &s) { return s.make("x/y/z"); },
+     [](Tree &s, int result) { EXPECT_TRUE(result != 0 || fs::is_directory(s.path("x/y/z"))); }},
     {"scan", "rsys_dir_new: cannot read folder", scan, [](Tree &, int) {}},
 };
 
@@ -156,7 +140,7 @@ int sweep(const Operation &operation, bool sticky, file_fault fault)
     const int rounds = each_fault(fault_kind::files, sticky, fault, [&](const auto &fire) {
         Tree tree;
         Reports reports;
-        const std::string source = image(tree.folder.path("from"));
+        const std::string source = image(tree.path("from"));
         const std::ptrdiff_t descriptors = open_descriptors();
         fire();
         const int result = operation.call(tree);
@@ -171,8 +155,8 @@ int sweep(const Operation &operation, bool sticky, file_fault fault)
             << error;
         operation.check(tree, result != 0 && sticky ? stuck : result);
         EXPECT_EQ(open_descriptors(), descriptors);
-        EXPECT_EQ(image(tree.folder.path("from")), source) << "the source was changed";
-        EXPECT_TRUE(sticky || tree.folder.listing().find(".tmp") == std::string::npos) << tree.folder.listing();
+        EXPECT_EQ(image(tree.path("from")), source) << "the source was changed";
+        EXPECT_TRUE(sticky || tree.listing().find(".tmp") == std::string::npos) << tree.listing();
         if (result != 0 && !sticky) {
             EXPECT_EQ(operation.call(tree), 0) << "fails when tried again";
             operation.check(tree, 0);
@@ -192,38 +176,8 @@ TEST(Folders, SurviveEveryFailingCallOfTheHost)
                 sweep(operation, sticky, fault);
 }
 
-TEST(Folders, CallsThatASignalInterruptsAreMadeAgain)
-{
-    for (const Operation &operation : operations)
-        if (std::string(operation.name) == "file") {
-            EXPECT_GT(sweep(operation, false, {.error = EINTR}), 6);
-        }
-}
-
-TEST(Folders, AFullDiskIsACopyThatCannotBeWritten)
-{
-    const Tree tree;
-    Reports reports;
-    // The first that writes: after opening, looking and making.
-    for (int n = 0; n < 40; ++n) {
-        std::vector<file_step> steps;
-        record_files(&steps);
-        arm(fault_kind::files, n, true, {.error = ENOSPC});
-        const int result = tree.copy("from/h", "to");
-        disarm();
-        record_files(nullptr);
-        const bool was_made = std::any_of(steps.begin(), steps.end(), [](const file_step &step) {
-            return step.call == file_step::open && step.name.find(".tmp") != std::string::npos;
-        });
-        const lines reported = reports.take();
-        if (result == 0)
-            break;
-        EXPECT_TRUE(!was_made || reported == lines{"rsys_copy: cannot write"} ||
-                    reported == lines{"rsys_copy: cannot read"})
-            << reported[0];
-        EXPECT_EQ(image(tree.folder.path("to")), "");
-    }
-}
+// A signal that interrupts a call of these makes no difference: it is made again.
+TEST(Folders, CallAgainWhatASignalInterrupts) { EXPECT_GT(sweep(operations[0], false, {.error = EINTR}), 6); }
 
 // ---- The process is killed
 
@@ -248,13 +202,13 @@ void kill_at_every_call(const char *from, const char *to, int flags, const Check
     int n = 0;
     for (int code = 137; code == 137 && n < 400; ++n) {
         const Tree tree;
-        const std::string target = *to != 0 ? tree.folder.path(to) : "";
+        const std::string target = *to != 0 ? tree.path(to) : "";
         code = Child("copy or remove",
-                     std::to_string(n) + " " + std::to_string(flags) + " " + tree.folder.path(from) + " " + target)
+                     std::to_string(n) + " " + std::to_string(flags) + " " + tree.path(from) + " " + target)
                    .wait();
         EXPECT_TRUE(code == 137 || code == 0) << code;
         check(tree, code == 0);
-        for (const fs::directory_entry &one : fs::directory_iterator(tree.folder.path())) {
+        for (const fs::directory_entry &one : fs::directory_iterator(tree.path())) {
             const std::string name = one.path().filename().string();
             EXPECT_TRUE(std::set<std::string>({"from", "into", "file", "outside", "to"}).count(name) == 1 ||
                         name.find(".tmp") != std::string::npos)
@@ -268,24 +222,24 @@ void kill_at_every_call(const char *from, const char *to, int flags, const Check
 TEST(KilledCopy, LeavesTheOldOrTheNewAndATemporaryNameAtMost)
 {
     kill_at_every_call("from", "to", 0, [](const Tree &s, bool done) {
-        EXPECT_TRUE(s.is("to", "from") || (!done && image(s.folder.path("to")) == ""));
-        if (!fs::exists(s.folder.path("to"))) {
+        EXPECT_TRUE(image(s.path("to")) == image(s.path("from")) || (!done && image(s.path("to")) == ""));
+        if (!fs::exists(s.path("to"))) {
             EXPECT_EQ(s.copy("from", "to"), 0) << "what was left is in the way";
         }
     });
     kill_at_every_call("from/h", "file", RSYS_REPLACE, [](const Tree &s, bool done) {
-        const std::string now = s.folder.read("file");
-        EXPECT_TRUE(now == s.folder.read("from/h") || (!done && now == "the old file"));
+        const std::string now = s.read("file");
+        EXPECT_TRUE(now == s.read("from/h") || (!done && now == "the old file"));
     });
 }
 
 TEST(KilledRemoval, IsFinishedByTheNext)
 {
     kill_at_every_call("into", "", 0, [](const Tree &s, bool done) {
-        const bool gone = image(s.folder.path("into")) == "";
+        const bool gone = image(s.path("into")) == "";
         EXPECT_TRUE(gone || !done);
         if (!gone) {
-            EXPECT_EQ(rsys_remove(s.folder.path("into").c_str(), nullptr, nullptr), 0);
+            EXPECT_EQ(s.remove("into"), 0);
         }
     });
 }
@@ -446,14 +400,14 @@ struct Cut {
 int torn(const Cut &cut, Flushes flushes)
 {
     const Tree tree;
-    Disk disk(tree.folder.path(), flushes);
+    Disk disk(tree.path(), flushes);
     std::vector<file_step> steps;
     record_files(&steps);
     EXPECT_EQ(tree.copy(cut.from, cut.to, cut.flags), 0);
     record_files(nullptr);
     std::map<std::string, std::pair<std::string, std::string>> allowed;  // old and new
     for (const auto &[to, from] : cut.pairs)
-        allowed[to] = {*disk.may_be(to).begin(), Disk::whole(Disk::load(tree.folder.path(from)))};
+        allowed[to] = {*disk.may_be(to).begin(), Disk::whole(Disk::load(tree.path(from)))};
     int count = 0;
     for (const file_step &step : steps) {
         disk.run(step);
@@ -476,15 +430,11 @@ const Cut cuts[] = {
      RSYS_REPLACE,
      {{"into/a/f", "from/a/f"}, {"into/a/b/g", "from/a/b/g"}, {"into/h", "from/h"}, {"into/l", "from/l"}}}};
 
+// It would do harm without either flush.
 TEST(PowerCut, LeavesTheOldOrTheNewAndTheNewOnceItIsCopied)
 {
-    for (const Cut &cut : cuts)
-        EXPECT_EQ(torn(cut, {.files = true, .folders = true}), 0) << cut.from << " " << cut.to;
-}
-
-TEST(PowerCut, WouldDoHarmWithoutEitherFlush)
-{
     for (const Cut &cut : cuts) {
+        EXPECT_EQ(torn(cut, {.files = true, .folders = true}), 0) << cut.from << " " << cut.to;
         EXPECT_GT(torn(cut, {.files = false, .folders = true}), 0) << cut.to;
         EXPECT_GT(torn(cut, {.files = true, .folders = false}), 0) << cut.to;
     }
