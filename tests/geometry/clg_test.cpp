@@ -203,13 +203,13 @@ TEST(Clg, QueriesRefuseWithoutAModelAndColoursThatAreNotFinite)
     Reports reports;
     const Cloud empty(3), full = corner_cloud(3, cube);
     double out[6] = {untouched, untouched, untouched, untouched, untouched, untouched};
-    const auto [d, b] = tables(3, 3, 2);
+    const Tables made = tables(3, 3, 2);
     const auto ask = [&](const Cloud &cloud, const double *colour, const std::string &text) {
         EXPECT_EQ(clg_inside(cloud, colour), -1);
         EXPECT_EQ(clg_find(cloud, colour, out, out), -1);
         EXPECT_EQ(clg_nearest(cloud, colour, out, out, out), -1);
-        EXPECT_EQ(clg_fill_tetrad(cloud, d.get(), nullptr, colour), -1);
-        EXPECT_EQ(clg_fill_tetrab(cloud, b.get(), colour, nullptr), -1);
+        EXPECT_EQ(clg_fill_tetrad(cloud, made.d.get(), nullptr, colour), -1);
+        EXPECT_EQ(clg_fill_tetrab(cloud, made.b.get(), colour, nullptr), -1);
         EXPECT_EQ(reports.take(), (lines{"clg_fill_tetrab" + text, "clg_fill_tetrad" + text, "clg_find" + text,
                                          "clg_inside" + text, "clg_nearest" + text}));
     };
@@ -220,7 +220,7 @@ TEST(Clg, QueriesRefuseWithoutAModelAndColoursThatAreNotFinite)
     EXPECT_EQ(clg_box(empty, out), -1);
     EXPECT_EQ(reports.take(), (lines{"clg_box: nothing built", "clg_colour: nothing built"}));
     EXPECT_EQ(std::count(out, out + 6, untouched), 6);
-    EXPECT_EQ(*md_tetrad_dataptr(d.get(), nullptr) + *md_tetrab_dataptr(b.get(), nullptr), 0);
+    EXPECT_EQ(*md_tetrad_dataptr(made.d.get(), nullptr) + *md_tetrab_dataptr(made.b.get(), nullptr), 0);
     EXPECT_EQ(clg_box(full, out), 0);
     EXPECT_EQ(Values(out, out + 6), (Values{0, 0, 0, 100, 100, 100}));
 }
