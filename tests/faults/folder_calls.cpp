@@ -10,7 +10,8 @@
 
 #include <climits>
 #include <cstdarg>
-#include <cstring>
+#include <string_view>
+#include <type_traits>
 
 using teska_test::file_call_fails, teska_test::file_step, teska_test::record_step, teska_test::records_files;
 
@@ -27,23 +28,27 @@ std::string full_name(int folder, const char *name)
     return std::string(path, length > 0 ? static_cast<std::size_t>(length) : 0) + "/" + name;
 }
 
+// Makes a call that does not fail now; gives -1 or null for one that does.
+template <auto real, class... Argument>
+auto made(Argument... arguments)
+{
+    using Result = decltype(real(arguments...));
+    if (!file_call_fails())
+        return real(arguments...);
+    if constexpr (std::is_pointer_v<Result>)
+        return Result{nullptr};
+    else
+        return Result{-1};
+}
+
 // Passes a result on and puts the step down, without a change of errno.
-template <class Result>
-Result recorded(Result result, file_step::kind call, int folder, const char *name, const char *other = "")
+int recorded(int result, file_step::kind call, int folder, const char *name, std::string_view other = {})
 {
     if (result < 0 || !records_files())
         return result;
     const int error = errno;
-    const int descriptor = call == file_step::open ? static_cast<int>(result) : -1;
-    record_step({call, descriptor, full_name(folder, name), other});
+    record_step({call, call == file_step::open ? result : -1, full_name(folder, name), std::string(other)});
     errno = error;
-    return result;
-}
-
-int recorded_rename(int result, int from, const char *old_name, int to, const char *new_name)
-{
-    if (result == 0 && records_files())
-        record_step({file_step::rename, -1, full_name(from, old_name), full_name(to, new_name)});
     return result;
 }
 
@@ -80,41 +85,34 @@ int __wrap_openat(int folder, const char *name, int flags, ...)
     va_start(rest, flags);
     const int permission = (flags & O_CREAT) != 0 ? va_arg(rest, int) : 0;
     va_end(rest);
-    if (file_call_fails())
-        return -1;
-    return recorded(__real_openat(folder, name, flags, permission), file_step::open, folder, name);
+    return recorded(made<__real_openat>(folder, name, flags, permission), file_step::open, folder, name);
 }
 
 // What hardened builds call when nothing is created.
 int __wrap___openat_2(int folder, const char *name, int flags) { return __wrap_openat(folder, name, flags); }
 
-int __wrap_fstat(int descriptor, struct stat *status)
-{
-    return file_call_fails() ? -1 : __real_fstat(descriptor, status);
-}
+int __wrap_fstat(int descriptor, struct stat *status) { return made<__real_fstat>(descriptor, status); }
 
 int __wrap_fstatat(int folder, const char *name, struct stat *status, int flags)
 {
-    return file_call_fails() ? -1 : __real_fstatat(folder, name, status, flags);
+    return made<__real_fstatat>(folder, name, status, flags);
 }
 
 int __wrap_statx(int folder, const char *name, int flags, unsigned mask, struct statx *status)
 {
-    return file_call_fails() ? -1 : __real_statx(folder, name, flags, mask, status);
+    return made<__real_statx>(folder, name, flags, mask, status);
 }
 
-DIR *__wrap_fdopendir(int descriptor) { return file_call_fails() ? nullptr : __real_fdopendir(descriptor); }
-dirent *__wrap_readdir(DIR *stream) { return file_call_fails() ? nullptr : __real_readdir(stream); }
+DIR *__wrap_fdopendir(int descriptor) { return made<__real_fdopendir>(descriptor); }
+dirent *__wrap_readdir(DIR *stream) { return made<__real_readdir>(stream); }
 
 int __wrap_closedir(DIR *stream)
 {
     const bool fails = file_call_fails();
     const int error = errno;
     const int result = __real_closedir(stream);
-    if (!fails)
-        return result;
-    errno = error;
-    return -1;
+    errno = fails ? error : errno;
+    return fails ? -1 : result;
 }
 
 int __wrap_fcntl(int descriptor, int command, ...)
@@ -123,56 +121,47 @@ int __wrap_fcntl(int descriptor, int command, ...)
     va_start(rest, command);
     const long argument = va_arg(rest, long);
     va_end(rest);
-    return file_call_fails() ? -1 : __real_fcntl(descriptor, command, argument);
+    return made<__real_fcntl>(descriptor, command, argument);
 }
 
 int __wrap_unlinkat(int folder, const char *name, int flags)
 {
-    if (file_call_fails())
-        return -1;
-    return recorded(__real_unlinkat(folder, name, flags), file_step::unlink, folder, name);
+    return recorded(made<__real_unlinkat>(folder, name, flags), file_step::unlink, folder, name);
 }
 
 int __wrap_renameat(int from, const char *old_name, int to, const char *new_name)
 {
-    if (file_call_fails())
-        return -1;
-    return recorded_rename(__real_renameat(from, old_name, to, new_name), from, old_name, to, new_name);
+    const std::string other = records_files() ? full_name(to, new_name) : "";
+    return recorded(made<__real_renameat>(from, old_name, to, new_name), file_step::rename, from, old_name, other);
 }
 
 int __wrap_renameat2(int from, const char *old_name, int to, const char *new_name, unsigned flags)
 {
-    if (file_call_fails())
-        return -1;
-    return recorded_rename(__real_renameat2(from, old_name, to, new_name, flags), from, old_name, to, new_name);
+    const std::string other = records_files() ? full_name(to, new_name) : "";
+    return recorded(made<__real_renameat2>(from, old_name, to, new_name, flags), file_step::rename, from, old_name,
+                    other);
 }
 
 int __wrap_mkdirat(int folder, const char *name, mode_t mode)
 {
-    if (file_call_fails())
-        return -1;
-    return recorded(__real_mkdirat(folder, name, mode), file_step::mkdir, folder, name);
+    return recorded(made<__real_mkdirat>(folder, name, mode), file_step::mkdir, folder, name);
 }
 
 int __wrap_symlinkat(const char *content, int folder, const char *name)
 {
-    if (file_call_fails())
-        return -1;
-    return recorded(__real_symlinkat(content, folder, name), file_step::symlink, folder, name, content);
+    return recorded(made<__real_symlinkat>(content, folder, name), file_step::symlink, folder, name, content);
 }
 
 ssize_t __wrap_readlinkat(int folder, const char *name, char *content, std::size_t size)
 {
-    return file_call_fails() ? -1 : __real_readlinkat(folder, name, content, size);
+    return made<__real_readlinkat>(folder, name, content, size);
 }
 
 // Recorded as a write of what it moved.
 ssize_t __wrap_copy_file_range(int from, off64_t *from_at, int to, off64_t *to_at, std::size_t size, unsigned flags)
 {
-    if (file_call_fails())
-        return -1;
-    const off_t start = lseek(from, 0, SEEK_CUR);
-    const ssize_t count = __real_copy_file_range(from, from_at, to, to_at, size, flags);
+    const off_t start = records_files() ? lseek(from, 0, SEEK_CUR) : 0;
+    const ssize_t count = made<__real_copy_file_range>(from, from_at, to, to_at, size, flags);
     if (count > 0 && records_files()) {
         std::string bytes(static_cast<std::size_t>(count), '\0');
         if (pread(from, bytes.data(), bytes.size(), start) == count)
@@ -181,8 +170,5 @@ ssize_t __wrap_copy_file_range(int from, off64_t *from_at, int to, off64_t *to_a
     return count;
 }
 
-int __wrap_futimens(int descriptor, const timespec *times)
-{
-    return file_call_fails() ? -1 : __real_futimens(descriptor, times);
-}
+int __wrap_futimens(int descriptor, const timespec *times) { return made<__real_futimens>(descriptor, times); }
 }
