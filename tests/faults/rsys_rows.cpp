@@ -1,14 +1,10 @@
 // Folders and search lists, with every allocation failing in turn
-#include "support/folder.h"
-
 #include "faults/sweep.h"
-#include "rsys.h"
+#include "files/rsys_site.h"
 #include "wemfile.h"
 #include "zuk.h"
 
 #include <filesystem>
-#include <memory>
-#include <string>
 
 namespace teska_test
 {
@@ -17,39 +13,32 @@ namespace
 {
 
 // A tree with names that fill more than the first blocks, a link, and a target that takes files in.
-struct Tree {
+struct Tree : Site {
     Tree()
     {
-        std::filesystem::create_directories(folder.path("from/" + std::string(70, 'd') + "/in"));
+        const std::string long_name(70, 'd');
+        for (const std::string &name : {"from/" + long_name + "/in", "into/" + long_name, std::string("second")})
+            std::filesystem::create_directories(path(name));
         for (int i = 0; i < 20; ++i)
-            folder.write("from/" + std::string(20, 'f') + std::to_string(i), "content");
-        folder.write("from/" + std::string(70, 'd') + "/in/f", "content");
-        std::filesystem::create_symlink("nowhere", folder.path("from/link"));
-        std::filesystem::create_directories(folder.path("into/" + std::string(70, 'd')));
-        folder.write("old.rec", "[a]\nb = 1\n");
-        std::filesystem::create_directory(folder.path("second"));
-        folder.write("second/old.rec", "[b]\nb = 1\n");
+            write("from/" + std::string(20, 'f') + std::to_string(i), "content");
+        write("from/" + long_name + "/in/f", "content");
+        std::filesystem::create_symlink("nowhere", path("from/link"));
+        write("old.rec", "[a]\nb = 1\n");
+        write("second/old.rec", "[b]\nb = 1\n");
     }
 
     // What is there, without names that a copy had no memory to take back.
     std::string state() const
     {
         std::string text;
-        for (const auto &one : std::filesystem::recursive_directory_iterator(folder.path()))
+        for (const auto &one : std::filesystem::recursive_directory_iterator(path()))
             if (one.path().string().find(".tmp") == std::string::npos)
                 text += one.path().string() + "\n";
-        return text + folder.read("old.rec");
+        return text + read("old.rec");
     }
 
-    Folder folder;
-    std::string top = folder.path();
-    std::string from = folder.path("from");
-    std::string file = folder.path("old.rec");
-    std::string link = folder.path("from/link");
-    std::string to = folder.path("to");
-    std::string into = folder.path("into");
-    std::string new_record = folder.path("none.rec");
-    std::string search = folder.path("second") + ";" + folder.path();
+    std::string from = path("from"), file = path("old.rec"), link = path("from/link"), to = path("to"),
+                into = path("into"), search = path("second") + ";" + path();
 };
 
 using Shared = std::shared_ptr<Tree>;
