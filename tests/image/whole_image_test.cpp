@@ -10,11 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <queue>
 
-using teska_test::Generator;
-using teska_test::lines;
-using teska_test::Reports;
+using teska_test::Generator, teska_test::lines, teska_test::Reports;
 
 namespace
 {
@@ -37,15 +34,9 @@ struct Picture {
         const std::int64_t pixel = planar ? size : size * n + gap, line = pixel * w + gap;
         image = {nullptr, w, h, n, bits, line, pixel, planar ? line * h : size};
         buffer.resize(static_cast<std::size_t>(planar ? line * h * n : line * h) + 8);
-        std::int64_t first = 0;
-        if (upside_down) {
-            first += line * (h - 1);
-            image.line = -line;
-        }
-        if (mirrored) {
-            first += pixel * (w - 1);
-            image.pixel = -pixel;
-        }
+        const std::int64_t first = (upside_down ? line * (h - 1) : 0) + (mirrored ? pixel * (w - 1) : 0);
+        image.line = upside_down ? -line : line;
+        image.pixel = mirrored ? -pixel : pixel;
         image.pixels = buffer.data() + first;
     }
 
@@ -61,35 +52,43 @@ struct Picture {
                     visit(samples[k], at);
                 }
     }
-    void put(Generator &random)
+    // Any samples below a number.
+    void put(Generator &random, int values)
     {
         each([&](unsigned short &sample, unsigned char *at) {
-            sample = static_cast<unsigned short>(random.next() >> (depth == 8 ? 56 : 48));
-            if (depth == 8)
-                *at = static_cast<unsigned char>(sample);
-            else
+            sample = static_cast<unsigned short>(random.below(values));
+            *at = static_cast<unsigned char>(sample);
+            if (depth == 16)
                 std::copy_n(reinterpret_cast<const unsigned char *>(&sample), 2, at);
         });
     }
     void get()
     {
         each([&](unsigned short &sample, const unsigned char *at) {
-            if (depth == 8)
-                sample = *at;
-            else
+            sample = *at;
+            if (depth == 16)
                 std::copy_n(at, 2, reinterpret_cast<unsigned char *>(&sample));
         });
     }
 };
 
-std::vector<unsigned char> bytes_of(const Words &words) { return {words.begin(), words.end()}; }
+// Samples that a call makes of an image, in two strips or at once.
+template <class Call>
+Words in_strips(Generator &random, Picture &to, Call call)
+{
+    const int cut = random.below(to.height);
+    EXPECT_EQ(cut > 0 ? call(0, cut) : 1, 1);
+    EXPECT_EQ(call(cut, to.height - cut), 1);
+    to.get();
+    return to.samples;
+}
 
 // Line by line through the filters, 16 bits; bytes make another result, through the functions for bytes.
 Words resized(int kernel, const Picture &from, const double *window, int width, int height)
 {
     const int n = from.components;
     Words result(static_cast<std::size_t>(width) * static_cast<std::size_t>(height * n));
-    const std::vector<unsigned char> bytes = bytes_of(from.samples);
+    const std::vector<unsigned char> bytes(from.samples.begin(), from.samples.end());
     std::vector<unsigned char> byte_result(result.size());
     struct Place {
         unsigned short *words;
@@ -132,18 +131,15 @@ TEST(WholeImageResize, EqualsTheLinesInAnyLayoutAndInStrips)
         const int depth = random.below(2) == 0 ? 8 : 16, n = 1 + random.below(4), kernel = random.below(6) - 1;
         Picture from(random, 1 + random.below(40), 1 + random.below(40), n, depth);
         Picture to(random, 1 + random.below(40), 1 + random.below(40), n, depth);
-        from.put(random);
+        from.put(random, 1 << depth);
         const int half[] = {random.below(from.width) / 2, random.below(from.height) / 2, (from.width + 1) / 2,
                             (from.height + 1) / 2};
         const double part[] = {half[0] + 0.0, half[1] + 0.0, half[2] + 0.0, half[3] + 0.0};
         const double *const window = random.below(2) == 0 ? part : nullptr;
-        const int cut = random.below(to.height);
-        if (cut > 0) {
-            ASSERT_EQ(whole_image_resize(kernel, &from.image, &to.image, window, 0, cut), 1);
-        }
-        ASSERT_EQ(whole_image_resize(kernel, &from.image, &to.image, window, cut, to.height - cut), 1);
-        to.get();
-        ASSERT_EQ(to.samples, resized(kernel, from, window, to.width, to.height)) << "round " << round;
+        const auto resize = [&](int first, int count) {
+            return whole_image_resize(kernel, &from.image, &to.image, window, first, count);
+        };
+        ASSERT_EQ(in_strips(random, to, resize), resized(kernel, from, window, to.width, to.height)) << round;
     }
 }
 
@@ -180,7 +176,7 @@ TEST(WholeImageSharpen, EqualsTheLinesInAnyLayoutAndInStrips)
         const int depth = random.below(2) == 0 ? 8 : 16, n = 1 + random.below(6);
         Picture from(random, 1 + random.below(20), 1 + random.below(20), n, depth);
         Picture to(random, from.width, from.height, n, depth);
-        from.put(random);
+        from.put(random, 1 << depth);
         std::vector<double> strength, noise, levels, factors;
         for (int c = 0; c < n; ++c) {
             strength.push_back(random.between(0.0, 2.0));
@@ -190,13 +186,10 @@ TEST(WholeImageSharpen, EqualsTheLinesInAnyLayoutAndInStrips)
         }
         const whole_image_sharpening how{random.below(3),     strength.data(), noise.data(),
                                          3 * random.below(2), levels.data(),   factors.data()};
-        const int cut = random.below(to.height);
-        if (cut > 0) {
-            ASSERT_EQ(whole_image_sharpen(&how, &from.image, &to.image, 0, cut), 1);
-        }
-        ASSERT_EQ(whole_image_sharpen(&how, &from.image, &to.image, cut, to.height - cut), 1);
-        to.get();
-        ASSERT_EQ(to.samples, sharpened(how, from)) << "round " << round << ", radius " << how.radius;
+        const auto sharpen = [&](int first, int count) {
+            return whole_image_sharpen(&how, &from.image, &to.image, first, count);
+        };
+        ASSERT_EQ(in_strips(random, to, sharpen), sharpened(how, from)) << round << ", radius " << how.radius;
     }
 }
 
@@ -205,34 +198,28 @@ TEST(WholeImageFlood, MarksWhatIsConnectedAndOfItsColour)
     Generator random(19);
     for (int round = 0; round < 100; ++round) {
         Picture from(random, 1 + random.below(20), 1 + random.below(20), 1 + random.below(2), 8);
-        from.each([&](unsigned short &sample, unsigned char *at) {
-            *at = static_cast<unsigned char>(random.below(3));
-            sample = *at;
-        });
+        from.put(random, 3);
         const int tolerance = random.below(2), n = from.components, width = from.width, height = from.height;
         const int seed = random.below(width * height);
         std::vector<unsigned char> region(static_cast<std::size_t>(width * height), 9), expected(region.size(), 0);
-        std::queue<int> waiting;
-        const auto visit = [&](int p) {
+        const auto fits = [&](int p) {
+            bool alike = true;
             for (int c = 0; c < n; ++c)
-                if (std::abs(from.samples[static_cast<std::size_t>(p * n + c)] -
-                             from.samples[static_cast<std::size_t>(seed * n + c)]) > tolerance)
-                    return;
-            if (expected[static_cast<std::size_t>(p)]++ == 0)
-                waiting.push(p);
-            else
-                expected[static_cast<std::size_t>(p)] = 1;
+                alike = alike && std::abs(from.samples[static_cast<std::size_t>(p * n + c)] -
+                                          from.samples[static_cast<std::size_t>(seed * n + c)]) <= tolerance;
+            return alike;
         };
-        for (visit(seed); !waiting.empty(); waiting.pop()) {
-            const int p = waiting.front();
-            if (p % width > 0)
-                visit(p - 1);
-            if (p % width < width - 1)
-                visit(p + 1);
-            if (p >= width)
-                visit(p - width);
-            if (p < width * (height - 1))
-                visit(p + width);
+        const auto marked = [&](bool inside, int p) { return inside && expected[static_cast<std::size_t>(p)] == 1; };
+        expected[static_cast<std::size_t>(seed)] = 1;
+        for (bool grown = true; grown;) {
+            grown = false;
+            for (int p = 0; p < width * height; ++p)
+                if (!marked(true, p) && fits(p) &&
+                    (marked(p % width > 0, p - 1) || marked(p % width < width - 1, p + 1) ||
+                     marked(p >= width, p - width) || marked(p < width * (height - 1), p + width))) {
+                    expected[static_cast<std::size_t>(p)] = 1;
+                    grown = true;
+                }
         }
         ASSERT_EQ(whole_image_flood(&from.image, seed % width, seed / width, tolerance, region.data()), 1);
         ASSERT_EQ(region, expected) << "round " << round;
@@ -246,16 +233,15 @@ TEST(WholeImage, RefusesWhatIsNoImage)
     Reports reports;
     unsigned char byte[16] = {};
     const whole_image fine{byte, 2, 2, 1, 16, 4, 2, 2};
-    std::vector<whole_image> bad(9, fine);
-    bad[0].pixels = nullptr;
-    bad[1].width = 0;
-    bad[2].height = 0;
-    bad[3].components = 0;
-    bad[4].depth = 12;
-    bad[5].line = 3;
-    bad[6].pixel = 1;
-    bad[7].component = 1;
-    bad[8].pixel = std::int64_t{1} << 40;
+    const whole_image bad[] = {{nullptr, 2, 2, 1, 16, 4, 2, 2},
+                               {byte, 0, 2, 1, 16, 4, 2, 2},
+                               {byte, 2, 0, 1, 16, 4, 2, 2},
+                               {byte, 2, 2, 0, 16, 4, 2, 2},
+                               {byte, 2, 2, 1, 12, 4, 2, 2},
+                               {byte, 2, 2, 1, 16, 3, 2, 2},
+                               {byte, 2, 2, 1, 16, 4, 1, 2},
+                               {byte, 2, 2, 1, 16, 4, 2, 1},
+                               {byte, 2, 2, 1, 16, 4, std::int64_t{1} << 40, 2}};
     const double one = 1.0;
     const whole_image_sharpening how{0, &one, nullptr, 0, nullptr, nullptr};
     for (const whole_image &image : bad) {
