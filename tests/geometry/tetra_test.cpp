@@ -371,40 +371,36 @@ TEST(TetraVolumeGetTrueVolume, IsThatOfTheHullHoweverItIsCut)
 TEST(TetraVolumeNearest, IsTheNearestPointOfAllPlanesAtEveryLevel)
 {
     Generator input(2);
-    const double reach = 50;
-    const auto point = [&] {
+    const auto point = [&](double reach) {
         return tetra_point{input.between(-reach, reach), input.between(-reach, reach), input.between(-reach, reach), 0};
     };
     for (int planes = 0; planes < 90; planes += 1 + planes / 12) {
-        const Volume v(tetra_volume_new0(), tetra_volume_kill);
+        const Volume v = stack({});
         for (int i = 0; i <= planes; ++i) {
-            double q[3] = {input.between(-99, 99), input.between(-99, 99), input.between(-99, 99)};
+            const tetra_point from = point(99), none = {std::nan(""), 0, 0, 0};
+            const double q[3] = {from.x, from.y, from.z};
             // The first one with the least distance.
-            int wanted = -1;
-            double least = 0;
-            ProjResult nearest{};
-            for (int k = 0; k < v->nr_planes; ++k) {
-                const tetra_point *p = at<tetra_plane>(v->planes, k)->p;
-                const double corners[] = {p[0].x, p[0].y, p[0].z, p[1].x, p[1].y, p[1].z, p[2].x, p[2].y, p[2].z};
-                ProjResult r;
+            struct {
+                int plane = -1;
                 double dist = 0;
-                proj_nearest_triangle(corners, q, &r, &dist);
-                if (std::isfinite(p[0].x) && (wanted < 0 || dist < least)) {
-                    wanted = k;
-                    least = dist;
-                    nearest = r;
-                }
+                ProjResult r{};
+            } wanted, other;
+            for (other.plane = 0; other.plane < v->nr_planes; ++other.plane) {
+                const tetra_point *p = at<tetra_plane>(v->planes, other.plane)->p;
+                const double corners[] = {p[0].x, p[0].y, p[0].z, p[1].x, p[1].y, p[1].z, p[2].x, p[2].y, p[2].z};
+                proj_nearest_triangle(corners, q, &other.r, &other.dist);
+                if (std::isfinite(p[0].x) && (wanted.plane < 0 || other.dist < wanted.dist))
+                    wanted = other;
             }
             teska_test::at_every_level([&](auto) {
                 double found[3] = {}, dist = 0, weights[3] = {};
                 int plane = -1;
-                EXPECT_EQ(tetra_volume_nearest(v.get(), q, found, &dist, &plane, weights), wanted < 0 ? -1 : 0);
-                EXPECT_TRUE(plane == wanted && dist == least) << plane << " at " << dist << ", not " << wanted;
-                EXPECT_TRUE(std::equal(found, found + 3, nearest.point));
-                EXPECT_TRUE(std::equal(weights, weights + 3, nearest.weight));
+                EXPECT_EQ(tetra_volume_nearest(v.get(), q, found, &dist, &plane, weights), wanted.plane < 0 ? -1 : 0);
+                EXPECT_EQ(std::pair(plane, dist), std::pair(wanted.plane, wanted.dist));
+                EXPECT_TRUE(std::equal(found, found + 3, wanted.r.point));
+                EXPECT_TRUE(std::equal(weights, weights + 3, wanted.r.weight));
             });
-            const tetra_point a = point(), b = point(), other = point();
-            const tetra_point c = i % 5 == 1 ? b : other, none = {std::nan(""), 0, 0, 0};
+            const tetra_point a = point(50), b = point(50), c = i % 5 == 1 ? b : point(50);
             if (i % 6 == 3)
                 tetra_volume_add_plane2(v.get(), at<tetra_plane>(v->planes, i / 2));
             else
