@@ -394,7 +394,7 @@ TEST(TConvexHullCopy, SharesTheListsWithItsSource)
     EXPECT_EQ(TConvexHullTest::count(last), "9 / 21 / 14");
 }
 
-TEST(TConvexHullPrint, WritesThePictureOfTheFacesAbove)
+TEST(TConvexHullPrint, WritesThePictureOfTheFacesAboveAndTheLists)
 {
     TConvexHull hull;
     add(hull, tetrahedron);
@@ -414,13 +414,7 @@ TEST(TConvexHullPrint, WritesThePictureOfTheFacesAbove)
               "%% List of all faces: \n%%\tv0\tv1\tv2\t(vertex indices)\n%%\t2\t1\t0\n%%\t0\t1\t3\n"
               "%%\t1\t2\t3\n%%\t2\t0\t3\n\n%% Edges:\tE = 6\n\nshowpage\n\n"
               "\t0.000\t0.000\t10.000\n");
-}
-
-TEST(TConvexHullPrint, KeptLeavesTheNumberOfVertex0Blank)
-{
-    TConvexHull hull;
-    add(hull, tetrahedron);
-    hull.Construct();
+    // Kept: the number of vertex 0 is blank.
     EXPECT_EQ(TConvexHullTest::lists(hull),
               "\nHead vertex 3 =# :\nVertex List\n"
               "  addr#\t  vnum    3   ( 0.000, 0.000,10.000)   active:  0   dup:    0   mark: 1\n"
