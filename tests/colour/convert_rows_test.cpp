@@ -13,10 +13,9 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <numeric>
 
-using teska_test::Generator;
-using teska_test::lines;
-using teska_test::Reports;
+using teska_test::Generator, teska_test::lines, teska_test::Reports;
 
 namespace
 {
@@ -59,20 +58,17 @@ struct Tables {
     // One pixel by the table's own function.
     void pixel(int kind, void **in, void **out) const
     {
-        auto **const in_b = reinterpret_cast<unsigned char **>(in);
-        auto **const in_s = reinterpret_cast<unsigned short **>(in);
-        auto **const in_d = reinterpret_cast<double **>(in);
-        auto **const out_b = reinterpret_cast<unsigned char **>(out);
-        auto **const out_s = reinterpret_cast<unsigned short **>(out);
-        auto **const out_d = reinterpret_cast<double **>(out);
+        const auto b_of = [](void **from) { return reinterpret_cast<unsigned char **>(from); };
+        const auto s_of = [](void **from) { return reinterpret_cast<unsigned short **>(from); };
+        const auto d_of = [](void **from) { return reinterpret_cast<double **>(from); };
         const std::array<std::function<int()>, kinds> call = {
-            [&] { return md_tetrab_interp(b.get(), in_b, 1, out_b, 1, 1, nullptr, 0); },
-            [&] { return md_tetras_interp(s.get(), in_s, 1, out_s, 1, 1, nullptr, 0); },
-            [&] { return md_tetras_interp_b(s.get(), in_b, 1, out_b, 1, 1, nullptr, 0); },
-            [&] { return md_tetras_interp_bs(s.get(), in_b, 1, out_s, 1, 1, nullptr, 0); },
-            [&] { return md_tetras_interp_sb(s.get(), in_s, 1, out_b, 1, 1, nullptr, 0); },
-            [&] { return md_tetrad_interp(d.get(), in_d, 1, out_d, 1, 1); },
-            [&] { return clut_table_interp(c.get(), in_d, 1, out_d, 1, 1); }};
+            [&] { return md_tetrab_interp(b.get(), b_of(in), 1, b_of(out), 1, 1, nullptr, 0); },
+            [&] { return md_tetras_interp(s.get(), s_of(in), 1, s_of(out), 1, 1, nullptr, 0); },
+            [&] { return md_tetras_interp_b(s.get(), b_of(in), 1, b_of(out), 1, 1, nullptr, 0); },
+            [&] { return md_tetras_interp_bs(s.get(), b_of(in), 1, s_of(out), 1, 1, nullptr, 0); },
+            [&] { return md_tetras_interp_sb(s.get(), s_of(in), 1, b_of(out), 1, 1, nullptr, 0); },
+            [&] { return md_tetrad_interp(d.get(), d_of(in), 1, d_of(out), 1, 1); },
+            [&] { return clut_table_interp(c.get(), d_of(in), 1, d_of(out), 1, 1); }};
         call.at(static_cast<std::size_t>(kind))();
     }
 };
@@ -118,16 +114,6 @@ struct Place {
     }
 };
 
-bool next(std::vector<std::int64_t> &index, const std::vector<std::int64_t> &shape)
-{
-    for (std::size_t k = 0; k < shape.size(); ++k) {
-        if (++index[k] < shape[k])
-            return true;
-        index[k] = 0;
-    }
-    return false;
-}
-
 void fill(Generator &random, Bytes &buffer, int size)
 {
     std::generate(buffer.begin(), buffer.end(), [&] { return random.byte(); });
@@ -158,13 +144,17 @@ TEST(ConvertRows, EqualsTheTablePixelByPixelInAnyLayout)
 
         Bytes expected = result;
         std::vector<std::int64_t> index(shape.size());
-        do {
+        const auto count = std::accumulate(shape.begin(), shape.end(), std::int64_t{1}, std::multiplies());
+        for (std::int64_t i = 0; i < count; ++i) {
+            std::int64_t rest = i;
+            for (std::size_t axis = 0; axis < shape.size(); rest /= shape[axis++])
+                index[axis] = rest % shape[axis];
             if (masked && masks[static_cast<std::size_t>(mask.at(index))] == 0)
                 continue;
             auto from = in.pointers(source, in.at(index), inputs), to = out.pointers(expected, out.at(index), outputs);
             to[0] = skip ? nullptr : to[0];
             tables.pixel(kind, from.data(), to.data());
-        } while (next(index, shape));
+        }
 
         auto from = in.pointers(source, in.first, inputs), to = out.pointers(result, out.first, outputs);
         to[0] = skip ? nullptr : to[0];
@@ -187,7 +177,11 @@ TEST(ConvertRows, RefusesWhatIsNoLayout)
     Reports reports;
     Generator random(9);
     const Tables tables(random);
-    const std::int64_t three[] = {3}, none[] = {0}, fewer[] = {-1}, odd[] = {3}, even[] = {2};
+    const std::int64_t three[] = {3}, none[] = {0}, fewer[] = {-1}, even[] = {2};
+    const convert_rows_layout bad[] = {{33, three, even, even, nullptr, nullptr},
+                                       {1, fewer, even, even, nullptr, nullptr},
+                                       {1, three, three, even, nullptr, nullptr},
+                                       {1, three, even, three, nullptr, nullptr}};
     std::vector<void *> at(3, nullptr);
     const auto call = [&](int kind, void *table, const convert_rows_layout &layout) {
         return teska_convert_rows(kind, table, inputs, at.data(), outputs, at.data(), &layout);
@@ -197,10 +191,8 @@ TEST(ConvertRows, RefusesWhatIsNoLayout)
     EXPECT_EQ(call(kinds, tables.s.get(), empty), 0);
     EXPECT_EQ(call(CONVERT_ROWS_TETRAS, nullptr, empty), 0);
     EXPECT_EQ(reports.take(), lines(3, "teska_convert_rows: illegal kind"));
-    EXPECT_EQ(call(CONVERT_ROWS_TETRAS, tables.s.get(), {33, three, even, even, nullptr, nullptr}), 0);
-    EXPECT_EQ(call(CONVERT_ROWS_TETRAS, tables.s.get(), {1, fewer, even, even, nullptr, nullptr}), 0);
-    EXPECT_EQ(call(CONVERT_ROWS_TETRAS, tables.s.get(), {1, three, odd, even, nullptr, nullptr}), 0);
-    EXPECT_EQ(call(CONVERT_ROWS_TETRAS, tables.s.get(), {1, three, even, odd, nullptr, nullptr}), 0);
+    for (const convert_rows_layout &layout : bad)
+        EXPECT_EQ(call(CONVERT_ROWS_TETRAS, tables.s.get(), layout), 0);
     EXPECT_EQ(reports.take(), lines(4, "teska_convert_rows: illegal layout"));
     EXPECT_EQ(call(CONVERT_ROWS_TETRAS, tables.s.get(), empty), 1);
     EXPECT_EQ(reports.take(), lines{});
