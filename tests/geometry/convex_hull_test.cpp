@@ -208,6 +208,7 @@ TEST(ConvexHullConstruct, KeepsTheHullUntilItIsMadeAnew)
         EXPECT_EQ(convex_hull_inside(hull, above), 1);
         EXPECT_EQ(convex_hull_get_nr_vertices(hull), 9);
         EXPECT_EQ(convex_hull_get_nr_faces(hull), 14);
+        EXPECT_NEAR(convex_hull_get_volume(hull), 5000.0 / 3, 1e-9);
     }
     // Numbers count the points that were left out too.
     Points all = cube;
