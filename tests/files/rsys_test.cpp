@@ -264,8 +264,10 @@ TEST(RsysMakeFolder, MakesAllThatAreMissing)
     for (const char *path : {"x/y\\z", "x/y/z", "x//", "x/w/"})
         EXPECT_EQ(site.make(path), 0) << path;
     EXPECT_EQ(site.listed("x"), "w:1:0:0 y:1:0:0 y/z:1:1:0");
-    for (const char *path : {"/", "."})
-        EXPECT_EQ(rsys_make_folder(path), 0);
+    for (const std::string &path : {std::string("/"), std::string("."), site.path("x\\")}) {
+        EXPECT_EQ(rsys_make_folder(path.c_str()), 0) << path;
+        EXPECT_EQ(rsys_kind(path.c_str()), RSYS_FOLDER) << path;
+    }
     EXPECT_EQ(reports.take(), lines{});
     EXPECT_EQ(site.make("new/" + std::string(2000, 'x')), -1);
     EXPECT_EQ(reports.take(), lines{"rsys_make_folder: cannot make folder"});
@@ -310,6 +312,8 @@ TEST(RsysCopy, CopiesFilesWithPermissionAndTimeAndTellsHowFarItIs)
         const auto dir = site.list("", "", 0);
         EXPECT_EQ(rsys_dir_get(dir.get(), 0)->time, rsys_dir_get(dir.get(), 1)->time);
         EXPECT_EQ(fs::status(site.path("g")).permissions(), fs::status(site.path("f")).permissions());
+        EXPECT_EQ(site.kind("g"), RSYS_FILE);
+        EXPECT_EQ(site.remove("g"), 0) << "read-only";
     }
 }
 
