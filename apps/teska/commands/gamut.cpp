@@ -9,6 +9,7 @@
 #include "frame/text.h"
 #include "gamut_body.h"
 #include "gamut_slices.h"
+#include "plot.h"
 #include "profiles.h"
 
 #include <algorithm>
@@ -131,7 +132,7 @@ public:
         if (second)
             compare(work, body, gamut_body(second_, second->colours));
         if (vrml) {
-            vrml->write(scene(body));
+            vrml->write(drawn(body));
             vrml->publish();
         }
         if (slices) {
@@ -310,30 +311,13 @@ private:
         work.line("coverage " + fixed_text(coverage, 4));
     }
 
-    // The body in triangles, coloured by where they face, and the axes as three bars.
-    static std::string scene(const gamut_body &body)
+    // The body in triangles, coloured by where they face.
+    static std::string drawn(const gamut_body &body)
     {
-        const auto triple = [](const lab_colour &values, int digits) {
-            return fixed_text(values[0], digits) + " " + fixed_text(values[1], digits) + " " +
-                   fixed_text(values[2], digits);
-        };
-        std::string text = "#VRML V2.0 utf8\n";
-        for (const auto &[place, size, colour] :
-             {std::tuple{"50 0 0", "100 1 1", "1 1 1"}, {"0 0 0", "1 256 1", "1 0 0"}, {"0 0 0", "1 1 256", "1 1 0"}})
-            text += std::string("Transform { translation ") + place +
-                    " children Shape { appearance Appearance { material Material { diffuseColor " + colour +
-                    " } } geometry Box { size " + size + " } } }\n";
-        text += "Shape {\nappearance Appearance { material Material { } }\ngeometry IndexedFaceSet {\nsolid FALSE\n"
-                "colorPerVertex FALSE\ncoord Coordinate { point [\n";
-        for (const lab_colour &vertex : body.vertices())
-            text += triple(vertex, 4) + ",\n";
-        text += "] }\ncoordIndex [\n";
+        scene shown = {body.vertices(), body.faces(), {}, false};
         for (const auto &face : body.faces())
-            text += std::to_string(face[0]) + " " + std::to_string(face[1]) + " " + std::to_string(face[2]) + " -1,\n";
-        text += "]\ncolor Color { color [\n";
-        for (const auto &face : body.faces())
-            text += triple(body.facing(face), 3) + ",\n";
-        return text + "] }\n}\n}\n";
+            shown.colours.push_back(body.facing(face));
+        return vrml_text(shown);
     }
 
     std::string source_;
