@@ -271,14 +271,24 @@ void convert_blocks(const md_tetras_table &table, const md_tetras_run &run) noex
     md_tetras_block<Steps, N>(table, run).convert();
 }
 
+// Where every byte is loaded over a network, a build may do without code of its own for each number of inputs: kernels
+// of any number alone (TESKA_MD_TETRAS_ANY), or of three and four alone (TESKA_MD_TETRAS_COLOURS) over those.
 template <class Steps>
 inline void install_steps(md_tetras_kernels &table) noexcept
 {
+#if defined(TESKA_MD_TETRAS_ANY)
+    for (md_tetras_kernels::convert_fn &entry : table.convert)
+        entry = convert_blocks<Steps, 0>;
+#elif defined(TESKA_MD_TETRAS_COLOURS)
+    table.convert[2] = convert_blocks<Steps, 3>;
+    table.convert[3] = convert_blocks<Steps, 4>;
+#else
     table.convert[0] = convert_blocks<Steps, 1>;
     table.convert[1] = convert_blocks<Steps, 2>;
     table.convert[2] = convert_blocks<Steps, 3>;
     table.convert[3] = convert_blocks<Steps, 4>;
     table.convert[4] = convert_blocks<Steps, 0>;
+#endif
 }
 
 }  // namespace
