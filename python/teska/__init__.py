@@ -8,7 +8,7 @@
 Tables convert pixels: ByteTable, ShortTable, DoubleTable, Clut. Bodies in colour space: Hull, Volume, TopSurface.
 Curves: Curve. Images: resize, sharpen, flood, and line by line Resize, Sharpen. Files: Archive, Records. Numbers:
 fit_line, minimise, solve, random_numbers, delta_e_2000. Modules of their own, imported when asked for: teska.plot
-(matplotlib), teska.icc (Pillow).
+(matplotlib), teska.icc (Pillow), teska.distributed (Dask).
 """
 
 from ._library import TeskaError, TeskaFileError, TeskaMemoryError, library_version

@@ -101,7 +101,7 @@ def test_wheels_with_and_without_the_library(tmp_path):
 @pytest.mark.parametrize('name', ['__init__', *MODULES])
 def test_examples_of_docstrings(name):
     module = teska if name == '__init__' else importlib.import_module(f'teska.{name}')
-    for needed in {'plot': ['matplotlib'], 'icc': ['PIL']}.get(name, []):
+    for needed in {'plot': ['matplotlib'], 'icc': ['PIL'], 'distributed': ['distributed']}.get(name, []):
         pytest.importorskip(needed)
     result = doctest.testmod(module, extraglobs={'np': np})
     assert result.failed == 0
