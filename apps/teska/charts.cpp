@@ -12,6 +12,7 @@
 #include <cmath>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace tool
 {
@@ -120,35 +121,126 @@ struct colour_columns {
     bool xyz;
 };
 
+// Columns of inks, in lower case; empty when there are less than three or more than eight.
+struct ink_columns {
+    std::vector<std::string> names;
+    bool additive;
+};
+
+std::vector<ink_columns> known_inks()
+{
+    std::vector<ink_columns> known = {{{"cmyk_c", "cmyk_m", "cmyk_y", "cmyk_k"}, false},
+                                      {{"rgb_r", "rgb_g", "rgb_b"}, true},
+                                      {{"cmy_c", "cmy_m", "cmy_y"}, false}};
+    for (char number = '3'; number <= '8'; ++number) {
+        known.push_back({{}, false});
+        for (char ink = '1'; ink <= number; ++ink)
+            known.back().names.push_back(std::string(1, number) + "clr_" + ink);
+    }
+    return known;
+}
+
+// What is read of a file.
+struct chart_wish {
+    std::string table;  // empty: the first that has what is wanted
+    bool inks;
+};
+
 class chart_reader
 {
 public:
-    chart_reader(job &work, const std::string &path) : work_(work), words_(path) {}
-
-    chart read()
+    chart_reader(job &work, const std::string &path, chart_wish wish)
+        : work_(work), words_(path), wish_(std::move(wish))
     {
-        while (const std::optional<token> word = words_.next()) {
-            if (!word->first || word->quoted)
-                continue;
-            const std::string keyword = lower_case(word->text);
-            if (keyword == "number_of_fields") {
-                fields_wanted_ = count(*word);
-            } else if (keyword == "number_of_sets") {
-                sets_wanted_ = count(*word);
-            } else if (keyword == "begin_data_format") {
-                read_format();
-            } else if (keyword == "begin_data") {
-                if (const std::optional<colour_columns> columns = find_columns(*word); columns)
-                    return read_sets(*columns);
-                skip_sets();
-            } else {
-                words_.skip_line();
-            }
-        }
-        throw failure(words_.path(), tables_ == 0 ? "is no ICC profile and no chart" : "has no Lab and no XYZ columns");
+    }
+
+    ink_chart read()
+    {
+        while (const std::optional<token> word = read_ahead_ ? std::exchange(read_ahead_, {}) : words_.next())
+            if (word->first && !word->quoted && !take_keyword(*word))
+                break;
+        if (done_)
+            return std::move(read_);
+        if (tables_ == 0)
+            throw failure(words_.path(), "is no ICC profile and no chart");
+        if (!wish_.table.empty() && !found_)
+            throw failure(words_.path(), "has no table \"" + printable(wish_.table) + "\"", "it has " + all_names_);
+        if (has_colours_)
+            throw failure(words_.path(), "has no columns of 3 to 8 inks");
+        throw failure(words_.path(), "has no Lab and no XYZ columns");
     }
 
 private:
+    // False when no more is wanted of the file.
+    bool take_keyword(const token &word)
+    {
+        const std::string keyword = lower_case(word.text);
+        if (keyword == "number_of_fields")
+            fields_wanted_ = count(word);
+        else if (keyword == "number_of_sets")
+            sets_wanted_ = count(word);
+        else if (keyword == "begin_data_format")
+            read_format();
+        else if (keyword == "begin_data")
+            return read_table(word);
+        else if (keyword == "table_name" || keyword == "table_descriptor" || keyword == "descriptor")
+            take_name();
+        else
+            take_first_line(word);
+        return true;
+    }
+
+    void take_name()
+    {
+        read_ahead_ = words_.next();
+        if (!read_ahead_ || read_ahead_->first)
+            return;  // there is no name
+        table_names_.emplace_back(std::exchange(read_ahead_, {})->text);
+        words_.skip_line();
+    }
+
+    // The kind of a table stands alone in its first line.
+    void take_first_line(const token &word)
+    {
+        if (table_names_.empty() && names_.empty())
+            table_names_.emplace_back(word.text);
+        words_.skip_line();
+    }
+
+    [[nodiscard]] bool is_wanted() const
+    {
+        const std::string wanted = lower_case(wish_.table);
+        const auto is_it = [&](const std::string &name) { return lower_case(name) == wanted; };
+        return wanted.empty() || wanted == std::to_string(tables_) ||
+               std::any_of(table_names_.begin(), table_names_.end(), is_it);
+    }
+
+    bool read_table(const token &begin)
+    {
+        ++tables_;
+        if (names_.empty())
+            words_.fail(begin.line, "BEGIN_DATA without columns before it");
+        constexpr int most_shown = 10;
+        if (tables_ <= most_shown)
+            all_names_ += (tables_ > 1 ? ", \"" : "\"") +
+                          printable(table_names_.empty() ? std::to_string(tables_) : table_names_.back()) + "\"";
+        const bool wanted = is_wanted();
+        found_ = found_ || wanted;
+        const std::optional<colour_columns> columns = wanted ? find_columns() : std::nullopt;
+        has_colours_ = has_colours_ || columns;
+        const ink_columns inks = columns && wish_.inks ? find_inks() : ink_columns();
+        if (columns && (!wish_.inks || !inks.names.empty())) {
+            read_sets(*columns, inks);
+            done_ = true;
+            if (wish_.table.empty())
+                return false;
+        } else {
+            skip_sets();
+        }
+        forget_table();
+        return true;
+    }
+
     std::size_t count(const token &keyword)
     {
         const std::optional<token> word = words_.next();
@@ -184,11 +276,8 @@ private:
         return static_cast<std::size_t>(found - names_.begin());
     }
 
-    std::optional<colour_columns> find_columns(const token &begin)
+    std::optional<colour_columns> find_columns()
     {
-        ++tables_;
-        if (names_.empty())
-            words_.fail(begin.line, "BEGIN_DATA without columns before it");
         static const std::array<std::array<std::string, 3>, 4> known = {{{"lab_l", "lab_a", "lab_b"},
                                                                          {"l*", "a*", "b*"},
                                                                          {"d50_l", "d50_a", "d50_b"},
@@ -212,14 +301,32 @@ private:
         while (const std::optional<token> word = words_.next())
             if (!word->quoted && lower_case(word->text) == "end_data")
                 break;
+    }
+
+    void forget_table()
+    {
         names_.clear();
+        table_names_.clear();
         fields_wanted_.reset();
         sets_wanted_.reset();
     }
 
-    chart read_sets(const colour_columns &columns)
+    // The first of the known groups of columns that is there as a whole.
+    [[nodiscard]] ink_columns find_inks() const
     {
-        std::vector<std::array<token, 3>> sets;
+        for (const ink_columns &known : known_inks())
+            if (std::all_of(known.names.begin(), known.names.end(),
+                            [this](const std::string &name) { return column(name).has_value(); }))
+                return known;
+        return {};
+    }
+
+    void read_sets(const colour_columns &columns, const ink_columns &inks)
+    {
+        std::vector<std::size_t> wanted(columns.at.begin(), columns.at.end());
+        for (const std::string &name : inks.names)
+            wanted.push_back(*column(name));
+        std::vector<token> sets;  // of each set the wanted ones
         std::size_t values = 0;
         std::size_t end_line = 0;
         bool point = false;
@@ -230,15 +337,56 @@ private:
             }
             const std::size_t field = values++ % names_.size();
             if (field == 0)
-                sets.emplace_back();
-            for (std::size_t i = 0; i < 3; ++i)
-                if (columns.at[i] == field)
-                    sets.back()[i] = *word;
+                sets.resize(sets.size() + wanted.size());
+            for (std::size_t i = 0; i < wanted.size(); ++i)
+                if (wanted[i] == field)
+                    sets[sets.size() - wanted.size() + i] = *word;
             point = point || (!word->quoted && word->text.find('.') != std::string_view::npos &&
                               parse_number(word->text).has_value());
         }
         require_whole(values, end_line);
-        return colours_of(sets, columns, point);
+        const bool commas = !point && std::any_of(sets.begin(), sets.end(), [](const token &word) {
+            return word.text.find(',') != std::string_view::npos;
+        });
+        if (commas)
+            work_.note(words_.path(), "decimal commas, taken as points");
+        std::vector<lab_colour> colours;
+        std::vector<double> amounts;
+        for (std::size_t i = 0; i < sets.size(); ++i) {
+            const std::size_t field = i % wanted.size();
+            const double number = value(sets[i], names_[wanted[field]], commas);
+            if (field == 0)
+                colours.emplace_back();
+            if (field < 3)
+                colours.back()[field] = number;
+            else
+                amounts.push_back(number);
+        }
+        if (columns.xyz)
+            turn_to_lab(colours);
+        read_.colours.insert(read_.colours.end(), colours.begin(), colours.end());
+        if (!inks.names.empty())
+            take_amounts(inks, std::move(amounts));
+    }
+
+    static void turn_to_lab(std::vector<lab_colour> &colours)
+    {
+        double largest = 0;
+        for (const lab_colour &xyz : colours)
+            largest = std::max({largest, xyz[0], xyz[1], xyz[2]});
+        for (lab_colour &colour : colours)
+            colour = lab_of(colour, largest <= 2 ? 100 : 1);
+    }
+
+    void take_amounts(const ink_columns &inks, std::vector<double> amounts)
+    {
+        const double largest = amounts.empty() ? 0 : *std::max_element(amounts.begin(), amounts.end());
+        const double full = largest <= 1 ? 1 : largest <= 100 ? 100 : 255;
+        for (double &amount : amounts)
+            amount /= full;
+        read_.amounts = std::move(amounts);
+        read_.additive = inks.additive;
+        read_.inks = channel_names(static_cast<int>(inks.names.size()), inks.additive);
     }
 
     void require_whole(std::size_t values, std::size_t end_line)
@@ -254,29 +402,6 @@ private:
             words_.fail(line, "the file ends without END_DATA");
         if (end_line == 0)
             work_.note(words_.path(), "END_DATA is missing at its end");
-    }
-
-    chart colours_of(const std::vector<std::array<token, 3>> &sets, const colour_columns &columns, bool point)
-    {
-        const auto has_comma = [](const token &word) { return word.text.find(',') != std::string_view::npos; };
-        const bool commas = !point && std::any_of(sets.begin(), sets.end(), [&](const auto &set) {
-            return std::any_of(set.begin(), set.end(), has_comma);
-        });
-        if (commas)
-            work_.note(words_.path(), "decimal commas, taken as points");
-        chart read;
-        double largest = 0;
-        for (const std::array<token, 3> &set : sets) {
-            lab_colour colour;
-            for (std::size_t i = 0; i < 3; ++i)
-                colour[i] = value(set[i], names_[columns.at[i]], commas);
-            read.colours.push_back(colour);
-            largest = std::max({largest, colour[0], colour[1], colour[2]});
-        }
-        if (columns.xyz)
-            for (lab_colour &colour : read.colours)
-                colour = lab_of(colour, largest <= 2 ? 100 : 1);
-        return read;
     }
 
     [[nodiscard]] double value(const token &word, const std::string &name, bool commas) const
@@ -307,7 +432,15 @@ private:
 
     job &work_;
     chart_words words_;
-    std::vector<std::string> names_;  // of the columns, in lower case
+    chart_wish wish_;
+    std::optional<token> read_ahead_;
+    ink_chart read_ = {};
+    bool done_ = false;                     // something was read
+    bool found_ = false;                    // a table of the wanted name
+    bool has_colours_ = false;              // a table, but perhaps without inks
+    std::string all_names_;                 // of the tables, for a message
+    std::vector<std::string> table_names_;  // of the table that comes
+    std::vector<std::string> names_;        // of the columns, in lower case
     std::size_t format_end_ = 0;
     std::optional<std::size_t> fields_wanted_;
     std::optional<std::size_t> sets_wanted_;
@@ -316,7 +449,27 @@ private:
 
 }  // namespace
 
-chart read_chart(job &work, const std::string &path) { return chart_reader(work, path).read(); }
+chart read_chart(job &work, const std::string &path) { return read_chart(work, path, ""); }
+
+chart read_chart(job &work, const std::string &path, const std::string &table)
+{
+    return {chart_reader(work, path, {table, false}).read().colours};
+}
+
+ink_chart read_ink_chart(job &work, const std::string &path) { return chart_reader(work, path, {"", true}).read(); }
+
+std::vector<std::string> channel_names(int channels, bool additive)
+{
+    if (additive && channels == 3)
+        return {"Red", "Green", "Blue"};
+    std::vector<std::string> names = {"Cyan", "Magenta", "Yellow", "Black"};
+    for (int i = 0; channels > 4 && i < channels; ++i) {
+        names.resize(static_cast<std::size_t>(channels));
+        names[static_cast<std::size_t>(i)] = "Ink " + std::to_string(i + 1);
+    }
+    names.resize(static_cast<std::size_t>(channels));
+    return names;
+}
 
 std::vector<lab_colour> read_colours(job &work, const std::string &path)
 {

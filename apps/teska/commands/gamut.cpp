@@ -9,6 +9,7 @@
 #include "frame/text.h"
 #include "gamut_body.h"
 #include "gamut_slices.h"
+#include "ink_device.h"
 #include "plot.h"
 #include "profiles.h"
 
@@ -44,17 +45,6 @@ std::string short_text(const lab_colour &colour)
 {
     const auto shown = [](double value) { return fixed_text(std::abs(value) < 0.005 ? 0 : value, 2); };
     return shown(colour[0]) + " " + shown(colour[1]) + " " + shown(colour[2]);
-}
-
-bool is_built_in(const std::string &name)
-{
-    return name == "srgb" || name == "linear" || name == "gray" || name == "lab";
-}
-
-bool is_profile(const input_file &file)
-{
-    char mark[4];
-    return file.read_at(36, mark, 4) == 4 && std::string_view(mark, 4) == "acsp";
 }
 
 // ---- Device points --------------------------------------------------------------------------------------------------

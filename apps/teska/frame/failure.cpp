@@ -23,7 +23,7 @@ std::string_view message_of(std::string_view line)
 
 }  // namespace
 
-void throw_report(const std::string &file)
+std::string take_report()
 {
     std::string text;
     while (const char *line = error_get()) {
@@ -31,6 +31,12 @@ void throw_report(const std::string &file)
             text += ", ";
         text += message_of(line);
     }
+    return text;
+}
+
+void throw_report(const std::string &file)
+{
+    const std::string text = take_report();
     throw failure(file, text.empty() ? "the library failed without a report" : text);
 }
 

@@ -46,7 +46,10 @@ public:
     }
 };
 
-// A failure about a file with the lines that the library has reported in this thread, without its decoration.
+// The lines that the library has reported in this thread, without their decoration, commas between; often empty.
+std::string take_report();
+
+// A failure about a file with these lines.
 [[noreturn]] void throw_report(const std::string &file);
 
 }  // namespace tool
