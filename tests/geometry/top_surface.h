@@ -63,6 +63,7 @@ struct Surface : TTriangularTopSurface {
         }
         return text;
     }
+    int colorants() const { return nrPrims; }
     // The edge of the smaller gamut.
     double own_rim(double phi)
     {

@@ -51,15 +51,106 @@ double height_of(const Triangle &t, const vec2 &at)
     return dot(n, a) / dot(n, vec3{1.0, at.x, at.y});
 }
 
-// Directions inside the umbrella's own rim meet one triangle each at most, and the smaller gamut ends there.
-// Returns how many meet none.
-int look_around(Surface &top, const std::vector<Triangle> &triangles, Generator &random, int count, double slack)
+// A straight edge of a sheet.
+using Segment = std::array<vec3, 2>;
+
+// Where the farthest of some segments meets the half plane of a hue, by radius over height, and the height; zeros where
+// none does.
+vec2 farthest_at(const std::vector<Segment> &segments, double phi)
+{
+    const vec2 along = {std::cos(phi), std::sin(phi)};
+    vec2 farthest = {0.0, 0.0};
+    for (const auto &[a, b] : segments) {
+        const double from = cross(along, {a.y, a.z}), to = cross(along, {b.y, b.z});
+        if ((from > 0.0) == (to > 0.0))
+            continue;
+        const vec3 p = a + from / (from - to) * (b - a);
+        const double tangent = dot(along, {p.y, p.z}) / p.x;
+        if (tangent > farthest.x)
+            farthest = {tangent, p.x};
+    }
+    return farthest;
+}
+
+std::vector<Segment> sides_of(const std::vector<Triangle> &triangles)
+{
+    std::vector<Segment> all;
+    for (const Triangle &t : triangles)
+        for (int k = 0; k < 3; ++k)
+            all.push_back({teska::vec3_at(t.xyz[k]), teska::vec3_at(t.xyz[(k + 1) % 3])});
+    return all;
+}
+
+// Neighbours in the square grids of the faces, along the sides and across the cells, but for what has no direction.
+std::vector<Segment> segments_of_faces(const std::vector<vec3> &colours, int colorants, double darkest)
+{
+    const std::size_t faces = static_cast<std::size_t>(colorants * (colorants - 1) / 2 << (colorants - 2));
+    const auto n = static_cast<std::size_t>(std::lround(std::sqrt(colours.size() / faces)));
+    EXPECT_EQ(colours.size(), faces * n * n);
+    std::vector<Segment> all;
+    for (std::size_t at = 0; at < colours.size(); ++at) {
+        const std::size_t i = at / n % n, j = at % n;
+        for (const auto &[down, right] : {std::pair<std::size_t, std::size_t>{0, 1}, {1, 0}, {1, 1}, {1, -1}})
+            if (i + down < n && j + right < n && colours[at].x > darkest && colours[at + down * n + right].x > darkest)
+                all.push_back({colours[at], colours[at + down * n + right]});
+    }
+    return all;
+}
+
+// At its steps the edge is the farthest of what is seen and of the faces, on a line from the apex through what is seen,
+// and straight where there is nothing; no sample of the faces lies beyond it.
+void check_edge(Surface &top, const std::vector<Triangle> &triangles, const std::vector<vec3> &of_faces, int steps)
+{
+    const double darkest = teska::darkest_share * top.VTMax;
+    const std::vector<Segment> seen = sides_of(triangles);
+    const std::vector<Segment> faces = segments_of_faces(of_faces, top.colorants(), darkest);
+    std::vector<double> own, heights;
+    int uncovered = 0;
+    for (int k = 0; k < steps; ++k) {
+        double phi = 0.0, teta = 0.0, height = 0.0;
+        ASSERT_EQ(top.PhirToPhi(k / (steps - 1.0), &phi), 0);
+        ASSERT_EQ(top.UmbrellaEdge(phi, &teta, &height), 0);
+        own.push_back(top.own_rim(phi));
+        const vec2 rim = farthest_at(seen, phi), face = farthest_at(faces, phi);
+        uncovered = rim.x > 0.0 ? 0 : uncovered + 1;
+        const double slope = (top.VTMax / height - 1.0) / std::tan(teta);
+        heights.push_back(top.VTMax / (1.0 + slope * std::tan(own.back())));
+        EXPECT_NEAR(std::tan(teta), std::max(std::tan(own.back()), face.x), 3e-6 * std::tan(teta)) << phi;
+        if (uncovered == 0) {
+            EXPECT_NEAR(std::tan(own.back()), rim.x, 1e-6 * rim.x) << phi;
+            EXPECT_NEAR(heights.back(), rim.y, 1e-6 * top.VTMax) << phi;
+        }
+        for (const auto &values : {own, heights})
+            if (uncovered > 2) {
+                EXPECT_NEAR(values.end()[-3] + values.end()[-1], 2.0 * values.end()[-2], 1e-6) << phi;
+            }
+    }
+    for (const vec3 &c : of_faces) {
+        double phir = 0.0, teta = 0.0, height = 0.0;
+        const double phi = c.x > darkest ? teska::gnomonic::hue_of({c.y, c.z}) : -1.0;
+        ASSERT_EQ(top.PhiToPhir(phi, &phir), 0);
+        if (phi < 0.0 || phir < 0.0 || phir > 1.0)
+            continue;
+        ASSERT_EQ(top.UmbrellaEdge(phi, &teta, &height), 0);
+        EXPECT_LE(std::atan(length(vec2{c.y, c.z}) / c.x), teta * 1.0001) << phi;
+    }
+}
+
+// At the vertices of its table the smaller gamut is as high as the one triangle that is met there, or as the line from
+// the apex. Returns how many of the directions meet no triangle.
+int look_around(Surface &top, const std::vector<Triangle> &triangles, Generator &random, int count, int steps)
 {
     int missed = 0;
     for (int i = 0; i < count; ++i) {
-        const double phi = random.between(0.0, 2.0 * pi);
-        double place[3] = {0.999 * std::sqrt(random.unit()), 0.0, 1.0}, peak[3];
-        const vec2 at = std::tan(top.own_rim(phi) * place[0]) * vec2{std::cos(phi), std::sin(phi)};
+        double place[3] = {(1 + random.below(steps - 2)) / (steps - 1.0), random.below(steps) / (steps - 1.0), 1.0};
+        double phi = 0.0, teta = 0.0, height = 0.0, peak[3], line[3];
+        EXPECT_EQ(top.PhirToPhi(place[1], &phi), 0);
+        EXPECT_EQ(top.UmbrellaEdge(phi, &teta, &height), 0);
+        EXPECT_EQ(top.DetermineXYZMinGam(place, peak, nullptr, 1), 0);
+        place[0] *= top.own_rim(phi);
+        const vec2 at = std::tan(place[0]) * vec2{std::cos(phi), std::sin(phi)};
+        place[0] /= teta;
+        EXPECT_EQ(top.DetermineXYZ(place, line, nullptr, 1), 0);
         std::vector<const Triangle *> met;
         for (const Triangle &t : triangles) {
             bool inside = true;
@@ -69,14 +160,50 @@ int look_around(Surface &top, const std::vector<Triangle> &triangles, Generator 
                 met.push_back(&t);
         }
         EXPECT_LE(met.size(), 1U) << at.x << ' ' << at.y;
-        EXPECT_EQ(top.PhiToPhir(phi, &place[1]), 0);
-        EXPECT_EQ(top.DetermineXYZMinGam(place, peak, nullptr, 1), 0);
-        if (met.empty())
-            ++missed;
-        else
-            EXPECT_LT(peak[0], slack * height_of(*met[0], at)) << at.x << ' ' << at.y;
+        missed += met.empty() ? 1 : 0;
+        const double top_there = met.empty() ? line[0] : std::min(line[0], height_of(*met[0], at));
+        EXPECT_NEAR(peak[0], top_there, 1e-6 * top.VTMax) << at.x << ' ' << at.y;
     }
     return missed;
+}
+
+// Table 2 at a hue: the last step of tetar up to which the smaller gamut reaches that share of the line from the apex;
+// not the whole line, on which sheets may lie.
+void check_reach(Surface &top, double phir, int steps)
+{
+    double phi = 0.0, teta = 0.0, height = 0.0;
+    ASSERT_EQ(top.PhirToPhi(phir, &phi), 0);
+    ASSERT_EQ(top.UmbrellaEdge(phi, &teta, &height), 0);
+    for (int k = 0; k + 1 < steps; ++k) {
+        double at[2] = {phir, k / (steps - 1.0)}, reach = 0.0, wanted = 0.0;
+        for (int s = 0; s < steps; ++s) {
+            const double tetar = s / (steps - 1.0);
+            const double place[2][3] = {{tetar, phir, 1.0}, {tetar * top.own_rim(phi) / teta, phir, 1.0}};
+            double peak[3], line[3];
+            ASSERT_EQ(top.DetermineXYZMinGam(place[0], peak, nullptr, 1), 0);
+            ASSERT_EQ(top.DetermineXYZ(place[1], line, nullptr, 1), 0);
+            if (peak[0] < at[1] * line[0] * (1.0 - 1e-12))
+                break;
+            wanted = tetar;
+        }
+        double *in[] = {&at[0], &at[1]}, *out[] = {&reach};
+        md_tetrad_interp(top.tabTetar, in, 1, out, 1, 1);
+        EXPECT_NEAR(reach, wanted, 1e-9) << phir << ' ' << k;
+    }
+}
+
+// Normalised coordinates by the formulas of the header, from the edge at the hue.
+void check_formula(Surface &top, const double *c, const colour &norm)
+{
+    double phi = 0.0, tetamax = 0.0, vt = 0.0, phir = 0.0;
+    ASSERT_EQ(top.PhiToPhir(teska::gnomonic::hue_of(seen(c)), &phir), 0);
+    ASSERT_EQ(top.PhirToPhi(std::clamp(phir, 0.0, 1.0), &phi), 0);
+    ASSERT_EQ(top.UmbrellaEdge(phi, &tetamax, &vt), 0);
+    const double tangent = length(seen(c));
+    const double line = top.VTMax / (tangent * (top.VTMax - vt) / (std::tan(tetamax) * vt) + 1.0);
+    EXPECT_NEAR(norm[0], std::min(std::atan(tangent) / tetamax, 1.0), 1e-8);
+    EXPECT_NEAR(norm[1], std::clamp(phir, 0.0, 1.0), 1e-12);
+    EXPECT_NEAR(norm[2], std::min(c[0] / line, 1.0), 1e-8);
 }
 
 // Colours come back from normalised coordinates, alone as among many, and none lies farther outside than that; those
@@ -102,6 +229,8 @@ void convert_and_return(Surface &top, const std::vector<double> &xyz, double far
                 colour alone;
                 ASSERT_EQ((top.*there)(&xyz[3 * i], alone.data(), nullptr, 1), 0);
                 EXPECT_EQ(alone, norm[i]) << "as among many";
+                if (there == ways[0].first)
+                    check_formula(top, &xyz[3 * i], alone);
             }
         }
     }
@@ -184,7 +313,7 @@ TEST(TopSurface, HoldsItsDeviceAndSeesEachDirectionOnce)
             own += static_cast<TPrimComb *>(e)->Area();
         EXPECT_NEAR(area, own, 1e-8 * own);
 
-        const int missed = look_around(top, triangles, random, 300, 1.02);
+        const int missed = look_around(top, triangles, random, 300, row.with.steps);
         EXPECT_LE(missed, row.of.colorants == 2 ? 9 : 0) << "one sheet alone need not surround the axis";
     }
 }
@@ -273,35 +402,32 @@ TEST(RandomDevices, AreCoveredOnceAndHaveAnEdgeEverywhere)
     for (std::uint64_t seed = 0; seed < 30; ++seed) {
         SCOPED_TRACE(seed);
         Generator random(seed);
-        const device of = random_device(random);
+        const device plain = random_device(random);
+        std::vector<vec3> given;
+        const device of = {"recorded", plain.colorants, [&](const double *values, double *xyz) {
+                               plain.convert(values, xyz);
+                               given.push_back(teska::vec3_at(xyz));
+                           }};
         teska_test::Setup with = {.levels = even_levels(3 + random.below(4)), .steps = 31};
         if (random.below(2) == 0)
             std::reverse(with.levels.begin(), with.levels.end());
         Reports reports;
         Surface top(of, with);
         ASSERT_EQ(top.ErrNo(), 0);
+        given.clear();
         double edge[2];
         if (top.UmbrellaEdge(0.0, &edge[0], &edge[1]) != 0) {
             EXPECT_EQ(reports.take(), lines{"Such a small or big gamut is just not possible"});
             continue;
         }
         ++complete;
-        for (double phi = 0.0; phi < 6.28; phi += 0.05) {
-            ASSERT_EQ(top.UmbrellaEdge(phi, &edge[0], &edge[1]), 0);
-            EXPECT_GT(edge[0], 0.0) << phi;
-            EXPECT_GT(edge[1], 0.0) << phi;
-            EXPECT_LE(edge[1], top.VTMax * (1.0 + 1e-9)) << phi;
-        }
+        const std::vector<Triangle> triangles = triangles_of(top);
+        check_edge(top, triangles, given, with.steps);
         // Of the faces, no colour lies farther beyond the edge than their samples explain.
         convert_and_return(top, some_colours(of, 500, random, true), 5e-4, false);
-        look_around(top, triangles_of(top), random, 100, 1.35);
+        look_around(top, triangles, random, 100, with.steps);
         EXPECT_EQ(top.DeterminePhirVTrTetar(), 0);
-        for (const double phir : {0.0, 0.3, 1.0}) {
-            double at[2] = {phir, 0.0}, reach = 0.0;
-            double *in[] = {&at[0], &at[1]}, *out[] = {&reach};
-            md_tetrad_interp(top.tabTetar, in, 1, out, 1, 1);
-            EXPECT_DOUBLE_EQ(reach, 1.0) << "the umbrella is above the level of the origin as far as it goes";
-        }
+        check_reach(top, random.below(with.steps) / (with.steps - 1.0), with.steps);
     }
     EXPECT_GT(complete, 20);
 }
@@ -360,8 +486,12 @@ TEST(TPrimComb, RefusesWhatIsNoPart)
         const auto part = part_of(flat, 3, values);
         EXPECT_EQ(part->ErrNo(), 2);
         EXPECT_EQ(reports.take(), lines{"TPrimCoord: Invalid data"});
-        EXPECT_EQ(part->Prepare(), -1);
-        EXPECT_EQ(reports.take(), lines{"Bad Initialisation of PrimComb"});
+        double c[3][3];
+        for (const int code :
+             {part->Prepare(), part->NrVar(), part->AddFurther(2), part->GetDevice(c[0]), part->GetDevCoord(c[0], c[1]),
+              part->NextTriangle(true, c, c), part->NextMasked(true, c), static_cast<int>(part->Compare(*part))})
+            EXPECT_EQ(code, -1);
+        EXPECT_EQ(reports.take(), lines(8, "Bad Initialisation of PrimComb"));
     }
     EXPECT_EQ(TPrimComb(nullptr, nullptr, nullptr, 3, nullptr, nullptr, nullptr, nullptr, 0).ErrNo(), 2);
     EXPECT_EQ(reports.take(), lines{"Wrong input"});
@@ -396,6 +526,8 @@ TEST(AddToUmbrella, TakesWhatLiesBesideOrFarther)
         {"a little wider", sheet(1.0, 0.0, 1.0001), close, relation::beside, 1, 2},
         {"underneath but for one bound", sheet(0.8, 0.4), close, relation::below, 0, 1},
         {"in front but for one bound", sheet(1.2, -0.4), close, relation::above, 1, 1},
+        {"underneath but for a corner", sheet(0.8, 0.4002), close, relation::through, 0, 1},
+        {"in front but for a corner", sheet(1.2, -0.4002), close, relation::through, 0, 1},
         {"without points", sheet(std::nan("")), 0.9, relation::no_points, -10, 1},
     };
     Surface top(of);
