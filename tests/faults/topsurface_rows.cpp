@@ -61,6 +61,7 @@ bool made(std::optional<Top> &top)
 {
     top.emplace();
     ask(*top);
+    EXPECT_LE(top->ErrNo(), 1);
     return top->ErrNo() == 0;
 }
 
@@ -97,6 +98,7 @@ const Step steps[] = {
      [](std::optional<Top> &top) {
          Top copy(*top);
          ask(copy);
+         EXPECT_LE(copy.ErrNo(), 1);
          return copy.ErrNo() == 0;
      },
      {"Not enough memory", "No Memory", "func_new : unable to create new instance of function",
