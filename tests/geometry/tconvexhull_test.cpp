@@ -145,13 +145,27 @@ struct TConvexHullTest {
 
     static bool exact(const TConvexHull &hull) { return hull.store->exact; }
 
-    // Whether CheckEndpts tells a face whose corners are out of step with its edges.
-    static bool check_tells(TConvexHull &hull)
+    // How many kinds of damage to a hull CheckEndpts tells: corners out of step with the edges, an edge of another face,
+    // of one face alone, with another end.
+    static int told_damages(TConvexHull &hull)
     {
-        std::swap(hull.faces->vertex[0], hull.faces->vertex[1]);
-        const bool told = hull.CheckEndpts() == 0;
-        std::swap(hull.faces->vertex[0], hull.faces->vertex[1]);
-        return told && hull.CheckEndpts() == 1;
+        tFaceStructure &face = *hull.faces, whole = face;
+        tEdgeStructure &edge = *face.edge[0], sound = edge;
+        const std::function<void()> damages[] = {
+            [&] { std::swap(face.vertex[0], face.vertex[1]); },
+            [&] { (edge.adjface[0] == &face ? edge.adjface[0] : edge.adjface[1]) = nullptr; },
+            [&] { face.next = edge.adjface[0] = edge.adjface[1] = &face; },
+            [&] { edge.endpts[0] = edge.endpts[1]; },
+        };
+        int told = 0;
+        for (const auto &damage : damages) {
+            damage();
+            told += hull.CheckEndpts() == 0 ? 1 : 0;
+            face = whole;
+            edge = sound;
+            EXPECT_EQ(hull.CheckEndpts(), 1);
+        }
+        return told;
     }
 
     static std::string picture(const TConvexHull &hull)
@@ -217,6 +231,7 @@ TEST(TConvexHullConstruct, IsAClosedSurfaceAroundEveryPoint)
          "1100 / 3294 / 2196"},
         {"colours", cloud(6000, {50, 90, 110}, true, true), ""},
         {"needle", cloud(500, {1000, 0.2, 0.2}), ""},
+        {"needle in z", cloud(500, {2, 2, 1e14}), ""},
         {"far away and large", cloud(500, {3e7, 2e7, 1e7}), "500 / 1494 / 996"},
     };
     for (const Case &c : cases) {
@@ -428,7 +443,7 @@ TEST(TConvexHullPrint, WritesThePictureOfTheFacesAboveAndTheLists)
               "Face List\n"
               "  addr:#  edges:###  vert:   2   1      vis: 0\n  addr:#  edges:###  vert:       1   3  vis: 0\n"
               "  addr:#  edges:###  vert:   1   2   3  vis: 0\n  addr:#  edges:###  vert:   2       3  vis: 0\n");
-    EXPECT_TRUE(TConvexHullTest::check_tells(hull));
+    EXPECT_EQ(TConvexHullTest::told_damages(hull), 4);
 }
 
 }  // namespace
