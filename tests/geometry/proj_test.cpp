@@ -296,7 +296,7 @@ TEST(ProjOnTetra, GivesKnownAnswers)
         EXPECT_EQ(Outcome(f, two_pairs, {2.5e-22, 500, 2.5e-22}, {}).code, -1);
     EXPECT_EQ(Outcome(proj_on_tetra_par, two_pairs, {2.5e-22, 500, 2.5e-22}, {1, 1, 1}).code, -100);
     EXPECT_EQ(Outcome(proj_on_tetra_bound_par, two_pairs, {2.5e-22, 500, 2.5e-22}, {1, 1, 1}).code, -1);
-    const Values three_near{0, 0, 0, 1e-21, 0, 0, 5e-22, 0, 0, 0, -1000, 0};
+    const Values three_near{0, -1000, 0, 0, 0, 0, 1e-21, 0, 0, 5e-22, 0, 0};
     EXPECT_EQ(Outcome(proj_on_tetra_par, three_near, {2, 3, 5}, {1, 0, 0}).code, -1);
     expect(proj_on_tetra_bound_par, {{corner, {1, 1, 1}, {0, 1, 1}, {0.8, 0, 0.1, 0.1}, 1}});
     // In the last row three vertices are on a line.
