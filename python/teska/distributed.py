@@ -19,27 +19,20 @@ client or scheduler that is lost leaves these files, and the same call goes on w
 
 from __future__ import annotations
 
-import asyncio
 import functools
 import hashlib
-import logging
 import os
 import pickle
-import queue
 import shutil
-import sys
-import tempfile
 import time
-import uuid
-from collections import deque
-from contextlib import ExitStack, contextmanager, suppress
+from contextlib import ExitStack, suppress
 from dataclasses import dataclass
-from typing import TYPE_CHECKING, Any, Callable, Iterator, NamedTuple, Union
+from typing import TYPE_CHECKING, Any, Callable, NamedTuple, Union
 
 import numpy as np
 from numpy.typing import DTypeLike
 
-from . import _stores
+from . import _stores, _tasks
 from ._library import TeskaError, TeskaFileError
 from ._stores import Box, Picture
 from .tables import Table
@@ -48,11 +41,6 @@ if TYPE_CHECKING:
     from distributed import Client
 
 Path = Union[str, 'os.PathLike[str]']
-
-_PATIENCE = 10.0    # seconds for an answer of the scheduler
-_START = 60.0       # seconds for the first worker to start
-_DRAIN = 15.0       # seconds that running tiles are waited for after a failure
-_AHEAD = 2          # tiles for each thread of the workers: one is converted, one waits
 
 
 class Result(NamedTuple):
@@ -314,163 +302,22 @@ class _TileFailure(Exception):
         self.error = error
 
 
-class _Run:
-    """Gives tiles to the workers and gathers what they say. Every wait has a limit.
-
-    A worker's death is counted against all tiles that it held, and the scheduler gives up a tile that was held too
-    often (KilledWorker). Which of several ends its workers shows when each is run alone.
-    """
-
-    def __init__(self, client: Client, source: Picture, work: _Work, timeout: float) -> None:
-        self._client, self._source, self._work, self._timeout = client, source, work, timeout
-        self._finished: queue.SimpleQueue[Any] = queue.SimpleQueue()
-        self._flying: dict[str, tuple[Any, int]] = {}
-        self._name = f'teska-tile-{uuid.uuid4().hex}'
-        self._sent = 0
-        self._threads, self._asked = 0, -1e9
-
-    def _ask(self, call: Callable[[], Any]) -> Any:
-        """A call of the client's that waits no longer than _PATIENCE."""
-        return self._client.sync(call, callback_timeout=_PATIENCE)
-
-    def _window(self) -> int:
-        """How many tiles may be under way; workers come and go."""
-        if time.monotonic() - self._asked > 2:
-            with suppress(OSError, asyncio.TimeoutError):
-                self._threads = sum(self._ask(lambda: self._client.nthreads()).values())
-            self._asked = time.monotonic()
-        return _AHEAD * max(1, self._threads)
-
-    def _send(self, index: int) -> None:
-        self._sent += 1
-        future = self._client.submit(convert_tile, self._work.table, self._source, self._work.target,
-                                     *self._work.target.box(index), key=f'{self._name}-{self._sent}', pure=False)
-        self._flying[future.key] = (future, index)
-        future.add_done_callback(self._finished.put)
-
-    def _batch(self) -> list[Any]:
-        """What has finished since the last call; waits for the first one."""
-        end = time.monotonic() + self._timeout
-        while True:
-            try:
-                batch = [self._finished.get(timeout=min(1.0, self._timeout))]
-                break
-            except queue.Empty:
-                if self._client.status not in ('running', 'connecting'):
-                    raise TeskaError(f'the connection to the scheduler is lost ({self._client.status})') from None
-                if time.monotonic() > end:
-                    self._asked = -1e9
-                    self._window()
-                    raise TeskaError(f'no tile was finished in {self._timeout:g} s; {len(self._flying)} under way, '
-                                     f'{self._threads} threads of workers') from None
-        with suppress(queue.Empty):
-            while True:
-                batch.append(self._finished.get_nowait())
-        return [future for future in batch if future.key in self._flying]
-
-    def _handle(self, batch: list[Any]) -> list[int]:
-        """Takes results in; returns the tiles that the scheduler gave up."""
-        from distributed import KilledWorker
-        killed = []
-        for future in batch:
-            index = self._flying[future.key][1]
-            if future.status == 'finished':
-                continue
-            del self._flying[future.key]
-            if future.status != 'error':
-                raise TeskaError(f'the scheduler is lost, or {self._work.target.name(index)} was cancelled')
-            error = future.exception(timeout=_PATIENCE)
-            if not isinstance(error, KilledWorker):
-                raise _TileFailure(self._named(index, error))
-            killed.append(index)
-        self._take([future for future in batch if future.key in self._flying])
-        return killed
-
-    def _named(self, index: int, error: BaseException) -> BaseException:
-        if isinstance(error, OSError) and not isinstance(error, TeskaError):
-            text = f'{self._work.target.name(index)}: {error.strerror or error}'
-            named: BaseException = TeskaFileError(text, error.filename, error.errno)
-            named.__cause__ = error
-            return named
-        return error
-
-    def _take(self, futures: list[Any]) -> None:
-        with suppress(OSError, asyncio.TimeoutError):
-            for index, digest in self._ask(lambda: self._client.gather(futures, errors='skip')):
-                self._work.done(index, digest)
-        for future in futures:
-            index = self._flying.pop(future.key)[1]
-            if index not in self._work.digests:  # what it said was lost with its worker
-                self._send(index)
-
-    def run(self, progress: Callable[[int, int], object] | None) -> None:
-        """Until every tile is done, or one fails."""
-        waiting = deque(index for index in range(len(self._work.target)) if index not in self._work.digests)
-        suspects: deque[int] = deque()
-        alone = False
-        while waiting or suspects or self._flying:
-            while waiting and len(self._flying) < self._window():
-                self._send(waiting.popleft())
-            if not self._flying:
-                alone = True
-                self._send(suspects.popleft())
-            killed = self._handle(self._batch())
-            if alone and killed:
-                raise _TileFailure(TeskaError(f'{self._work.target.name(killed[0])} killed its workers'))
-            suspects.extend(killed)
-            if progress is not None:
-                progress(len(self._work.digests), len(self._work.target))
-
-    def drain(self) -> None:
-        """Waits a while for tiles that are being written, and gives up the others."""
-        end = time.monotonic() + _DRAIN
-        while (left := [future for future, _ in self._flying.values() if not future.done()]) and time.monotonic() < end:
-            with suppress(queue.Empty):
-                self._finished.get(timeout=0.1)
-        with suppress(OSError, asyncio.TimeoutError):
-            self._ask(lambda: self._client.cancel(left))
-
-    def retried(self) -> int | None:
-        """How many tiles the scheduler took back from lost workers."""
-        try:
-            events = self._ask(lambda: self._client.get_events('all'))
-        except (OSError, asyncio.TimeoutError):
-            return None
-        lost = [event for _, event in events if isinstance(event, dict) and event.get('action') == 'remove-worker']
-        return sum(str(key).startswith(self._name) for event in lost for key in event.get('processing-tasks', ()))
-
-
-@contextmanager
-def _local_client(tiles: int) -> Iterator[Client]:
-    """A cluster of all cores of this machine, a process for each."""
-    from distributed import Client, LocalCluster
-    main = getattr(sys.modules['__main__'], '__file__', None)
-    if main is not None and not os.path.exists(main):
-        raise ValueError(f'convert: the program is {main}; workers start it anew and need a file, '
-                         "with its work under if __name__ == '__main__'")
-    cores = len(os.sched_getaffinity(0)) if hasattr(os, 'sched_getaffinity') else os.cpu_count() or 1
-    folder = tempfile.mkdtemp(prefix='teska-')
-    with ExitStack() as stack:
-        stack.callback(shutil.rmtree, folder, ignore_errors=True)
-        # Maps of files would count against a limit of memory.
-        cluster = LocalCluster(n_workers=0, threads_per_worker=1, processes=True, memory_limit=0,
-                               dashboard_address=':0', local_directory=folder, silence_logs=logging.CRITICAL)
-        stack.callback(_quietly, cluster.close, timeout=_DRAIN)
-        client = Client(cluster, timeout=3 * _PATIENCE)
-        stack.callback(_quietly, client.close, timeout=_PATIENCE)
-        # Workers that cannot start are started again without end; so this wait has a limit, and the cluster none.
-        cluster.scale(min(cores, tiles))
-        try:
-            client.wait_for_workers(1, timeout=_START)
-        except (OSError, asyncio.TimeoutError):
-            raise TeskaError(f'no worker has started in {_START:g} s; they run the program anew: its work has to be '
-                             "under if __name__ == '__main__'") from None
-        yield client
-
-
-def _quietly(close: Callable[..., object], **options: object) -> None:
-    with suppress(Exception):
-        close(**options)
+def _convert_all(tasks: _tasks.Tasks, work: _Work, progress: Callable[[int, int], object] | None) -> None:
+    target = work.target
+    for index, outcome in tasks.outcomes():
+        if isinstance(outcome, _tasks.Killed):
+            raise _TileFailure(TeskaError(f'{target.name(index)} killed its workers'))
+        if isinstance(outcome, OSError) and not isinstance(outcome, TeskaError):
+            text = f'{target.name(index)}: {outcome.strerror or outcome}'
+            raise _TileFailure(TeskaFileError(text, outcome.filename, outcome.errno)) from outcome
+        if isinstance(outcome, BaseException):
+            raise _TileFailure(outcome)
+        work.done(*outcome)
+        if progress is not None:
+            progress(len(work.digests), len(target))
+    for index in range(0, len(target), 10):
+        if not work.is_right(index):
+            raise _TileFailure(TeskaError(f'{target.name(index)}: the file is not what its worker wrote'))
 
 
 def _newest(path: str) -> tuple[int, int]:
@@ -548,21 +395,20 @@ def convert(source: Path, target: Path, table: Table, *, client: Client | None =
         work = _Work(target, content, digest.hexdigest(), plan, picture)
         stack.callback(work.give_up)
         if client is None:
-            client = stack.enter_context(_local_client(len(plan)))
-        run = _Run(client, picture, work, timeout)
+            client = stack.enter_context(_tasks.local_client(len(plan)))
+        tasks = _tasks.Tasks(client, 'tile', convert_tile, [
+            (index, (work.table, picture, work.target, *plan.box(index))) for index in range(len(plan))
+            if index not in work.digests], timeout)
         try:
-            run.run(progress)
-            for index in range(0, len(plan), 10):
-                if not work.is_right(index):
-                    raise _TileFailure(TeskaError(f'{plan.name(index)}: the file is not what its worker wrote'))
-            retried = run.retried()
+            _convert_all(tasks, work, progress)
+            retried = tasks.retried()
             work.publish(target, overwrite)
         except (_TileFailure, OSError) as failure:
-            run.drain()
+            tasks.drain()
             if not keep:
                 work.remove()
             if isinstance(failure, _TileFailure):
-                raise failure.error from failure.error.__cause__
+                raise failure.error from failure.__cause__
             raise
         work.remove()
     height, width, channels = plan.picture.shape

@@ -1,7 +1,6 @@
 """Many machines: two worker processes stand for them. Every test has a hard limit of time."""
 
 import contextlib
-import faulthandler
 import fcntl
 import logging
 import os
@@ -13,7 +12,7 @@ from pathlib import Path
 
 import numpy as np
 import pytest
-from conftest import filled, refused
+from conftest import LIMIT, filled, refused
 
 from teska import ByteTable, DoubleTable, ShortTable, TeskaError, TeskaFileError, _stores, _tiff
 
@@ -24,35 +23,7 @@ from teska import distributed as many  # noqa: E402
 from worker_tables import MARK, DeadlyTable, FailingTable, SlowTable  # noqa: E402
 
 TILE = 32
-LIMIT = 90  # seconds for a test that takes two on an idle machine
-
-
-@pytest.fixture(autouse=True)
-def limited():
-    """Ends a test that hangs; where even that hangs, the whole run."""
-    def end(*_):
-        raise TimeoutError(f'the test takes more than {LIMIT} s')
-    before = signal.signal(signal.SIGALRM, end)
-    signal.alarm(LIMIT)
-    faulthandler.dump_traceback_later(LIMIT + 60, exit=True)
-    yield
-    signal.alarm(0)
-    signal.signal(signal.SIGALRM, before)
-    faulthandler.cancel_dump_traceback_later()
-
-
-@pytest.fixture(scope='module')
-def client(tmp_path_factory):
-    """Two workers. A tile that has ended two workers is given up."""
-    with dask.config.set({'distributed.scheduler.allowed-failures': 1}):
-        cluster = dask_distributed.LocalCluster(
-            n_workers=2, threads_per_worker=1, dashboard_address=':0', memory_limit=0, silence_logs=logging.CRITICAL,
-            local_directory=str(tmp_path_factory.mktemp('workers')))
-    connected = dask_distributed.Client(cluster, timeout=60)
-    yield connected
-    for close in (connected.close, cluster.close):
-        with contextlib.suppress(Exception):
-            close(timeout=10)
+pytestmark = pytest.mark.usefixtures('limited')
 
 
 @pytest.fixture

@@ -1,4 +1,4 @@
-"""Tables that do something to the worker that uses them. In a module of their own, so that workers find them."""
+"""What runs in workers: tables that do something to the one that uses them. A module that workers find."""
 
 import os
 import signal
@@ -7,6 +7,11 @@ import time
 from teska import ByteTable
 
 MARK = 255  # a value that no other pixel of the tests has
+
+
+def set_variable(name, value):
+    """Sets a variable of the environment."""
+    os.environ[name] = value
 
 
 class SlowTable(ByteTable):
