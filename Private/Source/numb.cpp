@@ -60,8 +60,8 @@ int numb_decimal_to_base(int value, int *digits, int n, int base) TESKA_NOTHROW
 int numb_base_to_decimal(const int *digits, int *value, int n, int base) TESKA_NOTHROW
 {
     std::uint32_t sum = 0;
-    for (int i = n - 1; i >= 0; --i)
-        sum = sum * wrapped(base) + wrapped(digits[i]);
+    for (int i = n; i > 0; --i)
+        sum = sum * wrapped(base) + wrapped(digits[i - 1]);
     *value = static_cast<int>(sum);
     return 0;
 }
@@ -103,13 +103,14 @@ int numb_hex_to_hex_string(const int *digits, int n, char *text) TESKA_NOTHROW
     constexpr int longest = 11;  // INT_MIN
     char *at = text;
     *at = 0;
-    for (int i = n - 1; i >= 0; --i) {
-        if (digits[i] >= hex_base)
+    for (int i = n; i > 0; --i) {
+        const int digit = digits[i - 1];
+        if (digit >= hex_base)
             return -1;
-        if (digits[i] == 0 && at == text)
+        if (digit == 0 && at == text)
             continue;
         // Kept: what is below 0 comes out in decimal.
-        at = std::to_chars(at, at + longest, digits[i], digits[i] < 0 ? 10 : hex_base).ptr;
+        at = std::to_chars(at, at + longest, digit, digit < 0 ? 10 : hex_base).ptr;
         *at = 0;
     }
     return 0;

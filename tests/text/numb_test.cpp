@@ -44,6 +44,9 @@ TEST(NumbDecimalToBase, KeptGivesNegativeDigitsInBasesOtherThanTwo)
         EXPECT_EQ(numb_base_to_decimal(digits.data(), &back, n, base), 0);
         EXPECT_EQ(back, sum) << "base " << base;
     }
+    int none = 99;
+    EXPECT_EQ(numb_base_to_decimal(nullptr, &none, INT_MIN, 10), 0);
+    EXPECT_EQ(none, 0);
 }
 
 TEST(NumbCombination, KeptDividesWhatHasWrapped)
@@ -76,6 +79,8 @@ TEST(NumbHexToHexString, KeptWritesNegativeDigitsInDecimalAndNothingForZero)
     const int negative[] = {0, INT_MIN, -15};
     EXPECT_EQ(numb_hex_to_hex_string(negative, 3, text), 0);
     EXPECT_STREQ(text, "-15-21474836480");
+    EXPECT_EQ(numb_hex_to_hex_string(negative, INT_MIN, text), 0);
+    EXPECT_STREQ(text, "");
     const int too_large[] = {1, 16, 2};
     EXPECT_EQ(numb_hex_to_hex_string(too_large, 3, text), -1);
     EXPECT_STREQ(text, "2");
