@@ -1,14 +1,15 @@
 // curve - curves through measured points: values, the inverse, tables
 
+#include "fitted_curve.h"
 #include "frame/command.h"
 #include "frame/failure.h"
 #include "frame/files.h"
 #include "frame/job.h"
 #include "frame/options.h"
 #include "frame/text.h"
-#include "interp_double.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <memory>
 #include <optional>
@@ -21,6 +22,7 @@ namespace
 
 constexpr std::uint64_t largest_file = std::uint64_t{16} << 20;
 constexpr std::size_t most_points = 65535;
+constexpr int most_table = 65536;
 
 struct curve_point {
     double x;
@@ -29,7 +31,7 @@ struct curve_point {
 };
 
 // The rows "x y" of a text, sorted by x.
-std::vector<curve_point> read_points(const std::string &path)
+std::vector<fitted_curve::point> read_points(const std::string &path)
 {
     const std::string text = read_file(path, largest_file);
     std::string_view rest = text;
@@ -63,7 +65,10 @@ std::vector<curve_point> read_points(const std::string &path)
     for (std::size_t i = 1; i < points.size(); ++i)
         if (points[i].x == points[i - 1].x)
             fail(points[i].line, "x " + number_text(points[i].x) + " is there twice");
-    return points;
+    std::vector<fitted_curve::point> sorted;
+    for (const curve_point &point : points)
+        sorted.push_back({point.x, point.y});
+    return sorted;
 }
 
 class curve : public action
@@ -72,105 +77,112 @@ public:
     void describe(options &take) override
     {
         take.file("IN", "a text with x and y of a point in each line", in_);
+        take.choice("--fit", "KIND", {"lines", "cubic", "bezier"},
+                    "straight lines or a smooth curve through the points, or one Bezier segment near them", fit_);
+        take.integer("--points", "N", 2, most_table, "writes so many points, evenly in x, in place of those of IN",
+                     count_);
         take.flag("--invert", "takes the inverse: x from y", invert_);
         take.numbers("--at", "X", 1, "tells the value at x", at_);
         take.choice("--table", "N", {"256", "1024", "65536"},
                     "a table of so many values, each 0 .. N - 1, in place of the points", table_);
-        take.numbers("--range", "LO,HI", 2,
-                     "what becomes 0 and N - 1 of a table, of x and y; without it their own ranges", range_);
+        take.pair("--range", "LO,HI", "what becomes 0 and N - 1 of a table, of x and y; without it their own ranges",
+                  range_);
         take.path("--out", "F", "writes points or table into a file, a line for each", out_);
     }
 
     void run(job &work) override
     {
-        if (range_.size() > 1 || (!range_.empty() && !(range_[0][0] < range_[0][1])))
+        if (range_ && !((*range_)[0] < (*range_)[1]))
             throw usage_failure("--range", "one range wanted, the lower end first");
-        if (!range_.empty() && table_.empty())
+        if (range_ && table_.empty())
             throw usage_failure("--range", "goes with --table");
+        if (count_ && !table_.empty())
+            throw usage_failure("--points", "a table has its own number of them");
         const input_file file(in_);
         std::unique_ptr<output_file> out;
         if (!out_.empty())
             out = std::make_unique<output_file>(work, out_, std::vector<const input_file *>{&file});
-        std::vector<curve_point> points = read_points(in_);
+        const std::vector<fitted_curve::point> points = read_points(in_);
+        const fit_kind kind = fit_ == "lines" ? fit_kind::lines : fit_ == "cubic" ? fit_kind::cubic : fit_kind::bezier;
+        fitted_curve through(in_, kind, points);
         if (invert_)
-            turn_over(points);
-        build(points);
-        work.result["points"] = points.size();
+            through.invert();
+        const bool has_rows = !table_.empty() || count_ || out || at_.empty();
+        tell_fit(work, through, points.size(), has_rows && !out);
         for (const std::vector<double> &x : at_) {
             json member = json::object();
             member["x"] = x[0];
-            member["y"] = value(x[0]);
+            member["y"] = through.value(x[0]);
             work.result["at"].push_back(std::move(member));
-            work.line("at " + number_text(x[0]) + " " + number_text(value(x[0])));
+            work.line("at " + number_text(x[0]) + " " + number_text(through.value(x[0])));
         }
+        const std::vector<fitted_curve::point> own = through.points();
         if (!table_.empty())
-            tell_table(work, points, out.get());
-        else if (out || at_.empty())
-            tell_points(work, points, out.get());
+            tell_table(work, through, own, out.get());
+        else if (has_rows)
+            tell_points(work, count_ ? even_points(through, own) : own, out.get());
         if (out)
             out->publish();
     }
 
 private:
-    struct kills {
-        void operator()(lin_interp_double *record) const { lin_interp_double_kill(record); }
-    };
-
-    void turn_over(std::vector<curve_point> &points) const
+    // Among rows what is no row is a comment.
+    void tell_fit(job &work, const fitted_curve &through, std::size_t points, bool among_rows) const
     {
-        const bool rises = points[1].y > points[0].y;
-        for (std::size_t i = 1; i < points.size(); ++i)
-            if (points[i].y == points[i - 1].y || (points[i].y > points[i - 1].y) != rises)
-                throw failure(in_, "y turns at x " + number_text(points[i - 1].x) + "; it has no inverse");
-        for (curve_point &point : points)
-            std::swap(point.x, point.y);
-        if (!rises)
-            std::reverse(points.begin(), points.end());
+        work.result["points"] = points;
+        if (fit_ == "lines")
+            return;
+        work.result["fit"] = fit_;
+        if (fit_ != "bezier")
+            return;
+        for (const fitted_curve::point &control : through.control_points())
+            work.result["bezier"].push_back(json::array({control[0], control[1]}));
+        work.result["miss"]["vertical"] = through.vertical_miss();
+        work.result["miss"]["parametric"] = through.parametric_miss();
+        const std::string start = among_rows ? "# " : "";
+        work.line(start + "vertical_miss " + number_text(through.vertical_miss()));
+        work.line(start + "parametric_miss " + number_text(through.parametric_miss()));
     }
 
-    void build(const std::vector<curve_point> &points)
+    [[nodiscard]] std::vector<fitted_curve::point> even_points(const fitted_curve &through,
+                                                               const std::vector<fitted_curve::point> &own) const
     {
-        lines_.reset(lin_interp_double_new(static_cast<int>(points.size()), nullptr));
-        if (!lines_)
-            throw_report(in_);
-        for (const curve_point &point : points)
-            if (lin_interp_double_insert(lines_.get(), point.x, point.y) != 0)
-                throw_report(in_);
+        std::vector<fitted_curve::point> points;
+        const double first = own.front()[0];
+        const double last = own.back()[0];
+        for (int i = 0; i < *count_; ++i) {
+            const double part = static_cast<double>(i) / (*count_ - 1);
+            const double x = i + 1 == *count_ ? last : first * (1 - part) + last * part;
+            points.push_back({x, through.value(x)});
+        }
+        return points;
     }
 
-    // The end values go on outside of the points.
-    [[nodiscard]] double value(double x) const
-    {
-        double y = 0;
-        if (lin_interp_double_inextp(lines_.get(), x, &y) != 0)
-            throw_report(in_);
-        return y;
-    }
-
-    static void tell_points(job &work, const std::vector<curve_point> &points, output_file *out)
+    static void tell_points(job &work, const std::vector<fitted_curve::point> &points, output_file *out)
     {
         json all = json::array();
-        for (const curve_point &point : points) {
-            all.push_back(json::array({point.x, point.y}));
-            tell_line(work, number_text(point.x) + " " + number_text(point.y), out);
+        for (const fitted_curve::point &point : points) {
+            all.push_back(json::array({point[0], point[1]}));
+            tell_line(work, number_text(point[0]) + " " + number_text(point[1]), out);
         }
         work.result["curve"] = std::move(all);
     }
 
-    void tell_table(job &work, const std::vector<curve_point> &points, output_file *out) const
+    void tell_table(job &work, const fitted_curve &through, const std::vector<fitted_curve::point> &points,
+                    output_file *out) const
     {
         const double last = static_cast<double>(*parse_integer(table_)) - 1;
-        const auto [low, high] = std::minmax_element(
-            points.begin(), points.end(), [](const curve_point &a, const curve_point &b) { return a.y < b.y; });
-        const double x0 = range_.empty() ? points.front().x : range_[0][0];
-        const double x1 = range_.empty() ? points.back().x : range_[0][1];
-        const double y0 = range_.empty() ? low->y : range_[0][0];
-        const double y1 = range_.empty() ? high->y : range_[0][1];
+        const auto [low, high] =
+            std::minmax_element(points.begin(), points.end(), [](const auto &a, const auto &b) { return a[1] < b[1]; });
+        const double x0 = range_ ? (*range_)[0] : points.front()[0];
+        const double x1 = range_ ? (*range_)[1] : points.back()[0];
+        const double y0 = range_ ? (*range_)[0] : (*low)[1];
+        const double y1 = range_ ? (*range_)[1] : (*high)[1];
         if (!(y0 < y1) || !std::isfinite(x1 - x0) || !std::isfinite(y1 - y0))
             throw failure(in_, "its values have no range", "--range gives one");
         json all = json::array();
         for (int i = 0; i <= static_cast<int>(last); ++i) {
-            const double y = (value(x0 + (x1 - x0) * (i / last)) - y0) / (y1 - y0);
+            const double y = (through.value(x0 + (x1 - x0) * (i / last)) - y0) / (y1 - y0);
             const auto entry = static_cast<int>(std::floor(std::clamp(y, 0.0, 1.0) * last + 0.5));
             all.push_back(entry);
             tell_line(work, std::to_string(entry), out);
@@ -187,12 +199,13 @@ private:
     }
 
     std::string in_;
+    std::string fit_ = "lines";
+    std::optional<int> count_;
     bool invert_ = false;
     std::vector<std::vector<double>> at_;
     std::string table_;
-    std::vector<std::vector<double>> range_;
+    std::optional<std::array<double, 2>> range_;
     std::string out_;
-    std::unique_ptr<lin_interp_double, kills> lines_;
 };
 
 }  // namespace
@@ -201,9 +214,12 @@ extern const command curve_command;
 const command curve_command = {
     "curve",
     "values, inverses and tables of curves through points",
-    "The curve runs in straight lines between the points; outside of them the first and the last value continue. A "
-    "line of IN has x and y of a point, in any order of x; what follows a \"#\" is skipped.",
+    "The curve runs in straight lines between the points, or smoothly without overshoot (--fit cubic), or is the one "
+    "Bezier segment that comes near them and smooths what was measured (--fit bezier): its largest vertical miss is "
+    "told, and the fit's own one, the largest distance along the curve. Outside of the points the first and the last "
+    "value continue. A line of IN has x and y of a point, in any order of x; what follows a \"#\" is skipped.",
     {{"teska curve dots.txt --at 0.5", "the value in the middle"},
+     {"teska curve dots.txt --fit cubic --points 101", "a smooth curve in steps of one in a hundred"},
      {"teska curve dots.txt --invert --table 256 --range=0,1 --out plate.txt", "a table that undoes a gain"}},
     make_action<curve>};
 

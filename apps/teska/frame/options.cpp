@@ -179,6 +179,18 @@ void options::paths(const std::string &name, const std::string &value, const std
     add(option{name, value, help, "", {}, true, completes::files, list_taker(target)});
 }
 
+void options::pair(const std::string &name, const std::string &value, const std::string &help,
+                   std::optional<std::array<double, 2>> &target)
+{
+    const auto take = [=, &target](const std::string &given) {
+        const std::optional<std::vector<double>> values = parse_numbers(given);
+        if (!values || values->size() != 2)
+            throw usage_failure(name + " " + given, "2 numbers with commas between wanted");
+        target = {(*values)[0], (*values)[1]};
+    };
+    add(option{name, value, help, "", {}, false, completes::nothing, take});
+}
+
 void options::numbers(const std::string &name, const std::string &value, int count, const std::string &help,
                       std::vector<std::vector<double>> &target)
 {

@@ -8,7 +8,7 @@
 //         take.choice("--intent", "I", {"perceptual", "relative"}, "rendering intent", intent_);
 //         take.integer("--depth", "BITS", 8, 16, "bits of a sample", depth_);
 //         take.number("--max-error", "E", 1e-6, 1000, "largest difference allowed", max_error_);
-//         take.texts("--link", "F", "a device link; may be repeated", links_);
+//         take.texts("--link", "F", "a device link", links_);
 //         take.files("FILE", 1, 1000000, "what to read", files_);
 //     }
 //
@@ -19,6 +19,7 @@
 #ifndef TESKA_TOOL_OPTIONS_H
 #define TESKA_TOOL_OPTIONS_H
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -75,6 +76,10 @@ public:
                 double &target);
     void number(const std::string &name, const std::string &value, double least, double most, const std::string &help,
                 std::optional<double> &target);
+
+    // Two numbers with a comma between.
+    void pair(const std::string &name, const std::string &value, const std::string &help,
+              std::optional<std::array<double, 2>> &target);
 
     // Values that add up when the option is repeated; numbers are lists of exactly `count` with commas between.
     void texts(const std::string &name, const std::string &value, const std::string &help,
