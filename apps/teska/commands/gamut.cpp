@@ -88,6 +88,10 @@ public:
         take.choice("--intent", "I", {"perceptual", "relative", "saturation", "absolute"},
                     "rendering intent of a profile; a chart is taken as measured", intent_);
         take.number("--tac", "T", 1, 1500, "most ink of a profile in percent, all inks together", ink_limit_);
+        take.text("--sets", "NAME",
+                  "of a chart with several tables those of this name (TABLE_NAME, TABLE_DESCRIPTOR, DESCRIPTOR or the "
+                  "word in the first line) or of this number; without it the first with colours",
+                  tables_);
         take.numbers("--inside", "L,a,b", 3, "tells whether a colour is inside", inside_);
         take.numbers("--nearest", "L,a,b", 3, "tells the nearest colour that can be shown", nearest_);
         take.path("--colours", "F", "a chart or lines of L a b: --inside and --nearest for each of its colours",
@@ -112,9 +116,11 @@ public:
         const std::unique_ptr<output_file> vrml = output(work, vrml_, inputs);
         const std::unique_ptr<output_file> slices = output(work, slices_, inputs);
         const std::unique_ptr<output_file> out = output(work, out_, inputs);
-        take_colours(work, first);
+        if (!tables_.empty() && !first.is_chart)
+            throw failure(source_, "is a profile", "--sets chooses a table of a chart");
+        take_colours(work, first, tables_);
         if (second)
-            take_colours(work, *second);
+            take_colours(work, *second, "");
         const gamut_body body(source_, first.colours);
         work.note(source_, "hull: what lies in its hollows counts as inside");
         tell(work, first, body);
@@ -162,9 +168,10 @@ private:
         return std::make_unique<output_file>(work, path, files);
     }
 
-    void take_colours(job &work, gamut_source &source)
+    void take_colours(job &work, gamut_source &source, const std::string &tables)
     {
-        source.colours = source.is_chart ? read_chart(work, source.path).colours : profile_colours(work, source.path);
+        source.colours =
+            source.is_chart ? read_chart(work, source.path, tables).colours : profile_colours(work, source.path);
     }
 
     std::vector<lab_colour> profile_colours(job &work, const std::string &path)
@@ -314,6 +321,7 @@ private:
     std::optional<int> grid_;
     std::string intent_ = "relative";
     std::optional<double> ink_limit_;
+    std::string tables_;
     std::vector<std::vector<double>> inside_;
     std::vector<std::vector<double>> nearest_;
     std::string colours_;

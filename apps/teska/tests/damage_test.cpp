@@ -6,7 +6,11 @@
 #include "support/pictures.h"
 #include "support/process.h"
 
+#include "error_mess.h"
+#include "frame/command.h"
+#include "frame/command_line.h"
 #include "frame/failure.h"
+#include "frame/options.h"
 #include "profiles.h"
 #include "tables/cube.h"
 
@@ -125,6 +129,84 @@ TEST(Damage, OfProfilesTablesAndCubesIsToldOrHarmless)
     ASSERT_EQ(run_teska({"bake", folder.path("a.ttab"), "--cube", folder.path("a.cube")}).code, 0);
     read_damaged(
         folder, "a.ttab", [](const std::string &path) { read_ttab(path); }, 900);
+}
+
+// A command in this process; what it throws comes out, what it tells is dropped.
+void run_inside(const std::vector<std::string> &arguments)
+{
+    const command &called = *find_command(arguments.front());
+    const std::unique_ptr<action> made = called.make();
+    options take;
+    common_options common = {};
+    made->describe(take);
+    describe_common(take, common);
+    parse_arguments(called, take, {arguments.begin() + 1, arguments.end()});
+    job work(called.name);
+    work.threads = 1;
+    work.json_wanted = work.quiet = true;
+    made->run(work);
+}
+
+// Solids and overprints of three inks in one table, the same colours again in another.
+std::string two_tables()
+{
+    std::string text;
+    for (const char *name : {"first", "second"}) {
+        text += std::string("CTI3\nTABLE_NAME \"") + name +
+                "\"\nNUMBER_OF_FIELDS 6\nBEGIN_DATA_FORMAT\nCMY_C CMY_M CMY_Y LAB_L LAB_A LAB_B\n"
+                "END_DATA_FORMAT\nNUMBER_OF_SETS 8\nBEGIN_DATA\n";
+        for (int i = 0; i < 8; ++i) {
+            const int c = i & 1, m = i >> 1 & 1, y = i >> 2;
+            for (const int value : {100 * c, 100 * m, 100 * y, 95 - 35 * c - 45 * m - 6 * y, 75 * m - 40 * c - 5 * y,
+                                    90 * y - 50 * c - 5 * m})
+                text += std::to_string(value) + " ";
+            text += "\n";
+        }
+        text += "END_DATA\n";
+    }
+    return text;
+}
+
+TEST(Damage, OfChartsAndCurvesIsToldOrHarmless)
+{
+    const Folder folder;
+    const int before = error_set_thread(2);
+    folder.write("c.txt", two_tables());
+    read_damaged(
+        folder, "c.txt",
+        [](const std::string &path) {
+            run_inside({"gamut", path, "--sets", "second"});
+        },
+        400);
+    read_damaged(
+        folder, "c.txt",
+        [](const std::string &path) {
+            run_inside({"inks", path});
+        },
+        400);
+    {
+        colour_engine engine;
+        job work("test");
+        folder.write("p.icc", engine.open(work, "srgb").bytes());
+    }
+    read_damaged(
+        folder, "p.icc",
+        [](const std::string &path) {
+            run_inside({"inks", path, "--levels", "2"});
+        },
+        200);
+    std::string rows;
+    for (int i = 0; i <= 20; ++i)
+        rows += std::to_string(i / 20.0) + " " + std::to_string(i * i / 400.0) + "\n";
+    folder.write("c.txt", rows);
+    for (const char *fit : {"lines", "cubic", "bezier"})
+        read_damaged(
+            folder, "c.txt",
+            [fit](const std::string &path) {
+                run_inside({"curve", path, "--fit", fit, "--invert", "--table", "256", "--at", "0.5"});
+            },
+            200);
+    error_set_thread(before);
 }
 
 // The program itself: an exit code of its own, a line, and nothing left.

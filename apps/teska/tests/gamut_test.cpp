@@ -79,6 +79,48 @@ TEST(Chart, IsReadInEveryForm)
     }
 }
 
+TEST(Chart, HasTablesOfNames)
+{
+    const Folder folder;
+    const auto table = [](const std::string &start, const std::string &rows) {
+        return start + "BEGIN_DATA_FORMAT\nLAB_L LAB_A LAB_B\nEND_DATA_FORMAT\nBEGIN_DATA\n" + rows + "END_DATA\n";
+    };
+    folder.write("c.txt",
+                 table("CGATS.17\nDESCRIPTOR \"Coated, 2026\"\nTABLE_NAME \"Solids\"\n", "1 0 0\n2 0 0\n") +
+                     table("TABLE_NAME\nTABLE_DESCRIPTOR tints\n", "3 0 0\n") + table("CTI3\n", "4 0 0\n") +
+                     table("TABLE_NAME solids\n", "5 0 0\n") +
+                     "DESCRIPTOR none\nBEGIN_DATA_FORMAT\nSAMPLE_ID\nEND_DATA_FORMAT\nBEGIN_DATA\n1\nEND_DATA\n");
+    const auto lightness = [&](const std::string &name) {
+        job work("test");
+        std::string found;
+        try {
+            for (const lab_colour &colour : read_chart(work, folder.path("c.txt"), name).colours)
+                found += std::to_string(static_cast<int>(colour[0]));
+        } catch (const failure &problem) {
+            found = problem.what();
+        }
+        return found;
+    };
+    const std::pair<std::string, std::string> wanted[] = {
+        {"", "12"},
+        {"Solids", "125"},
+        {"coated, 2026", "12"},
+        {"cgats.17", "12"},
+        {"2", "3"},
+        {"TINTS", "3"},
+        {"cti3", "4"},
+        {"4", "5"},
+        {"none", "has no Lab and no XYZ columns"},
+        {"table_descriptor", "has no table \"table_descriptor\"; it has \"Solids\", \"tints\", \"CTI3\", "
+                             "\"solids\", \"none\""}};
+    for (const auto &[name, found] : wanted)
+        EXPECT_EQ(lightness(name), found) << name;
+    folder.write("c.txt", cube(20, 80) + cube(10, 20));
+    EXPECT_EQ(run_teska({"gamut", folder.path("c.txt"), "--sets", "2"}).out.substr(0, 23), "colours 8\nvolume 1000.0");
+    EXPECT_EQ(run_teska({"gamut", "srgb", "--sets", "2"}).err,
+              "teska gamut: srgb: is a profile; --sets chooses a table of a chart\n");
+}
+
 TEST(Chart, IsRefusedWithItsLine)
 {
     const Folder folder;
