@@ -126,6 +126,12 @@ std::set<std::string> matches(const std::string &text, const std::string &patter
     return found;
 }
 
+std::ptrdiff_t matches_of(const std::string &text, const std::string &pattern)
+{
+    const std::regex expression(pattern);
+    return std::distance(std::sregex_iterator(text.begin(), text.end(), expression), std::sregex_iterator());
+}
+
 TEST(Pages, NameTheSameOptionsAndTheirExamplesAreRight)
 {
     const std::string bash = completion("bash");
@@ -142,6 +148,14 @@ TEST(Pages, NameTheSameOptionsAndTheirExamplesAreRight)
         EXPECT_EQ(matches(help_page(*known, take), "\n  (--[a-z0-9-]+)"), names);
         EXPECT_EQ(matches(man_page(*known, take), "\n\\.B (\\\\-\\\\-[a-z0-9\\\\-]+)"), names);
         EXPECT_EQ(matches(fish, "from " + known->name + "' -l ([a-z0-9-]+)"), longs);
+        // That an option may be repeated is said once, and only of those that may.
+        const std::string help = help_page(*known, take);
+        for (const option &shown : take.all()) {
+            std::size_t start = help.find("\n  " + shown.name + (shown.value.empty() ? " " : " " + shown.value));
+            std::string entry = help.substr(start, help.find("\n  --", start + 1) - start);
+            entry = std::regex_replace(entry, std::regex("\\s+"), " ");
+            EXPECT_EQ(matches_of(entry, "may be repeated"), shown.repeats ? 1 : 0) << entry;
+        }
         const std::string line = "        " + known->name + ") options='";
         const std::size_t start = bash.find(line);
         ASSERT_NE(start, std::string::npos);
