@@ -4,7 +4,8 @@
     check_exports.py <build tree>
 
 Exactly the names declared with the export macro may be visible: a function by its name, a class by all members that it
-does not define in its body, and the data the language needs for it. Every line of a version script must let through at
+does not define in its body, and the data the language needs for it. Every function has a row in tests/hostile, or
+stands there with the reason why it has none. Every line of a version script must let through at
 least one of them, and every one must have a line. On Windows, where there are no version scripts, the names of the DLL
 are compared with the headers.
 """
@@ -148,8 +149,24 @@ def check_library(library, tree):
         yield f"does not export {name}, which a header declares"
 
 
+def check_hostile_rows():
+    """Whether the rows that call functions with hostile arguments are those of the headers' functions."""
+    text = "\n".join(path.read_text() for path in sorted((ROOT / "tests/hostile").glob("*_rows.cpp")))
+    text = re.sub(r"\btaking<[^<>]*>\((\w+)\)", r"\1", text)
+    rows = re.findall(r"\b(?:row|feeding|name_of)<(\w+)>|\bwithout\(\s*\"(\w+)\"", text)
+    names = [called or excused for called, excused in rows]
+    functions = {name for library in libraries() for name in declared(library) if re.fullmatch(r"\w+", name)}
+    for name in sorted(functions - set(names)):
+        yield f"tests/hostile has no row for {name}"
+    for name in sorted({name for name in names if name not in functions or names.count(name) > 1}):
+        yield f"tests/hostile has a row for {name}, which is no function or has one already"
+
+
 def main(tree):
     faults = 0
+    for fault in check_hostile_rows():
+        print(fault)
+        faults += 1
     for library in libraries():
         found = [f"{library.name}: {fault}" for fault in check_library(library, tree)]
         print("\n".join(found) or f"{library.name}: {len(declared(library))} names")

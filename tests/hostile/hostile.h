@@ -1,0 +1,445 @@
+// hostile - calls every function of the interface with all that its header allows, and much that it only answers to
+//
+// A row names a function and says, where its type does not, what each parameter is drawn from:
+//
+//     const HostileRows rows({
+//         row<vect_calc_norm>(in(8), one_of(-1, 0, 8)),          reads 8 numbers, told that there are less
+//         row<bezier_get>(live, number, out(1), out(1)),         what row<bezier_get>() means but for the rooms
+//         without("waitsec", "sleeps"),
+//     });
+//
+// It is called some hundred times; plain arguments, a few hostile ones among them, and hostile ones only take turns.
+// Afterwards nothing outside the arrays has been written to, objects that were given as const answer as they did
+// before, the others still answer, and what was made is freed. tools/check_exports.py compares the names with the
+// headers: every function has its row, or stands there with the reason why it has none.
+
+#ifndef TESKA_TESTS_HOSTILE_H
+#define TESKA_TESTS_HOSTILE_H
+
+#include "support/generator.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <initializer_list>
+#include <limits>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace teska_test
+{
+
+// The arguments of one call, what they need, and what is to be looked at after it.
+class Draw
+{
+public:
+    explicit Draw(std::uint64_t seed);
+    Draw(const Draw &) = delete;
+    Draw &operator=(const Draw &) = delete;
+    ~Draw() { finish(); }
+
+    Generator random;
+
+    bool chance(int out_of) { return random.below(out_of) == 0; }
+    double number();
+    double plain() { return random.between(-2, 2) * (chance(2) ? 1 : 50); }
+
+    // n values in memory of their own, so that reading past them is noticed; nothing else is.
+    template <class T>
+    T *values(int n)
+    {
+        T *made = keep(std::shared_ptr<T[]>(new T[static_cast<std::size_t>(n)]));
+        for (int i = 0; i < n; ++i)
+            made[i] = value<T>();
+        last_ = made;
+        return made;
+    }
+
+    // Room for n values between guards that must stay as they are.
+    template <class T>
+    T *room(int n)
+    {
+        T *guarded = values<T>(n + 2 * guard);
+        last_ = guarded + guard;
+        later([guarded, n, before = ends(guarded, n)] { EXPECT_EQ(ends(guarded, n), before) << "outside an array"; });
+        return guarded + guard;
+    }
+
+    // The array that was made last: where one argument may be another one.
+    template <class T>
+    T *last()
+    {
+        return static_cast<T *>(last_);
+    }
+
+    template <class T>
+    T *keep(std::shared_ptr<T[]> array)
+    {
+        kept_.push_back(array);
+        return array.get();
+    }
+
+    // After the call, the latest first.
+    void later(std::function<void()> check) { later_.push_back(std::move(check)); }
+    void finish();
+
+    template <class T>
+    T value()
+    {
+        if constexpr (std::is_floating_point_v<T>)
+            return fitting<T>(number());
+        else if constexpr (std::is_integral_v<T>)
+            return static_cast<T>(chance(3) ? random.next() : chance(2) ? 0 : random.next() >> 61);
+        else
+            return T();
+    }
+
+    // What or_last gives next.
+    void remember(void *last) { last_ = last; }
+
+    // A float may be infinite, but no double beyond its range is converted to it.
+    template <class T>
+    static T fitting(double drawn)
+    {
+        constexpr T infinity = std::numeric_limits<T>::infinity();
+        const bool fits = !(std::abs(drawn) > std::numeric_limits<T>::max());
+        return fits ? static_cast<T>(drawn) : drawn > 0 ? infinity : -infinity;
+    }
+
+private:
+    static constexpr int guard = 8;
+
+    template <class T>
+    static std::string ends(const T *guarded, int n)
+    {
+        const auto *const all = reinterpret_cast<const char *>(guarded);
+        const std::size_t end = guard * sizeof(T), middle = static_cast<std::size_t>(n) * sizeof(T);
+        return std::string(all, end).append(all + end + middle, end);
+    }
+
+    int hostile_;  // one of so many numbers; 0: none
+    void *last_ = nullptr;
+    std::vector<std::shared_ptr<void>> kept_;
+    std::vector<std::function<void()>> later_;
+};
+
+// What the rows know of a type of object: how to make one, to ask it, to free it.
+//     static T *make(Draw &draw);                          null when the draw made none
+//     static void ask(T *object, Digest &digest);          with plain arguments
+//     static void free(T *object);
+template <class T>
+struct Object;
+
+template <class T>
+concept Known = requires(T *object, Digest &digest)
+{
+    Object<T>::ask(object, digest);
+};
+
+template <Known T>
+std::uint64_t answers(T *object)
+{
+    Digest digest;
+    Object<T>::ask(object, digest);
+    return digest.value();
+}
+
+template <class T>
+void add(Digest &digest, const T &value)
+{
+    digest.add(&value, sizeof value);
+}
+
+// An object for a call; frozen: it must answer as before.
+template <Known T>
+T *lend(Draw &draw, bool frozen)
+{
+    T *object = nullptr;
+    while (object == nullptr)
+        object = Object<T>::make(draw);
+    draw.remember(object);
+    draw.later([object, frozen, before = answers(object)] {
+        const std::uint64_t after = answers(object);
+        EXPECT_TRUE(!frozen || after == before) << "the object answers otherwise";
+        Object<T>::free(object);
+    });
+    return object;
+}
+
+// ---- What arguments are drawn from: called with the type of the parameter -------------------------------------------
+
+template <class Body>
+struct From {
+    Body body;
+};
+template <class Body>
+From(Body) -> From<Body>;
+
+inline constexpr From number{[]<class T>(Draw &draw, T *) { return Draw::fitting<T>(draw.number()); }};
+
+// A live object, which a call by pointer to const leaves as it is; kept: one by pointer to non-const, too.
+inline constexpr From live{
+    []<class T>(Draw &draw, T **) { return lend<std::remove_const_t<T>>(draw, std::is_const_v<T>); }};
+inline constexpr From kept{[]<class T>(Draw &draw, T **) { return lend<std::remove_const_t<T>>(draw, true); }};
+
+// An object that the call frees, or null.
+inline constexpr From last_of{
+    []<class T>(Draw &draw, T **) -> T * { return draw.chance(4) ? nullptr : Object<T>::make(draw); }};
+
+inline auto in(int n)
+{
+    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.values<std::remove_const_t<T>>(n); }};
+}
+
+// For a parameter that is a pointer to void: what it points to.
+template <class Value>
+auto in_as(int n)
+{
+    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.values<Value>(n); }};
+}
+
+inline auto out(int n)
+{
+    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.room<std::remove_const_t<T>>(n); }};
+}
+
+// The same, each value one of those given.
+template <class... Value>
+auto room_of(int n, Value... value)
+{
+    return From{[=]<class T>(Draw &draw, T **) -> T * {
+        std::remove_const_t<T> *const made = draw.room<std::remove_const_t<T>>(n);
+        const std::common_type_t<Value...> values[] = {value...};
+        for (int i = 0; i < n; ++i)
+            made[i] = static_cast<T>(values[draw.random.below(sizeof...(value))]);
+        return made;
+    }};
+}
+
+// The middle of 2 n + 1 samples: steps may be negative.
+inline auto mid(int n)
+{
+    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.room<std::remove_const_t<T>>(2 * n + 1) + n; }};
+}
+
+// Bytes of an argument that is a pointer to void.
+inline auto bytes(int n)
+{
+    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.room<unsigned char>(n); }};
+}
+
+// Pointers to the middles of k rows of 2 n + 1 samples; some of them may be null.
+inline auto rows_of(int k, int n, bool some = false)
+{
+    return From{[=]<class T>(Draw &draw, T **) -> T * {
+        using Row = std::remove_const_t<T>;
+        Row *const leads = draw.keep(std::shared_ptr<Row[]>(new Row[static_cast<std::size_t>(k)]));
+        for (int i = 0; i < k; ++i)
+            leads[i] = some && draw.chance(6)
+                           ? nullptr
+                           : draw.room<std::remove_const_t<std::remove_pointer_t<Row>>>(2 * n + 1) + n;
+        return leads;
+    }};
+}
+
+template <class... Value>
+auto one_of(Value... value)
+{
+    return From{[=]<class T>(Draw &draw, T *) {
+        const std::common_type_t<Value...> values[] = {value...};
+        return static_cast<T>(values[draw.random.below(sizeof...(value))]);
+    }};
+}
+
+// From a to b, but for one in eight that is far outside: for what the header says is refused, or cut.
+inline auto about(int a, int b)
+{
+    return From{[a, b]<class T>(Draw &draw, T *) {
+        const int outside[] = {a - 1, b + 1, -1, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()};
+        return static_cast<T>(draw.chance(8) ? outside[draw.random.below(5)] : a + draw.random.below(b - a + 1));
+    }};
+}
+
+// How many of n things a call is told of; below 1 there are none.
+inline auto counts(int n)
+{
+    return From{[n]<class T>(Draw &draw, T *) {
+        const int drawn = draw.random.below(n + 3) - 1;
+        return static_cast<T>(drawn > n ? std::numeric_limits<int>::min() : drawn);
+    }};
+}
+
+// The same argument as what was drawn before, now and then.
+template <class Other>
+auto or_last(Other other)
+{
+    return From{[=]<class T>(Draw &draw, T **place) -> T * {
+        return draw.chance(4) ? draw.last<T>() : other.body(draw, place);
+    }};
+}
+
+template <class Other>
+auto or_null(Other other)
+{
+    return From{
+        [=]<class T>(Draw &draw, T **place) -> T * { return draw.chance(6) ? nullptr : other.body(draw, place); }};
+}
+
+// A text of the kinds that readers trip over, zero-terminated, in memory of its own; room: so many bytes for changes.
+const std::string &hostile_text(Draw &draw);
+inline auto text(int room = 0)
+{
+    return From{[room]<class T>(Draw &draw, T **) -> T * {
+        const std::string &drawn = hostile_text(draw);
+        char *made = room > 0 ? draw.room<char>(room) : draw.values<char>(static_cast<int>(drawn.size()) + 1);
+        return static_cast<T *>(std::memcpy(made, drawn.c_str(), drawn.size() + 1));
+    }};
+}
+
+// A path in a folder of the tests: of nothing, a file of hostile text, a folder, a pipe, what cannot be.
+const std::string &hostile_path(Draw &draw);
+inline auto path()
+{
+    return From{[]<class T>(Draw &draw, T **) -> T * {
+        const std::string &drawn = hostile_path(draw);
+        return std::strcpy(draw.values<char>(static_cast<int>(drawn.size()) + 1), drawn.c_str());
+    }};
+}
+
+// Always the same, as a function to be called.
+template <class Value>
+auto always(Value value)
+{
+    return From{[=]<class T>(Draw &, T *) { return static_cast<T>(value); }};
+}
+
+// By the type alone.
+inline constexpr From usual{[]<class T>(Draw &draw, T *place) -> T {
+    using Target = std::remove_const_t<std::remove_pointer_t<T>>;
+    if constexpr (std::is_floating_point_v<T>)
+        return number.body(draw, place);
+    else if constexpr (std::is_arithmetic_v<T>)
+        return draw.value<T>();
+    else if constexpr (Known<Target>)
+        return live.body(draw, place);
+    else if constexpr (std::is_void_v<Target>)
+        return nullptr;
+    else if constexpr (std::is_same_v<Target, char>)
+        return text(std::is_const_v<std::remove_pointer_t<T>> ? 0 : 512).body(draw, place);
+    else
+        return out(1).body(draw, place);
+}};
+
+// ---- Rows -----------------------------------------------------------------------------------------------------------
+
+struct HostileRow {
+    std::string name;
+    std::function<void(Draw &)> call;  // none: the function has no row
+};
+
+// What a call gave: an object is asked and freed, unless it is one of the arguments.
+template <class Result>
+void receive(Result result, const std::vector<const void *> &arguments)
+{
+    if constexpr (std::is_pointer_v<Result>)
+        if constexpr (Known<std::remove_pointer_t<Result>>)
+            if (result != nullptr && std::find(arguments.begin(), arguments.end(), result) == arguments.end()) {
+                answers(result);
+                Object<std::remove_pointer_t<Result>>::free(result);
+            }
+}
+
+template <class T>
+const void *address(const T &argument)
+{
+    if constexpr (std::is_pointer_v<T> && !std::is_function_v<std::remove_pointer_t<T>>)
+        return argument;
+    else
+        return nullptr;
+}
+
+// Calls a function with one argument of each; the braces draw them in order.
+template <class Result, class... Parameter, class... Source>
+std::function<void(Draw &)> caller_of_all(int times, Result (*function)(Parameter...), Source... source)
+{
+    return [=](Draw &draw) {
+        const std::tuple<Parameter...> arguments{source.body(draw, static_cast<Parameter *>(nullptr))...};
+        const auto call = [&](auto... argument) {
+            if constexpr (std::is_void_v<Result>)
+                function(argument...);
+            else
+                receive(function(argument...), {address(argument)...});
+        };
+        for (int i = 0; i < times; ++i)
+            std::apply(call, arguments);
+    };
+}
+
+template <std::size_t... usual_at, class Function, class... Source>
+auto completed(std::index_sequence<usual_at...>, int times, Function function, Source... source)
+{
+    return caller_of_all(times, function, source..., (static_cast<void>(usual_at), usual)...);
+}
+
+template <class Result, class... Parameter, class... Source>
+auto caller(int times, Result (*function)(Parameter...), Source... source)
+{
+    static_assert(sizeof...(Source) <= sizeof...(Parameter));
+    return completed(std::make_index_sequence<sizeof...(Parameter) - sizeof...(Source)>(), times, function, source...);
+}
+
+// The name that the compiler gives to a function as an argument of a template: the last word of it.
+template <auto function>
+std::string name_of()
+{
+    const std::string_view all = __PRETTY_FUNCTION__;
+    const std::size_t begin = all.find("function = ") + 11;
+    const std::string_view named = all.substr(begin, all.find_first_of(";]", begin) - begin);
+    const std::size_t word = named.find_first_not_of("&( ");
+    return std::string(named.substr(word, named.find_first_of(") ", word) - word));
+}
+
+// The row of a function; parameters after the last source are drawn by their type.
+template <auto function, class... Source>
+HostileRow row(Source... source)
+{
+    return {name_of<function>(), caller(1, function, source...)};
+}
+
+// Called again and again with the same arguments, as lines are fed.
+template <auto function, class... Source>
+HostileRow feeding(Source... source)
+{
+    return {name_of<function>(), caller(7, function, source...)};
+}
+
+// For one of several functions of a name: which, by the types of its parameters.
+template <class... Parameter, class Result>
+constexpr auto taking(Result (*function)(Parameter...) noexcept)
+{
+    return function;
+}
+
+// A function without a row, and why.
+inline HostileRow without(std::string name, const char *) { return {std::move(name), nullptr}; }
+
+// Rows of one file; it ends with `const HostileRows rows({...});` at namespace scope.
+class HostileRows
+{
+public:
+    HostileRows(std::initializer_list<HostileRow> rows);
+    static std::vector<HostileRow> &all();
+};
+
+}  // namespace teska_test
+
+#endif

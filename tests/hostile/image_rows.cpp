@@ -1,0 +1,140 @@
+#include "hostile/objects.h"
+#include "whole_image.h"
+
+namespace teska_test
+{
+
+namespace
+{
+
+const auto line = [] { return mid(40); };
+const auto holder = [] { return rows_of(1, 40); };
+const auto size = [] { return one_of(1, 3, 6, 0, -1, INT_MIN); };
+const auto components = [] { return about(1, 4); };
+
+void converted(void **, int, void **, int, int) {}
+void converted_with(void *, void **, int, void **, int, int) {}
+
+// An image of samples of its own, or one that is none.
+whole_image an_image(Draw &draw, int width, int height, int n, int depth)
+{
+    const int sample = depth == 16 ? 2 : 1;
+    whole_image image{
+        draw.room<unsigned char>(8 * 8 * 4 * 2), width, height, n, depth, 32 * sample, 4 * sample, sample};
+    if (draw.chance(5)) {
+        int *const fields[] = {&image.width, &image.height, &image.components, &image.depth};
+        const int outside[] = {0, -1, INT_MIN};
+        *fields[draw.random.below(4)] = outside[draw.random.below(3)];
+    }
+    if (depth == 16 && draw.chance(8))
+        image.line = 3;
+    return image;
+}
+
+template <class Call>
+void with_images(Draw &draw, bool same, Call call)
+{
+    const auto extent = [&] { return 1 + draw.random.below(8); };
+    const int n = 1 + draw.random.below(4), depth = draw.chance(2) ? 8 : 16, width = extent(), height = extent();
+    const whole_image source = an_image(draw, width, height, n, depth);
+    const whole_image target = an_image(draw, same ? width : extent(), same ? height : extent(), n, depth);
+    const int first = draw.chance(3) ? draw.value<int>() : 0;
+    call(source, target, first, draw.chance(3) ? draw.value<int>() : target.height);
+}
+
+void resize(Draw &draw)
+{
+    with_images(draw, false, [&](const whole_image &source, const whole_image &target, int first, int lines) {
+        const double window[4] = {draw.number(), draw.number(), draw.number(), draw.number()};
+        whole_image_resize(draw.random.below(8) - 1, &source, &target, draw.chance(2) ? window : nullptr, first, lines);
+    });
+}
+
+void sharpen(Draw &draw)
+{
+    with_images(draw, true, [&](const whole_image &source, const whole_image &target, int first, int lines) {
+        const whole_image_sharpening how{
+            draw.random.below(5) - 1, draw.values<double>(4),  draw.chance(2) ? draw.values<double>(4) : nullptr,
+            draw.random.below(4) - 1, draw.values<double>(12), draw.values<double>(12)};
+        whole_image_sharpen(&how, &source, &target, first, lines);
+    });
+}
+
+void mark(Draw &draw)
+{
+    with_images(draw, true, [&](const whole_image &source, const whole_image &, int x, int y) {
+        whole_image_flood(&source, x, y, draw.value<int>() & INT_MAX, draw.room<unsigned char>(64));
+    });
+}
+
+const HostileRows rows({
+    row<fir_new>(about(0, 10), one_of(0, 255, 65535, INT_MAX)),
+    row<fir_kill>(last_of),
+    row<fir_start>(live, usual, one_of(1, 3, INT_MAX), one_of(0, 1, 20, -1, INT_MIN), always(taken)),
+    row<fir_start_with>(live, usual, one_of(1, 3, INT_MAX), one_of(0, 1, 20, -1, INT_MIN), always(handed)),
+    feeding<fir_mono>(live, line(), holder()),
+    feeding<fir_rgb>(live, line(), line(), line(), holder(), holder(), holder()),
+    feeding<fir_cmyk>(live, line(), line(), line(), line(), holder(), holder(), holder(), holder()),
+    feeding<fir_mono_b>(live, line(), holder()),
+    feeding<fir_rgb_b>(live, line(), line(), line(), holder(), holder(), holder()),
+    feeding<fir_cmyk_b>(live, line(), line(), line(), line(), holder(), holder(), holder(), holder()),
+
+    row<flood_new>(always([](void *, int, int) { return 0; }), always([](void *, int, int, int) {})),
+    row<flood_kill>(last_of),
+    row<flood_do>(live, always(nullptr)),
+
+    row<fusm_new>(about(0, 2), about(0, 255), about(1, 4), about(4, 10), or_null(room_of(4, 0, 1, 2)),
+                  one_of(converted, static_cast<fusm_conversion>(nullptr))),
+    row<fusm_new_with>(about(0, 2), about(0, 255), about(1, 4), about(4, 10), or_null(room_of(4, 0, 1, 2)),
+                       one_of(converted_with, static_cast<fusm_conversion_with>(nullptr)), always(nullptr)),
+    row<fusm_kill>(last_of),
+    row<fusm_stren_set>(live, in(2)),
+    row<fusm_noise_red_set>(live, in(2)),
+    row<fusm_level_red_set>(live, one_of(0, 2, 3, 1, -1, INT_MIN), in(6), in(6)),
+    row<fusm_stren_get>(kept),
+    row<fusm_noise_red_get>(kept),
+    row<fusm_start>(live, usual, one_of(0, 1, 20, -1, INT_MIN), always(taken)),
+    row<fusm_start_with>(live, usual, one_of(0, 1, 20, -1, INT_MIN), always(handed)),
+    feeding<fusm_b_do>(live, rows_of(2, 40), rows_of(2, 40), or_null(line())),
+    feeding<fusm_do>(live, rows_of(2, 40), rows_of(2, 40), or_null(line())),
+
+    row<ibilin_new>(),
+    row<ibilin_kill>(last_of),
+    row<ibilin_start>(live, components(), size(), size(), size(), size(), always(taken)),
+    row<ibilin_start_with>(live, components(), size(), size(), size(), size(), always(handed)),
+    feeding<ibilin_mono>(live, line(), holder()),
+    feeding<ibilin_rgb>(live, line(), line(), line(), holder(), holder(), holder()),
+    feeding<ibilin_cmyk>(live, line(), line(), line(), line(), holder(), holder(), holder(), holder()),
+    feeding<ibilin_mono_b>(live, line(), holder()),
+    feeding<ibilin_rgb_b>(live, line(), line(), line(), holder(), holder(), holder()),
+    feeding<ibilin_cmyk_b>(live, line(), line(), line(), line(), holder(), holder(), holder(), holder()),
+
+    row<izoom_new>(),
+    row<izoom_kill>(last_of),
+    row<izoom_window_set>(),
+    row<izoom_start>(live, about(1, 16), size(), size(), size(), size(), always(handed)),
+    feeding<izoom_line>(live, line(), holder()),
+    feeding<izoom_line_b>(live, line(), holder()),
+    row<izat_new>(about(0, 4)),
+    row<izat_kill>(last_of),
+    row<izat_window_set>(),
+    row<izat_strip_set>(),
+    {name_of<izat_start>(),
+     [](Draw &draw) {
+         izat *record = lend<izat>(draw, false);
+         izat_window_set(record, draw.number(), draw.number(), draw.number(), draw.number());
+         izat_strip_set(record, draw.random.below(4) - 1, draw.value<int>());
+         const auto side = [&] { return draw.chance(8) ? draw.random.below(3) - 2 : 1 + draw.random.below(9); };
+         izat_start(record, side(), side(), side(), side(), side(), handed, nullptr, 1, 1);
+     }},
+    feeding<izat_line>(live, line(), holder()),
+    feeding<izat_line_b>(live, line(), holder()),
+
+    {name_of<whole_image_resize>(), resize},
+    {name_of<whole_image_sharpen>(), sharpen},
+    {name_of<whole_image_flood>(), mark},
+});
+
+}  // namespace
+
+}  // namespace teska_test
