@@ -3,6 +3,7 @@
 #include "faults/sweep.h"
 #include "ttriangulartopsurface.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <optional>
@@ -57,11 +58,13 @@ void ask(TTriangularTopSurface &top)
     top.ScanMaskedTriangles(1, x);
 }
 
+int worst_error = 0;
+
 bool made(std::optional<Top> &top)
 {
     top.emplace();
     ask(*top);
-    EXPECT_LE(top->ErrNo(), 1);
+    worst_error = std::max(worst_error, top->ErrNo());
     return top->ErrNo() == 0;
 }
 
@@ -98,7 +101,7 @@ const Step steps[] = {
      [](std::optional<Top> &top) {
          Top copy(*top);
          ask(copy);
-         EXPECT_LE(copy.ErrNo(), 1);
+         worst_error = std::max(worst_error, copy.ErrNo());
          return copy.ErrNo() == 0;
      },
      {"Not enough memory", "No Memory", "func_new : unable to create new instance of function",
@@ -134,6 +137,7 @@ TEST(TopSurfaceFaults, LeaveAnObjectThatCanBeAskedAndTriedAgain)
                 return injected;
             });
         EXPECT_EQ(seen, step.reports);
+        EXPECT_EQ(worst_error, 1);
     }
     std::remove("topsurface_rows.m");
 }
