@@ -67,7 +67,7 @@ def markdown(result):
     lines = ["# Performance", "",
              "Million items a second on one thread, ours beside a peer's. Both run in one process, in turns; each figure is",
              "the median of at least seven runs. An item is a pixel or a point where nothing else is said. Written by",
-             "`./dev measure`; the aims are those of `bench/aims.txt`.", "",
+             "`./dev measure`; the aims are those of `bench/aims.txt`. Under \"scaling\" ours are two threads, the peer is one.", "",
              f"{model}; {compiler}.", ""]
     for program, rows in result.items():
         lines += [f"## {program.removesuffix('_bench')}", "", "| | peer | ours | theirs | ratio | aim |",
