@@ -159,6 +159,7 @@ def cores() -> int:
 @contextmanager
 def local_client(most: int) -> Iterator[Client]:
     """A cluster of this machine's cores, a process for each, but not more than `most`."""
+    import dask
     from distributed import Client, LocalCluster
     main = getattr(sys.modules['__main__'], '__file__', None)
     if main is not None and not os.path.exists(main):
@@ -167,6 +168,9 @@ def local_client(most: int) -> Iterator[Client]:
     folder = tempfile.mkdtemp(prefix='teska-')
     with ExitStack() as stack:
         stack.callback(shutil.rmtree, folder, ignore_errors=True)
+        # A local cluster looks some seconds after the death of a worker whether it is there again, and gives it up for
+        # good when it is not: on a busy machine, or when it has died once more.
+        stack.enter_context(dask.config.set({'distributed.deploy.lost-worker-timeout': '1 day'}))
         # Maps of files would count against a limit of memory.
         cluster = LocalCluster(n_workers=0, threads_per_worker=1, processes=True, memory_limit=0,
                                dashboard_address=':0', local_directory=folder, silence_logs=logging.CRITICAL)

@@ -36,18 +36,19 @@ def limited():
 
 @pytest.fixture(scope='session')
 def client(tmp_path_factory):
-    """Of a cluster of two workers. A task that has ended two workers is given up."""
+    """Of a cluster of two workers. A task that has ended two workers is given up, a worker never."""
     import dask
     import distributed
-    with dask.config.set({'distributed.scheduler.allowed-failures': 1}):
+    with dask.config.set({'distributed.scheduler.allowed-failures': 1,
+                          'distributed.deploy.lost-worker-timeout': '1 day'}):
         cluster = distributed.LocalCluster(
             n_workers=2, threads_per_worker=1, dashboard_address=':0', memory_limit=0, silence_logs=logging.CRITICAL,
             local_directory=str(tmp_path_factory.mktemp('workers')))
-    connected = distributed.Client(cluster, timeout=60)
-    yield connected
-    for close in (connected.close, cluster.close):
-        with contextlib.suppress(Exception):
-            close(timeout=10)
+        connected = distributed.Client(cluster, timeout=60)
+        yield connected
+        for close in (connected.close, cluster.close):
+            with contextlib.suppress(Exception):
+                close(timeout=10)
 
 
 @pytest.fixture
