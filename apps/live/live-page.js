@@ -242,12 +242,26 @@ const solid = (() => {
   const canvas = $("live-solid");
   let round = 0.6, above = 0.35, size = 1, marked = null, faces = [], timer = 0;
   const still = matchMedia("(prefers-reduced-motion: reduce)");
+  let wide = 560, high = 420;
+
+  // As wide as there is room, with a pixel of its own for every pixel of the screen.
+  function fit(pen) {
+    const ratio = window.devicePixelRatio || 1;
+    wide = Math.min(560, canvas.parentElement.clientWidth);
+    high = Math.round(wide * 3 / 4);
+    canvas.style.width = wide + "px";
+    if (canvas.width !== Math.round(wide * ratio)) {
+      canvas.width = Math.round(wide * ratio);
+      canvas.height = Math.round(high * ratio);
+    }
+    pen.setTransform(ratio, 0, 0, ratio, 0, 0);
+  }
 
   function place([l, a, b]) {
     const x = Math.cos(round) * a - Math.sin(round) * b, depth = Math.sin(round) * a + Math.cos(round) * b;
     const y = Math.cos(above) * (l - 50) + Math.sin(above) * depth;
-    const scale = canvas.height / 230 * size;
-    return [canvas.width / 2 + scale * x, canvas.height / 2 - scale * y, Math.cos(above) * depth - Math.sin(above) * (l - 50)];
+    const scale = high / 230 * size;
+    return [wide / 2 + scale * x, high / 2 - scale * y, Math.cos(above) * depth - Math.sin(above) * (l - 50)];
   }
 
   function line(pen, from, to, style) {
@@ -275,7 +289,8 @@ const solid = (() => {
   function draw() {
     const pen = canvas.getContext("2d");
     const text = getComputedStyle(section).color;
-    pen.clearRect(0, 0, canvas.width, canvas.height);
+    fit(pen);
+    pen.clearRect(0, 0, wide, high);
     axes(pen, text);
     const shown = faces.map(face => ({face, at: face.map(place)}))
         .filter(({at: [p, q, r]}) => (q[0] - p[0]) * (r[1] - p[1]) - (q[1] - p[1]) * (r[0] - p[0]) < 0)
@@ -342,6 +357,7 @@ const solid = (() => {
       grip = [event.clientX, event.clientY];
       draw();
     });
+    window.addEventListener("resize", draw);
     draw();
     clearInterval(timer);
     timer = setInterval(turn, 50);

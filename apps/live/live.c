@@ -165,6 +165,8 @@ int live_hull_nearest(void *hull, const double *lab, double *nearest)
     return failed;
 }
 
+/* ---- Colour differences ------------------------------------------------------------------------------------------ */
+
 static const double pi = 3.14159265358979323846;
 /* Hues that are opposite exactly may come out a little further apart; the mean hue jumps there. */
 static const double half_turn = 180 + 1e-9;

@@ -19,6 +19,8 @@ constexpr int steps = 20;  // of 5 per cent
 constexpr int curve_points = 100;
 
 // The light that an ink holds back, of a colour with the profile's white.
+// ---- Tones and their fits -------------------------------------------------------------------------------------------
+
 double light(const cmsCIELab &colour, std::size_t ink)
 {
     cmsCIEXYZ xyz;
@@ -68,6 +70,8 @@ tone_fit fitted(std::vector<xy> points)
     fit.gain = at_half[0] - 50;
     return fit;
 }
+
+// ---- The valley -----------------------------------------------------------------------------------------------------
 
 double valley(void *asked, void *, const double *x)
 {

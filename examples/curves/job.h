@@ -2,7 +2,8 @@
 //
 //     photograph --(grad_tab)--> toned photograph         histograms of both (hist)
 //     ink steps --(press profile)--> tone points --(bezier_fit)--> curves
-//     photograph --(rdither)--> four levels a channel
+//     photograph --(rdither)--> four levels a channel       photograph --(vect_lobe)--> one colour corrected
+//     points of an outline --(poly_bezier_fit)--> a chain of cubics
 //     Rosenbrock's function --(dhsm, condirmin)--> every point it was asked for
 
 #ifndef EXAMPLES_CURVES_JOB_H
@@ -54,6 +55,27 @@ struct tone_fit {
 // Steps of each ink alone, printed by the profile. The tone is that of Murray and Davies, from the light that the ink
 // holds back: cyan red, magenta green, yellow blue.
 std::array<tone_fit, 4> run_tone_fits(const profile &press, colour_engine &engine);
+
+struct fitted_outline {
+    std::vector<std::vector<xy>> segments;  // control points
+    std::vector<xy> curve;
+    double farthest;  // point from the curve
+    double length;
+    double area;
+};
+
+// A closed row of points as cubics that pass all of them within the bound, with corners where the row turns by more
+// than so many degrees.
+fitted_outline fit_outline(const std::vector<xy> &points, double bound, double corner);
+
+struct selective_results {
+    picture corrected;
+    long moved;    // pixels
+    double limit;  // the multiple of the shift from which on colours would fold
+};
+
+// Orange becomes redder, and nothing else changes.
+selective_results correct_selectively(const picture &photograph);
 
 struct dither_results {
     std::vector<std::array<int, 16>> cells;  // of level 0 .. 16, which of the pixels are set

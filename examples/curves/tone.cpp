@@ -32,6 +32,8 @@ void require(bool success, const char *what)
         throw failure(what);
 }
 
+// ---- A tone curve ---------------------------------------------------------------------------------------------------
+
 void save(const std::vector<xy> &points, const std::string &file)
 {
     const table made(grad_tab_new(file.c_str(), 1, brightest, 0));
@@ -103,6 +105,8 @@ levels levels_of(const picture &shown)
     hist_med(counted.get(), &found.mean, &found.deviation);
     return found;
 }
+
+// ---- The dither cell ------------------------------------------------------------------------------------------------
 
 picture middle_of(const picture &photograph)
 {

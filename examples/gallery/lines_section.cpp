@@ -24,10 +24,11 @@ picture detail(const picture &photograph, int size)
 
 // ---- Sharpening -----------------------------------------------------------------------------------------------------
 
-std::string sharpening_strip(const picture &photograph, const section_folder &folder)
+std::string sharpening_strip(const picture &photograph, const section_folder &plain)
 {
-    const picture part = detail(photograph, 144);
-    std::string figures = folder.figure("sharp-none", magnified(part, 2), "A part of the photograph", "as it is");
+    const picture part = detail(photograph, 128);
+    const section_folder folder = plain.made_by("examples/lines/filters.cpp", "Sharpening");
+    std::string figures = folder.pixels("sharp-none", magnified(part, 2), "A part of the photograph", "as it is", 2);
     const struct {
         const char *id;
         int radius;
@@ -35,12 +36,13 @@ std::string sharpening_strip(const picture &photograph, const section_folder &fo
     } rows[] = {{"a", 1, 0.2, 0},   {"b", 1, 0.4, 0}, {"c", 1, 0.8, 0}, {"d", 1, 0.8, 0.1},
                 {"e", 1, 0.8, 0.3}, {"f", 0, 0.8, 0}, {"g", 2, 0.8, 0}};
     for (const auto &row : rows)
-        figures += folder.figure(
+        figures += folder.pixels(
             std::string("sharp-") + row.id, magnified(sharpened(part, row.radius, row.strength, row.noise), 2),
             "The same part, sharpened",
             expanded("radius {radius}, strength {strength}, coring {noise}", {{"radius", std::to_string(row.radius)},
                                                                               {"strength", decimals(row.strength, 1)},
-                                                                              {"noise", decimals(row.noise, 1)}}));
+                                                                              {"noise", decimals(row.noise, 1)}}),
+            2);
     return expanded(R"(<h3>Unsharp masking</h3>
 <p>A high-pass of three or five lines is scaled and added to each pixel. Coring leaves small differences alone, which are
 noise more often than detail: the skin stays smooth and the edges still gain. Radius 2 is a band-pass and brings out coarser
@@ -62,17 +64,20 @@ std::string borders(const picture &photograph, const section_folder &folder)
 {sharpening}{filter}</div>
 )",
         {{"sharpening",
-          folder.figure(
-              "border-sharpening",
-              magnified(distance(part, cropped(sharpened(photograph, 1, 0.8, 0), 0, 0, side, side), 6), factor),
-              "Coloured pixels inside a dark frame of two pixels",
-              R"(<b>What sharpening changed</b> in the upper left corner, times 6. The window of
-radius 1 reaches two pixels: so many lines and columns pass as they are.)")},
+          folder.made_by("examples/lines/filters.cpp", "Sharpening")
+              .pixels("border-sharpening",
+                      magnified(distance(part, cropped(sharpened(photograph, 1, 0.8, 0), 0, 0, side, side), 6), factor),
+                      "Coloured pixels inside a dark frame of two pixels",
+                      R"(<b>What sharpening changed</b> in the upper left corner, times 6. The window of
+radius 1 reaches two pixels: so many lines and columns pass as they are.)",
+                      factor)},
          {"filter",
-          folder.figure("border-filter", magnified(cropped(borders_of_filter(photograph, 6), 0, 0, side, side), factor),
-                        "Six rows and columns of the photograph around a black square",
-                        R"(<b>A FIR filter of radius 6</b> as it is made, with all coefficients 0: what is not
-black has passed it by.)")}});
+          folder.made_by("examples/lines/filters.cpp", "A filter of the caller's")
+              .pixels("border-filter", magnified(cropped(borders_of_filter(photograph, 6), 0, 0, side, side), factor),
+                      "Six rows and columns of the photograph around a black square",
+                      R"(<b>A FIR filter of radius 6</b> as it is made, with all coefficients 0: what is not
+black has passed it by.)",
+                      factor)}});
 }
 
 // ---- Resampling -----------------------------------------------------------------------------------------------------
@@ -81,9 +86,10 @@ black has passed it by.)")}});
 // rings of their own.
 constexpr int plate_size = 336;
 
-std::string resampling(const picture &photograph, const picture &plate, const section_folder &folder)
+std::string resampling(const picture &photograph, const picture &plate, const section_folder &plain)
 {
-    const picture part = detail(photograph, 96);
+    const section_folder folder = plain.made_by("examples/lines/filters.cpp", "Bilinear resampling");
+    const picture part = detail(photograph, 87);
     const picture larger = resampled(plate, plate_size * 3 / 2, plate_size * 3 / 2);
     const int rest = larger.width - plate_size;
     return expanded(
@@ -96,27 +102,29 @@ there. The zone plate shows where.</p>
 <div class="pair below">
 {small}{large}</div>
 )",
-        {{"plate", folder.figure("zone", plate, "Rings that become finer outwards",
+        {{"plate", folder.pixels("zone", plate, "Rings that become finer outwards",
                                  expanded("zone plate, {size} pixels", {{"size", std::to_string(plate_size)}}))},
-         {"up", folder.figure("zone-up", cropped(larger, rest, rest, plate_size, plate_size),
+         {"up", folder.pixels("zone-up", cropped(larger, rest, rest, plate_size, plate_size),
                               "A corner of the same, larger", "to 3/2, the lower right corner")},
-         {"down", folder.figure("zone-down", resampled(plate, plate_size * 3 / 4, plate_size * 3 / 4),
+         {"down", folder.pixels("zone-down", resampled(plate, plate_size * 3 / 4, plate_size * 3 / 4),
                                 "The same, smaller, with faint rings around four more centres", "to 3/4")},
-         {"small", folder.figure("photo-small", magnified(resampled(part, part.width / 3, part.height / 3), 12),
+         {"small", folder.pixels("photo-small", magnified(resampled(part, part.width / 3, part.height / 3), 12),
                                  "A part of the photograph in large square pixels",
-                                 "<b>A third of the size</b>, each pixel shown as a square.")},
-         {"large", folder.figure("photo-large", resampled(part, part.width * 4, part.height * 4),
+                                 "<b>A third of the size</b>, each pixel shown as a square.", 12)},
+         {"large", folder.pixels("photo-large", resampled(part, part.width * 4, part.height * 4),
                                  "The same part, four times as large and soft", "<b>Four times the size.</b>")}});
 }
 
-std::string reducing(const reductions &reduced, const section_folder &folder)
+std::string reducing(const reductions &reduced, const section_folder &plain)
 {
+    const section_folder folder = plain.made_by("examples/lines/reductions.cpp");
     std::string figures;
     std::string rows;
     for (const reduction &one : reduced.made) {
         const std::string label =
             expanded("{name}, <code>{function}</code>", {{"name", one.name}, {"function", one.function}});
-        figures += folder.figure("zone-" + one.name, magnified(one.half, 2), "The zone plate at half the size", label);
+        figures +=
+            folder.pixels("zone-" + one.name, magnified(one.half, 2), "The zone plate at half the size", label, 2);
         rows += expanded(R"(<tr><th scope="row">{label}</th><td>{kept} %</td><td>{false} %</td></tr>
 )",
                          {{"label", label}, {"kept", decimals(one.kept, 1)}, {"false", decimals(one.false_rings, 1)}});
@@ -146,29 +154,32 @@ std::string filling(const filled_maze &maze, const section_folder &folder)
 {figure}
 )",
         {{"figure",
-          folder.figure("maze", magnified(maze.coloured, 3), "A maze whose ways change from dark blue to yellow",
-                        expanded(R"(<b>A maze, coloured by the order of filling</b>: from the
+          folder.made_by("examples/lines/maze.cpp", "Filling")
+              .pixels("maze", magnified(maze.coloured, 2), "A maze whose ways change from dark blue to yellow",
+                      expanded(
+                          R"(<b>A maze, coloured by the order of filling</b>: from the
 centre, dark blue, to the last corner, yellow. The library never sees the picture. It asked {tests} times whether a pixel
 belongs to the region and filled {pixels} pixels in {runs} runs: {ratio} questions a pixel.)",
-                                 {{"tests", grouped(maze.tests)},
-                                  {"pixels", grouped(maze.pixels)},
-                                  {"runs", grouped(maze.runs)},
-                                  {"ratio", decimals(static_cast<double>(maze.tests) / static_cast<double>(maze.pixels),
-                                                     2)}}))}});
+                          {{"tests", grouped(maze.tests)},
+                           {"pixels", grouped(maze.pixels)},
+                           {"runs", grouped(maze.runs)},
+                           {"ratio", decimals(static_cast<double>(maze.tests) / static_cast<double>(maze.pixels), 2)}}),
+                      2)}});
 }
 
 // ---- Tables ---------------------------------------------------------------------------------------------------------
 
 constexpr std::array<const char *, 3> samples_of = {"32-bit floats", "bytes", "doubles"};
 
-std::string tables(const table_comparison &compared, const section_folder &folder)
+std::string tables(const table_comparison &compared, const section_folder &plain)
 {
-    std::string figures = folder.figure("exact", compared.exact, "A gradient in red and green",
+    const section_folder folder = plain.made_by("examples/lines/tables.cpp", "A formula in three tables");
+    std::string figures = folder.pixels("exact", compared.exact, "A gradient in red and green",
                                         "<b>The formula</b>: red to the right, green upwards, blue 40 %");
     std::string rows;
     for (std::size_t i = 0; i < compared.answers.size(); ++i) {
         const table_answer &answer = compared.answers[i];
-        figures += folder.figure("errors-" + answer.name, answer.errors, "Coloured errors on black",
+        figures += folder.pixels("errors-" + answer.name, answer.errors, "Coloured errors on black",
                                  expanded("<b><code>{name}</code></b>, {samples}: errors times 64",
                                           {{"name", answer.name}, {"samples", samples_of[i]}}));
         rows += expanded(R"(<tr><th scope="row">{name}</th><td>{samples}</td><td>{mean}</td><td>{largest}</td></tr>

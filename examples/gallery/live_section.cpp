@@ -150,10 +150,10 @@ colour in the picture to learn whether it prints.</span></p>
 print the black instead.</p>
 </div>
 </div>
-<figure><canvas id="live-solid" width="560" height="420" tabindex="0" role="application"
+<figure><canvas id="live-solid" class="pixels" width="560" height="420" tabindex="0" role="application"
 aria-label="The colours that print, as a solid; arrow keys turn it, plus and minus scale it"></canvas>
 <figcaption><b>What prints, and what the screen shows.</b> The solid is the convex hull of what this press prints in
-CIELAB, the wire around it the colours of an sRGB screen. Turn it with the pointer or the arrow keys.</figcaption></figure>
+CIELAB, the wire around it the colours of an sRGB screen. Turn it with the pointer or the arrow keys. {code}</figcaption></figure>
 </div>
 )";
 
@@ -172,7 +172,7 @@ section live_section(const gallery_inputs &inputs)
 {
     colour_engine engine;
     const profile press = engine.open_press(inputs.profile), screen = engine.srgb(), lab = engine.lab();
-    const section_folder folder(inputs.output, "live");
+    const section_folder folder = section_folder(inputs.output, "live").made_by("apps/live/live.c", "Tables");
     const std::vector<unsigned short> press_grid =
         baked(engine.connect({screen, TYPE_RGB_16, press, TYPE_CMYK_16, INTENT_PERCEPTUAL}, evaluation::direct), 3, 4,
               press_points);
@@ -221,6 +221,7 @@ section live_section(const gallery_inputs &inputs)
                              folder.figure("photograph", photograph, "The photograph", "<b>The photograph.</b>")},
                             {"proof", folder.figure("proof", proof, "The photograph as it prints",
                                                     "<b>The proof</b>, made by the native library.")},
+                            {"code", folder.made_by("apps/live/live.c", "Colours").code_link()},
                             {"sliders", sliders}}) +
                 scripts};
 }

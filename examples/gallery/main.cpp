@@ -1,6 +1,6 @@
 // gallery - shows what the library does, on real input
 //
-//     gallery --photo <png> --profile <icc> --out <folder> [--live <folder of the compiled library>]
+//     gallery --photo <png> --profile <icc> --out <folder> [--chart <patches>] [--live <folder>]
 //
 // Exit code 0, or 1 with one line on standard error.
 
@@ -34,21 +34,24 @@ gallery_inputs read_arguments(int argc, char **argv)
             inputs.profile = argv[i + 1];
         else if (option == "--out")
             inputs.output = argv[i + 1];
+        else if (option == "--chart")
+            inputs.chart = argv[i + 1];
         else if (option == "--live")
             inputs.live = argv[i + 1];
         else
             throw failure("unknown option " + std::string(option));
     }
     if (argc % 2 == 0 || inputs.photo.empty() || inputs.profile.empty() || inputs.output.empty())
-        throw failure("usage: gallery --photo <png> --profile <icc> --out <folder> [--live <folder>]");
+        throw failure(
+            "usage: gallery --photo <png> --profile <icc> --out <folder> [--chart <patches>] [--live <folder>]");
     return inputs;
 }
 
 void make_gallery(const gallery_inputs &inputs)
 {
     std::vector<section> sections;
-    for (const auto make : {separation_section, live_section, objects_section, gamut_section, topsurface_section,
-                            curves_section, lines_section, records_section})
+    for (const auto make : {separation_section, live_section, objects_section, gamut_section, cloud_section,
+                            topsurface_section, curves_section, lines_section, records_section})
         sections.push_back(make(inputs));
     write_page(inputs.output, sections);
     for (const section &shown : sections)

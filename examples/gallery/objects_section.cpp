@@ -33,8 +33,9 @@ std::string colour_key()
     return key;
 }
 
-std::string pictures(const objects_results &r, const section_folder &folder)
+std::string pictures(const objects_results &r, const section_folder &plain)
 {
+    const section_folder folder = plain.made_by("examples/objects/job.cpp", "Tables by tag");
     return expanded(
         R"(<div class="pair">
 {page}{tags}{proof}{one}{coloured}{coloured_one}</div>

@@ -5,12 +5,16 @@
 #include "support/failure.h"
 #include "support/png_file.h"
 
+#include "gallery/code.h"
 #include "gallery/html.h"
 #include "gallery/style.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <fstream>
 #include <system_error>
+#include <tuple>
 #include <utility>
 
 namespace examples
@@ -18,6 +22,9 @@ namespace examples
 
 namespace
 {
+
+// Pictures up to this width fit on a telephone.
+constexpr int narrow = 352;
 
 constexpr const char *page_text = R"(<!DOCTYPE html>
 <html lang="en" data-live="off">
@@ -38,6 +45,7 @@ constexpr const char *page_text = R"(<!DOCTYPE html>
 <main>
 {sections}
 </main>
+<script>{script}</script>
 <footer>
 <p>Made in one run by the program <code>gallery</code>, the library's example. Every picture and every figure on
 this page comes from that run. Select a picture to open it at full resolution.</p>
@@ -66,7 +74,7 @@ std::string section_text(const section &one)
 }  // namespace
 
 section_folder::section_folder(const std::filesystem::path &output, std::string id)
-    : folder_(output / id), id_(std::move(id))
+    : output_(output), folder_(output / id), id_(std::move(id))
 {
     std::error_code error;
     std::filesystem::create_directories(folder_, error);
@@ -87,7 +95,55 @@ std::string section_folder::image(const std::string &name, const picture &shown,
 std::string section_folder::figure(const std::string &name, const picture &shown, const std::string &alt,
                                    const std::string &caption) const
 {
-    return "<figure>" + image(name, shown, alt) + "\n<figcaption>" + caption + "</figcaption></figure>\n";
+    return framed(image(name, shown, alt), caption);
+}
+
+section_folder section_folder::made_by(const std::string &file, const std::string &part) const
+{
+    section_folder made = *this;
+    made.code_ = write_code(output_, file, part);
+    return made;
+}
+
+std::string section_folder::framed(const std::string &content, const std::string &caption) const
+{
+    return "<figure>" + content + "\n<figcaption>" + caption + " " + code_link() + "</figcaption></figure>\n";
+}
+
+std::string section_folder::code_link() const
+{
+    return code_.empty() ? "" : "<a class=\"code\" href=\"" + code_ + "\">The code</a>";
+}
+
+std::string section_folder::pixels(const std::string &name, const picture &shown, const std::string &alt,
+                                   const std::string &caption, int magnification, const scale &across, const scale &up,
+                                   const std::string &over) const
+{
+    write_png(folder_ / (name + ".png"), shown);
+    std::string numbers;
+    for (const auto &[along, kind, side] : {std::tuple{across, "x", "left"}, {up, "y", "bottom"}})
+        for (double at = std::ceil(along.lo / along.step) * along.step; along.step > 0 && at <= along.hi;
+             at += along.step)
+            numbers += expanded(R"(<span class="{kind}" style="{side}:{place}%">{value}</span>)",
+                                {{"kind", kind},
+                                 {"side", side},
+                                 {"place", decimals(100 * (at - along.lo) / (along.hi - along.lo), 2)},
+                                 {"value", decimals(at == 0 ? 0 : at, along.step < 1 ? 1 : 0)}});
+    const char *const room = shown.width <= narrow ? "" : magnification > 1 ? " large squares" : " large";
+    const std::string link = expanded(
+        R"(<a href="{at}" style="--w:{w};--k:{k}"><img class="pixels{room}" src="{at}" width="{w}" height="{h}"
+alt="{alt}"></a>)",
+        {{"at", address(name)},
+         {"w", std::to_string(shown.width)},
+         {"h", std::to_string(shown.height)},
+         {"k", std::to_string(std::max(2, magnification))},
+         {"room", room},
+         {"alt", escaped(alt)}});
+    return framed(
+        expanded(
+            R"(<div class="whole"><div class="{kind}">{link}{over}{numbers}</div></div>)",
+            {{"kind", numbers.empty() ? "bare" : "bare axes"}, {"link", link}, {"over", over}, {"numbers", numbers}}),
+        caption);
 }
 
 void write_page(const std::filesystem::path &output, const std::vector<section> &sections)
@@ -97,7 +153,9 @@ void write_page(const std::filesystem::path &output, const std::vector<section> 
         texts += section_text(one);
     const auto file = output / "index.html";
     std::ofstream stream(file, std::ios::binary);
-    stream << expanded(page_text, {{"style", page_style}, {"contents", contents_list(sections)}, {"sections", texts}});
+    stream << expanded(
+        page_text,
+        {{"style", page_style}, {"script", page_script}, {"contents", contents_list(sections)}, {"sections", texts}});
     stream.close();
     if (!stream)
         throw failure("cannot write " + file.string() + ": " + std::generic_category().message(errno));

@@ -84,7 +84,7 @@ preserveAspectRatio="xMidYMid slice"/><rect class="frame" x="0" y="{top}" width=
                      {"at", whole(entry.content_at)}});
 }
 
-std::string strip(const packed_archive &packed)
+std::string strip(const packed_archive &packed, const section_folder &folder)
 {
     const auto &entries = packed.layout.entries;
     const double needed = label_distance * static_cast<double>(entries.size());
@@ -94,18 +94,17 @@ std::string strip(const packed_archive &packed)
     for (std::size_t i = 0; i < entries.size(); ++i)
         blocks += block(entries[i], scale, labels[i]);
     const double top = std::min(0.0, strip_height - needed);
-    return expanded(R"(<figure><svg class="drawing" viewBox="-1 {top} 442 {height}" role="img"
+    return folder.framed(
+        expanded(R"(<svg class="drawing" viewBox="-1 {top} 442 {height}" role="img"
 aria-label="The entries of the archive one below the other, each as high as it is long">
-{blocks}</svg>
-<figcaption><b>The whole archive, to scale.</b> {count} entries, {size} bytes, shown with the pictures as they came out.
-At this scale everything in front of the first content is {head} of a pixel high.</figcaption></figure>
-)",
-                    {{"blocks", blocks},
-                     {"top", decimals(top - 1, 0)},
-                     {"height", decimals(strip_height - top + 2, 0)},
-                     {"count", std::to_string(entries.size())},
-                     {"size", whole(packed.bytes.size())},
-                     {"head", decimals(scale * static_cast<double>(entries.front().content_at), 2)}});
+{blocks}</svg>)",
+                 {{"blocks", blocks}, {"top", decimals(top - 1, 0)}, {"height", decimals(strip_height - top + 2, 0)}}),
+        expanded(
+            R"(<b>The whole archive, to scale.</b> {count} entries, {size} bytes, shown with the pictures as they came out.
+At this scale everything in front of the first content is {head} of a pixel high.)",
+            {{"count", std::to_string(entries.size())},
+             {"size", whole(packed.bytes.size())},
+             {"head", decimals(scale * static_cast<double>(entries.front().content_at), 2)}}));
 }
 
 // ---- Its first bytes ------------------------------------------------------------------------------------------------
@@ -158,7 +157,7 @@ std::string byte_cell(const std::string &bytes, std::size_t at, const char *kind
          {"byte", byte_text(bytes[at], kind)}});
 }
 
-std::string first_bytes(const packed_archive &packed)
+std::string first_bytes(const packed_archive &packed, const section_folder &folder)
 {
     const auto fields = fields_of(packed.layout);
     const std::size_t rows = (fields.back().begin + row_bytes) / row_bytes + 1;
@@ -176,20 +175,20 @@ std::string first_bytes(const packed_archive &packed)
     std::string key;
     for (const field &one : fields)
         key += expanded(R"(<li class="{kind}">{name}</li>)", {{"kind", one.kind}, {"name", one.name}});
-    return expanded(R"(<figure><svg class="drawing bytes" viewBox="0 0 {w} {h}" role="img"
+    return folder.framed(expanded(R"(<svg class="drawing bytes" viewBox="0 0 {w} {h}" role="img"
 aria-label="The first bytes of the archive, coloured by field">
-{cells}</svg><ul class="byte-key">{key}</ul>
-<figcaption><b>Its first {count} bytes.</b> Letters where a byte is one, else two hexadecimal digits.</figcaption></figure>
-)",
-                    {{"w", std::to_string(margin + row_bytes * cell)},
-                     {"h", std::to_string(rows * cell)},
-                     {"cells", cells},
-                     {"key", key},
-                     {"count", std::to_string(end)}});
+{cells}</svg><ul class="byte-key">{key}</ul>)",
+                                  {{"w", std::to_string(margin + row_bytes * cell)},
+                                   {"h", std::to_string(rows * cell)},
+                                   {"cells", cells},
+                                   {"key", key}}),
+                         "<b>Its first " + std::to_string(end) +
+                             " bytes.</b> Letters where a byte is one, else two hexadecimal digits.");
 }
 
-std::string layout_text(const records_results &r)
+std::string layout_text(const records_results &r, const section_folder &plain)
 {
+    const section_folder folder = plain.made_by("examples/records/archive.cpp", "Packing and unpacking");
     return expanded(R"(<h3>One file for all</h3>
 <p>The pictures above, packed by the library into one archive named “{description}”: a header of fixed size, and then for
 each picture its name, its length and its bytes as they are.</p>
@@ -197,8 +196,8 @@ each picture its name, its length and its bytes as they are.</p>
 {strip}{bytes}</div>
 )",
                     {{"description", escaped(r.packed.layout.description)},
-                     {"strip", strip(r.packed)},
-                     {"bytes", first_bytes(r.packed)}});
+                     {"strip", strip(r.packed, folder)},
+                     {"bytes", first_bytes(r.packed, folder)}});
 }
 
 // ---- Digests --------------------------------------------------------------------------------------------------------
@@ -275,25 +274,26 @@ std::string listed_row(const named_figures &back, const named_figures &given)
                      {"off", decimals(farthest(back, given), 4)}});
 }
 
-std::string record(const records_results &r)
+std::string record(const records_results &r, const section_folder &plain)
 {
+    const section_folder folder = plain.made_by("examples/records/figures.cpp");
     std::string rows;
     for (std::size_t i = 0; i < r.listed.size(); ++i)
         rows += listed_row(r.listed[i], r.figures[i]);
     return expanded(R"(<h3>Figures on file</h3>
 <p>What was measured goes to a record file, which people can read as well: the bytes of each picture, its bits per pixel and
 the mean of its samples, from 0 to 255. The file keeps about four digits and never cuts an integer.</p>
-<div class="pair"><figure><pre class="record">{text}</pre>
-<figcaption><b>The file</b>, {size} bytes of text.</figcaption></figure>
-<figure><div class="scroll" tabindex="0"><table class="listed">
+<div class="pair">{file}{listed}</div>
+)",
+                    {{"file", folder.framed("<pre class=\"record\" tabindex=\"0\">" + escaped(r.record) + "</pre>",
+                                            "<b>The file</b>, " + whole(r.record.size()) + " bytes of text.")},
+                     {"listed", folder.framed(R"(<div class="scroll" tabindex="0"><table class="listed">
 <thead><tr><td></td><th scope="col">bytes</th><th scope="col">bits per pixel</th><th scope="col">mean level</th>
 <th scope="col">farthest off</th></tr></thead>
 <tbody>
-{rows}</tbody></table></div>
-<figcaption><b>Listed back</b> by another reader, and how far the farthest of the three is from what was
-measured.</figcaption></figure></div>
-)",
-                    {{"text", escaped(r.record)}, {"size", whole(r.record.size())}, {"rows", rows}});
+)" + rows + "</tbody></table></div>",
+                                              R"(<b>Listed back</b> by another reader, and how far the farthest of the
+three is from what was measured.)")}});
 }
 
 // ---- All of it ------------------------------------------------------------------------------------------------------
@@ -343,7 +343,8 @@ section records_section(const gallery_inputs &inputs)
     const section_folder folder(inputs.output, "records");
     const records_results r = run_records(inputs.output, inputs.output / "records");
     return {"records", "Records and archives", summary(r),
-            lead + key_figures(r) + layout_text(r) + digests(r) + record(r)};
+            lead + key_figures(r) + "<details><summary>The archive, its digests and the record file</summary>\n" +
+                layout_text(r, folder) + digests(r) + record(r, folder) + "</details>\n"};
 }
 
 }  // namespace examples

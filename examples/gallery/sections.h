@@ -14,7 +14,8 @@ struct gallery_inputs {
     std::filesystem::path photo;
     std::filesystem::path profile;
     std::filesystem::path output;
-    std::filesystem::path live;  // folder of teska-live.js and live-page.js; empty when they were not built
+    std::filesystem::path chart;  // of measured patches; empty: the profile prints one
+    std::filesystem::path live;   // folder of teska-live.js and live-page.js; empty when they were not built
 };
 
 // A photograph on its way to the press and back: 16-bit tables, and tables of bytes.
@@ -31,6 +32,9 @@ section lines_section(const gallery_inputs &inputs);
 
 // What the press can print, as a solid of colours.
 section gamut_section(const gallery_inputs &inputs);
+
+// A press by the patches of a chart: its hollows, the way home of a colour, black by a rule.
+section cloud_section(const gallery_inputs &inputs);
 
 // The umbrella of the press and of a printer with six inks.
 section topsurface_section(const gallery_inputs &inputs);

@@ -1,6 +1,7 @@
 // separation_section - a photograph on its way to the press and back
 
 #include "support/colour_engine.h"
+#include "support/heat.h"
 #include "support/machine.h"
 #include "support/png_file.h"
 
@@ -8,6 +9,7 @@
 #include "gallery/sections.h"
 #include "separation/job.h"
 
+#include <algorithm>
 #include <fstream>
 
 namespace examples
@@ -19,7 +21,8 @@ namespace
 // Odd, so that the median is a round that took place.
 constexpr int measured_rounds = 9;
 
-constexpr int magnification = 16;
+// The lightest colour of the map of differences.
+constexpr double most_shown = 4;
 
 constexpr std::array<const char *, inks> ink_ids = {"cyan", "magenta", "yellow", "black"};
 constexpr std::array<const char *, inks> ink_names = {"Cyan", "Magenta", "Yellow", "Black"};
@@ -67,12 +70,13 @@ std::string key_figures(const separation_results &r)
 
 // ---- Pictures -------------------------------------------------------------------------------------------------------
 
-std::string before_and_after(const separation_results &r, const photo_text &text, const section_folder &folder)
+std::string before_and_after(const separation_results &r, const photo_text &text, const section_folder &plain)
 {
+    const section_folder folder = plain.made_by("examples/separation/job.cpp", "From photograph to proof");
     return expanded(R"(<h3>The photograph and its proof</h3>
 <p>A press cannot print every colour a screen shows. The proof is a promise about the sheet: what comes back when the
 four plates are turned into screen colours again.</p>
-<div class="pair">
+<div class="pair compare">
 {photograph}{proof}</div>
 )",
                     {{"photograph", folder.figure("photograph", r.photograph, text.alt,
@@ -83,8 +87,9 @@ CMYK to RGB back to the screen. Saturated colours become duller and deep black a
 the tables.)")}});
 }
 
-std::string plate_figures(const separation_results &r, const section_folder &folder)
+std::string plate_figures(const separation_results &r, const section_folder &plain)
 {
+    const section_folder folder = plain.made_by("examples/separation/job.cpp", "Plates");
     std::string figures;
     for (std::size_t i = 0; i < inks; ++i) {
         const std::string caption =
@@ -113,9 +118,11 @@ std::string mixer(const section_folder &folder)
     return expanded(R"(<figure class="mixer">
 {boxes}<div class="press" role="img" aria-label="The chosen plates printed over each other">{images}</div>
 <figcaption><b>Print it yourself.</b> Switch inks on and off. Your browser multiplies the plates, which comes close to
-the press; the proof also knows how the real inks mix.</figcaption></figure>
+the press; the proof also knows how the real inks mix. {code}</figcaption></figure>
 )",
-                    {{"boxes", boxes}, {"images", images}});
+                    {{"boxes", boxes},
+                     {"images", images},
+                     {"code", folder.made_by("examples/separation/job.cpp", "Plates").code_link()}});
 }
 
 std::string plates(const separation_results &r, const section_folder &folder)
@@ -130,13 +137,38 @@ to dry: no pixel carries more than {heaviest} %, where four solid inks would be 
         {{"heaviest", decimals(r.heaviest, 0)}, {"mixer", mixer(folder)}, {"plates", plate_figures(r, folder)}});
 }
 
+// The colours of the map, as a ramp with its numbers.
+std::string colour_scale(double top)
+{
+    std::string stops, numbers;
+    constexpr int parts = 16;
+    for (int i = 0; i <= parts; ++i) {
+        const auto shade = heat(static_cast<double>(i) / parts);
+        stops += expanded(
+            ",rgb({r} {g} {b})",
+            {{"r", std::to_string(shade[0])}, {"g", std::to_string(shade[1])}, {"b", std::to_string(shade[2])}});
+    }
+    for (int i = 0; i <= 4; ++i)
+        numbers += expanded(
+            R"(<span style="left:{at}%">{value}{more}</span>)",
+            {{"at", std::to_string(25 * i)}, {"value", decimals(top * i / 4, 0)}, {"more", i == 4 ? " and more" : ""}});
+    return "<div class=\"colour-scale\"><i style=\"background:linear-gradient(90deg" + stops + ")\"></i>" + numbers +
+           "</div>\n";
+}
+
 std::string difference_figure(const separation_results &r, const section_folder &folder)
 {
-    return folder.figure("difference", magnified_difference(r.proof, r.direct_proof, magnification),
-                         "Nearly black, with coloured specks where the proofs differ",
-                         expanded("<b>The difference, times {factor}.</b> Black means equal; one step of 255 shows as "
-                                  "{factor}.",
-                                  {{"factor", std::to_string(magnification)}}));
+    const double above = 100.0 *
+                         static_cast<double>(std::count_if(r.proof_distances.begin(), r.proof_distances.end(),
+                                                           [](double e) { return e > 1; })) /
+                         static_cast<double>(r.proof_distances.size());
+    return folder.made_by("examples/separation/difference.cpp")
+        .pixels("difference", difference_map(r.proof_distances, r.photograph.width, r.photograph.height, most_shown),
+                "A dark map with lighter specks where the proofs differ",
+                colour_scale(most_shown) +
+                    expanded("<b>The colour difference ΔE₀₀</b> between the proof and the direct one, pixel by pixel: "
+                             "{above} % of the pixels differ by more than 1.",
+                             {{"above", decimals(above, 1)}}));
 }
 
 std::string differences(const separation_results &r, const section_folder &folder)

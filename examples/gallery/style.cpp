@@ -69,12 +69,36 @@ figcaption { margin-top: .6rem; color: var(--soft); font-size: .95rem; line-heig
 figcaption b { color: var(--text); }
 .pair { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 24rem), 1fr)); gap: 1.75rem 2rem;
   margin-top: 1.5rem; }
-.strip { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 15rem), 1fr)); gap: 1.25rem;
+.strip { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 264px), 1fr)); gap: 1.25rem;
   margin-top: 1.5rem; }
-.strip img { image-rendering: pixelated; }
-.exact { grid-template-columns: repeat(auto-fit, minmax(min(100%, 338px), 1fr)); }
-.exact figure { min-width: 0; } .exact figure > a { width: fit-content; max-width: 100%; overflow-x: auto; }
-.exact img { width: auto; max-width: none; }
+.exact { grid-template-columns: repeat(auto-fit, minmax(min(100%, 342px), 1fr)); }
+.whole { container-type: inline-size; }
+.bare { position: relative; width: fit-content; }
+.bare > a { display: block; background: #fff; box-shadow: 0 0 0 1px var(--rule); }
+.bare img { display: block; height: auto; max-width: none; width: calc(var(--w) * 1px); image-rendering: pixelated; }
+.bare .large { width: calc(var(--w) / var(--k) * 1px); image-rendering: auto; }
+.bare .large.squares { image-rendering: pixelated; }
+@container (min-width: 541px) { .bare .large { width: calc(var(--w) * 1px); image-rendering: pixelated; } }
+.axes { margin: .5rem .5rem 1.6rem 2.2rem; }
+.axes span { position: absolute; color: var(--soft); font-size: 12px; line-height: 1; font-variant-numeric: tabular-nums; }
+.axes .x { top: calc(100% + 6px); transform: translateX(-50%); }
+.axes .y { right: calc(100% + 6px); transform: translateY(50%); }
+.over { position: absolute; inset: 0; width: 100%; height: 100%; pointer-events: none; font-size: 12px; }
+.over path { fill: none; stroke: #1d1f23; stroke-width: 1; } .over text { fill: #1d1f23; }
+.code { white-space: nowrap; }
+.colour-scale { position: relative; height: 2.6rem; margin-top: .6rem; max-width: 512px; }
+.colour-scale i { display: block; height: 1rem; border: 1px solid var(--rule); }
+.colour-scale span { position: absolute; white-space: nowrap; top: 1.1rem; transform: translateX(-50%); color: var(--soft); font-size: 13px; }
+.colour-scale span:first-of-type { transform: none; } .colour-scale span:last-of-type { transform: translateX(-100%); }
+.compare-stage { display: none; position: relative; margin-top: 1.5rem; width: fit-content; max-width: 100%; }
+.compare-stage img { display: block; max-width: 100%; height: auto; background: #fff; }
+.compare-stage img + img { position: absolute; inset: 0; } .compare-stage label { display: block; }
+.compare-stage input { display: block; width: 100%; min-height: 24px; margin: .5rem 0 0; }
+.compare-stage input:focus-visible { outline: .15rem solid var(--link); outline-offset: .15rem; }
+.compare-line { position: absolute; inset-block: 0; width: 2px; background: #fff; box-shadow: 0 0 3px #000; }
+.compare-pictures { position: relative; }
+#records { padding-block: 1.5rem 1rem; } details { margin-top: 1.25rem; } summary { cursor: pointer; font-weight: 650; min-height: 24px; }
+@media not print { .compared .compare-stage { display: block; } .compared figure > a { display: none; } }
 .plates { display: grid; grid-template-columns: 1fr 1fr; gap: 1.25rem; align-content: start; }
 .plates b::before, .mixer label::before { content: ""; display: inline-block; width: .7em; height: .7em;
   margin-right: .45em; border-radius: 50%; background: var(--ink); border: 1px solid var(--soft); }
@@ -200,6 +224,36 @@ footer p { border-top: 1px solid var(--rule); padding-top: 1rem; max-width: none
   .scroll { overflow: visible; }
   .mixer label { display: none; }
   th, td { padding: .25rem .4rem; font-size: 8.5pt; white-space: normal; }
+}
+)";
+
+const char *const page_script = R"(
+"use strict";
+for (const pair of document.querySelectorAll(".compare")) {
+  const [first, second] = pair.querySelectorAll("figure > a > img");
+  if (!first || !second) continue;
+  const stage = document.createElement("div"), pictures = document.createElement("div");
+  const line = document.createElement("div"), label = document.createElement("label");
+  const range = document.createElement("input");
+  stage.className = "compare-stage";
+  pictures.className = "compare-pictures";
+  line.className = "compare-line";
+  Object.assign(range, {type: "range", min: 0, max: 100, value: 50});
+  pictures.append(first.cloneNode(), second.cloneNode(), line);
+  label.append("Before and after", range);
+  stage.append(pictures, label);
+  const divide = () => {
+    pictures.children[1].style.clipPath = `inset(0 0 0 ${range.value}%)`;
+    line.style.left = range.value + "%";
+    range.setAttribute("aria-valuetext", `Divided at ${range.value} %`);
+  };
+  range.addEventListener("input", divide);
+  divide();
+  pair.before(stage);
+  const both = document.createElement("div");
+  both.className = "compared";
+  stage.before(both);
+  both.append(stage, pair);
 }
 )";
 

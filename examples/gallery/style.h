@@ -8,6 +8,9 @@ namespace examples
 
 extern const char *const page_style;
 
+// What turns pairs of pictures into one with a slider; without it they stand side by side.
+extern const char *const page_script;
+
 }  // namespace examples
 
 #endif

@@ -13,17 +13,20 @@ namespace examples
 namespace
 {
 
-constexpr int size = 520;
+constexpr int size = 500;
+constexpr scale ab = {-reach, reach, 50};
 
 std::string umbrella_figure(umbrella &shown, const char *name, const char *what, const section_folder &folder)
 {
-    return folder.figure(std::string("umbrella-") + name, shown.seen_from_above(size),
-                         "Coloured patches around white, inside a dark curve",
-                         expanded("<b>{what}</b>: {parts} parts. a to the right, b upwards; white in the middle.",
-                                  {{"what", what}, {"parts", std::to_string(shown.parts())}}));
+    return folder.made_by("examples/topsurface/job.cpp", "Seen from above")
+        .pixels(std::string("umbrella-") + name, shown.seen_from_above(size),
+                "Coloured patches around white, inside a dark curve",
+                expanded("<b>{what}</b>: {parts} parts. a to the right, b upwards; white in the middle.",
+                         {{"what", what}, {"parts", std::to_string(shown.parts())}}),
+                1, ab, ab);
 }
 
-std::string edges(umbrella &press, umbrella &six)
+std::string edges(umbrella &press, umbrella &six, const section_folder &plain)
 {
     std::vector<xy> angles[2];
     std::vector<xy> heights[2];
@@ -39,31 +42,36 @@ std::string edges(umbrella &press, umbrella &six)
     angle.grid(60, 10);
     plot height({0, 360}, {0, 100}, 420, 240);
     height.grid(60, 20);
+    const section_folder folder = plain.made_by("examples/topsurface/job.cpp", "The edge");
     const char *const kinds[] = {"curve first", "curve second"};
     for (std::size_t i = 0; i < 2; ++i) {
         angle.line(angles[i], kinds[i]);
         height.line(heights[i], kinds[i]);
     }
-    return expanded(R"(<h3>The edge, over the hue</h3>
+    return expanded(
+        R"(<h3>The edge, over the hue</h3>
 <div class="pair">
-<figure><div class="card">{angle}</div><figcaption><b>Angle of the edge</b> from the lightness axis, in degrees.
-<i class="first"></i>The press. <i class="second"></i>Six inks.</figcaption></figure>
-<figure><div class="card">{height}</div><figcaption><b>Lightness of the edge.</b> It is low where an ink is dark: blue, and
-high for yellow.</figcaption></figure>
-</div>
+{angle}{height}</div>
 )",
-                    {{"angle", angle.svg("Two curves of the angle over hue")},
-                     {"height", height.svg("Two curves of the lightness over hue")}});
+        {{"angle", folder.framed("<div class=\"card\">" + angle.svg("Two curves of the angle over hue") + "</div>",
+                                 R"(<b>Angle of the edge</b> from the lightness axis, over the hue, both in
+degrees. <i class="first"></i>The press. <i class="second"></i>Six inks.)")},
+         {"height",
+          folder.framed("<div class=\"card\">" + height.svg("Two curves of the lightness over hue") + "</div>",
+                        R"(<b>Lightness of the edge</b> over the hue. It is low where an ink is dark:
+blue, and high for yellow.)")}});
 }
 
 std::string penalty_figures(umbrella &press, const section_folder &folder)
 {
     std::string figures;
     for (const int hue : {40, 95})
-        figures += folder.figure("penalty-" + std::to_string(hue), press.penalties(hue, 600, 280),
-                                 "A coloured wedge on grey with dark lines",
-                                 expanded("<b>Hue {hue}° and the one opposite.</b> Chroma across, lightness upwards.",
-                                          {{"hue", std::to_string(hue)}}));
+        figures += folder.made_by("examples/topsurface/job.cpp", "Penalties")
+                       .pixels("penalty-" + std::to_string(hue), press.penalties(hue, size, size / 2),
+                               "A coloured wedge on grey with dark lines",
+                               expanded("<b>Hue {hue}° and the one opposite.</b> Chroma across, lightness upwards.",
+                                        {{"hue", std::to_string(hue)}}),
+                               1, ab, {0, 100, 20});
     return expanded(R"(<h3>Penalties</h3>
 <p><code>DetermineNormCoord</code> gives each colour its place relative to the umbrella: how far from the axis, which hue, how
 high. A colour outside the cone of the edge costs the more, the farther outside it lies; the dark lines are a quarter apart.
@@ -102,7 +110,7 @@ colours bulge out of the cone.</p>
 {above}</div>
 )",
                          {{"above", above}}) +
-                edges(press, six) + penalty_figures(press, folder)};
+                edges(press, six, folder) + penalty_figures(press, folder)};
 }
 
 }  // namespace examples

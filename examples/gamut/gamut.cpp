@@ -3,15 +3,12 @@
 #include "support/failure.h"
 
 #include "gamut/job.h"
-#include "proj.h"
-#include "tetra.h"
 #include "volume_export.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <limits>
 #include <numbers>
 
 // The hull shows its debug output to this class alone.
@@ -53,6 +50,8 @@ std::vector<colour> printed_colours(const profile &press, colour_engine &engine)
 tetra_point point_of(const colour &lab, double number) { return {lab[0], lab[1], lab[2], number}; }
 colour colour_of(const tetra_point &p) { return {p.x, p.y, p.z}; }
 
+// ---- The solid ------------------------------------------------------------------------------------------------------
+
 volume volume_of(const std::vector<colour> &colours)
 {
     const foreign<list_rec, list_kill> points(list_new(first_size, sizeof(tetra_point), nullptr));
@@ -71,11 +70,11 @@ volume volume_of(const std::vector<colour> &colours)
 
 }  // namespace
 
-gamut::gamut(const profile &press, colour_engine &engine) : colours_(printed_colours(press, engine))
+gamut::gamut(const profile &press, colour_engine &engine)
+    : colours_(printed_colours(press, engine)), volume_(volume_of(colours_))
 {
-    const volume made = volume_of(colours_);
-    for (int i = 0; i < made->nr_planes; ++i) {
-        const tetra_plane *plane = *static_cast<tetra_plane **>(list_get_element(made->planes, i));
+    for (int i = 0; i < volume_->nr_planes; ++i) {
+        const tetra_plane *plane = *static_cast<tetra_plane **>(list_get_element(volume_->planes, i));
         faces_.push_back({{colour_of(plane->p[0]), colour_of(plane->p[1]), colour_of(plane->p[2])}});
     }
     for (const colour &lab : colours_)
@@ -86,25 +85,17 @@ gamut::gamut(const profile &press, colour_engine &engine) : colours_(printed_col
 
 colour gamut::nearest(const colour &lab) const
 {
-    colour best{};
-    double least = std::numeric_limits<double>::infinity();
-    for (const face &f : faces_) {
-        double triangle[9];
-        for (std::size_t i = 0; i < 9; ++i)
-            triangle[i] = f.corners[i / 3][i % 3];
-        ProjResult result;
-        double distance = 0;
-        if (proj_on_triangle(triangle, lab.data(), &result, &distance) == 0 && std::abs(distance) < least) {
-            least = std::abs(distance);
-            std::copy_n(result.point, 3, best.begin());
-        }
-    }
-    return best;
+    colour found{};
+    if (tetra_volume_nearest(volume_.get(), lab.data(), found.data(), nullptr, nullptr, nullptr) != 0)
+        throw failure("no colour of the press is near");
+    return found;
 }
+
+// ---- Scenes and drawings --------------------------------------------------------------------------------------------
 
 void gamut::write_scenes(const std::filesystem::path &faces, const std::filesystem::path &points) const
 {
-    if (writeVRML(volume_of(colours_).get(), faces.string().c_str(), points.string().c_str()) != 0)
+    if (writeVRML(volume_.get(), faces.string().c_str(), points.string().c_str()) != 0)
         throw failure("cannot write " + faces.string());
 }
 
@@ -123,6 +114,8 @@ void gamut::write_postscript(const std::filesystem::path &file) const
     dup2(terminal, STDOUT_FILENO);
     close(terminal);
 }
+
+// ---- The way home ---------------------------------------------------------------------------------------------------
 
 std::vector<shortcut> shortcuts(const gamut &solid)
 {

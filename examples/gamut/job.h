@@ -2,16 +2,18 @@
 //
 //     ink steps --(press profile)--> colours --(tetra_volume_new)--> faces          --> shaded pictures, a scene
 //                                    colours --(TConvexHull)--> inside or outside   --> slices through TPlane
-//     vivid screen colours --(proj_on_triangle, over all faces)--> the nearest colours that print
+//     vivid screen colours --(tetra_volume_nearest)--> the nearest colours of the solid
 
 #ifndef EXAMPLES_GAMUT_JOB_H
 #define EXAMPLES_GAMUT_JOB_H
 
 #include "support/cie.h"
 #include "support/colour_engine.h"
+#include "support/foreign.h"
 #include "support/picture.h"
 
 #include "tconvexhull.h"
+#include "tetra.h"
 
 #include <array>
 #include <filesystem>
@@ -46,9 +48,13 @@ public:
 
 private:
     std::vector<colour> colours_;
+    foreign<tetra_volume, tetra_volume_kill> volume_;
     std::vector<face> faces_;
     TConvexHull hull_;
 };
+
+// Where a colour stands in the picture of the solid that `shaded` makes: from the left and from the top.
+std::array<double, 2> place_in_view(const colour &lab, double round, double above, int size);
 
 // Seen from a direction, degrees round the lightness axis and above the plane of a and b, lit from the upper left.
 picture shaded(const gamut &solid, double round, double above, int size);
@@ -66,6 +72,16 @@ struct shortcut {
     colour printed;
     double distance;
 };
+
+struct missed_colours {
+    double bound;
+    long colours;      // asked for, evenly over the inside of the solid
+    long missed;       // of these, printed farther away than the bound in CIELAB
+    long missed_2000;  // likewise, by the difference CIEDE2000
+};
+
+// Colours of the solid through the profile to inks and back, both colorimetric.
+missed_colours round_trip(const gamut &solid, const profile &press, colour_engine &engine, double bound);
 
 // The most vivid colours of the screen, once round, that do not print.
 std::vector<shortcut> shortcuts(const gamut &solid);

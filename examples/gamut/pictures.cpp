@@ -39,6 +39,8 @@ struct view {
     double cos_r, sin_r, cos_a, sin_a;
 };
 
+// ---- Shading --------------------------------------------------------------------------------------------------------
+
 double edge(const colour &a, const colour &b, double x, double y)
 {
     return (b[0] - a[0]) * (y - a[1]) - (b[1] - a[1]) * (x - a[0]);
@@ -114,6 +116,8 @@ private:
     int size_;
 };
 
+// ---- Slices ---------------------------------------------------------------------------------------------------------
+
 // Full colour where the press prints, pale grey elsewhere, the grid of the axes over both.
 picture sliced(const gamut &solid, const TPlane &plane, int height)
 {
@@ -144,6 +148,8 @@ picture sliced(const gamut &solid, const TPlane &plane, int height)
             darken(x, down[i]);
     return image;
 }
+
+// ---- The page that turns --------------------------------------------------------------------------------------------
 
 // The page paints a triangle in one colour: large ones in parts.
 void write_evenly_coloured(const face &f, std::ostream &page)
@@ -180,6 +186,14 @@ void write_evenly_coloured(const face &f, std::ostream &page)
 
 }  // namespace
 
+// ---- All pictures ---------------------------------------------------------------------------------------------------
+
+std::array<double, 2> place_in_view(const colour &lab, double round, double above, int size)
+{
+    const colour turned = view(round, above).turned(lab);
+    return {size * (0.5 + turned[0] / span), size * (0.5 - turned[1] / span)};
+}
+
 picture shaded(const gamut &solid, double round, double above, int size)
 {
     painter canvas(size);
@@ -196,7 +210,7 @@ picture slice_of_lightness(const gamut &solid, double lightness, int size)
 
 picture slice_of_hue(const gamut &solid, double hue, int size)
 {
-    const int height = size * 2 / 5;
+    const int height = (size - 1) * 2 / 5 + 1;
     return sliced(solid, TPlane(size, height, TPlane::ConstHuePlane, hue, -125, 125, 0, 100), height);
 }
 

@@ -85,6 +85,8 @@ void fill_next(void *context, int line)
 
 }  // namespace
 
+// ---- Sharpening -----------------------------------------------------------------------------------------------------
+
 picture sharpened(const picture &source, int radius, double strength, double noise)
 {
     const foreign<fusm, fusm_kill> filter(fusm_new(radius, 255, source.channels, source.channels, nullptr, nullptr));
@@ -106,6 +108,8 @@ picture sharpened(const picture &source, int radius, double strength, double noi
     return made;
 }
 
+// ---- A filter of the caller's ---------------------------------------------------------------------------------------
+
 picture borders_of_filter(const picture &source, int radius)
 {
     const foreign<fir, fir_kill> filter(fir_new(radius, 255));
@@ -121,6 +125,8 @@ picture borders_of_filter(const picture &source, int radius)
     }
     return made;
 }
+
+// ---- Bilinear resampling --------------------------------------------------------------------------------------------
 
 picture resampled(const picture &source, int width, int height)
 {
@@ -140,6 +146,8 @@ picture resampled(const picture &source, int width, int height)
     }
     return made;
 }
+
+// ---- Resampling by area and taps ------------------------------------------------------------------------------------
 
 picture averaged(const picture &source, int width, int height, int kernel)
 {

@@ -1,8 +1,8 @@
 // maze - a maze, and the order in which the library fills it
 
-#include "support/cie.h"
 #include "support/failure.h"
 #include "support/foreign.h"
+#include "support/heat.h"
 
 #include "flood.h"
 #include "lines/job.h"
@@ -68,6 +68,8 @@ plan make_maze(int columns, int rows)
     return maze;
 }
 
+// ---- Filling --------------------------------------------------------------------------------------------------------
+
 int inside(void *user, int x, int y)
 {
     auto *maze = static_cast<plan *>(user);
@@ -81,15 +83,6 @@ void fill(void *user, int first, int last, int y)
     ++maze->figures->runs;
     for (int x = first; x <= last; ++x)
         maze->at(x, y) = ++maze->figures->pixels;
-}
-
-// From dark blue over green to yellow, evenly lighter.
-std::array<unsigned char, 3> heat(double t)
-{
-    const double red = 0.28 - 1.1 * t + 1.8 * t * t;
-    const double green = 0.02 + 1.25 * t - 0.4 * t * t;
-    const double blue = 0.34 + 1.2 * t - 1.45 * t * t;
-    return {sample_of(red), sample_of(green), sample_of(blue)};
 }
 
 }  // namespace

@@ -54,6 +54,8 @@ std::vector<double> converted(const Convert &convert)
     return values;
 }
 
+// ---- A formula in three tables --------------------------------------------------------------------------------------
+
 // The last input varies fastest.
 CLUT make_clut()
 {
@@ -118,6 +120,8 @@ std::vector<double> through_doubles()
         return out;
     });
 }
+
+// ---- The errors -----------------------------------------------------------------------------------------------------
 
 picture shown(const std::vector<double> &values)
 {

@@ -29,6 +29,8 @@ constexpr double full_ink = 255.0;
 
 using word_source = word_table::vertex_source;
 
+// ---- Tables by tag --------------------------------------------------------------------------------------------------
+
 // The tables of all kinds of objects, from RGB to inks.
 class table_set
 {
@@ -101,6 +103,8 @@ ink_load load_of(const picture &plates, const picture &tags, int object)
         }
     return {100 * heaviest / full_ink, 100 * coloured / (full_ink * pixels)};
 }
+
+// ---- A page through its tables --------------------------------------------------------------------------------------
 
 printed_page print(const table_set &tables, const tagged_page &page, const picture &tags, const transform &to_screen)
 {

@@ -132,6 +132,8 @@ archive_layout layout_of(const std::string &bytes)
     return layout;
 }
 
+// ---- Packing and unpacking ------------------------------------------------------------------------------------------
+
 packed_archive pack(const fs::path &root, const std::vector<std::string> &names, const fs::path &archive,
                     const std::string &description)
 {
@@ -164,6 +166,8 @@ std::vector<std::string> unpack(const fs::path &archive, const fs::path &folder,
     require(packer.Unpack(folder.c_str()), packer);
     return digests_of(folder, names);
 }
+
+// ---- Comparing ------------------------------------------------------------------------------------------------------
 
 void require_same(const std::vector<std::string> &names, const std::vector<std::string> &before,
                   const std::vector<std::string> &after)

@@ -2,6 +2,8 @@
 
 #include "separation/difference.h"
 
+#include "support/heat.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -28,14 +30,15 @@ difference compare(const picture &a, const picture &b)
     return summarise(std::move(values));
 }
 
-picture magnified_difference(const picture &a, const picture &b, int factor)
+picture difference_map(const std::vector<double> &values, int width, int height, double top)
 {
-    picture result(a.width, a.height, a.channels);
-    std::transform(a.samples.begin(), a.samples.end(), b.samples.begin(), result.samples.begin(),
-                   [factor](unsigned char x, unsigned char y) {
-                       return static_cast<unsigned char>(std::min(255, factor * std::abs(x - y)));
-                   });
-    return result;
+    picture map(width, height, 3);
+    unsigned char *sample = map.samples.data();
+    for (const double value : values) {
+        const auto shade = heat(std::clamp(value / top, 0.0, 1.0));
+        sample = std::copy(shade.begin(), shade.end(), sample);
+    }
+    return map;
 }
 
 }  // namespace examples

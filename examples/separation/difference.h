@@ -22,8 +22,8 @@ difference summarise(std::vector<double> values);
 // All channels together; the pictures have the same size and channels.
 difference compare(const picture &a, const picture &b);
 
-// Absolute difference of every sample, times a factor, cut at 255.
-picture magnified_difference(const picture &a, const picture &b, int factor);
+// Values, one for each pixel, as colours from dark for 0 to light for `top` and above (support/heat.h).
+picture difference_map(const std::vector<double> &values, int width, int height, double top);
 
 }  // namespace examples
 

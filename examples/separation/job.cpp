@@ -20,6 +20,8 @@ constexpr int separation_points = 33;
 constexpr int proofing_points = 17;
 constexpr double full_ink = 255.0;
 
+// ---- The tables -----------------------------------------------------------------------------------------------------
+
 // The same conversion in both kinds of Little CMS, and the one that answers in 16 bits.
 struct peer {
     transform direct;
@@ -58,6 +60,8 @@ struct table_pair {
     }
 };
 
+// ---- Plates ---------------------------------------------------------------------------------------------------------
+
 // The plates with every ink but one taken away.
 picture single_ink(const picture &plates, int ink)
 {
@@ -88,6 +92,8 @@ double heaviest_pixel(const picture &plates)
     return 100 * largest / full_ink;
 }
 
+// ---- All ways compared ----------------------------------------------------------------------------------------------
+
 // What all ways make of one picture.
 struct answers {
     picture words;
@@ -114,12 +120,17 @@ std::vector<cmsCIELab> in_lab(const picture &screen, const transform &to_lab)
     return lab;
 }
 
-difference colour_difference(const std::vector<cmsCIELab> &a, const std::vector<cmsCIELab> &b)
+std::vector<double> colour_distances(const std::vector<cmsCIELab> &a, const std::vector<cmsCIELab> &b)
 {
     std::vector<double> values(a.size());
     std::transform(a.begin(), a.end(), b.begin(), values.begin(),
                    [](const cmsCIELab &x, const cmsCIELab &y) { return cmsCIE2000DeltaE(&x, &y, 1, 1, 1); });
-    return summarise(std::move(values));
+    return values;
+}
+
+difference colour_difference(const std::vector<cmsCIELab> &a, const std::vector<cmsCIELab> &b)
+{
+    return summarise(colour_distances(a, b));
 }
 
 agreement compare_colours(const answers &made, const transform &to_lab)
@@ -140,6 +151,8 @@ speeds measure(const char *label, picture &in, const table_pair &tables, const p
 }
 
 }  // namespace
+
+// ---- From photograph to proof ---------------------------------------------------------------------------------------
 
 separation_results run_separation(picture photograph, const profile &press, colour_engine &engine, int rounds)
 {
@@ -167,6 +180,7 @@ separation_results run_separation(picture photograph, const profile &press, colo
     r.proofing = compare(convert(to_screen, proof, {plates.words, plates.words, plates.words, plates.words}));
     r.chain = compare(proofs);
     r.chain_colour = compare_colours(proofs, to_lab);
+    r.proof_distances = colour_distances(in_lab(proofs.words, to_lab), in_lab(proofs.direct, to_lab));
 
     r.photograph = std::move(photograph);
     r.plates = std::move(plates.words);

@@ -22,6 +22,7 @@
 
 #include <array>
 #include <string>
+#include <vector>
 
 namespace examples
 {
@@ -76,6 +77,8 @@ struct separation_results {
     agreement proofing;      // steps of 255, from the same plates to the screen
     agreement chain;         // steps of 255, from the photograph to the screen
     agreement chain_colour;  // the chain as colour difference CIEDE2000
+
+    std::vector<double> proof_distances;  // of the proof from the direct one, CIEDE2000, pixel by pixel
 
     speeds separation_speed;
     speeds proofing_speed;

@@ -16,7 +16,6 @@ namespace
 {
 
 constexpr int sampled_hues = 181;
-constexpr double reach = 110;  // of a and b, from the middle of a picture to its edge
 
 using corners = double[3][3];
 
@@ -85,6 +84,8 @@ umbrella::umbrella(device of, int levels) : device_(std::move(of))
         throw failure(device_.name + " has no umbrella");
 }
 
+// ---- The edge -------------------------------------------------------------------------------------------------------
+
 std::vector<edge_point> umbrella::edge()
 {
     constexpr double degree = std::numbers::pi / 180;
@@ -100,6 +101,8 @@ std::vector<edge_point> umbrella::edge()
     }
     return points;
 }
+
+// ---- Seen from above ------------------------------------------------------------------------------------------------
 
 picture umbrella::seen_from_above(int size)
 {
@@ -138,6 +141,8 @@ picture umbrella::seen_from_above(int size)
     }
     return image;
 }
+
+// ---- Penalties ------------------------------------------------------------------------------------------------------
 
 picture umbrella::penalties(double hue, int width, int height)
 {

@@ -21,6 +21,8 @@ namespace examples
 // The press of a profile as a device: 1 is no ink, colours are CIELAB.
 device press_device(const profile &press, colour_engine &engine);
 
+constexpr double reach = 110;  // of a and b, from the middle of a picture to its edge
+
 struct edge_point {
     double hue;    // degrees
     double angle;  // from the lightness axis, degrees

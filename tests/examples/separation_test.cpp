@@ -3,6 +3,7 @@
 #include "support/failure.h"
 #include "support/png_file.h"
 
+#include "cloud/job.h"
 #include "curves/job.h"
 #include "gallery/html.h"
 #include "gamut/job.h"
@@ -131,7 +132,11 @@ TEST(Difference, SummarisesByRankAndCountsBothDirections)
     b.samples = {12, 199, 0};
     EXPECT_EQ(compare(a, b).mean, 86);
     EXPECT_EQ(compare(a, b).largest, 255);
-    EXPECT_EQ(magnified_difference(a, b, 16).samples, (std::vector<unsigned char>{32, 16, 255}));
+    // Evenly lighter up to the top, and no further.
+    const picture map = difference_map({0, 1, 2, 9}, 4, 1, 2);
+    for (int x = 0; x < 2; ++x)
+        EXPECT_GT(map.samples[3 * x + 4], map.samples[3 * x + 1]);
+    EXPECT_TRUE(std::equal(&map.samples[6], &map.samples[9], &map.samples[9]));
 }
 
 TEST_F(Examples, ReadPicturesBackAsWritten)
@@ -255,9 +260,67 @@ TEST_F(Examples, FindTheWayBackToColoursThatPrint)
     const gamut solid(engine.open_press(press), engine);
     for (const shortcut &way : shortcuts(solid)) {
         EXPECT_FALSE(solid.holds(way.wanted));
+        EXPECT_NEAR(
+            std::hypot(way.wanted[0] - way.printed[0], way.wanted[1] - way.printed[1], way.wanted[2] - way.printed[2]),
+            way.distance, 1e-9);
         const colour inner = {0.99 * (way.printed[0] - 50) + 50, 0.99 * way.printed[1], 0.99 * way.printed[2]};
         EXPECT_TRUE(solid.holds(inner)) << testing::PrintToString(way.printed);
     }
+}
+
+TEST_F(Examples, SayHowManyColoursOfTheSolidComeBackElsewhere)
+{
+    colour_engine engine;
+    const profile bent = engine.open_press(press);
+    const gamut solid(bent, engine);
+    const missed_colours near = round_trip(solid, bent, engine, 3), any = round_trip(solid, bent, engine, 1000);
+    EXPECT_GT(near.missed, near.colours / 10);  // its own direction to inks is a rough one
+    EXPECT_EQ(any.missed + any.missed_2000, 0);
+    EXPECT_EQ(near.colours, any.colours);
+}
+
+TEST_F(Examples, KnowAPressByItsChart)
+{
+    colour_engine engine;
+    const transform print = engine.connect(
+        {engine.open_press(press), TYPE_CMYK_DBL, engine.lab(), TYPE_Lab_DBL, INTENT_RELATIVE_COLORIMETRIC},
+        evaluation::direct);
+    const cloud model(printed(even_chart(3, 5), print, 0));
+    const colour paper = printed(even_chart(3, 2), print, 0).patches[0].lab;
+    EXPECT_NEAR(model.way_to(paper).distance, 0, 1e-6);
+    const way_to_print far = model.way_to({paper[0], 200, 0});
+    EXPECT_FALSE(model.holds({paper[0], 200, 0}));
+    EXPECT_NEAR(std::hypot(far.printed[0] - paper[0], far.printed[1] - 200, far.printed[2]), far.distance, 1e-9);
+    EXPECT_LT(hollow_part(model), 1);
+
+    // A measured chart counts from its paper.
+    const std::string text = "X\nBEGIN_DATA_FORMAT\nID CMYK_C CMYK_M CMYK_Y CMYK_K XYZ_X XYZ_Y XYZ_Z\nEND_DATA_FORMAT\n"
+                             "BEGIN_DATA\n1 0 0 0 0 80 83 68\n2 100 0 50 10 20 25 40\nEND_DATA\n";
+    const chart read = read_chart(write("chart.txt", text));
+    ASSERT_EQ(read.patches.size(), 2U);
+    EXPECT_EQ(read.patches[1].inks, (ink_set{100, 0, 50, 10}));
+    EXPECT_NEAR(read.patches[0].lab[0], 100, 1e-9);
+    EXPECT_NEAR(read.patches[1].lab[0], 116 * std::cbrt(25.0 / 83) - 16, 1e-9);
+    EXPECT_THROW(read_chart(photo), failure);
+}
+
+TEST_F(Examples, FitAnOutlineAndCorrectOneColour)
+{
+    std::vector<xy> ring;
+    for (int i = 0; i < 90; ++i)
+        ring.push_back({std::cos(i * 0.0698131700797732), std::sin(i * 0.0698131700797732)});
+    const fitted_outline fit = fit_outline(ring, 0.001, 60);
+    EXPECT_LE(fit.farthest, 0.001);
+    EXPECT_NEAR(fit.area, 3.1416, 0.01);
+    EXPECT_LT(fit.segments.size(), 12U);
+
+    picture pair(2, 1, 3);
+    pair.samples = {240, 100, 30, 40, 90, 200};
+    const selective_results made = correct_selectively(pair);
+    EXPECT_EQ(made.moved, 1);
+    EXPECT_GT(made.limit, 1);
+    EXPECT_GT(made.corrected.samples[2], 30);
+    EXPECT_TRUE(std::equal(&pair.samples[3], &pair.samples[5] + 1, &made.corrected.samples[3]));
 }
 
 // ---- The program ----------------------------------------------------------------------------------------------------
@@ -277,9 +340,23 @@ TEST_F(Examples, WriteThePageAndEveryPictureItShows)
             continue;
         EXPECT_GT(read_png(out / name).width, 0) << name;
     }
-    // Separation 11, live 2, objects 6, curves 3, the solid 9, the umbrella 4, lines 26.
-    EXPECT_EQ(pictures, 61);
+    // Separation 11, live 2, objects 6, curves 5, the solid 12, the chart 8, the umbrella 4, lines 26.
+    EXPECT_EQ(pictures, 74);
     EXPECT_EQ(page.find("://"), page.npos) << "the page must not need a network";
+
+    // Every figure leads to its code, which is short.
+    const auto count = [&page](const std::string &what) {
+        int found = 0;
+        for (auto at = page.find(what); at != page.npos; at = page.find(what, at + 1))
+            ++found;
+        return found;
+    };
+    EXPECT_EQ(count("<a class=\"code\" href=\"code/"), count("</figure>") + 1);  // and a table
+    for (const auto &code : fs::directory_iterator(out / "code")) {
+        const std::string text = bytes_of(code.path());
+        EXPECT_NE(page.find(code.path().filename().string()), page.npos);
+        EXPECT_LT(std::count(text.begin(), text.end(), '\n'), 80) << code.path();
+    }
 }
 
 TEST_F(Examples, SayInOneLineWhatTheyCannotUse)
