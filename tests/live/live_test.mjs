@@ -25,8 +25,8 @@ function expect(what, holds, seen = "") {
 
 const browser = await chromium.launch({executablePath: chromium_path, args: ["--no-sandbox"]});
 
-async function open(width, before = () => {}) {
-  const page = await browser.newPage({viewport: {width, height: 900}});
+async function open(width, before = () => {}, options = {}) {
+  const page = await browser.newPage({viewport: {width, height: 900}, ...options});
   page.errors = [];
   page.on("console", message => { if (message.type() === "error") page.errors.push(message.text()); });
   page.on("pageerror", problem => page.errors.push(String(problem)));
@@ -105,6 +105,78 @@ await page.emulateMedia({media: "print"});
 expect("prints the pictures and no controls", await page.isVisible(".live-native") && !await page.isVisible(".live-tool"));
 expect("no error in the console", page.errors.length === 0, page.errors.join(" | "));
 await page.close();
+
+// ---- Pictures of pixels ------------------------------------------------------------------------------------------------
+
+// Those that are shown at neither a whole multiple of their pixels nor one over a whole number.
+const uneven = page => page.evaluate(() => {
+  const whole = v => Math.abs(v - Math.round(v)) < 1e-3 && v > 0.5;
+  return [...document.querySelectorAll(".pixels")].flatMap(shown => {
+    const ratio = shown.getBoundingClientRect().width / (shown.naturalWidth || shown.width);
+    return whole(ratio) || whole(1 / ratio) ? [] : [`${shown.id || shown.getAttribute("src")} x ${ratio}`];
+  });
+});
+
+// Where the lines of the grid stand in a slice as it is on the screen: dark columns of its upper edge.
+async function grid_lines(page, name) {
+  const shot = (await page.locator(`img[src="gamut/${name}.png"]`).screenshot()).toString("base64");
+  return page.evaluate(async png => {
+    const image = new Image();
+    image.src = "data:image/png;base64," + png;
+    await image.decode();
+    const canvas = document.createElement("canvas"), pen = canvas.getContext("2d");
+    [canvas.width, canvas.height] = [image.width, image.height];
+    pen.drawImage(image, 0, 0);
+    const row = pen.getImageData(0, image.height >> 6, image.width, 1).data, dark = [];
+    for (let x = 1; x < image.width; ++x) if (row[4 * x] < 200 && row[4 * x - 4] >= 200) dark.push(x);
+    return dark;
+  }, shot);
+}
+
+for (const deviceScaleFactor of [1, 2]) {
+  const shown = await open(420, () => {}, {deviceScaleFactor});
+  const count = await shown.locator(".pixels").count();
+  for (const width of [420, 768, 1280, 1920]) {
+    await shown.setViewportSize({width, height: 900});
+    await shown.evaluate(() => new Promise(done => requestAnimationFrame(() => requestAnimationFrame(done))));
+    const wrong = await uneven(shown), at = `at ${width} pixels, ${deviceScaleFactor} on the screen for each`;
+    expect(`${count} pictures of pixels in whole multiples ${at}`, count > 30 && wrong.length === 0, wrong.join(", "));
+    const lines = await grid_lines(shown, "lightness-50"), steps = lines.slice(1).map((x, i) => x - lines[i]);
+    expect(`grid lines evenly apart ${at}`, lines.length >= 8 && steps.every(step => step === 30 * deviceScaleFactor),
+           lines.join(" "));
+    expect(`no horizontal scrolling ${at}`, await shown.evaluate(
+        () => document.documentElement.scrollWidth <= document.documentElement.clientWidth));
+  }
+  await shown.close();
+}
+
+// ---- Before and after --------------------------------------------------------------------------------------------------
+
+const compared = await open(1280);
+const stage = compared.locator(".compare-stage").first(), range = stage.locator("input");
+await range.focus();
+const pictures = [];
+for (const key of ["Home", "End"]) {
+  await compared.keyboard.press(key);
+  pictures.push((await stage.locator(".compare-pictures").screenshot()).toString("base64"));
+}
+expect("the slider shows one picture or the other", pictures[0] !== pictures[1] &&
+       await range.getAttribute("aria-valuetext") === "Divided at 100 %");
+expect("one picture instead of a pair", !await compared.isVisible(".compare figure img"));
+expect("the archive takes half a screen at most",
+       (await compared.locator("#records").boundingBox()).height <= 450);
+await compared.evaluate(axe);
+const serious = await compared.evaluate(
+    () => axe.run().then(r => r.violations.filter(v => /serious|critical/.test(v.impact)).map(v => v.id + " " + v.nodes[0].html)));
+expect("no serious finding of axe on the whole page", serious.length === 0, serious.join(", "));
+await compared.emulateMedia({media: "print"});
+expect("prints the pair", await compared.isVisible(".compare figure img") && !await stage.isVisible());
+await compared.close();
+const plain = await browser.newPage({javaScriptEnabled: false});
+await plain.goto(address);
+expect("without script the pair stands side by side",
+       await plain.locator(".compare figure img").count() === 4 && await plain.isVisible(".compare figure img"));
+await plain.close();
 
 // ---- Narrow, and without WebAssembly ----------------------------------------------------------------------------------
 
