@@ -13,7 +13,7 @@ namespace tool
 namespace
 {
 
-constexpr std::size_t most_held = std::size_t{256} * 1024;  // bytes written at once
+constexpr std::size_t block = std::size_t{256} * 1024;  // bytes written at once, and where in the file they begin
 
 void refuse_dash(const std::string &path)
 {
@@ -91,31 +91,41 @@ output_file::output_file(const job &work, const std::string &path, const std::ve
         throw failure(path, "no such folder");
     if (!file_.make(folder_of(target), name_of(target)))
         throw failure(path, "cannot be written: " + last_error());
-    held_.reserve(most_held);
+    held_.reserve(block);
+}
+
+void output_file::put(const char *data, std::size_t size)
+{
+    if (!file_.write_at(start_, data, size))
+        throw failure(path_, "cannot be written: " + last_error());
+    start_ += size;
+    size_ = std::max(size_, start_);
 }
 
 void output_file::flush()
 {
-    if (!held_.empty() && !file_.write_at(start_, held_.data(), held_.size()))
-        throw failure(path_, "cannot be written: " + last_error());
-    start_ += held_.size();
-    size_ = std::max(size_, start_);
+    if (!held_.empty())
+        put(held_.data(), held_.size());
     held_.clear();
 }
 
+// Whole blocks from a multiple of their size on: systems keep files in pages and take such blocks with the least work.
 void output_file::write(const void *data, std::size_t size)
 {
-    if (held_.size() + size > most_held)
-        flush();
-    if (size >= most_held) {
-        if (!file_.write_at(start_, data, size))
-            throw failure(path_, "cannot be written: " + last_error());
-        start_ += size;
-        size_ = std::max(size_, start_);
-        return;
-    }
     const char *bytes = static_cast<const char *>(data);
-    held_.insert(held_.end(), bytes, bytes + size);
+    while (size > 0) {
+        const std::size_t room = block - static_cast<std::size_t>(position() % block);
+        const std::size_t taken = std::min(size, room);
+        if (taken == block) {
+            put(bytes, taken);
+        } else {
+            held_.insert(held_.end(), bytes, bytes + taken);
+            if (taken == room)
+                flush();
+        }
+        bytes += taken;
+        size -= taken;
+    }
 }
 
 void output_file::seek(std::uint64_t position)

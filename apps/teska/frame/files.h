@@ -71,6 +71,7 @@ public:
     void publish();
 
 private:
+    void put(const char *data, std::size_t size);
     void flush();
 
     std::string path_;

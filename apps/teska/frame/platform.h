@@ -88,7 +88,9 @@ private:
     std::string folder_;
     std::string name_;
     std::string temporary_;  // path of the temporary name; empty when there is none
-    int slot_ = -1;          // of the temporary name in the list that signals remove
+    bool is_output_ = false;
+    std::uint64_t begun_ = 0;  // up to here the system was told to write to the disk
+    int slot_ = -1;            // of the temporary name in the list that signals remove
 };
 
 // Why the last call was refused, as "Permission denied".
