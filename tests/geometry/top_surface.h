@@ -53,13 +53,18 @@ struct Surface : TTriangularTopSurface {
         return std::vector<T>(static_cast<std::size_t>(of.colorants), value);
     }
 
-    // One digit for each colorant: 0 in the umbrella, 1 darkening, 2 thrown out.
+    // One digit for each colorant: 0 in the umbrella, 1 darkening, 2 thrown out. The list is sorted by hue.
     std::string roles() const
     {
         std::string text(static_cast<std::size_t>(nrPrims), '?');
+        double last = 0.0;
         for (TElement *e = primaries->First(); e != nullptr; e = e->Next()) {
             const auto *p = static_cast<const TPrimary *>(e);
             text[static_cast<std::size_t>(p->index)] = static_cast<char>('0' + p->dark);
+            const teska::vec3 c = teska::to_axes(p->xyz, vertAxis);
+            const double hue = teska::gnomonic::hue_of({c.y, c.z});
+            EXPECT_GE(hue, last);
+            last = hue;
         }
         return text;
     }

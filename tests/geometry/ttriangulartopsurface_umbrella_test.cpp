@@ -241,6 +241,13 @@ void convert_and_return(Surface &top, const std::vector<double> &xyz, double far
                 if (there == ways[0].first)
                     check_formula(top, &xyz[3 * i], alone);
             }
+            norm[i][1] = 3.0 * norm[i][1] - 1.0;  // beyond both ends
+        }
+        ASSERT_EQ((top.*back)(norm[0].data(), again[0].data(), nullptr, count), 0);
+        for (std::size_t i = 0; i < norm.size(); i += 100) {
+            colour alone;
+            ASSERT_EQ((top.*back)(norm[i].data(), alone.data(), nullptr, 1), 0);
+            EXPECT_EQ(alone, again[i]) << "as among many";
         }
     }
 }
