@@ -113,9 +113,7 @@ int TTriangularTopSurface::FindDarkeningPrimaries()
         return outcome::done;
     };
     const outcome result = darkening != nullptr ? guarded(outcome::no_memory, find) : outcome::no_memory;
-    if (result == outcome::no_memory) {
+    if (result == outcome::no_memory)
         TESKA_ERR("No Memory");
-        errNo = 1;
-    }
     return result == outcome::done ? 0 : -1;
 }

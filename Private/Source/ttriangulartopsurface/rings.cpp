@@ -149,7 +149,6 @@ int TTriangularTopSurface::DetermineTopUmbrella()
     umbrella = new (std::nothrow) TList(nullptr);
     if (umbrella == nullptr) {
         TESKA_ERR("No Memory");
-        errNo = 1;
         return -1;
     }
     if (DetermineNonSaturatedUmbrellaParts() == 0 && DetermineSaturatedUmbrellaParts() == 0)
@@ -165,7 +164,6 @@ int TTriangularTopSurface::DetermineNonSaturatedUmbrellaParts()
     const heap_block<double> device = zeroed_block<double>(static_cast<std::size_t>(nrPrims));
     if (!device) {
         TESKA_ERR("No Memory");
-        errNo = 1;
         return -1;
     }
     for (int i = 0; i < nrPrims; ++i) {
@@ -212,9 +210,7 @@ int TTriangularTopSurface::DetermineSaturatedUmbrellaParts()
         return outcome::done;
     };
     const outcome result = guarded(outcome::no_memory, grow);
-    if (result == outcome::no_memory) {
+    if (result == outcome::no_memory)
         TESKA_ERR("No Memory");
-        errNo = 1;
-    }
     return result == outcome::done ? 0 : -1;
 }
