@@ -93,9 +93,10 @@ struct round_trips {
     difference exact, noisy;  // colour difference CIEDE2000 between colours asked for and printed
 };
 
-// Colours that print are sought in models of charts that the profile prints, and in the profile's own direction from
-// colours to inks as a table of 17 points a side; what is found is printed by the profile.
-std::vector<round_trips> compare_round_trips(const profile &press, colour_engine &engine);
+// Colours that print are sought in models of the charts, their patches printed by the profile, and in the profile's own
+// direction from colours to inks as a table of 17 points a side; what is found is printed by the profile.
+std::vector<round_trips> compare_round_trips(const std::vector<chart> &charts, const profile &press,
+                                             colour_engine &engine);
 
 }  // namespace examples
 

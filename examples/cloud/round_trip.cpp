@@ -63,14 +63,15 @@ finder by_profile(const transform &to_inks, md_tetrad *table)
 
 }  // namespace
 
-std::vector<round_trips> compare_round_trips(const profile &press, colour_engine &engine)
+std::vector<round_trips> compare_round_trips(const std::vector<chart> &charts, const profile &press,
+                                             colour_engine &engine)
 {
     const profile lab = engine.lab();
     const cmsUInt32Number intent = INTENT_RELATIVE_COLORIMETRIC;
     const transform print = engine.connect({press, TYPE_CMYK_DBL, lab, TYPE_Lab_DBL, intent}, evaluation::direct);
     const transform to_inks = engine.connect({lab, TYPE_Lab_DBL, press, TYPE_CMYK_DBL, intent}, evaluation::direct);
     std::vector<round_trips> rows;
-    for (const chart &asked : {even_chart(3, 5), even_chart(3, 9), even_chart(3, 16), even_chart(4, 6)})
+    for (const chart &asked : charts)
         rows.push_back({(asked.free_inks == 3 ? "CMY, " : "CMYK, ") + asked.name, int(asked.patches.size()),
                         by_model(asked, print, 0), by_model(asked, print, patch_noise)});
     const foreign<md_tetrad, md_tetrad_kill> table(md_tetrad_new(3, 4, 17, 0, 1));

@@ -88,10 +88,11 @@ std::string plates(cloud &press, const picture &photograph, const section_folder
     const section_folder folder = plain.made_by("examples/cloud/cloud.cpp");
     const picture small = averaged(photograph, plate_size, plate_size, 4);
     std::string figures;
-    for (const auto &[place, name] : {std::pair{0.0, "least"}, {0.5, "half"}, {1.0, "most"}}) {
+    for (const auto &[place, name] : {std::pair{0.0, "least"}, {0.5, "middle"}, {1.0, "most"}}) {
         press.rule(place);
-        figures += folder.pixels(std::string("black-") + name, press.black_plate(small), "A black plate",
-                                 expanded("<b>Place {place}.</b>", {{"place", decimals(place, 1)}}));
+        figures += folder.pixels(
+            std::string("black-") + name, press.black_plate(small), "A black plate",
+            expanded("<b>Place {place}</b>, the {name} black.", {{"place", decimals(place, 1)}, {"name", name}}));
     }
     return expanded(R"(<h3>Black by a rule</h3>
 <p>With four inks many mixtures print the same colour. A rule chooses: <code>clg_rule</code> with black as the cost gives the
@@ -159,7 +160,10 @@ section cloud_section(const gallery_inputs &inputs)
                   {"count", grouped(static_cast<long>(patches.patches.size()))},
                   {"name", measured ? " of " + escaped(patches.name) : ""}});
     const std::string solid = hollow(model, folder), home = way_home(model, folder);
-    const std::vector<round_trips> made = compare_round_trips(press, engine);
+    std::vector<chart> charts = {even_chart(3, 5), even_chart(3, 9), even_chart(3, 16), even_chart(4, 6)};
+    if (measured)
+        charts.push_back(patches);
+    const std::vector<round_trips> made = compare_round_trips(charts, press, engine);
     std::string summary;
     for (const round_trips &one : made)
         summary += expanded("  {name}: mean {mean}, 95 % within {most}, largest {largest}\n",
