@@ -500,15 +500,16 @@ TEST(TetraVolumeNew2, FillsTheHullAndHasEveryPointAsACorner)
     }
 }
 
-// Flat but for rounding, with edges as thin: whatever becomes of single points, the boundary closes, and the tetrahedra
-// fill no more than it.
+// Flat or in a line but for rounding, with edges as thin: whatever becomes of single points, the boundary closes, and
+// the tetrahedra fill no more than it.
 TEST(TetraVolumeNew2, StaysSoundForCloudsThatAreNearlyFlat)
 {
     Generator input(12);
     for (int i = 0; i < 1500; ++i) {
         const double hair = std::pow(10, input.between(-12, -6)), size = i % 3 == 0 ? 1 : i % 3 == 1 ? 50 : 1000;
-        const int kind = i % 4, steps = 1 + i % 6;
-        const Points points = made(4 + i % 24, [&](int) {
+        const int kind = i % 5, steps = 1 + i % 6;
+        const double along[3] = {input.between(-1, 1), input.between(-1, 1), input.between(-1, 1)};
+        const Points points = made((kind == 3 ? 16 : 4) + i % 24, [&](int) {
             const auto on_grid = [&] { return std::round(input.between(-1, 1) * steps) / steps; };
             const double t = input.unit(), noise = hair * input.between(-1, 1);
             double p[3] = {on_grid(), on_grid(), on_grid()};
@@ -518,7 +519,11 @@ TEST(TetraVolumeNew2, StaysSoundForCloudsThatAreNearlyFlat)
                 p[0] = t + noise, p[1] = t * t, p[2] = t * t * t;
             else if (kind == 2)
                 p[2] = t > 0.9 ? 1 : noise;
-            else
+            else if (kind == 3) {
+                const bool bead = input.below(4) != 0;
+                for (int k = 0; k < 3; ++k)
+                    p[k] = bead ? (2 * t - 1) * along[k] + (k == 1 ? noise : 0) : input.between(-1, 1);
+            } else
                 p[0] += noise, p[1] -= noise;
             return tetra_point{size * p[0], size * p[1], size * p[2], 0};
         });
