@@ -8,13 +8,27 @@ from types import TracebackType
 from typing import Any, Union
 
 from ._library import NULL, TeskaFileError, collected, error, ffi, lib
+from ._object import Handle
 
 Path = Union[str, 'os.PathLike[str]']
 
 _NO_MEMORY, _END = 6, 9
 
 
-class Archive:
+class _File(Handle):
+    """A handle of an open file."""
+
+    def close(self) -> None:
+        """Closes the file; what was not flushed is lost. May be called again."""
+        if self._record is not None:
+            ffi.release(self._record)
+            self._record = None
+
+    def __reduce_ex__(self, protocol: Any) -> tuple[Any, ...]:
+        raise TypeError(f'cannot pickle an open {self._label}')
+
+
+class Archive(_File):
     """An archive: entries with names, one after another in a file.
 
     Parameters:
@@ -33,6 +47,8 @@ class Archive:
         ...     archive.names(), archive.read('readme.txt'), archive.description
         (['readme.txt'], b'seen', 'proofs of May')
     """
+
+    _label = 'Archive'
 
     def __init__(self, path: Path, mode: str = 'r', description: str = '') -> None:
         self._record: Any = None
@@ -66,26 +82,11 @@ class Archive:
             raise TeskaFileError(f"{why.get(code[0], lines[0] if lines else 'failed')}: {self.path}", self.path)
         return ffi.gc(record, lib.archive_kill)
 
-    def close(self) -> None:
-        """Closes the archive. May be called again."""
-        if self._record is not None:
-            ffi.release(self._record)
-            self._record = None
-
-    def __enter__(self) -> Archive:
-        self._open()
-        return self
-
-    def __exit__(self, kind: type[BaseException] | None, value: BaseException | None,
-                 trace: TracebackType | None) -> None:
-        self.close()
-
     def _open(self, writing: bool | None = None) -> Any:
-        if self._record is None:
-            raise ValueError('Archive is closed')
+        record = super()._open()
         if writing is not None and writing != (self.mode != 'r'):
             raise ValueError(f"Archive: opened to {'write' if self.mode != 'r' else 'read'} (mode {self.mode!r})")
-        return self._record
+        return record
 
     def _failure(self, code: int) -> Exception:
         text = ffi.new('char[]', lib.ARCHIVE_TEXT_SIZE)
@@ -184,9 +185,6 @@ class Archive:
     def __getitem__(self, name: str) -> bytes:
         return self.read(name)
 
-    def __reduce_ex__(self, protocol: Any) -> tuple[Any, ...]:
-        raise TypeError('cannot pickle an open Archive')
-
     def __repr__(self) -> str:
         if self._record is None:
             return f'Archive({self.path!r})  # closed'
@@ -235,7 +233,7 @@ class Topic(Mapping[str, str]):
         return f'Topic({self._name!r}, {dict(self)!r})'
 
 
-class Records(Mapping[str, Topic]):
+class Records(_File, Mapping[str, Topic]):
     """A record file: topics with items, texts under names. Changes are made in memory; flush() writes them.
 
     Parameters:
@@ -258,6 +256,8 @@ class Records(Mapping[str, Topic]):
         cyan = 0.25
         magenta = 0.5
     """
+
+    _label = 'Records'
 
     def __init__(self, path: Path, mode: str = 'a') -> None:
         self._record: Any = None
@@ -304,11 +304,6 @@ class Records(Mapping[str, Topic]):
             raise ValueError('Records: a zero byte')
         return encoded
 
-    def _open(self) -> Any:
-        if self._record is None:
-            raise ValueError('Records is closed')
-        return self._record
-
     def __getitem__(self, topic: str) -> Topic:
         self._open()
         for name in self._names:
@@ -342,16 +337,6 @@ class Records(Mapping[str, Topic]):
         if lib.zuk_flush(self._open()) != 0:
             raise TeskaFileError(f'{self.path}: cannot be written', self.path)
 
-    def close(self) -> None:
-        """Closes the file; what was not flushed is lost."""
-        if self._record is not None:
-            ffi.release(self._record)
-            self._record = None
-
-    def __enter__(self) -> Records:
-        self._open()
-        return self
-
     def __exit__(self, kind: type[BaseException] | None, value: BaseException | None,
                  trace: TracebackType | None) -> None:
         try:
@@ -359,9 +344,6 @@ class Records(Mapping[str, Topic]):
                 self.flush()
         finally:
             self.close()
-
-    def __reduce_ex__(self, protocol: Any) -> tuple[Any, ...]:
-        raise TypeError('cannot pickle an open Records')
 
     def __repr__(self) -> str:
         if self._record is None:

@@ -63,9 +63,9 @@ class Table(Value, ABC):
     def _begin(self, sizes: tuple[Any, ...]) -> None:
         self._sizes = sizes
         self._record = None
-        self._in_curves = [None] * max(sizes[0], 0)
-        self._out_curves = [None] * max(sizes[1], 0)
-        self._record = self._make(sizes)
+        record = self._make(sizes)
+        self._in_curves, self._out_curves = [None] * sizes[0], [None] * sizes[1]
+        self._record = record
 
     # ---- Shape
 
