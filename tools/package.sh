@@ -89,7 +89,10 @@ try() {
         apt-get update -qq && apt-get install -y -qq /packages/*.deb >/dev/null &&
         apt-get install -y -qq --no-install-recommends g++ cmake ninja-build pkg-config python3 >/dev/null &&
         python3 /install/readme.py /packages/README.md /tmp/readme.$$ /usr gcc g++ &&
-        if [ -x /usr/bin/teska ]; then teska --version; fi'
+        if [ -x /usr/bin/teska ]; then teska --version; fi &&
+        apt-get install -y -qq --no-install-recommends python3-distributed >/dev/null'
+    # Dask reads /proc; the mount ends with its user.
+    unshare --mount sh -c 'mount -t proc proc "$0/proc" && chroot "$0" python3 /install/python.py /tmp/python.$$' "$root"
 }
 
 case ${1:-} in
