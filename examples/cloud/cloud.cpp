@@ -5,7 +5,6 @@
 #include "cloud/job.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace examples
 {
@@ -39,24 +38,36 @@ way_to_print cloud::way_to(const colour &lab) const
 
 picture cloud::black_plate(const picture &photograph) const
 {
-    // The table runs from 0 to 1 along L 0 .. 100, a and b -128 .. 127.
-    constexpr colour scale = {100, 255, 255}, offset = {0, -128, -128};
-    const foreign<md_tetrad, md_tetrad_kill> table(md_tetrad_new(3, 4, 17, 0, 1));
-    if (!table || clg_fill_tetrad(cells_.get(), table.get(), scale.data(), offset.data()) < 0)
+    const backward_table table = new_backward_table();
+    if (clg_fill_tetrad(cells_.get(), table.get(), backward_scale.data(), backward_offset.data()) < 0)
         throw_report();
     picture plate(photograph.width, photograph.height, 1);
     for (std::size_t i = 0; i < photograph.pixels(); ++i) {
         const unsigned char *rgb = &photograph.samples[3 * i];
-        colour place = lab_of_screen({rgb[0] / 255.0, rgb[1] / 255.0, rgb[2] / 255.0});
-        for (std::size_t k = 0; k < 3; ++k)
-            place[k] = std::clamp((place[k] - offset[k]) / scale[k], 0.0, 1.0);
-        ink_set inks;
-        std::array<double *, 3> from = {place.data(), &place[1], &place[2]};
-        std::array<double *, 4> to = {inks.data(), &inks[1], &inks[2], &inks[3]};
-        md_tetrad_interp(table.get(), from.data(), 1, to.data(), 1, 1);
-        plate.samples[i] = sample_of(1 - inks[3] / 100);
+        const colour lab = lab_of_screen({rgb[0] / 255.0, rgb[1] / 255.0, rgb[2] / 255.0});
+        plate.samples[i] = sample_of(1 - inks_from(table.get(), lab)[3] / 100);
     }
     return plate;
+}
+
+backward_table new_backward_table()
+{
+    backward_table made(md_tetrad_new(3, 4, backward_points, 0, 1));
+    if (!made)
+        throw_report();
+    return made;
+}
+
+ink_set inks_from(md_tetrad *table, const colour &lab)
+{
+    colour place;
+    for (std::size_t k = 0; k < 3; ++k)
+        place[k] = std::clamp((lab[k] - backward_offset[k]) / backward_scale[k], 0.0, 1.0);
+    ink_set inks;
+    std::array<double *, 3> from = {place.data(), &place[1], &place[2]};
+    std::array<double *, 4> to = {inks.data(), &inks[1], &inks[2], &inks[3]};
+    md_tetrad_interp(table, from.data(), 1, to.data(), 1, 1);
+    return inks;
 }
 
 }  // namespace examples

@@ -57,6 +57,13 @@ struct way_to_print {
     double distance;  // 0 for a colour that prints
 };
 
+// A table from colours to inks: 17 points a side, from 0 to 1 along L 0 .. 100, a and b -128 .. 127.
+using backward_table = foreign<md_tetrad, md_tetrad_kill>;
+constexpr int backward_points = 17;
+constexpr colour backward_scale = {100, 255, 255}, backward_offset = {0, -128, -128};
+backward_table new_backward_table();  // throws failure with the library's own line when there is no memory
+ink_set inks_from(md_tetrad *table, const colour &lab);
+
 class cloud
 {
 public:

@@ -1,7 +1,5 @@
 // round_trip - colours to inks by models of charts, and back by the profile
 
-#include "support/failure.h"
-
 #include "cloud/job.h"
 
 #include <functional>
@@ -44,21 +42,15 @@ difference by_model(const chart &asked, const transform &print, double noise)
     return there_and_back(asked.free_inks, print, [&](const colour &lab) { return model.way_to(lab).inks; });
 }
 
-finder by_profile(const transform &to_inks, md_tetrad *table)
+void fill_by_profile(md_tetrad *table, const transform &to_inks)
 {
     std::array<int, 3> index{};
     do {
-        const colour lab = {100 * index[0] / 16.0, 255 * index[1] / 16.0 - 128, 255 * index[2] / 16.0 - 128};
+        colour lab;
+        for (std::size_t k = 0; k < 3; ++k)
+            lab[k] = backward_offset[k] + backward_scale[k] * index[k] / (backward_points - 1);
         to_inks.run(lab.data(), md_tetrad_vertex_get(table, index.data(), nullptr), 1);
     } while (md_tetrad_scan_vertex(table, index.data()) != 0);
-    return [table](const colour &lab) {
-        colour place = {lab[0] / 100, (lab[1] + 128) / 255, (lab[2] + 128) / 255};
-        ink_set inks;
-        std::array<double *, 3> from = {place.data(), &place[1], &place[2]};
-        std::array<double *, 4> to = {inks.data(), &inks[1], &inks[2], &inks[3]};
-        md_tetrad_interp(table, from.data(), 1, to.data(), 1, 1);
-        return inks;
-    };
 }
 
 }  // namespace
@@ -74,10 +66,10 @@ std::vector<round_trips> compare_round_trips(const std::vector<chart> &charts, c
     for (const chart &asked : charts)
         rows.push_back({(asked.free_inks == 3 ? "CMY, " : "CMYK, ") + asked.name, int(asked.patches.size()),
                         by_model(asked, print, 0), by_model(asked, print, patch_noise)});
-    const foreign<md_tetrad, md_tetrad_kill> table(md_tetrad_new(3, 4, 17, 0, 1));
-    if (!table)
-        throw_report();
-    const difference own = there_and_back(4, print, by_profile(to_inks, table.get()));
+    const backward_table table = new_backward_table();
+    fill_by_profile(table.get(), to_inks);
+    const difference own =
+        there_and_back(4, print, [&](const colour &wanted) { return inks_from(table.get(), wanted); });
     rows.push_back({"the profile's own direction, CMYK", 0, own, own});
     return rows;
 }
