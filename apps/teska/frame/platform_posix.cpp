@@ -200,7 +200,7 @@ bool host_file::write_at(std::uint64_t offset, const void *data, std::size_t siz
     }
 #ifdef SYNC_FILE_RANGE_WRITE
     // What publish() waits for is already on its way to the disk while the rest is made.
-    constexpr std::uint64_t at_once = std::uint64_t{8} << 20;
+    constexpr std::uint64_t at_once = std::uint64_t{4} << 20;
     if (is_output_ && offset + size >= begun_ + at_once) {
         sync_file_range(descriptor(handle_), static_cast<off_t>(begun_), static_cast<off_t>(offset + size - begun_),
                         SYNC_FILE_RANGE_WRITE);
