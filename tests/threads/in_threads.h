@@ -3,23 +3,26 @@
 #ifndef TESKA_TESTS_IN_THREADS_H
 #define TESKA_TESTS_IN_THREADS_H
 
-#include <barrier>
+#include <atomic>
 #include <thread>
 #include <vector>
 
 namespace teska_test
 {
 
-// Calls work(thread) with 0 .. threads - 1, each in a thread of its own, and returns when all have ended.
+// Calls work(thread) with 0 .. threads - 1, each in a thread of its own, and returns when all have ended. They meet by
+// looking, not by std::barrier: where the host has no futex, libstdc++ 12 may lose its notification, and a thread waits
+// for ever.
 template <class Work>
 void in_threads(int threads, const Work &work)
 {
-    std::barrier start(threads);
+    std::atomic<int> missing(threads);
     std::vector<std::jthread> running;
     running.reserve(static_cast<std::size_t>(threads));
     for (int thread = 0; thread < threads; ++thread)
         running.emplace_back([&, thread] {
-            start.arrive_and_wait();
+            for (--missing; missing > 0;)
+                std::this_thread::yield();
             work(thread);
         });
 }
