@@ -25,6 +25,7 @@ namespace
 {
 
 constexpr double smallest_area = 1e-14;  // doubled, in the plane; a triangle seen edge-on has less
+constexpr double area_rounding = 1e-14;  // of the farthest corner times the longer side; far out that is more
 constexpr double device_slack = 1e-9;    // by which a calculated device value may leave 0 .. 1
 
 bool is_device_value(double value) { return value >= 0.0 && value <= 1.0; }
@@ -335,8 +336,10 @@ void TPrimComb::SplitCell(int i, int j)
 // False: seen edge-on. Either way round; folds are sorted out triangle by triangle.
 bool TPrimComb::AddFacet(int a, int b, int c)
 {
-    const double doubled = turn(points_[a], points_[b], points_[c]);
-    if (!(std::fabs(doubled) > smallest_area) || !std::isfinite(doubled))
+    const vec2 p = points_[a].direction, to_b = points_[b].direction - p, to_c = points_[c].direction - p;
+    const double doubled = cross(to_b, to_c), side = std::max(length(to_b), length(to_c));
+    const double least = std::max(smallest_area, area_rounding * (length(p) + side) * side);
+    if (!(std::fabs(doubled) > least) || !std::isfinite(doubled))
         return false;
     if (doubled < 0.0)
         std::swap(b, c);
