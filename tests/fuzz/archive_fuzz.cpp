@@ -1,13 +1,13 @@
 // archive - the three ways to unpack an archive of arbitrary bytes, compared; none of them may leave its directory
 //
 // The first byte of an input says what is done: bit 0 puts a well-formed header in front of the rest, bit 1 reads it
-// with the raw calls as well. A hunter unpacks one input in sixteen to files, which take ten times as long as memory.
-// Hunt with TEST_TMPDIR=/dev/shm: everything goes through files.
+// with the raw calls as well. Of many inputs one in sixteen is unpacked to files, which takes ten times as long.
 
 #include "support/folder.h"
 #include "support/generator.h"
 
 #include "filepacker.h"
+#include "fuzz/target.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -29,11 +29,7 @@ namespace fs = std::filesystem;
 using entries = std::vector<std::pair<std::string, std::string>>;  // name and content
 using tree = std::map<std::string, std::string>;                   // relative path and content of files, "" of others
 
-void expect(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+using fuzz::expect;
 
 // Two directories to unpack to, each with a folder and, where the host has them, links that lead out of it.
 struct Workshop {
@@ -99,6 +95,7 @@ struct Workshop {
 
 Workshop &workshop()
 {
+    fuzz::work_in_memory();
     static Workshop shop;
     return shop;
 }
@@ -184,21 +181,15 @@ void read_raw(const std::string &bytes)
     }
 }
 
-// A hunter that was asked for files would ask for them all the time: there is more to find.
-bool goes_to_files([[maybe_unused]] const std::uint8_t *data, [[maybe_unused]] std::size_t size)
+// An input that could ask for files would ask for them all the time, when a hunter made it: there is more to find.
+bool goes_to_files(const std::uint8_t *data, std::size_t size)
 {
-#ifdef TESKA_CORPUS
-    return true;
-#else
     teska_test::Digest digest;
     digest.add(data, size);
-    return digest.value() % 16 == 0;
-#endif
+    return !fuzz::in_bulk || digest.value() % 16 == 0;
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {

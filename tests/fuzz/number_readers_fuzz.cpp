@@ -7,6 +7,7 @@
 
 #include "error_mess.h"
 #include "file_double.h"
+#include "fuzz/target.h"
 #include "numb.h"
 #include "str_zuk.h"
 
@@ -16,11 +17,7 @@
 #include <string>
 #include <vector>
 
-static void expect(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+using fuzz::expect;
 
 static void read_numbers(const char *text, std::size_t count)
 {

@@ -4,6 +4,7 @@
 // stays in memory. What is found is compared with what the parsers of record text find in the same text.
 
 #include "database.h"
+#include "fuzz/target.h"
 #include "str_zuk.h"
 
 #include <cstdint>
@@ -16,13 +17,8 @@
 namespace
 {
 
+using fuzz::expect;
 using Database = std::unique_ptr<zuk_db, int (*)(zuk_db *)>;
-
-void expect(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 std::string with_lf(const std::string &text)
 {

@@ -1,5 +1,6 @@
 // record_text - all functions of record text over one text; its last bytes choose what is searched, in which order
 
+#include "fuzz/target.h"
 #include "str_utils.h"
 #include "str_zuk.h"
 
@@ -12,11 +13,7 @@
 
 using Names = std::vector<std::string>;
 
-static void expect(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+using fuzz::expect;
 
 // Each item of the topic at the cursor is found again by its name.
 static void walk_items(const char *cursor, Names &names)

@@ -4,6 +4,7 @@
 // operations to the end: what is done, a key, data, an index. Bytes that are missing are zero.
 
 #include "error_mess.h"
+#include "fuzz/target.h"
 #include "hash_tab.h"
 #include "wem.h"
 
@@ -19,27 +20,9 @@ namespace
 
 using Bytes = std::vector<char>;
 
-void expect(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+using fuzz::expect;
 
-struct Input {
-    const std::uint8_t *at;
-    std::size_t left;
-
-    int byte() { return left > 0 ? --left, *at++ : 0; }
-
-    // In memory of its own, so that reading past the end is noticed.
-    Bytes bytes(int count)
-    {
-        Bytes taken(static_cast<std::size_t>(std::max(count, 1)));  // null would mean something else
-        taken.resize(static_cast<std::size_t>(count));
-        std::generate(taken.begin(), taken.end(), [this] { return static_cast<char>(byte()); });
-        return taken;
-    }
-
+struct TableInput : fuzz::Input {
     // A key or data: fixed bytes, or a text.
     Bytes value(int code)
     {
@@ -90,7 +73,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 {
     error_set(0);
     wem_set_typefl([](const char *) { return 0; });
-    Input input{data, std::min<std::size_t>(size, 4096)};
+    TableInput input{{data, std::min<std::size_t>(size, 4096)}};
     const int key_code = code_of(input.byte());
     const int data_code = code_of(input.byte());
     const int nr_slots = input.byte() % 32;
