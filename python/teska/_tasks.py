@@ -23,7 +23,7 @@ if TYPE_CHECKING:
 _PATIENCE = 10.0    # seconds for an answer of the scheduler
 _START = 60.0       # seconds for the first worker to start
 _DRAIN = 15.0       # seconds that running tasks are waited for after a failure
-_AHEAD = 2          # tasks for each thread of the workers: one runs, one waits
+_AHEAD = 4          # tasks for each thread of the workers: one runs, others wait there and at the scheduler
 
 
 class Killed(Exception):
@@ -118,6 +118,12 @@ class Tasks:
     def outcomes(self) -> Iterator[tuple[int, Any]]:
         """Number and result of each task as they come: what the function gave, the exception it raised, or Killed.
         Raises TeskaError when the scheduler is lost, and when nothing goes on."""
+        try:
+            yield from self._outcomes()
+        except OSError as error:  # of connections; files are the business of the tasks
+            raise TeskaError(f'the scheduler is lost ({error})') from error
+
+    def _outcomes(self) -> Iterator[tuple[int, Any]]:
         from distributed import KilledWorker
         waiting, suspects, alone = deque(self._arguments), deque[int](), False
         while waiting or suspects or self._flying:

@@ -256,7 +256,7 @@ def test_nobody_waits_without_end(tmp_path, source, rng):
                                             silence_logs=logging.CRITICAL)
     alone = dask_distributed.Client(cluster, timeout=60)
     try:
-        refused(TeskaError, 'no tile was finished in 1 s; 2 under way, 0 threads of workers', many.convert, source,
+        refused(TeskaError, 'no tile was finished in 1 s; 4 under way, 0 threads of workers', many.convert, source,
                 tmp_path / 'o.npy', filled(ByteTable, rng), client=alone, timeout=1, tile=(32, 32))
         timer = threading.Timer(1, lambda: cluster.close(timeout=10))
         timer.start()
