@@ -266,6 +266,9 @@ TEST(TConvexHullConstruct, IsAClosedSurfaceWhateverTheCloud)
             ASSERT_EQ(code, promised(points)) << n << ", " << radius;
             if (code == 0) {
                 ASSERT_NE(TConvexHullTest::count(hull), "broken") << n << ", " << radius;
+                // Exact steps leave no point outside.
+                for (const Point &p : points)
+                    ASSERT_TRUE(!TConvexHullTest::exact(hull) || hull.InsideHull(p.x, p.y, p.z)) << n << ", " << radius;
             }
         }
 }
