@@ -1,7 +1,7 @@
 // tables - the three kinds of grids with any arguments: which are refused, and points in runs against points alone
 //
-// An input is the kind, the arguments, the values of the grid over and over, and coordinates to the end. Runs go through
-// the fastest loops of the processor, points alone through the plain ones.
+// An input is the kind, the arguments, the values of the grid over and over, and coordinates to the end. Runs go by the
+// fastest loops of the processor, points alone by the plain ones.
 
 #include "Kernels/kernels.h"
 #include "support/owned_clut.h"
@@ -80,7 +80,7 @@ std::vector<T *> channels(T *point, int count)
     return lines;
 }
 
-// Whether a table is as its arguments say; false: too large to be tried.
+// Whether there is a table, which is as its arguments say.
 template <class Table>
 bool expect_made(const Table &table, bool legal, double values)
 {
@@ -103,7 +103,8 @@ void bytes_table(Input &input)
         return;
     const auto next = [&] { return static_cast<unsigned char>(input.byte()); };
     int size = 0;
-    fill(md_tetrab_dataptr(table.get(), &size), m * static_cast<int>(std::pow(r + e, n)), next);
+    unsigned char *const grid = md_tetrab_dataptr(table.get(), &size);
+    fill(grid, size, next);
     expect(size == static_cast<int>(values) && md_tetrab_get_nrpoints(table.get()) == std::pow(r, n));
     if (input.below(2) == 0)
         fill(md_tetrab_ilutptr(table.get(), n - 1), 256, next);

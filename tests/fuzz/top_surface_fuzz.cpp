@@ -1,8 +1,8 @@
 // top_surface - the light side of the gamut of any device: what is asked of it has an answer, and comes back
 //
 // An input is the number of colorants, levels, steps and the vertical coordinate, then the colours of the corners of
-// the device; between them it is multilinear, and nowhere at the level of the origin, where colours have no direction. A
-// device may fail, or give what is no number, at one corner.
+// the device; between them it is multilinear, and nowhere at the level of the origin, where colours have no direction.
+// A device may fail, or give what is no number, at one corner.
 
 #include "error_mess.h"
 #include "fuzz/target.h"
