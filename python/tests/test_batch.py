@@ -6,6 +6,7 @@ import os
 import re
 import shutil
 import subprocess
+import sys
 
 import pytest
 from worker_tables import set_variable
@@ -121,8 +122,15 @@ exec {TOOL} "$@"
     same_files('out', 'plain')
 
 
+def test_a_machine_without_the_program(monkeypatch):
+    monkeypatch.delenv('TESKA_TOOL', raising=False)
+    monkeypatch.setenv('PATH', '')
+    assert 'there is no program teska in PATH' in batch.convert_picture('.', ['a', 'b']).errors
+    monkeypatch.setenv('TESKA_TOOL', '/bin/no/teska')
+    assert batch.convert_picture('.', ['a', 'b']).code == 1
+
+
 def test_it_is_a_module_and_a_program(folder):
-    import sys
     (folder / 'short.ppm').unlink()
     run = subprocess.run([sys.executable, '-m', 'teska.batch', 'in', 'out', '--to', 'linear', '--format', 'tiff'],
                          capture_output=True, text=True, timeout=80,

@@ -235,6 +235,37 @@ def test_the_next_client_goes_on_where_a_killed_one_was(client, tmp_path, source
     assert left_in(tmp_path) == ['client.py', 'in.npy', 'o.npy', 't.cube']
 
 
+ALONE = '''
+import os, sys
+sys.path[:0] = sys.argv[2:]
+import numpy as np
+from teska import ByteTable, distributed
+
+if __name__ == '__main__':
+    os.chdir(sys.argv[1])
+    done = distributed.convert('in.npy', 'o.npy', ByteTable(3, 3, grid=np.load('grid.npy')), tile=(64, 64))
+    print(done.tiles)
+'''
+
+
+def test_without_a_cluster_the_cores_of_this_machine_do_it(tmp_path, source, pixels, rng):
+    table = filled(ByteTable, rng, 3, 3, 18)
+    np.save(tmp_path / 'grid.npy', table.grid)
+    (tmp_path / 'alone.py').write_text(ALONE)
+
+    def run(program, **options):
+        return subprocess.run([sys.executable, '-B', program, tmp_path, Path(many.__file__).parents[1]], text=True,
+                              timeout=LIMIT - 10, capture_output=True, **options)
+
+    before = left_in(tmp_path)
+    refusal = run('-', input=ALONE)
+    assert 'ValueError: convert: the program is <stdin>' in refusal.stderr and left_in(tmp_path) == before
+    done = run(tmp_path / 'alone.py')
+    assert done.stdout == '4\n', done.stderr
+    assert np.array_equal(np.load(tmp_path / 'o.npy'), table(pixels))
+    assert left_in(tmp_path) == sorted([*before, 'o.npy'])
+
+
 def test_a_full_disk(client, tmp_path, rng):
     full = tmp_path / 'full'
     full.mkdir()
