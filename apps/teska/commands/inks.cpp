@@ -59,6 +59,11 @@ public:
         take_rim();
     }
 
+    // The library holds its address.
+    umbrella(const umbrella &) = delete;
+    umbrella &operator=(const umbrella &) = delete;
+    ~umbrella() = default;
+
     // What the library said of pairs that it left out; empty when there are none.
     [[nodiscard]] const std::string &report() const { return report_; }
 
@@ -384,8 +389,8 @@ private:
         json edge = json::array();
         for (const lab_colour &colour : shown.rim()) {
             edge.push_back(json::array({colour[0], colour[1], colour[2]}));
-            work.line("edge " + fixed_text(colour[0], 2) + " " + fixed_text(colour[1], 2) + " " +
-                      fixed_text(colour[2], 2));
+            const auto digits = [](double value) { return fixed_text(std::abs(value) < 0.005 ? 0 : value, 2); };
+            work.line("edge " + digits(colour[0]) + " " + digits(colour[1]) + " " + digits(colour[2]));
         }
         work.result["edge"] = std::move(edge);
     }
