@@ -12,7 +12,7 @@ namespace teska_test
 {
 
 template <>
-struct Object<cache> {
+struct Object<cache> : Freed<cache_kill> {
     static cache *make(Draw &draw)
     {
         return cache_new(
@@ -24,11 +24,10 @@ struct Object<cache> {
         cache_flush(c);
         add(digest, cache_get(c, 2) != nullptr);
     }
-    static void free(cache *c) { cache_kill(c); }
 };
 
 template <>
-struct Object<itemfifo> {
+struct Object<itemfifo> : Freed<itemfifo_kill> {
     static itemfifo *make(Draw &draw)
     {
         itemfifo *fifo = itemfifo_new(8, draw.random.below(4));
@@ -37,7 +36,6 @@ struct Object<itemfifo> {
         return fifo;
     }
     static void ask(itemfifo *fifo, Digest &digest) { add(digest, itemfifo_nr_items(fifo)); }
-    static void free(itemfifo *fifo) { itemfifo_kill(fifo); }
 };
 
 namespace
@@ -53,7 +51,7 @@ int no_key(const void *slot) { return same_key(slot, "\0\0\0"); }
 
 // Keys of 4 bytes and data of 8.
 template <>
-struct Object<hash_tab> {
+struct Object<hash_tab> : Freed<hash_tab_kill> {
     static hash_tab *make(Draw &draw)
     {
         hash_tab *table = hash_tab_new(4, 4, 8, hash_of, same_key, no_key, draw.random.below(9), nullptr);
@@ -65,10 +63,8 @@ struct Object<hash_tab> {
     {
         const int key = 7;
         double data[64];
-        add(digest, hash_tab_nr_items(table));
-        add(digest, hash_tab_get(table, &key, data));
+        add(digest, hash_tab_nr_items(table), hash_tab_get(table, &key, data));
     }
-    static void free(hash_tab *table) { hash_tab_kill(table); }
 };
 
 namespace

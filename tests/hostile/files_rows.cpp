@@ -15,7 +15,7 @@ namespace teska_test
 {
 
 template <>
-struct Object<archive> {
+struct Object<archive> : Freed<archive_kill> {
     static archive *make(Draw &draw)
     {
         const std::string &path = hostile_path(draw);
@@ -25,25 +25,22 @@ struct Object<archive> {
         return a;
     }
     static void ask(archive *a, Digest &) { archive_get_error(a, nullptr); }
-    static void free(archive *a) { archive_kill(a); }
 };
 
 template <>
-struct Object<flock_rec> {
+struct Object<flock_rec> : Freed<flock_free> {
     static flock_rec *make(Draw &draw) { return flock_get(hostile_path(draw).c_str()); }
     static void ask(flock_rec *, Digest &) {}
-    static void free(flock_rec *lock) { flock_free(lock); }
 };
 
 template <>
-struct Object<rsys_dir> {
+struct Object<rsys_dir> : Freed<rsys_dir_kill> {
     static rsys_dir *make(Draw &draw) { return rsys_dir_new(hostile_path(draw).c_str(), "", draw.random.below(64)); }
     static void ask(const rsys_dir *dir, Digest &digest) { add(digest, rsys_dir_num(dir)); }
-    static void free(rsys_dir *dir) { rsys_dir_kill(dir); }
 };
 
 template <>
-struct Object<file_double> {
+struct Object<file_double> : Freed<file_double_kill> {
     static file_double *make(Draw &draw)
     {
         return file_double_new(hostile_path(draw).c_str(), 3, draw.random.below(2));
@@ -54,7 +51,6 @@ struct Object<file_double> {
         double vector[4];
         add(digest, file_double_list(table, &state, vector) != nullptr);
     }
-    static void free(file_double *table) { file_double_kill(table); }
 };
 
 namespace

@@ -28,6 +28,7 @@
 #include <initializer_list>
 #include <limits>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -135,9 +136,14 @@ private:
 // What the rows know of a type of object: how to make one, to ask it, to free it.
 //     static T *make(Draw &draw);                          null when the draw made none
 //     static void ask(T *object, Digest &digest);          with plain arguments
-//     static void free(T *object);
+//     static void free(T *object);                         from Freed
 template <class T>
 struct Object;
+
+template <auto kill>
+struct Freed {
+    static void free(auto *object) { kill(object); }
+};
 
 template <class T>
 concept Known = requires(T *object, Digest &digest)
@@ -153,10 +159,10 @@ std::uint64_t answers(T *object)
     return digest.value();
 }
 
-template <class T>
-void add(Digest &digest, const T &value)
+template <class... T>
+void add(Digest &digest, const T &...value)
 {
-    digest.add(&value, sizeof value);
+    (digest.add(&value, sizeof value), ...);
 }
 
 // An object for a call; frozen: it must answer as before.
@@ -344,6 +350,8 @@ inline constexpr From usual{[]<class T>(Draw &draw, T *place) -> T {
 struct HostileRow {
     std::string name;
     std::function<void(Draw &)> call;  // none: the function has no row
+
+    friend void PrintTo(const HostileRow &row, std::ostream *stream) { *stream << row.name; }
 };
 
 // What a call gave: an object is asked and freed, unless it is one of the arguments.

@@ -50,19 +50,17 @@ inline tetra_point Draw::value()
 // ---- Numerics -------------------------------------------------------------------------------------------------------
 
 template <>
-struct Object<mat> {
+struct Object<mat> : Freed<mat_kill> {
     static mat *make(Draw &draw) { return mat_new(draw.values<double>(9), 3); }
     static void ask(mat *m, Digest &digest)
     {
         int err;
-        add(digest, mat_get_element(m, 0, 0, &err));
-        add(digest, mat_get_element(m, 2, 1, &err));
+        add(digest, mat_get_element(m, 0, 0, &err), mat_get_element(m, 2, 1, &err));
     }
-    static void free(mat *m) { mat_kill(m); }
 };
 
 template <>
-struct Object<dhsm> {
+struct Object<dhsm> : Freed<dhsm_kill> {
     static dhsm *make(Draw &)
     {
         return dhsm_new([](void *, void *, const double *x) { return x[0] * x[0] + x[1]; }, nullptr, 2);
@@ -72,29 +70,26 @@ struct Object<dhsm> {
         double x[3] = {1, 2, 3}, least;
         add(digest, dhsm_solve(d, nullptr, nullptr, 1e-3, x, 2, &least));
     }
-    static void free(dhsm *d) { dhsm_kill(d); }
 };
 
 template <>
-struct Object<random_rec> {
+struct Object<random_rec> : Freed<random_kill> {
     static random_rec *make(Draw &draw) { return random_new(draw.value<int>()); }
     static void ask(random_rec *generator, Digest &) { random_val(generator); }
-    static void free(random_rec *generator) { random_kill(generator); }
 };
 
 template <>
-struct Object<rdither> {
+struct Object<rdither> : Freed<rdither_kill> {
     static rdither *make(Draw &) { return rdither_new(255, 15); }
     static void ask(const rdither *table, Digest &digest)
     {
         for (unsigned i = 0; i < 8; ++i)
             add(digest, rdither_val(table, i, i + 1, i % 2));
     }
-    static void free(rdither *table) { rdither_kill(table); }
 };
 
 template <>
-struct Object<restriction> {
+struct Object<restriction> : Freed<restriction_kill> {
     static restriction *make(Draw &draw)
     {
         const double *const rows = draw.values<double>(12);
@@ -108,11 +103,10 @@ struct Object<restriction> {
         restriction_makeX(r, free_vars, x);
         add(digest, x);
     }
-    static void free(restriction *r) { restriction_kill(r); }
 };
 
 template <>
-struct Object<vect_lobe> {
+struct Object<vect_lobe> : Freed<vect_lobe_kill> {
     static vect_lobe *make(Draw &draw)
     {
         return vect_lobe_new(3, draw.values<double>(3), draw.values<double>(3), draw.number(), draw.number());
@@ -122,13 +116,12 @@ struct Object<vect_lobe> {
         const double x[4] = {0.5, 0.25, -1, 0};
         add(digest, vect_lobe_weight(lobe, x));
     }
-    static void free(vect_lobe *lobe) { vect_lobe_kill(lobe); }
 };
 
 // ---- Curves ---------------------------------------------------------------------------------------------------------
 
 template <>
-struct Object<bezier> {
+struct Object<bezier> : Freed<bezier_kill> {
     static bezier *make(Draw &draw)
     {
         bezier *b = bezier_new(2 + draw.random.below(3), 0, 0, 0, 0);
@@ -139,14 +132,12 @@ struct Object<bezier> {
     {
         double x, y;
         bezier_get(b, 0.25, &x, &y);
-        add(digest, x);
-        add(digest, y);
+        add(digest, x, y);
     }
-    static void free(bezier *b) { bezier_kill(b); }
 };
 
 template <>
-struct Object<poly_bezier> {
+struct Object<poly_bezier> : Freed<poly_bezier_kill> {
     static poly_bezier *make(Draw &draw)
     {
         poly_bezier *p = poly_bezier_new(draw.number(), draw.number());
@@ -158,11 +149,8 @@ struct Object<poly_bezier> {
     {
         double x, y;
         poly_bezier_get(p, 0.25, &x, &y);
-        add(digest, x);
-        add(digest, y);
-        add(digest, poly_bezier_length(p, 0, 1));
+        add(digest, x, y, poly_bezier_length(p, 0, 1));
     }
-    static void free(poly_bezier *p) { poly_bezier_kill(p); }
 };
 
 inline int after(const void *element, const void *key)
@@ -171,7 +159,7 @@ inline int after(const void *element, const void *key)
 }
 
 template <>
-struct Object<func> {
+struct Object<func> : Freed<func_kill> {
     static func *make(Draw &draw)
     {
         func *f = func_new(1, sizeof(double), sizeof(double), draw.chance(4) ? nullptr : after);
@@ -182,14 +170,12 @@ struct Object<func> {
     static void ask(const func *f, Digest &digest)
     {
         const double x = 0.25;
-        add(digest, func_num(f));
-        add(digest, func_pos(f, &x));
+        add(digest, func_num(f), func_pos(f, &x));
     }
-    static void free(func *f) { func_kill(f); }
 };
 
 template <>
-struct Object<lin_interp_double> {
+struct Object<lin_interp_double> : Freed<lin_interp_double_kill> {
     static lin_interp_double *make(Draw &draw)
     {
         lin_interp_double *li = lin_interp_double_new(1, draw.chance(4) ? after : nullptr);
@@ -200,14 +186,12 @@ struct Object<lin_interp_double> {
     static void ask(const lin_interp_double *li, Digest &digest)
     {
         double y = 0;
-        add(digest, lin_interp_double_inter(li, 0.25, &y));
-        add(digest, y);
+        add(digest, lin_interp_double_inter(li, 0.25, &y), y);
     }
-    static void free(lin_interp_double *li) { lin_interp_double_kill(li); }
 };
 
 template <>
-struct Object<grad_tab> {
+struct Object<grad_tab> : Freed<grad_tab_kill> {
     static grad_tab *make(Draw &draw)
     {
         return grad_tab_new_points(draw.values<double>(6), draw.random.below(4), draw.number(), draw.number());
@@ -216,14 +200,12 @@ struct Object<grad_tab> {
     {
         const double x = 0.25;
         double y = 0;
-        add(digest, grad_tab_do(g, &x, 1, &y, 1, 1));
-        add(digest, y);
+        add(digest, grad_tab_do(g, &x, 1, &y, 1, 1), y);
     }
-    static void free(grad_tab *g) { grad_tab_kill(g); }
 };
 
 template <>
-struct Object<hist> {
+struct Object<hist> : Freed<hist_kill> {
     static hist *make(Draw &draw)
     {
         hist *h = hist_new(-2, 5);
@@ -234,14 +216,12 @@ struct Object<hist> {
     {
         double mean, sd;
         hist_med(h, &mean, &sd);
-        add(digest, mean);
-        add(digest, hist_percentile(h, 50));
+        add(digest, mean, hist_percentile(h, 50));
     }
-    static void free(hist *h) { hist_kill(h); }
 };
 
 template <>
-struct Object<dynar> {
+struct Object<dynar> : Freed<dynar_kill> {
     static dynar *make(Draw &draw)
     {
         dynar *array = dynar_new(16, draw.random.below(3));
@@ -250,7 +230,6 @@ struct Object<dynar> {
         return array;
     }
     static void ask(dynar *array, Digest &digest) { add(digest, dynar_nr_items(array)); }
-    static void free(dynar *array) { dynar_kill(array); }
 };
 
 // ---- Colour ---------------------------------------------------------------------------------------------------------
@@ -267,7 +246,7 @@ void ask_table(Table *table, Digest &digest, In sample, Out, Interp interp)
 }
 
 template <>
-struct Object<clut_table> {
+struct Object<clut_table> : Freed<clut_table_kill> {
     static clut_table *make(Draw &draw)
     {
         const int points[3] = {2, 3, 2};
@@ -278,11 +257,10 @@ struct Object<clut_table> {
         ask_table(table, digest, 0.4, 0.0,
                   [](auto *t, auto **in, auto **out) { clut_table_interp(t, in, 1, out, 1, 1); });
     }
-    static void free(clut_table *table) { clut_table_kill(table); }
 };
 
 template <>
-struct Object<md_tetrab> {
+struct Object<md_tetrab> : Freed<md_tetrab_kill> {
     static md_tetrab *make(Draw &draw)
     {
         const int low = draw.random.below(200);
@@ -300,11 +278,10 @@ struct Object<md_tetrab> {
         ask_table(table, digest, Byte{100}, Byte{0},
                   [](auto *t, auto **in, auto **out) { md_tetrab_interp(t, in, 1, out, 1, 1, nullptr, 0); });
     }
-    static void free(md_tetrab *table) { md_tetrab_kill(table); }
 };
 
 template <>
-struct Object<md_tetrad> {
+struct Object<md_tetrad> : Freed<md_tetrad_kill> {
     static md_tetrad *make(Draw &draw)
     {
         md_tetrad *table = md_tetrad_new(3, 2, 3, draw.number(), draw.number());
@@ -318,11 +295,10 @@ struct Object<md_tetrad> {
         ask_table(table, digest, 0.4, 0.0,
                   [](auto *t, auto **in, auto **out) { md_tetrad_interp(t, in, 1, out, 1, 1); });
     }
-    static void free(md_tetrad *table) { md_tetrad_kill(table); }
 };
 
 template <>
-struct Object<md_tetras> {
+struct Object<md_tetras> : Freed<md_tetras_kill> {
     static md_tetras *make(Draw &draw)
     {
         md_tetras *table = md_tetras_new(3, 2, 3);
@@ -337,11 +313,10 @@ struct Object<md_tetras> {
         ask_table(table, digest, Word{20000}, Word{0},
                   [](auto *t, auto **in, auto **out) { md_tetras_interp(t, in, 1, out, 1, 1, nullptr, 0); });
     }
-    static void free(md_tetras *table) { md_tetras_kill(table); }
 };
 
 template <>
-struct Object<mmd_tetras> {
+struct Object<mmd_tetras> : Freed<mmd_tetras_kill> {
     static mmd_tetras *make(Draw &draw)
     {
         mmd_tetras *set = mmd_tetras_new(3, 3, 2, 3);
@@ -356,7 +331,6 @@ struct Object<mmd_tetras> {
         ask_table(set, digest, Word{20000}, Word{0},
                   [](auto *t, auto **in, auto **out) { mmd_tetras_interp_mix(t, 0, 0, in, 1, out, 1, 1, nullptr, 9); });
     }
-    static void free(mmd_tetras *set) { mmd_tetras_kill(set); }
 };
 
 // ---- Images ---------------------------------------------------------------------------------------------------------
@@ -368,7 +342,7 @@ inline void taken(int) {}
 inline int a_step(Draw &draw) { return draw.random.below(9) - 4; }
 
 template <>
-struct Object<fir> {
+struct Object<fir> : Freed<fir_kill> {
     static fir *make(Draw &draw)
     {
         fir *record = fir_new(draw.random.below(4), draw.value<int>() & INT_MAX);
@@ -383,22 +357,20 @@ struct Object<fir> {
             fir_mono_b(record, line, &out);
         add(digest, result);
     }
-    static void free(fir *record) { fir_kill(record); }
 };
 
 template <>
-struct Object<flood> {
+struct Object<flood> : Freed<flood_kill> {
     static flood *make(Draw &)
     {
         return flood_new([](void *, int, int) { return 0; }, [](void *, int, int, int) {});
     }
     static void ask(flood *record, Digest &) { flood_do(record, nullptr, 0, 0); }
-    static void free(flood *record) { flood_kill(record); }
 };
 
 // Two of four components are sharpened; lines of bytes and of words fit.
 template <>
-struct Object<fusm> {
+struct Object<fusm> : Freed<fusm_kill> {
     static fusm *make(Draw &draw)
     {
         fusm *record = fusm_new(draw.random.below(3), draw.random.below(300), 2, 4, nullptr, nullptr);
@@ -419,11 +391,10 @@ struct Object<fusm> {
             fusm_b_do(record, in, out, nullptr);
         add(digest, result);
     }
-    static void free(fusm *record) { fusm_kill(record); }
 };
 
 template <>
-struct Object<ibilin> {
+struct Object<ibilin> : Freed<ibilin_kill> {
     static ibilin *make(Draw &draw)
     {
         ibilin *record = ibilin_new(0);
@@ -440,11 +411,10 @@ struct Object<ibilin> {
             ibilin_mono_b(record, line, &out);
         add(digest, result);
     }
-    static void free(ibilin *record) { ibilin_kill(record); }
 };
 
 template <>
-struct Object<izoom> {
+struct Object<izoom> : Freed<izoom_kill> {
     static izoom *make(Draw &draw)
     {
         izoom *record = izoom_new();
@@ -460,11 +430,10 @@ struct Object<izoom> {
         izoom_line_b(record, line, &out);
         add(digest, result);
     }
-    static void free(izoom *record) { izoom_kill(record); }
 };
 
 template <>
-struct Object<izat> {
+struct Object<izat> : Freed<izat_kill> {
     static izat *make(Draw &draw)
     {
         izat *record = izat_new(draw.random.below(5));
@@ -481,13 +450,12 @@ struct Object<izat> {
         izat_line_b(record, line, &out);
         add(digest, result);
     }
-    static void free(izat *record) { izat_kill(record); }
 };
 
 // ---- Geometry -------------------------------------------------------------------------------------------------------
 
 template <>
-struct Object<clg> {
+struct Object<clg> : Freed<clg_kill> {
     static clg *make(Draw &draw)
     {
         clg *c = clg_new(4, 1 + draw.random.below(4), 0, 1);
@@ -506,15 +474,12 @@ struct Object<clg> {
     {
         const double colour[3] = {0.25, 0.5, 1};
         double device[16] = {}, dist = 0;
-        add(digest, clg_find(c, colour, device, &dist));
-        add(digest, device);
-        add(digest, dist);
+        add(digest, clg_find(c, colour, device, &dist), device, dist);
     }
-    static void free(clg *c) { clg_kill(c); }
 };
 
 template <>
-struct Object<convex_hull> {
+struct Object<convex_hull> : Freed<convex_hull_kill> {
     static convex_hull *make(Draw &draw)
     {
         convex_hull *hull = convex_hull_new();
@@ -526,15 +491,12 @@ struct Object<convex_hull> {
     static void ask(const convex_hull *hull, Digest &digest)
     {
         const double q[3] = {0.25, 0.5, 1};
-        add(digest, convex_hull_inside(hull, q));
-        add(digest, convex_hull_get_nr_faces(hull));
-        add(digest, convex_hull_get_volume(hull));
+        add(digest, convex_hull_inside(hull, q), convex_hull_get_nr_faces(hull), convex_hull_get_volume(hull));
     }
-    static void free(convex_hull *hull) { convex_hull_kill(hull); }
 };
 
 template <>
-struct Object<list_rec> {
+struct Object<list_rec> : Freed<list_kill> {
     static list_rec *make(Draw &draw)
     {
         list_rec *list = list_new(1, sizeof(tetra_point), draw.chance(2) ? after : nullptr);
@@ -545,14 +507,12 @@ struct Object<list_rec> {
     static void ask(list_rec *list, Digest &digest)
     {
         const double key[64] = {0.5};
-        add(digest, list_num(list));
-        add(digest, list_pos(list, key));
+        add(digest, list_num(list), list_pos(list, key));
     }
-    static void free(list_rec *list) { list_kill(list); }
 };
 
 template <>
-struct Object<tetra_plane> {
+struct Object<tetra_plane> : Freed<plane_kill> {
     static tetra_plane *make(Draw &draw)
     {
         return plane_new2(draw.values<tetra_point>(1), draw.values<tetra_point>(1), draw.values<tetra_point>(1));
@@ -560,14 +520,12 @@ struct Object<tetra_plane> {
     static void ask(const tetra_plane *plane, Digest &digest)
     {
         const double p[3] = {0.25, 0.5, 1};
-        add(digest, triangle_point_inside(plane, p));
-        add(digest, plane->d);
+        add(digest, triangle_point_inside(plane, p), plane->d);
     }
-    static void free(tetra_plane *plane) { plane_kill(plane); }
 };
 
 template <>
-struct Object<tetra_rec> {
+struct Object<tetra_rec> : Freed<tetra_kill> {
     static tetra_rec *make(Draw &draw)
     {
         const tetra_point *const p = draw.values<tetra_point>(4);
@@ -576,14 +534,12 @@ struct Object<tetra_rec> {
     static void ask(const tetra_rec *t, Digest &digest)
     {
         const double p[3] = {0.25, 0.5, 1};
-        add(digest, tetra_point_inside(t, p, nullptr));
-        add(digest, tetra_get_true_volume(t));
+        add(digest, tetra_point_inside(t, p, nullptr), tetra_get_true_volume(t));
     }
-    static void free(tetra_rec *t) { tetra_kill(t); }
 };
 
 template <>
-struct Object<tetra_volume> {
+struct Object<tetra_volume> : Freed<tetra_volume_kill> {
     static tetra_volume *make(Draw &draw)
     {
         list_rec *points = list_new(1, sizeof(tetra_point), nullptr);
@@ -602,11 +558,9 @@ struct Object<tetra_volume> {
     {
         const double q[3] = {0.25, 0.5, 1};
         double dist = 0;
-        add(digest, tetra_volume_point_inside(v, q));
-        add(digest, tetra_volume_nearest(v, q, nullptr, &dist, nullptr, nullptr));
-        add(digest, dist);
+        add(digest, tetra_volume_point_inside(v, q), tetra_volume_nearest(v, q, nullptr, &dist, nullptr, nullptr),
+            dist);
     }
-    static void free(tetra_volume *v) { tetra_volume_kill(v); }
 };
 
 // The same colour for the same device values, hostile for some of them when `user` is there.
@@ -626,7 +580,7 @@ inline int a_device(void *user, const double *device, double *colour)
 }
 
 template <>
-struct Object<top_surface> {
+struct Object<top_surface> : Freed<top_surface_kill> {
     static top_surface *make(Draw &draw)
     {
         const double ramp[3] = {1, 0.5, 0};
@@ -639,16 +593,14 @@ struct Object<top_surface> {
     {
         const double colour[3] = {40, 5, 5};
         double norm[3] = {};
-        add(digest, top_surface_normalise(top, colour, norm, nullptr, 1, 0));
-        add(digest, norm);
+        add(digest, top_surface_normalise(top, colour, norm, nullptr, 1, 0), norm);
     }
-    static void free(top_surface *top) { top_surface_kill(top); }
 };
 
 // ---- Files ----------------------------------------------------------------------------------------------------------
 
 template <>
-struct Object<zuk_db> {
+struct Object<zuk_db> : Freed<zuk_close> {
     static zuk_db *make(Draw &draw)
     {
         zuk_db *db = zuk_open();
@@ -661,7 +613,6 @@ struct Object<zuk_db> {
         char value[ZUK_VALUE_SIZE];
         add(digest, zuk_search(db, "a", "b", value));
     }
-    static void free(zuk_db *db) { zuk_close(db); }
 };
 
 }  // namespace teska_test
