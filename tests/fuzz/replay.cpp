@@ -24,7 +24,8 @@ std::string now;  // what is fed at the moment
 // A copy of its own, so that reading past the end is noticed.
 void feed(const std::string &input)
 {
-    const std::vector<std::uint8_t> bytes(input.begin(), input.end());
+    std::vector<std::uint8_t> bytes(input.begin(), input.end());
+    bytes.reserve(1);  // null would mean something else
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
 }
 
