@@ -10,6 +10,7 @@ or writes it as a document. With --guard a ratio below 80 % of its aim is an err
 import argparse
 import json
 import pathlib
+import re
 import statistics
 import subprocess
 import sys
@@ -17,7 +18,8 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 GUARD = 0.8
 PEERS = ["libeigen3-dev", "libgsl-dev", "liblcms2-dev", "libnlopt-dev", "libopenblas-dev", "libssl-dev", "libavfilter-dev",
-         "libcgal-dev", "libopencolorio-dev", "libopencv-imgproc-dev", "libqhull-dev", "libswscale-dev", "libvips-dev"]
+         "libcgal-dev", "libopencolorio-dev", "libopencv-imgproc-dev", "libqhull-dev", "libswscale-dev", "libvips-dev",
+         "lib2geom-dev", "libcairo2-dev", "libfreetype-dev", "libboost-dev", "libnanoflann-dev"]
 
 
 def read_aims():
@@ -54,29 +56,46 @@ def tables(paths, aims):
 
 
 def machine():
-    model = next(line.split(":")[1].strip() for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines()
-                 if line.startswith("model name"))
+    cpu = dict(re.findall(r"^([^\t:]+?)\s*: (.*)$", pathlib.Path("/proc/cpuinfo").read_text(), flags=re.MULTILINE))
+    model = f"{cpu['model name']} (family {cpu['cpu family']}, model {cpu['model']})"
     compiler = subprocess.run(["g++", "--version"], capture_output=True, text=True, check=True).stdout.splitlines()[0]
     versions = subprocess.run(["dpkg-query", "-W", "-f", "${Package} ${Version}\n", *PEERS], capture_output=True,
                               text=True, check=False).stdout.split("\n")
     return model, compiler, [line for line in versions if line]
 
 
-def markdown(result):
+HEAD = """# Performance
+
+Million items a second on one thread, ours beside a peer's. Both run in one process, in turns; each figure is
+the median of at least seven runs. An item is a pixel or a point where nothing else is said. Under "scaling" one
+object is asked by two threads (ours) beside one (theirs). A table for each processor: `./dev measure` writes that of
+the machine it runs on and leaves the others; the aims are those of `bench/aims.txt`, the same for all.
+
+"""
+
+
+def section(result):
+    """The tables of this machine: its line, then text."""
     model, compiler, versions = machine()
-    lines = ["# Performance", "",
-             "Million items a second on one thread, ours beside a peer's. Both run in one process, in turns; each figure is",
-             "the median of at least seven runs. An item is a pixel or a point where nothing else is said. Written by",
-             "`./dev measure`; the aims are those of `bench/aims.txt`. Under \"scaling\" ours are two threads, the peer is one.", "",
-             f"{model}; {compiler}.", ""]
+    title = f"## {model}; {compiler}"
+    lines = [title, ""]
     for program, rows in result.items():
-        lines += [f"## {program.removesuffix('_bench')}", "", "| | peer | ours | theirs | ratio | aim |",
+        lines += [f"### {program.removesuffix('_bench')}", "", "| | peer | ours | theirs | ratio | aim |",
                   "|---|---|---:|---:|---:|---:|"]
         for case, peer, ours, theirs, ratio, aim in rows:
             lines.append(f"| {case} | {peer} | {ours:.1f} | {theirs:.1f} | {ratio:.2f} | {aim if aim else ''} |")
         lines.append("")
-    lines += ["## Versions", "", *(f"- {version}" for version in versions), ""]
-    return "\n".join(lines)
+    lines += ["### Versions", "", *(f"- {version}" for version in versions), ""]
+    return title, "\n".join(lines)
+
+
+def write(path, result):
+    """Puts the tables of this machine in the place of its former ones."""
+    text = path.read_text() if path.exists() else ""
+    others = [part for part in re.split(r"^(?=## )", text, flags=re.MULTILINE) if part.startswith("## ")]
+    title, own = section(result)
+    parts = {part.splitlines()[0]: part.rstrip() + "\n" for part in others} | {title: own}
+    path.write_text(HEAD + "\n".join(parts[key] for key in sorted(parts)))
 
 
 def failures(result, aims):
@@ -99,7 +118,7 @@ def main():
     aims = read_aims()
     result = tables(arguments.json, aims)
     if arguments.write:
-        pathlib.Path(arguments.write).write_text(markdown(result))
+        write(pathlib.Path(arguments.write), result)
     for program, rows in result.items():
         for case, _, ours, theirs, ratio, aim in rows:
             missed = " below the aim" if aim and ratio < aim else ""
