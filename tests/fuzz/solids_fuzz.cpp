@@ -1,7 +1,7 @@
 // solids - the hull of points and the volume they fill, of sets that are mostly degenerate
 //
 // An input is how coordinates are made, how many points come first, and the points: of a small grid, so that many are
-// equal, in a line or in a plane; far away; or any numbers of which three have a product.
+// equal, in a line or in a plane; far away; or any numbers.
 
 #include "convex_hull.h"
 #include "error_mess.h"
@@ -33,11 +33,8 @@ Points read_points(fuzz::Input &input, bool grid)
     Points points;
     while (input.left > 0 && points.size() < points_max) {
         Point &p = points.emplace_back();
-        for (double &value : p) {
+        for (double &value : p)
             value = grid ? input.below(side) * step + offset : input.number();
-            if (std::isfinite(value) && std::fabs(value) > 1e100)
-                value = 0;
-        }
     }
     return points;
 }

@@ -75,7 +75,8 @@ int promised(const Points &points)
     for (std::size_t i = 0; i < n; ++i) {
         const Point &a = points[i], &b = points[(i + 1) % n], &c = points[(i + 2) % n], normal = cross(b - a, c - a);
         const auto far = [&](const Point &p) { return std::fabs(dot(a - p, cross(b - p, c - p))) > 0.5; };
-        if (std::max({std::fabs(normal.x), std::fabs(normal.y), std::fabs(normal.z)}) >= 0x1p-52)
+        const auto none = [](double x) { return std::fabs(x) < 0x1p-52; };
+        if (!(none(normal.x) && none(normal.y) && none(normal.z)))
             return std::any_of(points.begin(), points.end(), far) ? 0 : -1;
     }
     return -1;
@@ -271,6 +272,42 @@ TEST(TConvexHullConstruct, IsAClosedSurfaceWhateverTheCloud)
                     ASSERT_TRUE(!TConvexHullTest::exact(hull) || hull.InsideHull(p.x, p.y, p.z)) << n << ", " << radius;
             }
         }
+}
+
+// Where volumes overflow, the point that opens the first triangle must still see one of its sides.
+TEST(TConvexHullConstruct, IsAClosedSurfaceUpToTheLargestCoordinates)
+{
+    const double largest = std::numeric_limits<double>::max();
+    const double magnitudes[] = {0.35, 0.9, 31, 98, 1e-200, 1e100, 1e154, 1e200, 1e300, largest};
+    Generator input(8);
+    int made = 0, exact = 0;
+    for (int i = 0; i < 4000; ++i) {
+        Points points(4 + static_cast<std::size_t>(i % 12));
+        for (Point &p : points)
+            for (double *const at : {&p.x, &p.y, &p.z}) {
+                *at = i % 2 == 0 ? input.between(-1, 1) : input.below(2) * 2 - 1;
+                *at *= magnitudes[input.below(10)];
+            }
+        if (i == 0)
+            points = {{31, largest, .35}, {.35, -98, 31}, {.35, .35, .35}, {.35, .9, -100},
+                      {.4, .4, .4},       {.4, .4, .9},   {-42, .9, .95},  {.35, -98, -37}};
+        std::string first;
+        teska_test::at_every_level([&](auto) {
+            TConvexHull hull;
+            add(hull, points);
+            const bool closed = hull.Construct() == 0;
+            // Only exact signs may find flat what the 0.5 does not.
+            ASSERT_TRUE(closed == (promised(points) == 0) || (!closed && i != 0 && TConvexHullTest::exact(hull))) << i;
+            made += closed ? 1 : 0;
+            exact += TConvexHullTest::exact(hull) ? 1 : 0;
+            ASSERT_TRUE(!closed || TConvexHullTest::count(hull) != "broken") << i;
+            const std::string text = closed ? TConvexHullTest::text(hull) : "none";
+            ASSERT_EQ(text, first.empty() ? text : first) << i;
+            first = text;
+        });
+    }
+    EXPECT_GT(made, 4000);
+    EXPECT_GT(exact, 400);
 }
 
 TEST(TConvexHullConstruct, KnowsTheSignThatRoundingHides)

@@ -24,6 +24,7 @@
 #include "tconvexhull.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 using teska::full;
@@ -67,7 +68,17 @@ tFaceStructure *walk(const vec3 &eye, tFaceStructure *from, const vec3 &p, std::
     return nullptr;
 }
 
-// A face below the point; null: there is none. Any face will do to start from.
+// Which side of the double triangle is visible from a point, by the sign of the first side's volume; null: neither. The
+// point that opens the triangle must see one, even where overflow hides it from the search or the sides contradict each
+// other: without it the surface stays flat.
+tFaceStructure *visible_side(tFaceStructure *first, int sign) noexcept
+{
+    if (sign == 0)
+        return nullptr;
+    return sign < 0 ? first : first->next;
+}
+
+// A face below the point; null: there is none. Any face will do to start from; of a double triangle, the first side.
 tFaceStructure *find_below(const tHullStore &store, tFaceStructure *any, const vec3 &p) noexcept
 {
     const face_planes &planes = store.planes;
@@ -83,7 +94,7 @@ tFaceStructure *find_below(const tHullStore &store, tFaceStructure *any, const v
     for (std::ptrdiff_t i = 0; (i = planes.first_below(i, point.at, band)) < planes.faces(); ++i)
         if (exact_volume_sign(planes.face(i), p) < 0)
             return planes.face(i);
-    return nullptr;
+    return planes.faces() == 2 ? visible_side(any, exact_volume_sign(any, p)) : nullptr;
 }
 
 // A piece of the surface that stays a disc.
@@ -131,7 +142,8 @@ void tHullStore::orient(tVertexStructure *added) noexcept
     for (int i = 0; i < 4; ++i)
         for (const tVertexStructure *const v : planes.face(i)->vertex)
             mean = mean + teska::position(v) / 12;
-    bool inside_all = true;
+    // Four of the largest doubles may have a mean beyond them.
+    bool inside_all = std::isfinite(mean.x) && std::isfinite(mean.y) && std::isfinite(mean.z);
     for (int i = 0; i < 4; ++i)
         inside_all = inside_all && teska::exact_volume_sign(planes.face(i), mean) > 0;
     if (inside_all)
@@ -151,9 +163,11 @@ int TConvexHull::FindVisible(tVertexStructure *p)
     for (std::ptrdiff_t i = 0; (i = planes.first_below(i, point.at, limit)) < planes.faces(); ++i)
         if (VolumeSign(planes.face(i), p) < 0 && !store->see(planes.face(i)))
             return teska::no_memory;
-    // The first point outside the plane of the double triangle sees one side or the other, whatever rounding says.
-    if (store->seen.size() == 0 && planes.faces() == 2 && VolumeSign(faces, p) > 0 && !store->see(faces->next))
-        return teska::no_memory;
+    if (store->seen.size() == 0 && planes.faces() == 2) {
+        tFaceStructure *const side = teska::visible_side(faces, VolumeSign(faces, p));
+        if (side != nullptr && !store->see(side))
+            return teska::no_memory;
+    }
     return store->seen.size() == 0 ? teska::inside : FindBorder();
 }
 
