@@ -31,8 +31,8 @@
  *                         face of area A by no more than 0.25 / A. The surface may be hollow at an edge by as much, and
  *                         InsideHull 0 for a point of the hull: for 2 of 3,000 on a sphere of radius 300, by 0.017.
  *
- *   The surface is closed with any finite coordinates. Where products of three overflow, that is all: points outside may
- *   be left out, and a cloud whose volumes come out as NaN or, to exact signs, as 0 counts as coplanar.
+ *   The surface is closed with any finite coordinates. Where products of three overflow, that is all: points outside
+ *   may be left out, and a cloud whose volumes come out as NaN or, to exact signs, as 0 counts as coplanar.
  *
  *   Points with a coordinate that is not finite are not part of the hull, and not inside it.
  *   Any number of threads may ask one object, or copies of it that share lists, and copy them at the same time.
