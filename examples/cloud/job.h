@@ -1,6 +1,6 @@
 // job - a press known by its chart alone: what it reaches, what to send, tables backwards
 //
-//     chart file, or profile --> patches of inks and colours --(clg)--> colours that print, the nearest ones, their inks
+//     chart file, or profile --> patches of inks and colours --(clg)--> colours that print, the nearest, their inks
 //     colours --(clg_fill_tetrad)--> a table from colours to inks --> the black plate of a photograph, by three rules
 //
 // Colours are CIELAB relative to the paper, inks per cent.

@@ -146,8 +146,8 @@ struct TConvexHullTest {
 
     static bool exact(const TConvexHull &hull) { return hull.store->exact; }
 
-    // How many kinds of damage to a hull CheckEndpts tells: corners out of step with the edges, an edge of another face,
-    // of one face alone, with another end.
+    // How many kinds of damage to a hull CheckEndpts tells: corners out of step with the edges, an edge of another
+    // face, of one face alone, with another end.
     static int told_damages(TConvexHull &hull)
     {
         tFaceStructure &face = *hull.faces, whole = face;

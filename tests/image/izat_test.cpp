@@ -328,7 +328,7 @@ TEST(IzatLine, KeepsImagesConstantsAndRamps)
     }
 }
 
-// What is left of a wave of `cycles` in a unit under a kernel, by its integral: middle sums of 1/1000, or in closed form.
+// What is left of a wave of `cycles` in a unit under a kernel, by its integral: sums of 1/1000, or in closed form.
 double passed(int kernel, double cycles)
 {
     if (kernel == IZAT_AREA)
@@ -341,7 +341,7 @@ double passed(int kernel, double cycles)
     return sum / total;
 }
 
-// A wave of 45 pixels: each sample is the integral over its pixel for areas, the value in its centre for the others. The
+// A wave of 45 pixels: a sample is the integral over its pixel for areas, the value in its centre for the others. The
 // integral of wave and kernel over a destination pixel is known; bounds are in 1/65535 of the range. Areas take a pixel
 // as flat: where a border cuts one, that costs the slope of the wave, and in enlargements they repeat it.
 TEST(IzatLine, ComesNearTheIntegralsOfASmoothWave)

@@ -52,8 +52,8 @@ TEST(KernelTable, HoldsEveryKernelAtItsLevel)
 
 constexpr std::size_t entry_size = 8;  // of one function, on a host of 32 bits of two
 
-// A mark for each function that a kernel puts in the place of the one below. The bits of all are the same: no other test
-// tells one that was forgotten.
+// A mark for each function that a kernel puts in the place of the one below. The bits of all are the same, so no other
+// test tells one that was forgotten.
 TEST(KernelTable, HasTheSameEntriesOfAnOperationAtEveryVectorLevel)
 {
     std::map<std::string, std::string> marks;
