@@ -160,7 +160,8 @@ TESKA_API int md_tetrab_scan_vertex(md_tetrab *table, int *coord) TESKA_NOTHROW;
  *            others stay as they are
  * threshold  with a mask only; not-a-number converts nothing
  * Outputs may be the inputs themselves (same address, same step); any other overlap is not allowed.
- * Returns 1.
+ * Returns 1. The first call after a change of curves makes anew what the table keeps of them, which takes as long as
+ * some 500 pixels.
  * Kept: because each product is rounded, a grid that holds one value v everywhere gives v everywhere only for N = 1 and
  * for v = 0 and 255; otherwise results lie up to N / 2 (in integers) beside it.
  * Source: Kasson, Nin, Plouffe and Hafner, Performing color space conversions with three-dimensional linear

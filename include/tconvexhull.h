@@ -109,8 +109,9 @@ public:
      * the points that are left then.
      * Kept: without three consecutive points that are not collinear, the last followed by the first, the result is -1:
      * points that were all added twice in a row have no hull.
-     * O(n F) for n points and F faces, with a small constant: of the points of a cloud usually few are vertices. By
-     * exact signs about O(n log n) on round clouds: 100,000 points on a sphere take a second.
+     * O(n F) for n points and F faces, with a small constant: of the points of a cloud usually few are vertices. Where
+     * all are and each sees most faces before it, as along a curve in space, that is O(n^2). By exact signs about
+     * O(n log n) on round clouds: 100,000 points on a sphere take a second.
      */
     int Construct();
 

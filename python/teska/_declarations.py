@@ -1,4 +1,4 @@
-MD5 = 'bfc0d7989943a4f84a3ad31842314ee4'
+MD5 = '5768945cb28927fd7b0c5f77330606a1'
 """The C declarations of the library, written by tools/python_declarations.py from these headers."""
 
 HEADERS = (
