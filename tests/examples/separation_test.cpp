@@ -134,7 +134,7 @@ TEST(Difference, SummarisesByRankAndCountsBothDirections)
     EXPECT_EQ(compare(a, b).largest, 255);
     // Evenly lighter up to the top, and no further.
     const picture map = difference_map({0, 1, 2, 9}, 4, 1, 2);
-    for (int x = 0; x < 2; ++x)
+    for (std::size_t x = 0; x < 2; ++x)
         EXPECT_GT(map.samples[3 * x + 4], map.samples[3 * x + 1]);
     EXPECT_TRUE(std::equal(&map.samples[6], &map.samples[9], &map.samples[9]));
 }
