@@ -37,8 +37,8 @@ constexpr const char *page_text = R"(<!DOCTYPE html>
 <style>{style}</style>
 </head>
 <body>
-<header>
 <div class="colour-bar" aria-hidden="true"><i></i><i></i><i></i><i></i><i></i><i></i><i></i></div>
+<header>
 <h1>TESKAShared <span>gallery</span></h1>
 {contents}
 </header>

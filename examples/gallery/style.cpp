@@ -25,7 +25,7 @@ body {
   font: 1.0625rem/1.6 system-ui, "Segoe UI", "Helvetica Neue", "Noto Sans", "DejaVu Sans", sans-serif;
 }
 header, main, footer { max-width: 76rem; margin: 0 auto; padding: 0 clamp(1rem, 4vw, 3rem); }
-.colour-bar { display: flex; height: .5rem; margin: 0 calc(50% - 50vw); }
+.colour-bar { display: flex; height: .5rem; }
 .colour-bar i { flex: 1; }
 .colour-bar i:nth-child(1) { background: var(--cyan); }
 .colour-bar i:nth-child(2) { background: #2e3192; }
@@ -215,7 +215,6 @@ footer p { border-top: 1px solid var(--rule); padding-top: 1rem; max-width: none
   :root { --page: #fff; --card: #fff; --text: #000; --soft: #444; --rule: #bbb; --link: #000; }
   body { font-size: 10pt; print-color-adjust: exact; -webkit-print-color-adjust: exact; }
   header, main, footer { max-width: none; padding: 0; }
-  .colour-bar { margin: 0; }
   figure, .scroll, .key-figures div, li { break-inside: avoid; }
   h3 { break-after: avoid; margin-top: 1.5rem; }
   .pair { grid-template-columns: 1fr 1fr; gap: 1rem; }
