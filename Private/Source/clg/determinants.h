@@ -75,7 +75,7 @@ int exact_sign(const std::int64_t (&rows)[most_corners][most_corners])
 {
     constexpr int columns = Lifted ? R - 1 : R;
     constexpr int narrow_columns = std::min(columns, 3);
-    std::int64_t narrow[1 << R];
+    std::int64_t narrow[1 << R] = {};
     wide minor[1 << R];
     for (int r = 0; r < R; ++r)
         narrow[1 << r] = rows[r][0];
