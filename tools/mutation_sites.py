@@ -207,7 +207,8 @@ def find_sites(tree, build):
         words = shlex.split(entry["command"])
         words = words[next(i for i, word in enumerate(words) if "++" in os.path.basename(word)) + 1:]
         at = words.index("-o")
-        words = [w for w in words[:at] + words[at + 2:] if w not in ("-c", entry["file"]) and not w.startswith("-W")]
+        words = [w for w in words[:at] + words[at + 2:]
+                 if w not in ("-c", entry["file"]) and not w.startswith(("-W", "-fno-ipa"))]
         sites.unit(index.parse(entry["file"], args=words + ["-x", "c++"]))
     for path in sites.done:
         if path.startswith("Private/Kernels/"):
