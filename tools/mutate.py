@@ -50,7 +50,9 @@ def read(path):
 
 
 def run(*command, cwd=ROOT, **more):
-    return subprocess.run(command, cwd=cwd, check=True, capture_output=True, text=True, **more).stdout
+    """What a command prints; bytes that are no UTF-8, of test data in a difference, come through unchanged."""
+    return subprocess.run(command, cwd=cwd, check=True, capture_output=True, encoding="utf-8", errors="surrogateescape",
+                          **more).stdout
 
 
 def stored(name, make):
@@ -68,7 +70,7 @@ def stored(name, make):
 
 
 def state_of_checkout():
-    return run("git", "rev-parse", "HEAD") + hashlib.md5(run("git", "diff", "HEAD").encode()).hexdigest()
+    return run("git", "rev-parse", "HEAD") + hashlib.md5(run("git", "diff", "HEAD").encode(errors="surrogateescape")).hexdigest()
 
 
 def make_clone():
