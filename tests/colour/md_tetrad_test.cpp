@@ -71,7 +71,7 @@ TEST(MdTetradNew, KeptReportsRefusalsUnderOtherNames)
 }
 
 // Steps of any sign, outputs left out, points inside and outside, on vertices and with equal fractions. Single points
-// go through the definition at every level.
+// go through the definition at every level; lines go through a clone.
 TEST(MdTetradInterp, EvaluatesLinesOfAnyLayoutAsPointsOneByOne)
 {
     Generator random(71);
@@ -96,10 +96,12 @@ TEST(MdTetradInterp, EvaluatesLinesOfAnyLayoutAsPointsOneByOne)
                 if (out.at[c] != nullptr)
                     *(expected.data() + (std::exchange(after[c], after[c] + out.step) - out.buffer.data())) = point[c];
         }
+        const std::unique_ptr<md_tetrad, md_tetrad *(*)(md_tetrad *)> clone(md_tetrad_clone(table.get()),
+                                                                            md_tetrad_kill);
         teska_test::at_every_level([&](teska::simd_level) {
             std::fill(out.buffer.begin(), out.buffer.end(), 99);
             out.at = start;
-            EXPECT_EQ(md_tetrad_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, count), 1);
+            EXPECT_EQ(md_tetrad_interp(clone.get(), in.at.data(), in.step, out.at.data(), out.step, count), 1);
             ASSERT_EQ(out.buffer, expected) << n << " to " << m << ", steps " << in.step << " and " << out.step;
             EXPECT_EQ(out.at, after);
             EXPECT_EQ(in.at, sources);
@@ -181,28 +183,6 @@ TEST(MdTetradInterp, ReadsNothingOutsideTheDataForAnyInput)
     const Table empty_range(2, 1, 3, 5, 5);
     *empty_range.vertex({2, 2}) = 7;
     EXPECT_EQ(empty_range.at({5, 5})[0], 7);
-}
-
-TEST(MdTetradClone, EvaluatesAlikeAndHasALifeOfItsOwn)
-{
-    Generator random(13);
-    auto original = std::make_unique<Table>(3, 2, 4, -1, 3);
-    original->fill(random);
-    const std::unique_ptr<md_tetrad, md_tetrad *(*)(md_tetrad *)> clone(md_tetrad_clone(original->get()),
-                                                                        md_tetrad_kill);
-    int size = 0;
-    double *const data = md_tetrad_dataptr(clone.get(), &size);
-    const Doubles before(original->data, original->data + original->size), point{-0.3, 2.2, 0.1};
-    EXPECT_EQ(Doubles(data, data + size), before);
-    Samples in(point), out(Doubles(2));
-    md_tetrad_interp(clone.get(), in.at.data(), 1, out.at.data(), 1, 1);
-    EXPECT_EQ(out.buffer, original->at(point));
-    std::fill_n(data, size, 5.0);
-    EXPECT_EQ(Doubles(original->data, original->data + original->size), before);
-    original.reset();
-    Samples again(point), constant(Doubles(2));
-    md_tetrad_interp(clone.get(), again.at.data(), 1, constant.at.data(), 1, 1);
-    EXPECT_EQ(constant.buffer, Doubles(2, 5.0));
 }
 
 }  // namespace
