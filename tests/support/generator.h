@@ -46,6 +46,13 @@ public:
         add(numbers->data(), size);
     }
 
+    // Whole numbers or arrays of them, one after the other.
+    template <class... T>
+    void put(const T &...numbers)
+    {
+        (add(&numbers, sizeof numbers), ...);
+    }
+
     [[nodiscard]] std::uint64_t value() const { return value_; }
 
 private:
