@@ -3,6 +3,7 @@
 #include "support/generator.h"
 #include "support/levels.h"
 #include "support/reports.h"
+#include "support/samples.h"
 
 #include <gtest/gtest.h>
 
@@ -29,11 +30,16 @@ struct Shape {
     int n, source_lines, source_width, lines, width, in_step = 1, out_step = 1;
 };
 
+// Both starts in turn.
 int start(ibilin *record, const Shape &s)
 {
-    return ibilin_start(
-        record, s.n, s.source_lines, s.source_width, s.lines, s.width, [](int c) { on_line(c); }, s.in_step,
-        s.out_step);
+    static int images = 0;
+    const auto plain = [](int c) { on_line(c); };
+    const auto with = [](void *f, int c) { (*static_cast<std::function<void(int)> *>(f))(c); };
+    return ++images % 2 == 0 ? ibilin_start(record, s.n, s.source_lines, s.source_width, s.lines, s.width, plain,
+                                            s.in_step, s.out_step)
+                             : ibilin_start_with(record, s.n, s.source_lines, s.source_width, s.lines, s.width, with,
+                                                 &on_line, s.in_step, s.out_step);
 }
 
 int call(ibilin *r, int count, unsigned char *const *in, unsigned char **out)
@@ -117,25 +123,16 @@ private:
     int delivered_ = 0;
 };
 
-// Where the components of a line are: one buffer if they are interleaved, as short as it can be. Interleaved ones may
-// be the other way round.
+// A line whose components may be the other way round where they are interleaved.
 template <class T>
-struct Line {
-    Line(int n, int width, int step, bool reversed)
-    {
-        const bool together = n > 1 && step == n;
-        const int length = (width - 1) * std::abs(step) + 1;
-        for (int c = 0; c < (together ? 1 : n); ++c)
-            buffers.emplace_back(static_cast<std::size_t>(together ? n * width : length), static_cast<T>(77));
-        for (int c = 0; c < 4; ++c)
-            at[c] = c >= n     ? nullptr
-                    : together ? buffers[0].data() + (reversed ? n - 1 - c : c)
-                    : step < 0 ? &buffers[static_cast<std::size_t>(c)].back()
-                               : buffers[static_cast<std::size_t>(c)].data();
-    }
-    std::vector<std::vector<T>> buffers;
-    T *at[4];
-};
+Samples<T> line_of(int n, int width, int step, bool reversed)
+{
+    Samples<T> line(n, width, step, static_cast<T>(77));
+    if (reversed && step == n)
+        std::reverse(line.at.begin(), line.at.end());
+    line.at.resize(4);
+    return line;
+}
 
 // Feeds an image and compares all that the output lines hold at each callback. calls: components of the call for every
 // line fed, in turn. Output goes to two places, line by line; the holders change as soon as they have been read.
@@ -145,34 +142,37 @@ void expect_image(const Shape &s, const std::vector<int> &calls, Generator &rand
     SCOPED_TRACE(testing::Message() << s.n << " components of " << sizeof(T) << ", " << s.source_width << " x "
                                     << s.source_lines << " to " << s.width << " x " << s.lines << ", steps "
                                     << s.in_step << ", " << s.out_step);
-    const Record record(ibilin_new(0), ibilin_kill);
+    const Record record(ibilin_new(0), ibilin_kill), other(ibilin_new(0), ibilin_kill);
     ASSERT_EQ(start(record.get(), s), 1);
+    // Keeps its context to itself.
+    ibilin_start_with(
+        other.get(), 1, 1, 1, 1, 1, [](void *, int) { ADD_FAILURE(); }, nullptr, 1, 1);
     Model<T> model(s);
     const bool reversed = random.below(4) == 0;
-    Line<T> out[] = {{s.n, s.width, s.out_step, reversed}, {s.n, s.width, s.out_step, reversed}};
-    Line<T> in(s.n, s.source_width, s.in_step, random.below(4) == 0);
-    Line<T> expected(s.n, s.width, s.out_step, reversed);
+    Samples<T> out[] = {line_of<T>(s.n, s.width, s.out_step, reversed), line_of<T>(s.n, s.width, s.out_step, reversed)};
+    Samples<T> in = line_of<T>(s.n, s.source_width, s.in_step, random.below(4) == 0);
+    Samples<T> expected = line_of<T>(s.n, s.width, s.out_step, reversed);
     T *holders[4];
     on_line = [&](int c) {
         ASSERT_FALSE(model.due.empty());
         const auto line = model.due.front();
         model.due.pop_front();
         ASSERT_EQ(c, line.component);
-        Line<T> &place = out[line.out == out[1].at[c]];
+        Samples<T> &place = out[line.out == out[1].at[static_cast<std::size_t>(c)]];
         for (int x = 0; x < s.width; ++x)
-            expected.at[c][x * s.out_step] = static_cast<T>(line.samples[static_cast<std::size_t>(x)]);
-        ASSERT_EQ(place.buffers, expected.buffers);
-        out[0].buffers = out[1].buffers = expected.buffers;
+            expected.at[static_cast<std::size_t>(c)][x * s.out_step] =
+                static_cast<T>(line.samples[static_cast<std::size_t>(x)]);
+        ASSERT_EQ(place.buffer, expected.buffer);
+        out[0].buffer = out[1].buffer = expected.buffer;
         std::fill_n(holders, 4, nullptr);
     };
     for (std::size_t i = 0; i < calls.size() && !testing::Test::HasFatalFailure(); ++i) {
         const T extremes[] = {0, static_cast<T>(~0U), static_cast<T>(random.next()), static_cast<T>(random.next())};
-        for (auto &buffer : in.buffers)
-            std::generate(buffer.begin(), buffer.end(), [&] { return extremes[random.below(4)]; });
-        std::copy_n(out[i % 2].at, 4, holders);
+        std::generate(in.buffer.begin(), in.buffer.end(), [&] { return extremes[random.below(4)]; });
+        std::copy_n(out[i % 2].at.data(), 4, holders);
         for (int c = 0; c < std::min(calls[i], s.n); ++c)
-            model.feed(c, in.at[c], holders[c]);
-        ASSERT_EQ(call(record.get(), calls[i], in.at, holders), 1);
+            model.feed(c, in.at[static_cast<std::size_t>(c)], holders[c]);
+        ASSERT_EQ(call(record.get(), calls[i], in.at.data(), holders), 1);
         ASSERT_TRUE(model.due.empty());
     }
 }
@@ -214,28 +214,6 @@ TEST(Ibilin, EqualsTheRuleInFloatingPointAtEveryLevel)
     });
 }
 
-// Samples of one column, as lines.
-TEST(Ibilin, KeptBlendsTheLastTwoLinesBehindTheLastOne)
-{
-    const struct {
-        std::vector<unsigned short> source, result;
-    } rows[] = {{{100, 200}, {100, 150, 100, 150}},
-                {{1, 2, 65535}, {1, 2, 2}},
-                {{9}, {9, 9, 9}},
-                {{10, 20, 30, 40}, {10, 30}},
-                {{65535, 0}, {65535, 43690, 21845, 65535, 43690, 21845}}};
-    const Record record(ibilin_new(5), ibilin_kill);
-    for (const auto &row : rows) {
-        std::vector<unsigned short> result;
-        unsigned short sample = 0, *out = &sample;
-        on_line = [&](int) { result.push_back(sample); };
-        start(record.get(), {1, static_cast<int>(row.source.size()), 1, static_cast<int>(row.result.size()), 1});
-        for (const unsigned short &line : row.source)
-            ibilin_mono(record.get(), &line, &out);
-        EXPECT_EQ(result, row.result);
-    }
-}
-
 TEST(IbilinStart, RefusesSizesAndThenIgnoresLines)
 {
     Reports reports;
@@ -255,43 +233,6 @@ TEST(IbilinStart, RefusesSizesAndThenIgnoresLines)
     EXPECT_EQ(reports.take(), lines(2, "ibilin_start: unsufficient resources"));
     EXPECT_EQ(ibilin_mono_b(record.get(), line, &out), 1);
     EXPECT_EQ(ibilin_kill(nullptr), 0);
-}
-
-// Where the lines of one image go, which its callback gets as the context.
-struct Sink {
-    unsigned short line[3] = {};
-    unsigned short *out = line;
-    std::vector<unsigned short> received;
-
-    static void take(void *context, int component)
-    {
-        auto *const sink = static_cast<Sink *>(context);
-        EXPECT_EQ(component, 0);
-        sink->received.insert(sink->received.end(), sink->line, sink->line + 3);
-    }
-};
-
-TEST(IbilinStartWith, TellsEveryImageItsOwnContext)
-{
-    const unsigned short a[][2] = {{0, 300}, {600, 900}}, b[][2] = {{7, 7}, {7, 7}};
-    Sink first, second;
-    const std::unique_ptr<ibilin, int (*)(ibilin *)> one(ibilin_new(0), ibilin_kill), two(ibilin_new(0), ibilin_kill);
-    ASSERT_EQ(ibilin_start_with(one.get(), 1, 2, 2, 3, 3, Sink::take, &first, 1, 1), 1);
-    ASSERT_EQ(ibilin_start_with(two.get(), 1, 2, 2, 3, 3, Sink::take, &second, 1, 1), 1);
-    for (int y = 0; y < 2; ++y) {
-        ibilin_mono(one.get(), a[y], &first.out);
-        ibilin_mono(two.get(), b[y], &second.out);
-    }
-    EXPECT_EQ(second.received, std::vector<unsigned short>(9, 7));
-    // The same as with a callback of the whole program.
-    static Sink plain;
-    ASSERT_EQ(ibilin_start(
-                  one.get(), 1, 2, 2, 3, 3, [](int component) { Sink::take(&plain, component); }, 1, 1),
-              1);
-    for (const auto &line : a)
-        ibilin_mono(one.get(), line, &plain.out);
-    EXPECT_EQ(first.received, plain.received);
-    EXPECT_EQ(first.received.size(), 9U);
 }
 
 }  // namespace

@@ -188,27 +188,6 @@ TEST(IzatWeights, AreWithinAStepOfTheFormulas)
 
 // ---- Averaging ------------------------------------------------------------------------------------------------------
 
-TEST(IzatLine, GivesTheWorkedExamples)
-{
-    const struct {
-        int kernel;
-        Shown shown;
-        std::vector<unsigned char> from, to;
-    } rows[] = {
-        {IZAT_TRIANGLE, {}, {0, 100, 200, 50}, {71, 121}},
-        {IZAT_AREA, {}, {10, 20, 40}, {13, 33}},
-        {IZAT_LANCZOS3, {}, {0, 255}, {0, 59, 196, 255}},
-        {IZAT_CATMULL_ROM, {}, {0, 0, 255, 255}, {0, 0, 31, 224, 255, 255}},
-        {IZAT_MITCHELL, {.left = 0.5, .width = 3.75, .height = 1}, {10, 20, 30, 40, 50}, {16, 29, 42}},
-    };
-    for (const auto &r : rows) {
-        const Zoom z = new_zoom(r.kernel);
-        izat_window_set(z.get(), r.shown.left, r.shown.top, r.shown.width, r.shown.height);
-        const Size from{1, static_cast<int>(r.from.size())}, to{1, static_cast<int>(r.to.size())};
-        EXPECT_EQ(zoomed(z.get(), r.from, from, to, 1), r.to) << "kernel " << r.kernel;
-    }
-}
-
 // Every destination sample from its definition, in 64-bit integers.
 template <class Sample>
 std::vector<Sample> defined(int kernel, const Shown &w, const std::vector<Sample> &image, Size from, Size to, int n)
@@ -301,92 +280,12 @@ TEST(IzatLine, IsTheDefinitionAtEveryLevel)
     }
 }
 
-TEST(IzatLine, KeepsImagesConstantsAndRamps)
-{
-    const Size from{5, 30};
-    std::vector<unsigned short> ramp;
-    for (int i = 0; i < from.lines * from.width; ++i)
-        ramp.push_back(static_cast<unsigned short>(1000 + 2000 * (i % from.width)));
-    const std::vector<unsigned short> constant(ramp.size(), 54321);
-    for (const int kernel : kernels) {
-        SCOPED_TRACE(kernel);
-        const Zoom z = new_zoom(kernel);
-        if (kernel != IZAT_MITCHELL) {
-            EXPECT_EQ(zoomed(z.get(), ramp, from, from, 1), ramp);
-        }
-        EXPECT_EQ(zoomed(z.get(), constant, from, {7, 44}, 1), std::vector<unsigned short>(7 * 44, 54321));
-        // Inside, at any ratio and phase, a ramp continues as one: nothing is shifted.
-        for (const int width : {13, 44, 90}) {
-            const auto made = zoomed(z.get(), ramp, from, {1, width}, 1);
-            const double s = 30.0 / width;
-            for (int x = width / 3; x < width * 2 / 3; ++x) {
-                const double ideal = 1000 + 2000 * ((x + 0.5) * s - 0.5);
-                // Areas and triangles follow steps inside a pixel; the others have the ramp to within their ripple.
-                EXPECT_NEAR(made[static_cast<std::size_t>(x)], ideal, kernel == IZAT_AREA ? 1001 : 60) << width;
-            }
-        }
-    }
-}
-
-// What is left of a wave of `cycles` in a unit under a kernel, by its integral: sums of 1/1000, or in closed form.
-double passed(int kernel, double cycles)
-{
-    if (kernel == IZAT_AREA)
-        return std::sin(pi * cycles) / (pi * cycles);
-    double sum = 0, total = 0;
-    for (double t = 0.0005; t < radius[kernel]; t += 0.001) {
-        sum += shape(kernel, t) * std::cos(2 * pi * cycles * t);
-        total += shape(kernel, t);
-    }
-    return sum / total;
-}
-
-// A wave of 45 pixels: a sample is the integral over its pixel for areas, the value in its centre for the others. The
-// integral of wave and kernel over a destination pixel is known; bounds are in 1/65535 of the range. Areas take a pixel
-// as flat: where a border cuts one, that costs the slope of the wave, and in enlargements they repeat it.
-TEST(IzatLine, ComesNearTheIntegralsOfASmoothWave)
-{
-    const struct {
-        int width;
-        double bound[5];
-    } rows[] = {
-        {45, {3, 25, 3, 3, 3}},  {30, {3, 45, 3, 3, 3}},    {67, {300, 70, 65, 50, 30}},
-        {13, {55, 22, 4, 4, 4}}, {180, {930, 9, 5, 4, 75}}, {130, {580, 45, 5, 4, 75}},
-    };
-    constexpr int width = 90;
-    constexpr double length = 45, middle = 32767.5, height = 26214;
-    for (const int kernel : kernels) {
-        std::vector<unsigned short> wave;
-        for (int i = 0; i < width; ++i) {
-            const double held = kernel == IZAT_AREA ? passed(IZAT_AREA, 1 / length) : 1;
-            wave.push_back(static_cast<unsigned short>(
-                std::lround(middle + height * held * std::sin(2 * pi * (i + 0.5) / length))));
-        }
-        for (const auto &r : rows) {
-            const Zoom z = new_zoom(kernel);
-            const auto made = zoomed(z.get(), wave, {1, width}, {1, r.width}, 1);
-            const double s = static_cast<double>(width) / r.width;
-            const double left = passed(kernel, (kernel == IZAT_AREA ? s : std::max(s, 1.0)) / length);
-            for (int x = r.width / 3; x < r.width * 2 / 3; ++x)
-                EXPECT_NEAR(made[static_cast<std::size_t>(x)],
-                            middle + height * left * std::sin(2 * pi * (x + 0.5) * s / length), r.bound[kernel])
-                    << "kernel " << kernel << ", " << r.width << " pixels, pixel " << x;
-        }
-    }
-}
-
 // ---- Both -----------------------------------------------------------------------------------------------------------
 
+// In any window and at every factor; components stay together.
 TEST(Izoom, PicksThePixelInWhichTheCentreLies)
 {
-    std::vector<unsigned char> image;
-    for (int i = 0; i < 64; ++i)
-        image.push_back(static_cast<unsigned char>(10 * (i / 8) + i % 8));
     const Pick z = new_pick();
-    EXPECT_EQ(zoomed(z.get(), image, {8, 8}, {2, 3}, 1), (std::vector<unsigned char>{21, 24, 26, 61, 64, 66}));
-    izoom_window_set(z.get(), 0, 0, 3, 8);
-    EXPECT_EQ(zoomed(z.get(), image, {8, 8}, {1, 5}, 1), (std::vector<unsigned char>{40, 40, 41, 42, 42}));
-    // In any window and at every factor; components stay together.
     Generator input(4);
     for (int round = 0; round < 300; ++round) {
         const int n = 1 + input.below(16);
