@@ -6,21 +6,41 @@
 #include <stdlib.h>
 #include <string.h>
 
-/* Counts a failure of the running example unless ok; text is the expression. */
 #ifdef __cplusplus
-extern "C"
+extern "C" {
 #endif
-    void
-    reference_check(int ok, const char *text, const char *file, int line);
+
+/* Counts a failure of the running example unless ok; text is the expression. */
+void reference_check(int ok, const char *text, const char *file, int line);
 
 /* A folder in that of the example. */
+void reference_make_folder(const char *name);
+
 #ifdef __cplusplus
-extern "C"
+}
 #endif
-    void
-    reference_make_folder(const char *name);
+
+/* The function of an example, in a program of the same name as its header: that and this one are included already. */
+#ifdef __cplusplus
+#    define EXAMPLE(name)                                                                                              \
+        extern "C" void example_##name();                                                                              \
+        void example_##name()
+#else
+#    define EXAMPLE(name)                                                                                              \
+        void example_##name(void);                                                                                     \
+        void example_##name(void)
+#endif
 
 #define CHECK(x) reference_check((x) != 0, #x, __FILE__, __LINE__)
 #define NEAR(a, b, tolerance) reference_check(fabs((a) - (b)) <= (tolerance), #a " is " #b, __FILE__, __LINE__)
+
+/* Every element of a vector. */
+#define NEAR_ALL(vector, tolerance, ...)                                                                               \
+    do {                                                                                                               \
+        const double expected[] = {__VA_ARGS__};                                                                       \
+        for (unsigned at = 0; at < sizeof expected / sizeof *expected; ++at)                                           \
+            reference_check(fabs((vector)[at] - expected[at]) <= (tolerance), #vector " is " #__VA_ARGS__, __FILE__,   \
+                            __LINE__);                                                                                 \
+    } while (0)
 
 #endif

@@ -8,6 +8,7 @@
 
 #include <filesystem>
 
+#undef EXAMPLE
 #define EXAMPLE(name) extern "C" void example_##name();
 #include "examples.inc"
 #undef EXAMPLE

@@ -1,9 +1,4 @@
-#include "archive.h"
-
-#include "../check.h"
-
-void example_archive(void);
-void example_archive(void)
+EXAMPLE(archive)
 {
     const char *text = "cyan, magenta";
     const int length = 13;

@@ -1,9 +1,4 @@
-#include "base64.h"
-
-#include "../check.h"
-
-void example_base64(void);
-void example_base64(void)
+EXAMPLE(base64)
 {
 #include "base64_1.inc"
     CHECK(strncmp(out, "TQ==", 4) == 0);

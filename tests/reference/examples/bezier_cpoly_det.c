@@ -1,10 +1,6 @@
-#include "bezier_cpoly_det.h"
-
-#include "../check.h"
 #include "bezierd_base.h"
 
-void example_bezier_cpoly_det(void);
-void example_bezier_cpoly_det(void)
+EXAMPLE(bezier_cpoly_det)
 {
     int seen = 0;
 #define DOTS_1 seen = 1

@@ -1,9 +1,4 @@
-#include "bezierd_base.h"
-
-#include "../check.h"
-
-void example_bezierd_base(void);
-void example_bezierd_base(void)
+EXAMPLE(bezierd_base)
 {
 #define DOTS_1 NEAR(y[0], 0.5, 1e-9)
 #include "bezierd_base_1.inc"

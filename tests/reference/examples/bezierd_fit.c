@@ -1,10 +1,6 @@
-#include "bezierd_fit.h"
-
-#include "../check.h"
 #include "bezierd_base.h"
 
-void example_bezierd_fit(void);
-void example_bezierd_fit(void)
+EXAMPLE(bezierd_fit)
 {
 #define DOTS_1                                                                                                         \
     do {                                                                                                               \

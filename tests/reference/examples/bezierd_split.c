@@ -1,10 +1,6 @@
-#include "bezierd_split.h"
-
-#include "../check.h"
 #include "bezierd_base.h"
 
-void example_bezierd_split(void);
-void example_bezierd_split(void)
+EXAMPLE(bezierd_split)
 {
     bezier *b = bezier_new(2, 0, 0, 1, 1);
 #define DOTS_1 CHECK(bezier_kill(first) == 1 && bezier_kill(second) == 1)

@@ -1,6 +1,3 @@
-#include "bezierd_vector.h"
-
-#include "../check.h"
 #include "bezierd_base.h"
 #include "dynar.h"
 
@@ -11,8 +8,7 @@ static void draw_to(double x, double y)
     last[1] = y;
 }
 
-void example_bezierd_vector(void);
-void example_bezierd_vector(void)
+EXAMPLE(bezierd_vector)
 {
     bezier *b = bezier_new(2, 0, 0, 1, 1);
     bezier_set_controlp(b, 0, 1, 0);

@@ -1,7 +1,3 @@
-#include "cache.h"
-
-#include "../check.h"
-
 static int loaded;
 static int page_bytes(void *pages, int id)
 {
@@ -17,8 +13,7 @@ static void page_read(void *pages, int id, void *destination)
 #define load load_page
 #include "cache_1.inc"
 
-void example_cache(void);
-void example_cache(void)
+EXAMPLE(cache)
 {
     void *pages = NULL;
     const int nr_pages = 20;

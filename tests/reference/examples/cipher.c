@@ -1,9 +1,4 @@
-#include "cipher.h"
-
-#include "../check.h"
-
-void example_cipher(void);
-void example_cipher(void)
+EXAMPLE(cipher)
 {
     unsigned char text[6] = "magic", hidden[6];
     const int size = 6;

@@ -1,9 +1,4 @@
-#include "clg.h"
-
-#include "../check.h"
-
-void example_clg(void);
-void example_clg(void)
+EXAMPLE(clg)
 {
     double cmyk[81][4], lab[81][3], device[4], dist = -1;
     const int patches = 81;

@@ -1,10 +1,6 @@
-#include "clut.h"
-
-#include "../check.h"
-
 #include <vector>
 
-extern "C" void example_clut()
+EXAMPLE(clut)
 {
 #define DOTS_1                                                                                                         \
     for (std::size_t i = 0; i < values.size(); ++i)                                                                    \

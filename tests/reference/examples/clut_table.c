@@ -1,9 +1,4 @@
-#include "clut_table.h"
-
-#include "../check.h"
-
-void example_clut_table(void);
-void example_clut_table(void)
+EXAMPLE(clut_table)
 {
     const double point[3] = {0.25, 0.5, 1};
     double ink[4];

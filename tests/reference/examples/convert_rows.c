@@ -1,10 +1,6 @@
-#include "convert_rows.h"
-
-#include "../check.h"
 #include "md_tetrab.h"
 
-void example_convert_rows(void);
-void example_convert_rows(void)
+EXAMPLE(convert_rows)
 {
     md_tetrab *table = md_tetrab_new(3, 4, 2);
     unsigned char pixels[12] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}, result[16];

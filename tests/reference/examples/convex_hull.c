@@ -1,9 +1,4 @@
-#include "convex_hull.h"
-
-#include "../check.h"
-
-void example_convex_hull(void);
-void example_convex_hull(void)
+EXAMPLE(convex_hull)
 {
     static double measured[1485][3];
     for (int p = 0; p < 1485; ++p) {

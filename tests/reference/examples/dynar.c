@@ -1,11 +1,6 @@
-#include "dynar.h"
-
-#include "../check.h"
-
 static int width_of(int column) { return column; }
 
-void example_dynar(void);
-void example_dynar(void)
+EXAMPLE(dynar)
 {
     const int columns = 100;
     int total = 0;

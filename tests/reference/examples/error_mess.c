@@ -1,6 +1,3 @@
-#include "error_mess.h"
-
-#include "../check.h"
 #include "list.h"
 
 static int lines;
@@ -12,8 +9,7 @@ static void count_line(const char *line)
 static void append(char *text, const char *line) { strcpy(text, line); }
 static const char *line;
 
-#if __has_include("error_mess_3.inc")
-#    include "error_mess_3.inc"
+#include "error_mess_3.inc"
 static void show_line(void *window, const char *line)
 {
     (void)line;
@@ -22,20 +18,16 @@ static void show_line(void *window, const char *line)
 static void to_functions(void)
 {
     int window = 0;
-#    include "error_mess_4.inc"
+#include "error_mess_4.inc"
     error_set_handler(NULL, NULL, NULL);
-#    include "error_mess_5.inc"
+#include "error_mess_5.inc"
     error_mess_fl("for the window", __FILE__, __LINE__);
     CHECK(window == 1);
     error_set_thread_handler(NULL, NULL, NULL);
     error_set_thread(TESKA_ERROR_PROCESS_WIDE);
 }
-#else
-static void to_functions(void) {}
-#endif
 
-void example_error_mess(void);
-void example_error_mess(void)
+EXAMPLE(error_mess)
 {
     {
 #define log_line count_line

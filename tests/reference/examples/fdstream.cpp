@@ -1,8 +1,4 @@
-#include "fdstream.h"
-
-#include "../check.h"
-
-extern "C" void example_fdstream()
+EXAMPLE(fdstream)
 {
 #define DOTS_1 CHECK(0)
 #include "fdstream_1.inc"

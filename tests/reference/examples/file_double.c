@@ -1,9 +1,4 @@
-#include "file_double.h"
-
-#include "../check.h"
-
-void example_file_double(void);
-void example_file_double(void)
+EXAMPLE(file_double)
 {
 #include "file_double_1.inc"
 }

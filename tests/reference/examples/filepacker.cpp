@@ -1,8 +1,4 @@
-#include "filepacker.h"
-
-#include "../check.h"
-
-extern "C" void example_filepacker()
+EXAMPLE(filepacker)
 {
     const char *text = "four";
     const long length = 4;

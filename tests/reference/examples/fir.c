@@ -1,15 +1,10 @@
-#include "fir.h"
-
-#include "../check.h"
-
 static int handed;
 #define DOTS_1                                                                                                         \
     ++handed;                                                                                                          \
     (void)component
 #include "fir_1.inc"
 
-void example_fir(void);
-void example_fir(void)
+EXAMPLE(fir)
 {
     enum { height = 4, width = 5 };
     static unsigned char line[height][3 * width], red[3 * width];

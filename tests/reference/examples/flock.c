@@ -1,9 +1,4 @@
-#include "flock.h"
-
-#include "../check.h"
-
-void example_flock(void);
-void example_flock(void)
+EXAMPLE(flock)
 {
     int alone = 0;
 #define DOTS_1 CHECK(0)

@@ -1,7 +1,3 @@
-#include "flood.h"
-
-#include "../check.h"
-
 struct picture {
     int width, height, old;
     unsigned char *row[32];
@@ -13,8 +9,7 @@ static int filled;
     memset(p->row[y] + xFirst, 1, (size_t)(xLast - xFirst + 1))
 #include "flood_1.inc"
 
-void example_flood(void);
-void example_flood(void)
+EXAMPLE(flood)
 {
     static unsigned char rows[32][32];
     struct picture picture = {32, 32, 0, {0}};

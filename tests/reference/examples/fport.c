@@ -1,10 +1,6 @@
-#include "fport.h"
-
-#include "../check.h"
 #include "wem.h"
 
-void example_fport(void);
-void example_fport(void)
+EXAMPLE(fport)
 {
     {
 #include "fport_1.inc"

@@ -1,14 +1,9 @@
-#include "func.h"
-
-#include "../check.h"
-
 static int text_after(const void *element, const void *key)
 {
     return strcmp((const char *)element, (const char *)key) >= 0;
 }
 
-void example_func(void);
-void example_func(void)
+EXAMPLE(func)
 {
     const double density = 1.5;
 #define DOTS_1 CHECK(0)

@@ -1,7 +1,3 @@
-#include "fusm.h"
-
-#include "../check.h"
-
 static int written;
 static void write_component(int k, const unsigned char *line)
 {
@@ -10,8 +6,7 @@ static void write_component(int k, const unsigned char *line)
 }
 #include "fusm_1.inc"
 
-void example_fusm(void);
-void example_fusm(void)
+EXAMPLE(fusm)
 {
     enum { lines = 6 };
     static unsigned char image[lines][3 * 2048];

@@ -1,10 +1,6 @@
-#include "hash_tab.h"
-
-#include "../check.h"
 #include "hash_tab_1.inc"
 
-void example_hash_tab(void);
-void example_hash_tab(void)
+EXAMPLE(hash_tab)
 {
     unsigned id = 7;
     double weight = 2.5;

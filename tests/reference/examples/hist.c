@@ -1,9 +1,4 @@
-#include "hist.h"
-
-#include "../check.h"
-
-void example_hist(void);
-void example_hist(void)
+EXAMPLE(hist)
 {
     int samples[] = {1, 2, 3, 3, 4, 5};
     const int n = 6;

@@ -1,15 +1,10 @@
-#include "ibilin.h"
-
-#include "../check.h"
-
 static int handed;
 #define DOTS_1                                                                                                         \
     ++handed;                                                                                                          \
     (void)component
 #include "ibilin_1.inc"
 
-void example_ibilin(void);
-void example_ibilin(void)
+EXAMPLE(ibilin)
 {
     enum { srcLines = 3, srcWidth = 4, dstLines = 6, dstWidth = 8 };
     unsigned char rgb[3 * srcWidth], lines[3][dstWidth], *row[3] = {lines[0], lines[1], lines[2]};

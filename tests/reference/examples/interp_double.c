@@ -1,9 +1,4 @@
-#include "interp_double.h"
-
-#include "../check.h"
-
-void example_interp_double(void);
-void example_interp_double(void)
+EXAMPLE(interp_double)
 {
     lin_interp_double *line = lin_interp_double_new(16, NULL);
     lin_interp_double_insert(line, 0.0, 0.0);

@@ -1,15 +1,10 @@
-#include "itemfifo.h"
-
-#include "../check.h"
-
 struct job {
     int number;
 };
 static int ran;
 static void run(const struct job *job) { ran += job->number; }
 
-void example_itemfifo(void);
-void example_itemfifo(void)
+EXAMPLE(itemfifo)
 {
     struct job job = {5};
 #define DOTS_1 CHECK(0)

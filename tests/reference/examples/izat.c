@@ -1,14 +1,9 @@
-#include "izat.h"
-
-#include "../check.h"
-
 #define DOTS_1                                                                                                         \
     ++*(int *)context;                                                                                                 \
     (void)line
 #include "izat_1.inc"
 
-void example_izat(void);
-void example_izat(void)
+EXAMPLE(izat)
 {
     enum { srcLines = 4, srcWidth = 6, dstLines = 2, dstWidth = 3 };
     unsigned char rgb[srcLines * 3 * srcWidth], line[3 * dstWidth], *row = line;

@@ -1,9 +1,4 @@
-#include "lopra.h"
-
-#include "../check.h"
-
-void example_lopra(void);
-void example_lopra(void)
+EXAMPLE(lopra)
 {
     const char *path = "scratch.bin";
     replace_utf8("daten-gr\xc3\xbc"

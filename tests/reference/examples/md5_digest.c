@@ -1,9 +1,4 @@
-#include "md5_digest.h"
-
-#include "../check.h"
-
-void example_md5_digest(void);
-void example_md5_digest(void)
+EXAMPLE(md5_digest)
 {
     fclose(fopen("profile.icc", "wb"));
     {

@@ -1,9 +1,4 @@
-#include "md_tetrab.h"
-
-#include "../check.h"
-
-void example_md_tetrab(void);
-void example_md_tetrab(void)
+EXAMPLE(md_tetrab)
 {
     unsigned char pixels[6] = {0}, ink[8], *to[4] = {ink, ink + 1, ink + 2, ink + 3}, **out = to;
     unsigned char *from[3] = {pixels, pixels + 1, pixels + 2};

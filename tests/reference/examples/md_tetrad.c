@@ -1,9 +1,4 @@
-#include "md_tetrad.h"
-
-#include "../check.h"
-
-void example_md_tetrad(void);
-void example_md_tetrad(void)
+EXAMPLE(md_tetrad)
 {
     double pixel[3] = {50, 0, 0}, result[1];
     double *in[3] = {pixel, pixel + 1, pixel + 2}, *out[1] = {result};

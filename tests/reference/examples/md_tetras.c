@@ -1,9 +1,4 @@
-#include "md_tetras.h"
-
-#include "../check.h"
-
-void example_md_tetras(void);
-void example_md_tetras(void)
+EXAMPLE(md_tetras)
 {
     unsigned short pixels[6] = {0}, ink[8], *to[4] = {ink, ink + 1, ink + 2, ink + 3}, **out = to;
     unsigned short *from[3] = {pixels, pixels + 1, pixels + 2};

@@ -1,9 +1,4 @@
-#include "mmd_tetras.h"
-
-#include "../check.h"
-
-void example_mmd_tetras(void);
-void example_mmd_tetras(void)
+EXAMPLE(mmd_tetras)
 {
     unsigned short pixels[6] = {0}, ink[8];
     const unsigned short *in[3] = {pixels, pixels + 1, pixels + 2};

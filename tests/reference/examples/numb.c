@@ -1,9 +1,4 @@
-#include "numb.h"
-
-#include "../check.h"
-
-void example_numb(void);
-void example_numb(void)
+EXAMPLE(numb)
 {
     {
 #include "numb_1.inc"

@@ -1,11 +1,6 @@
-#include "p_bezierd_base.h"
-
-#include "../check.h"
-
 static void draw_to(double x, double y) { CHECK(x >= 0 && y >= 0); }
 
-void example_p_bezierd_base(void);
-void example_p_bezierd_base(void)
+EXAMPLE(p_bezierd_base)
 {
 #define DOTS_1 NEAR(at_quarter, 0.1353071650, 1e-10)
 #include "p_bezierd_base_1.inc"

@@ -1,14 +1,7 @@
-#include "proj.h"
-
-#include "../check.h"
-
-void example_proj(void);
-void example_proj(void)
+EXAMPLE(proj)
 {
 #include "proj_1.inc"
     NEAR(dist, 5, 1e-12);
     NEAR(r.point[0], 2, 1e-12);
-    NEAR(r.weight[0], 0.5, 1e-12);
-    NEAR(r.weight[1], 0.2, 1e-12);
-    NEAR(r.weight[2], 0.3, 1e-12);
+    NEAR_ALL(r.weight, 1e-12, 0.5, 0.2, 0.3);
 }

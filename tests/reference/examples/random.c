@@ -1,9 +1,4 @@
-#include "random.h"
-
-#include "../check.h"
-
-void example_random(void);
-void example_random(void)
+EXAMPLE(random)
 {
 #include "random_1.inc"
     CHECK(face >= 1 && face <= 6);

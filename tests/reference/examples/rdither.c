@@ -1,9 +1,4 @@
-#include "rdither.h"
-
-#include "../check.h"
-
-void example_rdither(void);
-void example_rdither(void)
+EXAMPLE(rdither)
 {
     enum { width = 8 };
     const unsigned y = 0;

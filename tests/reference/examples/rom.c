@@ -1,7 +1,3 @@
-#include "rom.h"
-
-#include "../check.h"
-
 struct plate {
     char *name;
 };
@@ -12,5 +8,4 @@ static int plate(void)
     return 0;
 }
 
-void example_rom(void);
-void example_rom(void) { CHECK(plate() == 0); }
+EXAMPLE(rom) { CHECK(plate() == 0); }

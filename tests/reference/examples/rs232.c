@@ -1,9 +1,4 @@
-#include "rs232.h"
-
-#include "../check.h"
-
-void example_rs232(void);
-void example_rs232(void)
+EXAMPLE(rs232)
 {
     /* Only where somebody is at the other end is there something to wait for. */
     if (getenv("TESKA_SERIAL_LINE") != NULL) {

@@ -1,9 +1,4 @@
-#include "rsys.h"
-
-#include "../check.h"
-
-void example_rsys(void);
-void example_rsys(void)
+EXAMPLE(rsys)
 {
     reference_make_folder("jobs");
     fclose(fopen("jobs/page.TIF", "wb"));

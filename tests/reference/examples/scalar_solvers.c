@@ -1,18 +1,12 @@
-#include "scalar_solvers.h"
-
-#include "../check.h"
-
 static double cost(double x) { return (x - 2) * (x - 2) + 1; }
 
-void example_scalar_solvers(void);
-void example_scalar_solvers(void)
+EXAMPLE(scalar_solvers)
 {
     double least;
     int solved = 0;
 #define DOTS_1 solved = 1
 #include "scalar_solvers_1.inc"
     CHECK(solved);
-    NEAR(b[0], 0.8, 1e-12);
-    NEAR(b[1], 1.4, 1e-12);
+    NEAR_ALL(b, 1e-12, 0.8, 1.4);
     NEAR(where, 2, 1e-5);
 }

@@ -1,9 +1,4 @@
-#include "special_functions.h"
-
-#include "../check.h"
-
-void example_special_functions(void);
-void example_special_functions(void)
+EXAMPLE(special_functions)
 {
     double x[12], y[12], error_of_y[12];
     for (int i = 0; i < 12; ++i) {

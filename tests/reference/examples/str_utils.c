@@ -1,9 +1,4 @@
-#include "str_utils.h"
-
-#include "../check.h"
-
-void example_str_utils(void);
-void example_str_utils(void)
+EXAMPLE(str_utils)
 {
     int found = 0;
 #define DOTS_1 found = strcmp(value, "600") == 0

@@ -1,9 +1,4 @@
-#include "str_zuk.h"
-
-#include "../check.h"
-
-void example_str_zuk(void);
-void example_str_zuk(void)
+EXAMPLE(str_zuk)
 {
     const char *text = "[paper]   anything after the bracket is ignored\nwhite = 95.2 -0.4 1.8\nweight = 120\n";
 #include "str_zuk_1.inc"

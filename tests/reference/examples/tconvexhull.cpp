@@ -1,7 +1,3 @@
-#include "tconvexhull.h"
-
-#include "../check.h"
-
 namespace
 {
 struct Lab {
@@ -9,7 +5,7 @@ struct Lab {
 };
 }  // namespace
 
-extern "C" void example_tconvexhull()
+EXAMPLE(tconvexhull)
 {
     const Lab measured[] = {{0, 0, 0}, {100, 0, 0}, {50, 100, 0}, {50, 0, 100}, {50, -80, -80}};
     int inside = 0;

@@ -1,7 +1,3 @@
-#include "tcriticsect.h"
-
-#include "../check.h"
-
 static int guarded_step()
 {
     const int busy = 1;
@@ -10,4 +6,4 @@ static int guarded_step()
     return 0;
 }
 
-extern "C" void example_tcriticsect() { CHECK(guarded_step() == 0); }
+EXAMPLE(tcriticsect) { CHECK(guarded_step() == 0); }

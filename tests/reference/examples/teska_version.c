@@ -1,9 +1,4 @@
-#include "teska_version.h"
-
-#include "../check.h"
-
-void example_teska_version(void);
-void example_teska_version(void)
+EXAMPLE(teska_version)
 {
     CHECK(teska_version_number() == TESKA_VERSION_NUMBER);
     /* As if the headers were those of a later version. */

@@ -1,7 +1,3 @@
-#include "tetra.h"
-
-#include "../check.h"
-
 static int add_others(list_rec *points)
 {
     static const tetra_point more[] = {{100, 0, 0, 2}, {50, 100, 0, 3}, {50, 0, 100, 4}, {50, -80, -80, 5}};
@@ -10,8 +6,7 @@ static int add_others(list_rec *points)
     return list_num(points) - 1;
 }
 
-void example_tetra(void);
-void example_tetra(void)
+EXAMPLE(tetra)
 {
     int others = 0;
 #define list_insert(l, p) (list_insert(l, p), others = add_others(l))

@@ -1,8 +1,4 @@
-#include "tfastpow.h"
-
-#include "../check.h"
-
-extern "C" void example_tfastpow()
+EXAMPLE(tfastpow)
 {
     const unsigned short sample = 30000;
     const int n = 2;

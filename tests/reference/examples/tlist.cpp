@@ -1,14 +1,10 @@
-#include "tlist.h"
-
-#include "../check.h"
-
 namespace
 {
 #define Ink ListedInk
 #include "tlist_1.inc"
 }  // namespace
 
-extern "C" void example_tlist()
+EXAMPLE(tlist)
 {
     int seen = 0;
 #define DOTS_1 ++seen

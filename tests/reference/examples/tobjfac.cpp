@@ -1,7 +1,3 @@
-#include "tobjfac.h"
-
-#include "../check.h"
-
 #include <new>
 
 namespace
@@ -11,7 +7,7 @@ void close_font(void *) { ++closed; }
 #include "tobjfac_1.inc"
 }  // namespace
 
-extern "C" void example_tobjfac()
+EXAMPLE(tobjfac)
 {
     Fonts fonts;
     int object = 0, scanned = 0;

@@ -1,11 +1,7 @@
-#include "top_surface.h"
-
-#include "../check.h"
 #include "../press.h"
 #include "top_surface_1.inc"
 
-void example_top_surface(void);
-void example_top_surface(void)
+EXAMPLE(top_surface)
 {
     static double lab[3000], norm[3000], penalty[1000];
     void *user = NULL;

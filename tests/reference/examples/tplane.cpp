@@ -1,12 +1,6 @@
-#include "tplane.h"
-
-#include "../check.h"
-
-extern "C" void example_tplane()
+EXAMPLE(tplane)
 {
 #include "tplane_1.inc"
-    NEAR(lab[0], 100, 1e-9);
-    NEAR(lab[1], 53.03, 0.01);
-    NEAR(lab[2], 53.03, 0.01);
+    NEAR_ALL(lab, 0.01, 100, 53.03, 53.03);
     CHECK(x == 150 && y == 0);
 }

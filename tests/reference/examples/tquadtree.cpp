@@ -1,7 +1,3 @@
-#include "tquadtree.h"
-
-#include "../check.h"
-
 namespace
 {
 struct Dot {
@@ -14,7 +10,7 @@ int draw(const TQuadHit *, void *canvas)
 }
 }  // namespace
 
-extern "C" void example_tquadtree()
+EXAMPLE(tquadtree)
 {
     Dot screen[3] = {{1, 1}, {2, 2}, {50, 50}};
     const struct {

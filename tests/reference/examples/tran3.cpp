@@ -1,8 +1,4 @@
-#include "tran3.h"
-
-#include "../check.h"
-
-extern "C" void example_tran3()
+EXAMPLE(tran3)
 {
 #include "tran3_1.inc"
     CHECK(first >= 0 && first <= 1);

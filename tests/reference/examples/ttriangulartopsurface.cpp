@@ -1,10 +1,7 @@
-#include "ttriangulartopsurface.h"
-
-#include "../check.h"
 #include "../press.h"
 #include "ttriangulartopsurface_1.inc"
 
-extern "C" void example_ttriangulartopsurface()
+EXAMPLE(ttriangulartopsurface)
 {
     static double lab[3000], norm[3000], penalty[1000];
     int data = 0, done = 0, triangles = 0;

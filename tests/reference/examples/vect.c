@@ -1,9 +1,4 @@
-#include "vect.h"
-
-#include "../check.h"
-
-void example_vect(void);
-void example_vect(void)
+EXAMPLE(vect)
 {
 #include "vect_1.inc"
     NEAR(normal[0], -1e-20, 1e-25);

@@ -1,9 +1,4 @@
-#include "vect_lobe.h"
-
-#include "../check.h"
-
-void example_vect_lobe(void);
-void example_vect_lobe(void)
+EXAMPLE(vect_lobe)
 {
     double lab[6] = {60, 60, 40, 10, -50, -50};
     int i;

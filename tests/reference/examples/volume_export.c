@@ -1,9 +1,4 @@
-#include "volume_export.h"
-
-#include "../check.h"
-
-void example_volume_export(void);
-void example_volume_export(void)
+EXAMPLE(volume_export)
 {
     list_rec *points = list_new(10, sizeof(tetra_point), 0);
     static const tetra_point corners[] = {{0, 0, 0, 1}, {100, 0, 0, 2}, {50, 100, 0, 3}, {50, 0, 100, 4}};

@@ -1,15 +1,10 @@
-#include "wem.h"
-
-#include "../check.h"
-
 static int my_exit(const char *line)
 {
     (void)line;
     return 0;
 }
 
-void example_wem(void);
-void example_wem(void)
+EXAMPLE(wem)
 {
     char translation[WEM_NAME_SIZE];
 #include "wem_1.inc"

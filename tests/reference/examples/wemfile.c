@@ -1,11 +1,7 @@
-#include "wemfile.h"
-
-#include "../check.h"
 #include "wem.h"
 #include "zuk.h"
 
-void example_wemfile(void);
-void example_wemfile(void)
+EXAMPLE(wemfile)
 {
     const char *const folders[] = {"system", "system/tables", "system/tables/inks"};
     for (int i = 0; i < 3; ++i)

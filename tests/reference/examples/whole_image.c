@@ -1,10 +1,6 @@
-#include "whole_image.h"
-
-#include "../check.h"
 #include "izat.h"
 
-void example_whole_image(void);
-void example_whole_image(void)
+EXAMPLE(whole_image)
 {
     unsigned char *pixels = calloc(6000u * 4000u, 3), *result = calloc(1500u * 1000u, 3);
     int done = 0;

@@ -1,9 +1,4 @@
-#include "zuk.h"
-
-#include "../check.h"
-
-void example_zuk(void);
-void example_zuk(void)
+EXAMPLE(zuk)
 {
     {
 #include "zuk_1.inc"
