@@ -40,6 +40,11 @@ struct Setup {
     int vertical = 0;
 };
 
+// The edge at a hue.
+struct Edge {
+    double phi, teta, height;
+};
+
 struct Surface : TTriangularTopSurface {
     explicit Surface(const device &of, const Setup &with = {})
         : TTriangularTopSurface(of.colorants, each(of, with.levels.data()).data(),
@@ -69,6 +74,13 @@ struct Surface : TTriangularTopSurface {
         return text;
     }
     int colorants() const { return nrPrims; }
+    Edge edge_at(double phir)
+    {
+        Edge edge = {};
+        EXPECT_EQ(PhirToPhi(phir, &edge.phi), 0);
+        EXPECT_EQ(UmbrellaEdge(edge.phi, &edge.teta, &edge.height), 0);
+        return edge;
+    }
     // The edge of the smaller gamut.
     double own_rim(double phi)
     {
