@@ -1,13 +1,14 @@
 #include "izat.h"
 
-#include "Kernels/kernels.h"
 #include "Source/izat/plan.h"
 #include "support/generator.h"
+#include "support/levels.h"
 #include "support/reports.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <cmath>
 #include <limits>
@@ -269,15 +270,12 @@ void compare_halves(std::uint64_t seed)
 
 TEST(IzatLine, IsTheDefinitionAtEveryLevel)
 {
-    for (int level = 0; level <= static_cast<int>(teska::simd_available()); ++level) {
-        const teska::simd_level before = teska::simd_limit(static_cast<teska::simd_level>(level));
-        SCOPED_TRACE("level " + std::to_string(level));
+    at_every_level([](teska::simd_level) {
         compare_with_definition<unsigned char>(2);
         compare_with_definition<unsigned short>(3);
         compare_halves<unsigned char>(5);
         compare_halves<unsigned short>(6);
-        teska::simd_limit(before);
-    }
+    });
 }
 
 // ---- Both -----------------------------------------------------------------------------------------------------------
@@ -347,65 +345,63 @@ TEST(IzatLine, TakesAnyLayout)
     check_layouts(new_pick().get(), false);
 }
 
-TEST(IzatStart, RefusesInOrderAndIgnoresLinesUntilItSucceeds)
+template <class Record, class Number>
+void check_refusals(Record *z, const std::string &name, int (*set)(Record *, Number, Number, Number, Number),
+                    const std::vector<std::array<Number, 4>> &windows)
 {
     Reports reports;
-    // All of the calls since the last look failed with one text.
-    const auto expect = [&](std::size_t calls, const char *text) { EXPECT_EQ(reports.take(), lines(calls, text)); };
-    const Zoom z = new_zoom(IZAT_LANCZOS3);
-    const Pick p = new_pick();
+    const auto refused = [&](int components, Size from, Size to, const char *text) {
+        EXPECT_EQ(start(z, components, from, to, nullptr, nullptr, 1, 1), 0);
+        EXPECT_EQ(reports.take(), lines{name + text}) << from.lines << " x " << from.width << ", " << to.width;
+    };
     const unsigned char line[4] = {1, 2, 3, 4};
-    unsigned char result[8];
-    unsigned char *out = result;
-    EXPECT_EQ(feed(z.get(), line, &out), 0);
-    EXPECT_EQ(feed(p.get(), line, &out), 0);
-
+    unsigned char result[8], *out = result;
+    EXPECT_EQ(feed(z, line, &out), 0) << "before the first start";
     const Size good{1, 4};
-    const Size bad[] = {{0, 4}, {1, 0}, {-1, 4}, {1, INT_MIN}};
-    izat_window_set(z.get(), -1, 0, 4, 1);
-    izoom_window_set(p.get(), -1, 0, 4, 1);
-    for (const Size size : bad) {
-        EXPECT_EQ(start(z.get(), 1, size, good, nullptr, nullptr, 1, 1), 0);
-        EXPECT_EQ(start(z.get(), 1, good, size, nullptr, nullptr, 1, 1), 0);
+    set(z, -1, 0, 4, 1);
+    for (const Size size : {Size{0, 4}, Size{1, 0}, Size{-1, 4}, Size{1, INT_MIN}}) {
+        refused(1, size, good, "illegal image");
+        refused(1, good, size, "illegal image");
     }
     for (const int n : {0, 17})
-        EXPECT_EQ(start(z.get(), n, good, good, nullptr, nullptr, 1, 1), 0);
-    expect(10, "izat_start: illegal image");
-    for (const Size size : bad)
-        EXPECT_EQ(start(p.get(), 1, good, size, nullptr, nullptr, 1, 1), 0);
-    for (const int n : {0, 17})
-        EXPECT_EQ(start(p.get(), n, good, good, nullptr, nullptr, 1, 1), 0);
-    expect(6, "izoom_start: illegal image");
-    const double huge = std::numeric_limits<double>::max(), nan = std::nan(""), infinite = INFINITY;
-    const double windows[][4] = {{-1, 0, 4, 1},  {0, -0.001, 4, 1}, {0, 0, 0, 1},     {0, 0, 4, -1},
-                                 {0, 0, 5, 1},   {3.5, 0, 1, 1},    {nan, 0, 1, 1},   {0, 0, infinite, 1},
-                                 {0, 0, 4, nan}, {huge, 0, 1, 1},   {0, 0, 4, 1.001}, {0, 1, 4, 0.5}};
-    for (const auto &w : windows) {
-        izat_window_set(z.get(), w[0], w[1], w[2], w[3]);
-        EXPECT_EQ(start(z.get(), 1, good, good, nullptr, nullptr, 1, 1), 0);
+        refused(n, good, good, "illegal image");
+    for (const auto &[left, top, width, height] : windows) {
+        set(z, left, top, width, height);
+        refused(1, good, good, "illegal window");
     }
-    expect(std::size(windows), "izat_start: illegal window");
-    const int whole[][4] = {{-1, 0, 4, 1}, {0, 0, 0, 1}, {0, 0, 5, 1}, {INT_MAX, 0, INT_MAX, 1}, {0, 1, 4, 1}};
-    for (const auto &w : whole) {
-        izoom_window_set(p.get(), w[0], w[1], w[2], w[3]);
-        EXPECT_EQ(start(p.get(), 1, good, good, nullptr, nullptr, 1, 1), 0);
-    }
-    expect(std::size(whole), "izoom_start: illegal window");
-    izat_window_set(z.get(), 0, 0, 0, 0);
-    izoom_window_set(p.get(), 0, 0, 0, 0);
-    EXPECT_EQ(start(z.get(), 16, good, {1, INT_MAX}, nullptr, nullptr, 1, 1), 0);
-    EXPECT_EQ(start(z.get(), 1, {INT_MAX, 4}, {1, 4}, nullptr, nullptr, 1, 1), 0);
-    expect(2, "izat_start: insufficient memory");
-    EXPECT_EQ(start(p.get(), 16, good, {1, INT_MAX / 2}, nullptr, nullptr, 1, 1), 0);
-    expect(1, "izoom_start: insufficient memory");
-    EXPECT_EQ(feed(z.get(), line, &out), 0) << "after a failed start";
-
-    EXPECT_EQ(izat_new(-1), nullptr);
-    EXPECT_EQ(izat_new(5), nullptr);
-    expect(2, "izat_new: illegal kernel");
-    EXPECT_EQ(start(z.get(), 1, good, good, nullptr, nullptr, 1, 1), 1);
-    EXPECT_EQ(feed(z.get(), line, &out), 1);
+    set(z, 0, 0, 0, 0);
+    refused(16, good, {1, INT_MAX / 2}, "insufficient memory");
+    EXPECT_EQ(feed(z, line, &out), 0) << "after a failed start";
+    EXPECT_EQ(start(z, 1, good, good, nullptr, nullptr, 1, 1), 1);
+    EXPECT_EQ(feed(z, line, &out), 1);
     EXPECT_EQ(std::string(result, result + 4), "\x01\x02\x03\x04");
+}
+
+TEST(IzatStart, RefusesInOrderAndIgnoresLinesUntilItSucceeds)
+{
+    const double huge = std::numeric_limits<double>::max();
+    const Zoom z = new_zoom(IZAT_LANCZOS3);
+    check_refusals<izat, double>(z.get(), "izat_start: ", izat_window_set,
+                                 {{-1, 0, 4, 1},
+                                  {0, -0.001, 4, 1},
+                                  {0, 0, 0, 1},
+                                  {0, 0, 4, -1},
+                                  {0, 0, 5, 1},
+                                  {3.5, 0, 1, 1},
+                                  {NAN, 0, 1, 1},
+                                  {0, 0, INFINITY, 1},
+                                  {0, 0, 4, NAN},
+                                  {huge, 0, 1, 1},
+                                  {0, 0, 4, 1.001},
+                                  {0, 1, 4, 0.5}});
+    check_refusals<izoom, int>(new_pick().get(), "izoom_start: ", izoom_window_set,
+                               {{-1, 0, 4, 1}, {0, 0, 0, 1}, {0, 0, 5, 1}, {INT_MAX, 0, INT_MAX, 1}, {0, 1, 4, 1}});
+    Reports reports;
+    for (const int kernel : {-1, 5})
+        EXPECT_EQ(izat_new(kernel), nullptr);
+    EXPECT_EQ(start(z.get(), 1, {INT_MAX, 4}, {1, 4}, nullptr, nullptr, 1, 1), 0);
+    EXPECT_EQ(reports.take(),
+              (lines{"izat_new: illegal kernel", "izat_new: illegal kernel", "izat_start: insufficient memory"}));
 }
 
 // Extreme ratios and windows, where taps are cut and sizes checked.
