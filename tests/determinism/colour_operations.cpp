@@ -33,12 +33,12 @@ Operation::Run clut(Generator &input)
             for (double &x : in)
                 x = i % 10 == 0 ? at.below(5) / 4.0 : at.between(-0.1, 1.1);
             table->Interpolate(out, in);
-            digest.add(out, sizeof out);
+            digest.put(out);
             if (Inputs == 3) {
                 for (double &x : in)
                     x = at.unit();
                 table->Interp3d(out, in);
-                digest.add(out, sizeof out);
+                digest.put(out);
             }
         }
     };
@@ -52,16 +52,14 @@ Operation::Run tetrab(Generator &input)
                                            md_tetrab_kill);
     int size = 0;
     unsigned char *data = md_tetrab_dataptr(table.get(), &size);
-    for (int i = 0; i < size; ++i)
-        data[i] = input.byte();
+    input.fill(data, static_cast<std::size_t>(size));
     for (int v = 0; v < 256; ++v)
         md_tetrab_ilutptr(table.get(), 0)[v] = md_tetrab_olutptr(table.get(), Outputs - 1)[v] = input.byte();
     return [table](Generator &at, Digest &digest) {
         Samples<unsigned char> in(Inputs, 1000, Inputs), out(Outputs, 1000, Outputs);
-        for (unsigned char &byte : in.buffer)
-            byte = at.byte();
+        at.fill(in.buffer.data(), in.buffer.size());
         md_tetrab_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, 1000, nullptr, 0);
-        digest.add(out.buffer.data(), out.buffer.size());
+        digest.put(out.buffer);
 
         for (const int resolution : {2 * Points - 1, Points + 1}) {
             int expanded_size = 0;
@@ -89,7 +87,7 @@ Operation::Run tetrad(Generator &input)
         for (double &x : in.buffer)
             x = at.below(8) == 0 ? at.below(Points) * ((hi - lo) / (Points - 1)) + lo : at.between(lo - 1, hi + 1);
         md_tetrad_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, 1000);
-        digest.add(out.buffer.data(), out.buffer.size() * sizeof(double));
+        digest.put(out.buffer);
     };
 }
 
@@ -114,16 +112,9 @@ const Operation filled("md_tetrab_fill_double, md_tetras_fill_double, clones", [
 // Entries of a curve.
 std::vector<unsigned short> curve(Generator &input, int entries)
 {
-    std::vector<unsigned short> values;
-    for (int i = 0; i < entries; ++i)
-        values.push_back(static_cast<unsigned short>(input.next() >> 48));
+    std::vector<unsigned short> values(static_cast<std::size_t>(entries));
+    input.fill(values.data(), values.size());
     return values;
-}
-
-void fill(Generator &input, unsigned short *data, int size)
-{
-    for (int i = 0; i < size; ++i)
-        data[i] = static_cast<unsigned short>(input.next() >> 48);
 }
 
 // Words and bytes through a table of random vertices, without curves and with, and through a mask.
@@ -133,12 +124,11 @@ void tetras(Generator &input, Digest &digest)
     md_tetras *table = md_tetras_new(Inputs, Outputs, Points);
     int size = 0;
     unsigned short *data = md_tetras_dataptr(table, &size);
-    fill(input, data, size);
+    input.fill(data, static_cast<std::size_t>(size));
     Samples<unsigned short> in(Inputs, 1000, Inputs), out(Outputs, 1000, Outputs);
     Samples<unsigned char> in_bytes(Inputs, 1000, Inputs), out_bytes(Outputs, 1000, Outputs);
     std::vector<unsigned char> mask(1000);
-    for (unsigned char &byte : mask)
-        byte = input.byte();
+    input.fill(mask.data(), mask.size());
     for (const int entries : {0, 2, 300}) {
         if (entries != 0) {
             md_tetras_ilut_set(table, Inputs - 1, entries, curve(input, entries).data());
@@ -149,13 +139,13 @@ void tetras(Generator &input, Digest &digest)
             in_bytes.buffer[i] = input.byte();
         }
         md_tetras_interp(table, in.at.data(), Inputs, out.at.data(), Outputs, 1000, nullptr, 0);
-        digest.add(out.buffer.data(), 2 * out.buffer.size());
+        digest.put(out.buffer);
         md_tetras_interp_b(table, in_bytes.at.data(), Inputs, out_bytes.at.data(), Outputs, 1000, nullptr, 0);
-        digest.add(out_bytes.buffer.data(), out_bytes.buffer.size());
+        digest.put(out_bytes.buffer);
         md_tetras_interp_bs(table, in_bytes.at.data(), Inputs, out.at.data(), Outputs, 1000, mask.data(), 100);
-        digest.add(out.buffer.data(), 2 * out.buffer.size());
+        digest.put(out.buffer);
         md_tetras_interp_sb(table, in.at.data(), Inputs, out_bytes.at.data(), Outputs, 1000, mask.data(), 100);
-        digest.add(out_bytes.buffer.data(), out_bytes.buffer.size());
+        digest.put(out_bytes.buffer);
     }
     md_tetras_kill(table);
 }
@@ -168,24 +158,23 @@ Operation::Run tetras_set(Generator &input)
     for (int k = 0; k < 3; ++k) {
         int size = 0;
         unsigned short *data = mmd_tetras_dataptr(set.get(), k, &size);
-        fill(input, data, size);
+        input.fill(data, static_cast<std::size_t>(size));
     }
     mmd_tetras_olut_set(set.get(), 1, Outputs - 1, 9, curve(input, 9).data());
     return [set](Generator &at, Digest &digest) {
         Samples<unsigned short> in(Inputs, 500, Inputs), out(3 * Outputs, 500, 3 * Outputs);
-        for (unsigned short &sample : in.buffer)
-            sample = static_cast<unsigned short>(at.next() >> 48);
+        at.fill(in.buffer.data(), in.buffer.size());
         std::vector<unsigned char> tags(500);
         for (unsigned char &tag : tags)
             tag = static_cast<unsigned char>(at.below(4));
         const std::vector<unsigned short> weights = curve(at, 500);
         mmd_tetras_interp_all(set.get(), in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500);
-        digest.add(out.buffer.data(), 2 * out.buffer.size());
+        digest.put(out.buffer);
         mmd_tetras_interp_tag(set.get(), in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500, tags.data());
-        digest.add(out.buffer.data(), 2 * out.buffer.size());
+        digest.put(out.buffer);
         mmd_tetras_interp_mix(set.get(), 2, 1, in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500, weights.data(),
                               0);
-        digest.add(out.buffer.data(), 2 * out.buffer.size());
+        digest.put(out.buffer);
     };
 }
 

@@ -35,7 +35,7 @@ void lines_met(Generator &input, Digest &digest)
         bezier_fget_y(b, input.between(-1, 1), values + 2);
         if (i % 3 == 0)
             bezier_get_x(b, input.between(-1, 1), values + 6);
-        digest.add(values, sizeof values);
+        digest.put(values);
         bezier_kill(b);
     }
 }
@@ -69,7 +69,7 @@ void fit(Generator &input, Digest &digest)
         bezier_fit(b, static_cast<int>(2 + round % 19), p, p + 20, round & 1, 1, p[39], round & 2, p[38], -1, r, r + 1,
                    0);
         bezier_get_control_poly(b, r + 2, r + 6);
-        digest.add(r, sizeof r);
+        digest.put(r);
     }
     bezier_kill(b);
 }
@@ -83,7 +83,7 @@ void moments(Generator &input, Digest &digest)
         double results[3];
         hist_med(h, &results[0], &results[1]);
         results[2] = hist_percentile(h, input.between(0.0, 100.0));
-        digest.add(results, sizeof results);
+        digest.put(results);
     }
     hist_kill(h);
 }
@@ -92,7 +92,7 @@ void add_points(Digest &digest, const lin_interp_double *li)
 {
     double point[2] = {};
     for (int i = 0; lin_interp_double_getp(li, i, &point[0], &point[1]) == 0; ++i)
-        digest.add(point, sizeof point);
+        digest.put(point);
 }
 
 // 1000 values of either kind of continuation, a quarter of them outside the points.
@@ -103,7 +103,7 @@ void add_values(Digest &digest, const lin_interp_double *li, Generator &input)
         double y[2] = {};
         lin_interp_double_inter(li, x, &y[0]);
         lin_interp_double_inextp(li, x, &y[1]);
-        digest.add(y, sizeof y);
+        digest.put(y);
     }
 }
 
@@ -142,7 +142,7 @@ void add_chain(Digest &digest, const Chain &p)
     for (int i = 0; i < poly_bezier_num(p.get()); ++i) {
         double controls[8] = {};
         poly_bezier_segment(p.get(), i, controls, controls + 4);
-        digest.add(controls, sizeof controls);
+        digest.put(controls);
     }
 }
 
@@ -169,12 +169,12 @@ Operation::Run chain_queries(Generator &input)
             r[8] = poly_bezier_winding(p.get(), x, y);
             const double line[] = {x, y, y, u};
             poly_bezier_line(p.get(), line, &r[9], 7);
-            digest.add(r, sizeof r);
+            digest.put(r);
         }
         double box[5] = {};
         poly_bezier_box(p.get(), box);
         box[4] = poly_bezier_area(p.get());
-        digest.add(box, sizeof box);
+        digest.put(box);
         double *points = nullptr;
         const int sections = poly_bezier_vector(p.get(), 0.01, &points);
         digest.add(points, static_cast<std::size_t>(sections + 1) * 16);
@@ -201,7 +201,7 @@ void chains_of_points(Generator &input, Digest &digest)
         for (int i = 0; i < 20; ++i) {
             double value = 0;
             poly_bezier_get_y(tone.get(), input.between(0, x[count - 1]), &value);
-            digest.add(&value, sizeof value);
+            digest.put(value);
         }
         poly_bezier *parts[2] = {};
         poly_bezier_split(smooth.get(), input.between(0, count), &parts[0], &parts[1]);

@@ -46,7 +46,7 @@ const Operation tetra_cut("tetra_volume_new, get_tetra, point_inside", [](Genera
         add_records<tetra_plane>(digest, v->planes);
         add_records<tetra_rec>(digest, v->tetras);
         const double volume = tetra_volume_get_volume(v.get());
-        digest.add(&volume, sizeof volume);
+        digest.put(volume);
         for (int i = 0; i < 300; ++i) {
             const double p[3] = {input.between(-9, 9), input.between(-9, 9), input.between(-9, 9)};
             double w[3] = {};
@@ -54,8 +54,7 @@ const Operation tetra_cut("tetra_volume_new, get_tetra, point_inside", [](Genera
             const int inside = tetra_volume_point_inside(v.get(), p);
             if (tetra_volume_get_tetra(v.get(), p, &t) == 0)
                 tetra_point_inside(t, p, w);
-            digest.add(&inside, sizeof inside);
-            digest.add(w, sizeof w);
+            digest.put(inside, w);
         }
     }
 });
@@ -74,9 +73,9 @@ const Operation projections("proj, ordinary, at constant parameter and along a l
         for (int c = 0; i % 3 == 2 && c < 3; ++c)
             points[6 + c] = points[c] + (points[3 + c] - points[c]) / 3;
         const auto add = [&](int code, const ProjResult &r, double dist) {
-            digest.add(&code, sizeof code);
+            digest.put(code);
             digest.add<double>(&r, sizeof r);
-            digest.add(&dist, sizeof dist);
+            digest.put(dist);
         };
         for (const Projection f : functions) {
             ProjResult r{};
@@ -91,7 +90,7 @@ const Operation projections("proj, ordinary, at constant parameter and along a l
             add(code, r, dist);
         }
         if (proj_plane_intersect(points, points + 4, line, line + 3) == 0)
-            digest.add(line, sizeof line);
+            digest.put(line);
     }
 });
 
@@ -109,8 +108,7 @@ const Operation sections("TPlane, planes of constant L, a and b", [](Generator &
         plane.GetXY(lab, &pixel[0], &pixel[1], true);
         digest.add(plane.GetXGridPoints(&pixel[2], &pixel[3]), 11 * sizeof(int));
         digest.add(plane.GetYGridPoints(&pixel[2], &pixel[3]), 11 * sizeof(int));
-        digest.add(lab, sizeof lab);
-        digest.add(pixel, sizeof pixel);
+        digest.put(lab, pixel);
     }
 });
 
@@ -124,14 +122,14 @@ const Operation hulls("TConvexHull, points on spheres", [](Generator &input, Dig
             hull.AddPoint(x * k, y * k, z * k);
         }
         int answer = hull.Construct();
-        digest.add(&answer, sizeof answer);
+        digest.put(answer);
         for (int i = 0; i < 3000; ++i) {
             const double reach = 0.6 * radius;
             double q[3];
             for (double &coordinate : q)
                 coordinate = input.between(-reach, reach);
             answer = hull.InsideHull(q[0], q[1], q[2]);
-            digest.add(&answer, sizeof answer);
+            digest.put(answer);
         }
     }
 });
@@ -153,11 +151,10 @@ const Operation hull_surface("convex_hull, points on spheres", [](Generator &inp
             for (const int vertex : corner) {
                 double p[3] = {};
                 convex_hull_get_vertex(hull.get(), vertex, p, &number);
-                digest.add(p, sizeof p);
-                digest.add(&number, sizeof number);
+                digest.put(p, number);
             }
         const double measures[2] = {convex_hull_get_area(hull.get()), convex_hull_get_volume(hull.get())};
-        digest.add(measures, sizeof measures);
+        digest.put(measures);
     }
 });
 
@@ -224,12 +221,7 @@ const Operation nearest_points(
                 const double q[3] = {asked.between(-50, 150), asked.between(-90, 90), asked.between(-90, 90)};
                 double point[3] = {}, dist = 0, weights[3] = {}, corners[9];
                 int face = 0;
-                const auto add = [&] {
-                    digest.add(point, sizeof point);
-                    digest.add(&dist, sizeof dist);
-                    digest.add(weights, sizeof weights);
-                    digest.add(&face, sizeof face);
-                };
+                const auto add = [&] { digest.put(point, dist, weights, face); };
                 convex_hull_nearest(hull.get(), q, point, &dist, &face, weights);
                 add();
                 tetra_volume_nearest(volume.get(), q, point, &dist, &face, weights);
@@ -239,7 +231,7 @@ const Operation nearest_points(
                 ProjResult r{};
                 proj_nearest_triangle(corners, q, &r, &dist);
                 digest.add<double>(&r, sizeof r);
-                digest.add(&dist, sizeof dist);
+                digest.put(dist);
             }
         };
     });
@@ -268,11 +260,10 @@ const Operation top_surface("TTriangularTopSurface, five inks", [](Generator &) 
         TTriangularTopSurface scanned(*top);
         double xyz[3][3], own[3][3];
         for (int more = scanned.ScanTriangles(1, xyz, own); more >= 0; more = scanned.ScanTriangles(0, xyz, own)) {
-            digest.add(xyz, sizeof xyz);
-            digest.add(own, sizeof own);
+            digest.put(xyz, own);
         }
         for (int more = scanned.ScanMaskedTriangles(1, xyz); more >= 0; more = scanned.ScanMaskedTriangles(0, xyz))
-            digest.add(xyz, sizeof xyz);
+            digest.put(xyz);
         for (int i = 0; i < 300; ++i) {
             const double colour[3] = {input.between(0.1, 2.3), input.between(-0.5, 0.5), input.between(-0.5, 0.5)};
             double norm[6], penalty[2];
@@ -280,7 +271,7 @@ const Operation top_surface("TTriangularTopSurface, five inks", [](Generator &) 
             top->DetermineNormCoordMinGam(colour, norm + 3, penalty + 1, 1);
             for (const double value : norm) {
                 const double rounded = std::floor(value * 1e6 + 0.5);
-                digest.add(&rounded, sizeof rounded);
+                digest.put(rounded);
             }
         }
     };
@@ -310,17 +301,13 @@ Operation::Run press_of(Generator &input, int channels, int steps)
     clg_rule(cloud.get(), cost, 0.4);
     return [cloud](Generator &asked, Digest &digest) {
         const int counts[] = {clg_num_points(cloud.get()), clg_num_cells(cloud.get())};
-        digest.add(counts, sizeof counts);
+        digest.put(counts);
         for (int i = 0; i < 300; ++i) {
             const double q[] = {asked.between(-10, 110), asked.between(-80, 80), asked.between(-80, 80)};
             double nearest[3], device[5] = {}, dist, printed[3] = {};
             const int inside = clg_nearest(cloud.get(), q, nearest, device, &dist);
             clg_colour(cloud.get(), device, printed);
-            digest.add(&inside, sizeof inside);
-            digest.add(nearest, sizeof nearest);
-            digest.add(device, sizeof device);
-            digest.add(&dist, sizeof dist);
-            digest.add(printed, sizeof printed);
+            digest.put(inside, nearest, device, dist, printed);
         }
     };
 }

@@ -35,7 +35,7 @@ void filter(Generator &input, Digest &digest)
     for (int y = 0; y < height; ++y) {
         Sample *holder = out.data();
         Feed(record, &lines[static_cast<std::size_t>(y * width)], &holder);
-        digest.add(out.data(), out.size() * sizeof(Sample));
+        digest.put(out);
     }
     fir_kill(record);
 }
@@ -54,7 +54,7 @@ void ibilin_image(Generator &input, Digest &digest)
             ibilin_rgb_b(record, &in[0], &in[1], &in[2], &to[0], &to[1], &to[2]);
         else
             ibilin_rgb(record, &in[0], &in[1], &in[2], &to[0], &to[1], &to[2]);
-        digest.add(out.data(), out.size() * sizeof(Sample));
+        digest.put(out);
     }
     ibilin_kill(record);
 }
@@ -68,7 +68,7 @@ struct Handed {
     static void add(void *context, int)
     {
         const auto *const own = static_cast<Handed *>(context);
-        own->digest->add(own->line->data(), own->line->size() * sizeof(Sample));
+        own->digest->put(*own->line);
     }
 };
 
@@ -142,7 +142,7 @@ void sharpen(Generator &input, Digest &digest)
         Sample *const line = &lines[static_cast<std::size_t>(3 * y * width)];
         Sample *in[] = {line, line + 1, line + 2};
         Feed(record, in, to, nullptr);
-        digest.add(out.data(), out.size() * sizeof(Sample));
+        digest.put(out);
     }
     fusm_kill(record);
 }

@@ -30,7 +30,7 @@ Values between(Generator &input, int count, double lo = -1, double hi = 1)
     return values;
 }
 
-void add(Digest &digest, const Values &values) { digest.add(values.data(), values.size() * sizeof(double)); }
+void add(Digest &digest, const Values &values) { digest.put(values); }
 
 void systems(Generator &input, Digest &digest)
 {
@@ -74,7 +74,7 @@ void simplex(Generator &input, Digest &digest)
         dhsm_kill(d);
         x.push_back(least);
         add(digest, x);
-        digest.add(&evaluations, sizeof evaluations);
+        digest.put(evaluations);
     }
 }
 
@@ -88,7 +88,7 @@ void directions(Generator &input, Digest &digest)
         condirmin(x.data(), n, 1e-10, &count[0], &least, rosenbrock, &count[1], &n);
         x.push_back(least);
         add(digest, x);
-        digest.add(count, sizeof count);
+        digest.put(count);
     }
     teska_warn_level(level);
 }
@@ -101,9 +101,9 @@ void sequences(Generator &input, Digest &digest)
     rdither *cell = rdither_new(1000, 7);
     for (unsigned i = 0; i <= 1000; ++i) {
         const float values[] = {random_val(generator), subtractive.Generate()};
-        digest.add(values, sizeof values);
+        digest.put(values);
         const int level = rdither_val(cell, i / 4, i, i);
-        digest.add(&level, sizeof level);
+        digest.put(level);
     }
     rdither_kill(cell);
     random_kill(generator);

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
+#include <vector>
 
 namespace teska_test
 {
@@ -21,6 +22,13 @@ public:
     std::uint8_t byte() { return static_cast<std::uint8_t>(next() >> 56); }
     int below(int limit) { return static_cast<int>(next() >> 33) % limit; }  // 0 .. limit - 1
     double unit() { return static_cast<double>(next() >> 11) * 0x1p-53; }    // 0 <= u < 1
+    // Any value of an integer type.
+    template <class T>
+    void fill(T *first, std::size_t count)
+    {
+        for (std::size_t i = 0; i < count; ++i)
+            first[i] = static_cast<T>(next() >> (64 - 8 * sizeof(T)));
+    }
     double between(double lo, double hi) { return lo + unit() * (hi - lo); }
 
 private:
@@ -46,11 +54,16 @@ public:
         add(numbers->data(), size);
     }
 
-    // Whole numbers or arrays of them, one after the other.
+    // Whole numbers, arrays or vectors of them, one after the other.
     template <class... T>
     void put(const T &...numbers)
     {
         (add(&numbers, sizeof numbers), ...);
+    }
+    template <class... T>
+    void put(const std::vector<T> &...numbers)
+    {
+        (add(numbers.data(), numbers.size() * sizeof(T)), ...);
     }
 
     [[nodiscard]] std::uint64_t value() const { return value_; }
