@@ -136,22 +136,6 @@ TEST(Fdifstream, ReadsAndMovesAsByteByByteThroughItsBuffer)
     EXPECT_EQ(buf.sputn("x", -1), 0);
 }
 
-TEST(Fdifstream, KeptCountsMinusOneByteAndReadsTheLastOneTwiceWhenABlockEndsEarly)
-{
-    const Folder folder;
-    folder.write("f", "sixsix");
-    fdifstream in(folder.path("f").c_str(), ios::binary);
-    char bytes[11] = "0123456789";
-    in.read(bytes, 10);
-    EXPECT_EQ(in.rdstate(), ios::eofbit | ios::failbit);
-    EXPECT_TRUE(in.is_open());
-    EXPECT_EQ(in.gcount(), -1);
-    EXPECT_STREQ(bytes, "sixsix6789");
-    in.clear();
-    EXPECT_EQ(in.get(), 'x');
-    EXPECT_EQ(in.get(), -1);
-}
-
 TEST(Fdifstream, ReadsBlocksOfTextAsByteByByte)
 {
     const Folder folder;

@@ -2,12 +2,10 @@
 #include "files/rsys_site.h"
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <filesystem>
 
 namespace fs = std::filesystem;
@@ -172,29 +170,6 @@ TEST(RsysCopy, RefusesPipesBeforeAnythingIsWrittenAndWaitsForNone)
         EXPECT_EQ(reports.take(), lines{"rsys_copy: source changed while it was copied"});
         EXPECT_EQ(site.listing(), "");
     }
-}
-
-TEST(RsysCopy, LeavesNothingWhereThereIsNoRoom)
-{
-    const Site site;
-    fs::create_directories(site.path("t/a"));
-    site.write("t/a/f", std::string(100000, 'x'));
-    site.write("old", "old");
-    rlimit before;
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const rlimit small{50000, before.rlim_max};
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    {
-        Reports reports;
-        EXPECT_EQ(site.copy("t", "to"), -1);
-        EXPECT_EQ(errno, EFBIG);
-        EXPECT_EQ(site.copy("t/a/f", "old", RSYS_REPLACE), -1);
-        EXPECT_EQ(reports.take(), lines(2, "rsys_copy: cannot write"));
-    }
-    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-    std::signal(SIGXFSZ, handler);
-    EXPECT_EQ(site.read("old") + site.listing(), "oldold t/");
 }
 
 TEST(RsysRights, AreThoseOfTheProcess)

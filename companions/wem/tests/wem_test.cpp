@@ -7,7 +7,6 @@
 #include <chrono>
 #include <climits>
 #include <cstdint>
-#include <ctime>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -148,19 +147,6 @@ TEST(Clocks, CountMillisecondsForward)
     EXPECT_GE((elapsed() - wall) & INT_MAX, 199);
     EXPECT_GE((cputime() - work) & INT_MAX, 1);  // a busy machine gives the loop less than all of the time
     EXPECT_LT((cputime() - work) & INT_MAX, 20000);
-}
-
-TEST(Dattim, GivesTheLocalDateAndTime)
-{
-    int date = 0, time_of_day = 0;
-    std::time_t now = 0;
-    do {
-        now = std::time(nullptr);
-        ASSERT_EQ(dattim(&date, &time_of_day), 0);
-    } while (std::time(nullptr) != now);
-    char digits[16];
-    std::strftime(digits, sizeof digits, "%Y%m%d%H%M%S", std::localtime(&now));
-    EXPECT_EQ(date * 1000000LL + time_of_day, std::stoll(digits));
 }
 
 // The result and the text of each function.

@@ -87,27 +87,6 @@ TEST_F(Zuk, LeavesEveryOtherLineWhereItStood)
               "[B=x]\n[a]\nk = 5\n[B]\nfirst = 7\n; last\n");
 }
 
-TEST_F(Zuk, RefusesWhatWouldReadDifferently)
-{
-    zuk_rfile *file = push("[t]\nk = 1\n");
-    ASSERT_NE(file, nullptr);
-    const std::string longest(256, 'n'), longer(257, 'n');
-    for (const char *name : {"", "a=b", "[a", "\t [a", "a\nb", "a\r", "a ", "a\t", longer.c_str()})
-        EXPECT_FALSE(add("t", name, "1")) << name;
-    for (const char *value : {"1\n2", "1\r", longer.c_str()})
-        EXPECT_FALSE(add("t", "k", value)) << value;
-    for (const char *topic : {"", "a]", "a\nb", "a\r", "a ", "a\t", longer.c_str()})
-        EXPECT_FALSE(add_topic(file, topic)) << topic;
-    EXPECT_FALSE(add("u", "k", "1") || add_topic(file, "u", "a\nb") || add_topic(nullptr, "u"));
-    zuk_db *other = zuk_open();
-    EXPECT_EQ(zuk_add_topic(other, file, "u", ""), -1);
-    zuk_close(other);
-    EXPECT_EQ(saved(), "[t]\nk = 1\n");
-    EXPECT_TRUE(add("t", longest, longest) && add_topic(file, longest, nullptr));
-    EXPECT_EQ(saved(), "[t]\nk = 1\n" + longest + " = " + longest + "\n[" + longest + "]\n");
-    EXPECT_EQ(search("t", longest), longest);
-}
-
 TEST_F(Zuk, CutsWhatIsTooLongOnlyWhenItIsRead)
 {
     const std::string name(257, 'n');
@@ -116,17 +95,6 @@ TEST_F(Zuk, CutsWhatIsTooLongOnlyWhenItIsRead)
     EXPECT_EQ(list("t"), "k=" + std::string(255, 'v') + ";");
     EXPECT_EQ(search("t", name), "(none)");
     EXPECT_EQ(saved(), text);
-}
-
-TEST_F(Zuk, AsksTheTopmostFileThatHasTheTopic)
-{
-    ASSERT_NE(push("[a]\nk = 1\nl = 2\n[b]\nk = 3\n"), nullptr);
-    folder.write("g", "[A]\nk = 4\n");
-    ASSERT_NE(zuk_push_rfile(db, folder.path("g").c_str()), nullptr);
-    EXPECT_EQ(search("a", "l") + list("a") + list("b"), "(none)k=4;k=3;");
-    EXPECT_TRUE(add("a", "l", "5") && add("b", "l", "6"));
-    EXPECT_EQ(saved(), "[a]\nk = 1\nl = 2\n[b]\nk = 3\nl = 6\n");
-    EXPECT_EQ(folder.read("g"), "[A]\nk = 4\nl = 5\n");
 }
 
 TEST_F(Zuk, ListsFromAnyState)
@@ -139,19 +107,6 @@ TEST_F(Zuk, ListsFromAnyState)
     int state = 18;
     EXPECT_EQ(zuk_list_item(db, "t", &state), nullptr);
     EXPECT_EQ(state, 18);
-}
-
-TEST_F(Zuk, RefusesFilesThatAreNoRecordText)
-{
-    using namespace std::string_literals;
-    for (const std::string &text : {"\0"s, "[a]\nk = 1\0\n"s, "[a]\nk = 1"s, "[a\nk]\n"s, "[a]"s, "[\r]\n"s})
-        EXPECT_EQ(push(text), nullptr) << text;
-    for (const std::string &text : {""s, "\n"s, "no topic\n"s, "[]\n"s, "\xef\xbb\xbf[a]\n\x01\xff\n"s})
-        EXPECT_NE(push(text), nullptr) << text;
-    for (const std::string &path : {folder.path("."), folder.path("none"), ""s})
-        EXPECT_EQ(zuk_push_rfile(db, path.c_str()), nullptr) << path;
-    for (const std::string &path : {folder.path("none/f"), folder.path(".")})
-        EXPECT_EQ(zuk_create_rfile(db, path.c_str()), nullptr) << path;
 }
 
 TEST_F(Zuk, SavesOnlyWhatChangedAndTriesAgain)
@@ -194,18 +149,27 @@ TEST_F(Zuk, KeepsTheFileMeantItsLinksAndPermissions)
 }
 #endif
 
-TEST_F(Zuk, RefusesNull)
+TEST_F(Zuk, RefusesWhatIsNotThere)
 {
-    char value[ZUK_VALUE_SIZE];
-    int state = 0;
-    EXPECT_EQ(zuk_close(nullptr), 0);
+    for (const std::string &path : {folder.path("none"), folder.path("."), std::string()})
+        EXPECT_EQ(zuk_push_rfile(db, path.c_str()), nullptr) << path;
+    for (const std::string &path : {folder.path("none/f"), folder.path(".")})
+        EXPECT_EQ(zuk_create_rfile(db, path.c_str()), nullptr) << path;
     EXPECT_EQ(zuk_create_rfile(nullptr, folder.path("f").c_str()), nullptr);
     EXPECT_EQ(zuk_push_rfile(db, nullptr), nullptr);
-    EXPECT_EQ(zuk_flush(nullptr), -1);
+    char value[ZUK_VALUE_SIZE];
+    int state = 0;
     EXPECT_EQ(zuk_add_item(db, nullptr, "k", "1", ""), -1);
     EXPECT_EQ(zuk_search(db, "t", nullptr, value), -1);
     EXPECT_EQ(zuk_list_item(nullptr, "t", &state), nullptr);
     EXPECT_EQ(folder.listing(), "");
+    // A file of another database's, or none.
+    zuk_rfile *file = push("[t]\n");
+    zuk_db *other = zuk_open();
+    EXPECT_FALSE(add_topic(nullptr, "u"));
+    EXPECT_EQ(zuk_add_topic(other, file, "u", ""), -1);
+    EXPECT_EQ(zuk_close(other), 0);
+    EXPECT_EQ(saved(), "[t]\n");
 }
 
 }  // namespace
