@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <memory>
 
 using teska_test::Generator;
@@ -20,18 +21,14 @@ using Doubles = std::vector<double>;
 TEST(ClutTableNew, RefusesWhatNoTableHas)
 {
     Reports reports;
-    const int points[] = {2, 3}, many[] = {2, 256}, few[] = {1, 2};
-    const int huge[] = {255, 255, 255, 255};
-    EXPECT_EQ(clut_table_new(0, points, 1, nullptr), nullptr);
-    EXPECT_EQ(clut_table_new(17, points, 1, nullptr), nullptr);
-    EXPECT_EQ(clut_table_new(2, points, 0, nullptr), nullptr);
-    EXPECT_EQ(clut_table_new(2, points, 256, nullptr), nullptr);
-    EXPECT_EQ(clut_table_new(2, many, 1, nullptr), nullptr);
-    EXPECT_EQ(clut_table_new(2, few, 1, nullptr), nullptr);
+    for (const auto &[n, last, m] : {std::array{0, 3, 1}, {17, 3, 1}, {2, 3, 0}, {2, 3, 256}, {2, 256, 1}, {2, 1, 1}}) {
+        const int points[] = {2, last};
+        EXPECT_EQ(clut_table_new(n, points, m, nullptr), nullptr) << n << ' ' << last << ' ' << m;
+    }
     EXPECT_EQ(reports.take(), lines(6, "clut_table_new: illegal dimension"));
+    const int huge[] = {255, 255, 255, 255};
     EXPECT_EQ(clut_table_new(4, huge, 1, nullptr), nullptr);
     EXPECT_EQ(reports.take(), lines{"clut_table_new: insufficient memory"});
-    EXPECT_EQ(clut_table_kill(nullptr), nullptr);
 }
 
 TEST(ClutTableInterp, GivesTheBitsOfTheClassAtAnyStepAndInPlace)

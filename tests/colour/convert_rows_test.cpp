@@ -159,12 +159,10 @@ TEST(ConvertRows, EqualsTheTablePixelByPixelInAnyLayout)
         auto from = in.pointers(source, in.first, inputs), to = out.pointers(result, out.first, outputs);
         to[0] = skip ? nullptr : to[0];
         const auto from_before = from, to_before = to;
-        const convert_rows_layout layout{static_cast<int>(shape.size()),
-                                         shape.data(),
-                                         in.strides.data(),
-                                         out.strides.data(),
-                                         masked ? masks.data() + mask.first : nullptr,
-                                         mask.strides.data()};
+        const int rank = static_cast<int>(shape.size());
+        const unsigned char *const used = masked ? masks.data() + mask.first : nullptr;
+        const convert_rows_layout layout{rank, shape.data(),       in.strides.data(), out.strides.data(),
+                                         used, mask.strides.data()};
         ASSERT_EQ(teska_convert_rows(kind, tables.of(kind), inputs, from.data(), outputs, to.data(), &layout), 1);
         ASSERT_EQ(result, expected) << "round " << round;
         ASSERT_EQ(from, from_before) << "round " << round;

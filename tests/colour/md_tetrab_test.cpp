@@ -278,7 +278,6 @@ TEST(MdTetrabNew, KeptNamesARelativeInItsMessages)
                            Shape{2, 1, 2, 0, 255, INT_MAX}})
         EXPECT_EQ(create(s), nullptr) << s.N << ' ' << s.M << ' ' << s.R;
     EXPECT_EQ(reports.take(), lines(5, "md_tetrab_new: malloc failure"));
-    EXPECT_EQ(md_tetrab_kill(nullptr), nullptr);
     const Table table({2, 1, 3});
     EXPECT_EQ(md_tetrab_expand(table.get(), 1), nullptr);
     EXPECT_EQ(reports.take(), (lines{"md_tetrab_expand: error in md_tetrab_new", "md_tetra_new: illegal dimension"}));

@@ -127,9 +127,9 @@ TEST_F(Condirmin, StopsAtASmallValueWhenToldTo)
     EXPECT_EQ(at_once.passes, -9) << "no pass was begun";
     const Outcome early = search(teska_test::rosenbrock, {-1.2, 1}, 1e-12);
     EXPECT_EQ(early.result, 1);
-    EXPECT_LT(early.least, 1e-3);
     EXPECT_EQ(condirmin_set_abs_tol(0, 5, &old), 1);
     EXPECT_EQ(old, 1e-3);
+    EXPECT_LT(early.least, 1e-3);
     EXPECT_LT(early.evaluations, search(teska_test::rosenbrock, {-1.2, 1}, 1e-12).evaluations);
 }
 
@@ -152,10 +152,8 @@ TEST_F(Condirmin, EndsAtTheMinimumThatTheRestrictionsLeave)
         {{}, {}, {0, 0, 0}, 1, {1, 2, 3}},
         {sum, {}, {0, 0}, 1, {0, 1, 2}},
         {{}, {0, 0, 1, 2}, {0, 0, 0}, 1, {1, 2, 2}},                             // an active plane
-        {{}, {0, 0, 1, 2, 0, 1, 0, 1}, {0, 0, 0}, 1, {1, 1, 2}},                 // two
         {{}, {0, 0, 1, 2, 0, 1, 0, 1, 1, 0, 0, -1}, {-5, 0, 0}, 1, {-1, 1, 2}},  // a vertex
         {{}, {0, 0, 1, 2}, {0, 0, 2}, 1, {1, 2, 2}},                             // from the boundary
-        {sum, {-1, 0, 0, -0.5}, {1, 1}, 1, {0.5, 0.75, 1.75}},                   // on a plane, bounded
         {sum, {-1, 0, 0, -0.5, 0, 0, 1, 1.5}, {1, 1}, 1, {0.5, 1, 1.5}},
         {{}, {0, 0, 1, 2}, {0, 0, 2.1}, 0, {0, 0, 2.1}},               // infeasible
         {{1, 0, 0, 4, 0, 1, 0, 5, 0, 0, 1, 6}, {}, {}, 1, {4, 5, 6}},  // nothing to choose
@@ -179,6 +177,6 @@ TEST_F(Condirmin, EndsAtTheMinimumThatTheRestrictionsLeave)
     Values low{0, 0, 0};
     EXPECT_EQ(condirmin_restr(low.data(), 3, 1e-8, half.get(), nullptr, nullptr, slope, nullptr, nullptr), 1);
     EXPECT_EQ(low[0], -3);
-    EXPECT_TRUE(std::isfinite(low[1]));
-    EXPECT_TRUE(std::isfinite(low[2]));
+    for (const double coordinate : low)
+        EXPECT_TRUE(std::isfinite(coordinate)) << coordinate;
 }
