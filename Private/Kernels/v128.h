@@ -210,9 +210,14 @@ struct v128_doubles {
     static vector load_1(const double *at) noexcept { return _mm_load_sd(at); }
     static void store_1(double *at, vector a) noexcept { _mm_store_sd(at, a); }
 
-    // The second operand where they cannot be compared.
+    // The second operand where they cannot be compared. SIMDe gives what its processor gives, so there it is a choice.
+#ifdef __SSE4_1__
     static vector min(vector a, vector b) noexcept { return _mm_min_pd(a, b); }
     static vector max(vector a, vector b) noexcept { return _mm_max_pd(a, b); }
+#else
+    static vector min(vector a, vector b) noexcept { return choose(below(a, b), a, b); }
+    static vector max(vector a, vector b) noexcept { return choose(below(b, a), a, b); }
+#endif
     // Towards 0 without an exception; not every header names the latter.
     static vector truncate(vector a) noexcept { return _mm_round_pd(a, 0x0B); }
 
@@ -221,7 +226,8 @@ struct v128_doubles {
     // Bit i for lane i; set where they cannot be compared.
     static unsigned not_at_least(vector a, vector b) noexcept
     {
-        return static_cast<unsigned>(_mm_movemask_pd(_mm_cmpnge_pd(a, b)));
+        // Not by the comparison that says so: SIMDe's takes "not at least" for "below".
+        return ~static_cast<unsigned>(_mm_movemask_pd(_mm_cmpge_pd(a, b))) & 3U;
     }
 
     static mask both(mask a, mask b) noexcept { return _mm_and_pd(a, b); }
