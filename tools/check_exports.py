@@ -153,8 +153,8 @@ def check_hostile_rows():
     """Whether the rows that call functions with hostile arguments are those of the headers' functions."""
     text = "\n".join(path.read_text() for path in sorted((ROOT / "tests/hostile").glob("*_rows.cpp")))
     text = re.sub(r"\btaking<[^<>]*>\((\w+)\)", r"\1", text)
-    rows = re.findall(r"\b(?:row|feeding|name_of)<(\w+)>|\bwithout\(\s*\"(\w+)\"", text)
-    names = [called or excused for called, excused in rows]
+    rows = re.findall(r"\b(?:row|feeding|by)<([\w\s,]+)>\(|\bwithout\(\s*\"(\w+)\"", text)
+    names = [name for called, excused in rows for name in re.findall(r"\w+", called or excused)]
     functions = {name for library in libraries() for name in declared(library) if re.fullmatch(r"\w+", name)}
     for name in sorted(functions - set(names)):
         yield f"tests/hostile has no row for {name}"

@@ -1,9 +1,7 @@
-#include "convert_rows.h"
 #include "hostile/objects.h"
 
 namespace teska_test
 {
-
 namespace
 {
 
@@ -60,72 +58,43 @@ void convert_any(Draw &draw)
 }
 
 const HostileRows rows({
+    row<md_tetrab_clone, md_tetrad_clone, md_tetras_clone, md_tetras_get_nrpoints, mmd_tetras_clone,
+        mmd_tetras_get_nrpoints>(),
+    row<clut_table_kill, md_tetrab_kill, md_tetrad_kill, md_tetras_kill, mmd_tetras_kill>(last_of),
     row<clut_table_new>(one_of(1, 2, 3, 0, 17, -1, INT_MIN, INT_MAX),
                         room_of(3, 2, 3, 4, 1, 0, -1, 256, INT_MIN, INT_MAX), one_of(1, 2, 255, 0, 256, -1, INT_MAX),
                         or_null(in(64 * 255))),
-    row<clut_table_kill>(last_of),
-    row<clut_table_dataptr>(kept, or_null(out(1))),
+    row<clut_table_dataptr, md_tetrab_dataptr, md_tetrad_dataptr, md_tetras_dataptr>(kept, or_null(out(1))),
     row<clut_table_interp>(live, ins(), step(), outs(), step(), count()),
-    {name_of<teska_convert_rows>(), convert_any},
-
-    row<md_tetrab_new>(about(1, 3), about(1, 4), vertices()),
+    by<teska_convert_rows>(convert_any),
+    row<md_tetrab_new, md_tetrad_new, md_tetras_new>(about(1, 3), about(1, 4), vertices()),
     row<md_tetrab_new_special>(about(1, 3), about(1, 4), vertices(), one_of(0, 10, 255, -1, INT_MIN),
                                one_of(255, 11, 0, 256, INT_MAX), one_of(0, 1, 2, -1, INT_MAX)),
-    row<md_tetrab_clone>(),
-    row<md_tetrab_kill>(last_of),
     row<md_tetrab_LUT>(live, or_null(rows_of(3, 256, true)), or_null(rows_of(2, 256, true))),
     row<md_tetrab_ilutptr>(kept, about(0, 2)),
     row<md_tetrab_olutptr>(kept, about(0, 1)),
-    row<md_tetrab_fill_double>(live, in(2 * 5 * 5 * 5), one_of(0, 1, 2, -1, INT_MIN, INT_MAX)),
-    row<md_tetrab_dataptr>(kept, or_null(out(1))),
-    row<md_tetrab_get_nrpoints>(kept),
-    row<md_tetrab_vertex_get>(kept, coord(), or_null(out(3))),
-    row<md_tetrab_scan_vertex>(kept, coord()),
+    row<md_tetrab_fill_double, md_tetras_fill_double>(live, in(2 * 5 * 5 * 5), one_of(0, 1, 2, -1, INT_MIN, INT_MAX)),
+    row<md_tetrab_get_nrpoints, md_tetrad_get_nrpoints>(kept),
+    row<md_tetrab_vertex_get, md_tetrad_vertex_get, md_tetras_vertex_get>(kept, coord(), or_null(out(3))),
+    row<md_tetrab_scan_vertex, md_tetrad_scan_vertex>(kept, coord()),
     row<md_tetrab_interp>(kept, ins(), step(), outs(), step(), count(), mask(), number),
     row<md_tetrab_expand>(kept, one_of(2, 3, 5, 4, 1, 0, -1, INT_MIN, INT_MAX)),
-
-    row<md_tetrad_new>(about(1, 3), about(1, 4), vertices()),
-    row<md_tetrad_clone>(),
-    row<md_tetrad_kill>(last_of),
-    row<md_tetrad_dataptr>(kept, or_null(out(1))),
-    row<md_tetrad_get_nrpoints>(kept),
-    row<md_tetrad_vertex_get>(kept, coord(), or_null(out(3))),
-    row<md_tetrad_scan_vertex>(kept, coord()),
     row<md_tetrad_interp>(kept, ins(), step(), outs(), step(), count()),
-
-    row<md_tetras_new>(about(1, 3), about(1, 4), vertices()),
-    row<md_tetras_clone>(),
-    row<md_tetras_kill>(last_of),
-    row<md_tetras_ilut_set>(live, about(0, 2), entries(), curve()),
+    row<md_tetras_ilut_set, mmd_tetras_ilut_set>(live, about(0, 2), entries(), curve()),
     row<md_tetras_olut_set>(live, about(0, 1), entries(), curve()),
-    row<md_tetras_fill_double>(live, in(2 * 5 * 5 * 5), one_of(0, 1, 2, -1, INT_MIN, INT_MAX)),
-    row<md_tetras_dataptr>(kept, or_null(out(1))),
-    row<md_tetras_vertex_get>(kept, coord(), or_null(out(3))),
-    row<md_tetras_get_nrpoints>(),
-    row<md_tetras_scan_vertex>(live, coord()),
-    row<md_tetras_interp>(live, ins(), step(), outs(), step(), count(), mask(), threshold()),
-    row<md_tetras_interp_b>(live, ins(), step(), outs(), step(), count(), mask(), threshold()),
-    row<md_tetras_interp_bs>(live, ins(), step(), outs(), step(), count(), mask(), threshold()),
-    row<md_tetras_interp_sb>(live, ins(), step(), outs(), step(), count(), mask(), threshold()),
-
+    row<md_tetras_scan_vertex, mmd_tetras_scan_vertex>(live, coord()),
+    row<md_tetras_interp, md_tetras_interp_b, md_tetras_interp_bs, md_tetras_interp_sb>(live, ins(), step(), outs(),
+                                                                                        step(), count(), mask(),
+                                                                                        threshold()),
     row<mmd_tetras_new>(about(1, 3), about(1, 3), about(1, 4), vertices()),
-    row<mmd_tetras_clone>(),
-    row<mmd_tetras_kill>(last_of),
-    row<mmd_tetras_ilut_set>(live, about(0, 2), entries(), curve()),
     row<mmd_tetras_olut_set>(live, about(0, 2), about(0, 1), entries(), curve()),
     row<mmd_tetras_dataptr>(kept, about(0, 2), or_null(out(1))),
     row<mmd_tetras_vertex_get>(kept, about(0, 2), coord(), or_null(out(3))),
-    row<mmd_tetras_get_nrpoints>(),
-    row<mmd_tetras_scan_vertex>(live, coord()),
-    row<mmd_tetras_interp_tag>(live, ins(), step(), outs(), step(), count(), in(8)),
-    row<mmd_tetras_interp_all>(live, ins(), step(), outs(6), step(), count()),
-    row<mmd_tetras_interp_mix>(live, about(0, 2), about(0, 2), ins(), step(), outs(), step(), count(), or_null(in(8))),
-    row<mmd_tetras_interp_tag_b>(live, ins(), step(), outs(), step(), count(), in(8)),
-    row<mmd_tetras_interp_all_b>(live, ins(), step(), outs(6), step(), count()),
-    row<mmd_tetras_interp_mix_b>(live, about(0, 2), about(0, 2), ins(), step(), outs(), step(), count(),
-                                 or_null(in(8))),
+    row<mmd_tetras_interp_tag, mmd_tetras_interp_tag_b>(live, ins(), step(), outs(), step(), count(), in(8)),
+    row<mmd_tetras_interp_all, mmd_tetras_interp_all_b>(live, ins(), step(), outs(6), step(), count()),
+    row<mmd_tetras_interp_mix, mmd_tetras_interp_mix_b>(live, about(0, 2), about(0, 2), ins(), step(), outs(), step(),
+                                                        count(), or_null(in(8))),
 });
 
 }  // namespace
-
 }  // namespace teska_test

@@ -1,112 +1,94 @@
 #include "hostile/objects.h"
-#include "lopra.h"
-#include "wem.h"
-#include "zuk.h"
+
+#include <lopra.h>
+#include <wem.h>
 
 #include <cstdio>
 #include <cstdlib>
 
 namespace teska_test
 {
-
 namespace
 {
 
 int silent(const char *) { return 0; }
 
 const HostileRows rows({
+    row<wem_lognam_clear, elapsed, cputime, dattim, zuk_open>(),
+    row<zuk_close>(last_of),
     // Templates with as many values as they may have marks.
-    {name_of<fmtstr>(),
-     [](Draw &draw) {
-         fmtstr(draw.room<char>(WEM_LINE_SIZE), "'%#%'#", draw.number(), draw.value<int>(), draw.number(), INT_MIN);
-     }},
-    {name_of<typefl>(), [](Draw &draw) { typefl("#%#", draw.value<int>(), draw.number(), draw.value<int>()); }},
-    row<wem_set_typefl>(always(silent)),
+    by<fmtstr>([](Draw &draw) {
+        fmtstr(draw.room<char>(WEM_LINE_SIZE), "'%#%'#", draw.number(), draw.value<int>(), draw.number(), INT_MIN);
+    }),
+    by<typefl>([](Draw &draw) { typefl("#%#", draw.value<int>(), draw.number(), draw.value<int>()); }),
+    row<wem_set_typefl, wem_set_errexit>(always(silent)),
     row<errexit>(or_null(text())),
-    row<wem_set_errexit>(always(silent)),
     row<lognam>(or_null(text()), out(WEM_NAME_SIZE)),
     row<wem_lognam_set>(or_null(text()), or_null(text())),
-    row<wem_lognam_clear>(),
-    {name_of<wem_zcreate>(),
-     [](Draw &draw) {
-         const int words = draw.chance(3) ? -draw.random.below(3) : 1 + draw.random.below(9);
-         wem_pool *pool = wem_zcreate(words, draw.chance(2) ? draw.value<int>() % 10000 : INT_MIN);
-         EXPECT_EQ(pool != nullptr, words > 0);
-         void *const record = wem_zalloc(pool);
-         wem_zfree(pool, record);
-         wem_zfree(pool, nullptr);
-         wem_zdestroy(pool);
-     }},
+    by<wem_zcreate>([](Draw &draw) {
+        const int words = draw.chance(3) ? -draw.random.below(3) : 1 + draw.random.below(9);
+        wem_pool *pool = wem_zcreate(words, draw.chance(2) ? draw.value<int>() % 10000 : INT_MIN);
+        EXPECT_EQ(pool != nullptr, words > 0);
+        void *const record = wem_zalloc(pool);
+        wem_zfree(pool, record);
+        wem_zfree(pool, nullptr);
+        wem_zdestroy(pool);
+    }),
     without("wem_zalloc", "in the row of wem_zcreate"),
     without("wem_zfree", "in the row of wem_zcreate"),
     without("wem_zdestroy", "in the row of wem_zcreate"),
-    row<elapsed>(),
-    row<cputime>(),
-    row<dattim>(),
     row<cvtdta>(one_of(20240229, 20230229, 101, 99991231, 0, -1, INT_MIN, INT_MAX), out(12)),
     row<cvttma>(one_of(0, 235960, 240000, 6000, -1, INT_MIN, INT_MAX), out(9)),
     row<dayweek>(one_of(20240229, 20230229, 101, 99991231, 0, -1, INT_MIN, INT_MAX), out(10)),
-
-    {name_of<fopen_utf8>(),
-     [](Draw &draw) {
-         const std::string &path = hostile_path(draw);
-         if (std::FILE *file = fopen_utf8(draw.chance(6) ? nullptr : path.c_str(), hostile_text(draw).c_str()))
-             std::fclose(file);
-     }},
-    {name_of<open_utf8>(),
-     [](Draw &draw) {
-         const std::string &path = hostile_path(draw);
-         const int flags = draw.random.below(4) | (draw.chance(2) ? LOPRA_O_CREAT : 0) |
-                           (draw.chance(2) ? LOPRA_O_EXCL : 0) | (draw.chance(2) ? LOPRA_O_TEMPORARY : 0);
-         close_utf8(open_utf8(draw.chance(6) ? nullptr : path.c_str(), flags, draw.value<int>()));
-     }},
-    {name_of<lock_utf8>(),
-     [](Draw &draw) {
-         const std::string &path = hostile_path(draw);
-         close_utf8(lock_utf8(draw.chance(6) ? nullptr : path.c_str()));
-     }},
-    {name_of<create_below_utf8>(),
-     [](Draw &draw) {
-         const std::string folder = hostile_path(draw);
-         if (!folder.empty())
-             close_utf8(create_below_utf8(draw.chance(6) ? nullptr : folder.c_str(), hostile_text(draw).c_str()));
-     }},
+    by<fopen_utf8>([](Draw &draw) {
+        const std::string &path = hostile_path(draw);
+        if (std::FILE *file = fopen_utf8(draw.chance(6) ? nullptr : path.c_str(), hostile_text(draw).c_str()))
+            std::fclose(file);
+    }),
+    by<open_utf8>([](Draw &draw) {
+        const std::string &path = hostile_path(draw);
+        const int flags = draw.random.below(4) | (draw.chance(2) ? LOPRA_O_CREAT : 0) |
+                          (draw.chance(2) ? LOPRA_O_EXCL : 0) | (draw.chance(2) ? LOPRA_O_TEMPORARY : 0);
+        close_utf8(open_utf8(draw.chance(6) ? nullptr : path.c_str(), flags, draw.value<int>()));
+    }),
+    by<lock_utf8>([](Draw &draw) {
+        const std::string &path = hostile_path(draw);
+        close_utf8(lock_utf8(draw.chance(6) ? nullptr : path.c_str()));
+    }),
+    by<create_below_utf8>([](Draw &draw) {
+        const std::string folder = hostile_path(draw);
+        if (!folder.empty())
+            close_utf8(create_below_utf8(draw.chance(6) ? nullptr : folder.c_str(), hostile_text(draw).c_str()));
+    }),
     row<close_utf8>(one_of(-1, INT_MIN, INT_MAX)),
-    {name_of<CreateFile_utf8>(),
-     [](Draw &draw) {
-         const std::string &path = hostile_path(draw);
-         const lopra_handle handle = CreateFile_utf8(draw.chance(6) ? nullptr : path.c_str(), draw.value<unsigned>(),
-                                                     draw.value<unsigned>() & 3, nullptr, draw.value<unsigned>() & 7,
-                                                     LOPRA_FLAG_NORMAL, nullptr);
-         if (handle != LOPRA_INVALID_HANDLE)
-             CloseFile_utf8(handle);
-     }},
-    {name_of<CloseFile_utf8>(), [](Draw &) { CloseFile_utf8(LOPRA_INVALID_HANDLE); }},
-    {name_of<write_utf8>(), [](Draw &draw) { write_utf8(draw.chance(2) ? -1 : INT_MAX, draw.values<char>(4), 4); }},
+    by<CreateFile_utf8>([](Draw &draw) {
+        const std::string &path = hostile_path(draw);
+        const lopra_handle handle =
+            CreateFile_utf8(draw.chance(6) ? nullptr : path.c_str(), draw.value<unsigned>(), draw.value<unsigned>() & 3,
+                            nullptr, draw.value<unsigned>() & 7, LOPRA_FLAG_NORMAL, nullptr);
+        if (handle != LOPRA_INVALID_HANDLE)
+            CloseFile_utf8(handle);
+    }),
+    by<CloseFile_utf8>([](Draw &) { CloseFile_utf8(LOPRA_INVALID_HANDLE); }),
+    by<write_utf8>([](Draw &draw) { write_utf8(draw.chance(2) ? -1 : INT_MAX, draw.values<char>(4), 4); }),
     row<replace_utf8>(or_null(path()), in_as<char>(16), one_of(0, 1, 16)),
-    {name_of<full_path_utf8>(),
-     [](Draw &draw) {
-         const std::string &path = hostile_path(draw);
-         std::free(full_path_utf8(draw.chance(6) ? nullptr : path.c_str()));
-     }},
+    by<full_path_utf8>([](Draw &draw) {
+        const std::string &path = hostile_path(draw);
+        std::free(full_path_utf8(draw.chance(6) ? nullptr : path.c_str()));
+    }),
     row<chmod_utf8>(or_null(path()), usual),
     row<stat32_utf8>(or_null(path()), out(1)),
     row<rename_utf8>(or_null(path()), or_null(path())),
     row<remove_utf8>(or_null(path())),
-
-    row<zuk_open>(),
-    row<zuk_create_rfile>(or_null(live), or_null(path())),
-    row<zuk_push_rfile>(or_null(live), or_null(path())),
-    row<zuk_close>(last_of),
-    {name_of<zuk_add_topic>(),
-     [](Draw &draw) {
-         zuk_db *db = zuk_open();
-         zuk_rfile *file = zuk_create_rfile(db, hostile_path(draw).c_str());
-         for (int i = 0; i < 4; ++i)
-             zuk_add_topic(db, file, hostile_text(draw).c_str(), draw.chance(4) ? nullptr : hostile_text(draw).c_str());
-         zuk_flush(db);
-         zuk_close(db);
-     }},
+    row<zuk_create_rfile, zuk_push_rfile>(or_null(live), or_null(path())),
+    by<zuk_add_topic>([](Draw &draw) {
+        zuk_db *db = zuk_open();
+        zuk_rfile *file = zuk_create_rfile(db, hostile_path(draw).c_str());
+        for (int i = 0; i < 4; ++i)
+            zuk_add_topic(db, file, hostile_text(draw).c_str(), draw.chance(4) ? nullptr : hostile_text(draw).c_str());
+        zuk_flush(db);
+        zuk_close(db);
+    }),
     row<zuk_add_item>(or_null(live), one_of("a", "b", ""), or_null(text()), or_null(text()), or_null(text())),
     row<zuk_list_item>(or_null(live), or_null(text()), room_of(1, 0, 15, 16, 17, 1000, -1, INT_MAX, INT_MIN)),
     row<zuk_search>(or_null(live), or_null(text()), or_null(text()), out(ZUK_VALUE_SIZE)),
@@ -114,5 +96,4 @@ const HostileRows rows({
 });
 
 }  // namespace
-
 }  // namespace teska_test

@@ -1,80 +1,19 @@
-#include "cache.h"
-#include "error_mess.h"
 #include "hostile/objects.h"
-#include "rom.h"
-#include "teska_time.h"
-#include "teska_version.h"
-#include "tobjfac.h"
 
 #include <cstdlib>
 
 namespace teska_test
 {
-
-template <>
-struct Object<cache> : Freed<cache_kill> {
-    static cache *make(Draw &draw)
-    {
-        return cache_new(
-            6, 4, 8, [](void *, int id) { return 5 * id - 7; },
-            [](void *, int id, void *place) { std::memset(place, id, static_cast<std::size_t>(5 * id - 7)); }, &draw);
-    }
-    static void ask(cache *c, Digest &digest)
-    {
-        cache_flush(c);
-        add(digest, cache_get(c, 2) != nullptr);
-    }
-};
-
-template <>
-struct Object<itemfifo> : Freed<itemfifo_kill> {
-    static itemfifo *make(Draw &draw)
-    {
-        itemfifo *fifo = itemfifo_new(8, draw.random.below(4));
-        for (int i = draw.random.below(6); i > 0; --i)
-            itemfifo_put(fifo, draw.values<double>(1));
-        return fifo;
-    }
-    static void ask(itemfifo *fifo, Digest &digest) { add(digest, itemfifo_nr_items(fifo)); }
-};
-
 namespace
 {
 
 constexpr char tag[] = "hostile";
 
-int hash_of(int parameter, const void *key) { return (*static_cast<const unsigned char *>(key) + (parameter & 7)); }
-int same_key(const void *a, const void *b) { return std::memcmp(a, b, 4) == 0; }
-int no_key(const void *slot) { return same_key(slot, "\0\0\0"); }
-
-}  // namespace
-
-// Keys of 4 bytes and data of 8.
-template <>
-struct Object<hash_tab> : Freed<hash_tab_kill> {
-    static hash_tab *make(Draw &draw)
-    {
-        hash_tab *table = hash_tab_new(4, 4, 8, hash_of, same_key, no_key, draw.random.below(9), nullptr);
-        for (int i = draw.random.below(7); i > 0; --i)
-            hash_tab_insert(table, draw.values<int>(1), draw.values<double>(1));
-        return table;
-    }
-    static void ask(hash_tab *table, Digest &digest)
-    {
-        const int key = 7;
-        double data[64];
-        add(digest, hash_tab_nr_items(table), hash_tab_get(table, &key, data));
-    }
-};
-
-namespace
-{
-
 int tested_size(void *, int id) { return id - 3; }
 void no_load(void *, int, void *) {}
 int first_equal(const void *element, const void *key) { return std::memcmp(element, key, 8); }
 
-const auto or_no_order = one_of(static_cast<list_order_fn>(after), static_cast<list_order_fn>(nullptr));
+const auto or_no_order = or_null(always(after));
 const auto element = [] { return in_as<tetra_point>(1); };
 const auto key = [] { return in_as<int>(1); };
 const auto data = [] { return in_as<double>(1); };
@@ -96,70 +35,50 @@ std::function<void(Draw &)> registered(Call call)
 }
 
 const HostileRows rows({
+    row<cache_flush, dynar_nr_items, error_get, error_display_all_msgs, hash_tab_flush, hash_tab_nr_items,
+        itemfifo_nr_items, list_get_num, list_get_ext, list_get_el_size, get_system_time, time_get_time,
+        time_get_elapsed_time, time_get_date, teska_version, teska_version_number>(),
+    row<cache_kill, dynar_kill, hash_tab_kill, itemfifo_kill, list_kill>(last_of),
     row<cache_new>(one_of(1, 5, 0, -1, INT_MIN), one_of(1, 5, 0, -1, INT_MIN), one_of(1, 16, 0, -1, INT_MIN),
                    always(tested_size), always(no_load)),
-    row<cache_kill>(last_of),
-    row<cache_flush>(),
     feeding<cache_get>(live, about(1, 6)),
-    row<cache_delete>(live, about(1, 6)),
-    row<cache_lock>(live, about(1, 6)),
-    row<cache_lock_get>(live, about(1, 6)),
-
+    row<cache_delete, cache_lock, cache_lock_get>(live, about(1, 6)),
     row<dynar_new>(one_of(1, 16), one_of(0, 1, 10, -1, INT_MIN)),
-    row<dynar_kill>(last_of),
     row<dynar_ptr>(live, one_of(0, 3, 100, -1, INT_MIN, INT_MAX)),
-    row<dynar_nr_items>(),
-
     row<error_mess_fl>(text(), or_null(text()), usual),
-    row<error_get>(),
-    row<error_display_all_msgs>(),
-    {name_of<error_set>(), [](Draw &draw) { error_set(draw.value<int>()), error_mess_fl("x", "", 0), error_set(0); }},
-    {name_of<error_set_thread>(),
-     [](Draw &draw) {
-         for (const int mode : {draw.value<int>(), TESKA_ERROR_PROCESS_WIDE}) {
-             error_mess_fl("x", "", 0);
-             error_get();
-             error_set_thread(mode);
-         }
-     }},
-    {name_of<error_set_handler>(),
-     [](Draw &draw) {
-         void *context = &draw;
-         const error_handler before = error_set_handler(nullptr, nullptr, draw.chance(2) ? nullptr : &context);
-         EXPECT_EQ(error_set_handler(before, nullptr, nullptr), nullptr);
-     }},
+    by<error_set>([](Draw &draw) { error_set(draw.value<int>()), error_mess_fl("x", "", 0), error_set(0); }),
+    by<error_set_thread>([](Draw &draw) {
+        for (const int mode : {draw.value<int>(), TESKA_ERROR_PROCESS_WIDE}) {
+            error_mess_fl("x", "", 0);
+            error_get();
+            error_set_thread(mode);
+        }
+    }),
+    by<error_set_handler>([](Draw &draw) {
+        void *context = &draw;
+        const error_handler before = error_set_handler(nullptr, nullptr, draw.chance(2) ? nullptr : &context);
+        EXPECT_EQ(error_set_handler(before, nullptr, nullptr), nullptr);
+    }),
     row<error_set_thread_handler>(always(nullptr), always(nullptr), or_null(out(1))),
-    row<error_exit>(text()),
+    row<error_exit, dbg>(text()),
     row<teska_warn>(one_of(-1, INT_MIN), text()),
-    {name_of<teska_warn_level>(), [](Draw &draw) { teska_warn_level(draw.value<int>()), teska_warn_level(INT_MAX); }},
-    row<dbg>(text()),
+    by<teska_warn_level>([](Draw &draw) { teska_warn_level(draw.value<int>()), teska_warn_level(INT_MAX); }),
     row<dbg_set>(always(0)),
-
     row<hash_tab_new>(one_of(0, 1, 4, 20, -1, INT_MIN), one_of(4), one_of(8, 0), always(hash_of), always(same_key),
                       always(no_key), usual, or_null(out(1))),
     without("hash_tab_newset", "restored_table of the fuzz tests gives it everything"),
-    row<hash_tab_kill>(last_of),
-    row<hash_tab_flush>(),
-    row<hash_tab_insert>(live, key(), or_null(data())),
-    row<hash_tab_put>(live, key(), or_null(data())),
+    row<hash_tab_insert, hash_tab_put>(live, key(), or_null(data())),
     row<hash_tab_delete>(live, key()),
-    row<hash_tab_delete_index>(live, about(0, 6)),
-    row<hash_tab_uninsert_index>(live, about(0, 6)),
+    row<hash_tab_delete_index, hash_tab_uninsert_index>(live, about(0, 6)),
     row<hash_tab_put_index>(live, about(0, 6), data()),
     row<hash_tab_get>(kept, key(), or_null(bytes(8))),
     row<hash_tab_index>(kept, about(0, 6), bytes(4), or_null(bytes(8))),
-    row<hash_tab_nr_items>(),
     row<hash_tab_keys>(kept),
     row<hash_tab_tab>(kept, or_null(out(1)), or_null(out(1))),
-
     row<itemfifo_new>(one_of(1, 16, INT_MAX), one_of(0, 1, 10, -1, INT_MIN, INT_MAX)),
-    row<itemfifo_kill>(last_of),
     row<itemfifo_put>(live, data()),
     feeding<itemfifo_get>(live, bytes(8)),
-    row<itemfifo_nr_items>(),
-
     row<list_new>(one_of(0, 1, 10, 65536, -1, INT_MIN), one_of(1, 32, 65536 + 8), always(nullptr)),
-    row<list_kill>(last_of),
     row<list_insert>(live, element()),
     row<list_insert_index>(live, element(), one_of(0, 3, 20, 65534), one_of(0, 1, -1, INT_MIN)),
     row<list_changep>(live, about(0, 9), element()),
@@ -170,43 +89,29 @@ const HostileRows rows({
     row<list_search_el>(kept, element(), always(first_equal)),
     row<list_get_element>(kept, about(0, 9)),
     row<list_num>(or_null(live)),
-    row<list_get_num>(),
-    row<list_get_ext>(),
-    row<list_get_el_size>(),
-
-    {name_of<rom_obj_new>(), registered([](Draw &, void *, void *) {})},
-    {name_of<rom_obj_kill>(), registered([](Draw &, void *object, void *) { rom_obj_kill(object); })},
-    {name_of<rom_objtype_check>(), registered([](Draw &draw, void *object, void *) {
-         rom_objtype_check(object, draw.chance(2) ? tag : hostile_text(draw).c_str());
-     })},
-    {name_of<rom_obj_malloc>(), registered([](Draw &draw, void *object, void *) {
-         rom_obj_malloc(object, draw.chance(2) ? 16 : draw.chance(2) ? -1 : INT_MIN);
-     })},
-    {name_of<rom_obj_free>(),
-     registered([](Draw &draw, void *object, void *block) { rom_obj_free(object, draw.chance(3) ? &draw : block); })},
-
+    by<rom_obj_new>(registered([](Draw &, void *, void *) {})),
+    by<rom_obj_kill>(registered([](Draw &, void *object, void *) { rom_obj_kill(object); })),
+    by<rom_objtype_check>(registered([](Draw &draw, void *object, void *) {
+        rom_objtype_check(object, draw.chance(2) ? tag : hostile_text(draw).c_str());
+    })),
+    by<rom_obj_malloc>(registered([](Draw &draw, void *object, void *) {
+        rom_obj_malloc(object, draw.chance(2) ? 16 : draw.chance(2) ? -1 : INT_MIN);
+    })),
+    by<rom_obj_free>(registered([](Draw &draw, void *object, void *block) {
+        rom_obj_free(object, draw.chance(3) ? &draw : block);
+    })),
     without("waitsec", "waits for the clock"),
     row<waitmsec>(one_of(0, 1)),
-    row<get_system_time>(),
     row<get_diff_system_time>(out(1), one_of(0, 2147483), one_of(0, 999000)),
-    row<time_get_time>(),
-    row<time_get_elapsed_time>(),
-    row<time_get_date>(),
-    row<teska_version>(),
-    row<teska_version_number>(),
-
-    {name_of<tObjListFindObj>(),
-     [](Draw &draw) {
-         TObjEl entry(&draw);
-         tObjListFindObj(static_cast<TElement *>(&entry), draw.chance(2) ? nullptr : &draw);
-     }},
-    {name_of<tObjListFindObjSameContent>(),
-     [](Draw &draw) {
-         TObjEl entry(&draw);
-         tObjListFindObjSameContent(static_cast<TElement *>(&entry), draw.chance(2) ? nullptr : &draw);
-     }},
+    by<tObjListFindObj>([](Draw &draw) {
+        TObjEl entry(&draw);
+        tObjListFindObj(static_cast<TElement *>(&entry), draw.chance(2) ? nullptr : &draw);
+    }),
+    by<tObjListFindObjSameContent>([](Draw &draw) {
+        TObjEl entry(&draw);
+        tObjListFindObjSameContent(static_cast<TElement *>(&entry), draw.chance(2) ? nullptr : &draw);
+    }),
 });
 
 }  // namespace
-
 }  // namespace teska_test

@@ -1,10 +1,7 @@
 #include "hostile/objects.h"
-#include "proj.h"
-#include "volume_export.h"
 
 namespace teska_test
 {
-
 namespace
 {
 
@@ -33,144 +30,104 @@ void fill_from_cloud(Draw &draw, Table *table)
 }
 
 const HostileRows rows({
+    row<clg_build, clg_num_points, clg_num_cells, convex_hull_new, convex_hull_set_unit, convex_hull_construct,
+        convex_hull_get_nr_points, convex_hull_get_nr_vertices, convex_hull_get_nr_faces, convex_hull_get_area,
+        convex_hull_get_volume, tetra_volume_new0, plane_get_distance_from_point, line_get_distance_from_point,
+        triangle_get_area>(),
+    row<clg_kill, convex_hull_kill, tetra_volume_kill, top_surface_kill>(last_of),
     row<clg_new>(about(1, 16), about(1, 4)),
-    row<clg_kill>(last_of),
     row<clg_add>(live, device, point()),
-    row<clg_build>(),
     row<clg_rule>(live, or_null(in(4)), number),
-    row<clg_num_points>(),
-    row<clg_num_cells>(),
     row<clg_box>(live, out(6)),
-    row<clg_inside>(live, point()),
+    row<clg_inside, convex_hull_add, convex_hull_inside>(live, point()),
     row<clg_find>(live, point(), or_null(out(4)), distance()),
     row<clg_nearest>(live, point(), nearest(), or_null(out(4)), distance()),
     row<clg_colour>(live, device, out(3)),
-    {name_of<clg_fill_tetrad>(),
-     [](Draw &draw) {
-         md_tetrad *table =
-             md_tetrad_new(draw.chance(8) ? 2 : 3, draw.chance(8) ? 3 : 4, 3, draw.number(), draw.number());
-         fill_from_cloud<clg_fill_tetrad>(draw, table);
-         receive(table, {});
-     }},
-    {name_of<clg_fill_tetrab>(),
-     [](Draw &draw) {
-         md_tetrab *table = md_tetrab_new(draw.chance(8) ? 2 : 3, draw.chance(8) ? 3 : 4, 3);
-         fill_from_cloud<clg_fill_tetrab>(draw, table);
-         receive(table, {});
-     }},
-
-    row<convex_hull_new>(),
-    row<convex_hull_kill>(last_of),
-    row<convex_hull_set_unit>(),
-    row<convex_hull_add>(live, point()),
+    by<clg_fill_tetrad>([](Draw &draw) {
+        md_tetrad *table =
+            md_tetrad_new(draw.chance(8) ? 2 : 3, draw.chance(8) ? 3 : 4, 3, draw.number(), draw.number());
+        fill_from_cloud<clg_fill_tetrad>(draw, table);
+        receive(table, {});
+    }),
+    by<clg_fill_tetrab>([](Draw &draw) {
+        md_tetrab *table = md_tetrab_new(draw.chance(8) ? 2 : 3, draw.chance(8) ? 3 : 4, 3);
+        fill_from_cloud<clg_fill_tetrab>(draw, table);
+        receive(table, {});
+    }),
     row<convex_hull_add_points>(live, in(9), one_of(0, 1, 3, -1, INT_MIN)),
-    row<convex_hull_construct>(),
-    row<convex_hull_inside>(live, point()),
     row<convex_hull_nearest>(live, point(), nearest(), distance(), or_null(out(1)), or_null(out(3))),
-    row<convex_hull_get_nr_points>(),
-    row<convex_hull_get_nr_vertices>(),
-    row<convex_hull_get_nr_faces>(),
     row<convex_hull_get_vertex>(live, about(0, 12), or_null(out(3)), or_null(out(1))),
     row<convex_hull_get_face>(live, about(0, 20), out(3)),
-    row<convex_hull_get_area>(),
-    row<convex_hull_get_volume>(),
-
     row<proj_det_plane_abcd>(in(9), or_last(out(4))),
     row<proj_on_plane_abcd>(in(4), point(), or_last(out(3)), distance()),
     row<proj_on_plane>(in(5), in(4), or_last(out(4)), one_of(0, 1, 4, -1, INT_MIN), distance()),
-    row<proj_on_plane_par>(in(4), point(), direction(), or_last(out(3)), distance()),
-    row<proj_on_plane_parline>(in(4), point(), direction(), or_last(out(3)), distance()),
+    row<proj_on_plane_par, proj_on_plane_parline>(in(4), point(), direction(), or_last(out(3)), distance()),
     row<proj_plane_intersect>(in(4), in(4), or_last(out(3)), out(3)),
     row<proj_on_line>(in(6), point(), or_last(out(3)), distance()),
-    row<proj_on_line_par>(in(6), point(), direction(), result(), distance()),
+    row<proj_on_line_par, proj_on_line_segm_par>(in(6), point(), direction(), result(), distance()),
     row<proj_on_line_segm>(in(6), point(), result(), distance()),
-    row<proj_on_line_segm_par>(in(6), point(), direction(), result(), distance()),
-    row<proj_on_triangle>(in(9), point(), result(), distance()),
-    row<proj_on_triangle_par>(in(9), point(), direction(), result(), distance()),
-    row<proj_on_triangle_parline>(in(9), point(), direction(), result(), distance()),
-    row<proj_nearest_triangle>(in(9), point(), result(), distance()),
+    row<proj_on_triangle, proj_nearest_triangle, proj_on_triangle_bound>(in(9), point(), result(), distance()),
+    row<proj_on_triangle_par, proj_on_triangle_parline, proj_on_triangle_bound_par>(in(9), point(), direction(),
+                                                                                    result(), distance()),
     row<proj_on_triangle_edge>(in(9), point(), about(-1, 2), result(), distance()),
-    row<proj_on_triangle_bound>(in(9), point(), result(), distance()),
-    row<proj_on_triangle_bound_par>(in(9), point(), direction(), result(), distance()),
-    row<proj_on_tetra>(in(12), point(), result(), distance()),
-    row<proj_on_tetra_par>(in(12), point(), direction(), result(), distance()),
-    row<proj_on_tetra_bound>(in(12), point(), result(), distance()),
-    row<proj_on_tetra_bound_par>(in(12), point(), direction(), result(), distance()),
+    row<proj_on_tetra, proj_on_tetra_bound>(in(12), point(), result(), distance()),
+    row<proj_on_tetra_par, proj_on_tetra_bound_par>(in(12), point(), direction(), result(), distance()),
     row<proj>(in(12), about(1, 4), point(), result(), distance()),
-
-    row<plane_new>(or_null(live)),
+    row<plane_new, tetra_volume_new, tetra_get_volume, tetra_get_true_volume>(or_null(live)),
     row<plane_new2>(corner(), corner(), corner()),
     row<tetra_new>(corner(), corner(), corner(), corner()),
-    {name_of<plane_kill>(), [](Draw &draw) { plane_kill(draw.chance(4) ? nullptr : Object<tetra_plane>::make(draw)); }},
-    {name_of<tetra_kill>(), [](Draw &draw) { tetra_kill(draw.chance(4) ? nullptr : Object<tetra_rec>::make(draw)); }},
-    row<tetra_volume_new0>(),
-    row<tetra_volume_new>(or_null(live)),
+    by<plane_kill>([](Draw &draw) { plane_kill(draw.chance(4) ? nullptr : Object<tetra_plane>::make(draw)); }),
+    by<tetra_kill>([](Draw &draw) { tetra_kill(draw.chance(4) ? nullptr : Object<tetra_rec>::make(draw)); }),
     row<tetra_volume_new2>(or_null(live), one_of(0, 1, -1), always(select_some)),
-    row<tetra_volume_kill>(last_of),
     row<tetra_volume_add_plane>(no_volume(), corner(), corner(), corner()),
     row<tetra_volume_add_plane2>(no_volume(), or_null(live)),
     row<tetra_volume_add_tetra>(no_volume(), corner(), corner(), corner(), corner()),
     row<tetra_point_inside>(or_null(live), point(), nearest()),
     row<triangle_point_inside>(or_null(live), point()),
-    row<plane_intersect_line>(or_null(live), point(), point(), out(3)),
-    row<plane_get_distance_from_point>(),
-    row<line_get_distance_from_point>(),
-    row<triangle_get_area>(),
-    row<tetra_get_volume>(or_null(live)),
-    row<tetra_get_true_volume>(or_null(live)),
+    row<plane_intersect_line, triangle_intersect_linesegment2>(or_null(live), point(), point(), out(3)),
     row<tetra_get_pointnr>(or_null(live), about(0, 3)),
     row<triangle_intersect_linesegment>(usual, usual, usual, point(), point(), out(3)),
-    row<triangle_intersect_linesegment2>(or_null(live), point(), point(), out(3)),
-    row<tetra_volume_get_nr_of_tetrahedrae>(no_volume()),
+    row<tetra_volume_get_nr_of_tetrahedrae, tetra_volume_get_volume, tetra_volume_get_true_volume>(no_volume()),
     row<tetra_volume_get_tetra>(no_volume(), point(), or_null(out(1))),
     row<tetra_volume_get_tetra2>(no_volume(), about(0, 9), or_null(out(1))),
     row<tetra_volume_point_inside>(no_volume(), point()),
     row<tetra_volume_line_intersect>(no_volume(), point(), point(), or_null(out(1))),
     row<tetra_volume_line_intersect2>(no_volume(), point(), point(), out(1), out(6), one_of(0, 1, 2)),
     row<tetra_volume_line_hasintersects>(no_volume(), point(), point()),
-    {name_of<tetra_volume_get_border_points>(),
-     [](Draw &draw) {
-         list_rec *points = nullptr;
-         tetra_volume_get_border_points(draw.chance(6) ? nullptr : lend<tetra_volume>(draw, true), nullptr, &points);
-         receive(points, {});
-     }},
-    row<tetra_volume_get_volume>(no_volume()),
-    row<tetra_volume_get_true_volume>(no_volume()),
+    by<tetra_volume_get_border_points>([](Draw &draw) {
+        list_rec *points = nullptr;
+        tetra_volume_get_border_points(draw.chance(6) ? nullptr : lend<tetra_volume>(draw, true), nullptr, &points);
+        receive(points, {});
+    }),
     row<tetra_volume_nearest>(no_volume(), point(), nearest(), distance(), or_null(out(1)), or_null(out(3))),
-    {name_of<tetra_volume_view>(),
-     [](Draw &draw) {
-         const tetra_volume *v = lend<tetra_volume>(draw, true);
-         int *const flags = draw.room<int>(7 * v->nr_planes);
-         tetra_volume_view(draw.chance(6) ? nullptr : v, draw.values<double>(3),
-                           draw.chance(6) ? nullptr : reinterpret_cast<int(*)[7]>(flags));
-     }},
+    by<tetra_volume_view>([](Draw &draw) {
+        const tetra_volume *v = lend<tetra_volume>(draw, true);
+        int *const flags = draw.room<int>(7 * v->nr_planes);
+        tetra_volume_view(draw.chance(6) ? nullptr : v, draw.values<double>(3),
+                          draw.chance(6) ? nullptr : reinterpret_cast<int(*)[7]>(flags));
+    }),
     row<writeVRML>(no_volume(), or_null(path()), or_null(path())),
     row<tetra_volume_dump_to_file>(no_volume(), point(), or_null(path())),
-
-    {name_of<top_surface_new>(),
-     [](Draw &draw) {
-         double *levels[3];
-         int counts[3];
-         for (int i = 0; i < 3; ++i) {
-             counts[i] = draw.chance(8) ? draw.random.below(4) - 2 : 2 + draw.random.below(3);
-             levels[i] = draw.values<double>(4);
-             std::generate(levels[i], levels[i] + 4,
-                           [&, k = 4]() mutable { return draw.chance(20) ? draw.number() : --k / 3.0; });
-         }
-         receive(top_surface_new(draw.chance(8) ? -draw.random.below(3) : 2 + draw.random.below(2), levels, counts,
-                                 draw.chance(8) ? 3 : draw.random.below(3), a_device, draw.chance(2) ? counts : nullptr,
-                                 draw.chance(8) ? draw.random.below(4) - 1 : 5),
-                 {});
-     }},
-    row<top_surface_kill>(last_of),
-    row<top_surface_get_nr_parts>(kept),
+    by<top_surface_new>([](Draw &draw) {
+        double *levels[3];
+        int counts[3];
+        for (int i = 0; i < 3; ++i) {
+            counts[i] = draw.chance(8) ? draw.random.below(4) - 2 : 2 + draw.random.below(3);
+            levels[i] = draw.values<double>(4);
+            std::generate(levels[i], levels[i] + 4,
+                          [&, k = 4]() mutable { return draw.chance(20) ? draw.number() : --k / 3.0; });
+        }
+        receive(top_surface_new(draw.chance(8) ? -draw.random.below(3) : 2 + draw.random.below(2), levels, counts,
+                                draw.chance(8) ? 3 : draw.random.below(3), a_device, draw.chance(2) ? counts : nullptr,
+                                draw.chance(8) ? draw.random.below(4) - 1 : 5),
+                {});
+    }),
+    row<top_surface_get_nr_parts, top_surface_edge>(kept),
     row<top_surface_get_part>(kept, about(0, 1), out(2)),
     feeding<top_surface_next_triangle>(kept, one_of(0, 0, 1), out(9), out(9)),
     row<top_surface_normalise>(kept, in(9), out(9), or_null(out(3)), one_of(0, 1, 3, -1, INT_MIN), one_of(0, 1)),
     row<top_surface_colour>(kept, in(9), out(9), one_of(0, 1, 3, -1, INT_MIN), one_of(0, 1)),
-    row<top_surface_edge>(kept),
 });
 
 }  // namespace
-
 }  // namespace teska_test

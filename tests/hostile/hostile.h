@@ -1,10 +1,11 @@
 // hostile - calls every function of the interface with all that its header allows, and much that it only answers to
 //
-// A row names a function and says, where its type does not, what each parameter is drawn from:
+// A row names functions and says, where their types do not, what each parameter is drawn from:
 //
 //     const HostileRows rows({
 //         row<vect_calc_norm>(in(8), one_of(-1, 0, 8)),          reads 8 numbers, told that there are less
-//         row<bezier_get>(live, number, out(1), out(1)),         what row<bezier_get>() means but for the rooms
+//         row<mat_kill, clg_kill>(last_of),                      two functions; those of none are drawn by their types
+//         by<wem_zcreate>([](Draw &draw) { ... }),               the arguments depend on each other
 //         without("waitsec", "sleeps"),
 //     });
 //
@@ -39,16 +40,39 @@
 namespace teska_test
 {
 
+// What is drawn: chosen by the bytes of an input, each for one number, as long as there are some, then by chance.
+class Source
+{
+public:
+    Source(std::uint64_t seed, std::string_view bytes) : by_chance_(seed), bytes_(bytes) {}
+
+    std::uint64_t next()
+    {
+        if (bytes_.empty())
+            return by_chance_.next();
+        const unsigned byte = static_cast<unsigned char>(bytes_.front());
+        bytes_.remove_prefix(1);
+        return Generator(byte).next();
+    }
+    int below(int limit) { return static_cast<int>(next() >> 33) % limit; }
+    double unit() { return static_cast<double>(next() >> 11) * 0x1p-53; }
+    double between(double lo, double hi) { return lo + unit() * (hi - lo); }
+
+private:
+    Generator by_chance_;
+    std::string_view bytes_;
+};
+
 // The arguments of one call, what they need, and what is to be looked at after it.
 class Draw
 {
 public:
-    explicit Draw(std::uint64_t seed);
+    explicit Draw(std::uint64_t seed, std::string_view bytes = {});
     Draw(const Draw &) = delete;
     Draw &operator=(const Draw &) = delete;
     ~Draw() { finish(); }
 
-    Generator random;
+    Source random;
 
     bool chance(int out_of) { return random.below(out_of) == 0; }
     double number();
@@ -133,16 +157,91 @@ private:
     std::vector<std::function<void()>> later_;
 };
 
-// What the rows know of a type of object: how to make one, to ask it, to free it.
-//     static T *make(Draw &draw);                          null when the draw made none
-//     static void ask(T *object, Digest &digest);          with plain arguments
-//     static void free(T *object);                         from Freed
+// What an object is asked with: the same values again and again. What is written to them is part of the answer.
+template <class T>
+struct Plain {
+    T argument() const
+    {
+        if constexpr (std::is_floating_point_v<T>)
+            return T(0.25);
+        else if constexpr (std::is_arithmetic_v<T>)
+            return 1;
+        else
+            return nullptr;
+    }
+    void add(Digest &) const {}
+};
+
+template <class T>
+requires std::is_arithmetic_v<T> || std::is_void_v<T>
+struct Plain<T *> {
+    using Value = std::conditional_t<std::is_void_v<T>, double, std::remove_const_t<T>>;
+    Value values[300] = {};
+
+    T *argument()
+    {
+        if constexpr (std::is_same_v<Value, char>)
+            values[0] = 'a';
+        else if constexpr (std::is_floating_point_v<Value>)
+            std::generate(values, values + 8, [x = 0.125]() mutable { return static_cast<Value>(x *= 2); });
+        else
+            std::fill(values, values + 8, static_cast<Value>(1 + std::numeric_limits<Value>::max() / 5 * 2));
+        return values;
+    }
+    void add(Digest &digest) const { digest.add(values, sizeof values); }
+};
+
+// Pointers to the same samples.
+template <class Row>
+requires std::is_pointer_v<Row> && std::is_arithmetic_v<std::remove_pointer_t<Row>>
+struct Plain<Row *> {
+    using Samples = std::remove_const_t<Row>;
+    Plain<Samples> samples;
+    Samples rows[256];
+
+    Row *argument()
+    {
+        std::fill(rows, rows + 256, samples.argument());
+        return rows;
+    }
+    void add(Digest &digest) const { samples.add(digest); }
+};
+
+template <class Result, class... Parameter>
+struct Plain<Result (*)(Parameter...)> {
+    auto argument() const
+    {
+        return [](Parameter...) { return Result(); };
+    }
+    void add(Digest &) const {}
+};
+
+template <class T, class Result, class Given, class... Parameter>
+void ask(T *object, Digest &digest, Result (*query)(Given, Parameter...))
+{
+    std::tuple<Plain<Parameter>...> plain;
+    const auto call = [&](auto &...each) { return query(object, each.argument()...); };
+    if constexpr (std::is_arithmetic_v<Result>) {
+        const Result result = std::apply(call, plain);
+        digest.add(&result, sizeof result);
+    } else {
+        std::apply(call, plain);
+    }
+    std::apply([&](const auto &...each) { (each.add(digest), ...); }, plain);
+}
+
+// What the rows know of a type of object: how to make one (null when the draw made none), to free it, to ask it.
+//     template <> struct Object<mat> : Ways<mat_kill, mat_get_element> { static mat *make(Draw &draw); };
 template <class T>
 struct Object;
 
-template <auto kill>
-struct Freed {
+template <auto kill, auto... query>
+struct Ways {
     static void free(auto *object) { kill(object); }
+    static void ask([[maybe_unused]] auto *object, [[maybe_unused]] Digest &digest)
+    {
+        (teska_test::ask(object, digest, query), ...);
+    }
 };
 
 template <class T>
@@ -157,12 +256,6 @@ std::uint64_t answers(T *object)
     Digest digest;
     Object<T>::ask(object, digest);
     return digest.value();
-}
-
-template <class... T>
-void add(Digest &digest, const T &...value)
-{
-    (digest.add(&value, sizeof value), ...);
 }
 
 // An object for a call; frozen: it must answer as before.
@@ -349,7 +442,7 @@ inline constexpr From usual{[]<class T>(Draw &draw, T *place) -> T {
 
 struct HostileRow {
     std::string name;
-    std::function<void(Draw &)> call;  // none: the function has no row
+    std::function<void(Draw &)> call;
 
     friend void PrintTo(const HostileRow &row, std::ostream *stream) { *stream << row.name; }
 };
@@ -416,18 +509,27 @@ std::string name_of()
     return std::string(named.substr(word, named.find_first_of(") ", word) - word));
 }
 
-// The row of a function; parameters after the last source are drawn by their type.
-template <auto function, class... Source>
-HostileRow row(Source... source)
+using Rows = std::vector<HostileRow>;
+
+// The rows of functions with these arguments; parameters after the last source are drawn by their type.
+template <auto... function, class... Source>
+Rows row(Source... source)
 {
-    return {name_of<function>(), caller(1, function, source...)};
+    return {HostileRow{name_of<function>(), caller(1, function, source...)}...};
 }
 
 // Called again and again with the same arguments, as lines are fed.
-template <auto function, class... Source>
-HostileRow feeding(Source... source)
+template <auto... function, class... Source>
+Rows feeding(Source... source)
 {
-    return {name_of<function>(), caller(7, function, source...)};
+    return {HostileRow{name_of<function>(), caller(7, function, source...)}...};
+}
+
+// A function that the row itself calls.
+template <auto function>
+Rows by(std::function<void(Draw &)> call)
+{
+    return {{name_of<function>(), std::move(call)}};
 }
 
 // For one of several functions of a name: which, by the types of its parameters.
@@ -438,15 +540,20 @@ constexpr auto taking(Result (*function)(Parameter...) noexcept)
 }
 
 // A function without a row, and why.
-inline HostileRow without(std::string name, const char *) { return {std::move(name), nullptr}; }
+inline Rows without(const char *, const char *) { return {}; }
 
 // Rows of one file; it ends with `const HostileRows rows({...});` at namespace scope.
 class HostileRows
 {
 public:
-    HostileRows(std::initializer_list<HostileRow> rows);
-    static std::vector<HostileRow> &all();
+    HostileRows(std::initializer_list<Rows> rows);
+    static Rows &all();
 };
+
+std::uint64_t seed_of(const HostileRow &row);
+
+// Nothing that is reported, shown or fatal reaches anybody.
+void quiet();
 
 }  // namespace teska_test
 

@@ -1,9 +1,7 @@
 #include "hostile/objects.h"
-#include "whole_image.h"
 
 namespace teska_test
 {
-
 namespace
 {
 
@@ -68,73 +66,43 @@ void mark(Draw &draw)
 }
 
 const HostileRows rows({
+    row<ibilin_new, izoom_new, izoom_window_set, izat_window_set, izat_strip_set>(),
+    row<fir_kill, flood_kill, fusm_kill, ibilin_kill, izoom_kill, izat_kill>(last_of),
     row<fir_new>(about(0, 10), one_of(0, 255, 65535, INT_MAX)),
-    row<fir_kill>(last_of),
     row<fir_start>(live, usual, one_of(1, 3, INT_MAX), one_of(0, 1, 20, -1, INT_MIN), always(taken)),
     row<fir_start_with>(live, usual, one_of(1, 3, INT_MAX), one_of(0, 1, 20, -1, INT_MIN), always(handed)),
-    feeding<fir_mono>(live, line(), holder()),
-    feeding<fir_rgb>(live, line(), line(), line(), holder(), holder(), holder()),
-    feeding<fir_cmyk>(live, line(), line(), line(), line(), holder(), holder(), holder(), holder()),
-    feeding<fir_mono_b>(live, line(), holder()),
-    feeding<fir_rgb_b>(live, line(), line(), line(), holder(), holder(), holder()),
-    feeding<fir_cmyk_b>(live, line(), line(), line(), line(), holder(), holder(), holder(), holder()),
-
+    feeding<fir_mono, fir_mono_b, ibilin_mono, ibilin_mono_b, izoom_line, izoom_line_b, izat_line, izat_line_b>(
+        live, line(), holder()),
+    feeding<fir_rgb, fir_rgb_b, ibilin_rgb, ibilin_rgb_b>(live, line(), line(), line(), holder(), holder(), holder()),
+    feeding<fir_cmyk, fir_cmyk_b, ibilin_cmyk, ibilin_cmyk_b>(live, line(), line(), line(), line(), holder(), holder(),
+                                                              holder(), holder()),
     row<flood_new>(always([](void *, int, int) { return 0; }), always([](void *, int, int, int) {})),
-    row<flood_kill>(last_of),
     row<flood_do>(live, always(nullptr)),
-
     row<fusm_new>(about(0, 2), about(0, 255), about(1, 4), about(4, 10), or_null(room_of(4, 0, 1, 2)),
-                  one_of(converted, static_cast<fusm_conversion>(nullptr))),
+                  or_null(always(converted))),
     row<fusm_new_with>(about(0, 2), about(0, 255), about(1, 4), about(4, 10), or_null(room_of(4, 0, 1, 2)),
-                       one_of(converted_with, static_cast<fusm_conversion_with>(nullptr)), always(nullptr)),
-    row<fusm_kill>(last_of),
-    row<fusm_stren_set>(live, in(2)),
-    row<fusm_noise_red_set>(live, in(2)),
+                       or_null(always(converted_with)), always(nullptr)),
+    row<fusm_stren_set, fusm_noise_red_set>(live, in(2)),
     row<fusm_level_red_set>(live, one_of(0, 2, 3, 1, -1, INT_MIN), in(6), in(6)),
-    row<fusm_stren_get>(kept),
-    row<fusm_noise_red_get>(kept),
+    row<fusm_stren_get, fusm_noise_red_get>(kept),
     row<fusm_start>(live, usual, one_of(0, 1, 20, -1, INT_MIN), always(taken)),
     row<fusm_start_with>(live, usual, one_of(0, 1, 20, -1, INT_MIN), always(handed)),
-    feeding<fusm_b_do>(live, rows_of(2, 40), rows_of(2, 40), or_null(line())),
-    feeding<fusm_do>(live, rows_of(2, 40), rows_of(2, 40), or_null(line())),
-
-    row<ibilin_new>(),
-    row<ibilin_kill>(last_of),
+    feeding<fusm_b_do, fusm_do>(live, rows_of(2, 40), rows_of(2, 40), or_null(line())),
     row<ibilin_start>(live, components(), size(), size(), size(), size(), always(taken)),
     row<ibilin_start_with>(live, components(), size(), size(), size(), size(), always(handed)),
-    feeding<ibilin_mono>(live, line(), holder()),
-    feeding<ibilin_rgb>(live, line(), line(), line(), holder(), holder(), holder()),
-    feeding<ibilin_cmyk>(live, line(), line(), line(), line(), holder(), holder(), holder(), holder()),
-    feeding<ibilin_mono_b>(live, line(), holder()),
-    feeding<ibilin_rgb_b>(live, line(), line(), line(), holder(), holder(), holder()),
-    feeding<ibilin_cmyk_b>(live, line(), line(), line(), line(), holder(), holder(), holder(), holder()),
-
-    row<izoom_new>(),
-    row<izoom_kill>(last_of),
-    row<izoom_window_set>(),
     row<izoom_start>(live, about(1, 16), size(), size(), size(), size(), always(handed)),
-    feeding<izoom_line>(live, line(), holder()),
-    feeding<izoom_line_b>(live, line(), holder()),
     row<izat_new>(about(0, 4)),
-    row<izat_kill>(last_of),
-    row<izat_window_set>(),
-    row<izat_strip_set>(),
-    {name_of<izat_start>(),
-     [](Draw &draw) {
-         izat *record = lend<izat>(draw, false);
-         izat_window_set(record, draw.number(), draw.number(), draw.number(), draw.number());
-         izat_strip_set(record, draw.random.below(4) - 1, draw.value<int>());
-         const auto side = [&] { return draw.chance(8) ? draw.random.below(3) - 2 : 1 + draw.random.below(9); };
-         izat_start(record, side(), side(), side(), side(), side(), handed, nullptr, 1, 1);
-     }},
-    feeding<izat_line>(live, line(), holder()),
-    feeding<izat_line_b>(live, line(), holder()),
-
-    {name_of<whole_image_resize>(), resize},
-    {name_of<whole_image_sharpen>(), sharpen},
-    {name_of<whole_image_flood>(), mark},
+    by<izat_start>([](Draw &draw) {
+        izat *record = lend<izat>(draw, false);
+        izat_window_set(record, draw.number(), draw.number(), draw.number(), draw.number());
+        izat_strip_set(record, draw.random.below(4) - 1, draw.value<int>());
+        const auto side = [&] { return draw.chance(8) ? draw.random.below(3) - 2 : 1 + draw.random.below(9); };
+        izat_start(record, side(), side(), side(), side(), side(), handed, nullptr, 1, 1);
+    }),
+    by<whole_image_resize>(resize),
+    by<whole_image_sharpen>(sharpen),
+    by<whole_image_flood>(mark),
 });
 
 }  // namespace
-
 }  // namespace teska_test

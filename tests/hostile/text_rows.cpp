@@ -1,12 +1,7 @@
-#include "file_double.h"
 #include "hostile/objects.h"
-#include "numb.h"
-#include "str_utils.h"
-#include "str_zuk.h"
 
 namespace teska_test
 {
-
 namespace
 {
 
@@ -31,38 +26,23 @@ constexpr From words{[](Draw &draw, const char ***) {
 }};
 
 const HostileRows rows({
-    row<strcmp_ci>(),
+    row<strcmp_ci, chr_eq_ci, normstr_wc, normstr, normstr_wc_cp, normstr_cp, str_remove_multiple_blanks, str_str,
+        strstr_ci, str_search_zuk_cache_reset, vd_fmt_d, numb_hex_string_to_decimal>(),
     row<strncmp_ci>(in(8), in(8), one_of(0, 1, 8, -1, INT_MIN)),
-    row<chr_eq_ci>(),
     row<str_ins>(text(), text()),
     row<strncpy_w0>(out(512), text(), one_of(0, 1, 5, 500, -1, INT_MIN)),
-    row<normstr_wc>(),
-    row<normstr>(),
-    row<normstr_wc_cp>(),
-    row<normstr_cp>(),
     row<strsplit>(or_null(word()), one_of('=', ' ', ':', '\0'), or_null(or_last(out(512))), or_null(out(512))),
-    row<str_remove_multiple_blanks>(),
-    row<str_str>(),
-    row<strstr_ci>(),
-    row<taking<const char **>(str_go_to_next_line)>(cursor),
+    row<taking<const char **>(str_go_to_next_line), taking<const char **>(str_get_nr_of_zuk_topics),
+        taking<const char **, const char *>(str_search_zuk_topic)>(cursor),
     row<taking<const char **>(str_go_to_next_word)>(words),
-
-    row<taking<const char **, char *>(str_get_next_zuk_topic)>(cursor, out(512)),
-    row<taking<const char **>(str_get_nr_of_zuk_topics)>(cursor),
-    row<taking<const char **, const char *>(str_search_zuk_topic)>(cursor),
-    row<taking<const char **, char *>(str_get_zuk_item_name)>(cursor, out(512)),
-    row<taking<const char **, const char *, char *>(str_get_zuk_item)>(cursor, text(), out(257)),
+    row<taking<const char **, char *>(str_get_next_zuk_topic), taking<const char **, char *>(str_get_zuk_item_name)>(
+        cursor, out(512)),
+    row<taking<const char **, const char *, char *>(str_get_zuk_item),
+        taking<const char **, const char *, char *>(str_search_zuk_item)>(cursor, text(), out(257)),
     row<taking<const char **, char *, char *>(str_get_next_zuk_item)>(cursor, out(257), out(257)),
-    row<taking<const char **, const char *, char *>(str_search_zuk_item)>(cursor, text(), out(257)),
     row<taking<const char **, const char *, const char *, char *>(str_search_zuk)>(cursor, text(), text(), out(257)),
-    row<str_search_zuk_cache_reset>(),
-    row<str_double_from_itemstr>(text(), few(), out(4)),
-    row<str_int_from_itemstr>(text(), few(), out(4)),
-    row<str_itemstr_from_double>(in(4), few(), out(numbers_room)),
-    row<str_from_vd>(in(4), few(), out(numbers_room)),
-    row<vd_from_str>(text(), few(), out(4)),
-    row<vd_fmt_d>(),
-
+    row<str_double_from_itemstr, str_int_from_itemstr, vd_from_str>(text(), few(), out(4)),
+    row<str_itemstr_from_double, str_from_vd>(in(4), few(), out(numbers_room)),
     row<ffltofl>(in_as<unsigned char>(4), or_null(out(1))),
     row<fltoffl>(number, bytes(4)),
     row<fdbltodbl>(in_as<unsigned char>(8), or_null(out(1))),
@@ -70,11 +50,9 @@ const HostileRows rows({
     row<numb_decimal_to_base>(usual, out(40), one_of(0, 1, 40, -1, INT_MIN)),
     row<numb_base_to_decimal>(in(40), out(1), one_of(0, 1, 40, -1, INT_MIN)),
     row<numb_combination>(one_of(0, 5, 40, -1, INT_MIN, INT_MAX), one_of(0, 5, 40, -1, INT_MIN)),
-    row<numb_hex_string_to_decimal>(),
     row<numb_hex_to_hex_string>(in(8), one_of(0, 1, 8, -1, INT_MIN), out(89)),
     row<numb_decimal_to_hex_string>(usual, out(25)),
 });
 
 }  // namespace
-
 }  // namespace teska_test
