@@ -118,10 +118,11 @@ TEST(TopSurfaceThreads, AreInTheCallbackOneAtATime)
     std::atomic<int> inside = 0, most = 0;
     const device of = {"counted", 2, [&](const double *v, double *c) {
                            most = std::max<int>(most, ++inside);
+                           std::this_thread::yield();
                            two_inks.convert(v, c);
                            --inside;
                        }};
-    Surface shared(of, {.steps = 361});
+    Surface shared(of);
     using T = TTriangularTopSurface;
     std::vector<std::thread> threads;
     for (const Convert question :
