@@ -84,7 +84,6 @@ TEST(CacheNew, RefusesNumbersBelowOneWithoutAWord)
         EXPECT_EQ(cache_new(3, 4, none, Cache::size_of, Cache::load, nullptr), nullptr);
     }
     EXPECT_EQ(reports.take(), lines{});
-    EXPECT_EQ(cache_kill(nullptr), 0);
 }
 
 TEST(CacheGet, GoesRoundLikeAClockPastWhatIsLocked)

@@ -79,5 +79,4 @@ TEST(Dynar, RefusesWhatCannotBeCountedAndIsLeftAloneWhenTheFatalExitReturns)
         EXPECT_EQ(Host::take(), lines{"ERROR  : 'dynar_ptr: memory allocation failed'"}) << index;
     }
     EXPECT_EQ(dynar_nr_items(array.get()), 0);
-    EXPECT_EQ(dynar_kill(nullptr), 0);
 }

@@ -78,7 +78,6 @@ TEST(HashTabNew, TakesThePrimeFromTwentyPercentMoreOnAndFillsToTheLastSlot)
         EXPECT_EQ(hash_tab_delete(table.get(), &first), slots > 1 ? 1 : slots - 1);
         EXPECT_EQ(hash_tab_get(table.get(), &key, nullptr), -1);
     }
-    EXPECT_EQ(hash_tab_kill(nullptr), nullptr);
 }
 
 TEST(HashTabNew, ReportsTablesThatCannotBeAllocated)

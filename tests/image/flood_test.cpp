@@ -128,11 +128,3 @@ TEST(FloodDo, EndsAtTheEdgesOfThePlane)
         EXPECT_EQ(d.tests, 8) << "four inside, two beside, two above or below";
     }
 }
-
-TEST(FloodDo, TestsThePixelsOfAnOpenAreaOnce)
-{
-    Drawing d{std::vector<std::string>(60, std::string(60, '.'))};
-    d.fill_from(30, 20);
-    EXPECT_LE(d.tests, 3600 * 1.1);
-    EXPECT_EQ(flood_kill(nullptr), 0);
-}

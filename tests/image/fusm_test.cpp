@@ -301,7 +301,6 @@ TEST(FusmNew, KeptSaysUsmWhenItRefusesAndNothingWithoutTables)
     EXPECT_EQ(refusal(2, 4, 10, nullptr) + refusal(0, 4, 4, list), "");
     EXPECT_EQ(sharpen_spot(plain(0, INT_MAX).get(), 100, 110), 110) << "no table is that long";
     EXPECT_EQ(reports.take(), lines());
-    EXPECT_EQ(fusm_kill(nullptr), 0);
 }
 
 TEST(FusmSet, CountsFromTheNextLineOn)

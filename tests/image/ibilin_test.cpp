@@ -232,7 +232,6 @@ TEST(IbilinStart, RefusesSizesAndThenIgnoresLines)
         EXPECT_EQ(start(record.get(), s), 0);
     EXPECT_EQ(reports.take(), lines(2, "ibilin_start: unsufficient resources"));
     EXPECT_EQ(ibilin_mono_b(record.get(), line, &out), 1);
-    EXPECT_EQ(ibilin_kill(nullptr), 0);
 }
 
 }  // namespace

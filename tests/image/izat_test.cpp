@@ -111,29 +111,6 @@ Numbers weights(int kernel, double begin, double extent, int size, int destinati
 
 // ---- Weights --------------------------------------------------------------------------------------------------------
 
-TEST(IzatWeights, AreThoseOfTheHeader)
-{
-    const struct {
-        int kernel;
-        double begin, extent;
-        int size, destination, x;
-        Numbers expected;
-    } rows[] = {
-        {IZAT_TRIANGLE, 0, 4, 4, 2, 0, {7022, 7021, 2341}},
-        {IZAT_TRIANGLE, 0, 4, 4, 2, 1, {2341, 7021, 7022}},
-        {IZAT_AREA, 0, 3, 3, 2, 0, {10923, 5461}},
-        {IZAT_AREA, 0, 3, 3, 2, 1, {5461, 10923}},
-        {IZAT_LANCZOS3, 0, 2, 2, 4, 0, {19259, -2875}},
-        {IZAT_LANCZOS3, 0, 2, 2, 4, 1, {12569, 3815}},
-        {IZAT_CATMULL_ROM, 0, 4, 4, 6, 0, {17462, -1078}},
-        {IZAT_CATMULL_ROM, 0, 4, 4, 6, 1, {8674, 8674, -964}},
-        {IZAT_CATMULL_ROM, 0, 4, 4, 6, 2, {-948, 15360, 2162, -190}},
-    };
-    for (const auto &r : rows)
-        EXPECT_EQ(weights(r.kernel, r.begin, r.extent, r.size, r.destination, r.x), r.expected)
-            << "kernel " << r.kernel << ", pixel " << r.x;
-}
-
 constexpr double pi = 3.14159265358979323846;
 constexpr double radius[] = {0, 1, 2, 2, 3};
 
@@ -153,8 +130,8 @@ double shape(int kernel, double t)
     }
 }
 
-// For any ratio and window.
-TEST(IzatWeights, AreWithinAStepOfTheFormulas)
+// For any ratio and window; the running sum is what is rounded.
+TEST(IzatWeights, AreTheFormulasRounded)
 {
     Generator input(1);
     for (int round = 0; round < 2000; ++round) {
@@ -178,10 +155,12 @@ TEST(IzatWeights, AreWithinAStepOfTheFormulas)
                                                                       : 0.0;
         }
         const double total = std::accumulate(exact.begin(), exact.end(), 0.0);
+        double sum = 0, exact_sum = 0;
         for (int j = 0; j < size; ++j) {
             const int i = j - reach.first;
-            const int w = i >= 0 && i < reach.count ? made[static_cast<std::size_t>(i)] : 0;
-            EXPECT_NEAR(w, exact[static_cast<std::size_t>(j)] / total * 16384, 1.01)
+            sum += i >= 0 && i < reach.count ? made[static_cast<std::size_t>(i)] : 0;
+            exact_sum += exact[static_cast<std::size_t>(j)] / total * 16384;
+            EXPECT_NEAR(sum, exact_sum, 0.500001)
                 << "kernel " << kernel << ", " << size << " to " << destination << ", pixel " << x << ", tap " << j;
         }
     }

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <utility>
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 
@@ -209,18 +210,16 @@ TEST(WholeImageFlood, MarksWhatIsConnectedAndOfItsColour)
                                           from.samples[static_cast<std::size_t>(seed * n + c)]) <= tolerance;
             return alike;
         };
-        const auto marked = [&](bool inside, int p) { return inside && expected[static_cast<std::size_t>(p)] == 1; };
-        expected[static_cast<std::size_t>(seed)] = 1;
-        for (bool grown = true; grown;) {
-            grown = false;
-            for (int p = 0; p < width * height; ++p)
-                if (!marked(true, p) && fits(p) &&
-                    (marked(p % width > 0, p - 1) || marked(p % width < width - 1, p + 1) ||
-                     marked(p >= width, p - width) || marked(p < width * (height - 1), p + width))) {
-                    expected[static_cast<std::size_t>(p)] = 1;
-                    grown = true;
-                }
-        }
+        const auto mark = [&](const auto &self, int p) -> void {
+            if (std::exchange(expected[static_cast<std::size_t>(p)], 1) == 1)
+                return;
+            const bool inside[] = {p % width > 0, p % width < width - 1, p >= width, p < width * (height - 1)};
+            const int beside[] = {p - 1, p + 1, p - width, p + width};
+            for (int k = 0; k < 4; ++k)
+                if (inside[k] && fits(beside[k]))
+                    self(self, beside[k]);
+        };
+        mark(mark, seed);
         ASSERT_EQ(whole_image_flood(&from.image, seed % width, seed / width, tolerance, region.data()), 1);
         ASSERT_EQ(region, expected) << "round " << round;
         ASSERT_EQ(whole_image_flood(&from.image, -1, 0, tolerance, region.data()), 1);

@@ -107,7 +107,6 @@ TEST_F(FileDouble, CannotBeHadWithoutItsFile)
     EXPECT_EQ(open(1), nullptr);
     EXPECT_EQ(open(1, 1, "none/t.rec"), nullptr);
     EXPECT_EQ(file_double_new(nullptr, 1, 1), nullptr);
-    EXPECT_EQ(file_double_kill(nullptr), 0);
     EXPECT_NE(open(1, 1, std::string(150, 'n')), nullptr);
     folder.write("t.rec", "[other]\na = 1\n");
     const Table table = open(1);

@@ -134,29 +134,24 @@ TEST(StrSearchZuk, LooksOnlyInsideATextThatHasBecomeAnother)
     }
 }
 
-TEST(StrDoubleFromItemstr, KeptSeparatesByBlanksAloneAndPassesOverTheRestOfAWord)
+TEST(StrIntFromItemstr, KeptSeparatesByBlanksAloneAndPassesOverTheRestOfAWord)
 {
-    // Results and the last number, read as doubles and as ints.
-    const std::tuple<Text, int, int, double, int, int> cases[] = {
-        {" 1.5  2.5 3", 2, 0, 2.5, 0, 2},
-        {"1 2 ", 3, -1, 99, -1, 99},
-        {"1\t2", 2, -1, 99, -1, 99},
-        {"1 \t 2", 3, 0, 2, 0, 2},
-        {"\n-.5e1x -7x", 2, 0, -7, -1, 99},
-        {"", 0, 0, 99, 0, 99},
-        {"- 1", 1, -1, 99, -1, 99},
-        {"0x 1", 1, -1, 99, 0, 0},
-        {"00x", 1, 0, 0, 0, 0},
-        {"infi", 1, -1, 99, -1, 99},
-        {"+2147483648", 1, 0, 2147483648.0, 0, 2147483647},
-        {"-18446744073709551621", 1, 0, -18446744073709551616.0, 0, -2147483647 - 1}};
-    for (const auto &[text, n, result, number, int_result, int_number] : cases) {
-        double doubles[] = {99, 99, 99};
+    const std::tuple<Text, int, int, int> cases[] = {{" 1.5  2.5 3", 2, 0, 2},
+                                                     {"1 2 ", 3, -1, 99},
+                                                     {"1\t2", 2, -1, 99},
+                                                     {"1 \t 2", 3, 0, 2},
+                                                     {"\n-.5e1x -7x", 2, -1, 99},
+                                                     {"", 0, 0, 99},
+                                                     {"- 1", 1, -1, 99},
+                                                     {"0x 1", 1, 0, 0},
+                                                     {"00x", 1, 0, 0},
+                                                     {"infi", 1, -1, 99},
+                                                     {"+2147483648", 1, 0, 2147483647},
+                                                     {"-18446744073709551621", 1, 0, -2147483647 - 1}};
+    for (const auto &[text, n, result, number] : cases) {
         int ints[] = {99, 99, 99};
-        EXPECT_EQ(str_double_from_itemstr(text, n, doubles), result) << text;
-        EXPECT_EQ(doubles[n > 0 ? n - 1 : 0], number) << text;
-        EXPECT_EQ(str_int_from_itemstr(text, n, ints), int_result) << text;
-        EXPECT_EQ(ints[n > 0 ? n - 1 : 0], int_number) << text;
+        EXPECT_EQ(str_int_from_itemstr(text, n, ints), result) << text;
+        EXPECT_EQ(ints[n > 0 ? n - 1 : 0], number) << text;
     }
 }
 
