@@ -1,14 +1,20 @@
-// Colour tables when memory is short
+// Colour tables and models when memory is short
 #include "support/owned_clut.h"
 
+#include "archive.h"
+#include "clg.h"
+#include "clut_table.h"
 #include "faults/sweep.h"
+#include "izat.h"
 #include "md_tetrab.h"
 #include "md_tetrad.h"
 #include "md_tetras.h"
 #include "mmd_tetras.h"
+#include "whole_image.h"
 
 #include <memory>
 #include <new>
+#include <string>
 
 namespace teska_test
 {
@@ -35,49 +41,124 @@ const lines no_memory{"md_tetra_new: insufficient memory"};  // all else
 const lines no_grid{"md_tetrab_new: malloc failure"};        // data, positions
 const std::string no_expansion = "md_tetrab_expand: error in md_tetrab_new";
 
+using Bytes = std::shared_ptr<md_tetrab>;
+
 SweepRow expansion(const char *name, int inputs, int resolution)
 {
-    const auto make = [=] {
-        std::shared_ptr<md_tetrab> source(md_tetrab_new(inputs, 3, 3), md_tetrab_kill);
-        int size = 0;
-        unsigned char *data = md_tetrab_dataptr(source.get(), &size);
-        data[5] = 55;
-        return SweepCase{.call = [=] { return made(md_tetrab_expand(source.get(), resolution), md_tetrab_kill); },
-                         .state = [=] { return std::string(data, data + size); }};
-    };
     const lines nothing{no_expansion, no_memory[0]};
-    return {.name = name, .make = make, .once = {nothing, {no_expansion, no_grid[0]}, nothing}};
+    return changing<Bytes>(
+        name, [=] { return Bytes(md_tetrab_new(inputs, 3, 3), md_tetrab_kill); },
+        [=](const Bytes &source) { return made(md_tetrab_expand(source.get(), resolution), md_tetrab_kill); }, nullptr,
+        {nothing, {no_expansion, no_grid[0]}, nothing});
 }
 
-SweepRow tetrad(const char *name, int inputs)
-{
-    return calling(name, [=] { return made(md_tetrad_new(inputs, 2, 3, 0.0, 1.0), md_tetrad_kill); },
-                   {no_memory, no_grid, {"md_tetrad_new: insuff. mem."}});
-}
+constexpr unsigned short inversion[] = {65535, 0};
 
 md_tetras *curved(md_tetras *table)
 {
-    const unsigned short inversion[] = {65535, 0};
     md_tetras_ilut_set(table, 2, 2, inversion);
     md_tetras_olut_set(table, 0, 2, inversion);
     return table;
 }
 
 template <class Create, class Table>
-SweepRow clone(const char *name, Create create, Table *(*copy)(const Table *), Table *(*kill)(Table *),
-               const char *no_memory_for_it)
+SweepRow clone(const char *name, Create create, Table *(*copy)(const Table *), Table *(*kill)(Table *))
 {
-    const auto make = [=] {
-        const std::shared_ptr<Table> source(create(), kill);
-        return SweepCase{.call = [=] { return made(copy(source.get()), kill); }};
-    };
-    return {.name = name, .make = make, .once = {{no_memory_for_it}}};
+    using Source = std::shared_ptr<Table>;
+    return changing<Source>(
+        name, [=] { return Source(create(), kill); },
+        [=](const Source &source) { return made(copy(source.get()), kill); }, nullptr,
+        {{std::string(name) + ": insufficient memory"}});
 }
 
+// The first curve of an input or output takes a block; what the table converts a sample to shows whether it counts.
+template <class Table>
+SweepRow curve(const char *name, Table *(*create)(), Table *(*kill)(Table *), int (*set)(Table *table),
+               std::string (*state)(const std::shared_ptr<Table> &))
+{
+    using Shared = std::shared_ptr<Table>;
+    return changing<Shared>(
+        name, [=] { return Shared(create(), kill); }, [=](const Shared &table) { return set(table.get()) == 1; }, state,
+        {{std::string(name) + ": insufficient memory"}});
+}
+
+md_tetras *rising()
+{
+    md_tetras *table = md_tetras_new(1, 1, 2);
+    md_tetras_dataptr(table, nullptr)[1] = 50000;
+    return table;
+}
+
+mmd_tetras *two_tables() { return mmd_tetras_new(2, 1, 1, 2); }
+
+std::string converted(const std::shared_ptr<md_tetras> &table)
+{
+    const unsigned short sample = 1000, *in[] = {&sample};
+    unsigned short result = 0, *out[] = {&result};
+    md_tetras_interp(table.get(), in, 1, out, 1, 1, nullptr, 0);
+    return std::to_string(result);
+}
+
+using Cloud = std::shared_ptr<clg>;
+
+// A model of eight corners, and so many pairs that it does not have yet that the cells of former holes are used again,
+// and arrays grow.
+Cloud half_built(int channels)
+{
+    Cloud cloud(clg_new(channels, channels, 0, 1), clg_kill);
+    for (int i = 0; i < 1 << channels; ++i) {
+        const double device[] = {i & 1 ? 1.0 : 0.0, i & 2 ? 1.0 : 0.0, i & 4 ? 1.0 : 0.0, i & 8 ? 1.0 : 0.0};
+        clg_add(cloud.get(), device, device);
+    }
+    EXPECT_EQ(clg_build(cloud.get()), 0);
+    for (int i = 0; i < 125; ++i) {
+        double device[4] = {};
+        for (int k = 0, rest = i; k < channels; ++k, rest /= 5)
+            device[k] = 0.24 * (rest % 5) + 0.001 * k * (i % 7);
+        device[3] = channels == 4 ? i % 11 * 0.09 : 0.0;
+        const double colour[] = {device[0] + device[3], device[1] + device[3] * device[0], device[2] - device[3]};
+        clg_add(cloud.get(), device, colour);
+    }
+    return cloud;
+}
+
+std::string model(const Cloud &cloud)
+{
+    const double colour[] = {0.4, 0.3, 2.0};
+    double device[4] = {}, dist = 0;
+    clg_find(cloud.get(), colour, device, &dist);
+    return std::to_string(clg_num_points(cloud.get())) + " " + std::to_string(clg_num_cells(cloud.get())) + " " +
+           std::to_string(device[0]) + " " + std::to_string(dist);
+}
+
+// As many pairs as there is room for.
+Cloud full()
+{
+    Cloud cloud(clg_new(3, 3, 0, 1), clg_kill);
+    for (int i = 0; i < 64; ++i) {
+        const double device[] = {i / 63.0, i % 3 * 0.5, i % 2 * 1.0};
+        clg_add(cloud.get(), device, device);
+    }
+    EXPECT_EQ(clg_build(cloud.get()), 0);
+    return cloud;
+}
+
+const double middle[] = {0.5, 0.5, 0.5};
+
+SweepRow build_row(const char *name, int channels)
+{
+    return changing<Cloud>(
+        name, [=] { return half_built(channels); }, [](const Cloud &cloud) { return gave(0, clg_build(cloud.get())); },
+        model, {{"clg_build: malloc failure"}});
+}
+
+constexpr int points[] = {2, 2, 2};
+unsigned char pixels[64], result[64];
+const whole_image from{pixels, 4, 4, 3, 8, 12, 3, 1};
+const whole_image to{result, 4, 4, 3, 8, 12, 3, 1};
+
 const SweepRows rows({
-    clut("CLUT, 1 input", 1),
     clut("CLUT, 3 inputs", 3),
-    clut("CLUT, 6 inputs", 6),
     clut("CLUT, 7 inputs", 7),
     calling("md_tetrab_new, 3 inputs", [] { return made(md_tetrab_new(3, 4, 5), md_tetrab_kill); },
             {no_memory, no_grid, no_memory}),
@@ -86,20 +167,48 @@ const SweepRows rows({
             {no_memory, no_grid, no_memory, {"md_tetrab_new: insuff. mem."}, no_memory}),
     expansion("md_tetrab_expand, 3 inputs, whole ratio", 3, 5),
     expansion("md_tetrab_expand, 5 inputs, other ratio", 5, 4),
-    tetrad("md_tetrad_new, 1 input", 1),
-    tetrad("md_tetrad_new, 6 inputs", 6),
+    creating("md_tetrad_new", [] { return md_tetrad_new(6, 2, 3, 0.0, 1.0); }, md_tetrad_kill,
+             {no_memory, no_grid, {"md_tetrad_new: insuff. mem."}}),
     clone(
-        "md_tetrab_clone", [] { return md_tetrab_new_special(3, 2, 4, 16, 235, 0); }, md_tetrab_clone, md_tetrab_kill,
-        "md_tetrab_clone: insufficient memory"),
+        "md_tetrab_clone", [] { return md_tetrab_new_special(3, 2, 4, 16, 235, 0); }, md_tetrab_clone, md_tetrab_kill),
     clone(
-        "md_tetrad_clone", [] { return md_tetrad_new(3, 2, 4, 0, 1); }, md_tetrad_clone, md_tetrad_kill,
-        "md_tetrad_clone: insufficient memory"),
+        "md_tetrad_clone", [] { return md_tetrad_new(3, 2, 4, 0, 1); }, md_tetrad_clone, md_tetrad_kill),
     clone(
-        "md_tetras_clone", [] { return curved(md_tetras_new(3, 2, 4)); }, md_tetras_clone, md_tetras_kill,
-        "md_tetras_clone: insufficient memory"),
+        "md_tetras_clone", [] { return curved(md_tetras_new(3, 2, 4)); }, md_tetras_clone, md_tetras_kill),
     clone(
-        "mmd_tetras_clone", [] { return mmd_tetras_new(3, 2, 4, 5); }, mmd_tetras_clone, mmd_tetras_kill,
-        "mmd_tetras_clone: insufficient memory"),
+        "mmd_tetras_clone", [] { return mmd_tetras_new(3, 2, 4, 5); }, mmd_tetras_clone, mmd_tetras_kill),
+    calling("md_tetras_new", [] { return made(md_tetras_new(3, 4, 5), md_tetras_kill); },
+            {{"md_tetras_new: insufficient memory"}}),
+    calling("mmd_tetras_new", [] { return made(mmd_tetras_new(3, 2, 4, 5), mmd_tetras_kill); },
+            {{"mmd_tetras_new: insufficient memory"}}),
+    curve<md_tetras>(
+        "md_tetras_ilut_set", rising, md_tetras_kill,
+        [](md_tetras *table) { return md_tetras_ilut_set(table, 0, 2, inversion); }, converted),
+    curve<md_tetras>(
+        "md_tetras_olut_set", rising, md_tetras_kill,
+        [](md_tetras *table) { return md_tetras_olut_set(table, 0, 2, inversion); }, converted),
+    curve<mmd_tetras>(
+        "mmd_tetras_ilut_set", two_tables, mmd_tetras_kill,
+        [](mmd_tetras *set) { return mmd_tetras_ilut_set(set, 0, 2, inversion); }, nullptr),
+    curve<mmd_tetras>(
+        "mmd_tetras_olut_set", two_tables, mmd_tetras_kill,
+        [](mmd_tetras *set) { return mmd_tetras_olut_set(set, 1, 0, 2, inversion); }, nullptr),
+    calling("clg_new", [] { return made(clg_new(4, 4, 0, 1), clg_kill); }, {{"clg_new: malloc failure"}}),
+    changing<Cloud>("clg_add", full, [](const Cloud &cloud) { return gave(0, clg_add(cloud.get(), middle, middle)); },
+                    model, {{"clg_add: malloc failure"}}),
+    build_row("clg_build, 1 channel", 1),
+    build_row("clg_build, 3 channels", 3),
+    build_row("clg_build, 4 channels", 4),
+    calling("archive_create", [] { return made(archive_create("/dev/null", "", nullptr), archive_kill); },
+            {{"archive_create: insufficient memory"},
+             {"archive_create: insufficient memory", "list_new : Not enough resources to create list"}}),
+    calling("clut_table_new", [] { return made(clut_table_new(3, points, 1, nullptr), clut_table_kill); },
+            {{"clut_table_new: insufficient memory"}}),
+    calling("whole_image_resize", [] { return whole_image_resize(IZAT_TRIANGLE, &from, &to, nullptr, 0, 4) == 1; },
+            {{"izat_new: insufficient memory"}, {"izat_start: insufficient memory"}}),
+    calling("whole_image_resize, picking",
+            [] { return whole_image_resize(WHOLE_IMAGE_PICK, &from, &to, nullptr, 0, 4) == 1; },
+            {{"izoom_new: insufficient memory"}, {"izoom_start: insufficient memory"}}),
 });
 
 }  // namespace

@@ -7,8 +7,12 @@
 #include "grad_tab.h"
 #include "hist.h"
 #include "interp_double.h"
+#include "p_bezierd_base.h"
 
+#include <cstdlib>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace teska_test
 {
@@ -96,21 +100,11 @@ SweepRow on_curve(const char *name, int count, bool (*call)(const Curve &li), Sw
     return changing<Curve>(name, filled, call, contents, std::move(once));
 }
 
-SweepCase table_of_gradation()
-{
-    const auto folder = std::make_shared<Folder>();
-    return {.call = [folder, path = folder->path("curve.rec")] {
-        return made(grad_tab_new(path.c_str(), 1, 1, 0), grad_tab_kill);
-    }};
-}
-
 bool fit(const Segment &b)
 {
-    const double xs[] = {0, 1, 2, 3, 4};
-    const double ys[] = {0, 2, 3, 2, 0};
-    double lse = 77;
-    double max_e = 77;
-    const int result = bezier_fit(b.get(), 5, xs, ys, 1, 1, 2, 0, 0, 0, &lse, &max_e, 0);
+    const double x[] = {0, 1, 2, 3, 4}, y[] = {0, 2, 3, 2, 0};
+    double lse = 77, max_e = 77;
+    const int result = bezier_fit(b.get(), 5, x, y, 1, 1, 2, 0, 0, 0, &lse, &max_e, 0);
     EXPECT_EQ(lse != 77 && max_e != 77, result == 1);
     return result == 1;
 }
@@ -123,6 +117,15 @@ std::string control_points(const Segment &b)
     for (const double value : p)
         text += std::to_string(value) + ' ';
     return text;
+}
+
+struct Place : Folder {
+    std::string file = path("curve.rec");
+};
+
+bool new_table(const std::shared_ptr<Place> &place)
+{
+    return made(grad_tab_new(place->file.c_str(), 1, 1, 0), grad_tab_kill);
 }
 
 using Gradation = std::shared_ptr<grad_tab>;
@@ -146,6 +149,69 @@ const SweepReports no_table{{},
                             {no_func, no_inverse},
                             {no_func, no_inverse, no_list}};
 
+using Chain = std::shared_ptr<poly_bezier>;
+
+constexpr int first_room = 16;  // segments before a chain takes a larger block
+
+// Closed, with so many lines.
+template <int segments>
+Chain triangle()
+{
+    const Chain p(poly_bezier_new(0, 0), poly_bezier_kill);
+    for (int i = 1; i <= segments; ++i) {
+        const double x = i == segments ? 0 : i, y = i == segments ? 0 : i % 2;
+        poly_bezier_add(p.get(), 1, &x, &y);
+    }
+    return p;
+}
+
+std::string state_of(const Chain &p)
+{
+    double length = poly_bezier_length(p.get(), 0, 99), y = 0;
+    const int before = error_set(0);
+    const int rises = poly_bezier_get_y(p.get(), 0, &y);
+    error_set(before);
+    return std::to_string(poly_bezier_num(p.get())) + ' ' + std::to_string(length) + ' ' + std::to_string(rises);
+}
+
+template <int segments>
+SweepRow row(const std::string &name, bool (*call)(const Chain &p))
+{
+    return changing<Chain>(name, triangle<segments>, call, state_of, {{name + ": malloc failure"}});
+}
+
+// The coordinates of points whose fit and spline need more segments than the first block holds.
+constexpr int nr_points = 40;
+std::vector<double> zigzag(bool of_x)
+{
+    std::vector<double> values;
+    for (int i = 0; i < nr_points; ++i)
+        values.push_back(of_x ? i : i % 2);
+    return values;
+}
+const std::vector<double> xs = zigzag(true), ys = zigzag(false);
+
+bool adds(const Chain &p)
+{
+    const double x[] = {1, 2, 3}, y[] = {1, 1, 0};
+    return poly_bezier_add(p.get(), 3, x, y) == 1;
+}
+
+bool divides(const Chain &p)
+{
+    poly_bezier *parts[2] = {p.get(), p.get()};
+    const bool done = poly_bezier_split(p.get(), 16.5, &parts[0], &parts[1]) == 1;
+    return made(parts[0], poly_bezier_kill) == done && made(parts[1], poly_bezier_kill) == done && done;
+}
+
+bool steps(const Chain &p)
+{
+    double *points = nullptr;
+    const int sections = poly_bezier_vector(p.get(), 0.1, &points);
+    std::free(points);
+    return sections > 0;
+}
+
 const SweepRows rows({
     calling("func_new", [] { return made(func_new(3, 8, 4, nullptr), func_kill); }, {{no_func}, {no_func, no_list}}),
     // The room of x, then that of y: an x that was already in its place has to leave it again.
@@ -156,21 +222,21 @@ const SweepRows rows({
     calling(
         "grad_tab_new_points",
         [] {
-            const double points[] = {0, 0, 1, 1};
-            return made(grad_tab_new_points(points, 2, 1, 0), grad_tab_kill);
+            const double ends[] = {0, 0, 1, 1};
+            return made(grad_tab_new_points(ends, 2, 1, 0), grad_tab_kill);
         },
         no_table),
     changing<Gradation>(
         "grad_tab_invert",
         [] {
-            const double points[] = {0, 0, 1, 1}, more[] = {0.5, 0.9};
-            Gradation g(grad_tab_new_points(points, 2, 1, 0), grad_tab_kill);
+            const double ends[] = {0, 0, 1, 1}, more[] = {0.5, 0.9};
+            Gradation g(grad_tab_new_points(ends, 2, 1, 0), grad_tab_kill);
             grad_tab_add_point(g.get(), more);
             return g;
         },
         [](const Gradation &g) { return gave(0, grad_tab_invert(g.get())); }, inverse_of_half,
         {no_table.begin() + 4, no_table.end()}),
-    {.name = "grad_tab_new", .make = table_of_gradation, .once = no_table},
+    changing<std::shared_ptr<Place>>("grad_tab_new", std::make_shared<Place>, new_table, nullptr, no_table),
     calling("hist_new", [] { return made(hist_new(0, 9), hist_kill); },
             {{"hist_new: alloc self failed"}, {"hist_new: illegal bounds"}}),
     calling("lin_interp_double_new", [] { return made(lin_interp_double_new(1, nullptr), lin_interp_double_kill); },
@@ -189,6 +255,20 @@ const SweepRows rows({
               {no_inverse, no_room}}),
     changing<Segment>("bezier_fit", [] { return Segment(bezier_new(3, 5, 6, 7, 8), bezier_kill); }, fit, control_points,
                       {{"Bezier_fit : allocation of s failed"}}),
+    creating("poly_bezier_new", [] { return poly_bezier_new(1, 2); }, poly_bezier_kill,
+             {{"poly_bezier_new: malloc failure"}}),
+    creating("poly_bezier_fit", [] { return poly_bezier_fit(nr_points, xs.data(), ys.data(), 0.01, 20, 0); },
+             poly_bezier_kill, {{"poly_bezier_fit: malloc failure"}}),
+    creating("poly_bezier_spline", [] { return poly_bezier_spline(nr_points, xs.data(), ys.data(), 1); },
+             poly_bezier_kill, {{"poly_bezier_spline: malloc failure"}}),
+    creating("poly_bezier_monotone", [] { return poly_bezier_monotone(nr_points, xs.data(), ys.data()); },
+             poly_bezier_kill, {{"poly_bezier_monotone: malloc failure"}}),
+    row<3>("poly_bezier_copy", [](const Chain &p) { return made(poly_bezier_copy(p.get()), poly_bezier_kill); }),
+    row<first_room>("poly_bezier_add", adds),
+    // Some of the segments find room before the others do not.
+    row<first_room - 4>("poly_bezier_join", [](const Chain &p) { return poly_bezier_join(p.get(), p.get()) == 1; }),
+    row<2 * first_room + 3>("poly_bezier_split", divides),
+    row<3>("poly_bezier_vector", steps),
 });
 
 }  // namespace

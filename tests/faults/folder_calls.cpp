@@ -62,22 +62,29 @@ int recorded(int result, file_step::kind call, int folder, const char *name, std
 
 extern "C" {
 
-int __real_openat(int folder, const char *name, int flags, ...);
-int __real_fstat(int descriptor, struct stat *status);
-int __real_fstatat(int folder, const char *name, struct stat *status, int flags);
-int __real_statx(int folder, const char *name, int flags, unsigned mask, struct statx *status);
-DIR *__real_fdopendir(int descriptor);
-dirent *__real_readdir(DIR *stream);
-int __real_closedir(DIR *stream);
-int __real_fcntl(int descriptor, int command, ...);
-int __real_unlinkat(int folder, const char *name, int flags);
-int __real_renameat(int from, const char *old_name, int to, const char *new_name);
-int __real_renameat2(int from, const char *old_name, int to, const char *new_name, unsigned flags);
-int __real_mkdirat(int folder, const char *name, mode_t mode);
-int __real_symlinkat(const char *content, int folder, const char *name);
-ssize_t __real_readlinkat(int folder, const char *name, char *content, std::size_t size);
-ssize_t __real_copy_file_range(int from, off64_t *from_at, int to, off64_t *to_at, std::size_t size, unsigned flags);
-int __real_futimens(int descriptor, const timespec *times);
+// A call that only fails or is made.
+#define FAILING(call, parameters, arguments)                                                                           \
+    decltype(call) __real_##call;                                                                                      \
+    auto __wrap_##call parameters { return made<__real_##call> arguments; }
+FAILING(fstat, (int descriptor, struct stat *status), (descriptor, status))
+FAILING(fstatat, (int folder, const char *name, struct stat *status, int flags), (folder, name, status, flags))
+FAILING(statx, (int folder, const char *name, int flags, unsigned mask, struct statx *status),
+        (folder, name, flags, mask, status))
+FAILING(fdopendir, (int descriptor), (descriptor))
+FAILING(readdir, (DIR * stream), (stream))
+FAILING(readlinkat, (int folder, const char *name, char *content, std::size_t size), (folder, name, content, size))
+FAILING(futimens, (int descriptor, const timespec *times), (descriptor, times))
+#undef FAILING
+
+decltype(openat) __real_openat;
+decltype(closedir) __real_closedir;
+decltype(fcntl) __real_fcntl;
+decltype(unlinkat) __real_unlinkat;
+decltype(renameat) __real_renameat;
+decltype(renameat2) __real_renameat2;
+decltype(mkdirat) __real_mkdirat;
+decltype(symlinkat) __real_symlinkat;
+decltype(copy_file_range) __real_copy_file_range;
 
 int __wrap_openat(int folder, const char *name, int flags, ...)
 {
@@ -90,21 +97,6 @@ int __wrap_openat(int folder, const char *name, int flags, ...)
 
 // What hardened builds call when nothing is created.
 int __wrap___openat_2(int folder, const char *name, int flags) { return __wrap_openat(folder, name, flags); }
-
-int __wrap_fstat(int descriptor, struct stat *status) { return made<__real_fstat>(descriptor, status); }
-
-int __wrap_fstatat(int folder, const char *name, struct stat *status, int flags)
-{
-    return made<__real_fstatat>(folder, name, status, flags);
-}
-
-int __wrap_statx(int folder, const char *name, int flags, unsigned mask, struct statx *status)
-{
-    return made<__real_statx>(folder, name, flags, mask, status);
-}
-
-DIR *__wrap_fdopendir(int descriptor) { return made<__real_fdopendir>(descriptor); }
-dirent *__wrap_readdir(DIR *stream) { return made<__real_readdir>(stream); }
 
 int __wrap_closedir(DIR *stream)
 {
@@ -152,11 +144,6 @@ int __wrap_symlinkat(const char *content, int folder, const char *name)
     return recorded(made<__real_symlinkat>(content, folder, name), file_step::symlink, folder, name, content);
 }
 
-ssize_t __wrap_readlinkat(int folder, const char *name, char *content, std::size_t size)
-{
-    return made<__real_readlinkat>(folder, name, content, size);
-}
-
 // Recorded as a write of what it moved.
 ssize_t __wrap_copy_file_range(int from, off64_t *from_at, int to, off64_t *to_at, std::size_t size, unsigned flags)
 {
@@ -169,6 +156,4 @@ ssize_t __wrap_copy_file_range(int from, off64_t *from_at, int to, off64_t *to_a
     }
     return count;
 }
-
-int __wrap_futimens(int descriptor, const timespec *times) { return made<__real_futimens>(descriptor, times); }
 }

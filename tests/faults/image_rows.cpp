@@ -5,6 +5,7 @@
 #include "flood.h"
 #include "fusm.h"
 #include "ibilin.h"
+#include "izat.h"
 
 #include <algorithm>
 #include <memory>
@@ -64,22 +65,43 @@ bool start(const Scaler &record)
                record.get(), 3, 1, 100, 1, 200, [](int) { ++delivered; }, 3, 3) == 1;
 }
 
-// Feeds a line to every component; how many are handed out.
-std::string feed(const Scaler &record)
-{
-    static unsigned char line[300], out[600];
-    unsigned char *outs[] = {out, out + 1, out + 2};
-    delivered = 0;
-    ibilin_rgb_b(record.get(), line, line + 1, line + 2, &outs[0], &outs[1], &outs[2]);
-    return std::to_string(delivered);
-}
-
 const lines no_buffer{"fusm_start: malloc HPFc_buf failed"};
 // Of a curve: its record, the points' and what holds them.
 const lines no_record = {"fusm_level_red_set: unable to create lin interp",
                          "lin_interp : Cannot create new instance of double interpolator"};
 const lines no_function = {"func_new : unable to create new instance of function", no_record[0], no_record[1]};
 const lines no_list = {no_function[0], no_record[0], no_record[1], "list_new : Not enough resources to create list"};
+
+using Zoom = std::shared_ptr<izat>;
+using Pick = std::shared_ptr<izoom>;
+
+// New records ignore lines, as after a failure. Each feed gives a line; how many are handed out.
+Scaler make_scaler() { return {ibilin_new(0), ibilin_kill}; }
+Zoom make_zoom() { return {izat_new(IZAT_LANCZOS3), izat_kill}; }
+Pick make_pick() { return {izoom_new(), izoom_kill}; }
+
+const unsigned char source_line[300] = {};
+unsigned char scaled[600];
+
+std::string feed_scaler(const Scaler &record)
+{
+    unsigned char line[300] = {}, *outs[] = {scaled, scaled + 1, scaled + 2};
+    delivered = 0;
+    ibilin_rgb_b(record.get(), line, line + 1, line + 2, &outs[0], &outs[1], &outs[2]);
+    return std::to_string(delivered);
+}
+
+std::string feed_zoom(const Zoom &zoom)
+{
+    unsigned char *out = scaled;
+    return std::to_string(izat_line_b(zoom.get(), source_line, &out));
+}
+
+std::string feed_pick(const Pick &pick)
+{
+    unsigned char *out = scaled;
+    return std::to_string(izoom_line_b(pick.get(), source_line, &out));
+}
 
 const SweepRows rows({
     calling("fir_new", [] { return made(fir_new(1, 255), fir_kill); }, {{"fir_new: unable to malloc"}}),
@@ -96,9 +118,19 @@ const SweepRows rows({
                         [] { return Sharpener(fusm_new(0, 255, 2, 2, nullptr, nullptr), fusm_kill); }, reduce_levels,
                         nullptr, {{}, no_record, no_function, no_list, no_record, no_function, no_list}),
     calling("ibilin_new", [] { return made(ibilin_new(0), ibilin_kill); }, {{"ibilin_new:unable to create ibilin"}}),
-    // A new record ignores lines, as after a failure.
-    changing<Scaler>("ibilin_start", [] { return Scaler(ibilin_new(0), ibilin_kill); }, start, feed,
-                     {{"ibilin_start: unsufficient resources"}}),
+    changing<Scaler>("ibilin_start", make_scaler, start, feed_scaler, {{"ibilin_start: unsufficient resources"}}),
+    calling("izat_new", [] { return made(izat_new(IZAT_AREA), izat_kill); }, {{"izat_new: insufficient memory"}}),
+    calling("izoom_new", [] { return made(izoom_new(), izoom_kill); }, {{"izoom_new: insufficient memory"}}),
+    changing<Zoom>("izat_start", make_zoom,
+                   [](const Zoom &zoom) {
+                       return izat_start(zoom.get(), 3, 1, 100, 1, 200, nullptr, nullptr, 3, 3) == 1;
+                   },
+                   feed_zoom, {{"izat_start: insufficient memory"}}),
+    changing<Pick>("izoom_start", make_pick,
+                   [](const Pick &pick) {
+                       return izoom_start(pick.get(), 3, 1, 100, 1, 200, nullptr, nullptr, 3, 3) == 1;
+                   },
+                   feed_pick, {{"izoom_start: insufficient memory"}}),
 });
 
 constexpr int width = 50;

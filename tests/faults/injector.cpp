@@ -197,32 +197,20 @@ sized __real_malloc, __real__Znwm, __real__Znam;
 sized_nothrow __real__ZnwmRKSt9nothrow_t, __real__ZnamRKSt9nothrow_t;
 freeing __real_free, __real__ZdlPv, __real__ZdaPv;
 freeing_sized __real__ZdlPvm, __real__ZdaPvm;
-void *__real_calloc(std::size_t count, std::size_t size);
-void *__real_realloc(void *block, std::size_t size);
-std::FILE *__real_fopen(const char *path, const char *mode);
-std::size_t __real_fread(void *data, std::size_t size, std::size_t count, std::FILE *file);
-std::size_t __real_fwrite(const void *data, std::size_t size, std::size_t count, std::FILE *file);
-int __real_fgetc(std::FILE *file);
-int __real_fputc(int byte, std::FILE *file);
-int __real_fseek(std::FILE *file, long offset, int from);
-int __real_fseeko(std::FILE *file, off_t offset, int from);
-long __real_ftell(std::FILE *file);
-off_t __real_ftello(std::FILE *file);
-int __real_fflush(std::FILE *file);
-int __real_fclose(std::FILE *file);
-int __real_open(const char *path, int flags, ...);
-ssize_t __real_read(int descriptor, void *data, std::size_t size);
-ssize_t __real_write(int descriptor, const void *data, std::size_t size);
-off_t __real_lseek(int descriptor, off_t offset, int from);
-int __real_fsync(int descriptor);
-int __real_ftruncate(int descriptor, off_t size);
-int __real_close(int descriptor);
-int __real_rename(const char *from, const char *to);
-int __real_link(const char *from, const char *to);
-int __real_unlink(const char *path);
-int __real_stat(const char *path, struct stat *status);
-int __real_fchmod(int descriptor, mode_t mode);
-char *__real_realpath(const char *path, char *resolved);
+decltype(calloc) __real_calloc;
+decltype(realloc) __real_realloc;
+decltype(fread) __real_fread;
+decltype(fwrite) __real_fwrite;
+decltype(fgetc) __real_fgetc;
+decltype(fclose) __real_fclose;
+decltype(open) __real_open;
+decltype(read) __real_read;
+decltype(write) __real_write;
+decltype(fsync) __real_fsync;
+decltype(close) __real_close;
+decltype(rename) __real_rename;
+decltype(unlink) __real_unlink;
+decltype(realpath) __real_realpath;
 
 void *__wrap_malloc(std::size_t size) { return allocate<__real_malloc>(size); }
 void *__wrap_calloc(std::size_t count, std::size_t size) { return allocate<__real_calloc>(count, size); }
@@ -258,7 +246,23 @@ void __wrap__ZdaPv(void *block) { release<__real__ZdaPv>(block); }
 void __wrap__ZdlPvm(void *block, std::size_t size) { release<__real__ZdlPvm>(block, size); }
 void __wrap__ZdaPvm(void *block, std::size_t size) { release<__real__ZdaPvm>(block, size); }
 
-std::FILE *__wrap_fopen(const char *path, const char *mode) { return file_call<__real_fopen, nullptr>(path, mode); }
+// A call that only fails or is made.
+#define FAILING(call, failure, parameters, arguments)                                                                  \
+    decltype(call) __real_##call;                                                                                      \
+    auto __wrap_##call parameters { return file_call<__real_##call, failure> arguments; }
+FAILING(fopen, nullptr, (const char *path, const char *mode), (path, mode))
+FAILING(fputc, EOF, (int byte, std::FILE *file), (byte, file))
+FAILING(fseek, -1, (std::FILE * file, long offset, int from), (file, offset, from))
+FAILING(fseeko, -1, (std::FILE * file, off_t offset, int from), (file, offset, from))
+FAILING(ftell, -1, (std::FILE * file), (file))
+FAILING(ftello, -1, (std::FILE * file), (file))
+FAILING(fflush, EOF, (std::FILE * file), (file))
+FAILING(lseek, -1, (int descriptor, off_t offset, int from), (descriptor, offset, from))
+FAILING(ftruncate, -1, (int descriptor, off_t size), (descriptor, size))
+FAILING(link, -1, (const char *from, const char *to), (from, to))
+FAILING(stat, -1, (const char *path, struct stat *status), (path, status))
+FAILING(fchmod, -1, (int descriptor, mode_t mode), (descriptor, mode))
+#undef FAILING
 
 std::size_t __wrap_fread(void *data, std::size_t size, std::size_t count, std::FILE *file)
 {
@@ -278,12 +282,6 @@ int __wrap_fgetc(std::FILE *file)
     return EOF;
 }
 
-int __wrap_fputc(int byte, std::FILE *file) { return file_call<__real_fputc, EOF>(byte, file); }
-int __wrap_fseek(std::FILE *file, long offset, int from) { return file_call<__real_fseek, -1>(file, offset, from); }
-int __wrap_fseeko(std::FILE *file, off_t offset, int from) { return file_call<__real_fseeko, -1>(file, offset, from); }
-long __wrap_ftell(std::FILE *file) { return file_call<__real_ftell, -1>(file); }
-off_t __wrap_ftello(std::FILE *file) { return file_call<__real_ftello, -1>(file); }
-int __wrap_fflush(std::FILE *file) { return file_call<__real_fflush, EOF>(file); }
 int __wrap_fclose(std::FILE *file) { return closing_call<__real_fclose>(file); }
 
 int __wrap_open(const char *path, int flags, ...)
@@ -308,17 +306,10 @@ ssize_t __wrap_write(int descriptor, const void *data, std::size_t size)
     return record(count, file_step::write, descriptor, "", {static_cast<const char *>(data), written});
 }
 
-off_t __wrap_lseek(int descriptor, off_t offset, int from)
-{
-    return file_call<__real_lseek, -1>(descriptor, offset, from);
-}
-
 int __wrap_fsync(int descriptor)
 {
     return record(file_call<__real_fsync, -1>(descriptor), file_step::fsync, descriptor);
 }
-
-int __wrap_ftruncate(int descriptor, off_t size) { return file_call<__real_ftruncate, -1>(descriptor, size); }
 
 int __wrap_close(int descriptor)
 {
@@ -330,11 +321,7 @@ int __wrap_rename(const char *from, const char *to)
     return record(file_call<__real_rename, -1>(from, to), file_step::rename, -1, from, to);
 }
 
-int __wrap_link(const char *from, const char *to) { return file_call<__real_link, -1>(from, to); }
 int __wrap_unlink(const char *path) { return record(file_call<__real_unlink, -1>(path), file_step::unlink, -1, path); }
-
-int __wrap_stat(const char *path, struct stat *status) { return file_call<__real_stat, -1>(path, status); }
-int __wrap_fchmod(int descriptor, mode_t mode) { return file_call<__real_fchmod, -1>(descriptor, mode); }
 
 // Its block comes from within the C library and goes back through free.
 char *__wrap_realpath(const char *path, char *resolved)

@@ -72,6 +72,14 @@ bool made(Record *record, Killed (*kill)(Record *))
     return success;
 }
 
+// The row of a constructor.
+template <class Create, class Record, class Killed>
+SweepRow creating(std::string name, Create create, Killed (*kill)(Record *), SweepReports once)
+{
+    return calling(
+        std::move(name), [=] { return made(create(), kill); }, std::move(once));
+}
+
 // Under a host that returns from the fatal exit and reports what it says as any other failure.
 template <class Call>
 auto under_returning_host(Call call)
