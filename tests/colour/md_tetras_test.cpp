@@ -126,7 +126,8 @@ void check_run(const Table &table, Layout layout, bool masked, Generator &random
     if constexpr (std::is_same_v<In, Out>)
         out = m <= n && layout.in_step == layout.out_step && random.below(3) > 0 ? &in : out;
     std::vector<Out *> to(out->at.begin(), out->at.begin() + m);
-    std::reverse(to.begin(), to.end());
+    if (random.below(2) == 0)
+        std::reverse(to.begin(), to.end());
     Bytes mask(200);
     std::generate(mask.begin(), mask.end(), [&] { return random.byte(); });
     const int threshold = random.below(4) == 0 ? -1 : 255 - random.below(2) * random.below(256);
@@ -243,14 +244,9 @@ TEST(MdTetrasInterp, EqualsExactArithmeticRoundedOnceForRunsOfAnyLayout)
 TEST(MdTetrasInterp, TakesGridsOfAnyShape)
 {
     Generator random(34);
-    for (const auto &[n, m, r] : {std::array{1, 1, 65536},
-                                  {1, 9, 40000},
-                                  {2, 3, 1000},
-                                  {3, 4, 129},
-                                  {3, 3, 9},
-                                  {4, 4, 33},
-                                  {20, 1, 2},
-                                  {3, 30, 5}}) {
+    const std::array<int, 3> shapes[] = {{1, 1, 65536}, {1, 9, 40000}, {2, 3, 1000}, {3, 4, 129},
+                                         {3, 3, 9},     {4, 4, 33},    {20, 1, 2},   {3, 30, 5}};
+    for (const auto &[n, m, r] : shapes) {
         const Table table(n, m, r);
         table.fill(random);
         check_run<unsigned short, unsigned short>(table, {150, n, m}, false, random);

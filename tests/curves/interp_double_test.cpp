@@ -182,15 +182,13 @@ TEST(LinInterpDoubleGetp, KeptIsNamedInTheReportOfEveryFunctionThatFindsANullCur
 {
     Reports reports;
     double y = 7;
-    EXPECT_EQ(lin_interp_double_insert(nullptr, 1, 2), -1);
-    EXPECT_EQ(lin_interp_double_changep(nullptr, 0, 1, 2), -1);
-    EXPECT_EQ(lin_interp_double_getp(nullptr, 0, &y, &y), -1);
-    EXPECT_EQ(lin_interp_double_num(nullptr), -1);
-    EXPECT_EQ(lin_interp_double_inter(nullptr, 1, &y), -1);
-    EXPECT_EQ(lin_interp_double_inextp(nullptr, 1, &y), -1);
-    EXPECT_EQ(lin_interp_double_subst(nullptr, 1, 2, 3), 0);
+    const std::vector<int> results = {
+        lin_interp_double_insert(nullptr, 1, 2),    lin_interp_double_changep(nullptr, 0, 1, 2),
+        lin_interp_double_getp(nullptr, 0, &y, &y), lin_interp_double_num(nullptr),
+        lin_interp_double_inter(nullptr, 1, &y),    lin_interp_double_inextp(nullptr, 1, &y),
+        lin_interp_double_subst(nullptr, 1, 2, 3)};
+    EXPECT_EQ(results, (std::vector{-1, -1, -1, -1, -1, -1, 0}));
     EXPECT_EQ(reports.take(), lines(7, "lin_interp_double_getp : Not properly initialized"));
     EXPECT_EQ(lin_interp_double_invert(nullptr, nullptr), nullptr);
-    EXPECT_EQ(lin_interp_double_kill(nullptr), 0);
     EXPECT_EQ(reports.take(), lines{"lin_interp_double : cannot create inverted object"});
 }
