@@ -278,12 +278,19 @@ TEST(FilePackerRaw, ReadsWhatItWrote)
     char text[16] = "????";
     EXPECT_EQ(packer.ReadString(text), 0);
     EXPECT_STREQ(text, "text");
-    char byte = '?';
-    EXPECT_EQ(packer.ReadUpTo(nullptr, 0, "end"), 0) << "without a buffer";
-    EXPECT_EQ(packer.ReadUpTo(&byte, 1, "?"), 0);
-    EXPECT_EQ(byte, '-');
-    EXPECT_EQ(packer.ReadUpTo(text, 4, "?"), 5);
-    EXPECT_EQ(std::string(text, 4), std::string("\n!\0\0", 4));
+    // Delimiters that overlap with themselves; "" takes one byte; 0: without a buffer.
+    const std::tuple<int, const char *, int, std::string> cases[] = {{16, "aabaac", 0, "aabaabaac"},
+                                                                     {1, "", 0, ""},
+                                                                     {2, "aab", 0, "aa"},
+                                                                     {2, "by", 0, "by"},
+                                                                     {0, "end", 0, ""},
+                                                                     {4, "?", 5, "\n!"}};
+    for (const auto &[size, delimiter, code, expected] : cases) {
+        std::string buffer(16, '?');
+        const auto room = static_cast<std::size_t>(size);
+        EXPECT_EQ(packer.ReadUpTo(size > 0 ? buffer.data() : nullptr, size, delimiter), code) << delimiter;
+        EXPECT_EQ(buffer, expected + std::string(room - expected.size(), '\0') + std::string(16 - room, '?'));
+    }
     EXPECT_EQ(packer.ReadString(text), 5);
     EXPECT_STREQ(text, "");
     EXPECT_EQ(packer.ReadBinaryData(nullptr, -1), 5);
