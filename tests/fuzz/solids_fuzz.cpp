@@ -6,7 +6,6 @@
 #include "convex_hull.h"
 #include "error_mess.h"
 #include "fuzz/target.h"
-#include "proj.h"
 #include "tetra.h"
 
 #include <algorithm>
@@ -80,19 +79,12 @@ void look_at_volume(const Points &points, double expected, bool grid)
     expect(!grid || tetra_volume_get_true_volume(selected.get()) <= expected + 1e-6 * (1 + expected));
     for (std::size_t i = 0; i < points.size() && i < 8; ++i) {
         const double *const p = points[i].data(), *const q = points[points.size() - 1 - i].data();
-        tetra_rec *holding = nullptr;
         int crossings = 0;
         double out[6], nearest[3], weights[3], dist = 0;
-        tetra_volume_get_tetra(volume.get(), p, &holding);
-        tetra_volume_point_inside(volume.get(), p);
         expect(tetra_volume_line_intersect2(volume.get(), p, q, &crossings, out, 2) == 0 && crossings <= 2);
-        tetra_volume_line_hasintersects(volume.get(), p, q);
         const bool found = tetra_volume_nearest(volume.get(), p, nearest, &dist, &crossings, weights) == 0;
         expect(found == (volume->nr_planes > 0) || !grid);
     }
-    list_rec *border = nullptr;
-    if (tetra_volume_get_border_points(volume.get(), nullptr, &border) == 0)
-        list_kill(border);
 }
 
 }  // namespace

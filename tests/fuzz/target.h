@@ -3,14 +3,12 @@
 #ifndef TESKA_TESTS_TARGET_H
 #define TESKA_TESTS_TARGET_H
 
-#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <iterator>
 #include <limits>
 #include <vector>
 
@@ -53,66 +51,29 @@ struct Input {
     int below(int limit) { return byte() % limit; }
 
     // In memory of its own, so that reading past the end is noticed.
-    template <class T = char>
-    std::vector<T> bytes(int count)
+    std::vector<char> bytes(int count)
     {
-        std::vector<T> taken(static_cast<std::size_t>(count > 1 ? count : 1));  // null would mean something else
+        std::vector<char> taken(static_cast<std::size_t>(count > 1 ? count : 1));  // null would mean something else
         taken.resize(static_cast<std::size_t>(count));
-        for (T &byte_taken : taken)
-            byte_taken = static_cast<T>(byte());
+        for (char &one : taken)
+            one = static_cast<char>(byte());
         return taken;
-    }
-
-    template <class T>
-    T raw()
-    {
-        T value;
-        const std::vector<unsigned char> own = bytes<unsigned char>(sizeof value);
-        std::memcpy(&value, own.data(), sizeof value);
-        return value;
-    }
-
-    // -5 .. 94 as a rule, or any number.
-    int integer()
-    {
-        static const int ends[] = {INT_MIN, INT_MIN + 1, -65536, 255, 256, 65535, 65536, INT_MAX - 1, INT_MAX};
-        const int kind = byte();
-        return kind < 240 ? kind % 100 - 5 : kind < 249 ? ends[kind - 240] : raw<int>();
     }
 
     // A whole number of -100 .. 99 as a rule, or any number.
     double number()
     {
         using limits = std::numeric_limits<double>;
-        static const double odd[] = {limits::quiet_NaN(),
-                                     limits::infinity(),
-                                     -limits::infinity(),
-                                     limits::max(),
-                                     -limits::max(),
-                                     limits::min(),
-                                     limits::denorm_min(),
-                                     -0.0,
-                                     limits::epsilon(),
-                                     1 + limits::epsilon(),
-                                     1.0 / 3,
-                                     0.1,
-                                     1e-5,
-                                     1e100,
-                                     -1e16,
-                                     0.5};
+        constexpr double nan = limits::quiet_NaN(), inf = limits::infinity(), max = limits::max(), min = limits::min();
+        constexpr double least = limits::denorm_min(), step = limits::epsilon();
+        static const double odd[] = {nan,  inf,      -inf,    max, -max, min,   least, -0.0,
+                                     step, 1 + step, 1.0 / 3, 0.1, 1e-5, 1e100, -1e16, 0.5};
         const int kind = byte();
-        return kind < 200   ? kind - 100
-               : kind < 216 ? odd[kind - 200]
-               : kind < 236 ? (kind - 216) / 20.0
-                            : raw<double>();
-    }
-
-    std::vector<double> numbers(int count)
-    {
-        std::vector<double> taken(static_cast<std::size_t>(count));
-        for (double &value : taken)
-            value = number();
-        return taken;
+        if (kind < 236)
+            return kind < 200 ? kind - 100 : kind < 216 ? odd[kind - 200] : (kind - 216) / 20.0;
+        double value;
+        std::memcpy(&value, bytes(sizeof value).data(), sizeof value);
+        return value;
     }
 };
 
