@@ -90,12 +90,7 @@ tetra_point turned(double x, double y, double z)
     return {0.6 * x - 0.8 * t, 0.8 * x + 0.6 * t, 0.8 * z - 0.6 * y, 0};
 }
 
-tetra_point grid(int i) { return {i % 6 * 10.3, i / 6 % 6 * 10.3, i / 36 * 10.3, 0}; }
-
 tetra_point turned_grid(int i) { return turned(i % 7 * 10.3, i / 7 % 7 * 10.3, i / 49 * 10.3); }
-
-// In two planes, the first point in the middle of one.
-tetra_point turned_layers(int i) { return turned(i % 2 * 50, (26 + i * i * 7) % 53, (26 + i * i * i * 5) % 59); }
 
 Points ball(int count, double x, double y, double z, bool surface = false)
 {
@@ -112,13 +107,6 @@ Points with_copies(Points points, double shift)
     for (std::size_t i = points.size(); i-- > 0;)
         points.push_back({points[i].x - shift, points[i].y - shift, points[i].z - shift, 0});
     return points;
-}
-
-// Black, the other corners, the grey axis in its order, and a second line.
-tetra_point on_axes(int i)
-{
-    const double t = i % 59 + 1;
-    return i < 59 ? tetra_point{t * 1.7, t * 1.7, t * 1.7, 0} : tetra_point{50 + t * 0.3, 50 - t * 0.7, 30, 0};
 }
 
 // Corners of the hull amid coplanar triangles, the apex in their plane.
@@ -229,8 +217,6 @@ TEST(PlaneNew, TakesPointsOrAPlaneAndClearsTheFlag)
     plane->flag = 5;
     tetra_plane *copy = plane_new(plane);
     EXPECT_EQ(Numbers({copy->flag * 1.0, copy->b, copy->p[1].x, copy->p[2].nr}), Numbers({0, -1, 1, 13}));
-    EXPECT_EQ(plane_new(nullptr), nullptr);
-    EXPECT_EQ(plane_new2(&o, nullptr, &ex), nullptr);
     EXPECT_EQ(Ints({plane_kill(plane), tetra_kill(copy), plane_kill(nullptr)}), Ints(3, 0));
 }
 
@@ -245,7 +231,6 @@ TEST(TetraNew, KeepsTheDeterminantAwayFromZeroWithItsSign)
                   Numbers({height / det, 0 / det, -1 / det, 0 / det, height / det, -1 / det, 0, 0, 1 / det}));
         EXPECT_EQ(Numbers(t->centroid, t->centroid + 3), Numbers({0.5, 0.5, 0.25 * height}));
     }
-    EXPECT_EQ(tetra_new(&o, &ex, &ey, nullptr), nullptr);
 }
 
 TEST(TetraPointInside, TakesFacesAndCornersAndKnowsNoTolerance)
@@ -326,10 +311,7 @@ TEST(TetraVolume, AnswersForItsRecordsInListOrder)
     const Volume v = stack({});
     for (int i = 0; i < 12; ++i)
         EXPECT_EQ(tetra_volume_add_tetra(v.get(), &o, &ex, &ey, &ez), 0);
-    EXPECT_EQ(tetra_volume_add_tetra(v.get(), &o, &ex, &ey, nullptr), -1);
-    EXPECT_EQ(tetra_volume_add_plane(v.get(), &o, &ex, nullptr), -1);
-    EXPECT_EQ(tetra_volume_add_plane2(v.get(), nullptr), -1);
-    EXPECT_EQ(Ints({v->nr_tetras, list_num(v->tetras), v->nr_planes}), Ints({12, 12, 0}));
+    EXPECT_EQ(Ints({v->nr_tetras, list_num(v->tetras)}), Ints(2, 12));
     const double in[3] = {0.1, 0.1, 0.1}, out[3] = {1, 1, 1};
     tetra_rec *t = nullptr;
     EXPECT_TRUE(tetra_volume_get_tetra(v.get(), in, &t) == 0 && t == at(v->tetras, 0));
@@ -342,37 +324,38 @@ TEST(TetraVolume, TakesNull)
     double p[3] = {0, 0, 0};
     int n = 7;
     list_rec *points = nullptr;
+    const Volume v = stack({});
     EXPECT_EQ(Ints({tetra_get_pointnr(nullptr, 0), tetra_volume_add_plane(nullptr, &o, &ex, &ey),
+                    tetra_volume_add_plane(v.get(), &o, &ex, nullptr), tetra_volume_add_plane2(v.get(), nullptr),
                     tetra_volume_add_plane2(nullptr, nullptr), tetra_volume_add_tetra(nullptr, &o, &ex, &ey, &ez),
-                    tetra_volume_get_tetra(nullptr, p, nullptr), tetra_volume_line_intersect(nullptr, p, p, &n),
+                    tetra_volume_add_tetra(v.get(), &o, &ex, &ey, nullptr), tetra_volume_get_tetra(nullptr, p, nullptr),
+                    tetra_volume_line_intersect(nullptr, p, p, &n),
                     tetra_volume_line_intersect2(nullptr, p, p, &n, nullptr, 0),
-                    tetra_volume_get_border_points(nullptr, &n, &points)}),
-              Ints(8, -1));
-    EXPECT_EQ(Ints({tetra_volume_kill(nullptr), tetra_volume_get_nr_of_tetrahedrae(nullptr),
+                    tetra_volume_get_border_points(nullptr, &n, &points),
+                    tetra_volume_nearest(nullptr, p, p, nullptr, nullptr, nullptr)}),
+              Ints(12, -1));
+    EXPECT_EQ(Ints({v->nr_tetras, v->nr_planes, tetra_volume_kill(nullptr), tetra_volume_get_nr_of_tetrahedrae(nullptr),
                     tetra_volume_point_inside(nullptr, p), tetra_volume_line_hasintersects(nullptr, p, p),
                     plane_intersect_line(nullptr, p, p, p), triangle_point_inside(nullptr, p)}),
-              Ints(6, 0));
+              Ints(8, 0));
     EXPECT_EQ(Numbers({tetra_get_volume(nullptr), tetra_volume_get_volume(nullptr), tetra_get_true_volume(nullptr),
                        tetra_volume_get_true_volume(nullptr)}),
               Numbers(4, -1));
-    EXPECT_EQ(tetra_volume_nearest(nullptr, p, p, nullptr, nullptr, nullptr), -1);
     EXPECT_EQ(n, 7);
     EXPECT_EQ(points, nullptr);
     EXPECT_EQ(tetra_volume_new(nullptr), nullptr);
+    EXPECT_EQ(tetra_new(&o, &ex, &ey, nullptr), nullptr);
+    EXPECT_EQ(plane_new(nullptr), nullptr);
+    EXPECT_EQ(plane_new2(&o, nullptr, &ex), nullptr);
 }
 
 TEST(TetraVolumeGetTrueVolume, IsThatOfTheHullHoweverItIsCut)
 {
-    const Points cubes[] = {box(10), box(10, {{3, 4, 5, 0}, {7, 7, 1, 0}, {10, 5, 5, 0}}), box(10, box(10, box(5)))};
-    for (const Points &points : cubes) {
-        const Volume v = cut(points);
-        EXPECT_NEAR(tetra_volume_get_true_volume(v.get()), 1000, 1e-9);
-        tetra_rec inverted = *at(v->tetras, 0);
-        EXPECT_EQ(tetra_get_true_volume(&inverted),
-                  std::fabs(sixfold(inverted.p[0], inverted.p[1], inverted.p[2], inverted.p[3])) / 6);
-        std::swap(inverted.p[0], inverted.p[1]);
-        EXPECT_GT(tetra_get_true_volume(&inverted), 0);
-    }
+    const Volume v = cut(box(10, box(10, {{3, 4, 5, 0}, {7, 7, 1, 0}, {10, 5, 5, 0}})));
+    EXPECT_NEAR(tetra_volume_get_true_volume(v.get()), 1000, 1e-9);
+    const std::shared_ptr<tetra_rec> t(tetra_new(&o, &ex, &ey, &ez), tetra_kill);
+    const std::shared_ptr<tetra_rec> inverted(tetra_new(&ex, &o, &ey, &ez), tetra_kill);
+    EXPECT_EQ(Numbers({tetra_get_true_volume(t.get()), tetra_get_true_volume(inverted.get())}), Numbers(2, 1 / 6.0));
     EXPECT_EQ(tetra_volume_get_true_volume(stack({1, 2}).get()), 0);
 }
 
@@ -463,27 +446,6 @@ TEST(TetraVolumeGetBorderPoints, TakesEachCornerOnceInPlaneOrder)
         EXPECT_EQ(static_cast<tetra_point *>(list_get_element(points, k))->nr, first->p[k].nr);
 }
 
-TEST(TetraVolumeNew2, CutsACubeUpAsItsPointsLie)
-{
-    // The tetrahedra with the point as a corner: the first part of one takes its place, the others go to the end.
-    const struct {
-        tetra_point more;
-        int tetras, with_point;
-    } rows[] = {{{0.01, 0.01, 0, 0}, 6, 0},
-                {{3, 4, 5, 0}, 9, 0b111001000},
-                {{5, 5, 5, 0}, 12, 0b111111111111},
-                {{10, 4, 3, 0}, 8, 0b11000010},
-                {{10, 10, 5, 0}, 8, 0b11100010}};
-    for (const auto &row : rows) {
-        const Volume v = cut(box(10, {row.more}));
-        int with_point = 0;
-        for (int i = 0; i < v->nr_tetras; ++i)
-            for (const tetra_point &p : at(v->tetras, i)->p)
-                with_point |= p.nr == 8 ? 1 << i : 0;
-        EXPECT_EQ(Ints({v->nr_planes, v->nr_tetras, with_point}), Ints({12, row.tetras, row.with_point}));
-    }
-}
-
 TEST(TetraVolumeNew2, FillsTheHullAndHasEveryPointAsACorner)
 {
     const struct {
@@ -493,12 +455,8 @@ TEST(TetraVolumeNew2, FillsTheHullAndHasEveryPointAsACorner)
     } rows[] = {{"ball", ball(400, 90, 90, 90), 0},
                 {"sphere", ball(150, 50, 50, 50, true), 296},
                 {"needle", ball(200, 2000, 0.5, 0.5), 0},
-                {"disc", ball(200, 500, 500, 0.3), 0},
-                {"grid", made(216, grid), 12},
                 {"turned grid", made(343, turned_grid), 12},
-                {"turned layers", made(40, turned_layers), 0},
                 {"copies", with_copies(ball(150, 50, 50, 50), 0.004), 0},
-                {"grey axis", box(100, made(118, on_axes)), 12},
                 {"layers", layers, 0}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
