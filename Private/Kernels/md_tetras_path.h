@@ -70,6 +70,9 @@ inline void find_paths_one_by_one(const md_tetras_table &table, const Sample *co
         }
         paths.weight[n][p] = before;
     }
+    for (int p = count; p % 16 != 0; ++p)
+        for (int i = 0; i <= n; ++i)
+            paths.at[i][p] = paths.weight[i][p] = 0;
 }
 
 template <int N>

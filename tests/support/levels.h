@@ -10,6 +10,14 @@
 namespace teska_test
 {
 
+// Leaves bytes 255 below, where the calls that follow have their local variables.
+[[gnu::noinline]] inline void leave_ones_on_the_stack()
+{
+    volatile unsigned char bytes[100000];
+    for (volatile unsigned char &byte : bytes)
+        byte = 255;
+}
+
 // Calls check(level) under every cap from scalar up to what the processor has; the cap of before is back afterwards.
 template <class Check>
 void at_every_level(const Check &check)
@@ -19,6 +27,7 @@ void at_every_level(const Check &check)
     for (int level = 0; level <= static_cast<int>(teska::simd_available()); ++level) {
         SCOPED_TRACE(names[level]);
         teska::simd_limit(static_cast<teska::simd_level>(level));
+        leave_ones_on_the_stack();
         check(static_cast<teska::simd_level>(level));
     }
     teska::simd_limit(before);
