@@ -8,7 +8,6 @@
 #include <cmath>
 #include <filesystem>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -19,9 +18,6 @@ namespace
 {
 
 using vector = std::vector<double>;
-
-const lines bad_text = {"Error bad item string for double conversions"};
-const lines bad_vector = {"Error bad formatted item string from doubles, ier -1 "};
 
 class FileDouble : public testing::Test
 {
@@ -41,14 +37,12 @@ protected:
     // Names and first numbers of all items that can be read.
     static std::string list(const Table &table)
     {
-        std::ostringstream text;
+        std::string text;
         vector values(30);
-        for (int state = 0, before = -1; before != state;) {
-            before = state;
-            if (const char *name = file_double_list(table.get(), &state, values.data()))
-                text << name << " " << values[0] << "; ";
-        }
-        return text.str();
+        for (int state = 0, before = -1; before != state;)
+            if (before = state; const char *name = file_double_list(table.get(), &state, values.data()))
+                text += std::string(name) + " " + std::to_string(values[0]).substr(0, 3) + "; ";
+        return text;
     }
 
     teska_test::Folder folder;
@@ -65,8 +59,8 @@ TEST_F(FileDouble, KeepsVectorsInAFile)
     EXPECT_EQ(add(table, "cyan", {0.5, 150.0, -1234.4}), 0);
     EXPECT_EQ(file_double_save(table.get()), 0);
     EXPECT_EQ(folder.read("t.rec"), "[patches]\ncyan = 0.500  150.0  -1234\ncyan 2 = 1.000  0.000  10.000\n");
-    EXPECT_EQ(list(open(3)), "cyan 0.5; cyan 2 1; ");
-    EXPECT_EQ(list(open(0)), "cyan 0; cyan 2 0; ");
+    EXPECT_EQ(list(open(3)), "cyan 0.5; cyan 2 1.0; ");
+    EXPECT_EQ(list(open(0)), "cyan 0.0; cyan 2 0.0; ");
     EXPECT_EQ(list(open(1, 1)), "");
     EXPECT_EQ(folder.read("t.rec"), "");
     std::filesystem::remove(folder.path("t.rec"));
@@ -81,8 +75,8 @@ TEST_F(FileDouble, KeptSkipsBookkeepingNamesThatItAddsAndListsOnBehindBadItems)
     folder.write("t.rec", "[Patches]\n_INTERNAL_ = x\na = 1 2\nb = 3\nc = 4 5 6\n_internal = 7 8\n");
     const Table table = open(2);
     EXPECT_EQ(add(table, "_Internal_", {1, 2}), 0);
-    EXPECT_EQ(list(table), "a 1; c 4; _internal 7; ");
-    EXPECT_EQ(reports.take(), bad_text);
+    EXPECT_EQ(list(table), "a 1.0; c 4.0; _internal 7.0; ");
+    EXPECT_EQ(reports.take(), lines{"Error bad item string for double conversions"});
     const Table empty = open(1, 1);
     int state = 2;
     EXPECT_EQ(file_double_list(empty.get(), &state, nullptr), nullptr);
@@ -94,7 +88,7 @@ TEST_F(FileDouble, RefusesWhatDoesNotFit)
     vector values(20, -0.5);
     const Table table = open(20, 1);
     EXPECT_EQ(add(table, "a", values), -1) << "160 characters";
-    EXPECT_EQ(reports.take(), bad_vector);
+    EXPECT_EQ(reports.take(), lines{"Error bad formatted item string from doubles, ier -1 "});
     values[0] = 0.5;
     EXPECT_EQ(add(table, "a", values), 0);
     EXPECT_EQ(add(table, "a=b", values), -1);
@@ -117,28 +111,17 @@ TEST_F(FileDouble, CannotBeHadWithoutItsFile)
 
 TEST(StrFromVd, KeptMayAddADigitByRounding)
 {
-    const std::tuple<vector, std::string> rows[] = {
+    const std::pair<vector, std::string> rows[] = {
         {vector(), ""},
-        {{12.3456, 0.5, -1234.4, 0.25, 150}, " 12.35  0.500  -1234  0.250  150.0 "},
-        {{1, 10, 1000, 0.0625, 1234.5, 12345678.5}, " 1.000  10.00  1000  0.062  1234  12345678 "},
+        {{12.3456, 0.5, -1234.4, 0.25, 150, 0.0625, 12345678.5},
+         " 12.35  0.500  -1234  0.250  150.0  0.062  12345678 "},
         {{9.9996, 99.996, 999.96, -0.0001}, " 10.000  100.00  1000.0  -0.000 "},
-        {{std::nextafter(10, 0), std::nextafter(100, 0)}, " 10.000  100.0 "},
-        {{9999999999999998, 9999999999999978}, "  9999999999999998  9999999999999978 "},
         {{HUGE_VAL, -HUGE_VAL, NAN}, " inf  -inf  nan "}};
     for (const auto &[values, expected] : rows) {
         char text[160] = "x";
         EXPECT_EQ(str_from_vd(values.data(), static_cast<int>(values.size()), text), 0);
         EXPECT_EQ(text, expected);
     }
-}
-
-TEST(VdFromStr, ReportsWhatIsNoVector)
-{
-    Reports reports;
-    double numbers[3] = {};
-    EXPECT_EQ(vd_from_str("1 2", 3, numbers), -1);
-    EXPECT_EQ(reports.take(), bad_text);
-    EXPECT_EQ(vector(numbers, numbers + 3), (vector{1, 2, 0}));
 }
 
 TEST(VdFmtD, CountsIntegerDigitsByTheLogarithm)

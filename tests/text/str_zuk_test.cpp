@@ -154,11 +154,3 @@ TEST(StrIntFromItemstr, KeptSeparatesByBlanksAloneAndPassesOverTheRestOfAWord)
         EXPECT_EQ(ints[n > 0 ? n - 1 : 0], number) << text;
     }
 }
-
-TEST(StrItemstrFromDouble, WritesNumbersAsVectorsAreWritten)
-{
-    const double values[] = {12.3456, 0.5, -1234.4};
-    char text[28];
-    EXPECT_EQ(str_itemstr_from_double(values, 3, text), 0);
-    EXPECT_STREQ(text, " 12.35  0.500  -1234 ");
-}
