@@ -7,6 +7,7 @@
 #include <climits>
 #include <cstring>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -49,18 +50,14 @@ struct Cache {
     const char *base = nullptr;  // the first item asked for is placed first
 };
 
-// Get gives the item's place, and a capital L that it was loaded for this; lock, unlock, delete and flush what they
-// return.
-struct Step {
-    char action;
-    int id, result;
-};
-
-void expect(Cache &items, const std::vector<Step> &steps)
+// A step is "action id:result": Get gives the item's place, with a capital L when it was loaded for this; lock, unlock,
+// delete and flush give what they return.
+void expect(Cache &items, const std::string &steps)
 {
     cache *c = items.c.get();
-    int number = 0;
-    for (const auto &[action, id, result] : steps) {
+    std::istringstream text(steps);
+    char action = 0, colon = 0;
+    for (int id = 0, result = 0, number = 0; text >> action >> id >> colon >> result; ++number) {
         items.loaded = 0;
         const int given = action == 'l'   ? cache_lock(c, id, 5)
                           : action == 'u' ? cache_lock(c, id, 0)
@@ -69,48 +66,35 @@ void expect(Cache &items, const std::vector<Step> &steps)
                                           : items.get(id);
         EXPECT_EQ(given, result) << "step " << number;
         EXPECT_EQ(items.loaded, action == 'L' ? id : 0) << "step " << number;
-        ++number;
     }
 }
 
 }  // namespace
 
-TEST(CacheNew, RefusesNumbersBelowOneWithoutAWord)
-{
-    Reports reports;
-    for (const int none : {0, -1, INT_MIN}) {
-        EXPECT_EQ(cache_new(none, 4, 10, Cache::size_of, Cache::load, nullptr), nullptr);
-        EXPECT_EQ(cache_new(3, none, 10, Cache::size_of, Cache::load, nullptr), nullptr);
-        EXPECT_EQ(cache_new(3, 4, none, Cache::size_of, Cache::load, nullptr), nullptr);
-    }
-    EXPECT_EQ(reports.take(), lines{});
-}
-
 TEST(CacheGet, GoesRoundLikeAClockPastWhatIsLocked)
 {
     Cache items(4, {0, 15, 15, 15, 15, 40, 41, 0, INT_MIN, 10, 10});
     // Items 6 to 8 have sizes that do not fit. Kept: a count below 0 locks as well.
-    expect(items, {{'L', 1, 0},  {'L', 2, 20},  {'L', 3, 0},  {'g', 2, 20}, {'L', 4, 20}, {'L', 2, 0},  {'g', 6, -1},
-                   {'g', 7, -1}, {'g', 8, -1},  {'L', 9, 20}, {'L', 4, 0},  {'L', 5, 0},  {'L', 9, 0},  {'L', 1, 10},
-                   {'f', 0, 1},  {'L', 4, 0},   {'l', 1, 0},  {'L', 1, 20}, {'l', 1, 1},  {'l', 1, 1},  {'u', 1, 1},
-                   {'L', 2, 0},  {'L', 3, 0},   {'g', 5, -1}, {'l', 3, 1},  {'g', 9, -1}, {'d', 3, 1},  {'d', 3, 0},
-                   {'L', 9, 0},  {'u', 1, 1},   {'L', 5, 0},  {'u', 1, 0},  {'L', 1, 0},  {'L', 2, 20}, {'u', 2, 1},
-                   {'L', 3, 0},  {'g', 2, 20},  {'L', 9, 0},  {'g', 5, -1}, {'f', 0, 1},  {'L', 5, 0},  {'d', 5, 1},
-                   {'L', 9, 0},  {'l', 9, 1},   {'L', 3, 10}, {'L', 1, 10}, {'L', 2, 10}, {'g', 9, 0},  {'f', 0, 1},
-                   {'L', 1, 0},  {'f', 0, 1},   {'L', 1, 0},  {'L', 4, 20}, {'L', 9, 0},  {'L', 1, 10}, {'L', 4, 0},
-                   {'L', 9, 20}, {'L', 10, 30}, {'g', 4, 0},  {'f', 0, 1},  {'L', 1, 0},  {'l', 1, 1},  {'L', 2, 20},
-                   {'L', 3, 20}, {'g', 1, 0}});
+    expect(items, "L1:0 L2:20 L3:0 g2:20 L4:20 L2:0 g6:-1 g7:-1 g8:-1 L9:20 L4:0 L5:0 L9:0 L1:10 f0:1 L4:0 l1:0 L1:20 "
+                  "l1:1 l1:1 u1:1 L2:0 L3:0 g5:-1 l3:1 g9:-1 d3:1 d3:0 L9:0 u1:1 L5:0 u1:0 L1:0 L2:20 u2:1 L3:0 g2:20 "
+                  "L9:0 g5:-1 f0:1 L5:0 d5:1 L9:0 l9:1 L3:10 L1:10 L2:10 g9:0 f0:1 L1:0 f0:1 L1:0 L4:20 L9:0 L1:10 "
+                  "L4:0 L9:20 L10:30 g4:0 f0:1 L1:0 l1:1 L2:20 L3:20 g1:0");
     EXPECT_EQ(cache_lock_get(items.c.get(), 1), 1);
     EXPECT_EQ(std::string(items.base, 15), std::string(15, 1));
+    // Item 4 takes the first of the three blocks of item 1, which comes again elsewhere; item 5 takes the second.
+    Cache left(8, {0, 30, 10, 40, 10, 20});
+    expect(left, "L1:0 L2:30 l2:1 L3:40 L4:0 L1:40 L5:0 g1:40");
 }
 
-TEST(CacheGet, FreesWhatIsLeftOfAnItemWhosePartIsTaken)
+TEST(CacheNew, RefusesNumbersBelowOneWithoutAWord)
 {
-    // Item 4 takes the first of the three blocks of item 1, which comes again elsewhere; item 5 takes the second.
-    Cache items(8, {0, 30, 10, 40, 10, 20});
-    expect(
-        items,
-        {{'L', 1, 0}, {'L', 2, 30}, {'l', 2, 1}, {'L', 3, 40}, {'L', 4, 0}, {'L', 1, 40}, {'L', 5, 0}, {'g', 1, 40}});
+    Reports reports;
+    for (const int none : {0, INT_MIN})
+        for (const int which : {0, 1, 2})
+            EXPECT_EQ(cache_new(which == 0 ? none : 3, which == 1 ? none : 4, which == 2 ? none : 10, Cache::size_of,
+                                Cache::load, nullptr),
+                      nullptr);
+    EXPECT_EQ(reports.take(), lines{});
 }
 
 TEST(CacheGet, KeptReportsIllegalNumbersUnderAnotherName)

@@ -15,12 +15,7 @@
 
 using teska_test::Host, teska_test::lines, teska_test::Reports;
 
-namespace
-{
-
 using Array = std::unique_ptr<dynar, int (*)(dynar *)>;
-
-}  // namespace
 
 TEST(DynarPtr, GrowsToItsStepBeyondTheIndexAndKeepsWhatIsInUse)
 {
@@ -68,15 +63,14 @@ TEST(Dynar, RefusesWhatCannotBeCountedAndIsLeftAloneWhenTheFatalExitReturns)
 {
     Reports reports;
     const Host host;
-    for (const int item_size : {0, -1, INT_MIN})
+    for (const int item_size : {0, INT_MIN})
         EXPECT_EQ(dynar_new(item_size, 5), nullptr) << item_size;
-    EXPECT_EQ(reports.take(), lines(3, "dynar_new: Unable to create new dynar"));
+    EXPECT_EQ(reports.take(), lines(2, "dynar_new: Unable to create new dynar"));
     const Array array(dynar_new(INT_MAX, 10), dynar_kill);
     EXPECT_EQ(dynar_ptr(array.get(), -1), nullptr);
     EXPECT_EQ(reports.take(), lines{"dynar_ptr: illegal index"});
-    for (const int index : {INT_MAX, INT_MAX - 9}) {
+    for (const int index : {INT_MAX, INT_MAX - 9})
         EXPECT_EQ(dynar_ptr(array.get(), index), nullptr);
-        EXPECT_EQ(Host::take(), lines{"ERROR  : 'dynar_ptr: memory allocation failed'"}) << index;
-    }
+    EXPECT_EQ(Host::take(), lines(2, "ERROR  : 'dynar_ptr: memory allocation failed'"));
     EXPECT_EQ(dynar_nr_items(array.get()), 0);
 }
