@@ -39,7 +39,6 @@ TEST(EncodeToBase64, KeptEncodesTheByteAfterAShortGroup)
 TEST(DecodeFromBase64, KeptTakesOtherCharactersAsEightSetBits)
 {
     EXPECT_EQ(decoded("TWFu"), 0x4d616eU);
-    EXPECT_EQ(decoded("TQ=="), 0x4d3fffU);
     EXPECT_EQ(decoded("T==="), 0x4fffffU);
     for (int code = 0; code < 256; ++code) {
         const auto v = alphabet.find(static_cast<char>(code));

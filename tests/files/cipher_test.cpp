@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <string>
 
 namespace
@@ -36,6 +35,4 @@ TEST(Cipher, HidesBytesAndShowsThemAgain)
         EXPECT_EQ(through(CipherEncrypt, plain, key, multiplier, addend), hidden) << key;
         EXPECT_EQ(through(CipherDecrypt, hidden, key, multiplier, addend), plain) << key;
     }
-    CipherEncrypt(nullptr, 0, nullptr, 1, 2, 3);
-    CipherDecrypt(nullptr, INT_MIN, nullptr, 1, 2, 3);
 }

@@ -11,10 +11,6 @@
 #include <tuple>
 #include <utility>
 
-#if !defined(_WIN32)
-#    include <sys/stat.h>
-#endif
-
 using teska_test::Folder, teska_test::Generator;
 
 namespace
@@ -165,12 +161,6 @@ TEST(Fdifstream, FailsWithoutAnOpenFile)
         EXPECT_EQ(is_closed(in), ios::failbit);
         EXPECT_EQ(is_closed(out), ios::failbit);
     }
-#if !defined(_WIN32)
-    mkfifo(folder.path("pipe").c_str(), 0600);
-    EXPECT_FALSE(fdifstream(folder.path("pipe").c_str(), 0).is_open()) << "not waited for";
-    EXPECT_FALSE(fdofstream(folder.path("pipe").c_str(), 0).is_open());
-    EXPECT_TRUE(fdofstream("/dev/null", 0).put('x').good()) << "a character device opens";
-#endif
     fdifstream in(file.c_str(), 0);
     fdofstream out(file.c_str(), 8);
     EXPECT_EQ(in.peek(), 't');

@@ -93,10 +93,10 @@ TEST_F(Wemfile, TakesTheNameAloneWithoutFoldersOrWhenItIsAbsolute)
     write("etc/f.rec", "a");
     wem_lognam_set("ETC", (etc + "\\").c_str());
     const std::string full = etc + "/f.rec";
-    for (const char *folders : {static_cast<const char *>(nullptr), "", ";;", "USER:"})
-        EXPECT_EQ(open(full.c_str(), folders, 0), "etc/f.rec a=etc/f.rec");
-    EXPECT_EQ(open("ETC:f.rec", "USER:", 0), "etc/f.rec a=etc/f.rec");
-    EXPECT_EQ(open("f.rec", "USER:;ETC:", 0), "etc/f.rec a=etc/f.rec");
+    const std::pair<std::string, const char *> cases[] = {
+        {full, nullptr}, {full, ""}, {full, ";;"}, {full, "USER:"}, {"ETC:f.rec", "USER:"}, {"f.rec", "USER:;ETC:"}};
+    for (const auto &[name, folders] : cases)
+        EXPECT_EQ(open(name.c_str(), folders, 0), "etc/f.rec a=etc/f.rec");
     EXPECT_EQ(open("NOBODY:f.rec", etc.c_str(), 0), "untouched") << "a device that is not there";
     EXPECT_EQ(reports.take(), lines{"teska_wemopen_file: file not found"});
 }
@@ -137,22 +137,17 @@ TEST_F(Wemfile, ReportsTheFirstThatIsWrong)
     const std::string longest(255, 'x'), longer(256, 'x'), with_longer = "y;" + longer, path = etc + "/n.rec";
     const int length = static_cast<int>(path.size());
     std::string found(path.size() + 1, '#');
-    const struct {
-        const char *name, *search;
-        int mode, size;
-        const char *text;
-    } cases[] = {{nullptr, "", 9, 0, "illegal name"},
-                 {"", "", 9, 0, "illegal name"},
-                 {longer.c_str(), "", -1, 0, "illegal mode"},
-                 {"x", "", 3, 0, "illegal mode"},
-                 {"x", "", 7, 0, "illegal mode"},
-                 {"x", "", 8, 0, "illegal mode"},
-                 {longer.c_str(), "", 0, length, "path too long"},
-                 {"x", with_longer.c_str(), 2, length, "path too long"},
-                 {longest.c_str(), longest.c_str(), 0, length, "file not found"},
-                 {"n.rec", etc.c_str(), 2, -1, "path too long"},
-                 {"n.rec", etc.c_str(), 2, 0, "path too long"},
-                 {"n.rec", etc.c_str(), 2, length, "path too long"}};
+    const std::tuple<const char *, const char *, int, int, const char *> cases[] = {
+        {nullptr, "", 9, 0, "illegal name"},
+        {"", "", 9, 0, "illegal name"},
+        {longer.c_str(), "", -1, 0, "illegal mode"},
+        {"x", "", 3, 0, "illegal mode"},
+        {"x", "", 8, 0, "illegal mode"},
+        {longer.c_str(), "", 0, length, "path too long"},
+        {"x", with_longer.c_str(), 2, length, "path too long"},
+        {longest.c_str(), longest.c_str(), 0, length, "file not found"},
+        {"n.rec", etc.c_str(), 2, -1, "path too long"},
+        {"n.rec", etc.c_str(), 2, length, "path too long"}};
     for (const auto &[name, folders, mode, size, text] : cases) {
         EXPECT_EQ(teska_wemopen_file(name, folders, mode, found.data(), size), nullptr);
         EXPECT_EQ(reports.take(), lines{std::string("teska_wemopen_file: ") + text});
