@@ -124,12 +124,12 @@ void expect_conversion(const Table &table, Generator &random)
     Bytes mask(static_cast<std::size_t>(pixels), 128);
     for (std::size_t p = 1; p < mask.size(); ++p)
         mask[p] = random.below(64) < 16 * quarters ? mask[p - 1] : one_of(mask_bytes);
-    const unsigned char *const masks[] = {nullptr, mask.data()}, *const used = one_of(masks);
+    const unsigned char *const used = random.below(2) == 0 ? nullptr : mask.data();
 
     ByteSamples &out = table.s.M <= in_channels && in.step != 0 && random.below(3) == 0 ? in : apart;
     Bytes expected = out.buffer;
     std::vector<unsigned char *> call(out.at.begin(), out.at.begin() + table.s.M), after, sources = in.at;
-    const int counts[] = {-1, 0, pixels, pixels, pixels, pixels, pixels, pixels}, count = one_of(counts);
+    const int count = random.below(4) > 0 ? pixels : -random.below(2);
     const bool all = random.below(2) == 0;
     for (unsigned char *&line : call) {
         line = !all && random.below(4) == 0 ? nullptr : line;
@@ -144,23 +144,12 @@ void expect_conversion(const Table &table, Generator &random)
     // In a quarter of all cases a clone converts.
     const std::unique_ptr<md_tetrab, md_tetrab *(*)(md_tetrab *)> clone(
         random.below(4) == 0 ? md_tetrab_clone(table.get()) : nullptr, md_tetrab_kill);
-    md_tetrab *const converts = clone ? clone.get() : table.get();
-    EXPECT_EQ(md_tetrab_interp(converts, sources.data(), in.step, call.data(), out.step, count, used, threshold), 1);
+    EXPECT_EQ(md_tetrab_interp(clone ? clone.get() : table.get(), sources.data(), in.step, call.data(), out.step, count,
+                               used, threshold),
+              1);
     EXPECT_EQ(out.buffer, expected) << "steps " << in.step << " and " << out.step << ", " << count << " pixels";
     EXPECT_EQ(call, after);
     EXPECT_EQ(sources, in.at);
-}
-
-template <class Check>
-void at_every_setting(const Check &check)
-{
-    teska_test::at_every_level([&](teska::simd_level) {
-        for (const teska::gather_use use : {teska::gather_use::never, teska::gather_use::always}) {
-            const teska::gather_use before = teska::gather_limit(use);
-            check();
-            teska::gather_limit(before);
-        }
-    });
 }
 
 TEST(MdTetrabInterp, ConvertsLinesOfAnyLayoutAsTheModelDoes)
@@ -168,36 +157,26 @@ TEST(MdTetrabInterp, ConvertsLinesOfAnyLayoutAsTheModelDoes)
     Generator random(62);
     // R = 82 and sides above 127 have no even positions, 1000 and 65 points no small strides or offsets; the last grid
     // has more than 2^24 bytes.
-    for (const Shape &s : {Shape{1, 5, 27},
-                           Shape{1, 5, 14},
-                           Shape{2, 2, 17, 0, 255, 0},
-                           Shape{3, 3, 17},
-                           Shape{3, 4, 33},
-                           Shape{3, 1, 82},
-                           Shape{3, 7, 2},
-                           Shape{3, 2, 130},
-                           Shape{3, 4, 9, 16, 235, 0},
-                           Shape{4, 3, 17},
-                           Shape{4, 4, 2, 0, 3, 2},
-                           Shape{4, 9, 3},
-                           Shape{4, 4, 33},
-                           Shape{4, 1, 64},
-                           Shape{5, 3, 3},
-                           Shape{6, 17, 2},
-                           Shape{6, 6, 2, 30, 31},
-                           Shape{3, 3, 5, 0, 255, 0},
-                           Shape{5, 16, 4, 0, 255, 0},
-                           Shape{3, 5, 150, 0, 255, 0}}) {
+    const Shape shapes[] = {
+        {1, 5, 27, 0, 255, 1}, {1, 5, 14, 0, 255, 1}, {2, 2, 17, 0, 255, 0}, {3, 3, 17, 0, 255, 1},
+        {3, 4, 33, 0, 255, 1}, {3, 1, 82, 0, 255, 1}, {3, 7, 2, 0, 255, 1},  {3, 2, 130, 0, 255, 1},
+        {3, 4, 9, 16, 235, 0}, {4, 3, 17, 0, 255, 1}, {4, 4, 2, 0, 3, 2},    {4, 9, 3, 0, 255, 1},
+        {4, 4, 33, 0, 255, 1}, {4, 1, 64, 0, 255, 1}, {5, 3, 3, 0, 255, 1},  {6, 17, 2, 0, 255, 1},
+        {6, 6, 2, 30, 31, 1},  {3, 3, 5, 0, 255, 0},  {5, 16, 4, 0, 255, 0}, {3, 5, 150, 0, 255, 0}};
+    for (const Shape &s : shapes) {
         const Table table(s);
         table.randomize(random);
-        at_every_setting([&] {
+        at_every_level([&](teska::simd_level) {
             SCOPED_TRACE(testing::Message() << s.N << " to " << s.M << ", " << s.R << " points");
-            for (int lines = 0; lines < 12; ++lines) {
+            for (int lines = 0; lines < 24; ++lines) {
+                const auto use = lines < 12 ? teska::gather_use::never : teska::gather_use::always;
+                const teska::gather_use before = teska::gather_limit(use);
                 if (lines % 2 == 0)
                     table.randomize_curves(random);
                 else
                     md_tetrab_LUT(table.get(), nullptr, nullptr);
                 expect_conversion(table, random);
+                teska::gather_limit(before);
             }
         });
     }
@@ -206,32 +185,17 @@ TEST(MdTetrabInterp, ConvertsLinesOfAnyLayoutAsTheModelDoes)
 TEST(MdTetrabLut, ResetsEveryCurve)
 {
     const Table table({2, 2, 2});
-    for (int curve = 0; curve < 2; ++curve)
-        for (unsigned char *entries : {md_tetrab_ilutptr(table.get(), curve), md_tetrab_olutptr(table.get(), curve)}) {
+    for (const auto curve_of : {md_tetrab_ilutptr, md_tetrab_olutptr}) {
+        for (const int curve : {0, 1}) {
+            unsigned char *const entries = curve_of(table.get(), curve);
             entries[9] = 44;
             EXPECT_EQ(md_tetrab_LUT(table.get(), nullptr, nullptr), 1);
             for (int v = 0; v < 256; ++v)
                 EXPECT_EQ(entries[v], v) << curve;
         }
-    for (const int outside : {-1, 2}) {
-        EXPECT_EQ(md_tetrab_ilutptr(table.get(), outside), nullptr);
-        EXPECT_EQ(md_tetrab_olutptr(table.get(), outside), nullptr);
+        for (const int outside : {-1, 2})
+            EXPECT_EQ(curve_of(table.get(), outside), nullptr);
     }
-}
-
-TEST(MdTetrabScanVertex, WalksTheFilledVerticesFirstCoordinateFastest)
-{
-    const Table table({3, 2, 3, 0, 255, 2});
-    EXPECT_EQ(Bytes(table.data, table.data + table.size), Bytes(5 * 5 * 5 * 2, 0));
-    EXPECT_EQ(md_tetrab_get_nrpoints(table.get()), 27);
-    Coords coord(3, 0);
-    for (int number = 0; number < 27; ++number) {
-        EXPECT_EQ(coord, (Coords{number % 3, number / 3 % 3, number / 9}));
-        unsigned char *const vertex = md_tetrab_vertex_get(table.get(), coord.data(), nullptr);
-        EXPECT_EQ(vertex - table.data, coord[0] * 50 + coord[1] * 10 + coord[2] * 2);
-        EXPECT_EQ(md_tetrab_scan_vertex(table.get(), coord.data()), 26 - number);
-    }
-    EXPECT_EQ(coord, Coords(3, 0));
 }
 
 TEST(MdTetrabVertexGet, KeptRoundsInputBytesInDoubles)
@@ -245,25 +209,29 @@ TEST(MdTetrabVertexGet, KeptRoundsInputBytesInDoubles)
 TEST(MdTetrabExpand, KeptCountsTheCurvesOnlyBetweenWholeRatios)
 {
     Generator random(11);
-    for (const auto &[s, fine] : {std::pair{Shape{2, 3, 4}, 10},
-                                  {Shape{3, 2, 3, 16, 235, 0}, 5},
-                                  {Shape{1, 1, 2}, 701},
-                                  {Shape{3, 3, 5}, 8},
-                                  {Shape{2, 5, 17}, 9},
-                                  {Shape{5, 4, 3, 0, 100}, 4}}) {
+    const std::pair<Shape, int> cases[] = {{{2, 3, 4}, 10},  {{3, 2, 3, 16, 235, 0}, 5},
+                                           {{1, 1, 2}, 701}, {{3, 3, 5}, 8},
+                                           {{2, 5, 17}, 9},  {{5, 4, 3, 0, 100, 2}, 4}};
+    for (const auto &[s, fine] : cases) {
         const Table source(s);
         source.randomize(random);
         const Table expanded({s.N, s.M, fine}, md_tetrab_expand(source.get(), fine));
         const bool whole = (fine - 1) % (s.R - 1) == 0;
         const int ratio = whole ? (fine - 1) / (s.R - 1) : 1;
-        Coords at(static_cast<std::size_t>(s.N), 0), times = at;
+        Coords at(static_cast<std::size_t>(s.N), 0), times = at, expected = at;
         Bytes input(at.size());
-        for (int left = 1; left != 0; left = md_tetrab_scan_vertex(whole ? source.get() : expanded.get(), at.data())) {
+        md_tetrab *const scanned = whole ? source.get() : expanded.get();
+        for (int left = md_tetrab_get_nrpoints(scanned); left-- > 0;) {
+            ASSERT_EQ(at, expected) << "the first coordinate is the fastest";
             std::transform(at.begin(), at.end(), times.begin(), [=](int g) { return g * ratio; });
             const unsigned char *vertex = md_tetrab_vertex_get(expanded.get(), times.data(), input.data());
             const unsigned char *kept = md_tetrab_vertex_get(source.get(), at.data(), nullptr);
             ASSERT_EQ(Bytes(vertex, vertex + s.M), whole ? Bytes(kept, kept + s.M) : source.convert(input)) << fine;
+            ASSERT_EQ(md_tetrab_scan_vertex(scanned, at.data()), left);
+            for (std::size_t d = 0; d < at.size() && ++expected[d] == (whole ? s.R : fine); ++d)
+                expected[d] = 0;
         }
+        EXPECT_EQ(at, expected);
     }
 }
 
@@ -290,14 +258,13 @@ TEST(MdTetrabFillDouble, RoundsEveryVertexToTheNearestByte)
         for (const int layers : {0, 1, 2}) {
             const Table table({2, 3, 5});
             std::fill_n(table.data, table.size, 77);
-            Bytes expected(static_cast<std::size_t>(table.size), 77);
+            Bytes expected(table.data, table.data + table.size);
             std::vector<double> values(static_cast<std::size_t>((5 + layers) * (5 + layers) * 3), std::nan(""));
             for (int i = 0; i < 75; ++i) {
-                const int row = i / 15, rest = i % 15;
                 const double share = i % 7 == 0 ? random.below(511) / 510.0 : random.between(-0.2, 1.2);
                 const double value = lo + (hi - lo) * share, exact = 255 * (value - lo) / (hi - lo);
-                values.at(static_cast<std::size_t>(row * (5 + layers) * 3 + rest)) = value;
-                expected.at(static_cast<std::size_t>(row * 6 * 3 + rest)) =
+                values.data()[i / 15 * (5 + layers) * 3 + i % 15] = value;
+                expected.data()[i / 15 * 6 * 3 + i % 15] =
                     static_cast<unsigned char>(std::floor(std::clamp(exact, 0.0, 255.0) + 0.5));
             }
             ASSERT_EQ(md_tetrab_fill_double(table.get(), values.data(), layers, lo, hi), 1);

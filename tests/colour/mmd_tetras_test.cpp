@@ -35,7 +35,7 @@ struct Set {
         for (int t = 0; t < k; ++t) {
             int size = 0;
             unsigned short *data = mmd_tetras_dataptr(get(), t, &size);
-            std::generate_n(data, size, [&] { return static_cast<unsigned short>(random.next()); });
+            random.fill(data, static_cast<std::size_t>(size));
             singles.emplace_back(md_tetras_new(n, m, resolution), md_tetras_kill);
             int single_size = 0;
             std::copy_n(data, size, md_tetras_dataptr(singles.back().get(), &single_size));
@@ -88,114 +88,70 @@ Samples<Sample> random_pixels(int channels, Generator &random)
     return samples;
 }
 
+// Pixels by tags, through all tables, and through two of them blended: as each table alone converts them.
 template <class Sample>
-const auto tag = mmd_tetras_interp_tag;
-template <>
-const auto tag<unsigned char> = mmd_tetras_interp_tag_b;
-template <class Sample>
-const auto all = mmd_tetras_interp_all;
-template <>
-const auto all<unsigned char> = mmd_tetras_interp_all_b;
-template <class Sample>
-const auto mix = mmd_tetras_interp_mix;
-template <>
-const auto mix<unsigned char> = mmd_tetras_interp_mix_b;
+void check(const Set &set, Generator &random, auto tag, auto all, auto mix)
+{
+    SCOPED_TRACE(testing::Message() << set.k << " tables, " << set.n << " to " << set.m);
+    const auto in = random_pixels<Sample>(set.n, random);
+    const int m = set.m, channels = set.k * m, skipped = random.below(channels);
+    const int a = random.below(set.k), b = random.below(set.k), longest = random.below(2) == 0 ? 1 : 100;
+    Bytes tags(pixels);
+    Words weights(pixels);
+    for (std::size_t p = 0; p < tags.size(); ++p) {
+        const auto any = static_cast<unsigned short>(random.next());
+        weights[p] = random.below(4) == 0 ? static_cast<unsigned short>(-(any & 1)) : any;
+        tags[p] = p % static_cast<std::size_t>(longest) != 0 ? tags[p - 1]
+                  : random.below(9) == 0                     ? 255
+                                                             : static_cast<unsigned char>(random.below(set.k + 1));
+    }
+    const Samples<Sample> empty(m, pixels, m, 99), empties(channels, pixels, channels, 99);
+    Samples<Sample> tagged = empty, everything = empties;
+    std::vector<Samples<unsigned short>> results;
+    for (int t = 0; t < set.k; ++t) {
+        results.push_back(set.results(t, in));
+        for (int i = 0; i < pixels * m; ++i) {
+            const auto result = narrowed<Sample>(results.back().buffer.data()[i]);
+            if (tags.data()[i / m] == t)
+                tagged.buffer.data()[i] = result;
+            if (t * m + i % m != skipped)
+                everything.buffer.data()[i / m * channels + t * m + i % m] = result;
+        }
+    }
+    teska_test::at_every_level([&](teska::simd_level) {
+        Samples<Sample> out(m, pixels, m, 99), outs(channels, pixels, channels, 99);
+        EXPECT_EQ(tag(set.get(), in.at.data(), set.n, out.at.data(), m, pixels, tags.data()), 1);
+        ASSERT_EQ(out.buffer, tagged.buffer);
+        outs.at[static_cast<std::size_t>(skipped)] = nullptr;
+        EXPECT_EQ(all(set.get(), in.at.data(), set.n, outs.at.data(), channels, pixels), 1);
+        ASSERT_EQ(outs.buffer, everything.buffer);
+        for (const int weight : {-1, -5, 0, 16384, 65535, 99999}) {  // -1: the weights
+            const auto *const used = weight == -1 ? weights.data() : nullptr;
+            EXPECT_EQ(mix(set.get(), a, b, in.at.data(), set.n, out.at.data(), m, pixels, used, weight), 1);
+            for (int i = 0; i < pixels * m; ++i) {
+                const unsigned w = weight == -1 ? used[i / m] : static_cast<unsigned>(std::clamp(weight, 0, 65535));
+                const unsigned first = results.data()[a].buffer.data()[i], second = results.data()[b].buffer.data()[i];
+                const unsigned blend = (first * (65535 - w) + second * w + 32767) / 65535;
+                ASSERT_EQ(out.buffer.data()[i], narrowed<Sample>(static_cast<unsigned short>(blend)))
+                    << "sample " << i << " of tables " << a << " and " << b << ", weight " << w;
+            }
+        }
+    });
+}
 
-// Runs the checks for sets of several shapes, with and without curves.
-template <class... Check>
-void for_sets(Check... check)
+TEST(MmdTetras, ConvertsByTagThroughAllAndBlendedAsTheTablesAloneDo)
 {
     Generator random(41);
     const std::array<int, 4> shapes[] = {{1, 1, 1, 2}, {3, 2, 3, 9}, {3, 3, 3, 17},  {2, 3, 4, 33}, {4, 4, 4, 5},
                                          {2, 4, 7, 9}, {3, 6, 5, 3}, {255, 3, 2, 3}, {2, 11, 1, 2}};
     for (const auto &[k, n, m, r] : shapes)
-        for (const bool curved : {false, true}) {
+        for (const bool curved : {false, true, false, true}) {
             const Set set(k, n, m, r, curved, random);
-            (check(set, random), ...);
+            check<unsigned short>(set, random, mmd_tetras_interp_tag, mmd_tetras_interp_all, mmd_tetras_interp_mix);
+            check<unsigned char>(set, random, mmd_tetras_interp_tag_b, mmd_tetras_interp_all_b,
+                                 mmd_tetras_interp_mix_b);
         }
 }
-
-template <class Sample>
-void check_tag(const Set &set, Generator &random)
-{
-    const auto in = random_pixels<Sample>(set.n, random);
-    Bytes tags(pixels);
-    for (const int run : {1, 100}) {  // of one tag, at most
-        for (std::size_t p = 0; p < tags.size(); ++p)
-            tags[p] = p % static_cast<std::size_t>(run) != 0 ? tags[p - 1]
-                      : random.below(9) == 0                 ? 255
-                                                             : static_cast<unsigned char>(random.below(set.k + 1));
-        Samples<Sample> expected(set.m, pixels, set.m, 99);
-        for (int t = 0; t < set.k; ++t) {
-            const auto results = set.results(t, in);
-            for (std::size_t i = 0; i < expected.buffer.size(); ++i)
-                if (tags[i / static_cast<std::size_t>(set.m)] == t)
-                    expected.buffer[i] = narrowed<Sample>(results.buffer[i]);
-        }
-        teska_test::at_every_level([&](teska::simd_level) {
-            Samples<Sample> out(set.m, pixels, set.m, 99);
-            EXPECT_EQ(tag<Sample>(set.get(), in.at.data(), set.n, out.at.data(), set.m, pixels, tags.data()), 1);
-            ASSERT_EQ(out.buffer, expected.buffer) << set.k << " tables, " << set.n << " to " << set.m;
-        });
-    }
-}
-
-TEST(MmdTetrasTag, ConvertsEachPixelAsItsTableAloneDoes)
-{
-    for_sets(check_tag<unsigned short>, check_tag<unsigned char>);
-}
-
-template <class Sample>
-void check_all(const Set &set, Generator &random)
-{
-    const auto in = random_pixels<Sample>(set.n, random);
-    const int channels = set.k * set.m, skipped = random.below(channels);
-    Samples<Sample> expected(channels, pixels, channels, 99);
-    for (int t = 0; t < set.k; ++t) {
-        const auto results = set.results(t, in);
-        for (int i = 0; i < pixels * set.m; ++i)
-            if (t * set.m + i % set.m != skipped)
-                expected.at[static_cast<std::size_t>(t * set.m + i % set.m)][i / set.m * channels] =
-                    narrowed<Sample>(results.buffer[static_cast<std::size_t>(i)]);
-    }
-    teska_test::at_every_level([&](teska::simd_level) {
-        Samples<Sample> out(channels, pixels, channels, 99);
-        out.at[static_cast<std::size_t>(skipped)] = nullptr;
-        EXPECT_EQ(all<Sample>(set.get(), in.at.data(), set.n, out.at.data(), channels, pixels), 1);
-        ASSERT_EQ(out.buffer, expected.buffer) << set.k << " tables, " << set.n << " to " << set.m;
-    });
-}
-
-TEST(MmdTetrasAll, ConvertsThroughEveryTable) { for_sets(check_all<unsigned short>, check_all<unsigned char>); }
-
-template <class Sample>
-void check_mix(const Set &set, Generator &random)
-{
-    const auto in = random_pixels<Sample>(set.n, random);
-    const int a = random.below(set.k), b = random.below(set.k);
-    Words weights(pixels);
-    std::generate(weights.begin(), weights.end(), [&] {
-        const auto any = static_cast<unsigned short>(random.next());
-        return random.below(4) == 0 ? static_cast<unsigned short>(-(any & 1)) : any;
-    });
-    const auto first = set.results(a, in), second = set.results(b, in);
-    for (const int weight : {-1, -5, 0, 16384, 65535, 99999})  // -1: the weights
-        teska_test::at_every_level([&](teska::simd_level) {
-            Samples<Sample> out(set.m, pixels, set.m, 99);
-            EXPECT_EQ(mix<Sample>(set.get(), a, b, in.at.data(), set.n, out.at.data(), set.m, pixels,
-                                  weight == -1 ? weights.data() : nullptr, weight),
-                      1);
-            for (std::size_t i = 0; i < out.buffer.size(); ++i) {
-                const unsigned w = weight == -1 ? weights[i / static_cast<std::size_t>(set.m)]
-                                                : static_cast<unsigned>(std::clamp(weight, 0, 65535));
-                const unsigned blend = (first.buffer[i] * (65535 - w) + second.buffer[i] * w + 32767) / 65535;
-                ASSERT_EQ(out.buffer[i], narrowed<Sample>(static_cast<unsigned short>(blend)))
-                    << "sample " << i << " of tables " << a << " and " << b << ", weight " << w;
-            }
-        });
-}
-
-TEST(MmdTetrasMix, BlendsTheResultsOfTwoTables) { for_sets(check_mix<unsigned short>, check_mix<unsigned char>); }
 
 TEST(MmdTetrasMix, RefusesOtherTables)
 {

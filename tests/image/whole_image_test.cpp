@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <utility>
 
@@ -41,35 +43,27 @@ struct Picture {
         image.pixels = buffer.data() + first;
     }
 
-    template <class Visit>
-    void each(Visit visit)
-    {
-        std::size_t k = 0;
-        for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x)
-                for (int c = 0; c < components; ++c, ++k) {
-                    auto *const at = static_cast<unsigned char *>(image.pixels) + y * image.line + x * image.pixel +
-                                     c * image.component;
-                    visit(samples[k], at);
-                }
-    }
     // Any samples below a number.
     void put(Generator &random, int values)
     {
-        each([&](unsigned short &sample, unsigned char *at) {
+        for (unsigned short &sample : samples)
             sample = static_cast<unsigned short>(random.below(values));
-            *at = static_cast<unsigned char>(sample);
-            if (depth == 16)
-                std::copy_n(reinterpret_cast<const unsigned char *>(&sample), 2, at);
-        });
+        copy(true);
     }
-    void get()
+    // Between the words and the image.
+    void copy(bool store)
     {
-        each([&](unsigned short &sample, const unsigned char *at) {
-            sample = *at;
-            if (depth == 16)
-                std::copy_n(at, 2, reinterpret_cast<unsigned char *>(&sample));
-        });
+        unsigned short *sample = samples.data();
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                for (int c = 0; c < components; ++c, ++sample) {
+                    auto *const at = static_cast<unsigned char *>(image.pixels) + y * image.line + x * image.pixel +
+                                     c * image.component;
+                    if (depth == 16)
+                        store ? std::memcpy(at, sample, 2) : std::memcpy(sample, at, 2);
+                    else
+                        store ? *at = static_cast<unsigned char>(*sample) : *sample = *at;
+                }
     }
 };
 
@@ -80,49 +74,39 @@ Words in_strips(Generator &random, Picture &to, Call call)
     const int cut = random.below(to.height);
     EXPECT_EQ(cut > 0 ? call(0, cut) : 1, 1);
     EXPECT_EQ(call(cut, to.height - cut), 1);
-    to.get();
+    to.copy(false);
     return to.samples;
 }
 
-// Line by line through the filters, 16 bits; bytes make another result, through the functions for bytes.
-Words resized(int kernel, const Picture &from, const double *window, int width, int height)
+// Line by line through the filters, 16 bits; bytes are cut at another number, nothing else.
+Words resized(int kernel, const Picture &from, const double *window, const Picture &to)
 {
-    const int n = from.components;
-    Words result(static_cast<std::size_t>(width) * static_cast<std::size_t>(height * n));
-    const std::vector<unsigned char> bytes(from.samples.begin(), from.samples.end());
-    std::vector<unsigned char> byte_result(result.size());
+    const int n = from.components, top = (1 << from.depth) - 1;
+    Words result(to.samples.size());
     struct Place {
-        unsigned short *words;
-        unsigned char *bytes;
+        unsigned short *line;
         int step;
         static void took(void *context, int)
         {
-            auto *const at = static_cast<Place *>(context);
-            at->words += at->step;
-            at->bytes += at->step;
+            auto *const place = static_cast<Place *>(context);
+            place->line += place->step;
         }
-    } place{result.data(), byte_result.data(), width * n};
+    } place{result.data(), to.width * n};
     const std::unique_ptr<izat, int (*)(izat *)> zoom(izat_new(std::max(kernel, 0)), izat_kill);
     const std::unique_ptr<izoom, int (*)(izoom *)> pick(izoom_new(), izoom_kill);
     if (window != nullptr) {
+        const int corner[] = {static_cast<int>(window[0]), static_cast<int>(window[1])};
         izat_window_set(zoom.get(), window[0], window[1], window[2], window[3]);
-        izoom_window_set(pick.get(), static_cast<int>(window[0]), static_cast<int>(window[1]),
-                         static_cast<int>(window[2]), static_cast<int>(window[3]));
+        izoom_window_set(pick.get(), corner[0], corner[1], static_cast<int>(window[2]), static_cast<int>(window[3]));
     }
-    izat_start(zoom.get(), n, from.height, from.width, height, width, Place::took, &place, n, n);
-    izoom_start(pick.get(), n, from.height, from.width, height, width, Place::took, &place, n, n);
-    for (int y = 0; y < from.height; ++y) {
-        const std::ptrdiff_t at = std::ptrdiff_t{y} * from.width * n;
-        if (from.depth == 8 && kernel < 0)
-            izoom_line_b(pick.get(), bytes.data() + at, &place.bytes);
-        else if (from.depth == 8)
-            izat_line_b(zoom.get(), bytes.data() + at, &place.bytes);
-        else if (kernel < 0)
-            izoom_line(pick.get(), from.samples.data() + at, &place.words);
-        else
-            izat_line(zoom.get(), from.samples.data() + at, &place.words);
-    }
-    return from.depth == 8 ? Words(byte_result.begin(), byte_result.end()) : result;
+    izat_start(zoom.get(), n, from.height, from.width, to.height, to.width, Place::took, &place, n, n);
+    izoom_start(pick.get(), n, from.height, from.width, to.height, to.width, Place::took, &place, n, n);
+    const unsigned short *line = from.samples.data();
+    for (int y = 0; y < from.height; ++y, line += from.width * n)
+        kernel < 0 ? izoom_line(pick.get(), line, &place.line) : izat_line(zoom.get(), line, &place.line);
+    for (unsigned short &sample : result)
+        sample = static_cast<unsigned short>(std::min<int>(sample, top));
+    return result;
 }
 
 TEST(WholeImageResize, EqualsTheLinesInAnyLayoutAndInStrips)
@@ -133,14 +117,13 @@ TEST(WholeImageResize, EqualsTheLinesInAnyLayoutAndInStrips)
         Picture from(random, 1 + random.below(40), 1 + random.below(40), n, depth);
         Picture to(random, 1 + random.below(40), 1 + random.below(40), n, depth);
         from.put(random, 1 << depth);
-        const int half[] = {random.below(from.width) / 2, random.below(from.height) / 2, (from.width + 1) / 2,
-                            (from.height + 1) / 2};
-        const double part[] = {half[0] + 0.0, half[1] + 0.0, half[2] + 0.0, half[3] + 0.0};
+        const double part[] = {random.below(from.width) / 2 + 0.0, random.below(from.height) / 2 + 0.0,
+                               (from.width + 1) / 2 + 0.0, (from.height + 1) / 2 + 0.0};
         const double *const window = random.below(2) == 0 ? part : nullptr;
         const auto resize = [&](int first, int count) {
             return whole_image_resize(kernel, &from.image, &to.image, window, first, count);
         };
-        ASSERT_EQ(in_strips(random, to, resize), resized(kernel, from, window, to.width, to.height)) << round;
+        ASSERT_EQ(in_strips(random, to, resize), resized(kernel, from, window, to)) << round;
     }
 }
 
@@ -204,20 +187,19 @@ TEST(WholeImageFlood, MarksWhatIsConnectedAndOfItsColour)
         const int seed = random.below(width * height);
         std::vector<unsigned char> region(static_cast<std::size_t>(width * height), 9), expected(region.size(), 0);
         const auto fits = [&](int p) {
-            bool alike = true;
-            for (int c = 0; c < n; ++c)
-                alike = alike && std::abs(from.samples[static_cast<std::size_t>(p * n + c)] -
-                                          from.samples[static_cast<std::size_t>(seed * n + c)]) <= tolerance;
-            return alike;
+            const auto *const a = from.samples.data() + p * n, *const b = from.samples.data() + seed * n;
+            return std::equal(a, a + n, b, [=](int one, int other) { return std::abs(one - other) <= tolerance; });
         };
         const auto mark = [&](const auto &self, int p) -> void {
-            if (std::exchange(expected[static_cast<std::size_t>(p)], 1) == 1)
+            if (!fits(p) || std::exchange(expected[static_cast<std::size_t>(p)], 1) == 1)
                 return;
-            const bool inside[] = {p % width > 0, p % width < width - 1, p >= width, p < width * (height - 1)};
-            const int beside[] = {p - 1, p + 1, p - width, p + width};
-            for (int k = 0; k < 4; ++k)
-                if (inside[k] && fits(beside[k]))
-                    self(self, beside[k]);
+            const std::pair<bool, int> beside[] = {{p % width > 0, -1},
+                                                   {p % width < width - 1, 1},
+                                                   {p >= width, -width},
+                                                   {p < width * (height - 1), width}};
+            for (const auto &[inside, step] : beside)
+                if (inside)
+                    self(self, p + step);
         };
         mark(mark, seed);
         ASSERT_EQ(whole_image_flood(&from.image, seed % width, seed / width, tolerance, region.data()), 1);
@@ -232,15 +214,10 @@ TEST(WholeImage, RefusesWhatIsNoImage)
     Reports reports;
     unsigned char byte[16] = {};
     const whole_image fine{byte, 2, 2, 1, 16, 4, 2, 2};
-    const whole_image bad[] = {{nullptr, 2, 2, 1, 16, 4, 2, 2},
-                               {byte, 0, 2, 1, 16, 4, 2, 2},
-                               {byte, 2, 0, 1, 16, 4, 2, 2},
-                               {byte, 2, 2, 0, 16, 4, 2, 2},
-                               {byte, 2, 2, 1, 12, 4, 2, 2},
-                               {byte, 2, 2, 1, 16, 3, 2, 2},
-                               {byte, 2, 2, 1, 16, 4, 1, 2},
-                               {byte, 2, 2, 1, 16, 4, 2, 1},
-                               {byte, 2, 2, 1, 16, 4, std::int64_t{1} << 40, 2}};
+    const whole_image bad[] = {
+        {nullptr, 2, 2, 1, 16, 4, 2, 2}, {byte, 0, 2, 1, 16, 4, 2, 2}, {byte, 2, 0, 1, 16, 4, 2, 2},
+        {byte, 2, 2, 0, 16, 4, 2, 2},    {byte, 2, 2, 1, 12, 4, 2, 2}, {byte, 2, 2, 1, 16, 3, 2, 2},
+        {byte, 2, 2, 1, 16, 4, 1, 2},    {byte, 2, 2, 1, 16, 4, 2, 1}, {byte, 2, 2, 1, 16, 4, 1LL << 40, 2}};
     const double one = 1.0;
     const whole_image_sharpening how{0, &one, nullptr, 0, nullptr, nullptr};
     for (const whole_image &image : bad) {
