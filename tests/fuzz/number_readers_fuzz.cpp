@@ -11,11 +11,7 @@
 #include "numb.h"
 #include "str_zuk.h"
 
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
-#include <vector>
 
 using fuzz::expect;
 

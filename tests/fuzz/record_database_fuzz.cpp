@@ -9,10 +9,8 @@
 #include "zuk.h"
 
 #include <algorithm>
-#include <cctype>
 #include <memory>
 #include <string>
-#include <utility>
 
 using fuzz::expect;
 
@@ -38,19 +36,20 @@ auto find(Entries &entries, const std::string &name)
     return std::find_if(entries.begin(), entries.end(), [&](const auto &entry) { return entry.first == name; });
 }
 
-bool is_line(const std::string &text) { return text.size() <= 256 && text.find_first_of("\r\n") == std::string::npos; }
-
-bool is_name(const std::string &text, char reserved)
+bool is_line(const std::string &text, const char *reserved = "\r\n")
 {
-    return is_line(text) && !text.empty() && text.find(reserved) == std::string::npos && text.back() != ' ' &&
-           text.back() != '\t';
+    return text.size() <= 256 && text.find_first_of(reserved) == std::string::npos;
+}
+
+bool is_name(const std::string &text, const char *reserved)
+{
+    return is_line(text, reserved) && !text.empty() && text.find_last_of(" \t") != text.size() - 1;
 }
 
 std::string without_blanks(std::string text)
 {
     text.erase(0, text.find_first_not_of(" \t"));
-    text.erase(text.find_last_not_of(" \t") + 1);
-    return text;
+    return text.erase(text.find_last_not_of(" \t") + 1);
 }
 
 // A text of characters that mean something; sometimes as long as is allowed, or longer.
@@ -67,13 +66,13 @@ std::string text_of(fuzz::Input &input)
 }
 
 struct Session {
-    explicit Session(const std::string &folder)
+    explicit Session(std::string place) : folder(std::move(place)) { open(zuk_create_rfile); }
+
+    void open(zuk_rfile *(*take)(zuk_db *, const char *))
     {
-        for (int i = 0; i < files; ++i) {
-            paths[i] = folder + "/" + std::to_string(i);
-            file[i] = zuk_create_rfile(db.get(), paths[i].c_str());
-            expect(file[i] != nullptr);
-        }
+        db.reset(zuk_open());
+        for (int i = 0; i < files; ++i)
+            expect((file[i] = take(db.get(), (folder + "/" + std::to_string(i)).c_str())) != nullptr);
     }
 
     // The topmost file that has the topic; it is compared without case.
@@ -87,7 +86,7 @@ struct Session {
 
     void add_topic(int at, const std::string &topic, const std::string &comment)
     {
-        const bool legal = is_name(topic, ']') && comment.find_first_of("\r\n") == std::string::npos;
+        const bool legal = is_name(topic, "\r\n]") && comment.find_first_of("\r\n") == std::string::npos;
         expect((zuk_add_topic(db.get(), file[at], topic.c_str(), comment.c_str()) == 0) == legal);
         if (legal && find(model[at], lower(topic)) == model[at].end())
             model[at].push_back({lower(topic), {}});
@@ -97,15 +96,13 @@ struct Session {
     {
         Items *const items = items_of(topic);
         const std::size_t start = name.find_first_not_of(" \t");
-        const bool legal = items != nullptr && is_name(name, '=') && name[start] != '[' && is_line(value);
+        const bool legal = items != nullptr && is_name(name, "\r\n=") && name[start] != '[' && is_line(value);
         expect((zuk_add_item(db.get(), topic.c_str(), name.c_str(), value.c_str(), "") == 0) == legal);
         if (!legal)
             return;
-        const auto found = find(*items, name);
-        if (found != items->end())
-            found->second = without_blanks(value);
-        else
-            items->push_back({name, without_blanks(value)});
+        if (find(*items, name) == items->end())
+            items->push_back({name, ""});
+        find(*items, name)->second = without_blanks(value);
     }
 
     void search(const std::string &topic, const std::string &name)
@@ -133,22 +130,11 @@ struct Session {
     void save_and_load()
     {
         expect(zuk_flush(db.get()) == 0);
-        db.reset(zuk_open());
-        for (int i = 0; i < files; ++i) {
-            file[i] = zuk_push_rfile(db.get(), paths[i].c_str());
-            expect(file[i] != nullptr);
-        }
+        open(zuk_push_rfile);
     }
 
-    void list_all()
-    {
-        for (const Topics &topics : model)
-            for (const auto &topic : topics)
-                list(topic.first);
-    }
-
-    Database db{zuk_open(), zuk_close};
-    std::string paths[files];
+    const std::string folder;
+    Database db{nullptr, zuk_close};
     zuk_rfile *file[files] = {};
     Topics model[files];
 };
@@ -175,8 +161,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         else
             session.save_and_load();
     }
-    session.list_all();
-    session.save_and_load();
-    session.list_all();
+    for (int turn = 0; turn < 2; ++turn, session.save_and_load())
+        for (const Topics &topics : session.model)
+            for (const auto &topic : topics)
+                session.list(topic.first);
     return 0;
 }

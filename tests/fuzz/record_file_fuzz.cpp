@@ -7,8 +7,6 @@
 #include "fuzz/target.h"
 #include "str_zuk.h"
 
-#include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <sstream>
 #include <string>

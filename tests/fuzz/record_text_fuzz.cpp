@@ -5,11 +5,7 @@
 #include "str_zuk.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
 #include <string>
-#include <vector>
 
 using Names = std::vector<std::string>;
 

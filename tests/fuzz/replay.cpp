@@ -6,8 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>

@@ -9,11 +9,7 @@
 #include "wem.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
 #include <memory>
-#include <vector>
 
 namespace
 {
@@ -52,13 +48,8 @@ int hash(int parameter, const void *key)
     return static_cast<int>(sum);
 }
 
-int match(const void *stored, const void *key) { return compare(stored, key) == 0 ? 1 : 0; }
-
-int empty(const void *slot)
-{
-    static const char zeros[16] = {};
-    return compare(slot, zeros) == 0 ? 1 : 0;
-}
+int match(const void *stored, const void *key) { return compare(stored, key) == 0; }
+int empty(const void *slot) { return match(slot, "\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0"); }
 
 // Fixed bytes 0 .. 13, or texts with offsets of 2 or 4 bytes.
 int code_of(int byte) { return byte % 16 - 2; }
@@ -74,12 +65,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     error_set(0);
     wem_set_typefl([](const char *) { return 0; });
     TableInput input{{data, std::min<std::size_t>(size, 4096)}};
-    const int key_code = code_of(input.byte());
-    const int data_code = code_of(input.byte());
-    const int nr_slots = input.byte() % 32;
-    const int parameter = input.byte() - 100;
-    const int key_bytes = input.byte();
-    const int data_bytes = input.byte();
+    const int key_code = code_of(input.byte()), data_code = code_of(input.byte()), nr_slots = input.byte() % 32;
+    const int parameter = input.byte() - 100, key_bytes = input.byte(), data_bytes = input.byte();
     const Bytes slots = input.bytes(nr_slots * (width_of(key_code) + width_of(data_code)));
     const Bytes keys = input.bytes(key_bytes);
     const Bytes texts = input.bytes(data_bytes);
@@ -89,23 +76,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
                         key_bytes, texts.data(), data_bytes),
         hash_tab_kill);
     expect(table != nullptr && hash_tab_nr_items(table.get()) == nr_slots);
-    Bytes key_out = room(key_code);
-    Bytes data_out = room(data_code);
+    Bytes key_out = room(key_code), data_out = room(data_code);
     while (input.left > 0) {
         const int action = input.byte() % 8;
-        const Bytes key = input.value(key_code);
-        const Bytes value = input.value(data_code);
+        const Bytes key = input.value(key_code), value = input.value(data_code);
         const int index = input.byte() % 36 - 2;
         hash_tab *t = table.get();
-        const auto changed = [index](int result) { return result > 0 ? index : -1; };
         // The slot that was found or changed, or -1.
         const int slot = action == 0   ? hash_tab_insert(t, key.data(), value.data())
                          : action == 1 ? hash_tab_get(t, key.data(), data_out.data())
                          : action == 2 ? hash_tab_put(t, key.data(), value.data())
                          : action == 3 ? hash_tab_delete(t, key.data())
-                         : action == 4 ? changed(hash_tab_delete_index(t, index))
-                         : action == 5 ? changed(hash_tab_uninsert_index(t, index))
-                         : action == 6 ? changed(hash_tab_put_index(t, index, value.data()))
+                         : action == 4 ? (hash_tab_delete_index(t, index) > 0 ? index : -1)
+                         : action == 5 ? (hash_tab_uninsert_index(t, index) > 0 ? index : -1)
+                         : action == 6 ? (hash_tab_put_index(t, index, value.data()) > 0 ? index : -1)
                                        : hash_tab_index(t, index, key_out.data(), data_out.data());
         expect(slot >= -1 && slot < nr_slots);
         if (action != 0 || slot < 0)

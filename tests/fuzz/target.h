@@ -3,7 +3,6 @@
 #ifndef TESKA_TESTS_TARGET_H
 #define TESKA_TESTS_TARGET_H
 
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>

@@ -39,6 +39,8 @@ struct Device {
     }
 };
 
+bool unit(double value, double within = 0) { return value >= -within && value <= 1 + within; }
+
 void expect_conversions(TTriangularTopSurface &top, const Device &device)
 {
     for (int c = 0; c < 1 << device.colorants; ++c) {
@@ -46,17 +48,18 @@ void expect_conversions(TTriangularTopSurface &top, const Device &device)
         const double *const colour = device.corner[c];
         if (!std::isfinite(colour[0] + colour[1] + colour[2]))
             continue;
-        for (const bool smaller : {false, true}) {
-            const int there = smaller ? top.DetermineNormCoordMinGam(colour, norm, &penalty, 1)
-                                      : top.DetermineNormCoord(colour, norm, &penalty, 1);
-            if (there != 0)
-                continue;
-            expect(norm[0] >= 0 && norm[0] <= 1 && norm[1] >= 0 && norm[1] <= 1 && norm[2] <= 1 && penalty <= 0);
-            expect((smaller ? top.DetermineXYZMinGam(norm, back, nullptr, 1)
-                            : top.DetermineXYZ(norm, back, nullptr, 1)) == 0);
-            if (!smaller && top.DetermineNormCoord(back, again, nullptr, 1) == 0)
-                expect(std::isfinite(again[0] + again[1]));
-        }
+        using Top = TTriangularTopSurface;
+        const auto convert = [&](auto there, auto back_again) {
+            if ((top.*there)(colour, norm, &penalty, 1) != 0)
+                return false;
+            expect(unit(norm[0]) && unit(norm[1]) && norm[2] <= 1 && penalty <= 0);
+            expect((top.*back_again)(norm, back, nullptr, 1) == 0);
+            return true;
+        };
+        convert(&Top::DetermineNormCoordMinGam, &Top::DetermineXYZMinGam);
+        if (convert(&Top::DetermineNormCoord, &Top::DetermineXYZ) &&
+            top.DetermineNormCoord(back, again, nullptr, 1) == 0)
+            expect(std::isfinite(again[0] + again[1]));
     }
 }
 
@@ -69,8 +72,7 @@ void expect_parts(TTriangularTopSurface &top, int colorants)
         const double middle[] = {0.5, 0.5, 0.5, 0.5};
         expect(top.GetPrimComb(part, values.data()) == 0 && top.GetNrVarCoordPrimComb(part) >= 2);
         expect(top.GetDevCoord(part, middle, values.data()) == 0);
-        for (const double value : values)
-            expect(value >= 0 && value <= 1);
+        expect(std::all_of(values.begin(), values.end(), [](double value) { return unit(value); }));
     }
     double xyz[3][3], coords[3][3];
     int triangles = 0, heads = 0;
@@ -78,8 +80,7 @@ void expect_parts(TTriangularTopSurface &top, int colorants)
         heads += more;
         for (int k = 0; k < 3; ++k) {
             expect(std::isfinite(xyz[k][0] + xyz[k][1] + xyz[k][2]));
-            expect(coords[k][0] >= -1e-9 && coords[k][0] <= 1 + 1e-9 && coords[k][1] >= -1e-9 &&
-                   coords[k][1] <= 1 + 1e-9);
+            expect(unit(coords[k][0], 1e-9) && unit(coords[k][1], 1e-9));
         }
         expect(++triangles < 1000000);
     }
@@ -95,31 +96,25 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     error_set(0);
     fuzz::Input input{data, size};
     Device device = {1 + input.below(4), {}, 16, 1};
-    const int counts_of = device.colorants, steps = input.below(20), vertical = input.below(4);
-    const int odd = input.byte();
+    const int steps = input.below(20), vertical = input.below(4), odd = input.byte();
     if (odd < 32) {
         device.odd = odd % 16;
         device.result = odd < 16 ? -1 : 1;
     }
-    std::vector<std::vector<double>> levels;
-    std::vector<const double *> of;
-    std::vector<int> counts;
-    for (int i = 0; i < counts_of; ++i) {
-        levels.emplace_back(static_cast<std::size_t>(2 + input.below(4)));
-        for (double &level : levels.back())
-            level = input.byte() / 255.0;
-        counts.push_back(static_cast<int>(levels.back().size()));
+    double levels[4][5];
+    const double *of[4] = {levels[0], levels[1], levels[2], levels[3]};
+    int counts[4];
+    for (int i = 0; i < device.colorants; ++i) {
+        counts[i] = 2 + input.below(4);
+        std::generate(levels[i], levels[i] + counts[i], [&] { return input.byte() / 255.0; });
     }
-    for (const auto &own : levels)
-        of.push_back(own.data());
     for (int c = 0; c < 1 << device.colorants; ++c)
         for (double &axis : device.corner[c])
             axis = &axis == device.corner[c] + vertical ? 1 + input.byte() / 2.0 : input.byte() / 2.0 - 64;
     if (device.odd < 16 && device.result == 1)
         device.corner[device.odd][input.below(3)] = input.number();
 
-    TTriangularTopSurface top(device.colorants, of.data(), counts.data(), &device, vertical, Device::convert, steps,
-                              steps);
+    TTriangularTopSurface top(device.colorants, of, counts, &device, vertical, Device::convert, steps, steps);
     const int error = top.ErrNo();
     expect(error >= 0 && error <= 2);
     TTriangularTopSurface copy(top);

@@ -13,6 +13,13 @@ namespace
 
 int silent(const char *) { return 0; }
 
+constexpr From open_flags{[](Draw &draw, int *) {
+    const auto perhaps = [&](int flag) { return draw.chance(2) ? flag : 0; };
+    return draw.random.below(4) | perhaps(LOPRA_O_CREAT) | perhaps(LOPRA_O_EXCL) | perhaps(LOPRA_O_TEMPORARY);
+}};
+
+const auto date = [] { return one_of(20240229, 20230229, 101, 99991231, 0, -1, INT_MIN, INT_MAX); };
+
 const HostileRows rows({
     row<wem_lognam_clear, elapsed, cputime, dattim, zuk_open>(),
     row<zuk_close>(last_of),
@@ -37,45 +44,32 @@ const HostileRows rows({
     without("wem_zalloc", "in the row of wem_zcreate"),
     without("wem_zfree", "in the row of wem_zcreate"),
     without("wem_zdestroy", "in the row of wem_zcreate"),
-    row<cvtdta>(one_of(20240229, 20230229, 101, 99991231, 0, -1, INT_MIN, INT_MAX), out(12)),
+    row<cvtdta>(date(), out(12)),
     row<cvttma>(one_of(0, 235960, 240000, 6000, -1, INT_MIN, INT_MAX), out(9)),
-    row<dayweek>(one_of(20240229, 20230229, 101, 99991231, 0, -1, INT_MIN, INT_MAX), out(10)),
+    row<dayweek>(date(), out(10)),
     by<fopen_utf8>([](Draw &draw) {
         const std::string &path = hostile_path(draw);
         if (std::FILE *file = fopen_utf8(draw.chance(6) ? nullptr : path.c_str(), hostile_text(draw).c_str()))
             std::fclose(file);
     }),
-    by<open_utf8>([](Draw &draw) {
-        const std::string &path = hostile_path(draw);
-        const int flags = draw.random.below(4) | (draw.chance(2) ? LOPRA_O_CREAT : 0) |
-                          (draw.chance(2) ? LOPRA_O_EXCL : 0) | (draw.chance(2) ? LOPRA_O_TEMPORARY : 0);
-        close_utf8(open_utf8(draw.chance(6) ? nullptr : path.c_str(), flags, draw.value<int>()));
-    }),
-    by<lock_utf8>([](Draw &draw) {
-        const std::string &path = hostile_path(draw);
-        close_utf8(lock_utf8(draw.chance(6) ? nullptr : path.c_str()));
-    }),
+    by<open_utf8>([](const char *name, int flags, int mode) { close_utf8(open_utf8(name, flags, mode)); },
+                  or_null(path()), open_flags),
+    by<lock_utf8>([](const char *name) { close_utf8(lock_utf8(name)); }, or_null(path())),
     by<create_below_utf8>([](Draw &draw) {
         const std::string folder = hostile_path(draw);
         if (!folder.empty())
             close_utf8(create_below_utf8(draw.chance(6) ? nullptr : folder.c_str(), hostile_text(draw).c_str()));
     }),
     row<close_utf8>(one_of(-1, INT_MIN, INT_MAX)),
-    by<CreateFile_utf8>([](Draw &draw) {
-        const std::string &path = hostile_path(draw);
-        const lopra_handle handle =
-            CreateFile_utf8(draw.chance(6) ? nullptr : path.c_str(), draw.value<unsigned>(), draw.value<unsigned>() & 3,
-                            nullptr, draw.value<unsigned>() & 7, LOPRA_FLAG_NORMAL, nullptr);
-        if (handle != LOPRA_INVALID_HANDLE)
-            CloseFile_utf8(handle);
-    }),
-    by<CloseFile_utf8>([](Draw &) { CloseFile_utf8(LOPRA_INVALID_HANDLE); }),
+    by<CreateFile_utf8>(
+        [](const char *name, unsigned access, unsigned share, unsigned how) {
+            CloseFile_utf8(CreateFile_utf8(name, access, share & 3, nullptr, how & 7, LOPRA_FLAG_NORMAL, nullptr));
+        },
+        or_null(path())),
+    without("CloseFile_utf8", "in the row of CreateFile_utf8"),
     by<write_utf8>([](Draw &draw) { write_utf8(draw.chance(2) ? -1 : INT_MAX, draw.values<char>(4), 4); }),
     row<replace_utf8>(or_null(path()), in_as<char>(16), one_of(0, 1, 16)),
-    by<full_path_utf8>([](Draw &draw) {
-        const std::string &path = hostile_path(draw);
-        std::free(full_path_utf8(draw.chance(6) ? nullptr : path.c_str()));
-    }),
+    by<full_path_utf8>([](const char *name) { std::free(full_path_utf8(name)); }, or_null(path())),
     row<chmod_utf8>(or_null(path()), usual),
     row<stat32_utf8>(or_null(path()), out(1)),
     row<rename_utf8>(or_null(path()), or_null(path())),

@@ -11,9 +11,14 @@ constexpr char tag[] = "hostile";
 
 int tested_size(void *, int id) { return id - 3; }
 void no_load(void *, int, void *) {}
+const From entry{[](Draw &, void **) -> void * {
+    static TObjEl only(&only);
+    return static_cast<TElement *>(&only);
+}};
 int first_equal(const void *element, const void *key) { return std::memcmp(element, key, 8); }
 
 const auto or_no_order = or_null(always(after));
+const auto few = [] { return one_of(1, 5, 16, 0, -1, INT_MIN); };
 const auto element = [] { return in_as<tetra_point>(1); };
 const auto key = [] { return in_as<int>(1); };
 const auto data = [] { return in_as<double>(1); };
@@ -39,20 +44,15 @@ const HostileRows rows({
         itemfifo_nr_items, list_get_num, list_get_ext, list_get_el_size, get_system_time, time_get_time,
         time_get_elapsed_time, time_get_date, teska_version, teska_version_number>(),
     row<cache_kill, dynar_kill, hash_tab_kill, itemfifo_kill, list_kill>(last_of),
-    row<cache_new>(one_of(1, 5, 0, -1, INT_MIN), one_of(1, 5, 0, -1, INT_MIN), one_of(1, 16, 0, -1, INT_MIN),
-                   always(tested_size), always(no_load)),
+    row<cache_new>(few(), few(), few(), always(tested_size), always(no_load)),
     feeding<cache_get>(live, about(1, 6)),
     row<cache_delete, cache_lock, cache_lock_get>(live, about(1, 6)),
     row<dynar_new>(one_of(1, 16), one_of(0, 1, 10, -1, INT_MIN)),
     row<dynar_ptr>(live, one_of(0, 3, 100, -1, INT_MIN, INT_MAX)),
     row<error_mess_fl>(text(), or_null(text()), usual),
-    by<error_set>([](Draw &draw) { error_set(draw.value<int>()), error_mess_fl("x", "", 0), error_set(0); }),
-    by<error_set_thread>([](Draw &draw) {
-        for (const int mode : {draw.value<int>(), TESKA_ERROR_PROCESS_WIDE}) {
-            error_mess_fl("x", "", 0);
-            error_get();
-            error_set_thread(mode);
-        }
+    by<error_set>([](int mode) { error_set(mode), error_mess_fl("x", "", 0), error_set(0); }),
+    by<error_set_thread>([](int mode) {
+        error_set_thread(mode), error_mess_fl("x", "", 0), error_get(), error_set_thread(TESKA_ERROR_PROCESS_WIDE);
     }),
     by<error_set_handler>([](Draw &draw) {
         void *context = &draw;
@@ -62,7 +62,7 @@ const HostileRows rows({
     row<error_set_thread_handler>(always(nullptr), always(nullptr), or_null(out(1))),
     row<error_exit, dbg>(text()),
     row<teska_warn>(one_of(-1, INT_MIN), text()),
-    by<teska_warn_level>([](Draw &draw) { teska_warn_level(draw.value<int>()), teska_warn_level(INT_MAX); }),
+    by<teska_warn_level>([](int level) { teska_warn_level(level), teska_warn_level(INT_MAX); }),
     row<dbg_set>(always(0)),
     row<hash_tab_new>(one_of(0, 1, 4, 20, -1, INT_MIN), one_of(4), one_of(8, 0), always(hash_of), always(same_key),
                       always(no_key), usual, or_null(out(1))),
@@ -71,13 +71,13 @@ const HostileRows rows({
     row<hash_tab_delete>(live, key()),
     row<hash_tab_delete_index, hash_tab_uninsert_index>(live, about(0, 6)),
     row<hash_tab_put_index>(live, about(0, 6), data()),
-    row<hash_tab_get>(kept, key(), or_null(bytes(8))),
-    row<hash_tab_index>(kept, about(0, 6), bytes(4), or_null(bytes(8))),
+    row<hash_tab_get>(kept, key(), or_null(out(8))),
+    row<hash_tab_index>(kept, about(0, 6), out(4), or_null(out(8))),
     row<hash_tab_keys>(kept),
     row<hash_tab_tab>(kept, or_null(out(1)), or_null(out(1))),
     row<itemfifo_new>(one_of(1, 16, INT_MAX), one_of(0, 1, 10, -1, INT_MIN, INT_MAX)),
     row<itemfifo_put>(live, data()),
-    feeding<itemfifo_get>(live, bytes(8)),
+    feeding<itemfifo_get>(live, out(8)),
     row<list_new>(one_of(0, 1, 10, 65536, -1, INT_MIN), one_of(1, 32, 65536 + 8), always(nullptr)),
     row<list_insert>(live, element()),
     row<list_insert_index>(live, element(), one_of(0, 3, 20, 65534), one_of(0, 1, -1, INT_MIN)),
@@ -89,7 +89,7 @@ const HostileRows rows({
     row<list_search_el>(kept, element(), always(first_equal)),
     row<list_get_element>(kept, about(0, 9)),
     row<list_num>(or_null(live)),
-    by<rom_obj_new>(registered([](Draw &, void *, void *) {})),
+    without("rom_obj_new", "in the row of rom_obj_kill"),
     by<rom_obj_kill>(registered([](Draw &, void *object, void *) { rom_obj_kill(object); })),
     by<rom_objtype_check>(registered([](Draw &draw, void *object, void *) {
         rom_objtype_check(object, draw.chance(2) ? tag : hostile_text(draw).c_str());
@@ -103,14 +103,7 @@ const HostileRows rows({
     without("waitsec", "waits for the clock"),
     row<waitmsec>(one_of(0, 1)),
     row<get_diff_system_time>(out(1), one_of(0, 2147483), one_of(0, 999000)),
-    by<tObjListFindObj>([](Draw &draw) {
-        TObjEl entry(&draw);
-        tObjListFindObj(static_cast<TElement *>(&entry), draw.chance(2) ? nullptr : &draw);
-    }),
-    by<tObjListFindObjSameContent>([](Draw &draw) {
-        TObjEl entry(&draw);
-        tObjListFindObjSameContent(static_cast<TElement *>(&entry), draw.chance(2) ? nullptr : &draw);
-    }),
+    row<tObjListFindObj, tObjListFindObjSameContent>(entry, or_null(in(1))),
 });
 
 }  // namespace

@@ -32,8 +32,8 @@ void divided(Draw &draw, T *curve)
 {
     T *halves[2] = {};
     divide(curve, draw.chance(2) ? draw.number() : draw.random.unit(), &halves[0], &halves[1]);
-    receive(halves[0], {});
-    receive(halves[1], {});
+    receive(halves[0]);
+    receive(halves[1]);
 }
 
 const auto orders = [] { return or_null(always(after)); };
@@ -56,7 +56,7 @@ const HostileRows rows({
                     out(1), one_of(0, 1)),
     by<bezier_subdivide>([](Draw &draw) { divided<bezier_subdivide>(draw, lend<bezier>(draw, true)); }),
     row<bezier_vector_error>(live),
-    row<bezier_vector_fd>(live, bytes(9 * 40), one_of(0, 1, 8, -1, INT_MIN), one_of(0, 16, 40, 15, 1)),
+    row<bezier_vector_fd>(live, out(9 * 40), one_of(0, 1, 8, -1, INT_MIN), one_of(0, 16, 40, 15, 1)),
     by<bezier_fvector>([](Draw &draw) {
         bezier *b = lend<bezier>(draw, true);
         double *points = nullptr;

@@ -12,6 +12,10 @@ constexpr From no_port{[](Draw &draw, rs232_rec **) {
     return draw.chance(2) ? nullptr : reinterpret_cast<rs232_rec *>(draw.values<double>(80));
 }};
 
+constexpr From any_context{[](Draw &draw, MD5_CTX **) {
+    return reinterpret_cast<MD5_CTX *>(draw.room<unsigned>(sizeof(MD5_CTX) / sizeof(unsigned)));
+}};
+
 const HostileRows rows({
     row<fport_setres, fport_StripExtension, setflowrs232, rsys_dir_num, rsys_dir_skipped, file_double_save>(),
     row<archive_kill, flock_free, rsys_dir_kill, file_double_kill>(last_of),
@@ -32,7 +36,7 @@ const HostileRows rows({
         EXPECT_LE(fport_StripPath(full.c_str(), prefix.c_str()) - full.c_str(), static_cast<int>(prefix.size()) + 1);
     }),
     row<fport_MakeFullPath>(text(), text(), out(850), one_of(0, 1, 5, 850, -1, INT_MIN)),
-    by<MD5Init>([](Draw &draw) { MD5Init(reinterpret_cast<MD5_CTX *>(draw.room<unsigned>(sizeof(MD5_CTX) / 4))); }),
+    row<MD5Init>(any_context),
     by<MD5Update>([](Draw &draw) {
         MD5_CTX context;
         MD5Init(&context);
@@ -40,18 +44,11 @@ const HostileRows rows({
             MD5Update(&context, n > 0 ? draw.values<unsigned char>(n) : nullptr, static_cast<unsigned>(n));
         MD5Final(draw.room<unsigned char>(16), &context);
     }),
-    by<MD5Final>([](Draw &draw) {
-        MD5_CTX context;
-        std::memcpy(&context, draw.values<unsigned char>(sizeof context), sizeof context);
-        MD5Final(draw.room<unsigned char>(16), &context);
-    }),
+    row<MD5Final>(out(16), any_context),
     row<MD5_check_file>(or_null(path()), out(33)),
-    by<initrs232>([](Draw &draw) {
-        const std::string &port = hostile_path(draw);
-        EXPECT_EQ(initrs232(draw.chance(6) ? nullptr : port.c_str(), draw.value<int>(), draw.value<int>(),
-                            draw.value<int>(), draw.value<int>(), draw.value<int>()),
-                  nullptr);
-    }),
+    by<initrs232>([](const char *port, int a, int b, int c, int d,
+                     int e) { EXPECT_EQ(initrs232(port, a, b, c, d, e), nullptr); },
+                  or_null(path())),
     row<closers232, outbrs232, inbrs232, inrs232rdy, outrs232rdy>(no_port),
     row<outstringrs232>(no_port, or_null(in(4)), one_of(0, 4, -1, INT_MIN)),
     row<rsys_dir_new>(or_null(path()), or_null(text()), usual),
@@ -65,8 +62,7 @@ const HostileRows rows({
         if (name.find("..") == std::string::npos && !hostile_path(draw).empty())
             receive(teska_wemopen_file(draw.chance(6) ? nullptr : name.c_str(), draw.chance(6) ? "" : search.c_str(),
                                        draw.random.below(2) * 4 + draw.random.below(2),
-                                       draw.chance(3) ? nullptr : draw.room<char>(700), 700),
-                    {});
+                                       draw.chance(3) ? nullptr : draw.room<char>(700), 700));
     }),
     row<file_double_new>(path(), one_of(3, 0, -1, INT_MIN), one_of(0, 1)),
     row<file_double_add_item>(live, text(), in(3)),

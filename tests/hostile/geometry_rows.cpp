@@ -22,12 +22,17 @@ constexpr From device{[]<class T>(Draw &draw, T **) -> T * {
 
 int select_some(const tetra_point *p, int index) { return p->x > 0 || index % 2; }
 
-template <auto fill, class Table>
-void fill_from_cloud(Draw &draw, Table *table)
-{
-    double *const scale = draw.values<double>(3), *const offset = draw.values<double>(3);
-    fill(lend<clg>(draw, true), table, draw.chance(2) ? scale : nullptr, draw.chance(2) ? offset : nullptr);
-}
+// A table that a cloud fills, as a rule.
+constexpr From of_four{[]<class T>(Draw &draw, T **) -> T * {
+    const int inputs = draw.chance(8) ? 2 : 3, outputs = draw.chance(8) ? 3 : 4;
+    T *table;
+    if constexpr (std::is_same_v<T, md_tetrab>)
+        table = md_tetrab_new(inputs, outputs, 3);
+    else
+        table = md_tetrad_new(inputs, outputs, 3, draw.number(), draw.number());
+    draw.later([table] { receive(table); });
+    return table;
+}};
 
 const HostileRows rows({
     row<clg_build, clg_num_points, clg_num_cells, convex_hull_new, convex_hull_set_unit, convex_hull_construct,
@@ -43,17 +48,7 @@ const HostileRows rows({
     row<clg_find>(live, point(), or_null(out(4)), distance()),
     row<clg_nearest>(live, point(), nearest(), or_null(out(4)), distance()),
     row<clg_colour>(live, device, out(3)),
-    by<clg_fill_tetrad>([](Draw &draw) {
-        md_tetrad *table =
-            md_tetrad_new(draw.chance(8) ? 2 : 3, draw.chance(8) ? 3 : 4, 3, draw.number(), draw.number());
-        fill_from_cloud<clg_fill_tetrad>(draw, table);
-        receive(table, {});
-    }),
-    by<clg_fill_tetrab>([](Draw &draw) {
-        md_tetrab *table = md_tetrab_new(draw.chance(8) ? 2 : 3, draw.chance(8) ? 3 : 4, 3);
-        fill_from_cloud<clg_fill_tetrab>(draw, table);
-        receive(table, {});
-    }),
+    row<clg_fill_tetrad, clg_fill_tetrab>(live, of_four, or_null(in(3)), or_null(in(3))),
     row<convex_hull_add_points>(live, in(9), one_of(0, 1, 3, -1, INT_MIN)),
     row<convex_hull_nearest>(live, point(), nearest(), distance(), or_null(out(1)), or_null(out(3))),
     row<convex_hull_get_vertex>(live, about(0, 12), or_null(out(3)), or_null(out(1))),
@@ -76,8 +71,8 @@ const HostileRows rows({
     row<plane_new, tetra_volume_new, tetra_get_volume, tetra_get_true_volume>(or_null(live)),
     row<plane_new2>(corner(), corner(), corner()),
     row<tetra_new>(corner(), corner(), corner(), corner()),
-    by<plane_kill>([](Draw &draw) { plane_kill(draw.chance(4) ? nullptr : Object<tetra_plane>::make(draw)); }),
-    by<tetra_kill>([](Draw &draw) { tetra_kill(draw.chance(4) ? nullptr : Object<tetra_rec>::make(draw)); }),
+    by<plane_kill>([](tetra_plane *made) { plane_kill(made); }, last_of),
+    by<tetra_kill>([](tetra_rec *made) { tetra_kill(made); }, last_of),
     row<tetra_volume_new2>(or_null(live), one_of(0, 1, -1), always(select_some)),
     row<tetra_volume_add_plane>(no_volume(), corner(), corner(), corner()),
     row<tetra_volume_add_plane2>(no_volume(), or_null(live)),
@@ -97,7 +92,7 @@ const HostileRows rows({
     by<tetra_volume_get_border_points>([](Draw &draw) {
         list_rec *points = nullptr;
         tetra_volume_get_border_points(draw.chance(6) ? nullptr : lend<tetra_volume>(draw, true), nullptr, &points);
-        receive(points, {});
+        receive(points);
     }),
     row<tetra_volume_nearest>(no_volume(), point(), nearest(), distance(), or_null(out(1)), or_null(out(3))),
     by<tetra_volume_view>([](Draw &draw) {
@@ -119,8 +114,7 @@ const HostileRows rows({
         }
         receive(top_surface_new(draw.chance(8) ? -draw.random.below(3) : 2 + draw.random.below(2), levels, counts,
                                 draw.chance(8) ? 3 : draw.random.below(3), a_device, draw.chance(2) ? counts : nullptr,
-                                draw.chance(8) ? draw.random.below(4) - 1 : 5),
-                {});
+                                draw.chance(8) ? draw.random.below(4) - 1 : 5));
     }),
     row<top_surface_get_nr_parts, top_surface_edge>(kept),
     row<top_surface_get_part>(kept, about(0, 1), out(2)),

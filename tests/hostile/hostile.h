@@ -28,6 +28,7 @@
 #include <functional>
 #include <initializer_list>
 #include <limits>
+#include <list>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -158,105 +159,87 @@ private:
 };
 
 // What an object is asked with: the same values again and again. What is written to them is part of the answer.
-template <class T>
-struct Plain {
-    T argument() const
-    {
-        if constexpr (std::is_floating_point_v<T>)
-            return T(0.25);
-        else if constexpr (std::is_arithmetic_v<T>)
-            return 1;
-        else
-            return nullptr;
-    }
-    void add(Digest &) const {}
+struct Memory {
+    std::list<std::vector<double>> values, pointers;
 };
 
-template <class T>
-requires std::is_arithmetic_v<T> || std::is_void_v<T>
-struct Plain<T *> {
-    using Value = std::conditional_t<std::is_void_v<T>, double, std::remove_const_t<T>>;
-    Value values[300] = {};
+template <class Result, class... Parameter>
+auto nobody(Result (*)(Parameter...))
+{
+    return [](Parameter...) { return Result(); };
+}
 
-    T *argument()
-    {
-        if constexpr (std::is_same_v<Value, char>)
+template <class T>
+T same_argument(Memory &memory)
+{
+    using Target = std::remove_const_t<std::remove_pointer_t<T>>;
+    using Value = std::conditional_t<std::is_void_v<Target>, double, Target>;
+    if constexpr (std::is_floating_point_v<T>)
+        return T(0.25);
+    else if constexpr (std::is_arithmetic_v<T>)
+        return 1;
+    else if constexpr (std::is_function_v<Target>)
+        return nobody(T());
+    else if constexpr (std::is_arithmetic_v<Value> || std::is_pointer_v<Value>) {
+        constexpr std::size_t count = 296;
+        auto &place = std::is_pointer_v<Value> ? memory.pointers : memory.values;
+        auto *const values = reinterpret_cast<Value *>(place.emplace_back(sizeof(Value) * count / 8).data());
+        if constexpr (std::is_pointer_v<Value>)
+            std::fill(values, values + count, same_argument<Value>(memory));
+        else if constexpr (std::is_same_v<Value, char>)
             values[0] = 'a';
         else if constexpr (std::is_floating_point_v<Value>)
             std::generate(values, values + 8, [x = 0.125]() mutable { return static_cast<Value>(x *= 2); });
         else
             std::fill(values, values + 8, static_cast<Value>(1 + std::numeric_limits<Value>::max() / 5 * 2));
         return values;
+    } else {
+        return nullptr;
     }
-    void add(Digest &digest) const { digest.add(values, sizeof values); }
-};
-
-// Pointers to the same samples.
-template <class Row>
-requires std::is_pointer_v<Row> && std::is_arithmetic_v<std::remove_pointer_t<Row>>
-struct Plain<Row *> {
-    using Samples = std::remove_const_t<Row>;
-    Plain<Samples> samples;
-    Samples rows[256];
-
-    Row *argument()
-    {
-        std::fill(rows, rows + 256, samples.argument());
-        return rows;
-    }
-    void add(Digest &digest) const { samples.add(digest); }
-};
-
-template <class Result, class... Parameter>
-struct Plain<Result (*)(Parameter...)> {
-    auto argument() const
-    {
-        return [](Parameter...) { return Result(); };
-    }
-    void add(Digest &) const {}
-};
+}
 
 template <class T, class Result, class Given, class... Parameter>
 void ask(T *object, Digest &digest, Result (*query)(Given, Parameter...))
 {
-    std::tuple<Plain<Parameter>...> plain;
-    const auto call = [&](auto &...each) { return query(object, each.argument()...); };
-    if constexpr (std::is_arithmetic_v<Result>) {
-        const Result result = std::apply(call, plain);
-        digest.add(&result, sizeof result);
-    } else {
-        std::apply(call, plain);
-    }
-    std::apply([&](const auto &...each) { (each.add(digest), ...); }, plain);
+    Memory memory;
+    const std::tuple<Given, Parameter...> arguments{object, same_argument<Parameter>(memory)...};
+    if constexpr (std::is_arithmetic_v<Result>)
+        digest.put(std::apply(query, arguments));
+    else
+        std::apply(query, arguments);
+    for (const std::vector<double> &written : memory.values)
+        digest.put(written);
 }
 
-// What the rows know of a type of object: how to make one (null when the draw made none), to free it, to ask it.
-//     template <> struct Object<mat> : Ways<mat_kill, mat_get_element> { static mat *make(Draw &draw); };
-template <class T>
-struct Object;
+// What the rows know of a type of object: how to make one (of null when the draw made none), to free it, to ask it.
+//     inline auto make(Draw &draw, mat *) { return made<mat_kill, mat_get_element>(mat_new( ... )); }
+template <class T, auto kill, auto... query>
+struct Made {
+    T *object;
 
-template <auto kill, auto... query>
-struct Ways {
-    static void free(auto *object) { kill(object); }
-    static void ask([[maybe_unused]] auto *object, [[maybe_unused]] Digest &digest)
+    static void free(T *object) { kill(object); }
+    static std::uint64_t answers([[maybe_unused]] T *object)
     {
-        (teska_test::ask(object, digest, query), ...);
+        Digest digest;
+        (ask(object, digest, query), ...);
+        return digest.value();
     }
 };
 
-template <class T>
-concept Known = requires(T *object, Digest &digest)
+template <auto kill, auto... query, class T>
+Made<T, kill, query...> made(T *object)
 {
-    Object<T>::ask(object, digest);
-};
-
-template <Known T>
-std::uint64_t answers(T *object)
-{
-    Digest digest;
-    Object<T>::ask(object, digest);
-    return digest.value();
+    return {object};
 }
+
+template <class T>
+using Kind = decltype(make(std::declval<Draw &>(), static_cast<T *>(nullptr)));
+
+template <class T>
+concept Known = requires
+{
+    typename Kind<T>;
+};
 
 // An object for a call; frozen: it must answer as before.
 template <Known T>
@@ -264,12 +247,12 @@ T *lend(Draw &draw, bool frozen)
 {
     T *object = nullptr;
     while (object == nullptr)
-        object = Object<T>::make(draw);
+        object = make(draw, static_cast<T *>(nullptr)).object;
     draw.remember(object);
-    draw.later([object, frozen, before = answers(object)] {
-        const std::uint64_t after = answers(object);
+    draw.later([object, frozen, before = Kind<T>::answers(object)] {
+        const std::uint64_t after = Kind<T>::answers(object);
         EXPECT_TRUE(!frozen || after == before) << "the object answers otherwise";
-        Object<T>::free(object);
+        Kind<T>::free(object);
     });
     return object;
 }
@@ -291,24 +274,29 @@ inline constexpr From live{
 inline constexpr From kept{[]<class T>(Draw &draw, T **) { return lend<std::remove_const_t<T>>(draw, true); }};
 
 // An object that the call frees, or null.
-inline constexpr From last_of{
-    []<class T>(Draw &draw, T **) -> T * { return draw.chance(4) ? nullptr : Object<T>::make(draw); }};
+inline constexpr From last_of{[]<class T>(Draw &draw, T **) -> T * {
+    return draw.chance(4) ? nullptr : make(draw, static_cast<T *>(nullptr)).object;
+}};
+
+// A pointer to void is one to bytes.
+template <class T>
+using Value = std::conditional_t<std::is_void_v<T>, unsigned char, std::remove_const_t<T>>;
 
 inline auto in(int n)
 {
-    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.values<std::remove_const_t<T>>(n); }};
+    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.values<Value<T>>(n); }};
 }
 
-// For a parameter that is a pointer to void: what it points to.
-template <class Value>
+// What a pointer to void points to, when it is no bytes.
+template <class Element>
 auto in_as(int n)
 {
-    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.values<Value>(n); }};
+    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.values<Element>(n); }};
 }
 
 inline auto out(int n)
 {
-    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.room<std::remove_const_t<T>>(n); }};
+    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.room<Value<T>>(n); }};
 }
 
 // The same, each value one of those given.
@@ -328,12 +316,6 @@ auto room_of(int n, Value... value)
 inline auto mid(int n)
 {
     return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.room<std::remove_const_t<T>>(2 * n + 1) + n; }};
-}
-
-// Bytes of an argument that is a pointer to void.
-inline auto bytes(int n)
-{
-    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.room<unsigned char>(n); }};
 }
 
 // Pointers to the middles of k rows of 2 n + 1 samples; some of them may be null.
@@ -447,25 +429,23 @@ struct HostileRow {
     friend void PrintTo(const HostileRow &row, std::ostream *stream) { *stream << row.name; }
 };
 
-// What a call gave: an object is asked and freed, unless it is one of the arguments.
+// What a call gave: an object is asked and freed.
 template <class Result>
-void receive(Result result, const std::vector<const void *> &arguments)
+void receive(Result result)
 {
-    if constexpr (std::is_pointer_v<Result>)
-        if constexpr (Known<std::remove_pointer_t<Result>>)
-            if (result != nullptr && std::find(arguments.begin(), arguments.end(), result) == arguments.end()) {
-                answers(result);
-                Object<std::remove_pointer_t<Result>>::free(result);
-            }
+    if constexpr (Known<std::remove_pointer_t<Result>>)
+        if (result != nullptr) {
+            Kind<std::remove_pointer_t<Result>>::answers(result);
+            Kind<std::remove_pointer_t<Result>>::free(result);
+        }
 }
 
-template <class T>
-const void *address(const T &argument)
+template <class Result, class T>
+bool same(Result result, T argument)
 {
-    if constexpr (std::is_pointer_v<T> && !std::is_function_v<std::remove_pointer_t<T>>)
-        return argument;
-    else
-        return nullptr;
+    if constexpr (std::is_same_v<Result, T>)
+        return result == argument;
+    return false;
 }
 
 // Calls a function with one argument of each; the braces draw them in order.
@@ -477,8 +457,8 @@ std::function<void(Draw &)> caller_of_all(int times, Result (*function)(Paramete
         const auto call = [&](auto... argument) {
             if constexpr (std::is_void_v<Result>)
                 function(argument...);
-            else
-                receive(function(argument...), {address(argument)...});
+            else if (const Result result = function(argument...); !(same(result, argument) || ...))
+                receive(result);
         };
         for (int i = 0; i < times; ++i)
             std::apply(call, arguments);
@@ -525,11 +505,14 @@ Rows feeding(Source... source)
     return {HostileRow{name_of<function>(), caller(7, function, source...)}...};
 }
 
-// A function that the row itself calls.
-template <auto function>
-Rows by(std::function<void(Draw &)> call)
+// A function that is called by another one, which takes its arguments or draws them.
+template <auto function, class Call, class... Source>
+Rows by(Call call, Source... source)
 {
-    return {{name_of<function>(), std::move(call)}};
+    if constexpr (std::is_invocable_v<Call, Draw &>)
+        return {{name_of<function>(), call}};
+    else
+        return {{name_of<function>(), caller(1, +call, source...)}};
 }
 
 // For one of several functions of a name: which, by the types of its parameters.

@@ -21,112 +21,79 @@ inline tetra_point Draw::value()
 
 // ---- Numerics -------------------------------------------------------------------------------------------------------
 
-template <>
-struct Object<mat> : Ways<mat_kill, mat_get_element> {
-    static mat *make(Draw &draw) { return mat_new(draw.values<double>(9), 3); }
-};
+inline auto make(Draw &draw, mat *) { return made<mat_kill, mat_get_element>(mat_new(draw.values<double>(9), 3)); }
 
 inline double bowl(void *, void *, const double *x) { return x[0] * x[0] + (x[1] - 1) * (x[1] - 1); }
 
-template <>
-struct Object<dhsm> : Ways<dhsm_kill, dhsm_solve> {
-    static dhsm *make(Draw &) { return dhsm_new(bowl, nullptr, 2); }
-};
+inline auto make(Draw &, dhsm *) { return made<dhsm_kill, dhsm_solve>(dhsm_new(bowl, nullptr, 2)); }
 
-template <>
-struct Object<random_rec> : Ways<random_kill, random_val> {
-    static random_rec *make(Draw &draw) { return random_new(draw.value<int>()); }
-};
+inline auto make(Draw &draw, random_rec *) { return made<random_kill, random_val>(random_new(draw.value<int>())); }
 
-template <>
-struct Object<rdither> : Ways<rdither_kill, rdither_val> {
-    static rdither *make(Draw &) { return rdither_new(255, 15); }
-};
+inline auto make(Draw &, rdither *) { return made<rdither_kill, rdither_val>(rdither_new(255, 15)); }
 
-template <>
-struct Object<restriction> : Ways<restriction_kill, restriction_get_num_of_var, restriction_makeX> {
-    static restriction *make(Draw &draw)
-    {
-        const double *const rows = draw.values<double>(12);
-        return restriction_new(3, draw.random.below(2), rows, 2, rows + 4);
-    }
-};
+inline auto make(Draw &draw, restriction *)
+{
+    const double *const rows = draw.values<double>(12);
+    return made<restriction_kill, restriction_get_num_of_var, restriction_makeX>(
+        restriction_new(3, draw.random.below(2), rows, 2, rows + 4));
+}
 
-template <>
-struct Object<vect_lobe> : Ways<vect_lobe_kill, vect_lobe_weight> {
-    static vect_lobe *make(Draw &draw)
-    {
-        return vect_lobe_new(3, draw.values<double>(3), draw.values<double>(3), draw.number(), draw.number());
-    }
-};
+inline auto make(Draw &draw, vect_lobe *)
+{
+    return made<vect_lobe_kill, vect_lobe_weight>(
+        vect_lobe_new(3, draw.values<double>(3), draw.values<double>(3), draw.number(), draw.number()));
+}
 
 // ---- Curves ---------------------------------------------------------------------------------------------------------
 
-template <>
-struct Object<bezier> : Ways<bezier_kill, bezier_get> {
-    static bezier *make(Draw &draw)
-    {
-        bezier *b = bezier_new(2 + draw.random.below(3), 0, 0, 0, 0);
-        bezier_set_control_poly(b, draw.values<double>(5), draw.values<double>(5));
-        return b;
-    }
-};
+inline auto make(Draw &draw, bezier *)
+{
+    bezier *b = bezier_new(2 + draw.random.below(3), 0, 0, 0, 0);
+    bezier_set_control_poly(b, draw.values<double>(5), draw.values<double>(5));
+    return made<bezier_kill, bezier_get>(b);
+}
 
-template <>
-struct Object<poly_bezier> : Ways<poly_bezier_kill, poly_bezier_get, poly_bezier_area> {
-    static poly_bezier *make(Draw &draw)
-    {
-        poly_bezier *p = poly_bezier_new(draw.number(), draw.number());
-        for (int i = draw.random.below(4); i > 0 && p != nullptr; --i)
-            poly_bezier_add(p, 1 + draw.random.below(3), draw.values<double>(3), draw.values<double>(3));
-        return p;
-    }
-};
+inline auto make(Draw &draw, poly_bezier *)
+{
+    poly_bezier *p = poly_bezier_new(draw.number(), draw.number());
+    for (int i = draw.random.below(4); i > 0 && p != nullptr; --i)
+        poly_bezier_add(p, 1 + draw.random.below(3), draw.values<double>(3), draw.values<double>(3));
+    return made<poly_bezier_kill, poly_bezier_get, poly_bezier_area>(p);
+}
 
 inline int after(const void *element, const void *key)
 {
     return *static_cast<const double *>(element) > *static_cast<const double *>(key);
 }
 
-template <>
-struct Object<func> : Ways<func_kill, func_num, func_pos> {
-    static func *make(Draw &draw)
-    {
-        func *f = func_new(1, sizeof(double), sizeof(double), draw.chance(4) ? nullptr : after);
-        for (int i = draw.random.below(6); i > 0; --i)
-            func_insert(f, draw.values<double>(1), draw.values<double>(1));
-        return f;
-    }
-};
+inline auto make(Draw &draw, func *)
+{
+    func *f = func_new(1, sizeof(double), sizeof(double), draw.chance(4) ? nullptr : after);
+    for (int i = draw.random.below(6); i > 0; --i)
+        func_insert(f, draw.values<double>(1), draw.values<double>(1));
+    return made<func_kill, func_num, func_pos>(f);
+}
 
-template <>
-struct Object<lin_interp_double> : Ways<lin_interp_double_kill, lin_interp_double_inter> {
-    static lin_interp_double *make(Draw &draw)
-    {
-        lin_interp_double *li = lin_interp_double_new(1, draw.chance(4) ? after : nullptr);
-        for (int i = draw.random.below(6); i > 0; --i)
-            lin_interp_double_insert(li, draw.number(), draw.number());
-        return li;
-    }
-};
+inline auto make(Draw &draw, lin_interp_double *)
+{
+    lin_interp_double *li = lin_interp_double_new(1, draw.chance(4) ? after : nullptr);
+    for (int i = draw.random.below(6); i > 0; --i)
+        lin_interp_double_insert(li, draw.number(), draw.number());
+    return made<lin_interp_double_kill, lin_interp_double_inter>(li);
+}
 
-template <>
-struct Object<grad_tab> : Ways<grad_tab_kill, grad_tab_do> {
-    static grad_tab *make(Draw &draw)
-    {
-        return grad_tab_new_points(draw.values<double>(6), draw.random.below(4), draw.number(), draw.number());
-    }
-};
+inline auto make(Draw &draw, grad_tab *)
+{
+    return made<grad_tab_kill, grad_tab_do>(
+        grad_tab_new_points(draw.values<double>(6), draw.random.below(4), draw.number(), draw.number()));
+}
 
-template <>
-struct Object<hist> : Ways<hist_kill, hist_med, hist_percentile> {
-    static hist *make(Draw &draw)
-    {
-        hist *h = hist_new(-2, 5);
-        hist_point(h, draw.values<int>(4), 4);
-        return h;
-    }
-};
+inline auto make(Draw &draw, hist *)
+{
+    hist *h = hist_new(-2, 5);
+    hist_point(h, draw.values<int>(4), 4);
+    return made<hist_kill, hist_med, hist_percentile>(h);
+}
 
 // ---- Colour: three inputs and two outputs, but where a row made it otherwise ----------------------------------------
 
@@ -140,43 +107,36 @@ auto *filled(Draw &draw, auto *table, At... at)
     return table;
 }
 
-template <>
-struct Object<clut_table> : Ways<clut_table_kill, clut_table_interp> {
-    static clut_table *make(Draw &draw)
-    {
-        const int points[3] = {2, 3, 2};
-        return clut_table_new(3, points, 2, draw.values<float>(24));
-    }
-};
+inline auto make(Draw &draw, clut_table *)
+{
+    const int points[3] = {2, 3, 2};
+    return made<clut_table_kill, clut_table_interp>(clut_table_new(3, points, 2, draw.values<float>(24)));
+}
 
-template <>
-struct Object<md_tetrab> : Ways<md_tetrab_kill, md_tetrab_interp> {
-    static md_tetrab *make(Draw &draw)
-    {
-        const int low = draw.random.below(200), high = low + 1 + draw.random.below(255 - low);
-        return filled<md_tetrab_dataptr>(draw, draw.chance(2)
-                                                   ? md_tetrab_new(3, 2, 3)
-                                                   : md_tetrab_new_special(3, 2, 3, low, high, draw.random.below(3)));
-    }
-};
+inline auto make(Draw &draw, md_tetrab *)
+{
+    const int low = draw.random.below(200), high = low + 1 + draw.random.below(255 - low);
+    return made<md_tetrab_kill, md_tetrab_interp>(filled<md_tetrab_dataptr>(
+        draw,
+        draw.chance(2) ? md_tetrab_new(3, 2, 3) : md_tetrab_new_special(3, 2, 3, low, high, draw.random.below(3))));
+}
 
-template <>
-struct Object<md_tetrad> : Ways<md_tetrad_kill, md_tetrad_interp> {
-    static md_tetrad *make(Draw &draw)
-    {
-        return filled<md_tetrad_dataptr>(draw, md_tetrad_new(3, 2, 3, draw.number(), draw.number()));
-    }
-};
+inline auto make(Draw &draw, md_tetrad *)
+{
+    return made<md_tetrad_kill, md_tetrad_interp>(
+        filled<md_tetrad_dataptr>(draw, md_tetrad_new(3, 2, 3, draw.number(), draw.number())));
+}
 
-template <>
-struct Object<md_tetras> : Ways<md_tetras_kill, md_tetras_interp> {
-    static md_tetras *make(Draw &draw) { return filled<md_tetras_dataptr>(draw, md_tetras_new(3, 2, 3)); }
-};
+inline auto make(Draw &draw, md_tetras *)
+{
+    return made<md_tetras_kill, md_tetras_interp>(filled<md_tetras_dataptr>(draw, md_tetras_new(3, 2, 3)));
+}
 
-template <>
-struct Object<mmd_tetras> : Ways<mmd_tetras_kill, mmd_tetras_interp_mix> {
-    static mmd_tetras *make(Draw &draw) { return filled<mmd_tetras_dataptr>(draw, mmd_tetras_new(3, 3, 2, 3), 1); }
-};
+inline auto make(Draw &draw, mmd_tetras *)
+{
+    return made<mmd_tetras_kill, mmd_tetras_interp_mix>(
+        filled<mmd_tetras_dataptr>(draw, mmd_tetras_new(3, 3, 2, 3), 1));
+}
 
 // ---- Images ---------------------------------------------------------------------------------------------------------
 
@@ -186,39 +146,31 @@ inline void taken(int) {}
 // A step for lines of 80 samples and up to 6 pixels of 4 components.
 inline int a_step(Draw &draw) { return draw.random.below(9) - 4; }
 
-template <>
-struct Object<fir> : Ways<fir_kill, fir_start, fir_mono_b> {
-    static fir *make(Draw &draw)
-    {
-        fir *record = fir_new(draw.random.below(4), draw.value<int>() & INT_MAX);
-        return fir_start_with(record, 1 + draw.random.below(4), 1 + draw.random.below(6), draw.random.below(7), handed,
-                              nullptr, a_step(draw), a_step(draw));
-    }
-};
+inline auto make(Draw &draw, fir *)
+{
+    fir *record = fir_new(draw.random.below(4), draw.value<int>() & INT_MAX);
+    return made<fir_kill, fir_start, fir_mono_b>(fir_start_with(record, 1 + draw.random.below(4),
+                                                                1 + draw.random.below(6), draw.random.below(7), handed,
+                                                                nullptr, a_step(draw), a_step(draw)));
+}
 
-template <>
-struct Object<flood> : Ways<flood_kill, flood_do> {
-    static flood *make(Draw &)
-    {
-        return flood_new([](void *, int, int) { return 0; }, [](void *, int, int, int) {});
-    }
-};
+inline auto make(Draw &, flood *)
+{
+    return made<flood_kill, flood_do>(flood_new([](void *, int, int) { return 0; }, [](void *, int, int, int) {}));
+}
 
 // Two of four components are sharpened; lines of bytes and of words fit.
-template <>
-struct Object<fusm> : Ways<fusm_kill, fusm_start, fusm_b_do> {
-    static fusm *make(Draw &draw)
-    {
-        fusm *record = fusm_new(draw.random.below(3), draw.random.below(300), 2, 4, nullptr, nullptr);
-        fusm_stren_set(record, draw.values<double>(2));
-        fusm_noise_red_set(record, draw.values<double>(2));
-        if (draw.chance(2))
-            fusm_level_red_set(record, 2, draw.values<double>(4), draw.values<double>(4));
-        fusm_start_with(record, draw.random.below(8), draw.random.below(7), handed, nullptr, a_step(draw), a_step(draw),
-                        a_step(draw));
-        return record;
-    }
-};
+inline auto make(Draw &draw, fusm *)
+{
+    fusm *record = fusm_new(draw.random.below(3), draw.random.below(300), 2, 4, nullptr, nullptr);
+    fusm_stren_set(record, draw.values<double>(2));
+    fusm_noise_red_set(record, draw.values<double>(2));
+    if (draw.chance(2))
+        fusm_level_red_set(record, 2, draw.values<double>(4), draw.values<double>(4));
+    fusm_start_with(record, draw.random.below(8), draw.random.below(7), handed, nullptr, a_step(draw), a_step(draw),
+                    a_step(draw));
+    return made<fusm_kill, fusm_start, fusm_b_do>(record);
+}
 
 // From 1 .. 6 lines and columns to as many.
 template <auto start>
@@ -229,88 +181,71 @@ auto *scaling(Draw &draw, auto *record)
     return record;
 }
 
-template <>
-struct Object<ibilin> : Ways<ibilin_kill, ibilin_start, ibilin_mono_b> {
-    static ibilin *make(Draw &draw) { return scaling<ibilin_start_with>(draw, ibilin_new(0)); }
-};
+inline auto make(Draw &draw, ibilin *)
+{
+    return made<ibilin_kill, ibilin_start, ibilin_mono_b>(scaling<ibilin_start_with>(draw, ibilin_new(0)));
+}
 
-template <>
-struct Object<izoom> : Ways<izoom_kill, izoom_start, izoom_line_b> {
-    static izoom *make(Draw &draw) { return scaling<izoom_start>(draw, izoom_new()); }
-};
+inline auto make(Draw &draw, izoom *)
+{
+    return made<izoom_kill, izoom_start, izoom_line_b>(scaling<izoom_start>(draw, izoom_new()));
+}
 
-template <>
-struct Object<izat> : Ways<izat_kill, izat_start, izat_line_b> {
-    static izat *make(Draw &draw) { return scaling<izat_start>(draw, izat_new(draw.random.below(5))); }
-};
+inline auto make(Draw &draw, izat *)
+{
+    return made<izat_kill, izat_start, izat_line_b>(scaling<izat_start>(draw, izat_new(draw.random.below(5))));
+}
 
 // ---- Geometry -------------------------------------------------------------------------------------------------------
 
-template <>
-struct Object<clg> : Ways<clg_kill, clg_find> {
-    static clg *make(Draw &draw)
-    {
-        clg *c = clg_new(4, 1 + draw.random.below(4), 0, 1);
-        for (int i = 0; i < 20; ++i) {
-            double device[4];
-            std::generate(device, device + 4,
-                          [&] { return draw.chance(2) ? draw.random.below(2) : draw.random.unit(); });
-            clg_add(c, device, draw.values<double>(3));
-        }
-        if (!draw.chance(6))
-            clg_build(c);
-        return c;
+inline auto make(Draw &draw, clg *)
+{
+    clg *c = clg_new(4, 1 + draw.random.below(4), 0, 1);
+    for (int i = 0; i < 20; ++i) {
+        double device[4];
+        std::generate(device, device + 4, [&] { return draw.chance(2) ? draw.random.below(2) : draw.random.unit(); });
+        clg_add(c, device, draw.values<double>(3));
     }
-};
+    if (!draw.chance(6))
+        clg_build(c);
+    return made<clg_kill, clg_find>(c);
+}
 
-template <>
-struct Object<convex_hull>
-    : Ways<convex_hull_kill, convex_hull_inside, convex_hull_get_nr_faces, convex_hull_get_volume> {
-    static convex_hull *make(Draw &draw)
-    {
-        convex_hull *hull = convex_hull_new();
-        convex_hull_add_points(hull, draw.values<double>(36), 12);
-        if (!draw.chance(6))
-            convex_hull_construct(hull);
-        return hull;
-    }
-};
+inline auto make(Draw &draw, convex_hull *)
+{
+    convex_hull *hull = convex_hull_new();
+    convex_hull_add_points(hull, draw.values<double>(36), 12);
+    if (!draw.chance(6))
+        convex_hull_construct(hull);
+    return made<convex_hull_kill, convex_hull_inside, convex_hull_get_nr_faces, convex_hull_get_volume>(hull);
+}
 
-template <>
-struct Object<tetra_plane> : Ways<plane_kill, triangle_point_inside> {
-    static tetra_plane *make(Draw &draw)
-    {
-        const tetra_point *const p = draw.values<tetra_point>(3);
-        return plane_new2(p, p + 1, p + 2);
-    }
-};
+inline auto make(Draw &draw, tetra_plane *)
+{
+    const tetra_point *const p = draw.values<tetra_point>(3);
+    return made<plane_kill, triangle_point_inside>(plane_new2(p, p + 1, p + 2));
+}
 
-template <>
-struct Object<tetra_rec> : Ways<tetra_kill, tetra_point_inside, tetra_get_true_volume> {
-    static tetra_rec *make(Draw &draw)
-    {
+inline auto make(Draw &draw, tetra_rec *)
+{
+    const tetra_point *const p = draw.values<tetra_point>(4);
+    return made<tetra_kill, tetra_point_inside, tetra_get_true_volume>(tetra_new(p, p + 1, p + 2, p + 3));
+}
+
+inline auto make(Draw &draw, tetra_volume *)
+{
+    list_rec *points = list_new(1, sizeof(tetra_point), nullptr);
+    for (int i = draw.random.below(14); i > 0; --i)
+        list_insert(points, draw.values<tetra_point>(1));
+    tetra_volume *v = tetra_volume_new(points);
+    list_kill(points);
+    if (v != nullptr && draw.chance(3)) {
         const tetra_point *const p = draw.values<tetra_point>(4);
-        return tetra_new(p, p + 1, p + 2, p + 3);
+        tetra_volume_add_plane(v, p, p + 1, p + 2);
+        tetra_volume_add_tetra(v, p, p + 1, p + 2, p + 3);
     }
-};
-
-template <>
-struct Object<tetra_volume> : Ways<tetra_volume_kill, tetra_volume_point_inside, tetra_volume_nearest> {
-    static tetra_volume *make(Draw &draw)
-    {
-        list_rec *points = list_new(1, sizeof(tetra_point), nullptr);
-        for (int i = draw.random.below(14); i > 0; --i)
-            list_insert(points, draw.values<tetra_point>(1));
-        tetra_volume *v = tetra_volume_new(points);
-        list_kill(points);
-        if (v != nullptr && draw.chance(3)) {
-            const tetra_point *const p = draw.values<tetra_point>(4);
-            tetra_volume_add_plane(v, p, p + 1, p + 2);
-            tetra_volume_add_tetra(v, p, p + 1, p + 2, p + 3);
-        }
-        return v;
-    }
-};
+    return made<tetra_volume_kill, tetra_volume_point_inside, tetra_volume_nearest>(v);
+}
 
 // The same colour for the same device values, hostile for some of them when `user` is there.
 // Two colorants at least.
@@ -328,60 +263,47 @@ inline int a_device(void *user, const double *device, double *colour)
     return draw.chance(3) ? -1 : 0;
 }
 
-template <>
-struct Object<top_surface> : Ways<top_surface_kill, top_surface_normalise> {
-    static top_surface *make(Draw &draw)
-    {
-        static const double ramp[3] = {1, 0.5, 0}, *const levels[2] = {ramp, ramp};
-        static int hostile, counts[2] = {3, 3};
-        return top_surface_new(2, levels, counts, 0, a_device, draw.chance(3) ? &hostile : nullptr, 5);
-    }
-};
+inline auto make(Draw &draw, top_surface *)
+{
+    static const double ramp[3] = {1, 0.5, 0}, *const levels[2] = {ramp, ramp};
+    static int hostile, counts[2] = {3, 3};
+    return made<top_surface_kill, top_surface_normalise>(
+        top_surface_new(2, levels, counts, 0, a_device, draw.chance(3) ? &hostile : nullptr, 5));
+}
 
 // ---- Core -----------------------------------------------------------------------------------------------------------
 
-template <>
-struct Object<cache> : Ways<cache_kill, cache_flush, cache_get> {
-    static cache *make(Draw &draw)
-    {
-        return cache_new(
-            6, 4, 8, [](void *, int id) { return 13 - 5 * id; },
-            [](void *, int id, void *place) { std::memset(place, id, static_cast<std::size_t>(13 - 5 * id)); }, &draw);
-    }
-};
+inline int page_size(void *, int id) { return 13 - 5 * id; }
 
-template <>
-struct Object<dynar> : Ways<dynar_kill, dynar_nr_items> {
-    static dynar *make(Draw &draw)
-    {
-        dynar *array = dynar_new(16, draw.random.below(3));
-        for (int i = draw.random.below(4); i > 0; --i)
-            dynar_ptr(array, i);
-        return array;
-    }
-};
+inline auto make(Draw &draw, cache *)
+{
+    const auto load = [](void *, int id, void *page) { std::memset(page, id, static_cast<std::size_t>(13 - 5 * id)); };
+    return made<cache_kill, cache_flush, cache_get>(cache_new(6, 4, 8, page_size, load, &draw));
+}
 
-template <>
-struct Object<itemfifo> : Ways<itemfifo_kill, itemfifo_nr_items> {
-    static itemfifo *make(Draw &draw)
-    {
-        itemfifo *fifo = itemfifo_new(8, draw.random.below(4));
-        for (int i = draw.random.below(6); i > 0; --i)
-            itemfifo_put(fifo, draw.values<double>(1));
-        return fifo;
-    }
-};
+inline auto make(Draw &draw, dynar *)
+{
+    dynar *array = dynar_new(16, draw.random.below(3));
+    for (int i = draw.random.below(4); i > 0; --i)
+        dynar_ptr(array, i);
+    return made<dynar_kill, dynar_nr_items>(array);
+}
 
-template <>
-struct Object<list_rec> : Ways<list_kill, list_num, list_pos> {
-    static list_rec *make(Draw &draw)
-    {
-        list_rec *list = list_new(1, sizeof(tetra_point), draw.chance(2) ? after : nullptr);
-        for (int i = draw.random.below(10); i > 0; --i)
-            list_insert(list, draw.values<tetra_point>(1));
-        return list;
-    }
-};
+inline auto make(Draw &draw, itemfifo *)
+{
+    itemfifo *fifo = itemfifo_new(8, draw.random.below(4));
+    for (int i = draw.random.below(6); i > 0; --i)
+        itemfifo_put(fifo, draw.values<double>(1));
+    return made<itemfifo_kill, itemfifo_nr_items>(fifo);
+}
+
+inline auto make(Draw &draw, list_rec *)
+{
+    list_rec *list = list_new(1, sizeof(tetra_point), draw.chance(2) ? after : nullptr);
+    for (int i = draw.random.below(10); i > 0; --i)
+        list_insert(list, draw.values<tetra_point>(1));
+    return made<list_kill, list_num, list_pos>(list);
+}
 
 // Keys of 4 bytes and data of 8.
 inline int hash_of(int parameter, const void *key)
@@ -391,59 +313,45 @@ inline int hash_of(int parameter, const void *key)
 inline int same_key(const void *a, const void *b) { return std::memcmp(a, b, 4) == 0; }
 inline int no_key(const void *slot) { return same_key(slot, "\0\0\0"); }
 
-template <>
-struct Object<hash_tab> : Ways<hash_tab_kill, hash_tab_nr_items, hash_tab_get> {
-    static hash_tab *make(Draw &draw)
-    {
-        hash_tab *table = hash_tab_new(4, 4, 8, hash_of, same_key, no_key, draw.random.below(9), nullptr);
-        for (int i = draw.random.below(7); i > 0; --i)
-            hash_tab_insert(table, draw.values<int>(1), draw.values<double>(1));
-        return table;
-    }
-};
+inline auto make(Draw &draw, hash_tab *)
+{
+    hash_tab *table = hash_tab_new(4, 4, 8, hash_of, same_key, no_key, draw.random.below(9), nullptr);
+    for (int i = draw.random.below(7); i > 0; --i)
+        hash_tab_insert(table, draw.values<int>(1), draw.values<double>(1));
+    return made<hash_tab_kill, hash_tab_nr_items, hash_tab_get>(table);
+}
 
 // ---- Files ----------------------------------------------------------------------------------------------------------
 
-template <>
-struct Object<archive> : Ways<archive_kill, archive_get_error> {
-    static archive *make(Draw &draw)
-    {
-        const std::string &path = hostile_path(draw);
-        archive *a = draw.chance(2) ? archive_open(path.c_str(), nullptr) : archive_create(path.c_str(), "x", nullptr);
-        if (a != nullptr)
-            archive_add(a, "entry", "content", 7);
-        return a;
-    }
-};
+inline auto make(Draw &draw, archive *)
+{
+    const std::string &path = hostile_path(draw);
+    archive *a = draw.chance(2) ? archive_open(path.c_str(), nullptr) : archive_create(path.c_str(), "x", nullptr);
+    if (a != nullptr)
+        archive_add(a, "entry", "content", 7);
+    return made<archive_kill, archive_get_error>(a);
+}
 
-template <>
-struct Object<flock_rec> : Ways<flock_free> {
-    static flock_rec *make(Draw &draw) { return flock_get(hostile_path(draw).c_str()); }
-};
+inline auto make(Draw &draw, flock_rec *) { return made<flock_free>(flock_get(hostile_path(draw).c_str())); }
 
-template <>
-struct Object<rsys_dir> : Ways<rsys_dir_kill, rsys_dir_num> {
-    static rsys_dir *make(Draw &draw) { return rsys_dir_new(hostile_path(draw).c_str(), "", draw.random.below(64)); }
-};
+inline auto make(Draw &draw, rsys_dir *)
+{
+    return made<rsys_dir_kill, rsys_dir_num>(rsys_dir_new(hostile_path(draw).c_str(), "", draw.random.below(64)));
+}
 
-template <>
-struct Object<file_double> : Ways<file_double_kill, file_double_list> {
-    static file_double *make(Draw &draw)
-    {
-        return file_double_new(hostile_path(draw).c_str(), 3, draw.random.below(2));
-    }
-};
+inline auto make(Draw &draw, file_double *)
+{
+    return made<file_double_kill, file_double_list>(
+        file_double_new(hostile_path(draw).c_str(), 3, draw.random.below(2)));
+}
 
-template <>
-struct Object<zuk_db> : Ways<zuk_close, zuk_search, zuk_list_item> {
-    static zuk_db *make(Draw &draw)
-    {
-        zuk_db *db = zuk_open();
-        zuk_push_rfile(db, hostile_path(draw).c_str());
-        zuk_add_topic(db, zuk_create_rfile(db, hostile_path(draw).c_str()), "a", nullptr);
-        return db;
-    }
-};
+inline auto make(Draw &draw, zuk_db *)
+{
+    zuk_db *db = zuk_open();
+    zuk_push_rfile(db, hostile_path(draw).c_str());
+    zuk_add_topic(db, zuk_create_rfile(db, hostile_path(draw).c_str()), "a", nullptr);
+    return made<zuk_close, zuk_search, zuk_list_item>(db);
+}
 
 }  // namespace teska_test
 
