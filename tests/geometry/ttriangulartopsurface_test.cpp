@@ -71,7 +71,7 @@ TEST(DetermineNormCoord, PenalisesByTheDistanceAndNotForTheHeight)
     EXPECT_EQ(norm[0], 1.0);
     const double apart[] = {500.0, 0.0, 0.0, 40.0, 0.0, 0.0, -5.0, 0.1, 0.0, 0.0, 0.0, 0.0};
     ASSERT_EQ(top.DetermineNormCoord(apart, norm, penalty, 4), 0);
-    EXPECT_EQ((std::array{norm[2], norm[3], norm[11]}), (std::array{1.0, 0.0, 0.0}));
+    EXPECT_EQ((std::array{norm[1], norm[2], norm[3], norm[11]}), (std::array{0.0, 1.0, 0.0, 0.0}));
     EXPECT_DOUBLE_EQ(norm[5], 40.0 / top.VTMax);
     EXPECT_EQ((std::array{penalty[0], penalty[1]}), (std::array{0.0, 0.0}));
     EXPECT_LT(penalty[2], -0.5);

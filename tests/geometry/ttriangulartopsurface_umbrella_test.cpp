@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <functional>
 #include <memory>
 #include <utility>
 
@@ -42,14 +41,6 @@ std::vector<double> some_colours(const device &of, int count, Generator &random,
 vec2 seen(const double *c) { return {c[1] / c[0], c[2] / c[0]}; }
 
 double area_of(const double (&c)[3][3]) { return 0.5 * cross(seen(c[1]) - seen(c[0]), seen(c[2]) - seen(c[0])); }
-
-// The height of a triangle in a direction.
-double height_of(const Triangle &t, const vec2 &at)
-{
-    const vec3 a = teska::vec3_at(t.xyz[0]);
-    const vec3 n = cross(teska::vec3_at(t.xyz[1]) - a, teska::vec3_at(t.xyz[2]) - a);
-    return dot(n, a) / dot(n, vec3{1.0, at.x, at.y});
-}
 
 // A device that notes its colours.
 device noting(const device &of, std::vector<vec3> &colours)
@@ -107,7 +98,7 @@ std::vector<Segment> segments_of_faces(const std::vector<vec3> &colours, int col
 }
 
 // At its steps the edge is the farthest of what is seen and of the faces, on a line from the apex through what is seen,
-// and straight where there is nothing; no sample of the faces lies beyond it.
+// and straight where there is nothing.
 void check_edge(Surface &top, const std::vector<Triangle> &triangles, const std::vector<vec3> &of_faces, int steps)
 {
     const double darkest = teska::darkest_share * top.VTMax;
@@ -132,45 +123,6 @@ void check_edge(Surface &top, const std::vector<Triangle> &triangles, const std:
                 EXPECT_NEAR(values.end()[-3] + values.end()[-1], 2.0 * values.end()[-2], 1e-6) << phi;
             }
     }
-    for (const vec3 &c : of_faces) {
-        double phir = 0.0, teta = 0.0, height = 0.0;
-        const double phi = c.x > darkest ? teska::gnomonic::hue_of({c.y, c.z}) : -1.0;
-        ASSERT_EQ(top.PhiToPhir(phi, &phir), 0);
-        if (phi < 0.0 || phir < 0.0 || phir > 1.0)
-            continue;
-        ASSERT_EQ(top.UmbrellaEdge(phi, &teta, &height), 0);
-        EXPECT_LE(std::atan(length(vec2{c.y, c.z}) / c.x), teta * 1.0001) << phi;
-    }
-}
-
-// At the vertices of its table the smaller gamut is as high as the one triangle that is met there, or as the line from
-// the apex. Returns how many of the directions meet no triangle.
-int look_around(Surface &top, const std::vector<Triangle> &triangles, Generator &random, int count, int steps)
-{
-    int missed = 0;
-    for (int i = 0; i < count; ++i) {
-        double place[3] = {(1 + random.below(steps - 2)) / (steps - 1.0), random.below(steps) / (steps - 1.0), 1.0};
-        const Edge edge = top.edge_at(place[1]);
-        double peak[3], line[3];
-        EXPECT_EQ(top.DetermineXYZMinGam(place, peak, nullptr, 1), 0);
-        place[0] *= top.own_rim(edge.phi);
-        const vec2 at = std::tan(place[0]) * vec2{std::cos(edge.phi), std::sin(edge.phi)};
-        place[0] /= edge.teta;
-        EXPECT_EQ(top.DetermineXYZ(place, line, nullptr, 1), 0);
-        std::vector<const Triangle *> met;
-        for (const Triangle &t : triangles) {
-            bool inside = true;
-            for (int k = 0; k < 3; ++k)
-                inside = inside && cross(seen(t.xyz[(k + 1) % 3]) - seen(t.xyz[k]), at - seen(t.xyz[k])) > 0.0;
-            if (inside)
-                met.push_back(&t);
-        }
-        EXPECT_LE(met.size(), 1U) << at.x << ' ' << at.y;
-        missed += met.empty() ? 1 : 0;
-        const double top_there = met.empty() ? line[0] : std::min(line[0], height_of(*met[0], at));
-        EXPECT_NEAR(peak[0], top_there, 1e-6 * top.VTMax) << at.x << ' ' << at.y;
-    }
-    return missed;
 }
 
 // Table 2 at a hue: the last step of tetar up to which the smaller gamut reaches that share of the line from the apex;
@@ -319,43 +271,28 @@ TEST(TopSurface, HoldsItsDeviceAndSeesEachDirectionOnce)
         Generator random(1);
         convert_and_return(top, some_colours(row.of, 3000, random, false, full), row.farthest, true);
 
+        // Triangles know the device values of their corners, and together with what is hidden they are the parts.
         double area = 0.0, own = 0.0, hidden[3][3];
-        for (const Triangle &t : triangles)
+        std::vector<double> values(static_cast<std::size_t>(row.of.colorants));
+        for (const Triangle &t : triangles) {
             area += area_of(t.xyz);
+            for (int k = 0; k < 3; ++k) {
+                double c[3];
+                ASSERT_EQ(top.GetDevCoord(t.part, t.own[k], values.data()), 0);
+                row.of.convert(values.data(), c);
+                if (row.parts == 8) {
+                    EXPECT_LT(length(teska::vec3_at(c) - teska::vec3_at(t.xyz[k])), 1e-9) << "a linear device";
+                }
+            }
+            ASSERT_EQ(top.GetPrimComb(t.part, values.data()), 0);
+            EXPECT_EQ(std::count(values.begin(), values.end(), -1.0), top.GetNrVarCoordPrimComb(t.part));
+        }
         for (int more = top.ScanMaskedTriangles(1, hidden); more >= 0; more = top.ScanMaskedTriangles(0, hidden))
             area += area_of(hidden);
         for (TElement *e = top.umbrella->First(); e != nullptr; e = e->Next())
             own += static_cast<TPrimComb *>(e)->Area();
         EXPECT_NEAR(area, own, 1e-8 * own);
-
-        const int missed = look_around(top, triangles, random, 300, row.with.steps);
-        EXPECT_LE(missed, row.of.colorants == 2 ? 9 : 0) << "one sheet alone need not surround the axis";
     }
-}
-
-// The faces of the zonotope that are seen from the darkest point: by the colorants at none that they have.
-TEST(TopSurface, IsTheKnownOneOfFourChannels)
-{
-    const device four = linear_four();
-    Surface top(four);
-    std::array<int, 3> with_none = {};
-    double values[4];
-    for (int part = 0; top.GetPrimComb(part, values) == 0; ++part) {
-        EXPECT_EQ(std::count(values, values + 4, -1.0), 2);
-        EXPECT_EQ(top.GetNrVarCoordPrimComb(part), 2);
-        ++with_none[static_cast<std::size_t>(std::count(values, values + 4, 0.0))];
-    }
-    EXPECT_EQ(with_none, (std::array{4, 4, 0}));
-    for (const Triangle &t : triangles_of(top))
-        for (int k = 0; k < 3; ++k) {
-            double c[3];
-            ASSERT_EQ(top.GetDevCoord(t.part, t.own[k], values), 0);
-            four.convert(values, c);
-            EXPECT_LT(length(teska::vec3_at(c) - teska::vec3_at(t.xyz[k])), 1e-9);
-        }
-    ASSERT_EQ(static_cast<TPrimComb *>(top.umbrella->First())->SetPieces({}, {}), 0);
-    Triangle further;
-    EXPECT_EQ(top.ScanTriangles(1, further.xyz, further.own), 1) << "the first part has none";
 }
 
 TEST(TopSurface, OfOtherAxesDiffersInNothingButTheOrder)
@@ -405,7 +342,6 @@ TEST(RandomDevices, AreCoveredOnceAndHaveAnEdgeEverywhere)
         check_edge(top, triangles, given, with.steps);
         // Of the faces, no colour lies farther beyond the edge than their samples explain.
         convert_and_return(top, some_colours(of, 500, random, true), 5e-4, false);
-        look_around(top, triangles, random, 100, with.steps);
         EXPECT_EQ(top.DeterminePhirVTrTetar(), 0);
         check_reach(top, random.below(with.steps) / (with.steps - 1.0), with.steps);
     }
@@ -449,11 +385,6 @@ std::unique_ptr<TPrimComb> part_of(const device &of, int levels, const std::vect
                                        Surface::each(of, axis.data()).data(), Surface::each(of, levels).data(),
                                        device::answer, const_cast<device *>(&of), 0);
 }
-
-// A device of two colorants, and its part of one cell.
-device cell(std::function<void(const double *, double *)> convert) { return {"cell", 2, std::move(convert)}; }
-
-std::unique_ptr<TPrimComb> cell_of(const device &of) { return part_of(of, 2, {-1.0, -1.0}); }
 
 }  // namespace
 
@@ -549,8 +480,8 @@ TEST(TPrimComb, KeptEndsTheWalkOverFurtherColorantsBelowOne)
     }
 }
 
-// Of two sheets that coincide the one with fewer full colorants stays. Of three that slope, the first is seen in 3 % of its directions
-// and goes; of the second, which it hid there, 20 % are seen then.
+// Of two sheets that coincide the one with fewer full colorants stays. Of three that slope, the first is seen in 3 % of
+// its directions and goes; of the second, which it hid there, 20 % are seen then.
 TEST(MaskAndPrune, LooksAgainAtWhatADroppedPartHid)
 {
     // By q at the two ends of the axis of the first colorant; full third colorants make parts that need 5 %.
@@ -589,12 +520,12 @@ TEST(TPrimComb, TellsOfDiscardedTrianglesWhenDebugging)
     const int before = dbg_set(1);
     testing::internal::CaptureStdout();
     for (const double fold : {0.0, 0.5}) {
-        const device of = cell([=](const double *v, double *c) {
-            c[0] = 1.0;
-            c[1] = v[0];
-            c[2] = fold * v[0] * v[1];
-        });
-        const auto part = cell_of(of);
+        const device of = {"cell", 2, [=](const double *v, double *c) {
+                               c[0] = 1.0;
+                               c[1] = v[0];
+                               c[2] = fold * v[0] * v[1];
+                           }};
+        const auto part = part_of(of, 2, {-1.0, -1.0});
         EXPECT_EQ(part->Prepare(), 0);
         EXPECT_EQ(part->Facets().size(), fold > 0.0 ? 1U : 0U);
     }
@@ -604,8 +535,6 @@ TEST(TPrimComb, TellsOfDiscardedTrianglesWhenDebugging)
         << told;
     EXPECT_NE(told.find("Discard Triangles 0.0 0: \n "), told.npos) << told;
 }
-
-TEST(HueOf, IsZeroOnTheAxis) { EXPECT_EQ(teska::gnomonic::hue_of({0.0, 0.0}), 0.0); }
 
 // A polygon of 15 corners loses one of them: what is left goes on as two, which have room for later cuts.
 TEST(Subtract, HandsOnPolygonsOfManyCornersInHalves)
