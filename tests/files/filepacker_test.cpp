@@ -84,6 +84,7 @@ struct Trap {
         fs::create_directories(in + "/sub");
 #if !defined(_WIN32)
         fs::create_symlink("../bait", in + "/link");
+        fs::create_symlink("../new", in + "/broken");
         fs::create_directory_symlink("..", in + "/up");
         fs::create_directory_symlink("../..", in + "/sub/up");
         mkfifo((in + "/pipe").c_str(), 0600);
@@ -209,6 +210,7 @@ const struct {
     {2, 9, 1, "", {entry("sub\\../..\\x"), entry("/no/x"), entry("\\\\server\\share\\x"), entry("C:\\x")}},
     {2, 9, 1, "", {entry("sub/"), entry("sub"), entry("./../x")}},
     {on_windows ? 2 : 0, 9, 1, nullptr, {entry("C:x"), entry("x\x01\n\x7f"), entry("..."), entry(".. "), entry("a?")}},
+    {on_windows ? 2 : 0, 9, 1, nullptr, {entry("sub/a|b"), entry("NUL"), entry("sub/com1"), entry(" ..")}},
     {0, 9, 1, "x1", {entry("./x"), entry("/x"), entry("\\\\x"), entry("sub/x"), entry("sub\\/x")}},
     {0, 9, 1, nullptr, {entry("..x"), entry("x.."), entry("@en"), named(199)}},
     {0, 9, 1, "n3", {entry("n", "four", 3), entry("n", "one") + "no end", entry("n", "one") + std::string(199, 'n')}},
@@ -219,7 +221,8 @@ const struct {
     {5, 5, 0, "", {entry("n", "four", 5), entry("n", "four", 4).substr(0, 9), {"n\0\1\0\0", 5}, {"n", 2}}},
     {5, 5, 1, "ok1", {ok + entry(""), ok + std::string(200, 'n'), ok + entry("n", "c", 2)}},
 #if !defined(_WIN32)
-    {2, 9, 1, "", {entry("link"), entry("up/x"), entry("sub/up/x"), entry("sub/./up/bait"), entry("pipe")}},
+    {2, 9, 1, "", {entry("link"), entry("broken"), entry("up/x"), entry("sub/up/x"), entry("sub/./up/bait")}},
+    {2, 9, 1, "", {entry("pipe")}},
 #endif
 };
 
