@@ -22,54 +22,49 @@ namespace
 
 using Bytes = std::vector<unsigned char>;
 
-constexpr int inputs = 3, outputs = 2, kinds = 7;
-constexpr std::array<int, kinds> in_size = {1, 2, 1, 1, 2, 8, 8}, out_size = {1, 2, 1, 2, 1, 8, 8};
+constexpr int inputs = 3, outputs = 2;
+
+// A table as one of the kinds takes it, and one pixel through its own function.
+struct Kind {
+    void *table;
+    int in_size, out_size;
+    std::function<void(void **in, void **out)> pixel;
+};
+
+template <class In, class Out, class... NoMask>
+Kind kind(auto *table, auto interp, NoMask... mask)
+{
+    return {table, sizeof(In), sizeof(Out), [=](void **in, void **out) {
+                interp(table, reinterpret_cast<In **>(in), 1, reinterpret_cast<Out **>(out), 1, 1, mask...);
+            }};
+}
 
 // A table of every kind, with any vertices.
 struct Tables {
+    using Byte = unsigned char;
+    using Word = unsigned short;
     std::unique_ptr<md_tetrab, md_tetrab *(*)(md_tetrab *)> b{md_tetrab_new(inputs, outputs, 5), md_tetrab_kill};
     std::unique_ptr<md_tetras, md_tetras *(*)(md_tetras *)> s{md_tetras_new(inputs, outputs, 5), md_tetras_kill};
     std::unique_ptr<md_tetrad, md_tetrad *(*)(md_tetrad *)> d{md_tetrad_new(inputs, outputs, 5, 0.0, 1.0),
                                                               md_tetrad_kill};
     std::unique_ptr<clut_table, clut_table *(*)(clut_table *)> c{
         clut_table_new(inputs, std::array<int, inputs>{5, 5, 5}.data(), outputs, nullptr), clut_table_kill};
+    // By number.
+    const std::vector<Kind> kinds = {kind<Byte, Byte>(b.get(), md_tetrab_interp, nullptr, 0),
+                                     kind<Word, Word>(s.get(), md_tetras_interp, nullptr, 0),
+                                     kind<Byte, Byte>(s.get(), md_tetras_interp_b, nullptr, 0),
+                                     kind<Byte, Word>(s.get(), md_tetras_interp_bs, nullptr, 0),
+                                     kind<Word, Byte>(s.get(), md_tetras_interp_sb, nullptr, 0),
+                                     kind<double, double>(d.get(), md_tetrad_interp),
+                                     kind<double, double>(c.get(), clut_table_interp)};
 
     explicit Tables(Generator &random)
     {
         int size = 0;
-        std::generate_n(md_tetrab_dataptr(b.get(), &size), size, [&] { return random.byte(); });
-        unsigned short *const words = md_tetras_dataptr(s.get(), &size);
-        std::generate_n(words, size, [&] { return static_cast<unsigned short>(random.next()); });
-        double *const doubles = md_tetrad_dataptr(d.get(), &size);
-        std::generate_n(doubles, size, [&] { return random.unit(); });
-        float *const floats = clut_table_dataptr(c.get(), &size);
-        std::generate_n(floats, size, [&] { return static_cast<float>(random.unit()); });
-    }
-
-    void *of(int kind) const
-    {
-        if (kind == CONVERT_ROWS_TETRAB)
-            return b.get();
-        if (kind == CONVERT_ROWS_TETRAD)
-            return d.get();
-        return kind == CONVERT_ROWS_CLUT ? static_cast<void *>(c.get()) : s.get();
-    }
-
-    // One pixel by the table's own function.
-    void pixel(int kind, void **in, void **out) const
-    {
-        const auto b_of = [](void **from) { return reinterpret_cast<unsigned char **>(from); };
-        const auto s_of = [](void **from) { return reinterpret_cast<unsigned short **>(from); };
-        const auto d_of = [](void **from) { return reinterpret_cast<double **>(from); };
-        const std::array<std::function<int()>, kinds> call = {
-            [&] { return md_tetrab_interp(b.get(), b_of(in), 1, b_of(out), 1, 1, nullptr, 0); },
-            [&] { return md_tetras_interp(s.get(), s_of(in), 1, s_of(out), 1, 1, nullptr, 0); },
-            [&] { return md_tetras_interp_b(s.get(), b_of(in), 1, b_of(out), 1, 1, nullptr, 0); },
-            [&] { return md_tetras_interp_bs(s.get(), b_of(in), 1, s_of(out), 1, 1, nullptr, 0); },
-            [&] { return md_tetras_interp_sb(s.get(), s_of(in), 1, b_of(out), 1, 1, nullptr, 0); },
-            [&] { return md_tetrad_interp(d.get(), d_of(in), 1, d_of(out), 1, 1); },
-            [&] { return clut_table_interp(c.get(), d_of(in), 1, d_of(out), 1, 1); }};
-        call.at(static_cast<std::size_t>(kind))();
+        random.fill(md_tetrab_dataptr(b.get(), &size), 250);
+        random.fill(md_tetras_dataptr(s.get(), &size), 250);
+        std::generate_n(md_tetrad_dataptr(d.get(), &size), 250, [&] { return random.unit(); });
+        std::generate_n(clut_table_dataptr(c.get(), &size), 250, [&] { return static_cast<float>(random.unit()); });
     }
 };
 
@@ -128,17 +123,17 @@ TEST(ConvertRows, EqualsTheTablePixelByPixelInAnyLayout)
     Generator random(2026);
     const Tables tables(random);
     for (int round = 0; round < 1000; ++round) {
-        const int kind = round % kinds;
-        const auto k = static_cast<std::size_t>(kind);
+        const int number = round % 7;
+        const Kind &kind = tables.kinds.at(static_cast<std::size_t>(number));
         std::vector<std::int64_t> shape(static_cast<std::size_t>(random.below(4)));
         std::generate(shape.begin(), shape.end(), [&] { return 1 + random.below(random.below(4) == 0 ? 60 : 5); });
-        Place in(random, shape, inputs, in_size[k]), out(random, shape, outputs, out_size[k]);
+        Place in(random, shape, inputs, kind.in_size), out(random, shape, outputs, kind.out_size);
         const Place mask(random, shape, 1, 1);
         if (!shape.empty() && random.below(5) == 0)
             in.strides[0] = 0;  // the same pixels again
         Bytes source(in.bytes), result(out.bytes), masks(mask.bytes);
-        fill(random, source, in_size[k]);
-        fill(random, result, out_size[k]);
+        fill(random, source, kind.in_size);
+        fill(random, result, kind.out_size);
         std::generate(masks.begin(), masks.end(), [&] { return random.below(3); });
         const bool masked = random.below(2) == 0, skip = random.below(5) == 0;
 
@@ -153,7 +148,7 @@ TEST(ConvertRows, EqualsTheTablePixelByPixelInAnyLayout)
                 continue;
             auto from = in.pointers(source, in.at(index), inputs), to = out.pointers(expected, out.at(index), outputs);
             to[0] = skip ? nullptr : to[0];
-            tables.pixel(kind, from.data(), to.data());
+            kind.pixel(from.data(), to.data());
         }
 
         auto from = in.pointers(source, in.first, inputs), to = out.pointers(result, out.first, outputs);
@@ -163,7 +158,7 @@ TEST(ConvertRows, EqualsTheTablePixelByPixelInAnyLayout)
         const unsigned char *const used = masked ? masks.data() + mask.first : nullptr;
         const convert_rows_layout layout{rank, shape.data(),       in.strides.data(), out.strides.data(),
                                          used, mask.strides.data()};
-        ASSERT_EQ(teska_convert_rows(kind, tables.of(kind), inputs, from.data(), outputs, to.data(), &layout), 1);
+        ASSERT_EQ(teska_convert_rows(number, kind.table, inputs, from.data(), outputs, to.data(), &layout), 1);
         ASSERT_EQ(result, expected) << "round " << round;
         ASSERT_EQ(from, from_before) << "round " << round;
         ASSERT_EQ(to, to_before) << "round " << round;
@@ -186,7 +181,7 @@ TEST(ConvertRows, RefusesWhatIsNoLayout)
     };
     const convert_rows_layout empty{1, none, even, even, nullptr, nullptr};
     EXPECT_EQ(call(-1, tables.s.get(), empty), 0);
-    EXPECT_EQ(call(kinds, tables.s.get(), empty), 0);
+    EXPECT_EQ(call(7, tables.s.get(), empty), 0);
     EXPECT_EQ(call(CONVERT_ROWS_TETRAS, nullptr, empty), 0);
     EXPECT_EQ(reports.take(), lines(3, "teska_convert_rows: illegal kind"));
     for (const convert_rows_layout &layout : bad)

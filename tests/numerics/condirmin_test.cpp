@@ -55,11 +55,9 @@ double not_a_number(void *evaluations, void *, const double *)
 {
     return ++*static_cast<int *>(evaluations), std::copysign(std::nan(""), sign);
 }
-double valley(void *, void *, const double *x) { return std::exp(x[0]); }
 
 // Around (1, 2, 3), as steep everywhere.
 double round_bowl(void *, void *, const double *x) { return square(x[0] - 1) + square(x[1] - 2) + square(x[2] - 3); }
-double flat_bowl(void *, void *, const double *x) { return square(x[0] - 1) + 10 * square(x[1] + 2); }
 
 Restriction restricted(const Values &eq, const Values &ineq)
 {
@@ -74,9 +72,8 @@ TEST_F(Condirmin, EndsAtTheMinimumOfKnownProblems)
     for (const teska_test::Problem &problem : teska_test::problems()) {
         const Outcome first = search(problem.f, problem.start, 1e-12);
         EXPECT_EQ(first.result, 1) << problem.name;
-        if (problem.f != teska_test::plateaus) {
-            EXPECT_NEAR(first.least, problem.least, problem.within) << problem.name;
-        }
+        EXPECT_NEAR(first.least, problem.least, problem.f == teska_test::plateaus ? 99 : problem.within)
+            << problem.name;
         EXPECT_LT(first.passes, 200) << problem.name;
         EXPECT_LE(search(problem.f, first.x, 1e-12).least, first.least) << problem.name;
     }
@@ -95,7 +92,6 @@ TEST_F(Condirmin, EndsWithoutAMinimumToo)
         lines reported;
     } rows[] = {
         {slope, {0}, 1, -HUGE_VAL, 0, {"brent: too many iter"}},
-        {valley, {0}, 1, 0, 0, {}},
         {not_a_number<1>, {0}, 0, 0, 6600, {"condirmin: maxiter"}},
         {not_a_number<-1>, {0}, 0, 0, 6600, {"condirmin: maxiter"}},
         {constant, {}, 1, 5, 0, {}},
@@ -122,7 +118,7 @@ TEST_F(Condirmin, StopsAtASmallValueWhenToldTo)
     double old = -9;
     EXPECT_EQ(condirmin_set_abs_tol(1, 1e-3, &old), 0);
     EXPECT_EQ(old, 0);
-    const Outcome at_once = search(flat_bowl, {1.01, -2}, 1e-12);
+    const Outcome at_once = search(round_bowl, {1.01, 2, 3}, 1e-12);
     EXPECT_EQ(at_once.result, 1);
     EXPECT_EQ(at_once.passes, -9) << "no pass was begun";
     const Outcome early = search(teska_test::rosenbrock, {-1.2, 1}, 1e-12);

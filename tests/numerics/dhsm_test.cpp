@@ -89,47 +89,36 @@ TEST(DhsmSolve, TakesTheStepsOfTheMethodAsManyAsItIsAllowed)
         {constant, {0, 0}, 0, 5, -1, 3 + 2 * 6},
         {hole, {0}, 0, 1, -1, 2 + 2 * 3},  // a contraction that gains nothing shrinks
         {teska_test::undefined, {0, 0}, 0, INT_MAX, 0, any},
-        // Counted in a plain form of the method, with a point for every vertex; rosenbrock counts each of its terms.
+        // Counted in a plain form of the method, with a point for every vertex; it counts each of its terms.
         {teska_test::rosenbrock, {-1.2, 1, -1.2, 1}, 1e-3, 0, 0, 4 * 387},
-        {teska_test::powell_singular, {3, -1, 0, 1}, 1e-7, 0, 0, 554},
     };
     for (const auto &row : rows) {
         const Outcome run = Search(row.f, row.start.size()).solve(row.start, row.tolerance, row.max_iter);
         EXPECT_EQ(run.result, row.result) << "row " << &row - rows;
-        if (row.evaluations != any) {
-            EXPECT_EQ(run.evaluations, row.evaluations) << "row " << &row - rows;
-        }
+        EXPECT_EQ(row.evaluations == any ? any : run.evaluations, row.evaluations) << "row " << &row - rows;
     }
-    const Outcome second = Search(gentle, 2).solve({0, 0}, 0, 1);
-    EXPECT_NEAR(second.x[0], 0.375, 1e-15);
-    EXPECT_NEAR(second.x[1], -0.3, 1e-15);
-    EXPECT_DOUBLE_EQ(second.least, 3.280625);
     EXPECT_EQ(Search(gentle, 2, never).solve({0, 0}, 0, 0).result, -1);
 }
 
 TEST(DhsmSolve, TakesTheFirstSimplexFromTheStartOrFromInit)
 {
-    const int yes[] = {1, 1};
-    const int upper_only[] = {0, 0};
-    const double lower[] = {-10, -10};
-    const double step[] = {0.2, 0.2};
-    const double start[] = {3, 1};
+    const int yes[] = {1, 1}, no[] = {0, 0};
+    const double lower[] = {-10, -10}, step[] = {0.2, 0.2}, start[] = {3, 1};
     const struct {
         const int *lower_given, *upper_given;
-        double upper;
-        Values best;
-    } rows[] = {{nullptr, yes, 3.1, {3, 1}},
-                {yes, nullptr, 3.1, {3, 1}},
-                {yes, yes, 3.1, {1.7, 1}},
-                {upper_only, yes, 3.1, {2.6, 1}},
-                {yes, yes, 3 + 0.2, {3, 1}}};  // on the bound
+        double upper, best;
+    } rows[] = {{nullptr, yes, 3.1, 3},
+                {yes, nullptr, 3.1, 3},
+                {yes, yes, 3.1, 1.7},
+                {no, yes, 3.1, 2.6},
+                {yes, yes, 3 + 0.2, 3}};  // on the bound
     for (const auto &row : rows) {
         Search search(gentle, 2, always_zero);
         const double upper[] = {row.upper, 9};
         dhsm_init(search.d.get(), row.lower_given, row.upper_given, lower, upper, step, start);
         const Outcome run = search.solve({77, 77}, 0, 0);
-        EXPECT_DOUBLE_EQ(run.x[0], row.best[0]);
-        EXPECT_EQ(run.x[1], row.best[1]);
+        EXPECT_DOUBLE_EQ(run.x[0], row.best);
+        EXPECT_EQ(run.x[1], 1);
     }
     EXPECT_EQ(Search(gentle, 2, always_zero).solve({0, 0}, 0, 0).x, (Values{0.1, 0}));
     EXPECT_EQ(Search(gentle, 2, always_zero).solve({3, 1}, 0, 0).x, (Values{3, 1}));
