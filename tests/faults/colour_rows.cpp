@@ -12,9 +12,7 @@
 #include "mmd_tetras.h"
 #include "whole_image.h"
 
-#include <memory>
 #include <new>
-#include <string>
 
 namespace teska_test
 {
@@ -23,87 +21,84 @@ namespace
 {
 
 // Nothing is reported: the failure is an exception.
-SweepRow clut(const char *name, unsigned char inputs)
+template <int inputs>
+bool clut()
 {
-    const auto build = [inputs] {
-        unsigned char grid[] = {2, 2, 2, 2, 2, 2, 2};
-        float values[128] = {};
-        try {
-            return OwnedClut(inputs, grid, 1, 0, values).NumPoints() == 1U << inputs;
-        } catch (const std::bad_alloc &) {
-            return false;
-        }
-    };
-    return calling(name, build, {{}});
+    unsigned char grid[] = {2, 2, 2, 2, 2, 2, 2};
+    float values[128] = {};
+    try {
+        return OwnedClut(inputs, grid, 1, 0, values).NumPoints() == 1U << inputs;
+    } catch (const std::bad_alloc &) {
+        return false;
+    }
 }
 
 const lines no_memory{"md_tetra_new: insufficient memory"};  // all else
 const lines no_grid{"md_tetrab_new: malloc failure"};        // data, positions
-const std::string no_expansion = "md_tetrab_expand: error in md_tetrab_new";
 
-using Bytes = std::shared_ptr<md_tetrab>;
-
-SweepRow expansion(const char *name, int inputs, int resolution)
+template <int inputs, int resolution>
+SweepRow expansion(const char *name)
 {
-    const lines nothing{no_expansion, no_memory[0]};
-    return changing<Bytes>(
-        name, [=] { return Bytes(md_tetrab_new(inputs, 3, 3), md_tetrab_kill); },
-        [=](const Bytes &source) { return made(md_tetrab_expand(source.get(), resolution), md_tetrab_kill); }, nullptr,
-        {nothing, {no_expansion, no_grid[0]}, nothing});
+    const std::string nothing = "md_tetrab_expand: error in md_tetrab_new";
+    const std::shared_ptr<md_tetrab> source(md_tetrab_new(inputs, 3, 3), md_tetrab_kill);
+    return creating(name, [=] { return md_tetrab_expand(source.get(), resolution); }, md_tetrab_kill,
+                    {{nothing, no_memory[0]}, {nothing, no_grid[0]}});
 }
 
 constexpr unsigned short inversion[] = {65535, 0};
 
-md_tetras *curved(md_tetras *table)
+md_tetras *rising(int inputs = 1, int outputs = 1)
 {
+    md_tetras *table = md_tetras_new(inputs, outputs, 2);
+    md_tetras_dataptr(table, nullptr)[1] = 50000;
+    return table;
+}
+
+md_tetras *curved()
+{
+    md_tetras *table = rising(3, 2);
     md_tetras_ilut_set(table, 2, 2, inversion);
     md_tetras_olut_set(table, 0, 2, inversion);
     return table;
 }
 
-template <class Create, class Table>
-SweepRow clone(const char *name, Create create, Table *(*copy)(const Table *), Table *(*kill)(Table *))
+template <class Table>
+SweepRow clone(const char *name, Table *source, Table *(*copy)(const Table *), Table *(*kill)(Table *))
 {
-    using Source = std::shared_ptr<Table>;
-    return changing<Source>(
-        name, [=] { return Source(create(), kill); },
-        [=](const Source &source) { return made(copy(source.get()), kill); }, nullptr,
-        {{std::string(name) + ": insufficient memory"}});
+    const std::shared_ptr<Table> owned(source, kill);
+    return creating(name, [=] { return copy(owned.get()); }, kill, {{std::string(name) + ": insufficient memory"}});
 }
 
 // The first curve of an input or output takes a block; what the table converts a sample to shows whether it counts.
-template <class Table>
-SweepRow curve(const char *name, Table *(*create)(), Table *(*kill)(Table *), int (*set)(Table *table),
-               std::string (*state)(const std::shared_ptr<Table> &))
+SweepRow curve(const char *name, int (*set)(md_tetras *table))
 {
-    using Shared = std::shared_ptr<Table>;
-    return changing<Shared>(
-        name, [=] { return Shared(create(), kill); }, [=](const Shared &table) { return set(table.get()) == 1; }, state,
+    using Table = std::shared_ptr<md_tetras>;
+    const auto converted = [](const Table &table) {
+        const unsigned short sample = 1000, *in[] = {&sample};
+        unsigned short result = 0, *out[] = {&result};
+        md_tetras_interp(table.get(), in, 1, out, 1, 1, nullptr, 0);
+        return std::to_string(result);
+    };
+    return changing(
+        name, [] { return Table(rising(), md_tetras_kill); }, [=](const Table &table) { return set(table.get()) == 1; },
+        converted, {{std::string(name) + ": insufficient memory"}});
+}
+
+SweepRow curve(const char *name, int (*set)(mmd_tetras *tables))
+{
+    using Tables = std::shared_ptr<mmd_tetras>;
+    return changing(
+        name, [] { return Tables(mmd_tetras_new(2, 1, 1, 2), mmd_tetras_kill); },
+        [=](const Tables &tables) { return set(tables.get()) == 1; }, nullptr,
         {{std::string(name) + ": insufficient memory"}});
-}
-
-md_tetras *rising()
-{
-    md_tetras *table = md_tetras_new(1, 1, 2);
-    md_tetras_dataptr(table, nullptr)[1] = 50000;
-    return table;
-}
-
-mmd_tetras *two_tables() { return mmd_tetras_new(2, 1, 1, 2); }
-
-std::string converted(const std::shared_ptr<md_tetras> &table)
-{
-    const unsigned short sample = 1000, *in[] = {&sample};
-    unsigned short result = 0, *out[] = {&result};
-    md_tetras_interp(table.get(), in, 1, out, 1, 1, nullptr, 0);
-    return std::to_string(result);
 }
 
 using Cloud = std::shared_ptr<clg>;
 
 // A model of eight corners, and so many pairs that it does not have yet that the cells of former holes are used again,
 // and arrays grow.
-Cloud half_built(int channels)
+template <int channels>
+Cloud half_built()
 {
     Cloud cloud(clg_new(channels, channels, 0, 1), clg_kill);
     for (int i = 0; i < 1 << channels; ++i) {
@@ -145,65 +140,51 @@ Cloud full()
 
 const double middle[] = {0.5, 0.5, 0.5};
 
-SweepRow build_row(const char *name, int channels)
+template <int channels>
+SweepRow build_row(const char *name)
 {
-    return changing<Cloud>(
-        name, [=] { return half_built(channels); }, [](const Cloud &cloud) { return gave(0, clg_build(cloud.get())); },
-        model, {{"clg_build: malloc failure"}});
+    return changing(name, half_built<channels>, [](const Cloud &cloud) { return gave(0, clg_build(cloud.get())); },
+                    model, {{"clg_build: malloc failure"}});
 }
 
 constexpr int points[] = {2, 2, 2};
 unsigned char pixels[64], result[64];
-const whole_image from{pixels, 4, 4, 3, 8, 12, 3, 1};
-const whole_image to{result, 4, 4, 3, 8, 12, 3, 1};
+const whole_image from{pixels, 4, 4, 3, 8, 12, 3, 1}, to{result, 4, 4, 3, 8, 12, 3, 1};
 
 const SweepRows rows({
-    clut("CLUT, 3 inputs", 3),
-    clut("CLUT, 7 inputs", 7),
-    calling("md_tetrab_new, 3 inputs", [] { return made(md_tetrab_new(3, 4, 5), md_tetrab_kill); },
-            {no_memory, no_grid, no_memory}),
-    calling("md_tetrab_new_special, other weights",
-            [] { return made(md_tetrab_new_special(5, 3, 2, 16, 235, 0), md_tetrab_kill); },
-            {no_memory, no_grid, no_memory, {"md_tetrab_new: insuff. mem."}, no_memory}),
-    expansion("md_tetrab_expand, 3 inputs, whole ratio", 3, 5),
-    expansion("md_tetrab_expand, 5 inputs, other ratio", 5, 4),
+    calling("CLUT, 3 inputs", clut<3>, {{}}),
+    calling("CLUT, 7 inputs", clut<7>, {{}}),
+    creating("md_tetrab_new, 3 inputs", [] { return md_tetrab_new(3, 4, 5); }, md_tetrab_kill, {no_memory, no_grid}),
+    creating("md_tetrab_new_special, other weights", [] { return md_tetrab_new_special(5, 3, 2, 16, 235, 0); },
+             md_tetrab_kill, {no_memory, no_grid, {"md_tetrab_new: insuff. mem."}}),
+    expansion<3, 5>("md_tetrab_expand, 3 inputs, whole ratio"),
+    expansion<5, 4>("md_tetrab_expand, 5 inputs, other ratio"),
     creating("md_tetrad_new", [] { return md_tetrad_new(6, 2, 3, 0.0, 1.0); }, md_tetrad_kill,
              {no_memory, no_grid, {"md_tetrad_new: insuff. mem."}}),
-    clone(
-        "md_tetrab_clone", [] { return md_tetrab_new_special(3, 2, 4, 16, 235, 0); }, md_tetrab_clone, md_tetrab_kill),
-    clone(
-        "md_tetrad_clone", [] { return md_tetrad_new(3, 2, 4, 0, 1); }, md_tetrad_clone, md_tetrad_kill),
-    clone(
-        "md_tetras_clone", [] { return curved(md_tetras_new(3, 2, 4)); }, md_tetras_clone, md_tetras_kill),
-    clone(
-        "mmd_tetras_clone", [] { return mmd_tetras_new(3, 2, 4, 5); }, mmd_tetras_clone, mmd_tetras_kill),
-    calling("md_tetras_new", [] { return made(md_tetras_new(3, 4, 5), md_tetras_kill); },
-            {{"md_tetras_new: insufficient memory"}}),
-    calling("mmd_tetras_new", [] { return made(mmd_tetras_new(3, 2, 4, 5), mmd_tetras_kill); },
-            {{"mmd_tetras_new: insufficient memory"}}),
-    curve<md_tetras>(
-        "md_tetras_ilut_set", rising, md_tetras_kill,
-        [](md_tetras *table) { return md_tetras_ilut_set(table, 0, 2, inversion); }, converted),
-    curve<md_tetras>(
-        "md_tetras_olut_set", rising, md_tetras_kill,
-        [](md_tetras *table) { return md_tetras_olut_set(table, 0, 2, inversion); }, converted),
-    curve<mmd_tetras>(
-        "mmd_tetras_ilut_set", two_tables, mmd_tetras_kill,
-        [](mmd_tetras *set) { return mmd_tetras_ilut_set(set, 0, 2, inversion); }, nullptr),
-    curve<mmd_tetras>(
-        "mmd_tetras_olut_set", two_tables, mmd_tetras_kill,
-        [](mmd_tetras *set) { return mmd_tetras_olut_set(set, 1, 0, 2, inversion); }, nullptr),
-    calling("clg_new", [] { return made(clg_new(4, 4, 0, 1), clg_kill); }, {{"clg_new: malloc failure"}}),
-    changing<Cloud>("clg_add", full, [](const Cloud &cloud) { return gave(0, clg_add(cloud.get(), middle, middle)); },
-                    model, {{"clg_add: malloc failure"}}),
-    build_row("clg_build, 1 channel", 1),
-    build_row("clg_build, 3 channels", 3),
-    build_row("clg_build, 4 channels", 4),
-    calling("archive_create", [] { return made(archive_create("/dev/null", "", nullptr), archive_kill); },
-            {{"archive_create: insufficient memory"},
-             {"archive_create: insufficient memory", "list_new : Not enough resources to create list"}}),
-    calling("clut_table_new", [] { return made(clut_table_new(3, points, 1, nullptr), clut_table_kill); },
-            {{"clut_table_new: insufficient memory"}}),
+    clone("md_tetrab_clone", md_tetrab_new_special(3, 2, 4, 16, 235, 0), md_tetrab_clone, md_tetrab_kill),
+    clone("md_tetrad_clone", md_tetrad_new(3, 2, 4, 0, 1), md_tetrad_clone, md_tetrad_kill),
+    clone("md_tetras_clone", curved(), md_tetras_clone, md_tetras_kill),
+    clone("mmd_tetras_clone", mmd_tetras_new(3, 2, 4, 5), mmd_tetras_clone, mmd_tetras_kill),
+    creating("md_tetras_new", [] { return md_tetras_new(3, 4, 5); }, md_tetras_kill,
+             {{"md_tetras_new: insufficient memory"}}),
+    creating("mmd_tetras_new", [] { return mmd_tetras_new(3, 2, 4, 5); }, mmd_tetras_kill,
+             {{"mmd_tetras_new: insufficient memory"}}),
+    curve("md_tetras_ilut_set", [](md_tetras *table) { return md_tetras_ilut_set(table, 0, 2, inversion); }),
+    curve("md_tetras_olut_set", [](md_tetras *table) { return md_tetras_olut_set(table, 0, 2, inversion); }),
+    curve("mmd_tetras_ilut_set", [](mmd_tetras *tables) { return mmd_tetras_ilut_set(tables, 0, 2, inversion); }),
+    curve("mmd_tetras_olut_set", [](mmd_tetras *tables) { return mmd_tetras_olut_set(tables, 1, 0, 2, inversion); }),
+    creating("clg_new", [] { return clg_new(4, 4, 0, 1); }, clg_kill, {{"clg_new: malloc failure"}}),
+    changing("clg_add", full, [](const Cloud &cloud) { return gave(0, clg_add(cloud.get(), middle, middle)); }, model,
+             {{"clg_add: malloc failure"}}),
+    build_row<1>("clg_build, 1 channel"),
+    build_row<3>("clg_build, 3 channels"),
+    build_row<4>("clg_build, 4 channels"),
+    creating("archive_create", [] { return archive_create("/dev/null", "", nullptr); }, archive_kill,
+             {{"archive_create: insufficient memory"},
+              {"archive_create: cannot create archive"},
+              {"archive_create: insufficient memory", "list_new : Not enough resources to create list"}}),
+    creating("clut_table_new", [] { return clut_table_new(3, points, 1, nullptr); }, clut_table_kill,
+             {{"clut_table_new: insufficient memory"}}),
     calling("whole_image_resize", [] { return whole_image_resize(IZAT_TRIANGLE, &from, &to, nullptr, 0, 4) == 1; },
             {{"izat_new: insufficient memory"}, {"izat_start: insufficient memory"}}),
     calling("whole_image_resize, picking",

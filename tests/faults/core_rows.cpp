@@ -11,7 +11,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <new>
 
 namespace teska_test
@@ -64,14 +63,12 @@ List full_list()
     return list;
 }
 
-std::string contents(const List &list)
+SweepRow growing(const char *name, bool (*grow)(list_rec *list))
 {
-    return std::to_string(list_num(list.get())) + ": " + static_cast<char *>(list_get_element(list.get(), 0));
-}
-
-SweepRow growing(const char *name, bool (*grow)(const List &list))
-{
-    return changing<List>(name, full_list, grow, contents, {{no_room}});
+    const auto contents = [](const List &list) {
+        return std::to_string(list_num(list.get())) + static_cast<char *>(list_get_element(list.get(), 0));
+    };
+    return changing(name, full_list, [=](const List &list) { return grow(list.get()); }, contents, {{no_room}});
 }
 
 int length(int, const void *key) { return static_cast<int>(std::strlen(static_cast<const char *>(key))); }
@@ -79,23 +76,27 @@ int equal(const void *stored, const void *key) { return length(0, stored) == len
 
 hash_tab *text_table() { return hash_tab_new(4, -2, -1, length, equal, nullptr, 0, nullptr); }
 
-Table one_text()
-{
-    Table table(text_table(), hash_tab_kill);
-    hash_tab_insert(table.get(), "a", "x");
-    return table;
-}
-
-std::string texts(const Table &table)
-{
-    char data[2] = "";
-    const int index = hash_tab_get(table.get(), "a", data);
-    const int missing = hash_tab_get(table.get(), "12345", nullptr);
-    return std::to_string(dynar_nr_items(hash_tab_keys(table.get()))) + data + std::to_string(index + 10 * missing);
-}
-
 // Longer than the pools' growth step; in slot 0 of 5.
 const std::string long_text(5000, 'y');
+
+SweepRow on_text(const char *name, bool (*call)(hash_tab *table, const char *text))
+{
+    const auto one_text = [] {
+        Table table(text_table(), hash_tab_kill);
+        hash_tab_insert(table.get(), "a", "x");
+        return table;
+    };
+    const auto run = [=](const Table &table) {
+        return under_returning_host([&] { return call(table.get(), long_text.c_str()); });
+    };
+    const auto texts = [](const Table &table) {
+        char data[2] = "";
+        const int index = hash_tab_get(table.get(), "a", data);
+        const int missing = hash_tab_get(table.get(), "12345", nullptr);
+        return std::to_string(dynar_nr_items(hash_tab_keys(table.get()))) + data + std::to_string(index + 10 * missing);
+    };
+    return changing(name, one_text, run, texts, {{fatal}});
+}
 
 // A factory that lacks a part may be used like any other.
 bool make_factory()
@@ -118,44 +119,30 @@ bool make_factory()
     return false;
 }
 
-const lines no_random{"Random_new : allocation failed"};
 const SweepRows rows({
-    calling("dynar_new", [] { return made(dynar_new(3, 8), dynar_kill); }, {{"dynar_new: Unable to create new dynar"}}),
-    changing<Array>("dynar_ptr", full_array, [](const Array &array) { return touch(array, 9); }, items, {{fatal}}),
-    calling("itemfifo_new", [] { return made(itemfifo_new(3, 8), itemfifo_kill); },
-            {{"itemfifo_new: Unable to create new itemfifo"}}),
-    changing<Fifo>(
+    creating("dynar_new", [] { return dynar_new(3, 8); }, dynar_kill, {{"dynar_new: Unable to create new dynar"}}),
+    changing("dynar_ptr", full_array, [](const Array &array) { return touch(array, 9); }, items, {{fatal}}),
+    creating("itemfifo_new", [] { return itemfifo_new(3, 8); }, itemfifo_kill,
+             {{"itemfifo_new: Unable to create new itemfifo"}}),
+    changing(
         "itemfifo_put", full_fifo, [](const Fifo &fifo) { return itemfifo_put(fifo.get(), "b") == 1; },
         [](const Fifo &fifo) { return std::to_string(itemfifo_nr_items(fifo.get())); },
         {{"itemfifo_put: unable to create new partition"}}),
-    calling("list_new", [] { return made(list_new(3, 8, nullptr), list_kill); }, {{no_list}}),
-    growing("list_insert", [](const List &list) { return gave(1, list_insert(list.get(), "def")); }),
-    growing("list_insert_index", [](const List &list) { return gave(0, list_insert_index(list.get(), "def", 0, 1)); }),
-    growing("list_alloc", [](const List &list) { return gave(0, list_alloc(list.get(), 7)); }),
-    calling("hash_tab_new, texts", [] { return made(text_table(), hash_tab_kill); },
-            {{"Hash_tab_new : allocation failed"},
-             {"dynar_new: Unable to create new dynar"},
-             {},
-             {"dynar_new: Unable to create new dynar"},
-             {},
-             {"Hash_tab_new : allocation of table failed nr_items = 5"}}),
-    changing<Table>("hash_tab_insert, texts", one_text,
-                    [](const Table &table) {
-                        const char *text = long_text.c_str();
-                        return gave(0, under_returning_host([&] { return hash_tab_insert(table.get(), text, text); }));
-                    },
-                    texts, {{fatal}}),
-    changing<Table>("hash_tab_put, text", one_text,
-                    [](const Table &table) {
-                        return gave(
-                            1, under_returning_host([&] { return hash_tab_put(table.get(), "a", long_text.c_str()); }));
-                    },
-                    texts, {{fatal}}),
-    calling("cache_new", [] { return made(cache_new(3, 4, 5, nullptr, nullptr, nullptr), cache_kill); }, {{}}),
-    {.name = "TObjFac",
-     .make = [] { return SweepCase{.call = make_factory}; },
-     .once = {{}, no_random},
-     .sticky = {no_random}},
+    creating("list_new", [] { return list_new(3, 8, nullptr); }, list_kill, {{no_list}}),
+    growing("list_insert", [](list_rec *list) { return gave(1, list_insert(list, "def")); }),
+    growing("list_insert_index", [](list_rec *list) { return gave(0, list_insert_index(list, "def", 0, 1)); }),
+    growing("list_alloc", [](list_rec *list) { return gave(0, list_alloc(list, 7)); }),
+    creating("hash_tab_new, texts", text_table, hash_tab_kill,
+             {{},
+              {"Hash_tab_new : allocation failed"},
+              {"dynar_new: Unable to create new dynar"},
+              {"Hash_tab_new : allocation of table failed nr_items = 5"}}),
+    on_text("hash_tab_insert, texts",
+            [](hash_tab *table, const char *text) { return gave(0, hash_tab_insert(table, text, text)); }),
+    on_text("hash_tab_put, text",
+            [](hash_tab *table, const char *text) { return gave(1, hash_tab_put(table, "a", text)); }),
+    creating("cache_new", [] { return cache_new(3, 4, 5, nullptr, nullptr, nullptr); }, cache_kill, {{}}),
+    calling("TObjFac", make_factory, {{}, {"Random_new : allocation failed"}}),
 });
 
 TEST(HiddenRoom, IsDoneWithoutWhenMemoryIsShort)
@@ -174,50 +161,45 @@ TEST(HiddenRoom, IsDoneWithoutWhenMemoryIsShort)
     EXPECT_EQ(injected, 70 / 2 + 70) << "the list grows by two slots, the array by one item";
 }
 
-std::vector<void *> plates;
-
-bool add_plate()
-{
-    void *plate = rom_obj_new(8, "plate");
-    if (plate != nullptr)
-        plates.push_back(plate);
-    return plate != nullptr;
-}
-
-bool add_block() { return rom_obj_malloc(plates[0], 8) != nullptr; }
-
 // There is one registry in the process, so its states are not a row's to set up: the steps follow each other, and run
 // before any row. Each adds some, and then one more for which memory lacks; both lists have 10 places at first.
 TEST(Rom, LeavesTheRegistryAsItIsWhenMemoryIsShort)
 {
+    std::vector<void *> plates;
+    const auto add = [&](bool plate) {
+        void *made = plate ? rom_obj_new(8, "plate") : rom_obj_malloc(plates[0], 8);
+        if (plate && made != nullptr)
+            plates.push_back(made);
+        return made != nullptr;
+    };
     const struct {
-        bool (*add)();
-        int count;
-        int allocation;
+        bool plate;
+        int count, allocation;
         lines reported;
-    } steps[] = {{add_plate, 0, 0, {no_list, "rom_init: malloc failed"}},
-                 {add_plate, 0, 1, {no_list, "rom_init: malloc failed"}},
-                 {add_plate, 10, 0, {"rom_obj_new: malloc of obj plate failed"}},
-                 {add_plate, 0, 1, {no_room, "rom_obj_new: insert of obj plate in objlist failed"}},
-                 {add_block, 0, 0, {no_list, "rom_obj_malloc: objmem list create failed for plate"}},
-                 {add_block, 0, 1, {no_list, "rom_obj_malloc: objmem list create failed for plate"}},
-                 {add_block, 0, 2, {"rom_obj_malloc: malloc of 8 failed for plate"}},
-                 {add_block, 10, 0, {"rom_obj_malloc: malloc of 8 failed for plate"}},
-                 {add_block, 0, 1, {no_room, "rom_obj_malloc: insert of plate failed"}}};
+    } steps[] = {{true, 0, 0, {no_list, "rom_init: malloc failed"}},
+                 {true, 0, 1, {no_list, "rom_init: malloc failed"}},
+                 {true, 10, 0, {"rom_obj_new: malloc of obj plate failed"}},
+                 {true, 0, 1, {no_room, "rom_obj_new: insert of obj plate in objlist failed"}},
+                 {false, 0, 0, {no_list, "rom_obj_malloc: objmem list create failed for plate"}},
+                 {false, 0, 1, {no_list, "rom_obj_malloc: objmem list create failed for plate"}},
+                 {false, 0, 2, {"rom_obj_malloc: malloc of 8 failed for plate"}},
+                 {false, 10, 0, {"rom_obj_malloc: malloc of 8 failed for plate"}},
+                 {false, 0, 1, {no_room, "rom_obj_malloc: insert of plate failed"}}};
     for (const auto &step : steps) {
         for (int i = 0; i < step.count; ++i)
-            EXPECT_TRUE(step.add());
+            EXPECT_TRUE(add(step.plate));
         Reports reports;
         track_memory();
         arm(fault_kind::memory, step.allocation, false);
-        EXPECT_FALSE(step.add());
+        EXPECT_FALSE(add(step.plate));
         EXPECT_EQ(disarm(), 1);
         EXPECT_EQ(live_blocks(), 0);
         EXPECT_EQ(reports.take(), step.reported);
         for (const void *plate : plates)
             EXPECT_EQ(rom_objtype_check(plate, "plate"), 1);
     }
-    EXPECT_TRUE(add_plate() && add_block());
+    EXPECT_TRUE(add(true));
+    EXPECT_TRUE(add(false));
     for (void *plate : plates) {
         rom_obj_kill(plate);
         std::free(plate);

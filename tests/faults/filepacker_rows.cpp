@@ -5,7 +5,6 @@
 #include "filepacker.h"
 
 #include <filesystem>
-#include <memory>
 #include <optional>
 
 namespace teska_test
@@ -46,6 +45,13 @@ struct Packed {
         EXPECT_TRUE(content == nullptr || long_text.compare(0, static_cast<std::size_t>(length), content) == 0);
         return code;
     }
+    // How many entries there are, and what reading ends with.
+    std::pair<int, int> read_all()
+    {
+        for (int count = 0;; ++count)
+            if (const int code = read(); code != 0)
+                return {count, code};
+    }
 
     Folder folder;
     // Asked for once: the calls under test must be the only ones that allocate.
@@ -55,38 +61,32 @@ struct Packed {
     std::optional<FilePacker> packer;
 };
 
-SweepRow row(const char *name, int mode, int entries, int (Packed::*call)(), SweepReports once)
+SweepRow row(const char *name, int mode, int entries, int (Packed::*call)(), SweepReports reports)
 {
-    const auto fresh = [=] {
-        const auto packed = std::make_shared<Packed>(mode, entries);
-        const auto run = [=] {
-            const int code = (*packed.*call)();
-            EXPECT_TRUE(code == 0 || code == 2 || code == 6) << code;
-            return code == 0;
-        };
-        return SweepCase{.call = run, .state = [=] { return packed->folder.read("a"); }};
+    using Shared = std::shared_ptr<Packed>;
+    const auto run = [=](const Shared &packed) {
+        const int code = (*packed.*call)();
+        EXPECT_TRUE(code == 0 || code == 2 || code == 6) << code;
+        return code == 0;
     };
-    return {.name = name, .make = fresh, .once = std::move(once)};
+    return changing(
+        name, [=] { return std::make_shared<Packed>(mode, entries); }, run,
+        [](const Shared &packed) { return packed->folder.read("a"); }, std::move(reports));
 }
 
-bool created(const char *archive)
+bool created(const std::shared_ptr<Packed> &packed)
 {
-    FilePacker packer(archive, 0, nullptr);
+    FilePacker packer(packed->source.c_str(), 0, nullptr);
     const int code = packer.GetError(nullptr);
     EXPECT_TRUE(code == 0 || code == 3 || code == 6) << code;
     EXPECT_EQ(packer.AddFileAsBuffer("", 0, "x"), code == 0 ? 0 : 1);
     return code == 0;
 }
 
-SweepCase creating()
-{
-    const auto packed = std::make_shared<Packed>(0);
-    return {.call = [packed] { return created(packed->source.c_str()); }};
-}
-
 // Paths are copied by the calls that take them in UTF-8.
 const SweepRows rows({
-    {.name = "FilePacker", .make = creating, .once = {{"list_new : Not enough resources to create list"}, {}}},
+    changing("FilePacker", [] { return std::make_shared<Packed>(0); }, created, nullptr,
+             {{"list_new : Not enough resources to create list"}, {}}),
     row("FilePacker::AddFile", 0, 3, &Packed::add_file, {{}}),
     row("FilePacker::AddFileAsBuffer", 0, 50, &Packed::add_buffer,
         {{"list_insert : Unable to extend list, insufficient resources"}}),
@@ -118,10 +118,7 @@ TEST(FilePackerFaults, AnArchiveHoldsWhatWasAddedWithoutAnErrorAndNothingElse)
         const bool closed = packed.packer->AddFileAsBuffer("", 0, "3") == 4;
         EXPECT_EQ(packed.add_file(), closed ? 4 : 0);
         packed.open(1);
-        int count = 0;
-        int code = 0;
-        while ((code = packed.read()) == 0)
-            ++count;
+        const auto [count, code] = packed.read_all();
         EXPECT_EQ(count, 3 + (first == 0) + (second == 0) + (closed ? 0 : first == 0 ? 1 : 2));
         EXPECT_TRUE(code == 9 || (closed && code == 5)) << code;
         EXPECT_TRUE(!closed || sticky);
@@ -143,19 +140,18 @@ TEST(FilePackerFaults, ALengthThatLiesAllocatesNothing)
 
 TEST(FilePackerFaults, UnpackedFilesAreWholeOrNotThere)
 {
-    int unnoticed = 0;
+    int unnoticed = 0, empty = 0;
     each_file_call(1, [&](Packed &packed, bool sticky, const auto &fire) {
         fire();
         const int code = packed.unpack();
         const bool fired = disarm() > 0;
         EXPECT_TRUE(fired || code == 0);
         unnoticed += fired && code == 0;
-        for (int i = 0; i < 3; ++i) {
-            const std::string path = packed.folder.path(std::to_string(i));
-            const bool there = std::filesystem::exists(path);
-            const auto size = there ? std::filesystem::file_size(path) : 0;
-            EXPECT_TRUE(there || code != 0);
-            EXPECT_TRUE(!there || size == 10000U * static_cast<unsigned>(i) || sticky) << size;
+        for (unsigned i = 0; i < 3; ++i) {
+            std::error_code missing;
+            const auto size = std::filesystem::file_size(packed.folder.path(std::to_string(i)), missing);
+            EXPECT_TRUE(missing || (size == 0 && i > 0) ? code != 0 : sticky || size == 10000U * i) << size;
+            empty += !missing && size == 0 && i > 0 && !sticky;
         }
         EXPECT_EQ(packed.unpack(), 0);
         EXPECT_EQ(packed.folder.read("2"), long_text);
@@ -163,12 +159,10 @@ TEST(FilePackerFaults, UnpackedFilesAreWholeOrNotThere)
     });
     // With each fault: reading no bytes, and closing the directory after three files; two halved writes are continued.
     EXPECT_EQ(unnoticed, 3 * (1 + 3) + 2);
+    EXPECT_EQ(empty, 3 * 2) << "when the host tells nothing about its new file";
     each_file_call(1, [](Packed &packed, bool, const auto &fire) {
-        int count = 0;
-        int code = 0;
         fire();
-        while ((code = packed.read()) == 0)
-            ++count;
+        const auto [count, code] = packed.read_all();
         const bool fired = disarm() > 0;
         EXPECT_TRUE(fired || code == 9);
         EXPECT_EQ(code, count == 3 && code == 9 ? 9 : 5) << count;

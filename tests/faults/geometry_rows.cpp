@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 namespace teska_test
 {
@@ -19,9 +18,12 @@ namespace
 {
 
 using Volume = std::shared_ptr<tetra_volume>;
+using Hull = std::shared_ptr<convex_hull>;
 
 const tetra_point corner[] = {{0, 0, 0, 0}, {1, 0, 0, 1}, {0, 1, 0, 2}, {0, 0, 1, 3}};
 const double eye[] = {9, 9, 9}, below[] = {0.2, 0.2, -1}, above[] = {0.2, 0.2, 99};
+
+int add_tetra(tetra_volume *v) { return tetra_volume_add_tetra(v, corner, corner + 1, corner + 2, corner + 3); }
 
 // Horizontal triangles one above the other, and a tetrahedron ten times.
 Volume stack(int nr_planes)
@@ -32,37 +34,23 @@ Volume stack(int nr_planes)
         tetra_volume_add_plane(v.get(), p, p + 1, p + 2);
     }
     for (int i = 0; i < 10; ++i)
-        tetra_volume_add_tetra(v.get(), corner, corner + 1, corner + 2, corner + 3);
+        add_tetra(v.get());
     return v;
 }
 
-std::string counts(const Volume &v)
-{
-    return std::to_string(v->nr_planes) + " " + std::to_string(list_num(v->planes)) + " " +
-           std::to_string(v->nr_tetras) + " " + std::to_string(list_num(v->tetras));
-}
-
 // A call that asks or changes a stack; it gives 0 or -1.
-SweepRow row(const char *name, int nr_planes, int (*call)(tetra_volume *v), SweepReports once)
+SweepRow row(const char *name, int nr_planes, int (*call)(tetra_volume *v), SweepReports reports)
 {
-    return changing<Volume>(
+    const auto counts = [](const Volume &v) {
+        return std::to_string(v->nr_planes) + " " + std::to_string(list_num(v->planes)) + " " +
+               std::to_string(v->nr_tetras) + " " + std::to_string(list_num(v->tetras));
+    };
+    return changing(
         name, [=] { return stack(nr_planes); }, [=](const Volume &v) { return gave(0, call(v.get())); }, counts,
-        std::move(once));
-}
-
-// A cube with a point inside.
-SweepCase cutting()
-{
-    const std::shared_ptr<list_rec> points(list_new(20, sizeof(tetra_point), nullptr), list_kill);
-    for (int i = 0; i < 9; ++i) {
-        const tetra_point p{i < 8 ? i % 2 * 10.0 : 3, i < 8 ? i / 2 % 2 * 10.0 : 4, i < 8 ? i / 4 * 10.0 : 5, 0};
-        list_insert(points.get(), &p);
-    }
-    return {.call = [=] { return made(tetra_volume_new(points.get()), tetra_volume_kill); }};
+        std::move(reports));
 }
 
 int add_plane(tetra_volume *v) { return tetra_volume_add_plane(v, corner, corner + 1, corner + 2); }
-int add_tetra(tetra_volume *v) { return tetra_volume_add_tetra(v, corner, corner + 1, corner + 2, corner + 3); }
 int intersect(tetra_volume *v) { return tetra_volume_line_intersect(v, below, above, nullptr); }
 
 int add_plane2(tetra_volume *v)
@@ -86,27 +74,33 @@ int dump(tetra_volume *v)
     return result;
 }
 
-// On a sphere so small that the hull is made twice, the second time by exact signs.
-void add_sphere(TConvexHull &hull)
+// The corners of a cube from 0 to 10, and then a point inside it.
+tetra_point dice_point(int i)
 {
-    Generator input(1);
-    for (int i = 0; i < 60; ++i) {
-        const double x = input.between(-1, 1), y = input.between(-1, 1), z = input.between(-1, 1);
-        const double k = 4 / std::sqrt(x * x + y * y + z * z);
-        hull.AddPoint(x * k, y * k, z * k);
-    }
+    return i < 8 ? tetra_point{i % 2 * 10.0, i / 2 % 2 * 10.0, i / 4 * 10.0, 0} : tetra_point{3, 4, 5, 0};
 }
 
-using Hull = std::shared_ptr<convex_hull>;
+std::shared_ptr<list_rec> dice_points()
+{
+    const std::shared_ptr<list_rec> points(list_new(20, sizeof(tetra_point), nullptr), list_kill);
+    for (int i = 0; i < 9; ++i) {
+        const tetra_point p = dice_point(i);
+        list_insert(points.get(), &p);
+    }
+    return points;
+}
 
-// A cube, and points inside.
+int add(const Hull &hull, int i)
+{
+    const tetra_point p = dice_point(i);
+    return convex_hull_add(hull.get(), &p.x);
+}
+
 Hull dice()
 {
     Hull hull(convex_hull_new(), convex_hull_kill);
-    for (int i = 0; i < 27; ++i) {
-        const double p[3] = {i < 8 ? i % 2 * 10.0 : 5, i < 8 ? i / 2 % 2 * 10.0 : 5, i < 8 ? i / 4 * 10.0 : 5};
-        convex_hull_add(hull.get(), p);
-    }
+    for (int i = 0; i < 27; ++i)
+        add(hull, i);
     return hull;
 }
 
@@ -120,58 +114,57 @@ std::string points_and_faces(const Hull &hull)
 const lines nothing, no_list{"list_new : Not enough resources to create list"};
 const lines no_room{"list_insert : Unable to extend list, insufficient resources"};
 const SweepRows rows({
-    calling("plane_new2", [] { return made<void>(plane_new2(corner, corner + 1, corner + 2), plane_kill); }, {nothing}),
-    calling("tetra_volume_new0", [] { return made(tetra_volume_new0(), tetra_volume_kill); }, {nothing, no_list}),
-    {.name = "tetra_volume_new", .make = cutting, .once = {nothing, no_list, nothing, no_room, nothing}},
+    creating("plane_new2", [] { return plane_new2(corner, corner + 1, corner + 2); }, plane_kill, {nothing}),
+    creating("tetra_volume_new0", tetra_volume_new0, tetra_volume_kill, {nothing, no_list}),
+    changing("tetra_volume_new", dice_points,
+             [](const auto &points) { return made(tetra_volume_new(points.get()), tetra_volume_kill); }, nullptr,
+             {nothing, no_list, no_room}),
     row("tetra_volume_add_plane", 10, add_plane, {nothing, no_room}),
     row("tetra_volume_add_plane2", 10, add_plane2, {nothing, no_room}),
     row("tetra_volume_add_tetra", 0, add_tetra, {nothing, no_room}),
-    row("tetra_volume_get_border_points", 4, get_border, {no_list, nothing, no_room}),
+    row("tetra_volume_get_border_points", 4, get_border, {nothing, no_list, no_room}),
     row("tetra_volume_line_intersect", 40, intersect, {nothing}),
     row("tetra_volume_dump_to_file", 1, dump, {nothing}),
-    calling("convex_hull_new", [] { return made(convex_hull_new(), convex_hull_kill); },
-            {{"convex_hull_new: insufficient memory"}}),
-    changing<Hull>("convex_hull_add", dice, [](const Hull &hull) { return gave(0, convex_hull_add(hull.get(), eye)); },
-                   points_and_faces, {{"convex_hull_add: insufficient memory"}}),
-    changing<Hull>("convex_hull_add_points", dice,
-                   [](const Hull &hull) { return gave(0, convex_hull_add_points(hull.get(), eye, 1)); },
-                   points_and_faces, {{"convex_hull_add_points: insufficient memory"}}),
+    creating("convex_hull_new", convex_hull_new, convex_hull_kill, {{"convex_hull_new: insufficient memory"}}),
+    changing("convex_hull_add", dice, [](const Hull &hull) { return gave(0, convex_hull_add(hull.get(), eye)); },
+             points_and_faces, {{"convex_hull_add: insufficient memory"}}),
+    changing("convex_hull_add_points", dice,
+             [](const Hull &hull) { return gave(0, convex_hull_add_points(hull.get(), eye, 1)); }, points_and_faces,
+             {{"convex_hull_add_points: insufficient memory"}}),
 });
 
-// Calls check(fire) on fresh hulls while allocations fail in turn; returns how often.
-template <class Check>
-int each_hull(bool sticky, Check check)
+// On a sphere so small that the hull is made twice, the second time by exact signs.
+void add_sphere(TConvexHull &hull)
 {
-    return each_fault(fault_kind::memory, sticky, {}, [&](const auto &fire) {
-        track_memory();
-        const bool fired = check(fire, TConvexHull());
-        EXPECT_EQ(live_blocks(), 0);
-        return fired;
-    });
+    Generator input(1);
+    for (int i = 0; i < 60; ++i) {
+        const double x = input.between(-1, 1), y = input.between(-1, 1), z = input.between(-1, 1);
+        const double k = 4 / std::sqrt(x * x + y * y + z * z);
+        hull.AddPoint(x * k, y * k, z * k);
+    }
 }
 
 TEST(TConvexHull, ConstructsWhenMemoryIsBackAgain)
 {
-    for (const bool sticky : {false, true}) {
-        const int rounds = each_hull(sticky, [](const auto &fire, TConvexHull hull) {
-            add_sphere(hull);
-            fire();
-            const int result = hull.Construct();
-            const bool fired = disarm() > 0;
-            EXPECT_EQ(result, fired ? -1 : 0);
-            EXPECT_EQ(hull.InsideHull(1, 1, 1), fired ? 0 : 1);
-            EXPECT_EQ(hull.Construct(), 0);
-            EXPECT_EQ(hull.InsideHull(1, 1, 1), 1);
-            EXPECT_EQ(hull.InsideHull(3, 3, 3), 0);
-            return fired;
-        });
-        EXPECT_GT(rounds, 300);
-    }
+    each_allocation(300, [](const auto &fire) {
+        TConvexHull hull;
+        add_sphere(hull);
+        fire();
+        const int result = hull.Construct();
+        const bool fired = disarm() > 0;
+        EXPECT_EQ(result, fired ? -1 : 0);
+        EXPECT_EQ(hull.InsideHull(1, 1, 1), fired ? 0 : 1);
+        EXPECT_EQ(hull.Construct(), 0);
+        EXPECT_EQ(hull.InsideHull(1, 1, 1), 1);
+        EXPECT_EQ(hull.InsideHull(3, 3, 3), 0);
+        return fired;
+    });
 }
 
 TEST(TConvexHull, RemembersALostPoint)
 {
-    const int rounds = each_hull(false, [](const auto &fire, TConvexHull hull) {
+    each_allocation(4, [](const auto &fire) {
+        TConvexHull hull;
         fire();
         for (const double x : {0, 10})
             EXPECT_EQ(hull.AddPoint(x, 0, 0), 0);
@@ -183,93 +176,74 @@ TEST(TConvexHull, RemembersALostPoint)
         EXPECT_EQ(hull.IsEmpty(), 0);
         return fired;
     });
-    EXPECT_GT(rounds, 3);
 }
 
-// Inserts points and boxes; every one that finds no memory is inserted once more.
+// Inserts points and boxes; the one that finds no memory is inserted once more.
 TEST(TQuadTree, IsUnchangedByAnInsertionWithoutMemory)
 {
-    for (const bool sticky : {false, true}) {
-        const int rounds = each_fault(fault_kind::memory, sticky, {}, [&](const auto &fire) {
-            track_memory();
-            Generator input(2);
-            int failed = 0;
-            {
-                TQuadTree tree;
-                fire();
-                for (int i = 0; i < 400; ++i) {
-                    const double x = input.unit(), y = input.unit(), size = i % 2 == 0 ? 0 : input.unit();
-                    const TQuadBox box{x, y, x + size, y + size};
-                    const int result = tree.Insert(box, &tree);
-                    EXPECT_TRUE(result == 0 || result == -1);
-                    EXPECT_EQ(tree.Count(), i + 1 + result);
-                    TQuadHit hit;
-                    EXPECT_EQ(tree.Nearest(x, y, HUGE_VAL, &hit), tree.Count() > 0 ? 1 : 0);
-                    EXPECT_EQ(tree.Walk([](const TQuadHit *, void *) { return 0; }, nullptr), tree.Count());
-                    if (result == -1) {
-                        ++failed;
-                        EXPECT_EQ(tree.Remove(box, &tree), -1);
-                        disarm();
-                        EXPECT_EQ(tree.Insert(box, &tree), 0);
-                    }
-                }
-                disarm();
-                EXPECT_LE(failed, 1);
+    each_allocation(30, [](const auto &fire) {
+        Generator input(2);
+        TQuadTree tree;
+        bool fired = false;
+        fire();
+        for (int i = 0; i < 400; ++i) {
+            const double x = input.unit(), y = input.unit(), size = i % 2 == 0 ? 0 : input.unit();
+            const TQuadBox box{x, y, x + size, y + size};
+            TQuadHit hit;
+            const int result = tree.Insert(box, &tree);
+            EXPECT_EQ(tree.Count(), i + 1 + result);
+            EXPECT_EQ(tree.Nearest(x, y, HUGE_VAL, &hit), tree.Count() > 0 ? 1 : 0);
+            EXPECT_EQ(tree.Walk([](const TQuadHit *, void *) { return 0; }, nullptr), tree.Count());
+            if (result != 0) {
+                EXPECT_FALSE(fired);
+                EXPECT_EQ(tree.Remove(box, &tree), -1);
+                fired = disarm() > 0;
+                EXPECT_EQ(tree.Insert(box, &tree), 0);
             }
-            EXPECT_EQ(live_blocks(), 0);
-            return failed > 0;
-        });
-        EXPECT_GT(rounds, 30);
-    }
+        }
+        disarm();
+        return fired;
+    });
 }
 
 TEST(TetraVolume, FindsTheSamePointWhenMemoryIsShort)
 {
-    const int rounds = each_fault(fault_kind::memory, false, {}, [](const auto &fire) {
+    each_allocation(4, [](const auto &fire) {
         const Volume v = stack(7);
         double point[3] = {}, again[3] = {}, dist = 0;
         int plane = 0;
         fire();
         EXPECT_EQ(tetra_volume_nearest(v.get(), above, point, &dist, &plane, nullptr), 0);
         const bool fired = disarm() > 0;
-        EXPECT_TRUE(plane == 6 && dist == 93) << plane << " at " << dist;
+        EXPECT_EQ(plane, 6);
+        EXPECT_EQ(dist, 93);
         EXPECT_EQ(tetra_volume_nearest(v.get(), above, again, nullptr, nullptr, nullptr), 0);
         EXPECT_TRUE(std::equal(point, point + 3, again));
         return fired;
     });
-    EXPECT_GT(rounds, 3);
 }
 
 // Whatever fails, from the first point on: no point is lost, and the next call makes the whole hull.
 TEST(ConvexHull, IsMadeWhenMemoryIsBackAgain)
 {
-    for (const bool sticky : {false, true}) {
-        const int rounds = each_fault(fault_kind::memory, sticky, {}, [&](const auto &fire) {
-            track_memory();
-            auto reports = std::make_unique<Reports>();
-            Hull hull(convex_hull_new(), convex_hull_kill);
-            bool fired = false;
-            fire();
-            for (int i = 0; i < 9; ++i) {
-                const double p[3] = {i < 8 ? i % 2 * 10.0 : 9, i < 8 ? i / 2 % 2 * 10.0 : 9, i < 8 ? i / 4 * 10.0 : 9};
-                while (convex_hull_add(hull.get(), p) != 0)
-                    fired = disarm() > 0;
-            }
-            const int result = convex_hull_construct(hull.get());
-            const int faces = convex_hull_get_nr_faces(hull.get());
-            fired = disarm() > 0 || fired;
-            EXPECT_EQ(faces, result == 0 ? 12 : 0);
-            EXPECT_EQ(reports->take().size(), fired ? 1U : 0U);
-            EXPECT_EQ(convex_hull_construct(hull.get()), 0);
-            EXPECT_EQ(convex_hull_get_volume(hull.get()), 1000);
-            EXPECT_EQ(convex_hull_get_nr_points(hull.get()), 9);
-            hull.reset();
-            reports.reset();
-            EXPECT_EQ(live_blocks(), 0);
-            return fired;
-        });
-        EXPECT_GT(rounds, 50);
-    }
+    each_allocation(50, [](const auto &fire) {
+        Reports reports;
+        const Hull hull(convex_hull_new(), convex_hull_kill);
+        bool fired = false;
+        fire();
+        for (int i = 0; i < 9; ++i)
+            while (add(hull, i) != 0)
+                fired = disarm() > 0;
+        const int result = convex_hull_construct(hull.get());
+        const int faces = convex_hull_get_nr_faces(hull.get());
+        fired = disarm() > 0 || fired;
+        EXPECT_EQ(faces, result == 0 ? 12 : 0);
+        EXPECT_EQ(reports.take().size(), fired ? 1U : 0U);
+        EXPECT_EQ(convex_hull_construct(hull.get()), 0);
+        EXPECT_EQ(convex_hull_get_volume(hull.get()), 1000);
+        EXPECT_EQ(convex_hull_get_nr_points(hull.get()), 9);
+        return fired;
+    });
 }
 
 TEST(VolumeExport, FailsWhenAFileIsNotWrittenToItsEndButForTheSecondScene)

@@ -8,7 +8,6 @@
 #include "izat.h"
 
 #include <algorithm>
-#include <memory>
 
 namespace teska_test
 {
@@ -17,7 +16,6 @@ namespace
 {
 
 using Sharpener = std::shared_ptr<fusm>;
-using Scaler = std::shared_ptr<ibilin>;
 
 int spots;  // how many lines came out with the spot in their middle made brighter by 40
 unsigned char result[3];
@@ -43,26 +41,10 @@ bool sharpen(fusm *f, int height)
     return spots == height / 2;
 }
 
-bool sharpen_once()
-{
-    fusm *f = fusm_new(0, 255, 1, 1, nullptr, nullptr);
-    const bool success = sharpen(f, 3);
-    fusm_kill(f);
-    return success;
-}
-
 bool reduce_levels(const Sharpener &f)
 {
     const double points[] = {0, 0, 1, 1};
     return fusm_level_red_set(f.get(), 2, points, points) != 0;
-}
-
-int delivered = 0;
-
-bool start(const Scaler &record)
-{
-    return ibilin_start(
-               record.get(), 3, 1, 100, 1, 200, [](int) { ++delivered; }, 3, 3) == 1;
 }
 
 const lines no_buffer{"fusm_start: malloc HPFc_buf failed"};
@@ -72,18 +54,14 @@ const lines no_record = {"fusm_level_red_set: unable to create lin interp",
 const lines no_function = {"func_new : unable to create new instance of function", no_record[0], no_record[1]};
 const lines no_list = {no_function[0], no_record[0], no_record[1], "list_new : Not enough resources to create list"};
 
-using Zoom = std::shared_ptr<izat>;
-using Pick = std::shared_ptr<izoom>;
-
 // New records ignore lines, as after a failure. Each feed gives a line; how many are handed out.
-Scaler make_scaler() { return {ibilin_new(0), ibilin_kill}; }
-Zoom make_zoom() { return {izat_new(IZAT_LANCZOS3), izat_kill}; }
-Pick make_pick() { return {izoom_new(), izoom_kill}; }
-
 const unsigned char source_line[300] = {};
 unsigned char scaled[600];
+int delivered = 0;
 
-std::string feed_scaler(const Scaler &record)
+void deliver(int) { ++delivered; }
+
+std::string feed(const std::shared_ptr<ibilin> &record)
 {
     unsigned char line[300] = {}, *outs[] = {scaled, scaled + 1, scaled + 2};
     delivered = 0;
@@ -91,46 +69,44 @@ std::string feed_scaler(const Scaler &record)
     return std::to_string(delivered);
 }
 
-std::string feed_zoom(const Zoom &zoom)
+template <auto line, class Record>
+std::string feed_one(const std::shared_ptr<Record> &record)
 {
     unsigned char *out = scaled;
-    return std::to_string(izat_line_b(zoom.get(), source_line, &out));
-}
-
-std::string feed_pick(const Pick &pick)
-{
-    unsigned char *out = scaled;
-    return std::to_string(izoom_line_b(pick.get(), source_line, &out));
+    return std::to_string(line(record.get(), source_line, &out));
 }
 
 const SweepRows rows({
-    calling("fir_new", [] { return made(fir_new(1, 255), fir_kill); }, {{"fir_new: unable to malloc"}}),
-    calling("flood_new", [] { return made(flood_new(nullptr, nullptr), flood_kill); }, {{"flood_new: malloc failure"}}),
-    {.name = "fusm_new",
-     .make = [] { return SweepCase{.call = sharpen_once}; },
-     .once = {{"usm_new: unable to malloc"}, {}, no_buffer},  // the tables in between
-     .sticky = {{"usm_new: unable to malloc"}, no_buffer}},
-    changing<Sharpener>(
+    creating("fir_new", [] { return fir_new(1, 255); }, fir_kill, {{"fir_new: unable to malloc"}}),
+    creating("flood_new", [] { return flood_new(nullptr, nullptr); }, flood_kill, {{"flood_new: malloc failure"}}),
+    calling("fusm_new",
+            [] {
+                fusm *f = fusm_new(0, 255, 1, 1, nullptr, nullptr);
+                const bool success = sharpen(f, 3);
+                return fusm_kill(f), success;
+            },
+            {{"usm_new: unable to malloc"}, {}, no_buffer}),  // the tables in between
+    changing(
         "fusm_start, 100000 lines", [] { return Sharpener(fusm_new(0, 255, 1, 1, nullptr, keep), fusm_kill); },
         [](const Sharpener &f) { return sharpen(f.get(), 100001); }, nullptr,
         {{"fusm_start: malloc comps_buf failed"}, no_buffer}),
-    changing<Sharpener>("fusm_level_red_set",
-                        [] { return Sharpener(fusm_new(0, 255, 2, 2, nullptr, nullptr), fusm_kill); }, reduce_levels,
-                        nullptr, {{}, no_record, no_function, no_list, no_record, no_function, no_list}),
-    calling("ibilin_new", [] { return made(ibilin_new(0), ibilin_kill); }, {{"ibilin_new:unable to create ibilin"}}),
-    changing<Scaler>("ibilin_start", make_scaler, start, feed_scaler, {{"ibilin_start: unsufficient resources"}}),
-    calling("izat_new", [] { return made(izat_new(IZAT_AREA), izat_kill); }, {{"izat_new: insufficient memory"}}),
-    calling("izoom_new", [] { return made(izoom_new(), izoom_kill); }, {{"izoom_new: insufficient memory"}}),
-    changing<Zoom>("izat_start", make_zoom,
-                   [](const Zoom &zoom) {
-                       return izat_start(zoom.get(), 3, 1, 100, 1, 200, nullptr, nullptr, 3, 3) == 1;
-                   },
-                   feed_zoom, {{"izat_start: insufficient memory"}}),
-    changing<Pick>("izoom_start", make_pick,
-                   [](const Pick &pick) {
-                       return izoom_start(pick.get(), 3, 1, 100, 1, 200, nullptr, nullptr, 3, 3) == 1;
-                   },
-                   feed_pick, {{"izoom_start: insufficient memory"}}),
+    changing("fusm_level_red_set", [] { return Sharpener(fusm_new(0, 255, 2, 2, nullptr, nullptr), fusm_kill); },
+             reduce_levels, nullptr, {{}, no_record, no_function, no_list}),
+    creating("ibilin_new", [] { return ibilin_new(0); }, ibilin_kill, {{"ibilin_new:unable to create ibilin"}}),
+    creating("izat_new", [] { return izat_new(IZAT_AREA); }, izat_kill, {{"izat_new: insufficient memory"}}),
+    creating("izoom_new", izoom_new, izoom_kill, {{"izoom_new: insufficient memory"}}),
+    changing(
+        "ibilin_start", [] { return std::shared_ptr<ibilin>(ibilin_new(0), ibilin_kill); },
+        [](const auto &b) { return ibilin_start(b.get(), 3, 1, 100, 1, 200, deliver, 3, 3) == 1; }, feed,
+        {{"ibilin_start: unsufficient resources"}}),
+    changing(
+        "izat_start", [] { return std::shared_ptr<izat>(izat_new(IZAT_LANCZOS3), izat_kill); },
+        [](const auto &z) { return izat_start(z.get(), 3, 1, 100, 1, 200, nullptr, nullptr, 3, 3) == 1; },
+        feed_one<izat_line_b, izat>, {{"izat_start: insufficient memory"}}),
+    changing(
+        "izoom_start", [] { return std::shared_ptr<izoom>(izoom_new(), izoom_kill); },
+        [](const auto &z) { return izoom_start(z.get(), 3, 1, 100, 1, 200, nullptr, nullptr, 3, 3) == 1; },
+        feed_one<izoom_line_b, izoom>, {{"izoom_start: insufficient memory"}}),
 });
 
 constexpr int width = 50;
@@ -182,22 +158,22 @@ struct Comb {
         for (int i = 0; i < size * size; ++i)
             pixels[i / size][i % size] = i % 2 == 1 && i / size % 4 != 0;
     }
-
-    static int inside(void *user, int x, int y)
-    {
-        return x >= 0 && x < size && y >= 0 && y < size && static_cast<Comb *>(user)->pixels[y][x] == 0;
-    }
-
-    static void fill(void *user, int first, int last, int y)
-    {
-        for (int x = first; x <= last; ++x)
-            static_cast<Comb *>(user)->filled += ++static_cast<Comb *>(user)->pixels[y][x];
-    }
 };
+
+int inside(void *user, int x, int y)
+{
+    return x >= 0 && x < size && y >= 0 && y < size && static_cast<Comb *>(user)->pixels[y][x] == 0;
+}
+
+void fill(void *user, int first, int last, int y)
+{
+    for (int x = first; x <= last; ++x)
+        static_cast<Comb *>(user)->filled += ++static_cast<Comb *>(user)->pixels[y][x];
+}
 
 TEST(FloodDo, GoesOnWithoutTheShadowsThatFindNoMemory)
 {
-    const std::unique_ptr<flood, int (*)(flood *)> record(flood_new(Comb::inside, Comb::fill), flood_kill);
+    const std::unique_ptr<flood, int (*)(flood *)> record(flood_new(inside, fill), flood_kill);
     const auto fill_failing_at = [&](int n, bool sticky, lines &reported) {
         Reports reports;
         Comb comb;

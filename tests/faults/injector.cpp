@@ -3,17 +3,19 @@
 
 #include "faults/injector.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <climits>
 #include <csignal>
-#include <cstdarg>
 #include <cstdio>
 #include <memory_resource>
 #include <new>
 #include <string_view>
+#include <type_traits>
 #include <unordered_set>
 
 namespace
@@ -40,6 +42,8 @@ auto &blocks = *new std::pmr::unordered_set<const void *>;
 bool tracking = false;
 int found_again = 0;  // blocks whose address was taken for live: the one before was freed inside the shared runtime
 
+std::vector<file_step> *recorded = nullptr;
+
 bool fails(fault_kind kind)
 {
     if (!faults.armed || faults.kind != kind)
@@ -57,31 +61,17 @@ bool fails(fault_kind kind)
     return true;
 }
 
-std::vector<file_step> *recorded = nullptr;
-
-// Passes a file call's result on.
-template <class Result>
-Result record(Result result, file_step::kind call, int descriptor, const char *name = "", std::string_view other = {})
-{
-    if (recorded != nullptr && result >= 0)
-        recorded->push_back({call, descriptor, name, std::string(other)});
-    return result;
-}
-
-void keep(const void *block)
+void *keep(void *block)
 {
     if (tracking && block != nullptr && !blocks.insert(block).second)
         ++found_again;
+    return block;
 }
 
 template <auto real, class... Argument>
 void *allocate(const Argument &...arguments)
 {
-    if (fails(fault_kind::memory))
-        return nullptr;
-    void *block = real(arguments...);
-    keep(block);
-    return block;
+    return fails(fault_kind::memory) ? nullptr : keep(real(arguments...));
 }
 
 template <auto real>
@@ -99,19 +89,24 @@ void release(void *block, Size... size)
     real(block, size...);
 }
 
-template <auto real, auto failure, class... Argument>
-auto file_call(Argument... arguments) -> decltype(real(arguments...))
+// Makes a call that does not fail now; gives -1 or null for one that does.
+template <auto real, class... Argument>
+auto file_call(Argument... arguments)
 {
-    return fails(fault_kind::files) ? failure : real(arguments...);
+    using Result = decltype(real(arguments...));
+    if (!fails(fault_kind::files))
+        return real(arguments...);
+    if constexpr (std::is_pointer_v<Result>)
+        return Result{nullptr};
+    else
+        return Result{-1};
 }
 
 // A stream that failed says so, or it would be taken for one at its end. The host's header has no name for the bit.
-void mark_failed(std::FILE *file)
+void mark_failed([[maybe_unused]] std::FILE *file)
 {
 #ifdef __GLIBC__
     file->_flags |= 0x20;
-#else
-    static_cast<void>(file);
 #endif
 }
 
@@ -145,6 +140,35 @@ std::size_t stream_transfer(Data *data, std::size_t size, std::size_t count, std
     return faults.fault.partial ? real(data, size, count / 2, file) : 0;
 }
 
+// While steps are recorded; the host tells the folder of a descriptor under /proc.
+std::string full_name(int folder, const char *name)
+{
+    if (*name == '/')
+        return name;
+    char path[PATH_MAX] = {};
+    const std::string link = folder == AT_FDCWD ? "/proc/self/cwd" : "/proc/self/fd/" + std::to_string(folder);
+    const ssize_t length = readlink(link.c_str(), path, sizeof path - 1);
+    return std::string(path, length > 0 ? static_cast<std::size_t>(length) : 0) + "/" + name;
+}
+
+// Passes a result on and puts the step down, without a change of errno.
+template <class Result>
+Result record(Result result, file_step::kind call, int descriptor, std::string_view bytes = {})
+{
+    if (result >= 0 && recorded != nullptr)
+        recorded->push_back({call, descriptor, "", std::string(bytes)});
+    return result;
+}
+
+int record(int result, file_step::kind call, int folder, const char *name, std::string_view other = {})
+{
+    const int error = errno;
+    if (result >= 0 && recorded != nullptr)
+        recorded->push_back({call, call == file_step::open ? result : -1, full_name(folder, name), std::string(other)});
+    errno = error;
+    return result;
+}
+
 }  // namespace
 
 namespace teska_test
@@ -163,12 +187,6 @@ int disarm()
 
 void record_files(std::vector<file_step> *steps) { recorded = steps; }
 
-bool file_call_fails() { return fails(fault_kind::files); }
-
-bool records_files() { return recorded != nullptr; }
-
-void record_step(const file_step &step) { recorded->push_back(step); }
-
 void track_memory()
 {
     blocks.clear();
@@ -180,7 +198,8 @@ int live_blocks() { return static_cast<int>(blocks.size()) + found_again; }
 
 }  // namespace teska_test
 
-// The names are given by the linker; nobody else declares them.
+// The names are given by the linker; nobody else declares them. What a call leaves out of its variable arguments is
+// passed on as it was found, and not used.
 #pragma GCC diagnostic ignored "-Wmissing-declarations"
 #ifdef __clang__
 #    pragma GCC diagnostic ignored "-Wreserved-identifier"
@@ -199,18 +218,6 @@ freeing __real_free, __real__ZdlPv, __real__ZdaPv;
 freeing_sized __real__ZdlPvm, __real__ZdaPvm;
 decltype(calloc) __real_calloc;
 decltype(realloc) __real_realloc;
-decltype(fread) __real_fread;
-decltype(fwrite) __real_fwrite;
-decltype(fgetc) __real_fgetc;
-decltype(fclose) __real_fclose;
-decltype(open) __real_open;
-decltype(read) __real_read;
-decltype(write) __real_write;
-decltype(fsync) __real_fsync;
-decltype(close) __real_close;
-decltype(rename) __real_rename;
-decltype(unlink) __real_unlink;
-decltype(realpath) __real_realpath;
 
 void *__wrap_malloc(std::size_t size) { return allocate<__real_malloc>(size); }
 void *__wrap_calloc(std::size_t count, std::size_t size) { return allocate<__real_calloc>(count, size); }
@@ -221,11 +228,9 @@ void *__wrap_realloc(void *block, std::size_t size)
     if (fails(fault_kind::memory))
         return nullptr;
     void *moved = __real_realloc(block, size);
-    if (moved != nullptr) {
+    if (moved != nullptr)
         blocks.erase(block);
-        keep(moved);
-    }
-    return moved;
+    return keep(moved);
 }
 
 void *__wrap__Znwm(std::size_t size) { return allocate_or_throw<__real__Znwm>(size); }
@@ -246,33 +251,56 @@ void __wrap__ZdaPv(void *block) { release<__real__ZdaPv>(block); }
 void __wrap__ZdlPvm(void *block, std::size_t size) { release<__real__ZdlPvm>(block, size); }
 void __wrap__ZdaPvm(void *block, std::size_t size) { release<__real__ZdaPvm>(block, size); }
 
-// A call that only fails or is made.
-#define FAILING(call, failure, parameters, arguments)                                                                  \
+// Calls that only fail or are made; then calls with a wrapper of their own.
+#define WRAPPED(call, wrapper, parameters, ...)                                                                        \
     decltype(call) __real_##call;                                                                                      \
-    auto __wrap_##call parameters { return file_call<__real_##call, failure> arguments; }
-FAILING(fopen, nullptr, (const char *path, const char *mode), (path, mode))
-FAILING(fputc, EOF, (int byte, std::FILE *file), (byte, file))
-FAILING(fseek, -1, (std::FILE * file, long offset, int from), (file, offset, from))
-FAILING(fseeko, -1, (std::FILE * file, off_t offset, int from), (file, offset, from))
-FAILING(ftell, -1, (std::FILE * file), (file))
-FAILING(ftello, -1, (std::FILE * file), (file))
-FAILING(fflush, EOF, (std::FILE * file), (file))
-FAILING(lseek, -1, (int descriptor, off_t offset, int from), (descriptor, offset, from))
-FAILING(ftruncate, -1, (int descriptor, off_t size), (descriptor, size))
-FAILING(link, -1, (const char *from, const char *to), (from, to))
-FAILING(stat, -1, (const char *path, struct stat *status), (path, status))
-FAILING(fchmod, -1, (int descriptor, mode_t mode), (descriptor, mode))
-#undef FAILING
+    auto __wrap_##call parameters { return wrapper<__real_##call>(__VA_ARGS__); }
+WRAPPED(fopen, file_call, (const char *path, const char *mode), path, mode)
+WRAPPED(fputc, file_call, (int byte, std::FILE *file), byte, file)
+WRAPPED(fseek, file_call, (std::FILE * file, long offset, int from), file, offset, from)
+WRAPPED(fseeko, file_call, (std::FILE * file, off_t offset, int from), file, offset, from)
+WRAPPED(ftell, file_call, (std::FILE * file), file)
+WRAPPED(ftello, file_call, (std::FILE * file), file)
+WRAPPED(fflush, file_call, (std::FILE * file), file)
+WRAPPED(lseek, file_call, (int descriptor, off_t offset, int from), descriptor, offset, from)
+WRAPPED(ftruncate, file_call, (int descriptor, off_t size), descriptor, size)
+WRAPPED(link, file_call, (const char *from, const char *to), from, to)
+WRAPPED(stat, file_call, (const char *path, struct stat *status), path, status)
+WRAPPED(fstat, file_call, (int descriptor, struct stat *status), descriptor, status)
+WRAPPED(fstatat, file_call, (int folder, const char *name, struct stat *status, int flags), folder, name, status, flags)
+WRAPPED(statx, file_call, (int folder, const char *name, int flags, unsigned mask, struct statx *status), folder, name,
+        flags, mask, status)
+WRAPPED(fchmod, file_call, (int descriptor, mode_t mode), descriptor, mode)
+WRAPPED(fdopendir, file_call, (int descriptor), descriptor)
+WRAPPED(readdir, file_call, (DIR * stream), stream)
+WRAPPED(readlinkat, file_call, (int folder, const char *name, char *content, std::size_t size), folder, name, content,
+        size)
+WRAPPED(futimens, file_call, (int descriptor, const timespec *times), descriptor, times)
+WRAPPED(fcntl, file_call, (int descriptor, int command, long argument), descriptor, command, argument)
+WRAPPED(fread, stream_transfer, (void *data, std::size_t size, std::size_t count, std::FILE *file), data, size, count,
+        file)
+WRAPPED(fwrite, stream_transfer, (const void *data, std::size_t size, std::size_t count, std::FILE *file), data, size,
+        count, file)
+WRAPPED(read, descriptor_transfer, (int descriptor, void *data, std::size_t size), descriptor, data, size)
+WRAPPED(fclose, closing_call, (std::FILE * file), file)
+WRAPPED(closedir, closing_call, (DIR * stream), stream)
+#undef WRAPPED
 
-std::size_t __wrap_fread(void *data, std::size_t size, std::size_t count, std::FILE *file)
-{
-    return stream_transfer<__real_fread>(data, size, count, file);
-}
-
-std::size_t __wrap_fwrite(const void *data, std::size_t size, std::size_t count, std::FILE *file)
-{
-    return stream_transfer<__real_fwrite>(data, size, count, file);
-}
+decltype(fgetc) __real_fgetc;
+decltype(open) __real_open;
+decltype(openat) __real_openat;
+decltype(write) __real_write;
+decltype(copy_file_range) __real_copy_file_range;
+decltype(fsync) __real_fsync;
+decltype(close) __real_close;
+decltype(rename) __real_rename;
+decltype(renameat) __real_renameat;
+decltype(renameat2) __real_renameat2;
+decltype(unlink) __real_unlink;
+decltype(unlinkat) __real_unlinkat;
+decltype(mkdirat) __real_mkdirat;
+decltype(symlinkat) __real_symlinkat;
+decltype(realpath) __real_realpath;
 
 int __wrap_fgetc(std::FILE *file)
 {
@@ -282,34 +310,38 @@ int __wrap_fgetc(std::FILE *file)
     return EOF;
 }
 
-int __wrap_fclose(std::FILE *file) { return closing_call<__real_fclose>(file); }
-
-int __wrap_open(const char *path, int flags, ...)
+int __wrap_open(const char *path, int flags, mode_t permission)
 {
-    std::va_list rest;
-    va_start(rest, flags);
-    const int permission = (flags & O_CREAT) != 0 ? va_arg(rest, int) : 0;
-    va_end(rest);
-    const int descriptor = file_call<__real_open, -1>(path, flags, permission);
-    return record(descriptor, file_step::open, descriptor, path);
+    return record(file_call<__real_open>(path, flags, permission), file_step::open, AT_FDCWD, path);
 }
 
-ssize_t __wrap_read(int descriptor, void *data, std::size_t size)
+int __wrap_openat(int folder, const char *name, int flags, mode_t permission)
 {
-    return descriptor_transfer<__real_read>(descriptor, data, size);
+    return record(file_call<__real_openat>(folder, name, flags, permission), file_step::open, folder, name);
 }
+
+// What hardened builds call when nothing is created.
+int __wrap___openat_2(int folder, const char *name, int flags) { return __wrap_openat(folder, name, flags, 0); }
 
 ssize_t __wrap_write(int descriptor, const void *data, std::size_t size)
 {
     const ssize_t count = descriptor_transfer<__real_write>(descriptor, data, size);
     const std::size_t written = count > 0 ? static_cast<std::size_t>(count) : 0;
-    return record(count, file_step::write, descriptor, "", {static_cast<const char *>(data), written});
+    return record(count, file_step::write, descriptor, {static_cast<const char *>(data), written});
 }
 
-int __wrap_fsync(int descriptor)
+// Recorded as a write of what it moved.
+ssize_t __wrap_copy_file_range(int from, off64_t *from_at, int to, off64_t *to_at, std::size_t size, unsigned flags)
 {
-    return record(file_call<__real_fsync, -1>(descriptor), file_step::fsync, descriptor);
+    const off_t start = __real_lseek(from, 0, SEEK_CUR);
+    const ssize_t count = file_call<__real_copy_file_range>(from, from_at, to, to_at, size, flags);
+    if (count <= 0 || recorded == nullptr)
+        return count;
+    std::string bytes(static_cast<std::size_t>(count), '\0');
+    return record(pread(from, bytes.data(), bytes.size(), start), file_step::write, to, bytes);
 }
+
+int __wrap_fsync(int descriptor) { return record(file_call<__real_fsync>(descriptor), file_step::fsync, descriptor); }
 
 int __wrap_close(int descriptor)
 {
@@ -318,17 +350,45 @@ int __wrap_close(int descriptor)
 
 int __wrap_rename(const char *from, const char *to)
 {
-    return record(file_call<__real_rename, -1>(from, to), file_step::rename, -1, from, to);
+    return record(file_call<__real_rename>(from, to), file_step::rename, AT_FDCWD, from, to);
 }
 
-int __wrap_unlink(const char *path) { return record(file_call<__real_unlink, -1>(path), file_step::unlink, -1, path); }
+int __wrap_renameat(int from, const char *old_name, int to, const char *new_name)
+{
+    const int result = file_call<__real_renameat>(from, old_name, to, new_name);
+    return record(result, file_step::rename, from, old_name, recorded != nullptr ? full_name(to, new_name) : "");
+}
+
+int __wrap_renameat2(int from, const char *old_name, int to, const char *new_name, unsigned flags)
+{
+    const int result = file_call<__real_renameat2>(from, old_name, to, new_name, flags);
+    return record(result, file_step::rename, from, old_name, recorded != nullptr ? full_name(to, new_name) : "");
+}
+
+int __wrap_unlink(const char *path)
+{
+    return record(file_call<__real_unlink>(path), file_step::unlink, AT_FDCWD, path);
+}
+
+int __wrap_unlinkat(int folder, const char *name, int flags)
+{
+    return record(file_call<__real_unlinkat>(folder, name, flags), file_step::unlink, folder, name);
+}
+
+int __wrap_mkdirat(int folder, const char *name, mode_t mode)
+{
+    return record(file_call<__real_mkdirat>(folder, name, mode), file_step::mkdir, folder, name);
+}
+
+int __wrap_symlinkat(const char *content, int folder, const char *name)
+{
+    return record(file_call<__real_symlinkat>(content, folder, name), file_step::symlink, folder, name, content);
+}
 
 // Its block comes from within the C library and goes back through free.
 char *__wrap_realpath(const char *path, char *resolved)
 {
-    char *full = file_call<__real_realpath, nullptr>(path, resolved);
-    if (resolved == nullptr)
-        keep(full);
-    return full;
+    char *full = file_call<__real_realpath>(path, resolved);
+    return resolved == nullptr ? static_cast<char *>(keep(full)) : full;
 }
 }

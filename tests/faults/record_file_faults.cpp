@@ -1,14 +1,17 @@
-// Record files and the tables in them, with every allocation and every file call failing in turn
+// Record files and the tables in them, with every allocation and every file call failing in turn, and saves that are
+// killed or lose power
+#include "support/child.h"
 #include "support/folder.h"
 
+#include "faults/disk.h"
 #include "faults/sweep.h"
 #include "file_double.h"
+#include "lopra.h"
 #include "zuk.h"
 
-#include <filesystem>
-#include <iterator>
-#include <memory>
-#include <string>
+#include <unistd.h>
+
+#include <algorithm>
 
 namespace teska_test
 {
@@ -48,15 +51,15 @@ using Shared = std::shared_ptr<Setup>;
 
 SweepRow row(const char *name, bool (*call)(const Shared &setup))
 {
-    return changing<Shared>(name, std::make_shared<Setup>, call, [](const Shared &setup) { return setup->state(); },
-                            {{}});
+    return changing(name, std::make_shared<Setup>, call, [](const Shared &setup) { return setup->state(); }, {{}});
 }
 
 const char *long_name = "a name that does not fit into a short text";
 
-std::unique_ptr<file_double, int (*)(file_double *)> open_table(const Shared &setup, int create)
+template <int create>
+bool table(const Shared &setup)
 {
-    return {file_double_new(setup->path.c_str(), 1, create), file_double_kill};
+    return made(file_double_new(setup->path.c_str(), 1, create), file_double_kill);
 }
 
 const SweepRows rows({
@@ -69,10 +72,8 @@ const SweepRows rows({
     row("zuk_add_item_again",
         [](const Shared &s) { return gave(0, zuk_add_item(s->db.get(), "patches", "black", long_name, "")); }),
     row("zuk_flush", [](const Shared &s) { return gave(0, zuk_flush(s->db.get())); }),
-    row("file_double_new", [](const Shared &s) { return open_table(s, 0) != nullptr; }),
-    {.name = "file_double_new_create",
-     .make = [] { return SweepCase{.call = [s = std::make_shared<Setup>()] { return open_table(s, 1) != nullptr; }}; },
-     .once = {{}}},
+    row("file_double_new", table<0>),
+    changing("file_double_new_create", std::make_shared<Setup>, table<1>, nullptr, {{}}),
 });
 
 // ---- File calls
@@ -86,8 +87,8 @@ struct Operation {
 };
 
 const Operation operations[] = {
-    {"flush", [](Setup &s) { return zuk_flush(s.db.get()) == 0; }, "[patches]\nblack = 2\n", 6},
-    {"create", [](Setup &s) { return zuk_create_rfile(s.db.get(), s.path.c_str()) != nullptr; }, "", 5},
+    {"flush", [](Setup &s) { return zuk_flush(s.db.get()) == 0; }, "[patches]\nblack = 2\n", 7},
+    {"create", [](Setup &s) { return zuk_create_rfile(s.db.get(), s.path.c_str()) != nullptr; }, "", 6},
     {"push",
      [](Setup &s) {
          char value[ZUK_VALUE_SIZE] = "1";
@@ -97,11 +98,6 @@ const Operation operations[] = {
      },
      old_text, 2},
 };
-
-std::ptrdiff_t open_descriptors()
-{
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
-}
 
 // Every call failing in turn. Returns how many failures made no difference.
 int sweep(const Operation &operation, bool sticky, file_fault fault)
@@ -146,6 +142,93 @@ TEST(RecordFile, SurvivesEveryFailingFileCall)
                 sweep(operation, sticky, fault);
         EXPECT_EQ(sweep(operation, false, {.error = EINTR}), operation.harmless) << operation.name;
     }
+}
+
+const std::string texts[] = {"[t]\nk = the first of them\n", "[t]\nk = 2\n"};
+
+using Database = std::unique_ptr<zuk_db, int (*)(zuk_db *)>;
+
+Database loaded(const std::string &path)
+{
+    Database db(zuk_open(), zuk_close);
+    EXPECT_NE(zuk_push_rfile(db.get(), path.c_str()), nullptr);
+    return db;
+}
+
+// ---- The process is killed
+
+// Brings a file to the second text, without a standard input, and dies at a file call: "<n> <path>".
+const ChildRole saver("save a record file", [](const std::string &argument) {
+    const std::string path = argument.substr(argument.find(' ') + 1);
+    const bool is_new = access(path.c_str(), F_OK) != 0;
+    Database db(zuk_open(), zuk_close);
+    if (!is_new)
+        db = loaded(path);
+    zuk_add_item(db.get(), "t", "k", "2", "");
+    close(0);  // so that descriptor 0 is one of those in use
+    arm(fault_kind::files, std::stoi(argument), false, {.kill = true});
+    const int result = is_new ? replace_utf8(path.c_str(), texts[1].data(), texts[1].size()) : zuk_flush(db.get());
+    disarm();
+    return result;
+});
+
+TEST(KilledSave, LeavesTheOldFileOrTheNewOneAndNothingAfterTheNextSave)
+{
+    for (const bool is_new : {false, true}) {
+        std::string seen;
+        for (bool survived = false; !survived && seen.size() < 100;) {
+            const Folder folder;
+            const std::string path = folder.path("f");
+            if (!is_new)
+                folder.write("f", texts[0]);
+            survived = Child("save a record file", std::to_string(seen.size()) + " " + path).wait() == 0;
+            const std::string old = is_new ? "" : texts[0];
+            const std::string left = access(path.c_str(), F_OK) == 0 ? folder.read("f") : "";
+            EXPECT_TRUE(left == old || left == texts[1]) << seen.size() << ": " << left;
+            seen += left == old ? '0' : '1';
+            EXPECT_EQ(replace_utf8(path.c_str(), "", 0), 0) << seen << ": what was left is in the way";
+            EXPECT_EQ(folder.listing(), "f");
+        }
+        // The old one up to the death at the rename, the new one from then on.
+        EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end())) << seen;
+        EXPECT_EQ(seen.front(), '0');
+        EXPECT_EQ(seen.back(), '1');
+        EXPECT_GT(seen.size(), 5U) << seen;
+        EXPECT_LT(seen.size(), 100U) << seen;
+    }
+}
+
+// ---- The power is cut
+
+// Saves, with the n-th file call doing only half of what it should; one that cannot be done by half fails. Returns how
+// often the file may hold neither the old text nor the new one, or the old one after the save; -1 when it failed.
+int torn(int n, Flushes flushes)
+{
+    const Folder folder;
+    folder.write("f", texts[0]);
+    const Database db = loaded(folder.path("f"));
+    zuk_add_item(db.get(), "t", "k", "2", "");
+    Disk disk(folder.path(), flushes);
+    std::vector<file_step> steps;
+    arm(fault_kind::files, n, false, {.error = EINTR, .partial = true});
+    record_files(&steps);
+    const int result = zuk_flush(db.get());
+    record_files(nullptr);
+    disarm();
+    return result != 0 ? -1 : disk.torn(steps, {{"f", "(" + texts[1] + ")"}});
+}
+
+TEST(PowerCut, LeavesTheOldFileOrTheNewOneAndTheNewOneOnceItIsSaved)
+{
+    int whole = 0;
+    for (int n = 0; n < 30; ++n) {
+        const int count = torn(n, {.files = true, .folders = true});
+        EXPECT_LE(count, 0) << "short count at call " << n;
+        whole += count == 0 ? 1 : 0;
+    }
+    EXPECT_GT(whole, 2);
+    EXPECT_GT(torn(1000, {.files = false, .folders = true}), 0) << "it would do harm without either flush";
+    EXPECT_GT(torn(1000, {.files = true, .folders = false}), 0);
 }
 
 }  // namespace

@@ -17,6 +17,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,31 +35,30 @@ struct SweepCase {
     std::function<std::string()> state = nullptr;
 };
 
-// What is reported while one allocation after the other fails, each in ascending order of text; equal reports in a row
-// are one. A number after ", line: " counts as "#".
-using SweepReports = std::vector<lines>;
+// What one failure or another reports, each in ascending order of text. Numbers of lines and terminals count as "#".
+using SweepReports = std::set<lines>;
 
 struct SweepRow {
     std::string name;
     std::function<SweepCase()> make;
-    SweepReports once;
-    SweepReports sticky = once;  // when all later allocations fail too
+    SweepReports reports;
 };
 
-// The row of a call that needs no set-up, as a constructor's.
-SweepRow calling(std::string name, std::function<bool()> call, SweepReports once);
+// The row of a call that needs no set-up.
+SweepRow calling(std::string name, std::function<bool()> call, SweepReports reports);
 
-// The row of a call that changes an object; Object owns it, as a shared_ptr does.
-template <class Object>
-SweepRow changing(std::string name, std::function<Object()> make, std::function<bool(const Object &)> call,
-                  std::string (*state)(const Object &), SweepReports once)
+// The row of a call that changes an object; make() gives its owner, as a shared_ptr, and `state` may be null.
+template <class Make, class Call, class State>
+SweepRow changing(std::string name, Make make, Call call, State state, SweepReports reports)
 {
     const auto fresh = [=] {
-        const Object object = make();
-        return SweepCase{.call = [=] { return call(object); },
-                         .state = [=] { return state != nullptr ? state(object) : std::string(); }};
+        const auto object = make();
+        SweepCase one{.call = [=] { return call(object); }};
+        if constexpr (!std::is_null_pointer_v<State>)
+            one.state = [=] { return state(object); };
+        return one;
     };
-    return {.name = std::move(name), .make = fresh, .once = std::move(once)};
+    return {.name = std::move(name), .make = fresh, .reports = std::move(reports)};
 }
 
 // Whether a call gave `success`; its only other result is -1.
@@ -74,10 +75,10 @@ bool made(Record *record, Killed (*kill)(Record *))
 
 // The row of a constructor.
 template <class Create, class Record, class Killed>
-SweepRow creating(std::string name, Create create, Killed (*kill)(Record *), SweepReports once)
+SweepRow creating(std::string name, Create create, Killed (*kill)(Record *), SweepReports reports)
 {
     return calling(
-        std::move(name), [=] { return made(create(), kill); }, std::move(once));
+        std::move(name), [=] { return made<Record>(create(), kill); }, std::move(reports));
 }
 
 // Under a host that returns from the fatal exit and reports what it says as any other failure.
@@ -116,6 +117,24 @@ int each_fault(fault_kind kind, bool sticky, file_fault fault, Round round)
     }
     return n;
 }
+
+// The same for allocations, alone and with all later ones; a round keeps nothing, and there are at least so many.
+template <class Round>
+void each_allocation(int least, Round round)
+{
+    for (const bool sticky : {false, true}) {
+        const int rounds = each_fault(fault_kind::memory, sticky, {}, [&](const auto &fire) {
+            track_memory();
+            const bool fired = round(fire);
+            EXPECT_EQ(live_blocks(), 0) << "memory was leaked";
+            return fired;
+        });
+        EXPECT_GE(rounds, least);
+    }
+}
+
+// How many descriptors the process has.
+std::ptrdiff_t open_descriptors();
 
 }  // namespace teska_test
 
