@@ -8,6 +8,7 @@
 #include "mmd_tetras.h"
 
 #include <memory>
+#include <span>
 
 namespace teska_test
 {
@@ -15,201 +16,192 @@ namespace teska_test
 namespace
 {
 
-// Values and points reach a little beyond 0 .. 1.
-template <std::size_t Inputs, std::size_t Outputs, int Points>
-Operation::Run clut(Generator &input)
+struct Size {
+    int inputs, outputs, points;
+    int low = 0, high = 255, extension = 1;  // of weights
+};
+
+using Words = std::vector<unsigned short>;
+using Bytes = std::vector<unsigned char>;
+
+// What a table holds at its vertices, as given by its dataptr.
+template <auto dataptr, class... Table>
+auto vertices(Table... table)
 {
-    std::size_t size = Outputs;
-    for (std::size_t k = 0; k < Inputs; ++k)
-        size *= Points;
+    int size = 0;
+    auto *const data = dataptr(table..., &size);
+    return std::span(data, static_cast<std::size_t>(size));
+}
+
+template <class Array>
+Array filled(Generator &input, Array samples)
+{
+    input.fill(samples.data(), samples.size());
+    return samples;
+}
+
+// Values and points reach a little beyond 0 .. 1.
+Operation::Run clut(Generator &input, Size s)
+{
+    std::size_t size = static_cast<std::size_t>(s.outputs);
+    for (int k = 0; k < s.inputs; ++k)
+        size *= static_cast<std::size_t>(s.points);
     std::vector<float> values(size);
     for (float &value : values)
         value = static_cast<float>(input.between(-0.1, 1.1));
-    const auto table = std::make_shared<OwnedClut>(std::vector<unsigned char>(Inputs, Points), Outputs, values);
-    return [table](Generator &at, Digest &digest) {
-        double in[Inputs];
-        double out[Outputs];
+    const Bytes counts(static_cast<std::size_t>(s.inputs), static_cast<unsigned char>(s.points));
+    const auto table = std::make_shared<OwnedClut>(counts, s.outputs, values);
+    return [=](Generator &at, Digest &digest) {
+        std::vector<double> in(counts.size()), out(static_cast<std::size_t>(s.outputs));
         for (int i = 0; i < 1000; ++i) {
             for (double &x : in)
                 x = i % 10 == 0 ? at.below(5) / 4.0 : at.between(-0.1, 1.1);
-            table->Interpolate(out, in);
+            table->Interpolate(out.data(), in.data());
             digest.put(out);
-            if (Inputs == 3) {
-                for (double &x : in)
-                    x = at.unit();
-                table->Interp3d(out, in);
-                digest.put(out);
-            }
+            if (s.inputs != 3)
+                continue;
+            for (double &x : in)
+                x = at.unit();
+            table->Interp3d(out.data(), in.data());
+            digest.put(out);
         }
     };
 }
 
 // A table of random vertices and curves converts random pixels; then it is expanded.
-template <int Inputs, int Outputs, int Points, int Low = 0, int High = 255, int Extension = 1>
-Operation::Run tetrab(Generator &input)
+Operation::Run tetrab(Generator &input, Size s)
 {
-    const std::shared_ptr<md_tetrab> table(md_tetrab_new_special(Inputs, Outputs, Points, Low, High, Extension),
-                                           md_tetrab_kill);
-    int size = 0;
-    unsigned char *data = md_tetrab_dataptr(table.get(), &size);
-    input.fill(data, static_cast<std::size_t>(size));
+    const std::shared_ptr<md_tetrab> table(
+        md_tetrab_new_special(s.inputs, s.outputs, s.points, s.low, s.high, s.extension), md_tetrab_kill);
+    filled(input, vertices<md_tetrab_dataptr>(table.get()));
     for (int v = 0; v < 256; ++v)
-        md_tetrab_ilutptr(table.get(), 0)[v] = md_tetrab_olutptr(table.get(), Outputs - 1)[v] = input.byte();
-    return [table](Generator &at, Digest &digest) {
-        Samples<unsigned char> in(Inputs, 1000, Inputs), out(Outputs, 1000, Outputs);
+        md_tetrab_ilutptr(table.get(), 0)[v] = md_tetrab_olutptr(table.get(), s.outputs - 1)[v] = input.byte();
+    return [=](Generator &at, Digest &digest) {
+        Samples<unsigned char> in(s.inputs, 1000, s.inputs), out(s.outputs, 1000, s.outputs);
         at.fill(in.buffer.data(), in.buffer.size());
         md_tetrab_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, 1000, nullptr, 0);
         digest.put(out.buffer);
-
-        for (const int resolution : {2 * Points - 1, Points + 1}) {
-            int expanded_size = 0;
-            md_tetrab *expanded = md_tetrab_expand(table.get(), resolution);
-            const unsigned char *vertices = md_tetrab_dataptr(expanded, &expanded_size);
-            digest.add(vertices, static_cast<std::size_t>(expanded_size));
+        for (const int resolution : {2 * s.points - 1, s.points + 1}) {
+            md_tetrab *const expanded = md_tetrab_expand(table.get(), resolution);
+            const auto made = vertices<md_tetrab_dataptr>(expanded);
+            digest.add(made.data(), made.size());
             md_tetrab_kill(expanded);
         }
     };
 }
 
 // A table of random vertices evaluates points, some of them on vertices and a little outside.
-template <int Inputs, int Outputs, int Points>
-Operation::Run tetrad(Generator &input)
+Operation::Run tetrad(Generator &input, Size s)
 {
-    constexpr double lo = -20.0;
-    constexpr double hi = 100.0;
-    const std::shared_ptr<md_tetrad> table(md_tetrad_new(Inputs, Outputs, Points, lo, hi), md_tetrad_kill);
-    int size = 0;
-    double *data = md_tetrad_dataptr(table.get(), &size);
-    for (int i = 0; i < size; ++i)
-        data[i] = input.between(-1.0, 1.0);
-    return [table](Generator &at, Digest &digest) {
-        Samples<double> in(Inputs, 1000, Inputs), out(Outputs, 1000, Outputs);
+    constexpr double lo = -20.0, hi = 100.0;
+    const std::shared_ptr<md_tetrad> table(md_tetrad_new(s.inputs, s.outputs, s.points, lo, hi), md_tetrad_kill);
+    for (double &value : vertices<md_tetrad_dataptr>(table.get()))
+        value = input.between(-1.0, 1.0);
+    return [=](Generator &at, Digest &digest) {
+        Samples<double> in(s.inputs, 1000, s.inputs), out(s.outputs, 1000, s.outputs);
         for (double &x : in.buffer)
-            x = at.below(8) == 0 ? at.below(Points) * ((hi - lo) / (Points - 1)) + lo : at.between(lo - 1, hi + 1);
+            x = at.below(8) == 0 ? at.below(s.points) * ((hi - lo) / (s.points - 1)) + lo : at.between(lo - 1, hi + 1);
         md_tetrad_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, 1000);
         digest.put(out.buffer);
     };
 }
 
-// Copies of tables whose vertices are rounded from doubles.
-const Operation filled("md_tetrab_fill_double, md_tetras_fill_double, clones", [](Generator &input, Digest &digest) {
-    const std::unique_ptr<md_tetrab, md_tetrab *(*)(md_tetrab *)> bytes(md_tetrab_new(3, 4, 9), md_tetrab_kill);
-    const std::unique_ptr<md_tetras, md_tetras *(*)(md_tetras *)> words(md_tetras_new(3, 4, 9), md_tetras_kill);
-    std::vector<double> values(4000);
-    for (double &v : values)
-        v = input.between(-10, 110);
-    md_tetrab_fill_double(bytes.get(), values.data(), 1, 0, 100);
-    md_tetras_fill_double(words.get(), values.data(), 0, 100, 0);
-    const std::unique_ptr<md_tetrab, md_tetrab *(*)(md_tetrab *)> b(md_tetrab_clone(bytes.get()), md_tetrab_kill);
-    const std::unique_ptr<md_tetras, md_tetras *(*)(md_tetras *)> s(md_tetras_clone(words.get()), md_tetras_kill);
-    int size = 0;
-    const unsigned char *const byte = md_tetrab_dataptr(b.get(), &size);
-    digest.add(byte, static_cast<std::size_t>(size));
-    const unsigned short *const word = md_tetras_dataptr(s.get(), &size);
-    digest.add(word, static_cast<std::size_t>(size) * sizeof(unsigned short));
-});
-
-// Entries of a curve.
-std::vector<unsigned short> curve(Generator &input, int entries)
-{
-    std::vector<unsigned short> values(static_cast<std::size_t>(entries));
-    input.fill(values.data(), values.size());
-    return values;
-}
-
 // Words and bytes through a table of random vertices, without curves and with, and through a mask.
-template <int Inputs, int Outputs, int Points>
-void tetras(Generator &input, Digest &digest)
+Operation::Run tetras(Generator &input, Size s)
 {
-    md_tetras *table = md_tetras_new(Inputs, Outputs, Points);
-    int size = 0;
-    unsigned short *data = md_tetras_dataptr(table, &size);
-    input.fill(data, static_cast<std::size_t>(size));
-    Samples<unsigned short> in(Inputs, 1000, Inputs), out(Outputs, 1000, Outputs);
-    Samples<unsigned char> in_bytes(Inputs, 1000, Inputs), out_bytes(Outputs, 1000, Outputs);
-    std::vector<unsigned char> mask(1000);
-    input.fill(mask.data(), mask.size());
-    for (const int entries : {0, 2, 300}) {
-        if (entries != 0) {
-            md_tetras_ilut_set(table, Inputs - 1, entries, curve(input, entries).data());
-            md_tetras_olut_set(table, 0, entries, curve(input, entries).data());
+    const std::shared_ptr<md_tetras> made(md_tetras_new(s.inputs, s.outputs, s.points), md_tetras_kill);
+    filled(input, vertices<md_tetras_dataptr>(made.get()));
+    return [=](Generator &at, Digest &digest) {
+        md_tetras *const table = md_tetras_clone(made.get());
+        Samples<unsigned short> in(s.inputs, 1000, s.inputs), out(s.outputs, 1000, s.outputs);
+        Samples<unsigned char> in_b(s.inputs, 1000, s.inputs), out_b(s.outputs, 1000, s.outputs);
+        const Bytes mask = filled(at, Bytes(1000));
+        for (const std::size_t entries : {0, 2, 300}) {
+            if (entries != 0) {
+                const int count = static_cast<int>(entries);
+                md_tetras_ilut_set(table, s.inputs - 1, count, filled(at, Words(entries)).data());
+                md_tetras_olut_set(table, 0, count, filled(at, Words(entries)).data());
+            }
+            for (std::size_t i = 0; i < in.buffer.size(); ++i) {
+                in.buffer[i] = static_cast<unsigned short>(at.next() >> 48);
+                in_b.buffer[i] = at.byte();
+            }
+            const auto convert = [&](auto function, const auto &from, auto &to, const unsigned char *through) {
+                function(table, from.at.data(), from.step, to.at.data(), to.step, 1000, through, through ? 100 : 0);
+                digest.put(to.buffer);
+            };
+            convert(md_tetras_interp, in, out, nullptr);
+            convert(md_tetras_interp_b, in_b, out_b, nullptr);
+            convert(md_tetras_interp_bs, in_b, out, mask.data());
+            convert(md_tetras_interp_sb, in, out_b, mask.data());
         }
-        for (std::size_t i = 0; i < in.buffer.size(); ++i) {
-            in.buffer[i] = static_cast<unsigned short>(input.next() >> 48);
-            in_bytes.buffer[i] = input.byte();
-        }
-        md_tetras_interp(table, in.at.data(), Inputs, out.at.data(), Outputs, 1000, nullptr, 0);
-        digest.put(out.buffer);
-        md_tetras_interp_b(table, in_bytes.at.data(), Inputs, out_bytes.at.data(), Outputs, 1000, nullptr, 0);
-        digest.put(out_bytes.buffer);
-        md_tetras_interp_bs(table, in_bytes.at.data(), Inputs, out.at.data(), Outputs, 1000, mask.data(), 100);
-        digest.put(out.buffer);
-        md_tetras_interp_sb(table, in.at.data(), Inputs, out_bytes.at.data(), Outputs, 1000, mask.data(), 100);
-        digest.put(out_bytes.buffer);
-    }
-    md_tetras_kill(table);
+        md_tetras_kill(table);
+    };
 }
 
 // Three tables, chosen by tag, all, and blended.
-template <int Inputs, int Outputs, int Points>
-Operation::Run tetras_set(Generator &input)
+Operation::Run tetras_set(Generator &input, Size s)
 {
-    const std::shared_ptr<mmd_tetras> set(mmd_tetras_new(3, Inputs, Outputs, Points), mmd_tetras_kill);
-    for (int k = 0; k < 3; ++k) {
-        int size = 0;
-        unsigned short *data = mmd_tetras_dataptr(set.get(), k, &size);
-        input.fill(data, static_cast<std::size_t>(size));
-    }
-    mmd_tetras_olut_set(set.get(), 1, Outputs - 1, 9, curve(input, 9).data());
-    return [set](Generator &at, Digest &digest) {
-        Samples<unsigned short> in(Inputs, 500, Inputs), out(3 * Outputs, 500, 3 * Outputs);
+    const std::shared_ptr<mmd_tetras> made(mmd_tetras_new(3, s.inputs, s.outputs, s.points), mmd_tetras_kill);
+    for (int k = 0; k < 3; ++k)
+        filled(input, vertices<mmd_tetras_dataptr>(made.get(), k));
+    mmd_tetras_olut_set(made.get(), 1, s.outputs - 1, 9, filled(input, Words(9)).data());
+    return [=](Generator &at, Digest &digest) {
+        Samples<unsigned short> in(s.inputs, 500, s.inputs), out(3 * s.outputs, 500, 3 * s.outputs);
         at.fill(in.buffer.data(), in.buffer.size());
-        std::vector<unsigned char> tags(500);
+        Bytes tags(500);
         for (unsigned char &tag : tags)
             tag = static_cast<unsigned char>(at.below(4));
-        const std::vector<unsigned short> weights = curve(at, 500);
-        mmd_tetras_interp_all(set.get(), in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500);
+        const Words weights = filled(at, Words(500));
+        mmd_tetras *const set = made.get();
+        mmd_tetras_interp_all(set, in.at.data(), in.step, out.at.data(), out.step, 500);
         digest.put(out.buffer);
-        mmd_tetras_interp_tag(set.get(), in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500, tags.data());
+        mmd_tetras_interp_tag(set, in.at.data(), in.step, out.at.data(), out.step, 500, tags.data());
         digest.put(out.buffer);
-        mmd_tetras_interp_mix(set.get(), 2, 1, in.at.data(), Inputs, out.at.data(), 3 * Outputs, 500, weights.data(),
-                              0);
+        mmd_tetras_interp_mix(set, 2, 1, in.at.data(), in.step, out.at.data(), out.step, 500, weights.data(), 0);
         digest.put(out.buffer);
     };
 }
 
-const Operation operations[] = {
-    {"CLUT 1 to 3, 33 points", clut<1, 3, 33>},
-    {"CLUT 2 to 1, 9 points", clut<2, 1, 9>},
-    {"CLUT 3 to 3, 17 points", clut<3, 3, 17>},
-    {"CLUT 4 to 4, 9 points", clut<4, 4, 9>},
-    {"CLUT 5 to 2, 5 points", clut<5, 2, 5>},
-    {"CLUT 6 to 5, 4 points", clut<6, 5, 4>},
-    {"CLUT 8 to 7, 2 points", clut<8, 7, 2>},
-    {"md_tetrab 1 to 3, 14 points", tetrab<1, 3, 14>},
-    {"md_tetrab 2 to 1, 33 points", tetrab<2, 1, 33>},
-    {"md_tetrab 3 to 3, 17 points", tetrab<3, 3, 17>},
-    {"md_tetrab 4 to 4, 9 points", tetrab<4, 4, 9>},
-    {"md_tetrab 6 to 7, 3 points", tetrab<6, 7, 3>},
-    {"md_tetrad 1 to 3, 50 points", tetrad<1, 3, 50>},
-    {"md_tetrad 2 to 1, 33 points", tetrad<2, 1, 33>},
-    {"md_tetrad 3 to 3, 17 points", tetrad<3, 3, 17>},
-    {"md_tetrad 4 to 4, 9 points", tetrad<4, 4, 9>},
-    {"md_tetrad 3 to 6, 12 points", tetrad<3, 6, 12>},
-    {"md_tetrad 6 to 7, 3 points", tetrad<6, 7, 3>},
-    {"md_tetrab 3 to 5, 5 points, weights 0 .. 100", tetrab<3, 5, 5, 0, 100>},
-    {"md_tetrab 3 to 3, 5 points, weights 16 .. 235, no further layer", tetrab<3, 3, 5, 16, 235, 0>},
-    {"md_tetrab 5 to 6, 2 points, weights 30 .. 31, two further layers", tetrab<5, 6, 2, 30, 31, 2>},
-    {"md_tetrab 3 to 4, 9 points, no further layer", tetrab<3, 4, 9, 0, 255, 0>},
-    {"md_tetras 1 to 1, 65536 points", tetras<1, 1, 65536>},
-    {"md_tetras 2 to 2, 33 points", tetras<2, 2, 33>},
-    {"md_tetras 3 to 3, 17 points", tetras<3, 3, 17>},
-    {"md_tetras 3 to 5, 2 points", tetras<3, 5, 2>},
-    {"md_tetras 4 to 4, 9 points", tetras<4, 4, 9>},
-    {"md_tetras 5 to 6, 3 points", tetras<5, 6, 3>},
-    {"md_tetras 6 to 7, 2 points", tetras<6, 7, 2>},
-    {"mmd_tetras 3 to 4, 17 points", tetras_set<3, 4, 17>},
-    {"mmd_tetras 4 to 3, 3 points", tetras_set<4, 3, 3>},
+// Copies of tables whose vertices are rounded from doubles.
+const Operation doubles("md_tetrab_fill_double, md_tetras_fill_double, clones", [](Generator &input, Digest &digest) {
+    const auto values = between<4000>(input, -10, 110);
+    const auto add_copy = [&](auto *table, auto clone, auto vertices_of, auto kill) {
+        auto *const copy = clone(table);
+        kill(table);
+        const auto made = vertices_of(copy);
+        digest.add(made.data(), made.size_bytes());
+        kill(copy);
+    };
+    md_tetrab *const bytes = md_tetrab_new(3, 4, 9);
+    md_tetras *const words = md_tetras_new(3, 4, 9);
+    md_tetrab_fill_double(bytes, values.data(), 1, 0, 100);
+    md_tetras_fill_double(words, values.data(), 0, 100, 0);
+    add_copy(bytes, md_tetrab_clone, vertices<md_tetrab_dataptr, md_tetrab *>, md_tetrab_kill);
+    add_copy(words, md_tetras_clone, vertices<md_tetras_dataptr, md_tetras *>, md_tetras_kill);
+});
+
+struct Operations {
+    Operations(const std::string &what, Operation::Run (*make)(Generator &, Size), std::initializer_list<Size> sizes,
+               const char *weights = "")
+    {
+        for (const Size &s : sizes)
+            Operation(what + std::to_string(s.inputs) + " to " + std::to_string(s.outputs) + ", " +
+                          std::to_string(s.points) + " points" + weights,
+                      [=](Generator &input) { return make(input, s); });
+    }
+};
+
+const Operations operations[] = {
+    {"CLUT ", clut, {{1, 3, 33}, {2, 1, 9}, {3, 3, 17}, {4, 4, 9}, {5, 2, 5}, {6, 5, 4}, {8, 7, 2}}},
+    {"md_tetrab ", tetrab, {{1, 3, 14}, {2, 1, 33}, {3, 3, 17}, {4, 4, 9}, {6, 7, 3}}},
+    {"md_tetrab ", tetrab, {{3, 5, 5, 0, 100}}, ", weights 0 .. 100"},
+    {"md_tetrab ", tetrab, {{3, 3, 5, 16, 235, 0}}, ", weights 16 .. 235, no further layer"},
+    {"md_tetrab ", tetrab, {{5, 6, 2, 30, 31, 2}}, ", weights 30 .. 31, two further layers"},
+    {"md_tetrab ", tetrab, {{3, 4, 9, 0, 255, 0}}, ", no further layer"},
+    {"md_tetrad ", tetrad, {{1, 3, 50}, {2, 1, 33}, {3, 3, 17}, {4, 4, 9}, {3, 6, 12}, {6, 7, 3}}},
+    {"md_tetras ", tetras, {{1, 1, 65536}, {2, 2, 33}, {3, 3, 17}, {3, 5, 2}, {4, 4, 9}, {5, 6, 3}, {6, 7, 2}}},
+    {"mmd_tetras ", tetras_set, {{3, 4, 17}, {4, 3, 3}}},
 };
 
 }  // namespace

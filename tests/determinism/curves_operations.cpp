@@ -18,11 +18,9 @@ namespace
 
 bezier *curve_through(Generator &input, int degree)
 {
-    double p[10];
-    for (double &value : p)
-        value = input.between(-1, 1);
+    const auto p = between<10>(input, -1, 1);
     bezier *b = bezier_new(degree, 0, 0, 0, 0);
-    bezier_cpoly_det(b, p, p + 5);
+    bezier_cpoly_det(b, p.data(), p.data() + 5);
     return b;
 }
 
@@ -61,13 +59,12 @@ void fit(Generator &input, Digest &digest)
 {
     bezier *b = bezier_new(3, 0, 0, 0, 0);
     for (unsigned int round = 0; round < 400; ++round) {
-        double p[40], r[10];
-        for (double &value : p)
-            value = input.between(-1, 1);
+        auto p = between<40>(input, -1, 1);
+        double r[10];
         for (int i = 1; i < 20; ++i)
             p[i] += p[i - 1] + 1;
-        bezier_fit(b, static_cast<int>(2 + round % 19), p, p + 20, round & 1, 1, p[39], round & 2, p[38], -1, r, r + 1,
-                   0);
+        bezier_fit(b, static_cast<int>(2 + round % 19), &p[0], &p[20], round & 1, 1, p[39], round & 2, p[38], -1, r,
+                   r + 1, 0);
         bezier_get_control_poly(b, r + 2, r + 6);
         digest.put(r);
     }
@@ -80,10 +77,9 @@ void moments(Generator &input, Digest &digest)
     for (int i = 0; i < 3000; ++i) {
         const int value = input.below(701) - 350;
         hist_point(h, &value, 1);
-        double results[3];
+        double results[2];
         hist_med(h, &results[0], &results[1]);
-        results[2] = hist_percentile(h, input.between(0.0, 100.0));
-        digest.put(results);
+        digest.put(results, static_cast<double>(hist_percentile(h, input.between(0.0, 100.0))));
     }
     hist_kill(h);
 }
@@ -152,10 +148,8 @@ Operation::Run chain_queries(Generator &input)
     constexpr int segments = 60;
     const Chain p(poly_bezier_new(0, 0), poly_bezier_kill);
     for (int i = 0; i < segments; ++i) {
-        double controls[6];
-        for (double &value : controls)
-            value = input.between(-1, 1);
-        poly_bezier_add(p.get(), 1 + i % 3, controls, controls + 3);
+        const auto controls = between<6>(input, -1, 1);
+        poly_bezier_add(p.get(), 1 + i % 3, &controls[0], &controls[3]);
     }
     return [=](Generator &at, Digest &digest) {
         for (int i = 0; i < 100; ++i) {
@@ -171,10 +165,9 @@ Operation::Run chain_queries(Generator &input)
             poly_bezier_line(p.get(), line, &r[9], 7);
             digest.put(r);
         }
-        double box[5] = {};
+        double box[4] = {};
         poly_bezier_box(p.get(), box);
-        box[4] = poly_bezier_area(p.get());
-        digest.put(box);
+        digest.put(box, poly_bezier_area(p.get()));
         double *points = nullptr;
         const int sections = poly_bezier_vector(p.get(), 0.01, &points);
         digest.add(points, static_cast<std::size_t>(sections + 1) * 16);

@@ -31,6 +31,16 @@ void add_records(Digest &digest, list_rec *list)
     }
 }
 
+// A random direction, so long.
+std::array<double, 3> on_sphere(Generator &input, double radius)
+{
+    auto p = between<3>(input, -1, 1);
+    const double k = radius / std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
+    for (double &x : p)
+        x *= k;
+    return p;
+}
+
 // A cloud with as many points on the surface as inside, or a turned grid: what the tetrahedra are and what they answer.
 const Operation tetra_cut("tetra_volume_new, get_tetra, point_inside", [](Generator &input, Digest &digest) {
     for (const bool grid : {false, true}) {
@@ -45,16 +55,14 @@ const Operation tetra_cut("tetra_volume_new, get_tetra, point_inside", [](Genera
         const Volume v(tetra_volume_new(points.get()), tetra_volume_kill);
         add_records<tetra_plane>(digest, v->planes);
         add_records<tetra_rec>(digest, v->tetras);
-        const double volume = tetra_volume_get_volume(v.get());
-        digest.put(volume);
+        digest.put(tetra_volume_get_volume(v.get()));
         for (int i = 0; i < 300; ++i) {
-            const double p[3] = {input.between(-9, 9), input.between(-9, 9), input.between(-9, 9)};
+            const auto p = between<3>(input, -9, 9);
             double w[3] = {};
             tetra_rec *t = nullptr;
-            const int inside = tetra_volume_point_inside(v.get(), p);
-            if (tetra_volume_get_tetra(v.get(), p, &t) == 0)
-                tetra_point_inside(t, p, w);
-            digest.put(inside, w);
+            if (tetra_volume_get_tetra(v.get(), p.data(), &t) == 0)
+                tetra_point_inside(t, p.data(), w);
+            digest.put(tetra_volume_point_inside(v.get(), p.data()), w);
         }
     }
 });
@@ -72,22 +80,13 @@ const Operation projections("proj, ordinary, at constant parameter and along a l
             x = i % 3 == 1 ? input.below(4) : input.between(-50, 50);
         for (int c = 0; i % 3 == 2 && c < 3; ++c)
             points[6 + c] = points[c] + (points[3 + c] - points[c]) / 3;
-        const auto add = [&](int code, const ProjResult &r, double dist) {
-            digest.put(code);
+        const double *const at = points + 12, *const direction = points + 15;
+        for (int n = 0; n < 11; ++n) {
+            ProjResult r{};
+            double dist = 0;
+            digest.put(n < 7 ? functions[n](points, at, direction, &r, &dist) : proj(points, n - 6, at, &r, &dist));
             digest.add<double>(&r, sizeof r);
             digest.put(dist);
-        };
-        for (const Projection f : functions) {
-            ProjResult r{};
-            double dist = 0;
-            const int code = f(points, points + 12, points + 15, &r, &dist);
-            add(code, r, dist);
-        }
-        for (int n = 1; n <= 4; ++n) {
-            ProjResult r{};
-            double dist = 0;
-            const int code = proj(points, n, points + 12, &r, &dist);
-            add(code, r, dist);
         }
         if (proj_plane_intersect(points, points + 4, line, line + 3) == 0)
             digest.put(line);
@@ -97,9 +96,7 @@ const Operation projections("proj, ordinary, at constant parameter and along a l
 // Not the hue plane, which depends on the host's sine and cosine.
 const Operation sections("TPlane, planes of constant L, a and b", [](Generator &input, Digest &digest) {
     for (int i = 0; i < 300; ++i) {
-        double v[5];
-        for (double &x : v)
-            x = input.between(1, 150);
+        const auto v = between<5>(input, 1, 150);
         const int w = 1 + input.below(500), h = 1 + input.below(500), x = input.below(500), y = input.below(500);
         const TPlane plane(w, h, static_cast<TPlane::PlaneType>(i % 3), v[0] - 75, -v[1], v[2], 50 - v[3], 50 + v[4]);
         double lab[3];
@@ -117,19 +114,13 @@ const Operation hulls("TConvexHull, points on spheres", [](Generator &input, Dig
     for (const double radius : {100.0, 30.0, 3.0}) {
         TConvexHull hull;
         for (int i = 0; i < 300; ++i) {
-            const double x = input.between(-1, 1), y = input.between(-1, 1), z = input.between(-1, 1);
-            const double k = radius / std::sqrt(x * x + y * y + z * z);
-            hull.AddPoint(x * k, y * k, z * k);
+            const auto [x, y, z] = on_sphere(input, radius);
+            hull.AddPoint(x, y, z);
         }
-        int answer = hull.Construct();
-        digest.put(answer);
+        digest.put(hull.Construct());
         for (int i = 0; i < 3000; ++i) {
-            const double reach = 0.6 * radius;
-            double q[3];
-            for (double &coordinate : q)
-                coordinate = input.between(-reach, reach);
-            answer = hull.InsideHull(q[0], q[1], q[2]);
-            digest.put(answer);
+            const auto [x, y, z] = between<3>(input, -0.6 * radius, 0.6 * radius);
+            digest.put(hull.InsideHull(x, y, z));
         }
     }
 });
@@ -139,13 +130,8 @@ const Operation hull_surface("convex_hull, points on spheres", [](Generator &inp
     for (const double radius : {1.0, 100.0, 40000.0}) {
         const std::unique_ptr<convex_hull, convex_hull *(*)(convex_hull *)> hull(convex_hull_new(), convex_hull_kill);
         convex_hull_set_unit(hull.get(), radius / 90);
-        for (int i = 0; i < 500; ++i) {
-            double p[3] = {input.between(-1, 1), input.between(-1, 1), input.between(-1, 1)};
-            const double k = radius / std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
-            for (double &x : p)
-                x *= k;
-            convex_hull_add(hull.get(), p);
-        }
+        for (int i = 0; i < 500; ++i)
+            convex_hull_add(hull.get(), on_sphere(input, radius).data());
         convex_hull_construct(hull.get());
         for (int i = 0, corner[3], number = 0; convex_hull_get_face(hull.get(), i, corner) == 0; ++i)
             for (const int vertex : corner) {
@@ -153,18 +139,16 @@ const Operation hull_surface("convex_hull, points on spheres", [](Generator &inp
                 convex_hull_get_vertex(hull.get(), vertex, p, &number);
                 digest.put(p, number);
             }
-        const double measures[2] = {convex_hull_get_area(hull.get()), convex_hull_get_volume(hull.get())};
-        digest.put(measures);
+        digest.put(convex_hull_get_area(hull.get()), convex_hull_get_volume(hull.get()));
     }
 });
 
 int add_hit(const TQuadHit *hit, void *context)
 {
     auto *digest = static_cast<Digest *>(context);
-    const auto number = static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(hit->item));
-    digest->add(&number, sizeof number);
+    digest->put(static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(hit->item)));
     digest->add<double>(&hit->box, sizeof hit->box);
-    digest->add(&hit->distance, sizeof hit->distance);
+    digest->put(hit->distance);
     return 0;
 }
 
@@ -208,12 +192,9 @@ const Operation nearest_points(
         }
         convex_hull_construct(hull.get());
         for (int i = 0, corner[3]; convex_hull_get_face(hull.get(), i, corner) == 0; ++i) {
-            double p[3][3];
-            tetra_point at[3];
-            for (int k = 0; k < 3; ++k) {
-                convex_hull_get_vertex(hull.get(), corner[k], p[k], nullptr);
-                at[k] = {p[k][0], p[k][1], p[k][2], 0};
-            }
+            tetra_point at[3] = {};
+            for (int k = 0; k < 3; ++k)
+                convex_hull_get_vertex(hull.get(), corner[k], &at[k].x, nullptr);
             tetra_volume_add_plane(volume.get(), at, at + 1, at + 2);
         }
         return [hull, volume](Generator &asked, Digest &digest) {
@@ -221,11 +202,10 @@ const Operation nearest_points(
                 const double q[3] = {asked.between(-50, 150), asked.between(-90, 90), asked.between(-90, 90)};
                 double point[3] = {}, dist = 0, weights[3] = {}, corners[9];
                 int face = 0;
-                const auto add = [&] { digest.put(point, dist, weights, face); };
                 convex_hull_nearest(hull.get(), q, point, &dist, &face, weights);
-                add();
+                digest.put(point, dist, weights, face);
                 tetra_volume_nearest(volume.get(), q, point, &dist, &face, weights);
-                add();
+                digest.put(point, dist, weights, face);
                 for (double &x : corners)
                     x = i % 2 == 0 ? asked.between(-50, 50) : asked.below(3);
                 ProjResult r{};
@@ -259,9 +239,8 @@ const Operation top_surface("TTriangularTopSurface, five inks", [](Generator &) 
     return [top](Generator &input, Digest &digest) {
         TTriangularTopSurface scanned(*top);
         double xyz[3][3], own[3][3];
-        for (int more = scanned.ScanTriangles(1, xyz, own); more >= 0; more = scanned.ScanTriangles(0, xyz, own)) {
+        for (int more = scanned.ScanTriangles(1, xyz, own); more >= 0; more = scanned.ScanTriangles(0, xyz, own))
             digest.put(xyz, own);
-        }
         for (int more = scanned.ScanMaskedTriangles(1, xyz); more >= 0; more = scanned.ScanMaskedTriangles(0, xyz))
             digest.put(xyz);
         for (int i = 0; i < 300; ++i) {
@@ -269,10 +248,8 @@ const Operation top_surface("TTriangularTopSurface, five inks", [](Generator &) 
             double norm[6], penalty[2];
             top->DetermineNormCoord(colour, norm, penalty, 1);
             top->DetermineNormCoordMinGam(colour, norm + 3, penalty + 1, 1);
-            for (const double value : norm) {
-                const double rounded = std::floor(value * 1e6 + 0.5);
-                digest.put(rounded);
-            }
+            for (const double value : norm)
+                digest.put(std::floor(value * 1e6 + 0.5));
         }
     };
 });
@@ -300,8 +277,7 @@ Operation::Run press_of(Generator &input, int channels, int steps)
     const double cost[] = {0, 0, 0, 1, 0.3};
     clg_rule(cloud.get(), cost, 0.4);
     return [cloud](Generator &asked, Digest &digest) {
-        const int counts[] = {clg_num_points(cloud.get()), clg_num_cells(cloud.get())};
-        digest.put(counts);
+        digest.put(clg_num_points(cloud.get()), clg_num_cells(cloud.get()));
         for (int i = 0; i < 300; ++i) {
             const double q[] = {asked.between(-10, 110), asked.between(-80, 80), asked.between(-80, 80)};
             double nearest[3], device[5] = {}, dist, printed[3] = {};

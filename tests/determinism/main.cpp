@@ -12,64 +12,47 @@
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <iostream>
+#include <map>
 
 namespace
 {
 
-using Lines = std::vector<std::string>;  // a hash, a blank and the operation; by operation
+using Hashes = std::map<std::string, std::string>;  // by operation
 
 constexpr int exit_skipped = 77;
 
-Lines compute()
+Hashes compute()
 {
-    Lines lines;
+    Hashes hashes;
     for (const teska_test::Operation &operation : teska_test::Operation::all()) {
-        char hash[18];
-        std::snprintf(hash, sizeof hash, "%016" PRIx64 " ", operation.digest());
-        lines.push_back(hash + operation.name());
+        char hash[17];
+        std::snprintf(hash, sizeof hash, "%016" PRIx64, operation.digest());
+        hashes[operation.name()] = hash;
     }
-    std::sort(lines.begin(), lines.end(), [](const auto &a, const auto &b) { return a.substr(17) < b.substr(17); });
-    return lines;
+    return hashes;
 }
 
-Lines read(const char *path)
+Hashes read(const std::string &path)
 {
     std::ifstream file(path);
-    Lines lines;
-    for (std::string line; std::getline(file, line);)
-        lines.push_back(line.substr(0, line.find('\r')));
-    return lines;
+    Hashes hashes;
+    for (std::string hash, name; file >> hash && std::getline(file >> std::ws, name);)
+        hashes[name.substr(0, name.find('\r'))] = hash;
+    return hashes;
 }
 
 // Prints the lines that the others lack.
-int differences(const char *side, const Lines &lines, const Lines &others)
+int differences(const char *side, const Hashes &hashes, const Hashes &others)
 {
     int count = 0;
-    for (const std::string &line : lines)
-        if (std::find(others.begin(), others.end(), line) == others.end()) {
-            std::printf("%s: %s\n", side, line.c_str());
+    for (const auto &[name, hash] : hashes)
+        if (const auto other = others.find(name); other == others.end() || other->second != hash) {
+            std::printf("%s: %s %s\n", side, hash.c_str(), name.c_str());
             ++count;
         }
     return count;
-}
-
-int check(const Lines &computed, const Lines &kept)
-{
-    const int missed = differences("file", kept, computed);
-    const int added = differences("here", computed, kept);
-    std::printf("%zu operations, %d of the file differ, %d here\n", computed.size(), missed, added);
-    return missed + added == 0 && !computed.empty() ? 0 : 1;
-}
-
-const char *option(int argc, char **argv, const char *name)
-{
-    for (int i = 1; i + 1 < argc; ++i)
-        if (std::strcmp(argv[i], name) == 0)
-            return argv[i + 1];
-    return nullptr;
 }
 
 // Returns false when the processor lacks the level; an unknown name is one it lacks.
@@ -88,17 +71,24 @@ bool limit_to(const std::string &level)
 
 int main(int argc, char **argv)
 {
-    if (const char *level = option(argc, argv, "--level"); level != nullptr && !limit_to(level)) {
-        std::printf("skipped: this processor has no %s\n", level);
+    std::map<std::string, std::string> options;
+    for (int i = 1; i + 1 < argc; i += 2)
+        options[argv[i]] = argv[i + 1];
+    if (const std::string &level = options["--level"]; !level.empty() && !limit_to(level)) {
+        std::printf("skipped: this processor has no %s\n", level.c_str());
         return exit_skipped;
     }
-    const Lines lines = compute();
-    if (const char *path = option(argc, argv, "--check"))
-        return check(lines, read(path));
+    const Hashes hashes = compute();
+    if (const std::string &path = options["--check"]; !path.empty()) {
+        const Hashes kept = read(path);
+        const int missed = differences("file", kept, hashes), added = differences("here", hashes, kept);
+        std::printf("%zu operations, %d of the file differ, %d here\n", hashes.size(), missed, added);
+        return missed + added == 0 && !hashes.empty() ? 0 : 1;
+    }
     std::ofstream file;
-    if (const char *path = option(argc, argv, "--write"))
+    if (const std::string &path = options["--write"]; !path.empty())
         file.open(path, std::ios::binary);
-    for (const std::string &line : lines)
-        (file.is_open() ? file : std::cout) << line << '\n';
+    for (const auto &[name, hash] : hashes)
+        (file.is_open() ? file : std::cout) << hash << ' ' << name << '\n';
     return 0;
 }

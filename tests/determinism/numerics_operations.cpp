@@ -30,8 +30,6 @@ Values between(Generator &input, int count, double lo = -1, double hi = 1)
     return values;
 }
 
-void add(Digest &digest, const Values &values) { digest.put(values); }
-
 void systems(Generator &input, Digest &digest)
 {
     for (int n = 1; n <= 70; ++n) {
@@ -42,8 +40,8 @@ void systems(Generator &input, Digest &digest)
         mat_solve_set(m, x.data(), &flag);
         mat_det_det(m, &det);
         mat *inverse = mat_invert(m, &flag);
-        add(digest, x);
-        add(digest, {det});
+        digest.put(x);
+        digest.put(det);
         digest.add(mat_get_row(inverse, 0), x.size() * x.size() * sizeof(double));
         mat_kill(inverse);
         mat_kill(m);
@@ -59,7 +57,7 @@ void vectors(Generator &input, Digest &digest)
         vect_vector_product(in.data(), out.data());
         out.push_back(vect_distance(in.data(), out.data(), n));
         out.push_back(vect_scalar_product(in.data(), out.data(), n));
-        add(digest, out);
+        digest.put(out);
     }
 }
 
@@ -73,7 +71,7 @@ void simplex(Generator &input, Digest &digest)
         dhsm_solve(d, &evaluations, &n, 1e-6, x.data(), 5000, &least);
         dhsm_kill(d);
         x.push_back(least);
-        add(digest, x);
+        digest.put(x);
         digest.put(evaluations);
     }
 }
@@ -87,7 +85,7 @@ void directions(Generator &input, Digest &digest)
         int count[2] = {};
         condirmin(x.data(), n, 1e-10, &count[0], &least, rosenbrock, &count[1], &n);
         x.push_back(least);
-        add(digest, x);
+        digest.put(x);
         digest.put(count);
     }
     teska_warn_level(level);
@@ -100,10 +98,8 @@ void sequences(Generator &input, Digest &digest)
     TRan3 subtractive(seed);
     rdither *cell = rdither_new(1000, 7);
     for (unsigned i = 0; i <= 1000; ++i) {
-        const float values[] = {random_val(generator), subtractive.Generate()};
-        digest.put(values);
-        const int level = rdither_val(cell, i / 4, i, i);
-        digest.put(level);
+        digest.put(random_val(generator));
+        digest.put(subtractive.Generate(), rdither_val(cell, i / 4, i, i));
     }
     rdither_kill(cell);
     random_kill(generator);
@@ -119,8 +115,8 @@ void solvers(Generator &input, Digest &digest)
         fthird_order_eq(b.data(), &r[5], -2, 2, 1e-9);
         r[6] = gsect_min(
             b[4] - 1, b[4], 2, 1e-6, [](double x) { return x * x * (x - 1); }, &r[7]);
-        add(digest, r);
-        add(digest, b);
+        digest.put(r);
+        digest.put(b);
     }
 }
 
@@ -141,14 +137,14 @@ const Operation lobes("vect_lobe, 5 dimensions", [](Generator &input) -> Operati
             Values x = between(at, 5, -1.5, 1.5), slope(5), out(5);
             const Values shift = between(at, 5);
             vect_lobe_gradient(lobe.get(), x.data(), slope.data());
-            add(digest, slope);
+            digest.put(slope);
             vect_lobe_stretch(lobe.get(), shift.data(), x.data(), out.data());
-            add(digest, out);
+            digest.put(out);
             vect_lobe_stretch_rel(lobe.get(), shift[0], x.data(), out.data());
-            add(digest, out);
-            add(digest, {vect_lobe_weight(lobe.get(), x.data()), vect_lobe_limit(lobe.get(), shift.data()),
-                         vect_normalise(x.data(), i % 6)});
-            add(digest, x);
+            digest.put(out);
+            digest.put(vect_lobe_weight(lobe.get(), x.data()), vect_lobe_limit(lobe.get(), shift.data()));
+            digest.put(vect_normalise(x.data(), i % 6));
+            digest.put(x);
         }
     };
 });

@@ -3,15 +3,16 @@
 // Each operation works on generated input and adds every byte of its results to a digest. The digests are checked in
 // (tests/data/hashes.txt) and must come out alike on every compiler, host and instruction set.
 //
-//     const Operation md_tetrab_3to3("md_tetrab_interp 3 to 3, 17 points", [](Generator &input, Digest &digest) { ...
-//     });
+//     const Operation tree("TQuadTree, points and boxes", [](Generator &input, Digest &digest) { ... });
 
 #ifndef TESKA_TESTS_OPERATIONS_H
 #define TESKA_TESTS_OPERATIONS_H
 
 #include "support/generator.h"
 
+#include <array>
 #include <functional>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -22,24 +23,64 @@ class Operation
 {
 public:
     using Run = std::function<void(Generator &input, Digest &digest)>;
+    using Make = std::function<Run(Generator &input)>;
 
     // Registers itself; the generator's seed comes from the name.
-    Operation(const char *name, void (*run)(Generator &input, Digest &digest));
+    Operation(std::string name, Run run)
+        : Operation(
+              std::move(name), [run](Generator &) { return run; }, false)
+    {
+    }
     // Makes one object, and what runs does not change it: any number of threads may run it at once.
-    Operation(const char *name, Run (*make)(Generator &input));
+    Operation(std::string name, Make make) : Operation(std::move(name), std::move(make), true) {}
 
     const std::string &name() const { return name_; }
-    std::uint64_t digest() const;
+    std::uint64_t digest() const
+    {
+        Generator input(seed());
+        Digest digest;
+        make_(input)(input, digest);
+        return digest.value();
+    }
     // Runs on a new object, the same each time; empty when the operation has none.
-    Run on_one_object() const;
+    Run on_one_object() const
+    {
+        Generator input(seed());
+        return one_object_ ? make_(input) : nullptr;
+    }
 
-    static const std::vector<Operation> &all();
+    static std::vector<Operation> &all()
+    {
+        static std::vector<Operation> operations;
+        return operations;
+    }
 
 private:
+    Operation(std::string name, Make make, bool one_object)
+        : name_(std::move(name)), make_(std::move(make)), one_object_(one_object)
+    {
+        all().push_back(*this);
+    }
+    std::uint64_t seed() const
+    {
+        Digest digest;
+        digest.add(name_.data(), name_.size());
+        return digest.value();
+    }
+
     std::string name_;
-    Run run_ = nullptr;
-    Run (*make_)(Generator &input) = nullptr;
+    Make make_;
+    bool one_object_;
 };
+
+template <std::size_t n>
+std::array<double, n> between(Generator &input, double lo, double hi)
+{
+    std::array<double, n> values;
+    for (double &value : values)
+        value = input.between(lo, hi);
+    return values;
+}
 
 }  // namespace teska_test
 
