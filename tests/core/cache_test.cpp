@@ -8,9 +8,7 @@
 #include <cstring>
 #include <memory>
 #include <sstream>
-#include <string>
 #include <utility>
-#include <vector>
 
 using teska_test::lines, teska_test::Reports;
 

@@ -11,7 +11,6 @@
 #include <climits>
 #include <memory>
 #include <utility>
-#include <vector>
 
 using teska_test::Host, teska_test::lines, teska_test::Reports;
 

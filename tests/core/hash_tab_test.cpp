@@ -10,7 +10,6 @@
 #include <cstring>
 #include <memory>
 #include <sstream>
-#include <string>
 #include <utility>
 
 using teska_test::Host, teska_test::lines, teska_test::Reports;

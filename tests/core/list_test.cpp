@@ -12,7 +12,6 @@
 #include <memory>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 

@@ -6,10 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <filesystem>
 #include <fstream>
 #include <memory>
-#include <string>
 #include <thread>
 #include <vector>
 

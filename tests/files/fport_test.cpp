@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string>
 #include <utility>
 
 using teska_test::lines, teska_test::Reports;

@@ -13,8 +13,6 @@
 #include <functional>
 #include <limits>
 #include <memory>
-#include <string>
-#include <vector>
 
 namespace teska_test
 {
@@ -53,8 +51,7 @@ struct Site : Folder {
 
     std::shared_ptr<rsys_dir> list(const std::string &name, const char *pattern, int flags) const
     {
-        return {rsys_dir_new(path(name).c_str(), pattern, flags),
-                [](rsys_dir *dir) { EXPECT_EQ(rsys_dir_kill(dir), nullptr); }};
+        return {rsys_dir_new(path(name).c_str(), pattern, flags), rsys_dir_kill};
     }
 
     // "path:kind:depth:size" of each entry, and how many names were passed over unless that is 0.

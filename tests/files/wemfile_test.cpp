@@ -10,9 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <memory>
-#include <string>
 
 using teska_test::Folder, teska_test::lines, teska_test::Reports;
 

@@ -6,11 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <filesystem>
 #include <memory>
-#include <string>
 #include <tuple>
-#include <vector>
 
 using teska_test::lines, teska_test::Reports;
 

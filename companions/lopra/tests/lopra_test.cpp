@@ -9,10 +9,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
-#include <filesystem>
 #include <fstream>
 #include <memory>
-#include <string>
 #include <utility>
 #include <vector>
 
