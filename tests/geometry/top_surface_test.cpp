@@ -14,13 +14,10 @@ using teska_test::Reports;
 namespace
 {
 
-// Three channels that add up to a colour: a lightness and two opponent coordinates; the fourth ink takes light away.
 int ink(void *, const double *device, double *colour)
 {
-    const double r = device[0] * device[3], g = device[1] * device[3], b = device[2] * device[3];
-    colour[0] = 30 * r + 59 * g + 11 * b;
-    colour[1] = 80 * r - 75 * g - 5 * b;
-    colour[2] = 40 * r + 50 * g - 90 * b;
+    for (int k = 0; k < 3; ++k)
+        colour[k] = device[3] * (30 * device[0] + (k == 1 ? -75 : 40) * device[1] + (k == 2 ? -90 : 11) * device[2]);
     return 1;
 }
 
@@ -38,8 +35,7 @@ TEST(TopSurface, SaysWhatTheClassSays)
     const std::unique_ptr<top_surface, top_surface *(*)(top_surface *)> top(
         top_surface_new(4, press.levels, press.counts, 0, ink, nullptr, 61), top_surface_kill);
     ASSERT_NE(top, nullptr);
-    int user = 0;
-    TTriangularTopSurface model(4, press.levels, press.counts, &user, 0, ink, 61, 61);
+    TTriangularTopSurface model(4, press.levels, press.counts, &press, 0, ink, 61, 61);
     const int parts = model.GetNrDifferentPrimCombs();
     EXPECT_GE(parts, 3);
     EXPECT_EQ(top_surface_get_nr_parts(top.get()), parts);
@@ -58,17 +54,14 @@ TEST(TopSurface, SaysWhatTheClassSays)
     }
     EXPECT_GT(triangles, 10);
     const std::vector<double> colours = {50, 20, 10, 60, -30, 40, 20, 90, 0};
+    using T = TTriangularTopSurface;
     for (const int smaller : {0, 1}) {
         std::vector<double> norm(9), model_norm(9), penalty(3), model_penalty(3), back(9), model_back(9);
         EXPECT_EQ(top_surface_normalise(top.get(), colours.data(), norm.data(), penalty.data(), 3, smaller), 0);
         EXPECT_EQ(top_surface_colour(top.get(), norm.data(), back.data(), 3, smaller), 0);
-        if (smaller != 0) {
-            model.DetermineNormCoordMinGam(colours.data(), model_norm.data(), model_penalty.data(), 3);
-            model.DetermineXYZMinGam(model_norm.data(), model_back.data(), nullptr, 3);
-        } else {
-            model.DetermineNormCoord(colours.data(), model_norm.data(), model_penalty.data(), 3);
-            model.DetermineXYZ(model_norm.data(), model_back.data(), nullptr, 3);
-        }
+        const auto there = smaller != 0 ? &T::DetermineNormCoordMinGam : &T::DetermineNormCoord;
+        (model.*there)(colours.data(), model_norm.data(), model_penalty.data(), 3);
+        (model.*(smaller != 0 ? &T::DetermineXYZMinGam : &T::DetermineXYZ))(norm.data(), model_back.data(), nullptr, 3);
         EXPECT_EQ(norm, model_norm);
         EXPECT_EQ(penalty, model_penalty);
         EXPECT_EQ(back, model_back);
@@ -88,7 +81,6 @@ TEST(TopSurface, SaysWhyThereIsNone)
     EXPECT_EQ(reports.take(), lines{"Invalid Parameters, nrphisteps and nrtetasteps still need to be the same"});
     EXPECT_EQ(top_surface_new(4, press.levels, press.counts, 0, fails, nullptr, 61), nullptr);
     EXPECT_EQ(reports.take(), lines{"top_surface_new: the device failed"});
-    EXPECT_EQ(top_surface_kill(nullptr), nullptr);
 }
 
 }  // namespace
