@@ -249,6 +249,7 @@ TEST(TQuadTreeCells, AreTheSmallestThatHoldBoth)
     using namespace teska::quad;
     const cell least = common_cell(place{0, 1e150}, place{5e-324, 1e150});
     EXPECT_EQ((std::array{least.low.x, least.low.y, least.side}), (std::array{0.0, 1e150, 1e-323}));
+    EXPECT_EQ(common_cell(place{0x1p400, -1e-300}, place{0x1.8p400, -1e-300}).low.y, -0x1p400);
     Generator input(1602);
     for (int i = 0; i < 20000; ++i) {
         const auto coordinate = [&] {
