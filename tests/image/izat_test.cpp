@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cfloat>
 #include <climits>
 #include <cmath>
 #include <limits>
@@ -27,7 +28,7 @@ using Zoom = std::unique_ptr<izat, int (*)(izat *)>;
 using Pick = std::unique_ptr<izoom, int (*)(izoom *)>;
 using Numbers = std::vector<int>;
 
-constexpr int kernels[] = {IZAT_AREA, IZAT_TRIANGLE, IZAT_CATMULL_ROM, IZAT_MITCHELL, IZAT_LANCZOS3};
+constexpr int kernels = IZAT_LANCZOS3 + 1;
 
 struct Size {
     int lines, width;
@@ -135,7 +136,7 @@ TEST(IzatWeights, AreTheFormulasRounded)
 {
     Generator input(1);
     for (int round = 0; round < 2000; ++round) {
-        const int kernel = round % 5, size = 1 + input.below(40), destination = 1 + input.below(60);
+        const int kernel = round % kernels, size = 1 + input.below(40), destination = 1 + input.below(60);
         const double begin = input.unit() * size * 0.9, extent = (size - begin) * (0.1 + 0.9 * input.unit());
         const int x = input.below(destination);
         const teska::izat_axis axis(kernel, begin, extent, size, destination);
@@ -201,7 +202,7 @@ void compare_with_definition(std::uint64_t seed)
 {
     Generator input(seed);
     for (int round = 0; round < 150; ++round) {
-        const int kernel = kernels[round % 5], n = 1 + input.below(5);
+        const int kernel = round % kernels, n = 1 + input.below(5);
         const Size from{1 + input.below(9), 1 + input.below(70)}, to{1 + input.below(9), 1 + input.below(70)};
         Shown w{.width = from.width + 0.0, .height = from.lines + 0.0};
         const bool part = round % 3 == 0;
@@ -283,9 +284,9 @@ TEST(Izoom, PicksThePixelInWhichTheCentreLies)
     }
 }
 
-// Steps, mirrors, gaps, a line that is its own output, no output, no callback, and lines beyond the last.
+// Steps, mirrors, gaps, no output, no callback, and lines beyond the last.
 template <class Record>
-void check_layouts(Record *z, bool in_place)
+void check_layouts(Record *z)
 {
     const Size from{1, 4}, to{1, 4};
     const unsigned char line[] = {9, 8, 7, 6, 5, 4, 3, 2};
@@ -307,21 +308,12 @@ void check_layouts(Record *z, bool in_place)
     out = nullptr;
     EXPECT_EQ(feed(z, line, &out), 3);
     EXPECT_EQ(collector.numbers, (Numbers{0, 1, 2}));
-
-    if (in_place) {
-        unsigned char own[] = {40, 30, 20, 10};
-        ASSERT_EQ(start(z, 1, from, {1, 2}, nullptr, nullptr, 1, 1), 1);
-        out = own + 1;
-        EXPECT_EQ(feed(z, own, &out), 1);
-        EXPECT_EQ(own[1], 35);
-        EXPECT_EQ(own[2], 15);
-    }
 }
 
 TEST(IzatLine, TakesAnyLayout)
 {
-    check_layouts(new_zoom(IZAT_AREA).get(), true);
-    check_layouts(new_pick().get(), false);
+    check_layouts(new_zoom(IZAT_AREA).get());
+    check_layouts(new_pick().get());
 }
 
 template <class Record, class Number>
@@ -358,23 +350,14 @@ void check_refusals(Record *z, const std::string &name, int (*set)(Record *, Num
 
 TEST(IzatStart, RefusesInOrderAndIgnoresLinesUntilItSucceeds)
 {
-    const double huge = std::numeric_limits<double>::max();
+    const std::vector<std::array<double, 4>> windows = {
+        {-1, 0, 4, 1},  {0, -0.001, 4, 1},   {0, 0, 0, 1},   {0, 0, 4, -1},      {0, 0, 5, 1},     {3.5, 0, 1, 1},
+        {NAN, 0, 1, 1}, {0, 0, INFINITY, 1}, {0, 0, 4, NAN}, {DBL_MAX, 0, 1, 1}, {0, 0, 4, 1.001}, {0, 1, 4, 0.5}};
+    const std::vector<std::array<int, 4>> cuts = {
+        {-1, 0, 4, 1}, {0, 0, 0, 1}, {0, 0, 5, 1}, {INT_MAX, 0, INT_MAX, 1}, {0, 1, 4, 1}};
     const Zoom z = new_zoom(IZAT_LANCZOS3);
-    check_refusals<izat, double>(z.get(), "izat_start: ", izat_window_set,
-                                 {{-1, 0, 4, 1},
-                                  {0, -0.001, 4, 1},
-                                  {0, 0, 0, 1},
-                                  {0, 0, 4, -1},
-                                  {0, 0, 5, 1},
-                                  {3.5, 0, 1, 1},
-                                  {NAN, 0, 1, 1},
-                                  {0, 0, INFINITY, 1},
-                                  {0, 0, 4, NAN},
-                                  {huge, 0, 1, 1},
-                                  {0, 0, 4, 1.001},
-                                  {0, 1, 4, 0.5}});
-    check_refusals<izoom, int>(new_pick().get(), "izoom_start: ", izoom_window_set,
-                               {{-1, 0, 4, 1}, {0, 0, 0, 1}, {0, 0, 5, 1}, {INT_MAX, 0, INT_MAX, 1}, {0, 1, 4, 1}});
+    check_refusals(z.get(), "izat_start: ", izat_window_set, windows);
+    check_refusals(new_pick().get(), "izoom_start: ", izoom_window_set, cuts);
     Reports reports;
     for (const int kernel : {-1, 5})
         EXPECT_EQ(izat_new(kernel), nullptr);
@@ -399,7 +382,7 @@ TEST(IzatLine, TakesExtremeRatios)
         {{2, 7}, {2, 6}, {.left = 0, .top = 0, .width = 7, .height = std::nextafter(2.0, 0.0)}},
     };
     for (const auto &r : rows)
-        for (const int kernel : kernels) {
+        for (int kernel = 0; kernel < kernels; ++kernel) {
             const Zoom z = new_zoom(kernel);
             izat_window_set(z.get(), r.shown.left, r.shown.top, r.shown.width, r.shown.height);
             const std::vector<unsigned char> image(static_cast<std::size_t>(r.from.lines * r.from.width), 77);
