@@ -85,6 +85,15 @@ TEST_F(Zuk, LeavesEveryOtherLineWhereItStood)
               "[B=x]\n[a]\nk = 5\n[B]\nfirst = 7\n; last\n");
 }
 
+TEST_F(Zuk, CutsWhatIsTooLongOnlyWhenItIsRead)
+{
+    const std::string name(257, 'n'), value(256, 'v'), text = "[t]\n" + name + " = 1\nk = " + value + "w\n";
+    ASSERT_NE(push(text), nullptr);
+    EXPECT_EQ(list("t"), "k=" + value + ";");
+    EXPECT_EQ(search("t", name), "(none)");
+    EXPECT_EQ(saved(), text);
+}
+
 TEST_F(Zuk, ListsFromAnyState)
 {
     ASSERT_NE(push("[t]\na = 1\nb = 2\n[empty]\n"), nullptr);
