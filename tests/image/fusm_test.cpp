@@ -193,11 +193,11 @@ void expect_as_modelled(Job j, Generator &random)
 {
     SCOPED_TRACE(testing::Message() << "radius " << j.radius << ", V " << j.top << ", " << j.K << " of " << j.C << ", "
                                     << j.width << " x " << j.height << ", steps " << j.in_step << ", " << j.out_step);
-    const Filter f(
-        j.with_contexts
-            ? fusm_new_with(j.radius, j.top, j.K, j.C, j.list.data(), j.converted ? Run<T>::convert_with : nullptr, &j)
-            : fusm_new(j.radius, j.top, j.K, j.C, j.list.data(), j.converted ? Run<T>::convert : nullptr),
-        fusm_kill);
+    const auto convert = j.converted ? Run<T>::convert : nullptr;
+    const auto convert_with = j.converted ? Run<T>::convert_with : nullptr;
+    const Filter f(j.with_contexts ? fusm_new_with(j.radius, j.top, j.K, j.C, j.list.data(), convert_with, &j)
+                                   : fusm_new(j.radius, j.top, j.K, j.C, j.list.data(), convert),
+                   fusm_kill);
     fusm_stren_set(f.get(), j.strengths.data());
     fusm_noise_red_set(f.get(), j.noise.data());
     const int points = static_cast<int>(j.levels.size()) / j.K;

@@ -232,8 +232,7 @@ TEST(VectNormalise, ReachesTheEndsOfDoublesAndLeavesTheRest)
     const struct {
         Values in, out;
         double length;
-    } rows[] = {{{1e200, 1e200}, {std::sqrt(0.5), std::sqrt(0.5)}, 1.4142135623730951e200},
-                {{5e-324, 0}, {1, 0}, 5e-324},
+    } rows[] = {{{5e-324, 0}, {1, 0}, 5e-324},
                 {{-1.7e308, 1.7e308, 0}, {-std::sqrt(0.5), std::sqrt(0.5), 0}, HUGE_VAL},
                 {{0, -0.0}, {0, -0.0}, 0},
                 {{HUGE_VAL, 1}, {HUGE_VAL, 1}, HUGE_VAL},
