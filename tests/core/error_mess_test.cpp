@@ -45,9 +45,9 @@ std::string printed(Body &&body)
 {
     testing::internal::CaptureStdout();
     body();
-    const long arrived = lseek(1, 0, SEEK_CUR);
+    const auto arrived = lseek(1, 0, SEEK_CUR);
     std::fflush(stdout);
-    const long written = lseek(1, 0, SEEK_CUR);
+    const auto written = lseek(1, 0, SEEK_CUR);
     std::string text = testing::internal::GetCapturedStdout();
     EXPECT_EQ(arrived, written) << "not flushed";
     return text;
