@@ -87,9 +87,10 @@ TEST_F(Zuk, LeavesEveryOtherLineWhereItStood)
 
 TEST_F(Zuk, CutsWhatIsTooLongOnlyWhenItIsRead)
 {
-    const std::string name(257, 'n'), value(256, 'v'), text = "[t]\n" + name + " = 1\nk = " + value + "w\n";
+    const std::string name(257, 'n'), value(256, 'v'), shorter = value.substr(1);
+    const std::string text = "[t]\n" + name + " = 1\nk = " + value + "w\nm = " + shorter + " w\n";
     ASSERT_NE(push(text), nullptr);
-    EXPECT_EQ(list("t"), "k=" + value + ";");
+    EXPECT_EQ(list("t"), "k=" + value + ";m=" + shorter + ";");
     EXPECT_EQ(search("t", name), "(none)");
     EXPECT_EQ(saved(), text);
 }
