@@ -60,19 +60,6 @@ protected:
     zuk_db *db = zuk_open();
 };
 
-TEST_F(Zuk, MakesAndSavesARecordFile)
-{
-    zuk_rfile *file = zuk_create_rfile(db, folder.path("f").c_str());
-    ASSERT_NE(file, nullptr);
-    EXPECT_EQ(folder.read("f"), "");
-    EXPECT_TRUE(add_topic(file, "patches", " of today") && add_topic(file, "PATCHES", " again"));
-    EXPECT_TRUE(add("Patches", "cyan", "\t 0.250  150.0 ") && add("patches", " lead", "") &&
-                add("patches", "cyan", "= 1"));
-    EXPECT_EQ(saved(), "[patches] of today\ncyan = = 1\n lead = \n");
-    EXPECT_EQ(list("PATCHES"), "cyan== 1; lead=;");
-    EXPECT_EQ(search("patches", "lead") + search("patches", "Cyan") + search("patch", "cyan"), "(none)(none)(none)");
-}
-
 TEST_F(Zuk, LeavesEveryOtherLineWhereItStood)
 {
     ASSERT_NE(push("before = 0\r\n\r\r\n \t[ A \t]  comment ] [\r\n; note\nk=1 2 \t\n\n = none\nk = 3\n\tm  =\t4\n\n"
@@ -118,10 +105,12 @@ TEST_F(Zuk, SavesOnlyWhatChangedAndTriesAgain)
     EXPECT_EQ(zuk_flush(db), 0);
     EXPECT_EQ(folder.listing(), "g");
     // One that cannot be saved keeps no other from it.
-    EXPECT_TRUE(add("t", "k", "3") && add_topic(other, "u"));
+    EXPECT_EQ(folder.read("g"), "");
+    EXPECT_TRUE(add("t", "k", "3") && add_topic(other, "u", " of today") && add_topic(other, "U", " again"));
+    EXPECT_TRUE(add("U", " lead", "\t= 1  2 ") && add("u", "Lead", ""));
     fs::create_directory(folder.path("f"));
     EXPECT_EQ(zuk_flush(db), -1);
-    EXPECT_EQ(folder.read("g"), "[u]\n");
+    EXPECT_EQ(folder.read("g"), "[u] of today\n lead = = 1  2\nLead = \n");
     fs::remove(folder.path("f"));
     EXPECT_EQ(saved(), "[t]\nk = 3\n");
     EXPECT_EQ(folder.listing(), "f g");
