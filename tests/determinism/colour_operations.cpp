@@ -10,8 +10,7 @@
 #include <memory>
 #include <span>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -205,5 +204,3 @@ const Operations operations[] = {
 };
 
 }  // namespace
-
-}  // namespace teska_test

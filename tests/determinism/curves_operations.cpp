@@ -10,8 +10,7 @@
 #include <cstdlib>
 #include <memory>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -215,5 +214,3 @@ const Operation operations[] = {
 };
 
 }  // namespace
-
-}  // namespace teska_test

@@ -12,8 +12,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -292,5 +291,3 @@ const Operation cloud_of_three("clg, 3 free channels, 7 steps", [](Generator &in
 const Operation cloud_of_four("clg, 4 free channels, 4 steps", [](Generator &input) { return press_of(input, 4, 4); });
 
 }  // namespace
-
-}  // namespace teska_test

@@ -7,8 +7,7 @@
 
 #include <vector>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -166,5 +165,3 @@ const int izat_registered = [] {
 }();
 
 }  // namespace
-
-}  // namespace teska_test

@@ -14,8 +14,7 @@
 
 #include <memory>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -150,5 +149,3 @@ const Operation lobes("vect_lobe, 5 dimensions", [](Generator &input) -> Operati
 });
 
 }  // namespace
-
-}  // namespace teska_test

@@ -1,7 +1,7 @@
 #include "hostile/objects.h"
 
-namespace teska_test
-{
+using namespace teska_test;
+
 namespace
 {
 
@@ -17,44 +17,28 @@ const auto curve = [] { return or_null(in(16)); };
 const auto entries = [] { return one_of(2, 3, 16, 1, 0, -1, 65537, INT_MAX, INT_MIN); };
 const auto threshold = [] { return one_of(0, 100, 255, -1, INT_MIN, INT_MAX); };
 
-template <class T>
-void convert(Draw &draw, int kind, T *table)
+// A shape that is no shape is refused before anything is read, and one that is may not lead out of the rows.
+void convert(Draw &draw)
 {
     int64_t shape[40], in_strides[40], out_strides[40];
-    const int rank = draw.chance(6) ? draw.random.below(40) - 4 : draw.random.below(4);
     for (int i = 0; i < 40; ++i) {
-        shape[i] = draw.chance(10) ? draw.value<int64_t>() : draw.random.below(3);
+        shape[i] = draw.chance(10) ? draw.value<int64_t>() | INT64_MIN : draw.random.below(3);
         in_strides[i] = 8 * (draw.random.below(5) - 2);
         out_strides[i] = draw.chance(10) ? 3 : 8 * (draw.random.below(5) - 2);
     }
-    // A shape that is no shape is refused before anything is read, and one that is may not lead out of the rows.
-    if (rank < 10)
-        for (int i = 0; i < 40; ++i)
-            shape[i] = shape[i] > 3 ? -shape[i] : shape[i];
+    const int rank = draw.chance(6) ? draw.random.below(40) - 4 : draw.random.below(4), kind = draw.random.below(9) - 1;
     const convert_rows_layout layout{rank, shape, in_strides, out_strides, nullptr, nullptr};
-    const From words = rows_of(3, 400);
-    unsigned char **in = words.body(draw, static_cast<unsigned char ***>(nullptr));
-    unsigned char **out = words.body(draw, static_cast<unsigned char ***>(nullptr));
-    for (int i = 0; i < 3; ++i) {
-        // Where doubles would lie.
-        in[i] += 8 - reinterpret_cast<std::uintptr_t>(in[i]) % 8;
-        out[i] += 8 - reinterpret_cast<std::uintptr_t>(out[i]) % 8;
-    }
-    teska_convert_rows(kind, draw.chance(10) ? nullptr : table, draw.chance(10) ? 0 : 3, reinterpret_cast<void **>(in),
-                       draw.chance(10) ? -1 : 2, reinterpret_cast<void **>(out), &layout);
-}
-
-void convert_any(Draw &draw)
-{
-    const int kind = draw.random.below(9) - 1;
+    void *table = lend<md_tetras>(draw, true);
     if (kind == CONVERT_ROWS_TETRAB)
-        convert(draw, kind, lend<md_tetrab>(draw, true));
+        table = lend<md_tetrab>(draw, true);
     else if (kind == CONVERT_ROWS_TETRAD)
-        convert(draw, kind, lend<md_tetrad>(draw, true));
+        table = lend<md_tetrad>(draw, true);
     else if (kind == CONVERT_ROWS_CLUT)
-        convert(draw, kind, lend<clut_table>(draw, true));
-    else
-        convert(draw, kind, lend<md_tetras>(draw, true));
+        table = lend<clut_table>(draw, true);
+    const From rows = rows_of(3, 50);
+    const auto drawn = [&] { return reinterpret_cast<void **>(rows.body(draw, static_cast<double ***>(nullptr))); };
+    teska_convert_rows(kind, draw.chance(10) ? nullptr : table, draw.chance(10) ? 0 : 3, drawn(),
+                       draw.chance(10) ? -1 : 2, drawn(), &layout);
 }
 
 const HostileRows rows({
@@ -66,7 +50,7 @@ const HostileRows rows({
                         or_null(in(64 * 255))),
     row<clut_table_dataptr, md_tetrab_dataptr, md_tetrad_dataptr, md_tetras_dataptr>(kept, or_null(out(1))),
     row<clut_table_interp>(live, ins(), step(), outs(), step(), count()),
-    by<teska_convert_rows>(convert_any),
+    by<teska_convert_rows>(convert),
     row<md_tetrab_new, md_tetrad_new, md_tetras_new>(about(1, 3), about(1, 4), vertices()),
     row<md_tetrab_new_special>(about(1, 3), about(1, 4), vertices(), one_of(0, 10, 255, -1, INT_MIN),
                                one_of(255, 11, 0, 256, INT_MAX), one_of(0, 1, 2, -1, INT_MAX)),
@@ -97,4 +81,3 @@ const HostileRows rows({
 });
 
 }  // namespace
-}  // namespace teska_test

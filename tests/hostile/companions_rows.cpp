@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace teska_test
-{
+using namespace teska_test;
+
 namespace
 {
 
@@ -90,4 +90,3 @@ const HostileRows rows({
 });
 
 }  // namespace
-}  // namespace teska_test

@@ -2,8 +2,8 @@
 
 #include <cstdlib>
 
-namespace teska_test
-{
+using namespace teska_test;
+
 namespace
 {
 
@@ -107,4 +107,3 @@ const HostileRows rows({
 });
 
 }  // namespace
-}  // namespace teska_test

@@ -2,8 +2,8 @@
 
 #include "hostile/hostile.h"
 
-namespace teska_test
-{
+using namespace teska_test;
+
 namespace
 {
 
@@ -27,4 +27,3 @@ INSTANTIATE_TEST_SUITE_P(Functions, Hostile, testing::ValuesIn(HostileRows::all(
                          [](const auto &row) { return row.param.name; });
 
 }  // namespace
-}  // namespace teska_test

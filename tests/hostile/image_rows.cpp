@@ -1,76 +1,61 @@
 #include "hostile/objects.h"
 
-namespace teska_test
-{
+using namespace teska_test;
+
 namespace
 {
 
 const auto line = [] { return mid(40); };
 const auto holder = [] { return rows_of(1, 40); };
 const auto size = [] { return one_of(1, 3, 6, 0, -1, INT_MIN); };
+const auto length = [] { return one_of(0, 1, 20, -1, INT_MIN); };
 const auto components = [] { return about(1, 4); };
 
 void converted(void **, int, void **, int, int) {}
 void converted_with(void *, void **, int, void **, int, int) {}
 
-// An image of samples of its own, or one that is none.
-whole_image an_image(Draw &draw, int width, int height, int n, int depth)
+// An image of samples of its own, or one that is none; alike: of the kind of the last one, and of its size; or else of
+// another size.
+const whole_image *image_of(Draw &draw, int n, int depth, int width, int height)
 {
-    const int sample = depth == 16 ? 2 : 1;
-    whole_image image{
-        draw.room<unsigned char>(8 * 8 * 4 * 2), width, height, n, depth, 32 * sample, 4 * sample, sample};
-    if (draw.chance(5)) {
-        int *const fields[] = {&image.width, &image.height, &image.components, &image.depth};
-        const int outside[] = {0, -1, INT_MIN};
+    const int sample = depth == 16 ? 2 : 1, outside[] = {0, -1, INT_MIN};
+    unsigned char *const pixels = draw.room<unsigned char>(8 * 8 * 4 * 2);
+    whole_image *const image = draw.values<whole_image>(1);
+    *image = {pixels, width, height, n, depth, 32 * sample, 4 * sample, sample};
+    int *const fields[] = {&image->width, &image->height, &image->components, &image->depth};
+    if (draw.chance(5))
         *fields[draw.random.below(4)] = outside[draw.random.below(3)];
-    }
     if (depth == 16 && draw.chance(8))
-        image.line = 3;
+        image->line = 3;
     return image;
 }
 
-template <class Call>
-void with_images(Draw &draw, bool same, Call call)
-{
-    const auto extent = [&] { return 1 + draw.random.below(8); };
-    const int n = 1 + draw.random.below(4), depth = draw.chance(2) ? 8 : 16, width = extent(), height = extent();
-    const whole_image source = an_image(draw, width, height, n, depth);
-    const whole_image target = an_image(draw, same ? width : extent(), same ? height : extent(), n, depth);
-    const int first = draw.chance(3) ? draw.value<int>() : 0;
-    call(source, target, first, draw.chance(3) ? draw.value<int>() : target.height);
-}
+int extent(Draw &draw) { return 1 + draw.random.below(8); }
 
-void resize(Draw &draw)
-{
-    with_images(draw, false, [&](const whole_image &source, const whole_image &target, int first, int lines) {
-        const double window[4] = {draw.number(), draw.number(), draw.number(), draw.number()};
-        whole_image_resize(draw.random.below(8) - 1, &source, &target, draw.chance(2) ? window : nullptr, first, lines);
-    });
-}
-
-void sharpen(Draw &draw)
-{
-    with_images(draw, true, [&](const whole_image &source, const whole_image &target, int first, int lines) {
-        const whole_image_sharpening how{
-            draw.random.below(5) - 1, draw.values<double>(4),  draw.chance(2) ? draw.values<double>(4) : nullptr,
-            draw.random.below(4) - 1, draw.values<double>(12), draw.values<double>(12)};
-        whole_image_sharpen(&how, &source, &target, first, lines);
-    });
-}
-
-void mark(Draw &draw)
-{
-    with_images(draw, true, [&](const whole_image &source, const whole_image &, int x, int y) {
-        whole_image_flood(&source, x, y, draw.value<int>() & INT_MAX, draw.room<unsigned char>(64));
-    });
-}
+constexpr From image{[](Draw &draw, const whole_image **) {
+    return image_of(draw, 1 + draw.random.below(4), draw.chance(2) ? 8 : 16, extent(draw), extent(draw));
+}};
+constexpr From alike{[](Draw &draw, const whole_image **) {
+    const whole_image &last = *draw.last<const whole_image>();
+    return image_of(draw, last.components, last.depth, last.width, last.height);
+}};
+constexpr From resized{[](Draw &draw, const whole_image **) {
+    const whole_image &last = *draw.last<const whole_image>();
+    return image_of(draw, last.components, last.depth, extent(draw), extent(draw));
+}};
+constexpr From how{[](Draw &draw, const whole_image_sharpening **) {
+    whole_image_sharpening *const made = draw.values<whole_image_sharpening>(1);
+    *made = {draw.random.below(5) - 1, draw.values<double>(4),  draw.chance(2) ? draw.values<double>(4) : nullptr,
+             draw.random.below(4) - 1, draw.values<double>(12), draw.values<double>(12)};
+    return made;
+}};
 
 const HostileRows rows({
     row<ibilin_new, izoom_new, izoom_window_set, izat_window_set, izat_strip_set>(),
     row<fir_kill, flood_kill, fusm_kill, ibilin_kill, izoom_kill, izat_kill>(last_of),
     row<fir_new>(about(0, 10), one_of(0, 255, 65535, INT_MAX)),
-    row<fir_start>(live, usual, one_of(1, 3, INT_MAX), one_of(0, 1, 20, -1, INT_MIN), always(taken)),
-    row<fir_start_with>(live, usual, one_of(1, 3, INT_MAX), one_of(0, 1, 20, -1, INT_MIN), always(handed)),
+    row<fir_start>(live, usual, one_of(1, 3, INT_MAX), length(), always(taken)),
+    row<fir_start_with>(live, usual, one_of(1, 3, INT_MAX), length(), always(handed)),
     feeding<fir_mono, fir_mono_b, ibilin_mono, ibilin_mono_b, izoom_line, izoom_line_b, izat_line, izat_line_b>(
         live, line(), holder()),
     feeding<fir_rgb, fir_rgb_b, ibilin_rgb, ibilin_rgb_b>(live, line(), line(), line(), holder(), holder(), holder()),
@@ -85,8 +70,8 @@ const HostileRows rows({
     row<fusm_stren_set, fusm_noise_red_set>(live, in(2)),
     row<fusm_level_red_set>(live, one_of(0, 2, 3, 1, -1, INT_MIN), in(6), in(6)),
     row<fusm_stren_get, fusm_noise_red_get>(kept),
-    row<fusm_start>(live, usual, one_of(0, 1, 20, -1, INT_MIN), always(taken)),
-    row<fusm_start_with>(live, usual, one_of(0, 1, 20, -1, INT_MIN), always(handed)),
+    row<fusm_start>(live, usual, length(), always(taken)),
+    row<fusm_start_with>(live, usual, length(), always(handed)),
     feeding<fusm_b_do, fusm_do>(live, rows_of(2, 40), rows_of(2, 40), or_null(line())),
     row<ibilin_start>(live, components(), size(), size(), size(), size(), always(taken)),
     row<ibilin_start_with>(live, components(), size(), size(), size(), size(), always(handed)),
@@ -99,10 +84,9 @@ const HostileRows rows({
         const auto side = [&] { return draw.chance(8) ? draw.random.below(3) - 2 : 1 + draw.random.below(9); };
         izat_start(record, side(), side(), side(), side(), side(), handed, nullptr, 1, 1);
     }),
-    by<whole_image_resize>(resize),
-    by<whole_image_sharpen>(sharpen),
-    by<whole_image_flood>(mark),
+    row<whole_image_resize>(about(0, 6), image, resized, or_null(in(4)), about(0, 2), about(0, 4)),
+    row<whole_image_sharpen>(how, image, alike, about(0, 2), about(0, 4)),
+    row<whole_image_flood>(image, about(0, 7), about(0, 7), one_of(0, 1, 40, INT_MAX), out(64)),
 });
 
 }  // namespace
-}  // namespace teska_test

@@ -1,7 +1,7 @@
 #include "hostile/objects.h"
 
-namespace teska_test
-{
+using namespace teska_test;
+
 namespace
 {
 
@@ -69,4 +69,3 @@ const HostileRows rows({
 });
 
 }  // namespace
-}  // namespace teska_test

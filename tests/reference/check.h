@@ -31,6 +31,9 @@ void reference_make_folder(const char *name);
         void example_##name(void)
 #endif
 
+/* For an example to count with. */
+static int seen;
+
 #define CHECK(x) reference_check((x) != 0, #x, __FILE__, __LINE__)
 #define NEAR(a, b, tolerance) reference_check(fabs((a) - (b)) <= (tolerance), #a " is " #b, __FILE__, __LINE__)
 

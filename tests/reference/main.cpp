@@ -33,7 +33,7 @@ extern "C" void reference_check(int ok, const char *text, const char *file, int 
         ADD_FAILURE_AT(file, line) << text;
 }
 
-extern "C" void reference_make_folder(const char *name) { std::filesystem::create_directory(name); }
+extern "C" void reference_make_folder(const char *name) { std::filesystem::create_directories(name); }
 
 #define EXAMPLE(name)                                                                                                  \
     TEST(HeaderExample, name) { run(example_##name); }

@@ -2,13 +2,11 @@
 
 EXAMPLE(bezier_cpoly_det)
 {
-    int seen = 0;
-#define DOTS_1 seen = 1
+#define DOTS_1 ++seen
 #include "bezier_cpoly_det_1.inc"
     CHECK(seen);
-    double x, y;
-    bezier_get(b, 1.0 / 3, &x, &y);
-    NEAR(x, 1, 1e-12);
-    NEAR(y, 1, 1e-12);
+    double p[2];
+    bezier_get(b, 1.0 / 3, &p[0], &p[1]);
+    NEAR_ALL(p, 1e-12, 1, 1);
     bezier_kill(b);
 }

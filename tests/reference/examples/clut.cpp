@@ -2,9 +2,7 @@
 
 EXAMPLE(clut)
 {
-#define DOTS_1                                                                                                         \
-    for (std::size_t i = 0; i < values.size(); ++i)                                                                    \
-    values[i] = 0.25f
+#define DOTS_1 values.assign(values.size(), 0.25f)
 #include "clut_1.inc"
     NEAR(ink[0], 0.25, 1e-6);
     NEAR(ink[3], 0.25, 1e-6);

@@ -1,6 +1,5 @@
-static int handed;
 #define DOTS_1                                                                                                         \
-    ++handed;                                                                                                          \
+    ++seen;                                                                                                            \
     (void)component
 #include "fir_1.inc"
 
@@ -11,5 +10,5 @@ EXAMPLE(fir)
     unsigned char *out[3] = {red, red + 1, red + 2};
     memset(line, 100, sizeof line);
 #include "fir_2.inc"
-    CHECK(handed == 12);
+    CHECK(seen == 12);
 }

@@ -2,10 +2,9 @@ struct picture {
     int width, height, old;
     unsigned char *row[32];
 };
-static int filled;
 #define DOTS_1                                                                                                         \
     struct picture *p = user;                                                                                          \
-    filled += xLast - xFirst + 1;                                                                                      \
+    seen += xLast - xFirst + 1;                                                                                        \
     memset(p->row[y] + xFirst, 1, (size_t)(xLast - xFirst + 1))
 #include "flood_1.inc"
 
@@ -16,7 +15,6 @@ EXAMPLE(flood)
     for (int y = 0; y < 32; ++y)
         picture.row[y] = rows[y];
     rows[8][3] = 1;
-    filled = 0;
 #include "flood_2.inc"
-    CHECK(filled == 32 * 32 - 1);
+    CHECK(seen == 32 * 32 - 1);
 }

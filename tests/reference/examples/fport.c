@@ -2,8 +2,6 @@
 
 EXAMPLE(fport)
 {
-    {
 #include "fport_1.inc"
-        CHECK(strcmp(path, "C:\\out\\jobs\\new\\page") == 0);
-    }
+    CHECK(strcmp(path, "C:\\out\\jobs\\new\\page") == 0);
 }

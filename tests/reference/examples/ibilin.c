@@ -1,6 +1,5 @@
-static int handed;
 #define DOTS_1                                                                                                         \
-    ++handed;                                                                                                          \
+    ++seen;                                                                                                            \
     (void)component
 #include "ibilin_1.inc"
 
@@ -11,5 +10,5 @@ EXAMPLE(ibilin)
     memset(rgb, 90, sizeof rgb);
     int y;
 #include "ibilin_2.inc"
-    CHECK(handed == 3 * dstLines && lines[2][dstWidth - 1] == 90);
+    CHECK(seen == 3 * dstLines && lines[2][dstWidth - 1] == 90);
 }

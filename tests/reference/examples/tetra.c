@@ -8,10 +8,9 @@ static int add_others(list_rec *points)
 
 EXAMPLE(tetra)
 {
-    int others = 0;
-#define list_insert(l, p) (list_insert(l, p), others = add_others(l))
+#define list_insert(l, p) (list_insert(l, p), seen = add_others(l))
 #include "tetra_1.inc"
 #undef list_insert
-    CHECK(others == 4 && t != NULL);
+    CHECK(seen == 4 && t != NULL);
     CHECK(w[0] >= 0 && w[1] >= 0 && w[2] >= 0 && w[0] + w[1] + w[2] <= 1);
 }

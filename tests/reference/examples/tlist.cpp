@@ -6,7 +6,6 @@ namespace
 
 EXAMPLE(tlist)
 {
-    int seen = 0;
 #define DOTS_1 ++seen
 #include "tlist_2.inc"
     CHECK(seen == 1 && inks.Count() == 0);

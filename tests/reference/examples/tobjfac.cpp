@@ -2,17 +2,16 @@
 
 namespace
 {
-int closed;
-void close_font(void *) { ++closed; }
+void close_font(void *) { ++seen; }
 #include "tobjfac_1.inc"
 }  // namespace
 
 EXAMPLE(tobjfac)
 {
     Fonts fonts;
-    int object = 0, scanned = 0;
+    int object = 0;
     void *font = &object;
-#define DOTS_1 ++scanned
+#define DOTS_1 ++object
 #include "tobjfac_2.inc"
-    CHECK(scanned == 1 && closed == 1);
+    CHECK(object == 1 && seen == 1);
 }

@@ -3,11 +3,7 @@ namespace
 struct Dot {
     double x, y;
 };
-int draw(const TQuadHit *, void *canvas)
-{
-    ++*static_cast<int *>(canvas);
-    return 0;
-}
+int draw(const TQuadHit *, void *canvas) { return ++*static_cast<int *>(canvas), 0; }
 }  // namespace
 
 EXAMPLE(tquadtree)

@@ -3,9 +3,7 @@
 
 EXAMPLE(wemfile)
 {
-    const char *const folders[] = {"system", "system/tables", "system/tables/inks"};
-    for (int i = 0; i < 3; ++i)
-        reference_make_folder(folders[i]);
+    reference_make_folder("system/tables/inks");
     FILE *file = fopen("system/tables/inks/coated.rec", "wb");
     fputs("[cyan]\ndensity = 1.5\n", file);
     fclose(file);

@@ -1,6 +1,4 @@
 EXAMPLE(zuk)
 {
-    {
 #include "zuk_1.inc"
-    }
 }
