@@ -610,16 +610,6 @@ TEST(PolyBezier, DoesNotDependOnTheUnitOfItsCoordinates)
         for (std::size_t side = 0; side < 4; ++side)
             EXPECT_EQ(box_of(q)[side], box_of(p)[side] * f);
         EXPECT_EQ(polyline(q, 0.01 * f).size(), polyline(p, 0.01).size());
-
-        Row row{random_numbers(input, 30), random_numbers(input, 30)};
-        std::ranges::sort(row.xs);
-        Row large = row;
-        for (numbers *values : {&large.xs, &large.ys})
-            for (double &value : *values)
-                value *= f;
-        EXPECT_EQ(controls(large.fit(0.1 * f, 60, true)), controls(transformed(row.fit(0.1, 60, true), matrix)));
-        EXPECT_EQ(controls(large.spline(true)), controls(transformed(row.spline(true), matrix)));
-        EXPECT_EQ(controls(large.monotone()), controls(transformed(row.monotone(), matrix)));
     }
 }
 
