@@ -14,8 +14,7 @@
 
 #include <new>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -69,28 +68,28 @@ SweepRow clone(const char *name, Table *source, Table *(*copy)(const Table *), T
     return creating(name, [=] { return copy(owned.get()); }, kill, {{std::string(name) + ": insufficient memory"}});
 }
 
-// The first curve of an input or output takes a block; what the table converts a sample to shows whether it counts.
-SweepRow curve(const char *name, int (*set)(md_tetras *table))
+// The first curve of an input or output takes a block; what a sample is converted to shows whether it counts.
+template <class Table>
+SweepRow curve(const char *name, int (*set)(Table *table))
 {
-    using Table = std::shared_ptr<md_tetras>;
-    const auto converted = [](const Table &table) {
-        const unsigned short sample = 1000, *in[] = {&sample};
-        unsigned short result = 0, *out[] = {&result};
-        md_tetras_interp(table.get(), in, 1, out, 1, 1, nullptr, 0);
-        return std::to_string(result);
+    constexpr bool one = std::is_same_v<Table, md_tetras>;
+    const auto fresh = [] {
+        if constexpr (one)
+            return std::shared_ptr<Table>(rising(), md_tetras_kill);
+        else
+            return std::shared_ptr<Table>(mmd_tetras_new(2, 1, 1, 2), mmd_tetras_kill);
     };
-    return changing(
-        name, [] { return Table(rising(), md_tetras_kill); }, [=](const Table &table) { return set(table.get()) == 1; },
-        converted, {{std::string(name) + ": insufficient memory"}});
-}
-
-SweepRow curve(const char *name, int (*set)(mmd_tetras *tables))
-{
-    using Tables = std::shared_ptr<mmd_tetras>;
-    return changing(
-        name, [] { return Tables(mmd_tetras_new(2, 1, 1, 2), mmd_tetras_kill); },
-        [=](const Tables &tables) { return set(tables.get()) == 1; }, nullptr,
-        {{std::string(name) + ": insufficient memory"}});
+    const auto converted = [](const std::shared_ptr<Table> &table) {
+        const unsigned short sample = 1000, *in[] = {&sample};
+        unsigned short result[2] = {}, *out[] = {result, result + 1};
+        if constexpr (one)
+            md_tetras_interp(table.get(), in, 1, out, 1, 1, nullptr, 0);
+        else
+            mmd_tetras_interp_all(table.get(), in, 1, out, 1, 1);
+        return std::to_string(result[0]) + " " + std::to_string(result[1]);
+    };
+    return changing(name, fresh, [=](const std::shared_ptr<Table> &table) { return set(table.get()) == 1; }, converted,
+                    {{std::string(name) + ": insufficient memory"}});
 }
 
 using Cloud = std::shared_ptr<clg>;
@@ -154,37 +153,37 @@ const whole_image from{pixels, 4, 4, 3, 8, 12, 3, 1}, to{result, 4, 4, 3, 8, 12,
 const SweepRows rows({
     calling("CLUT, 3 inputs", clut<3>, {{}}),
     calling("CLUT, 7 inputs", clut<7>, {{}}),
-    creating("md_tetrab_new, 3 inputs", [] { return md_tetrab_new(3, 4, 5); }, md_tetrab_kill, {no_memory, no_grid}),
-    creating("md_tetrab_new_special, other weights", [] { return md_tetrab_new_special(5, 3, 2, 16, 235, 0); },
-             md_tetrab_kill, {no_memory, no_grid, {"md_tetrab_new: insuff. mem."}}),
+    creating("md_tetrab_new, 3 inputs", md_tetrab_new, md_tetrab_kill, {no_memory, no_grid}, 3, 4, 5),
+    creating("md_tetrab_new_special, other weights", md_tetrab_new_special, md_tetrab_kill,
+             {no_memory, no_grid, {"md_tetrab_new: insuff. mem."}}, 5, 3, 2, 16, 235, 0),
     expansion<3, 5>("md_tetrab_expand, 3 inputs, whole ratio"),
     expansion<5, 4>("md_tetrab_expand, 5 inputs, other ratio"),
-    creating("md_tetrad_new", [] { return md_tetrad_new(6, 2, 3, 0.0, 1.0); }, md_tetrad_kill,
-             {no_memory, no_grid, {"md_tetrad_new: insuff. mem."}}),
+    creating("md_tetrad_new", md_tetrad_new, md_tetrad_kill, {no_memory, no_grid, {"md_tetrad_new: insuff. mem."}}, 6,
+             2, 3, 0.0, 1.0),
     clone("md_tetrab_clone", md_tetrab_new_special(3, 2, 4, 16, 235, 0), md_tetrab_clone, md_tetrab_kill),
     clone("md_tetrad_clone", md_tetrad_new(3, 2, 4, 0, 1), md_tetrad_clone, md_tetrad_kill),
     clone("md_tetras_clone", curved(), md_tetras_clone, md_tetras_kill),
     clone("mmd_tetras_clone", mmd_tetras_new(3, 2, 4, 5), mmd_tetras_clone, mmd_tetras_kill),
-    creating("md_tetras_new", [] { return md_tetras_new(3, 4, 5); }, md_tetras_kill,
-             {{"md_tetras_new: insufficient memory"}}),
-    creating("mmd_tetras_new", [] { return mmd_tetras_new(3, 2, 4, 5); }, mmd_tetras_kill,
-             {{"mmd_tetras_new: insufficient memory"}}),
-    curve("md_tetras_ilut_set", [](md_tetras *table) { return md_tetras_ilut_set(table, 0, 2, inversion); }),
-    curve("md_tetras_olut_set", [](md_tetras *table) { return md_tetras_olut_set(table, 0, 2, inversion); }),
-    curve("mmd_tetras_ilut_set", [](mmd_tetras *tables) { return mmd_tetras_ilut_set(tables, 0, 2, inversion); }),
-    curve("mmd_tetras_olut_set", [](mmd_tetras *tables) { return mmd_tetras_olut_set(tables, 1, 0, 2, inversion); }),
-    creating("clg_new", [] { return clg_new(4, 4, 0, 1); }, clg_kill, {{"clg_new: malloc failure"}}),
+    creating("md_tetras_new", md_tetras_new, md_tetras_kill, {{"md_tetras_new: insufficient memory"}}, 3, 4, 5),
+    creating("mmd_tetras_new", mmd_tetras_new, mmd_tetras_kill, {{"mmd_tetras_new: insufficient memory"}}, 3, 2, 4, 5),
+    curve<md_tetras>("md_tetras_ilut_set", [](md_tetras *t) { return md_tetras_ilut_set(t, 0, 2, inversion); }),
+    curve<md_tetras>("md_tetras_olut_set", [](md_tetras *t) { return md_tetras_olut_set(t, 0, 2, inversion); }),
+    curve<mmd_tetras>("mmd_tetras_ilut_set", [](mmd_tetras *set) { return mmd_tetras_ilut_set(set, 0, 2, inversion); }),
+    curve<mmd_tetras>("mmd_tetras_olut_set",
+                      [](mmd_tetras *set) { return mmd_tetras_olut_set(set, 1, 0, 2, inversion); }),
+    creating("clg_new", clg_new, clg_kill, {{"clg_new: malloc failure"}}, 4, 4, 0, 1),
     changing("clg_add", full, [](const Cloud &cloud) { return gave(0, clg_add(cloud.get(), middle, middle)); }, model,
              {{"clg_add: malloc failure"}}),
     build_row<1>("clg_build, 1 channel"),
     build_row<3>("clg_build, 3 channels"),
     build_row<4>("clg_build, 4 channels"),
-    creating("archive_create", [] { return archive_create("/dev/null", "", nullptr); }, archive_kill,
+    creating("archive_create", archive_create, archive_kill,
              {{"archive_create: insufficient memory"},
               {"archive_create: cannot create archive"},
-              {"archive_create: insufficient memory", "list_new : Not enough resources to create list"}}),
-    creating("clut_table_new", [] { return clut_table_new(3, points, 1, nullptr); }, clut_table_kill,
-             {{"clut_table_new: insufficient memory"}}),
+              {"archive_create: insufficient memory", "list_new : Not enough resources to create list"}},
+             "/dev/null", "", nullptr),
+    creating("clut_table_new", clut_table_new, clut_table_kill, {{"clut_table_new: insufficient memory"}}, 3, points, 1,
+             nullptr),
     calling("whole_image_resize", [] { return whole_image_resize(IZAT_TRIANGLE, &from, &to, nullptr, 0, 4) == 1; },
             {{"izat_new: insufficient memory"}, {"izat_start: insufficient memory"}}),
     calling("whole_image_resize, picking",
@@ -193,5 +192,3 @@ const SweepRows rows({
 });
 
 }  // namespace
-
-}  // namespace teska_test

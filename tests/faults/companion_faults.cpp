@@ -11,8 +11,7 @@
 #include <string>
 #include <utility>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -154,5 +153,3 @@ TEST(Companions, KeepNothingWhenTheHostRefusesToOpen)
 }
 
 }  // namespace
-
-}  // namespace teska_test

@@ -13,8 +13,7 @@
 #include <cstring>
 #include <new>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -120,15 +119,14 @@ bool make_factory()
 }
 
 const SweepRows rows({
-    creating("dynar_new", [] { return dynar_new(3, 8); }, dynar_kill, {{"dynar_new: Unable to create new dynar"}}),
+    creating("dynar_new", dynar_new, dynar_kill, {{"dynar_new: Unable to create new dynar"}}, 3, 8),
     changing("dynar_ptr", full_array, [](const Array &array) { return touch(array, 9); }, items, {{fatal}}),
-    creating("itemfifo_new", [] { return itemfifo_new(3, 8); }, itemfifo_kill,
-             {{"itemfifo_new: Unable to create new itemfifo"}}),
+    creating("itemfifo_new", itemfifo_new, itemfifo_kill, {{"itemfifo_new: Unable to create new itemfifo"}}, 3, 8),
     changing(
         "itemfifo_put", full_fifo, [](const Fifo &fifo) { return itemfifo_put(fifo.get(), "b") == 1; },
         [](const Fifo &fifo) { return std::to_string(itemfifo_nr_items(fifo.get())); },
         {{"itemfifo_put: unable to create new partition"}}),
-    creating("list_new", [] { return list_new(3, 8, nullptr); }, list_kill, {{no_list}}),
+    creating("list_new", list_new, list_kill, {{no_list}}, 3, 8, nullptr),
     growing("list_insert", [](list_rec *list) { return gave(1, list_insert(list, "def")); }),
     growing("list_insert_index", [](list_rec *list) { return gave(0, list_insert_index(list, "def", 0, 1)); }),
     growing("list_alloc", [](list_rec *list) { return gave(0, list_alloc(list, 7)); }),
@@ -141,7 +139,7 @@ const SweepRows rows({
             [](hash_tab *table, const char *text) { return gave(0, hash_tab_insert(table, text, text)); }),
     on_text("hash_tab_put, text",
             [](hash_tab *table, const char *text) { return gave(1, hash_tab_put(table, "a", text)); }),
-    creating("cache_new", [] { return cache_new(3, 4, 5, nullptr, nullptr, nullptr); }, cache_kill, {{}}),
+    creating("cache_new", cache_new, cache_kill, {{}}, 3, 4, 5, nullptr, nullptr, nullptr),
     calling("TObjFac", make_factory, {{}, {"Random_new : allocation failed"}}),
 });
 
@@ -225,6 +223,14 @@ int drain()
 TEST(ErrorMess, KeptLosesTheLineAndQueuesTheListsComplaintWhenTheQueueCannotGrow)
 {
     fill_queue();
+    arm(fault_kind::memory, 0, true);
+    error_mess_fl("z", "", 0);
+    EXPECT_EQ(disarm(), 16) << "where nesting stops when memory stays short";
+    EXPECT_EQ(drain(), 50);
+    error_mess_fl("z", "", 0);
+    EXPECT_STREQ(error_get(), "ERROR : 'z'");
+    drain();
+    fill_queue();
     arm(fault_kind::memory, 0, false);
     error_mess_fl("z", "", 0);
     EXPECT_EQ(disarm(), 1);
@@ -232,18 +238,6 @@ TEST(ErrorMess, KeptLosesTheLineAndQueuesTheListsComplaintWhenTheQueueCannotGrow
     EXPECT_STREQ(error_get(), "ERROR : 'list_insert : Unable to extend list, insufficient resources'");
     EXPECT_STREQ(error_get(), "ERROR : '149'");
     EXPECT_EQ(drain(), 49);
-    error_set(1);
-}
-
-TEST(ErrorMess, StopsNestingWhenMemoryStaysShort)
-{
-    fill_queue();
-    arm(fault_kind::memory, 0, true);
-    error_mess_fl("z", "", 0);
-    EXPECT_EQ(disarm(), 16);
-    EXPECT_EQ(drain(), 50);
-    error_mess_fl("z", "", 0);
-    EXPECT_STREQ(error_get(), "ERROR : 'z'");
     error_set(1);
 }
 
@@ -294,5 +288,3 @@ TEST(StrSearchZuk, AnswersWithoutMemoryAndThenKnowsNothing)
 }
 
 }  // namespace
-
-}  // namespace teska_test

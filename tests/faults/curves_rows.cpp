@@ -14,8 +14,7 @@
 
 #include <cstdlib>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -127,7 +126,7 @@ bool new_table(const std::shared_ptr<Place> &place)
 }
 
 const SweepRows curves({
-    creating("func_new", [] { return func_new(3, 8, 4, nullptr); }, func_kill, {no_function, no_lists}),
+    creating("func_new", func_new, func_kill, {no_function, no_lists}, 3, 8, 4, nullptr),
     // The room of x, then that of y: an x that was already in its place has to leave it again.
     changing("func_insert", filled<1>, [](const Func &f) { return gave(0, func_insert(f.get(), "a", "z")); },
              func_points, {{no_room}}),
@@ -141,8 +140,7 @@ const SweepRows curves({
     changing(
         "grad_tab_invert", gradation, [](const Gradation &g) { return gave(0, grad_tab_invert(g.get())); },
         inverse_of_half, no_inverses),
-    creating("hist_new", [] { return hist_new(0, 9); }, hist_kill,
-             {{"hist_new: alloc self failed"}, {"hist_new: illegal bounds"}}),
+    creating("hist_new", hist_new, hist_kill, {{"hist_new: alloc self failed"}, {"hist_new: illegal bounds"}}, 0, 9),
     creating(
         "lin_interp_double_new", [] { return lin_interp_double_new(1, nullptr); }, lin_interp_double_kill, no_curves),
     changing("lin_interp_double_insert", rising<1>,
@@ -285,20 +283,19 @@ SweepRow row(const std::string &name, bool (*call)(const Chain &p))
     return changing(name, triangle<segments>, call, chain_state, {{name + ": malloc failure"}});
 }
 
-// Points whose fit and spline need more segments than the first block holds.
+// Of points that need more segments than the first block holds.
 constexpr int nr_points = 40;
-template <int period>
-const std::vector<double> zigzag = [] {
-    std::vector<double> values;
-    for (int i = 0; i < nr_points; ++i)
-        values.push_back(i % period);
-    return values;
-}();
-
 SweepRow row(const std::string &name, poly_bezier *(*create)(const double *x, const double *y))
 {
-    const auto call = [=] { return create(zigzag<nr_points>.data(), zigzag<2>.data()); };
-    return creating(name, call, poly_bezier_kill, {{name + ": malloc failure"}});
+    const auto zigzag = [=] {
+        double x[nr_points], y[nr_points];
+        for (int i = 0; i < nr_points; ++i) {
+            x[i] = i;
+            y[i] = i % 2;
+        }
+        return create(x, y);
+    };
+    return creating(name, zigzag, poly_bezier_kill, {{name + ": malloc failure"}});
 }
 
 bool adds(const Chain &p)
@@ -342,8 +339,7 @@ const SweepRows rows({
                  return made(poly_bezier_get_bezier(chain.get(), 0), bezier_kill);
              },
              state_of, {{no_segment}}),
-    creating("poly_bezier_new", [] { return poly_bezier_new(1, 2); }, poly_bezier_kill,
-             {{"poly_bezier_new: malloc failure"}}),
+    creating("poly_bezier_new", poly_bezier_new, poly_bezier_kill, {{"poly_bezier_new: malloc failure"}}, 1, 2),
     row("poly_bezier_fit", [](auto x, auto y) { return poly_bezier_fit(nr_points, x, y, 0.01, 20, 0); }),
     row("poly_bezier_spline", [](auto x, auto y) { return poly_bezier_spline(nr_points, x, y, 1); }),
     row("poly_bezier_monotone", [](auto x, auto y) { return poly_bezier_monotone(nr_points, x, y); }),
@@ -356,5 +352,3 @@ const SweepRows rows({
 });
 
 }  // namespace
-
-}  // namespace teska_test

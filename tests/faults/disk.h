@@ -26,8 +26,8 @@ using Place = std::shared_ptr<Node>;
 
 struct Node {
     bool is_folder = false;
-    std::string flushed, rest;                              // of a file
-    std::map<std::string, Place> now, durable;              // of a folder
+    std::string flushed, rest = {};                         // of a file
+    std::map<std::string, Place> now = {}, durable = {};    // of a folder
     std::vector<std::pair<std::string, Place>> since = {};  // names given, or taken (null), since its flush
 };
 
@@ -41,56 +41,13 @@ class Disk
 public:
     Disk(std::string top, Flushes flushes) : top_(std::move(top)), root_(load(top_)), flushes_(flushes) {}
 
-    void run(const file_step &step)
-    {
-        if (step.call == file_step::write || step.call == file_step::fsync || step.call == file_step::close) {
-            const auto found = open_.find(step.descriptor);
-            if (found == open_.end())
-                return;
-            if (step.call == file_step::write)
-                found->second->rest += step.other;
-            else if (step.call == file_step::fsync)
-                flush(*found->second);
-            else
-                open_.erase(found);
-            return;
-        }
-        if (!step.name.starts_with(top_ + "/")) {
-            if (step.call == file_step::open)
-                open_[step.descriptor] = step.name == top_ ? root_ : nullptr;
-            if (open_[step.descriptor] == nullptr)
-                open_.erase(step.descriptor);
-            return;
-        }
-        auto [folder, name] = find(step.name);
-        if (folder == nullptr)
-            return;
-        Place &node = folder->now[name];
-        if (step.call == file_step::rename) {
-            const Place moved = node;
-            give(*folder, name, nullptr);
-            const auto [to, new_name] = find(step.other);
-            give(*to, new_name, moved);
-        } else if (step.call == file_step::unlink) {
-            give(*folder, name, nullptr);
-        } else if (node == nullptr) {
-            const auto made = std::make_shared<Node>();
-            made->is_folder = step.call == file_step::mkdir;
-            made->flushed = step.call == file_step::symlink ? step.other : "";
-            give(*folder, name, made);
-        }
-        if (step.call == file_step::open)
-            open_[step.descriptor] = folder->now[name];
-    }
-
     // What a path may lead to after a power cut; "?" for what need not be whole, "" for nothing.
     std::set<std::string> may_be(const std::string &path)
     {
         const auto [folder, name] = find(top_ + "/" + path);
-        std::set<std::string> found;
         if (folder == nullptr)
             return {""};
-        found.insert(whole(folder->durable[name]));
+        std::set<std::string> found{whole(folder->durable[name])};
         for (const auto &[given, node] : folder->since)
             if (given == name)
                 found.insert(whole(node));
@@ -131,21 +88,50 @@ public:
     static Place load(const fs::path &path)
     {
         const auto node = std::make_shared<Node>();
-        if (fs::is_symlink(fs::symlink_status(path))) {
+        node->is_folder = fs::is_directory(fs::symlink_status(path));
+        if (fs::is_symlink(fs::symlink_status(path)))
             node->flushed = fs::read_symlink(path).string();
-        } else if (fs::is_directory(path)) {
-            node->is_folder = true;
+        else if (std::ifstream stream(path, std::ios::binary); !node->is_folder)
+            node->flushed.assign(std::istreambuf_iterator<char>(stream), {});
+        else
             for (const fs::directory_entry &one : fs::directory_iterator(path))
                 node->now[one.path().filename().string()] = load(one.path());
-            node->durable = node->now;
-        } else {
-            std::ifstream stream(path, std::ios::binary);
-            node->flushed.assign(std::istreambuf_iterator<char>(stream), {});
-        }
+        node->durable = node->now;
         return node;
     }
 
 private:
+    void run(const file_step &step)
+    {
+        const Place opened = open_[step.descriptor];  // null outside
+        const Place named = now(step.name);
+        switch (step.call) {
+        case file_step::write:
+            if (opened != nullptr)
+                opened->rest += step.other;
+            break;
+        case file_step::fsync:
+            if (opened != nullptr)
+                flush(*opened);
+            break;
+        case file_step::close:
+            open_[step.descriptor] = nullptr;
+            break;
+        case file_step::rename:
+            give(step.other, named);
+            [[fallthrough]];
+        case file_step::unlink:
+            give(step.name, nullptr);
+            break;
+        default:
+            if (named == nullptr)
+                give(step.name,
+                     std::make_shared<Node>(Node{.is_folder = step.call == file_step::mkdir, .flushed = step.other}));
+            if (step.call == file_step::open)
+                open_[step.descriptor] = now(step.name);
+        }
+    }
+
     void flush(Node &node) const
     {
         if (node.is_folder && flushes_.folders) {
@@ -156,15 +142,27 @@ private:
         }
     }
 
-    static void give(Node &folder, const std::string &name, const Place &node)
+    void give(const std::string &path, const Place &node)
     {
-        folder.now[name] = node;
-        folder.since.emplace_back(name, node);
+        const auto [folder, name] = find(path);
+        if (folder != nullptr) {
+            folder->now[name] = node;
+            folder->since.emplace_back(name, node);
+        }
     }
 
-    // The folder of a path, as it is now, and the last name.
+    // What a path leads to now; null outside.
+    Place now(const std::string &path)
+    {
+        const auto [folder, name] = find(path);
+        return folder != nullptr ? folder->now[name] : path == top_ ? root_ : nullptr;
+    }
+
+    // The folder of a path, as it is now, and the last name; null outside.
     std::pair<Place, std::string> find(const std::string &path)
     {
+        if (!path.starts_with(top_ + "/"))
+            return {nullptr, ""};
         Place at = root_;
         std::istringstream parts(path.substr(top_.size() + 1));
         std::string name, next;

@@ -7,8 +7,7 @@
 #include <filesystem>
 #include <optional>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -94,21 +93,10 @@ const SweepRows rows({
     row("FilePacker::UnpackFileAsBuffer", 1, 1, &Packed::read, {{}}),
 });
 
-// Runs a round on fresh archives, with every file call after fire() failing in turn, alone or with all later ones.
-template <class Round>
-void each_file_call(int mode, Round round)
-{
-    for (const file_fault &fault : {file_fault{.error = EIO}, {.error = ENOSPC}, {.error = ENOSPC, .partial = true}})
-        for (const bool sticky : {false, true})
-            each_fault(fault_kind::files, sticky, fault, [&](const auto &fire) {
-                Packed packed(mode);
-                return round(packed, sticky, fire);
-            });
-}
-
 TEST(FilePackerFaults, AnArchiveHoldsWhatWasAddedWithoutAnErrorAndNothingElse)
 {
-    each_file_call(0, [](Packed &packed, bool sticky, const auto &fire) {
+    each_file_call([](const auto &fire, bool sticky) {
+        Packed packed(0);
         fire();
         const int first = packed.add_file();
         const int second = packed.add_buffer();
@@ -141,7 +129,8 @@ TEST(FilePackerFaults, ALengthThatLiesAllocatesNothing)
 TEST(FilePackerFaults, UnpackedFilesAreWholeOrNotThere)
 {
     int unnoticed = 0, empty = 0;
-    each_file_call(1, [&](Packed &packed, bool sticky, const auto &fire) {
+    each_file_call([&](const auto &fire, bool sticky) {
+        Packed packed(1);
         fire();
         const int code = packed.unpack();
         const bool fired = disarm() > 0;
@@ -158,9 +147,10 @@ TEST(FilePackerFaults, UnpackedFilesAreWholeOrNotThere)
         return fired;
     });
     // With each fault: reading no bytes, and closing the directory after three files; two halved writes are continued.
-    EXPECT_EQ(unnoticed, 3 * (1 + 3) + 2);
-    EXPECT_EQ(empty, 3 * 2) << "when the host tells nothing about its new file";
-    each_file_call(1, [](Packed &packed, bool, const auto &fire) {
+    EXPECT_EQ(unnoticed, 2 * (1 + 3) + 2);
+    EXPECT_EQ(empty, 2 * 2) << "when the host tells nothing about its new file";
+    each_file_call([](const auto &fire, bool) {
+        Packed packed(1);
         fire();
         const auto [count, code] = packed.read_all();
         const bool fired = disarm() > 0;
@@ -171,5 +161,3 @@ TEST(FilePackerFaults, UnpackedFilesAreWholeOrNotThere)
 }
 
 }  // namespace
-
-}  // namespace teska_test

@@ -29,8 +29,7 @@ extern "C" int __wrap_tcsetattr(int descriptor, int when, const termios *line)
     return refused ? -1 : ignored ? 0 : __real_tcsetattr(descriptor, when, line);
 }
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -219,5 +218,3 @@ TEST(Rs232, ReportsThatTheLineIsLostAndThenThatItCannotBeOpened)
 }
 
 }  // namespace
-
-}  // namespace teska_test

@@ -11,8 +11,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -114,7 +113,7 @@ std::string points_and_faces(const Hull &hull)
 const lines nothing, no_list{"list_new : Not enough resources to create list"};
 const lines no_room{"list_insert : Unable to extend list, insufficient resources"};
 const SweepRows rows({
-    creating("plane_new2", [] { return plane_new2(corner, corner + 1, corner + 2); }, plane_kill, {nothing}),
+    creating("plane_new2", plane_new2, plane_kill, {nothing}, corner, corner + 1, corner + 2),
     creating("tetra_volume_new0", tetra_volume_new0, tetra_volume_kill, {nothing, no_list}),
     changing("tetra_volume_new", dice_points,
              [](const auto &points) { return made(tetra_volume_new(points.get()), tetra_volume_kill); }, nullptr,
@@ -272,5 +271,3 @@ TEST(VolumeExport, FailsWhenAFileIsNotWrittenToItsEndButForTheSecondScene)
 }
 
 }  // namespace
-
-}  // namespace teska_test

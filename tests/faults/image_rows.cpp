@@ -9,8 +9,7 @@
 
 #include <algorithm>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -77,8 +76,8 @@ std::string feed_one(const std::shared_ptr<Record> &record)
 }
 
 const SweepRows rows({
-    creating("fir_new", [] { return fir_new(1, 255); }, fir_kill, {{"fir_new: unable to malloc"}}),
-    creating("flood_new", [] { return flood_new(nullptr, nullptr); }, flood_kill, {{"flood_new: malloc failure"}}),
+    creating("fir_new", fir_new, fir_kill, {{"fir_new: unable to malloc"}}, 1, 255),
+    creating("flood_new", flood_new, flood_kill, {{"flood_new: malloc failure"}}, nullptr, nullptr),
     calling("fusm_new",
             [] {
                 fusm *f = fusm_new(0, 255, 1, 1, nullptr, nullptr);
@@ -92,8 +91,8 @@ const SweepRows rows({
         {{"fusm_start: malloc comps_buf failed"}, no_buffer}),
     changing("fusm_level_red_set", [] { return Sharpener(fusm_new(0, 255, 2, 2, nullptr, nullptr), fusm_kill); },
              reduce_levels, nullptr, {{}, no_record, no_function, no_list}),
-    creating("ibilin_new", [] { return ibilin_new(0); }, ibilin_kill, {{"ibilin_new:unable to create ibilin"}}),
-    creating("izat_new", [] { return izat_new(IZAT_AREA); }, izat_kill, {{"izat_new: insufficient memory"}}),
+    creating("ibilin_new", ibilin_new, ibilin_kill, {{"ibilin_new:unable to create ibilin"}}, 0),
+    creating("izat_new", izat_new, izat_kill, {{"izat_new: insufficient memory"}}, IZAT_AREA),
     creating("izoom_new", izoom_new, izoom_kill, {{"izoom_new: insufficient memory"}}),
     changing(
         "ibilin_start", [] { return std::shared_ptr<ibilin>(ibilin_new(0), ibilin_kill); },
@@ -202,5 +201,3 @@ TEST(FloodDo, GoesOnWithoutTheShadowsThatFindNoMemory)
 }
 
 }  // namespace
-
-}  // namespace teska_test

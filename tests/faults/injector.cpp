@@ -140,9 +140,11 @@ std::size_t stream_transfer(Data *data, std::size_t size, std::size_t count, std
     return faults.fault.partial ? real(data, size, count / 2, file) : 0;
 }
 
-// While steps are recorded; the host tells the folder of a descriptor under /proc.
+// Only while steps are recorded. The host tells the folder of a descriptor under /proc.
 std::string full_name(int folder, const char *name)
 {
+    if (recorded == nullptr)
+        return "";
     if (*name == '/')
         return name;
     char path[PATH_MAX] = {};
@@ -167,6 +169,20 @@ int record(int result, file_step::kind call, int folder, const char *name, std::
         recorded->push_back({call, call == file_step::open ? result : -1, full_name(folder, name), std::string(other)});
     errno = error;
     return result;
+}
+
+template <auto real>
+int recorded_close(int descriptor)
+{
+    return record(closing_call<real>(descriptor), file_step::close, descriptor);
+}
+
+template <auto real>
+ssize_t recorded_write(int descriptor, const void *data, std::size_t size)
+{
+    const ssize_t count = descriptor_transfer<real>(descriptor, data, size);
+    const std::size_t written = count > 0 ? static_cast<std::size_t>(count) : 0;
+    return record(count, file_step::write, descriptor, {static_cast<const char *>(data), written});
 }
 
 }  // namespace
@@ -284,22 +300,35 @@ WRAPPED(fwrite, stream_transfer, (const void *data, std::size_t size, std::size_
 WRAPPED(read, descriptor_transfer, (int descriptor, void *data, std::size_t size), descriptor, data, size)
 WRAPPED(fclose, closing_call, (std::FILE * file), file)
 WRAPPED(closedir, closing_call, (DIR * stream), stream)
+WRAPPED(close, recorded_close, (int descriptor), descriptor)
+WRAPPED(write, recorded_write, (int descriptor, const void *data, std::size_t size), descriptor, data, size)
 #undef WRAPPED
 
+// Calls that are recorded by the name they give: the folder, the name, what else, and then the arguments.
+#define RECORDED(call, kind, parameters, folder, name, other, ...)                                                     \
+    decltype(call) __real_##call;                                                                                      \
+    int __wrap_##call parameters                                                                                       \
+    {                                                                                                                  \
+        return record(file_call<__real_##call>(__VA_ARGS__), file_step::kind, folder, name, other);                    \
+    }
+RECORDED(open, open, (const char *path, int flags, mode_t mode), AT_FDCWD, path, "", path, flags, mode)
+RECORDED(openat, open, (int folder, const char *name, int flags, mode_t mode), folder, name, "", folder, name, flags,
+         mode)
+RECORDED(rename, rename, (const char *from, const char *to), AT_FDCWD, from, to, from, to)
+RECORDED(renameat, rename, (int from, const char *name, int to, const char *new_name), from, name,
+         full_name(to, new_name), from, name, to, new_name)
+RECORDED(renameat2, rename, (int from, const char *name, int to, const char *new_name, unsigned flags), from, name,
+         full_name(to, new_name), from, name, to, new_name, flags)
+RECORDED(unlink, unlink, (const char *path), AT_FDCWD, path, "", path)
+RECORDED(unlinkat, unlink, (int folder, const char *name, int flags), folder, name, "", folder, name, flags)
+RECORDED(mkdirat, mkdir, (int folder, const char *name, mode_t mode), folder, name, "", folder, name, mode)
+RECORDED(symlinkat, symlink, (const char *content, int folder, const char *name), folder, name, content, content,
+         folder, name)
+#undef RECORDED
+
 decltype(fgetc) __real_fgetc;
-decltype(open) __real_open;
-decltype(openat) __real_openat;
-decltype(write) __real_write;
 decltype(copy_file_range) __real_copy_file_range;
 decltype(fsync) __real_fsync;
-decltype(close) __real_close;
-decltype(rename) __real_rename;
-decltype(renameat) __real_renameat;
-decltype(renameat2) __real_renameat2;
-decltype(unlink) __real_unlink;
-decltype(unlinkat) __real_unlinkat;
-decltype(mkdirat) __real_mkdirat;
-decltype(symlinkat) __real_symlinkat;
 decltype(realpath) __real_realpath;
 
 int __wrap_fgetc(std::FILE *file)
@@ -310,25 +339,10 @@ int __wrap_fgetc(std::FILE *file)
     return EOF;
 }
 
-int __wrap_open(const char *path, int flags, mode_t permission)
-{
-    return record(file_call<__real_open>(path, flags, permission), file_step::open, AT_FDCWD, path);
-}
-
-int __wrap_openat(int folder, const char *name, int flags, mode_t permission)
-{
-    return record(file_call<__real_openat>(folder, name, flags, permission), file_step::open, folder, name);
-}
-
 // What hardened builds call when nothing is created.
 int __wrap___openat_2(int folder, const char *name, int flags) { return __wrap_openat(folder, name, flags, 0); }
 
-ssize_t __wrap_write(int descriptor, const void *data, std::size_t size)
-{
-    const ssize_t count = descriptor_transfer<__real_write>(descriptor, data, size);
-    const std::size_t written = count > 0 ? static_cast<std::size_t>(count) : 0;
-    return record(count, file_step::write, descriptor, {static_cast<const char *>(data), written});
-}
+int __wrap_fsync(int descriptor) { return record(file_call<__real_fsync>(descriptor), file_step::fsync, descriptor); }
 
 // Recorded as a write of what it moved.
 ssize_t __wrap_copy_file_range(int from, off64_t *from_at, int to, off64_t *to_at, std::size_t size, unsigned flags)
@@ -339,50 +353,6 @@ ssize_t __wrap_copy_file_range(int from, off64_t *from_at, int to, off64_t *to_a
         return count;
     std::string bytes(static_cast<std::size_t>(count), '\0');
     return record(pread(from, bytes.data(), bytes.size(), start), file_step::write, to, bytes);
-}
-
-int __wrap_fsync(int descriptor) { return record(file_call<__real_fsync>(descriptor), file_step::fsync, descriptor); }
-
-int __wrap_close(int descriptor)
-{
-    return record(closing_call<__real_close>(descriptor), file_step::close, descriptor);
-}
-
-int __wrap_rename(const char *from, const char *to)
-{
-    return record(file_call<__real_rename>(from, to), file_step::rename, AT_FDCWD, from, to);
-}
-
-int __wrap_renameat(int from, const char *old_name, int to, const char *new_name)
-{
-    const int result = file_call<__real_renameat>(from, old_name, to, new_name);
-    return record(result, file_step::rename, from, old_name, recorded != nullptr ? full_name(to, new_name) : "");
-}
-
-int __wrap_renameat2(int from, const char *old_name, int to, const char *new_name, unsigned flags)
-{
-    const int result = file_call<__real_renameat2>(from, old_name, to, new_name, flags);
-    return record(result, file_step::rename, from, old_name, recorded != nullptr ? full_name(to, new_name) : "");
-}
-
-int __wrap_unlink(const char *path)
-{
-    return record(file_call<__real_unlink>(path), file_step::unlink, AT_FDCWD, path);
-}
-
-int __wrap_unlinkat(int folder, const char *name, int flags)
-{
-    return record(file_call<__real_unlinkat>(folder, name, flags), file_step::unlink, folder, name);
-}
-
-int __wrap_mkdirat(int folder, const char *name, mode_t mode)
-{
-    return record(file_call<__real_mkdirat>(folder, name, mode), file_step::mkdir, folder, name);
-}
-
-int __wrap_symlinkat(const char *content, int folder, const char *name)
-{
-    return record(file_call<__real_symlinkat>(content, folder, name), file_step::symlink, folder, name, content);
 }
 
 // Its block comes from within the C library and goes back through free.

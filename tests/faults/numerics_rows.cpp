@@ -9,8 +9,7 @@
 #include "vect.h"
 #include "vect_lobe.h"
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -88,7 +87,7 @@ bool multiplies()
 
 const std::string no_line = "linmin: malloc failed";
 const SweepRows rows({
-    creating("mat_new", [] { return mat_new(nullptr, 3); }, mat_kill, {no_resources}),
+    creating("mat_new", mat_new, mat_kill, {no_resources}, nullptr, 3),
     on_matrix("mat_solve_set", [](mat *m, int *flag,
                                   double *b) { return gave(0, mat_solve_set(m, b, flag)) && b[0] == 1 && b[1] == 1; }),
     on_matrix("mat_det_det", [](mat *m, int *, double *det) { return gave(0, mat_det_det(m, det)) && *det == 2; }),
@@ -96,17 +95,18 @@ const SweepRows rows({
     on_matrix("mat_ludcmp", [](mat *m, int *flag, double *) { return gave(0, mat_ludcmp(m, flag)); }),
     on_matrix<true>("mat_invert", [](mat *m, int *flag, double *) { return made(mat_invert(m, flag), mat_kill); }),
     calling("vect_vector_product", multiplies, {no_resources}),
-    creating("vect_lobe_new", [] { return vect_lobe_new(2, origin, step, 2, 1); }, vect_lobe_kill,
-             {{"vect_lobe_new: malloc failure"}}),
+    creating("vect_lobe_new", vect_lobe_new, vect_lobe_kill, {{"vect_lobe_new: malloc failure"}}, 2, origin, step, 2,
+             1),
     calling("condirmin", search, {{"condirmin: malloc failed"}, {no_line}, {no_line, no_line}}),
-    creating("restriction_new", [] { return restriction_new(2, 1, step, 0, nullptr); }, restriction_kill,
-             {{"restriction_new: malloc failed"}}),
+    creating("restriction_new", restriction_new, restriction_kill, {{"restriction_new: malloc failed"}}, 2, 1, step, 0,
+             nullptr),
     changing("restriction_new_check", corner, stops, nullptr, {{"restriction_new: malloc failed"}}),
-    creating("dhsm_new", [] { return dhsm_new(constant, nullptr, 3); }, dhsm_kill,
-             {{"nr: 1, kind: 0, sys: 12, file: Private/Source/dhsm.cpp, line: #, info: No resources available"}}),
-    creating("random_new", [] { return random_new(1); }, random_kill, {{"Random_new : allocation failed"}}),
-    creating("rdither_new", [] { return rdither_new(4, 1); }, rdither_kill,
-             {{"rdither_new:unable to create rdither"}, {"rdither_new: malloc failed"}}),
+    creating("dhsm_new", dhsm_new, dhsm_kill,
+             {{"nr: 1, kind: 0, sys: 12, file: Private/Source/dhsm.cpp, line: #, info: No resources available"}},
+             constant, nullptr, 3),
+    creating("random_new", random_new, random_kill, {{"Random_new : allocation failed"}}, 1),
+    creating("rdither_new", rdither_new, rdither_kill,
+             {{"rdither_new:unable to create rdither"}, {"rdither_new: malloc failed"}}, 4, 1),
 });
 
 TEST(TFastPow, GivesTheSamePowersWithoutATable)
@@ -123,5 +123,3 @@ TEST(TFastPow, GivesTheSamePowersWithoutATable)
 }
 
 }  // namespace
-
-}  // namespace teska_test

@@ -13,13 +13,12 @@
 
 #include <algorithm>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
 
-const char *const old_text = "[patches]\nblack = 1\n";
+const char *const old_text = "[patches]\nblack = 1\n", *const new_text = "[patches]\nblack = 2\n";
 
 // A file with an item, loaded and changed but not saved.
 struct Setup {
@@ -87,7 +86,7 @@ struct Operation {
 };
 
 const Operation operations[] = {
-    {"flush", [](Setup &s) { return zuk_flush(s.db.get()) == 0; }, "[patches]\nblack = 2\n", 7},
+    {"flush", [](Setup &s) { return zuk_flush(s.db.get()) == 0; }, new_text, 7},
     {"create", [](Setup &s) { return zuk_create_rfile(s.db.get(), s.path.c_str()) != nullptr; }, "", 6},
     {"push",
      [](Setup &s) {
@@ -144,30 +143,19 @@ TEST(RecordFile, SurvivesEveryFailingFileCall)
     }
 }
 
-const std::string texts[] = {"[t]\nk = the first of them\n", "[t]\nk = 2\n"};
-
-using Database = std::unique_ptr<zuk_db, int (*)(zuk_db *)>;
-
-Database loaded(const std::string &path)
-{
-    Database db(zuk_open(), zuk_close);
-    EXPECT_NE(zuk_push_rfile(db.get(), path.c_str()), nullptr);
-    return db;
-}
-
 // ---- The process is killed
 
-// Brings a file to the second text, without a standard input, and dies at a file call: "<n> <path>".
+// Brings a file to the new text, without a standard input, and dies at a file call: "<n> <path>".
 const ChildRole saver("save a record file", [](const std::string &argument) {
-    const std::string path = argument.substr(argument.find(' ') + 1);
+    const std::string path = argument.substr(argument.find(' ') + 1), text = new_text;
     const bool is_new = access(path.c_str(), F_OK) != 0;
-    Database db(zuk_open(), zuk_close);
+    const std::shared_ptr<zuk_db> db(zuk_open(), zuk_close);
     if (!is_new)
-        db = loaded(path);
-    zuk_add_item(db.get(), "t", "k", "2", "");
+        zuk_push_rfile(db.get(), path.c_str());
+    zuk_add_item(db.get(), "patches", "black", "2", "");
     close(0);  // so that descriptor 0 is one of those in use
     arm(fault_kind::files, std::stoi(argument), false, {.kill = true});
-    const int result = is_new ? replace_utf8(path.c_str(), texts[1].data(), texts[1].size()) : zuk_flush(db.get());
+    const int result = is_new ? replace_utf8(path.c_str(), text.data(), text.size()) : zuk_flush(db.get());
     disarm();
     return result;
 });
@@ -180,11 +168,11 @@ TEST(KilledSave, LeavesTheOldFileOrTheNewOneAndNothingAfterTheNextSave)
             const Folder folder;
             const std::string path = folder.path("f");
             if (!is_new)
-                folder.write("f", texts[0]);
+                folder.write("f", old_text);
             survived = Child("save a record file", std::to_string(seen.size()) + " " + path).wait() == 0;
-            const std::string old = is_new ? "" : texts[0];
+            const std::string old = is_new ? "" : old_text;
             const std::string left = access(path.c_str(), F_OK) == 0 ? folder.read("f") : "";
-            EXPECT_TRUE(left == old || left == texts[1]) << seen.size() << ": " << left;
+            EXPECT_TRUE(left == old || left == new_text) << seen.size() << ": " << left;
             seen += left == old ? '0' : '1';
             EXPECT_EQ(replace_utf8(path.c_str(), "", 0), 0) << seen << ": what was left is in the way";
             EXPECT_EQ(folder.listing(), "f");
@@ -204,18 +192,15 @@ TEST(KilledSave, LeavesTheOldFileOrTheNewOneAndNothingAfterTheNextSave)
 // often the file may hold neither the old text nor the new one, or the old one after the save; -1 when it failed.
 int torn(int n, Flushes flushes)
 {
-    const Folder folder;
-    folder.write("f", texts[0]);
-    const Database db = loaded(folder.path("f"));
-    zuk_add_item(db.get(), "t", "k", "2", "");
-    Disk disk(folder.path(), flushes);
+    const Setup setup;
+    Disk disk(setup.folder.path(), flushes);
     std::vector<file_step> steps;
     arm(fault_kind::files, n, false, {.error = EINTR, .partial = true});
     record_files(&steps);
-    const int result = zuk_flush(db.get());
+    const int result = zuk_flush(setup.db.get());
     record_files(nullptr);
     disarm();
-    return result != 0 ? -1 : disk.torn(steps, {{"f", "(" + texts[1] + ")"}});
+    return result != 0 ? -1 : disk.torn(steps, {{"f", std::string("(") + new_text + ")"}});
 }
 
 TEST(PowerCut, LeavesTheOldFileOrTheNewOneAndTheNewOneOnceItIsSaved)
@@ -232,5 +217,3 @@ TEST(PowerCut, LeavesTheOldFileOrTheNewOneAndTheNewOneOnceItIsSaved)
 }
 
 }  // namespace
-
-}  // namespace teska_test

@@ -73,12 +73,13 @@ bool made(Record *record, Killed (*kill)(Record *))
     return success;
 }
 
-// The row of a constructor.
-template <class Create, class Record, class Killed>
-SweepRow creating(std::string name, Create create, Killed (*kill)(Record *), SweepReports reports)
+// The row of a constructor and its arguments.
+template <class Create, class Record, class Killed, class... Argument>
+SweepRow creating(std::string name, Create create, Killed (*kill)(Record *), SweepReports reports,
+                  Argument... arguments)
 {
     return calling(
-        std::move(name), [=] { return made<Record>(create(), kill); }, std::move(reports));
+        std::move(name), [=] { return made<Record>(create(arguments...), kill); }, std::move(reports));
 }
 
 // Under a host that returns from the fatal exit and reports what it says as any other failure.
@@ -131,6 +132,15 @@ void each_allocation(int least, Round round)
         });
         EXPECT_GE(rounds, least);
     }
+}
+
+// The same for file calls: round(fire, sticky), with errors and with halves, alone and with all later ones.
+template <class Round>
+void each_file_call(Round round)
+{
+    for (const file_fault &fault : {file_fault{.error = ENOSPC}, {.error = EACCES, .partial = true}})
+        for (const bool sticky : {false, true})
+            each_fault(fault_kind::files, sticky, fault, [&](const auto &fire) { return round(fire, sticky); });
 }
 
 // How many descriptors the process has.

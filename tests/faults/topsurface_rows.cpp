@@ -9,8 +9,7 @@
 #include <optional>
 #include <set>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -142,5 +141,3 @@ TEST(TopSurfaceFaults, LeaveAnObjectThatCanBeAskedAndTriedAgain)
 }
 
 }  // namespace
-
-}  // namespace teska_test

@@ -22,8 +22,7 @@
 #include <utility>
 #include <vector>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -176,5 +175,3 @@ TEST(SharedObjects, GiveTheBitsOfOneThread)
 }
 
 }  // namespace
-
-}  // namespace teska_test

@@ -25,8 +25,7 @@
 #include <string>
 #include <vector>
 
-namespace teska_test
-{
+using namespace teska_test;
 
 namespace
 {
@@ -244,5 +243,3 @@ TEST(FailingCalls, QueueEveryLineOfTheProcessOnce)
 }
 
 }  // namespace
-
-}  // namespace teska_test
