@@ -1,7 +1,6 @@
 #include "clg.h"
 
-#include "Source/clg/determinants.h"
-#include "Source/clg/tiling.h"
+#include "Source/clg/wide.h"
 #include "support/generator.h"
 #include "support/reports.h"
 
@@ -16,6 +15,7 @@
 #include <memory>
 #include <numeric>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -97,14 +97,15 @@ void expect_near(const A &found, const B &wanted, double tolerance)
 const Device cube = [](const double *d) { return Colour{100 * d[0], 100 * d[1], 100 * d[2]}; };
 const Device press = [](const double *d) { return Colour{50 * (d[0] + d[3]), 50 * (d[1] + d[3]), 50 * (d[2] + d[3])}; };
 const double black[4] = {0, 0, 0, 1};
+constexpr int cells_of_cube[] = {1, 1, 2, 6, 24};  // as many as the corners have orders
 
-// Of the corners alone, which make as many cells as the corners have orders.
+// Of the corners alone.
 Cloud corner_cloud(int channels, const Device &colour, double lo = 0, double hi = 1)
 {
     Cloud cloud(channels, channels, lo, hi);
     cloud.add_corners(channels, colour, lo, hi);
     EXPECT_EQ(clg_build(cloud), 0);
-    EXPECT_EQ(clg_num_cells(cloud), (std::array{1, 1, 2, 6, 24})[static_cast<std::size_t>(channels)]);
+    EXPECT_EQ(clg_num_cells(cloud), cells_of_cube[channels]);
     return cloud;
 }
 
@@ -452,107 +453,39 @@ TEST(ClgFill, MakesEveryVertexWhatFindSays)
 
 // ---- The tiling -----------------------------------------------------------------------------------------------------
 
-using Lattice = std::vector<lattice_point>;
-
-using Matrix = std::vector<std::vector<std::uint64_t>>;
-
-// Modulo 2^64; exact for coordinates below 64, with the length as one more column too.
-std::uint64_t determinant(const Matrix &rows)
+// A chart's steps, and corners of the cube with points beside them, which make the thinnest cells: with a colour that
+// is linear every place in the cube has that of its device, whatever the cells.
+TEST(ClgTiling, FillsTheWholeCube)
 {
-    std::uint64_t sum = rows.empty() ? 1 : 0;
-    for (std::size_t r = 0; r < rows.size(); ++r) {
-        Matrix rest;
-        for (std::size_t other = 0; other < rows.size(); ++other)
-            if (other != r)
-                rest.emplace_back(rows[other].begin() + 1, rows[other].end());
-        const std::uint64_t term = rows[r][0] * determinant(rest);
-        sum += r % 2 == 0 ? term : -term;
-    }
-    return sum;
-}
-
-// Of the corners of a cell: its volume; with a point as one more, whether its sphere holds it (below 0).
-std::uint64_t determinant(const Lattice &corners, int dims)
-{
-    Matrix rows;
-    for (std::size_t i = 1; i < corners.size(); ++i) {
-        auto &row = rows.emplace_back();
-        std::int64_t squares = 0, sum = 0;
-        for (int j = 0; j < dims; ++j) {
-            const std::int64_t v = corners[i].x[j] - corners[0].x[j];
-            row.push_back(static_cast<std::uint64_t>(v));
-            squares += v * v;
-            sum += v;
-        }
-        if (static_cast<int>(corners.size()) > dims + 1)
-            row.push_back(static_cast<std::uint64_t>(16 * squares - sum * sum));
-    }
-    return determinant(rows);
-}
-
-// Cells with positive volumes that fill the hull: the sum of their determinants is that of the cones from the origin
-// to the faces of the hull. Returns it.
-std::uint64_t check_tiling(const tiles &made, const Lattice &points, int dims, bool small)
-{
-    std::uint64_t sum = 0, hull = 0;
-    for (int c = 0; c < made.count; ++c) {
-        Lattice corners;
-        for (int k = 0; k <= dims; ++k)
-            corners.push_back(points[static_cast<std::size_t>(made.corner[c * (dims + 1) + k])]);
-        sum += determinant(corners, dims);
-        for (int k = 0; k <= dims; ++k) {
-            const int next = made.next[c * (dims + 1) + k];
-            if (next < 0) {
-                Lattice cone = corners;
-                cone[static_cast<std::size_t>(k)] = {};
-                hull += determinant(cone, dims);
-            } else {
-                const int *const back = &made.next[next * (dims + 1)];
-                EXPECT_EQ(std::count(back, back + dims + 1, c), 1);
-            }
-        }
-        if (!small)
-            continue;
-        EXPECT_GT(static_cast<std::int64_t>(determinant(corners, dims)), 0);
-        corners.emplace_back();
-        for (const lattice_point &p : points) {
-            corners.back() = p;
-            EXPECT_GE(static_cast<std::int64_t>(determinant(corners, dims)), 0);
-        }
-    }
-    EXPECT_EQ(sum, hull);
-    return sum;
-}
-
-// Random points of a small lattice. Then those of the whole cube: a chart's steps, which are not all of one size, and
-// corners with points beside them, which make the thinnest cells.
-TEST(ClgTiling, IsDelaunayAndFillsTheHull)
-{
-    Generator input(3);
-    const int sizes[] = {0, 30, 40, 30, 24};
-    const std::uint64_t factorial[] = {1, 1, 2, 6, 24};
+    Generator input(4);
     for (int dims = 1; dims <= 4; ++dims)
-        for (const int range : {3, 7, 64, 65536, 65537}) {
-            SCOPED_TRACE(std::to_string(dims) + " dimensions, range " + std::to_string(range));
-            const bool small = range <= 64;
-            const int steps = range == 65536 ? 2 : 5, chart = static_cast<int>(std::lround(std::pow(steps, dims)));
-            Lattice points;
-            for (int i = 0; i < (small ? sizes[dims] : chart + (steps == 2 ? 60 : 0)); ++i) {
-                lattice_point p{};
-                for (int j = 0, rest = i; j < dims; ++j, rest /= steps)
-                    p.x[j] = small       ? input.below(range)
-                             : i < chart ? (65535 * (rest % steps) + (steps - 1) / 2) / (steps - 1)
-                                         : std::abs(65535 * input.below(2) - (i % 2 != 0 ? input.below(3) : i));
-                if (std::ranges::none_of(points, [&](const auto &q) { return std::equal(p.x, p.x + 4, q.x); }))
-                    points.push_back(p);
+        for (const int steps : {2, 5}) {
+            SCOPED_TRACE(std::to_string(dims) + " dimensions, steps " + std::to_string(steps));
+            const auto colour_of = [](const Values &d) { return Colour{100 * d[0], 90 * d[1] + 9 * d[2], 80 * d[3]}; };
+            const Cloud cloud(dims, dims, 0, 65535);
+            const int chart = static_cast<int>(std::lround(std::pow(steps, dims)));
+            Values device(4), share(4);
+            const auto draw = [&](auto coordinate) {
+                for (std::size_t j = 0; j < static_cast<std::size_t>(dims); ++j)
+                    share[j] = (device[j] = coordinate()) / 65535;
+            };
+            for (int i = 0; i < chart + (steps == 2 ? 60 : 0); ++i) {
+                int rest = i;
+                draw([&] {
+                    const int step = std::exchange(rest, rest / steps) % steps;
+                    return i < chart ? std::floor(65535.0 * step / (steps - 1) + 0.5)
+                                     : std::abs(65535 * input.below(2) - (i % 2 != 0 ? input.below(3) : i));
+                });
+                cloud.add(device, colour_of(share));
             }
-            tiles made;
-            EXPECT_EQ(tile(dims, points, made), tiling_result::made);
-            const std::uint64_t volume = check_tiling(made, points, dims, small);
-            std::uint64_t whole = factorial[dims];
-            for (int j = 0; j < dims; ++j)
-                whole *= 65535;
-            EXPECT_EQ(volume, small ? volume : whole);
+            ASSERT_EQ(clg_build(cloud), 0);
+            EXPECT_TRUE(steps == 2 || clg_num_cells(cloud) == cells_of_cube[dims] << 2 * dims);
+            for (int i = 0; i < 300; ++i) {
+                draw([&] { return i % 2 == 0 ? input.between(0, 65535) : input.between(0, 4); });
+                Colour found{};
+                ASSERT_EQ(clg_colour(cloud, device.data(), found.data()), 1);
+                expect_near(found, colour_of(share), 1e-3);
+            }
         }
 }
 
