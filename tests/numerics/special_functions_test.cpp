@@ -7,6 +7,7 @@
 
 #include <climits>
 #include <cmath>
+#include <tuple>
 #include <vector>
 
 using teska_test::lines;
@@ -42,24 +43,18 @@ double q_of(int n, double chi2)
     return line.q;
 }
 
-const struct {
-    int n;
-    double chi2, q;
-} reference[] = {
-    // GNU Scientific Library 2.7, gsl_sf_gamma_inc_Q((n - 2) / 2, chi2 / 2)
-    {3, 0.02, 0.887537083981715}, {3, 2.5, 0.113846298006658},   {4, 2, 0.367879441171442},
-    {5, 3.6, 0.308022171558993},  {12, 0.2, 0.999999923321983},  {12, 25, 0.00534550548713406},
-    {102, 60, 0.999481108537452}, {102, 100, 0.481191684527956}, {102, 250, 7.7669364035392e-15},
-    {502, 400, 0.99963792954171}, {502, 500, 0.491589373031008}, {502, 750, 2.68472182849765e-12}};
-
 }  // namespace
 
 TEST(LeastSquareFit, GivesTheProbabilitiesOfAReferenceTable)
 {
+    // GNU Scientific Library 2.7, gsl_sf_gamma_inc_Q((n - 2) / 2, chi2 / 2)
+    const std::tuple<int, double, double> reference[] = {
+        {3, 0.02, 0.887537083981715}, {3, 2.5, 0.113846298006658},   {4, 2, 0.367879441171442},
+        {5, 3.6, 0.308022171558993},  {12, 0.2, 0.999999923321983},  {12, 25, 0.00534550548713406},
+        {102, 60, 0.999481108537452}, {102, 100, 0.481191684527956}, {102, 250, 7.7669364035392e-15},
+        {502, 400, 0.99963792954171}, {502, 500, 0.491589373031008}, {502, 750, 2.68472182849765e-12}};
     for (const auto &[n, chi2, q] : reference)
         EXPECT_NEAR(q_of(n, chi2), q, 1e-6 * q) << n << " points, " << chi2;
-    EXPECT_NEAR(teska::gammq(2.5, 1.5), 0.69998583844538587, 1e-12);    // by the series
-    EXPECT_NEAR(teska::gammq(2.5, 6.25), 0.028543123190432555, 1e-14);  // by the fraction
 }
 
 TEST(LeastSquareFit, GivesNumbersThatAreNoneWhereNothingCanBeComputed)
@@ -89,15 +84,15 @@ TEST(LeastSquareFit, GivesNumbersThatAreNoneWhereNothingCanBeComputed)
 
 TEST(Gammq, ReportsAndGoesOn)
 {
-    const struct {
-        double a, x, q, error;
-        lines reported;
-    } cases[] = {{1, -1, 1, 0, {"Invalid arguments in routine gammq", "x less than 0 in routine gser"}},
-                 {0, 2, 0, 0, {"Invalid arguments in routine gammq"}},
-                 {3, 0, 1, 0, {}},
-                 {1, 800, 0, 0, {}},
-                 {2000, 2000, 0.51, 0.01, {"a too large, ITMAX too small in routine gser"}},
-                 {1e6, 1e6 + 1, 0.8, 0.1, {"a too large, ITMAX too small in gcf"}}};
+    const std::tuple<double, double, double, double, lines> cases[] = {
+        {1, -1, 1, 0, {"Invalid arguments in routine gammq", "x less than 0 in routine gser"}},
+        {0, 2, 0, 0, {"Invalid arguments in routine gammq"}},
+        {3, 0, 1, 0, {}},
+        {1, 800, 0, 0, {}},
+        {2.5, 1.5, 0.69998583844538587, 1e-12, {}},    // by the series
+        {2.5, 6.25, 0.028543123190432555, 1e-14, {}},  // by the fraction
+        {2000, 2000, 0.51, 0.01, {"a too large, ITMAX too small in routine gser"}},
+        {1e6, 1e6 + 1, 0.8, 0.1, {"a too large, ITMAX too small in gcf"}}};
     Reports reports;
     for (const auto &[a, x, q, error, reported] : cases) {
         EXPECT_NEAR(teska::gammq(a, x), q, error) << a << ", " << x;

@@ -13,6 +13,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -142,31 +143,28 @@ TEST(VectLobe, RefusesWhatIsNoLobeNoShiftAndNoFactor)
 {
     teska_test::Reports reports;
     const Values one(65, 1), zero(65, 0), bad{1, quiet}, endless{HUGE_VAL, 1};
-    const struct {
-        int n;
-        const Values &centre, *axis;
-        double along, across;
-        const char *text;
-    } rows[] = {{-1, one, &one, 1, 1, "dimension"},    {0, one, &one, 1, 1, "dimension"},
-                {65, one, &one, 1, 1, "dimension"},    {2, bad, &one, 1, 1, "centre"},
-                {2, endless, &one, 1, 1, "centre"},    {2, one, &zero, 1, 1, "axis"},
-                {2, one, &bad, 1, 1, "axis"},          {2, one, &endless, 1, 1, "axis"},
-                {2, one, &one, 0, 1, "radius"},        {1, one, &one, 1, 0, "radius"},
-                {2, one, &one, -1, 1, "radius"},       {1, one, &one, 1, -HUGE_VAL, "radius"},
-                {2, one, &one, quiet, 1, "radius"},    {1, one, &one, 1, quiet, "radius"},
-                {1, one, &one, HUGE_VAL, 1, "radius"}, {2, one, &one, HUGE_VAL, HUGE_VAL, "radius"},
-                {2, one, nullptr, 1, 2, "radius"}};
-    for (const auto &[n, centre, axis, along, across, text] : rows) {
-        EXPECT_EQ(vect_lobe_new(n, centre.data(), axis != nullptr ? axis->data() : nullptr, along, across), nullptr);
+    const std::tuple<const char *, int, Values, Values, double, double> rows[] = {
+        {"dimension", -1, one, one, 1, 1},    {"dimension", 0, one, one, 1, 1},
+        {"dimension", 65, one, one, 1, 1},    {"centre", 2, bad, one, 1, 1},
+        {"centre", 2, endless, one, 1, 1},    {"axis", 2, one, zero, 1, 1},
+        {"axis", 2, one, bad, 1, 1},          {"axis", 2, one, endless, 1, 1},
+        {"radius", 2, one, one, 0, 1},        {"radius", 1, one, one, 1, 0},
+        {"radius", 2, one, one, -1, 1},       {"radius", 1, one, one, 1, -HUGE_VAL},
+        {"radius", 2, one, one, quiet, 1},    {"radius", 1, one, one, 1, quiet},
+        {"radius", 1, one, one, HUGE_VAL, 1}, {"radius", 2, one, one, HUGE_VAL, HUGE_VAL},
+        {"radius", 2, one, {}, 1, 2}};
+    for (const auto &[text, n, centre, axis, along, across] : rows) {
+        EXPECT_EQ(vect_lobe_new(n, centre.data(), axis.empty() ? nullptr : axis.data(), along, across), nullptr);
         EXPECT_EQ(reports.take(), teska_test::lines{std::string("vect_lobe_new: illegal ") + text});
     }
     const Lobe lobe = make({0, 0}, {1, 0}, 10, 5);
     Values out{8, 8};
-    for (const Values &shift : {bad, endless})
-        EXPECT_EQ(vect_lobe_stretch(lobe.get(), shift.data(), one.data(), out.data()), -1);
-    EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), quiet, one.data(), out.data()), -1);
-    EXPECT_EQ(reports.take(), (teska_test::lines{"vect_lobe_stretch: illegal shift", "vect_lobe_stretch: illegal shift",
-                                                 "vect_lobe_stretch_rel: illegal factor"}));
+    for (const double odd : {quiet, HUGE_VAL}) {
+        EXPECT_EQ(vect_lobe_stretch(lobe.get(), Values{1, odd}.data(), one.data(), out.data()), -1);
+        EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), odd, one.data(), out.data()), -1);
+        EXPECT_EQ(reports.take(),
+                  (teska_test::lines{"vect_lobe_stretch: illegal shift", "vect_lobe_stretch_rel: illegal factor"}));
+    }
     EXPECT_EQ(out, (Values{8, 8}));
 }
 
