@@ -12,6 +12,7 @@
 #include <limits>
 #include <memory>
 #include <numeric>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -112,28 +113,20 @@ TEST(MatSolveSet, GivesTheBitsOfThePlainStepsOnEveryInstructionSet)
 
 TEST(MatSolveSet, TellsRegularFromSingularMatrices)
 {
-    const struct {
-        Values a, b;
-        int flag, again;
-        Values x, x_again;
-        double determinant;
-    } rows[] = {
+    const std::tuple<Values, Values, int, int, Values, Values, double> rows[] = {
         {{2, 1, 4, 3}, {3, 7}, 0, 0, {1, 1}, {1, 1}, 2},
         {{0, 0, 3, 4}, {3, 7}, -1, -1, {3, 7}, {3, 7}, 0},
         {{1, 1, 1, 1}, {3, 7}, -2, 0, {3, 7}, {-4e20, 4e20}, 1e-20},
         {{1e-30, 0, 0, 1}, {1, 1}, -2, 0, {1, 1}, {1e20, 1}, 1e-20},
-        // A row counts by its largest element.
-        {{2, 8, 1, 1}, {10, 2}, 0, 0, {1, 1}, {1, 1}, -6},
-    };
-    for (const auto &row : rows) {
-        const Matrix m = square(row.a);
-        const Solution first = solve(m.get(), row.b);
-        EXPECT_EQ(first.flag, row.flag) << "row " << &row - rows;
-        EXPECT_EQ(first.x, row.x) << "row " << &row - rows;
-        EXPECT_EQ(first.determinant, row.determinant) << "row " << &row - rows;
-        const Solution second = solve(m.get(), row.b);
-        EXPECT_EQ(second.flag, row.again) << "Kept: a replaced pivot is told once";
-        EXPECT_EQ(second.x, row.x_again);
+        {{2, 8, 1, 1}, {10, 2}, 0, 0, {1, 1}, {1, 1}, -6}};  // a row counts by its largest element
+    for (const auto &[a, b, flag, again, x, x_again, determinant] : rows) {
+        const Matrix m = square(a);
+        const Solution first = solve(m.get(), b), second = solve(m.get(), b);
+        EXPECT_EQ(first.flag, flag) << testing::PrintToString(a);
+        EXPECT_EQ(first.x, x) << testing::PrintToString(a);
+        EXPECT_EQ(first.determinant, determinant) << testing::PrintToString(a);
+        EXPECT_EQ(second.flag, again) << "Kept: a replaced pivot is told once";
+        EXPECT_EQ(second.x, x_again);
     }
     // The last pivot is exactly 0 only when the sums are formed first.
     EXPECT_EQ(solve(square({1, 2, 3, 4, 5, 6, 7, 8, 9}).get(), {1, 1, 1}).flag, -2);

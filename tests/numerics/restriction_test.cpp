@@ -7,6 +7,7 @@
 #include <climits>
 #include <cmath>
 #include <memory>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -64,26 +65,22 @@ TEST(RestrictionNewCheck, StopsAStepAtTheFirstInequality)
 {
     // y <= 4, y + z <= 6, 2 y <= 8, and one that follows from x = 1.
     const Restriction r = restricted(3, {1, 0, 0, 1}, {0, 1, 0, 4, 0, 1, 1, 6, 0, 2, 0, 8, 1, 0, 0, 1});
-    const struct {
-        Values step;
-        double alpha;
-        Values x;  // of the reduced restriction with its one free variable 5; empty when nothing stops
-    } rows[] = {
-        {{1, 1}, 1, {}},           {{4, 0}, 1, {}},          {{8, -8}, 0.5, {1, 4, 5}},
-        {{0, 12}, 0.5, {1, 1, 5}}, {{8, 4}, 0.5, {1, 4, 5}}, {{-100, 5}, 1, {}},
-    };
-    for (const auto &row : rows) {
+    // The reduced restriction with its one free variable 5; empty when nothing stops.
+    const std::tuple<Values, double, Values> rows[] = {{{1, 1}, 1, {}},           {{4, 0}, 1, {}},
+                                                       {{8, -8}, 0.5, {1, 4, 5}}, {{0, 12}, 0.5, {1, 1, 5}},
+                                                       {{8, 4}, 0.5, {1, 4, 5}},  {{-100, 5}, 1, {}}};
+    for (const auto &[step, expected, x] : rows) {
         double alpha = -9;
-        const Restriction reduced(restriction_new_check(r.get(), nullptr, Values{0, 0}.data(), row.step.data(), &alpha),
+        const Restriction reduced(restriction_new_check(r.get(), nullptr, Values{0, 0}.data(), step.data(), &alpha),
                                   restriction_kill);
-        EXPECT_EQ(alpha, row.alpha);
-        ASSERT_EQ(reduced == nullptr, row.x.empty());
+        EXPECT_EQ(alpha, expected);
+        ASSERT_EQ(reduced == nullptr, x.empty());
         if (!reduced)
             continue;
-        EXPECT_EQ(full(reduced, {5}, 3), row.x);
+        EXPECT_EQ(full(reduced, {5}, 3), x);
         Values back(2);
         EXPECT_EQ(restriction_get_back(reduced.get(), r.get(), Values{5}.data(), back.data()), 0);
-        EXPECT_EQ(back, Values(row.x.begin() + 1, row.x.end()));
+        EXPECT_EQ(back, Values(x.begin() + 1, x.end()));
     }
     // Other limits count instead; a start that violates one goes nowhere.
     const Restriction tighter = restricted(3, {}, {0, 1, 0, -1});

@@ -2,16 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <climits>
 #include <cmath>
 #include <vector>
 
-namespace
-{
-
-int calls;
-
-}  // namespace
+static int calls;
 
 TEST(Gaussd, KeptExchangesRowsOnlyForAPivotOfZero)
 {
@@ -26,9 +22,7 @@ TEST(Gaussd, KeptExchangesRowsOnlyForAPivotOfZero)
     for (const auto &[coefficients, sides, solution] : cases) {
         std::vector<double> a = coefficients, b = sides;
         EXPECT_EQ(gaussd(a.data(), b.data(), static_cast<int>(b.size())), solution.empty() ? 0 : 1);
-        if (!solution.empty()) {
-            EXPECT_EQ(b, solution);
-        }
+        EXPECT_EQ(solution.empty() ? solution : b, solution);
     }
     for (const int n : {0, INT_MIN})
         EXPECT_EQ(gaussd(nullptr, nullptr, n), 0);
@@ -90,16 +84,13 @@ TEST(GsectMin, FindsTheBottomFromEitherSide)
 
 TEST(RealAtan2PI, KeptAddsCutMultiplesOfPi)
 {
-    const struct {
-        double x, y, angle;
-        int failed;
-    } cases[] = {{-1, -0.0, 3.1415926535, 0},
-                 {1, -1, 6.283185307 - 0.78539816339744831, 0},
-                 {1, -1e-30, 6.283185307, 0},
-                 {-0.0, -2, 6.283185307 - 1.57079632675, 0},
-                 {0, 0.001, 0, -1},
-                 {0, -0.001, 0, -1},
-                 {0, 0.0011, 1.57079632675, 0}};
+    const std::array<double, 4> cases[] = {{-1, -0.0, 3.1415926535, 0},
+                                           {1, -1, 6.283185307 - 0.78539816339744831, 0},
+                                           {1, -1e-30, 6.283185307, 0},
+                                           {-0.0, -2, 6.283185307 - 1.57079632675, 0},
+                                           {0, 0.001, 0, -1},
+                                           {0, -0.001, 0, -1},
+                                           {0, 0.0011, 1.57079632675, 0}};
     for (const auto &[x, y, angle, failed] : cases) {
         int err[] = {7, 7};
         EXPECT_NEAR(real_atan2PI(x, y, &err[0]), angle, 1e-12) << x << ", " << y;
