@@ -73,7 +73,8 @@ TEST(HashTabNew, TakesThePrimeFromTwentyPercentMoreOnAndFillsToTheLastSlot)
 TEST(HashTabNew, ReportsTablesThatCannotBeAllocated)
 {
     Reports reports;
-    const int cases[][3] = {{-5, 4, -6}, {INT_MIN, 4, INT_MIN}, {10, INT_MAX, 13}, {INT_MAX, INT_MAX, INT_MAX}};
+    const int cases[][3] = {
+        {-5, 4, -6}, {INT_MIN, 4, INT_MIN}, {1, INT_MAX, 1}, {10, INT_MAX, 13}, {INT_MAX, INT_MAX, INT_MAX}};
     for (const auto &[items, key_size, slots] : cases) {
         int size = -1;
         EXPECT_EQ(hash_tab_new(items, key_size, 1, hash, match, empty, 1, &size), nullptr);
