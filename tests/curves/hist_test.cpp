@@ -37,14 +37,12 @@ TEST(HistNew, RefusesBoundsWithoutABinAndMoreBinsThanThereCanBe)
 
 TEST(HistPoint, KeptAddsANegativeNumberToTheTotal)
 {
-    const struct {
-        int lo, hi;
-        std::vector<int> values, counts;
-    } cases[] = {{0, 3, {-5, 0, 3, 3, 12, INT_MIN, INT_MAX}, {2, 1, 0, 0, 2, 2}},
-                 {5, 4, {4, 5, 6}, {1, 2}},
-                 {5, 3, {3, 4, 5, 6}, {4}},
-                 {INT_MAX - 1, INT_MAX, {INT_MIN, INT_MAX - 2, INT_MAX - 1, INT_MAX}, {2, 1, 1, 0}},
-                 {INT_MIN, INT_MIN, {INT_MIN, INT_MAX}, {0, 1, 1}}};
+    const std::tuple<int, int, std::vector<int>, std::vector<int>> cases[] = {
+        {0, 3, {-5, 0, 3, 3, 12, INT_MIN, INT_MAX}, {2, 1, 0, 0, 2, 2}},
+        {5, 4, {4, 5, 6}, {1, 2}},
+        {5, 3, {3, 4, 5, 6}, {4}},
+        {INT_MAX - 1, INT_MAX, {INT_MIN, INT_MAX - 2, INT_MAX - 1, INT_MAX}, {2, 1, 1, 0}},
+        {INT_MIN, INT_MIN, {INT_MIN, INT_MAX}, {0, 1, 1}}};
     for (const auto &[lo, hi, values, counts] : cases) {
         const Hist h = filled(lo, hi, values);
         int total = 0;

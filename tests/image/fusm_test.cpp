@@ -14,6 +14,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 using namespace teska_test;
@@ -326,22 +327,18 @@ TEST(FusmLevelRedSet, IsOffWhenACurveIsNone)
     Reports reports;
     const Filter f = plain(0);
     const double levels[] = {0, 1, 1}, factors[] = {0.5, 0.5, 0.5};
-    const struct {
-        int points;
-        const double *levels;
-        int result, sharpened;
-        lines said;
-    } rows[] = {{2, levels, 1, 130, {}},
-                {1, levels, 0, 150, {"lin_interp : too little function points"}},
-                {2, levels + 1, 0, 150, {"lin_interp : not a function !!"}},
-                {3, levels, 0, 150, {"lin_interp : not a function !!"}},
-                {2, levels, 1, 130, {}},
-                {0, nullptr, 1, 150, {}},
-                {-1, nullptr, 1, 150, {}}};
-    for (const auto &row : rows) {
-        EXPECT_EQ(fusm_level_red_set(f.get(), row.points, row.levels, factors), row.result);
-        EXPECT_EQ(reports.take(), row.said);
-        EXPECT_EQ(sharpen_spot(f.get(), 100, 110), row.sharpened);
+    const std::tuple<int, const double *, int, int, lines> rows[] = {
+        {2, levels, 1, 130, {}},
+        {1, levels, 0, 150, {"lin_interp : too little function points"}},
+        {2, levels + 1, 0, 150, {"lin_interp : not a function !!"}},
+        {3, levels, 0, 150, {"lin_interp : not a function !!"}},
+        {2, levels, 1, 130, {}},
+        {0, nullptr, 1, 150, {}},
+        {-1, nullptr, 1, 150, {}}};
+    for (const auto &[points, at, result, sharpened, said] : rows) {
+        EXPECT_EQ(fusm_level_red_set(f.get(), points, at, factors), result);
+        EXPECT_EQ(reports.take(), said);
+        EXPECT_EQ(sharpen_spot(f.get(), 100, 110), sharpened);
     }
 }
 

@@ -16,6 +16,7 @@
 #include <memory>
 #include <numeric>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace teska_test
@@ -369,10 +370,7 @@ TEST(IzatStart, RefusesInOrderAndIgnoresLinesUntilItSucceeds)
 // Extreme ratios and windows, where taps are cut and sizes checked.
 TEST(IzatLine, TakesExtremeRatios)
 {
-    const struct {
-        Size from, to;
-        Shown shown;
-    } rows[] = {
+    const std::tuple<Size, Size, Shown> rows[] = {
         {{1, 1}, {1, 1}, {}},
         {{1, 1}, {3, 500}, {}},
         {{4, 1}, {20000, 1}, {}},
@@ -381,14 +379,14 @@ TEST(IzatLine, TakesExtremeRatios)
         {{1, 7}, {1, 7}, {.left = 1e-300, .width = 1e-310, .height = 1e-310}},
         {{2, 7}, {2, 6}, {.left = 0, .top = 0, .width = 7, .height = std::nextafter(2.0, 0.0)}},
     };
-    for (const auto &r : rows)
+    for (const auto &[from, to, shown] : rows)
         for (int kernel = 0; kernel < kernels; ++kernel) {
             const Zoom z = new_zoom(kernel);
-            izat_window_set(z.get(), r.shown.left, r.shown.top, r.shown.width, r.shown.height);
-            const std::vector<unsigned char> image(static_cast<std::size_t>(r.from.lines * r.from.width), 77);
-            const auto made = zoomed(z.get(), image, r.from, r.to, 1);
-            EXPECT_EQ(made, std::vector<unsigned char>(static_cast<std::size_t>(r.to.lines * r.to.width), 77))
-                << "kernel " << kernel << ", " << r.from.width << " to " << r.to.width;
+            izat_window_set(z.get(), shown.left, shown.top, shown.width, shown.height);
+            const std::vector<unsigned char> image(static_cast<std::size_t>(from.lines * from.width), 77);
+            const auto made = zoomed(z.get(), image, from, to, 1);
+            EXPECT_EQ(made, std::vector<unsigned char>(static_cast<std::size_t>(to.lines * to.width), 77))
+                << "kernel " << kernel << ", " << from.width << " to " << to.width;
         }
 }
 

@@ -9,6 +9,7 @@
 
 #include <climits>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -83,25 +84,18 @@ TEST_F(Condirmin, EndsWithoutAMinimumToo)
 {
     teska_test::Reports reports;
     // The sign of what is no number must not lead the search.
-    const struct {
-        condirmin_function f;
-        Values start;
-        int result;
-        double least;
-        int evaluations;
-        lines reported;
-    } rows[] = {
+    const std::tuple<condirmin_function, Values, int, double, int, lines> rows[] = {
         {slope, {0}, 1, -HUGE_VAL, 0, {"brent: too many iter"}},
         {not_a_number<1>, {0}, 0, 0, 6600, {"condirmin: maxiter"}},
         {not_a_number<-1>, {0}, 0, 0, 6600, {"condirmin: maxiter"}},
         {constant, {}, 1, 5, 0, {}},
     };
-    for (const auto &row : rows) {
-        const Outcome o = search(row.f, row.start, 1e-8);
-        EXPECT_EQ(o.result, row.result) << "row " << &row - rows;
-        EXPECT_EQ(reports.take(), row.reported) << "row " << &row - rows;
-        EXPECT_EQ(o.evaluations, row.evaluations) << "row " << &row - rows;
-        EXPECT_EQ(row.result == 0 ? 0 : o.least, row.least) << "row " << &row - rows;
+    for (const auto &[f, start, result, least, evaluations, reported] : rows) {
+        const Outcome o = search(f, start, 1e-8);
+        EXPECT_EQ(o.result, result) << least;
+        EXPECT_EQ(reports.take(), reported) << least;
+        EXPECT_EQ(o.evaluations, evaluations) << least;
+        EXPECT_EQ(result == 0 ? 0 : o.least, least);
     }
     const Outcome o = search(constant, {1, 2}, 1e-8);
     EXPECT_EQ(o.result, 1);
@@ -140,11 +134,8 @@ TEST(CondirminTrace, WritesPassesAndLinesAsWarningsOfLevelOne)
 TEST_F(Condirmin, EndsAtTheMinimumThatTheRestrictionsLeave)
 {
     const Values sum{1, 1, 1, 3};
-    const struct {
-        Values eq, ineq, start;  // start: free variables
-        int result;
-        Values x;
-    } rows[] = {
+    // Both kinds of restrictions, the free variables, the result and the place.
+    const std::tuple<Values, Values, Values, int, Values> rows[] = {
         {{}, {}, {0, 0, 0}, 1, {1, 2, 3}},
         {sum, {}, {0, 0}, 1, {0, 1, 2}},
         {{}, {0, 0, 1, 2}, {0, 0, 0}, 1, {1, 2, 2}},                             // an active plane
@@ -154,16 +145,15 @@ TEST_F(Condirmin, EndsAtTheMinimumThatTheRestrictionsLeave)
         {{}, {0, 0, 1, 2}, {0, 0, 2.1}, 0, {0, 0, 2.1}},               // infeasible
         {{1, 0, 0, 4, 0, 1, 0, 5, 0, 0, 1, 6}, {}, {}, 1, {4, 5, 6}},  // nothing to choose
     };
-    for (const auto &row : rows) {
-        const Restriction r = restricted(row.eq, row.ineq);
-        Values free_vars = row.start;
+    for (const auto &[eq, ineq, start, result, expected] : rows) {
+        const Restriction r = restricted(eq, ineq);
+        Values free_vars = start, x(3);
         EXPECT_EQ(condirmin_restr(free_vars.data(), static_cast<int>(free_vars.size()), 1e-12, r.get(), nullptr,
                                   nullptr, round_bowl, nullptr, nullptr),
-                  row.result);
-        Values x(3);
+                  result);
         restriction_makeX(r.get(), free_vars.data(), x.data());
         for (std::size_t k = 0; k < 3; ++k)
-            EXPECT_NEAR(x[k], row.x[k], 2e-4) << "row " << &row - rows << ", coordinate " << k;
+            EXPECT_NEAR(x[k], expected[k], 2e-4) << testing::PrintToString(ineq) << ", coordinate " << k;
     }
     const Restriction plane = restricted(sum, {});
     Values wrong{0, 0, 0};

@@ -8,6 +8,7 @@
 
 #include <climits>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -75,12 +76,7 @@ TEST(DhsmSolve, EndsAtTheMinimumOfKnownProblems)
 TEST(DhsmSolve, TakesTheStepsOfTheMethodAsManyAsItIsAllowed)
 {
     constexpr int any = -2;
-    const struct {
-        Objective f;
-        Values start;
-        double tolerance;
-        int max_iter, result, evaluations;
-    } rows[] = {
+    const std::tuple<Objective, Values, double, int, int, int> rows[] = {
         {gentle, {0, 0}, 0, -1, -1, 3},
         {gentle, {0, 0}, 0, 1, -1, 7},
         {gentle, {0, 0}, -1, 50, -1, any},  // no measure is below a negative tolerance
@@ -92,10 +88,10 @@ TEST(DhsmSolve, TakesTheStepsOfTheMethodAsManyAsItIsAllowed)
         // Counted in a plain form of the method, with a point for every vertex; it counts each of its terms.
         {teska_test::rosenbrock, {-1.2, 1, -1.2, 1}, 1e-3, 0, 0, 4 * 387},
     };
-    for (const auto &row : rows) {
-        const Outcome run = Search(row.f, row.start.size()).solve(row.start, row.tolerance, row.max_iter);
-        EXPECT_EQ(run.result, row.result) << "row " << &row - rows;
-        EXPECT_EQ(row.evaluations == any ? any : run.evaluations, row.evaluations) << "row " << &row - rows;
+    for (const auto &[f, start, tolerance, max_iter, result, evaluations] : rows) {
+        const Outcome run = Search(f, start.size()).solve(start, tolerance, max_iter);
+        EXPECT_EQ(run.result, result) << evaluations;
+        EXPECT_EQ(evaluations == any ? any : run.evaluations, evaluations) << max_iter;
     }
     EXPECT_EQ(Search(gentle, 2, never).solve({0, 0}, 0, 0).result, -1);
 }
@@ -104,20 +100,17 @@ TEST(DhsmSolve, TakesTheFirstSimplexFromTheStartOrFromInit)
 {
     const int yes[] = {1, 1}, no[] = {0, 0};
     const double lower[] = {-10, -10}, step[] = {0.2, 0.2}, start[] = {3, 1};
-    const struct {
-        const int *lower_given, *upper_given;
-        double upper, best;
-    } rows[] = {{nullptr, yes, 3.1, 3},
-                {yes, nullptr, 3.1, 3},
-                {yes, yes, 3.1, 1.7},
-                {no, yes, 3.1, 2.6},
-                {yes, yes, 3 + 0.2, 3}};  // on the bound
-    for (const auto &row : rows) {
+    const std::tuple<const int *, const int *, double, double> rows[] = {{nullptr, yes, 3.1, 3},
+                                                                         {yes, nullptr, 3.1, 3},
+                                                                         {yes, yes, 3.1, 1.7},
+                                                                         {no, yes, 3.1, 2.6},
+                                                                         {yes, yes, 3 + 0.2, 3}};  // on the bound
+    for (const auto &[lower_given, upper_given, limit, best] : rows) {
         Search search(gentle, 2, always_zero);
-        const double upper[] = {row.upper, 9};
-        dhsm_init(search.d.get(), row.lower_given, row.upper_given, lower, upper, step, start);
+        const double upper[] = {limit, 9};
+        dhsm_init(search.d.get(), lower_given, upper_given, lower, upper, step, start);
         const Outcome run = search.solve({77, 77}, 0, 0);
-        EXPECT_DOUBLE_EQ(run.x[0], row.best);
+        EXPECT_DOUBLE_EQ(run.x[0], best);
         EXPECT_EQ(run.x[1], 1);
     }
     EXPECT_EQ(Search(gentle, 2, always_zero).solve({0, 0}, 0, 0).x, (Values{0.1, 0}));

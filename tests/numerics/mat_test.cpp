@@ -179,16 +179,13 @@ TEST(MatGetElement, KeptComparesTheColumnWithTheRows)
     std::iota(counted.begin(), counted.end(), 0);
     const Matrix tall(mat_gen_new(counted.data(), 5, 4), mat_kill);
     const Matrix wide(mat_gen_new(counted.data(), 2, 4), mat_kill);
-    const struct {
-        const Matrix &m;
-        int i, j, err;
-        double value;
-    } rows[] = {{tall, 0, 3, 0, 3}, {tall, 0, 4, 0, 4},   {tall, 4, 4, 0, 0},  {wide, 0, 3, -1, 0},
-                {wide, 1, 1, 0, 5}, {tall, -1, 0, -1, 0}, {tall, 5, 0, -1, 0}, {tall, 0, -1, -1, 0}};
-    for (const auto &row : rows) {
+    const std::tuple<const Matrix &, int, int, int, double> rows[] = {
+        {tall, 0, 3, 0, 3}, {tall, 0, 4, 0, 4},   {tall, 4, 4, 0, 0},  {wide, 0, 3, -1, 0},
+        {wide, 1, 1, 0, 5}, {tall, -1, 0, -1, 0}, {tall, 5, 0, -1, 0}, {tall, 0, -1, -1, 0}};
+    for (const auto &[m, i, j, expected, value] : rows) {
         int err = -9;
-        EXPECT_EQ(mat_get_element(row.m.get(), row.i, row.j, &err), row.value);
-        EXPECT_EQ(err, row.err);
+        EXPECT_EQ(mat_get_element(m.get(), i, j, &err), value);
+        EXPECT_EQ(err, expected);
     }
     EXPECT_EQ(mat_get_row(wide.get(), 2), nullptr);
     EXPECT_EQ(mat_get_col(wide.get(), 4), nullptr);

@@ -34,21 +34,17 @@ Values full(const Restriction &r, const Values &free_vars, std::size_t nx)
 
 TEST(RestrictionNew, MakesCoordinatesDependOnTheOthers)
 {
-    const struct {
-        Values eq;
-        int free;
-        Values free_vars, x;
-    } rows[] = {
+    const std::tuple<Values, int, Values, Values> rows[] = {
         {{}, 3, {7, 8, 9}, {7, 8, 9}},
         {{1, 1, 1, 6, 1, -1, 0, -1}, 1, {3}, {1, 2, 3}},
         {{1, 1, 1, 6, 2, 2, 2, 12}, 2, {2, 3}, {1, 2, 3}},  // the second says nothing new
         {{1, 1, 1, 6, 1, -1, 0, -1, 0, 0, 4, 12}, 0, {}, {1, 2, 3}},
         {{1, 2, -8, 0}, 2, {1, 2}, {1, 2, 0.625}},  // the largest magnitude is the pivot
     };
-    for (const auto &row : rows) {
-        const Restriction r = restricted(3, row.eq, {});
-        EXPECT_EQ(restriction_get_num_of_var(r.get()), row.free);
-        EXPECT_EQ(full(r, row.free_vars, 3), row.x);
+    for (const auto &[eq, free, free_vars, x] : rows) {
+        const Restriction r = restricted(3, eq, {});
+        EXPECT_EQ(restriction_get_num_of_var(r.get()), free);
+        EXPECT_EQ(full(r, free_vars, 3), x);
     }
     EXPECT_EQ(restriction_get_num_of_var(nullptr), 0);
     teska_test::Reports reports;

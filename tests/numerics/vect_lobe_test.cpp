@@ -173,21 +173,17 @@ TEST(VectLobe, LeavesWhatIsNotInIt)
 {
     const Lobe lobe = make({-1e308, 3, 0}, {1, 0, 0}, 10, 5), tilted = make({0, 0, 0}, {1, 2, 3}, 10, 5),
                tube = make({0, 0, 0}, {1, 0, 0}, HUGE_VAL, 5), ball = make({0, 0, 0}, {}, 9, 9);
-    const struct {
-        const Lobe &lobe;
-        Values x;
-        bool none;
-    } rows[] = {{lobe, {HUGE_VAL, 0, 0}, false},
-                {lobe, {0, -HUGE_VAL, HUGE_VAL}, false},
-                {lobe, {1e308, 3, 0}, false},
-                {lobe, {HUGE_VAL, quiet, 0}, true},
-                {lobe, {0, 0, quiet}, true},
-                {tilted, {HUGE_VAL, -HUGE_VAL, 0}, false},
-                {tilted, {1e308, 1e308, 1e308}, false},
-                {tube, {HUGE_VAL, 0, 0}, true},
-                {tube, {0, HUGE_VAL, 0}, false},
-                {ball, {0, HUGE_VAL, 0}, false},
-                {ball, {-0.0, 9, 0}, false}};
+    const std::tuple<const Lobe &, Values, bool> rows[] = {{lobe, {HUGE_VAL, 0, 0}, false},
+                                                           {lobe, {0, -HUGE_VAL, HUGE_VAL}, false},
+                                                           {lobe, {1e308, 3, 0}, false},
+                                                           {lobe, {HUGE_VAL, quiet, 0}, true},
+                                                           {lobe, {0, 0, quiet}, true},
+                                                           {tilted, {HUGE_VAL, -HUGE_VAL, 0}, false},
+                                                           {tilted, {1e308, 1e308, 1e308}, false},
+                                                           {tube, {HUGE_VAL, 0, 0}, true},
+                                                           {tube, {0, HUGE_VAL, 0}, false},
+                                                           {ball, {0, HUGE_VAL, 0}, false},
+                                                           {ball, {-0.0, 9, 0}, false}};
     for (const auto &[in, x, none] : rows) {
         Values values = gradient(in, x);
         values.push_back(weight(in, x));
@@ -227,19 +223,17 @@ TEST(VectNormalise, MakesTheLengthOneWhateverTheSize)
 
 TEST(VectNormalise, ReachesTheEndsOfDoublesAndLeavesTheRest)
 {
-    const struct {
-        Values in, out;
-        double length;
-    } rows[] = {{{5e-324, 0}, {1, 0}, 5e-324},
-                {{-1.7e308, 1.7e308, 0}, {-std::sqrt(0.5), std::sqrt(0.5), 0}, HUGE_VAL},
-                {{0, -0.0}, {0, -0.0}, 0},
-                {{HUGE_VAL, 1}, {HUGE_VAL, 1}, HUGE_VAL},
-                {{}, {}, 0}};
-    for (const auto &row : rows) {
-        Values v = row.in;
-        EXPECT_EQ(vect_normalise(v.data(), static_cast<int>(v.size())), row.length);
+    const std::tuple<Values, Values, double> rows[] = {
+        {{5e-324, 0}, {1, 0}, 5e-324},
+        {{-1.7e308, 1.7e308, 0}, {-std::sqrt(0.5), std::sqrt(0.5), 0}, HUGE_VAL},
+        {{0, -0.0}, {0, -0.0}, 0},
+        {{HUGE_VAL, 1}, {HUGE_VAL, 1}, HUGE_VAL},
+        {{}, {}, 0}};
+    for (const auto &[in, out, length] : rows) {
+        Values v = in;
+        EXPECT_EQ(vect_normalise(v.data(), static_cast<int>(v.size())), length);
         for (std::size_t i = 0; i < v.size(); ++i)
-            EXPECT_DOUBLE_EQ(v[i], row.out[i]) << testing::PrintToString(row.in);
+            EXPECT_DOUBLE_EQ(v[i], out[i]) << testing::PrintToString(in);
     }
     Values v{-HUGE_VAL, 7, quiet};
     EXPECT_TRUE(std::isnan(vect_normalise(v.data(), 3)));

@@ -34,17 +34,13 @@ TEST(VectSums, GoFromTheFirstValueOn)
 
 TEST(VectVectorProduct, StandsAtRightAnglesUpToThePivotsThatReplaceZero)
 {
-    const struct {
-        Values in, out;
-    } rows[] = {
-        {{3, 0, 0, 1, 1, 0, 0}, {1e-40, 1, -1e-20}},
-        {{3.9, 1, 2, 3, 4, 5, 6}, {-2.9999999999999982, 6, -3}},
-        {{1}, {1}},
-    };
-    for (const auto &row : rows) {
-        Values out(row.out.size());
-        EXPECT_EQ(vect_vector_product(row.in.data(), out.data()), 0);
-        EXPECT_EQ(out, row.out);
+    const std::pair<Values, Values> rows[] = {{{3, 0, 0, 1, 1, 0, 0}, {1e-40, 1, -1e-20}},
+                                              {{3.9, 1, 2, 3, 4, 5, 6}, {-2.9999999999999982, 6, -3}},
+                                              {{1}, {1}}};
+    for (const auto &[in, expected] : rows) {
+        Values out(expected.size());
+        EXPECT_EQ(vect_vector_product(in.data(), out.data()), 0);
+        EXPECT_EQ(out, expected);
     }
     double untouched = 8;
     for (const double n : {quiet, 0.9, -3.0, 4097.0, 1e300})
