@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <climits>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -60,24 +61,19 @@ struct Drawing {
 
 TEST(FloodDo, TestsAndFillsInThePromisedOrder)
 {
-    const struct {
-        Drawing drawing;
-        int x, y;
-        const char *log;
-    } cases[] = {
-        {{{"#"}}, 0, 0, "0,0? "},
-        {{{"."}}, 0, 0, "0,0? -1,0? 1,0? 0-0,0 0,-1? 0,1? "},
+    const std::tuple<std::vector<std::string>, int, std::string> cases[] = {
+        {{"#"}, 0, "0,0? "},
+        {{"."}, 0, "0,0? -1,0? 1,0? 0-0,0 0,-1? 0,1? "},
         // The run below reaches beyond its shadow at both ends, so the arms go up again.
-        {{{".#.#.", "....."}},
+        {{".#.#.", "....."},
          2,
-         0,
          "2,0? 1,0? 3,0? 2-2,0 2,-1? 2,1? 1,1? 0,1? -1,1? 3,1? 4,1? 5,1? 0-4,1 0,0? -1,0? 1,0? 0-0,0 4,0? 3,0? 5,0? "
          "4-4,0 0,-1? 4,-1? 0,2? 1,2? 2,2? 3,2? 4,2? "},
     };
-    for (const auto &c : cases) {
-        Drawing d = c.drawing;
-        d.fill_from(c.x, c.y);
-        EXPECT_EQ(d.log, c.log);
+    for (const auto &[rows, x, log] : cases) {
+        Drawing d{rows};
+        d.fill_from(x, 0);
+        EXPECT_EQ(d.log, log);
     }
 }
 

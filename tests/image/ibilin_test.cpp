@@ -177,10 +177,10 @@ void expect_image(const Shape &s, const std::vector<int> &calls, Generator &rand
     }
 }
 
-constexpr struct {
-    int n, in_step, out_step;
-} layouts[] = {{1, 1, 1}, {1, 1, 1},  {3, 3, 3}, {3, 3, 3}, {4, 4, 4}, {2, 2, 2},  {3, 1, 1},
-               {1, 3, 1}, {1, -1, 2}, {1, 0, 0}, {3, 3, 1}, {3, 1, 3}, {4, 4, -2}, {2, -2, 1}};
+// Components and steps.
+constexpr std::array<int, 3> layouts[] = {{1, 1, 1}, {1, 1, 1}, {3, 3, 3},  {3, 3, 3},  {4, 4, 4},
+                                          {2, 2, 2}, {3, 1, 1}, {1, 3, 1},  {1, -1, 2}, {1, 0, 0},
+                                          {3, 3, 1}, {3, 1, 3}, {4, 4, -2}, {2, -2, 1}};
 
 // A destination of 1 .. limit, and a source in a ratio that is common, whole, or any.
 std::pair<int, int> sizes(Generator &random, int limit)
@@ -195,11 +195,11 @@ TEST(Ibilin, EqualsTheRuleInFloatingPointAtEveryLevel)
 {
     at_every_level([](teska::simd_level) {
         Generator random(73);
-        for (const auto &layout : layouts)
+        for (const auto &[n, in_step, out_step] : layouts)
             for (int i = 0; i < 56 && !testing::Test::HasFatalFailure(); ++i) {
                 const auto [source_width, width] = sizes(random, i % 2 == 0 ? 20 : i % 8 == 1 ? 1500 : 140);
                 const auto [source_lines, rows] = sizes(random, i % 7 < 5 ? 5 : 6);
-                const Shape s{layout.n, source_lines, source_width, rows, width, layout.in_step, layout.out_step};
+                const Shape s{n, source_lines, source_width, rows, width, in_step, out_step};
                 std::vector<int> calls(static_cast<std::size_t>(source_lines) + 1, s.n == 2 ? 3 : s.n);
                 if (i % 7 >= 5 && s.n > 1) {
                     // Every component goes its own way.
