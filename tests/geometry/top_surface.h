@@ -91,18 +91,11 @@ struct Surface : TTriangularTopSurface {
         return teta;
     }
 
-    using TTriangularTopSurface::AddToUmbrella;
-    using TTriangularTopSurface::cursorPrimCombs;
-    using TTriangularTopSurface::DeterminePhirVTrTetar;
-    using TTriangularTopSurface::FindDarkeningPrimaries;
-    using TTriangularTopSurface::PhirToPhi;
-    using TTriangularTopSurface::PhiToPhir;
-    using TTriangularTopSurface::PosDeltaPhi;
-    using TTriangularTopSurface::PosPhiMin;
-    using TTriangularTopSurface::primaries;
-    using TTriangularTopSurface::tabTetar;
-    using TTriangularTopSurface::umbrella;
-    using TTriangularTopSurface::VTMax;
+    using TTriangularTopSurface::AddToUmbrella, TTriangularTopSurface::cursorPrimCombs,
+        TTriangularTopSurface::DeterminePhirVTrTetar, TTriangularTopSurface::FindDarkeningPrimaries,
+        TTriangularTopSurface::PhirToPhi, TTriangularTopSurface::PhiToPhir, TTriangularTopSurface::PosDeltaPhi,
+        TTriangularTopSurface::PosPhiMin, TTriangularTopSurface::primaries, TTriangularTopSurface::tabTetar,
+        TTriangularTopSurface::umbrella, TTriangularTopSurface::VTMax;
 };
 
 using Convert = int (TTriangularTopSurface::*)(const double *, double *, double *, int);
