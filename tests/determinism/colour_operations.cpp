@@ -115,7 +115,7 @@ Operation::Run tetras(Generator &input, Size s)
         Samples<unsigned short> in(s.inputs, 1000, s.inputs), out(s.outputs, 1000, s.outputs);
         Samples<unsigned char> in_b(s.inputs, 1000, s.inputs), out_b(s.outputs, 1000, s.outputs);
         const Bytes mask = filled(at, Bytes(1000));
-        for (const std::size_t entries : {0, 2, 300}) {
+        for (const std::size_t entries : {0U, 2U, 300U}) {
             if (entries != 0) {
                 const int count = static_cast<int>(entries);
                 md_tetras_ilut_set(table, s.inputs - 1, count, filled(at, Words(entries)).data());

@@ -60,7 +60,7 @@ void fit(Generator &input, Digest &digest)
     for (unsigned int round = 0; round < 400; ++round) {
         auto p = between<40>(input, -1, 1);
         double r[10];
-        for (int i = 1; i < 20; ++i)
+        for (std::size_t i = 1; i < 20; ++i)
             p[i] += p[i - 1] + 1;
         bezier_fit(b, static_cast<int>(2 + round % 19), &p[0], &p[20], round & 1, 1, p[39], round & 2, p[38], -1, r,
                    r + 1, 0);

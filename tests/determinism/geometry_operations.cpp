@@ -185,8 +185,8 @@ const Operation nearest_points(
         const std::shared_ptr<convex_hull> hull(convex_hull_new(), convex_hull_kill);
         const std::shared_ptr<tetra_volume> volume(tetra_volume_new0(), tetra_volume_kill);
         for (int i = 0; i < 400; ++i) {
-            const double p[3] = {input.between(0, 100), input.between(-60, 60),
-                                 i % 2 == 0 ? 0 : input.between(-60, 60)};
+            const double x = input.between(0, 100), y = input.between(-60, 60);
+            const double p[3] = {x, y, i % 2 == 0 ? 0 : input.between(-60, 60)};
             convex_hull_add(hull.get(), p);
         }
         convex_hull_construct(hull.get());
@@ -231,8 +231,7 @@ int five_inks(void *, const double *device, double *colour)
 }
 
 const Operation top_surface("TTriangularTopSurface, five inks", [](Generator &) -> Operation::Run {
-    const double levels[] = {1.0, 0.8, 0.45, 0.2, 0.0};
-    const double *of[] = {levels, levels, levels, levels, levels};
+    const double levels[] = {1.0, 0.8, 0.45, 0.2, 0.0}, *of[] = {levels, levels, levels, levels, levels};
     int counts[] = {5, 5, 5, 5, 5};
     const auto top = std::make_shared<TTriangularTopSurface>(5, of, counts, counts, 0, five_inks, 61, 61);
     return [top](Generator &input, Digest &digest) {

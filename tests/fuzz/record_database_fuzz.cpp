@@ -46,12 +46,6 @@ bool is_name(const std::string &text, const char *reserved)
     return is_line(text, reserved) && !text.empty() && text.find_last_of(" \t") != text.size() - 1;
 }
 
-std::string without_blanks(std::string text)
-{
-    text.erase(0, text.find_first_not_of(" \t"));
-    return text.erase(text.find_last_not_of(" \t") + 1);
-}
-
 // A text of characters that mean something; sometimes as long as is allowed, or longer.
 std::string text_of(fuzz::Input &input)
 {
@@ -102,7 +96,7 @@ struct Session {
             return;
         if (find(*items, name) == items->end())
             items->push_back({name, ""});
-        find(*items, name)->second = without_blanks(value);
+        find(*items, name)->second = fuzz::without_blanks(value);
     }
 
     void search(const std::string &topic, const std::string &name)

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <string>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
@@ -39,6 +40,12 @@ inline void work_in_memory()
     if (std::filesystem::is_directory("/dev/shm"))
         setenv("TEST_TMPDIR", "/dev/shm", 0);
 #endif
+}
+
+inline std::string without_blanks(std::string text)
+{
+    text.erase(0, text.find_first_not_of(" \t"));
+    return text.erase(text.find_last_not_of(" \t") + 1);
 }
 
 // Bytes that are missing are zero.

@@ -57,7 +57,6 @@ public:
     }
     int below(int limit) { return static_cast<int>(next() >> 33) % limit; }
     double unit() { return static_cast<double>(next() >> 11) * 0x1p-53; }
-    double between(double lo, double hi) { return lo + unit() * (hi - lo); }
 
 private:
     Generator by_chance_;
@@ -77,7 +76,7 @@ public:
 
     bool chance(int out_of) { return random.below(out_of) == 0; }
     double number();
-    double plain() { return random.between(-2, 2) * (chance(2) ? 1 : 50); }
+    double plain() { return (4 * random.unit() - 2) * (chance(2) ? 1 : 50); }
 
     // n values in memory of their own, so that reading past them is noticed; nothing else is.
     template <class T>
@@ -325,9 +324,7 @@ inline auto rows_of(int k, int n, bool some = false)
         using Row = std::remove_const_t<T>;
         Row *const leads = draw.keep(std::shared_ptr<Row[]>(new Row[static_cast<std::size_t>(k)]));
         for (int i = 0; i < k; ++i)
-            leads[i] = some && draw.chance(6)
-                           ? nullptr
-                           : draw.room<std::remove_const_t<std::remove_pointer_t<Row>>>(2 * n + 1) + n;
+            leads[i] = some && draw.chance(6) ? nullptr : mid(n).body(draw, static_cast<Row *>(nullptr));
         return leads;
     }};
 }
@@ -465,17 +462,15 @@ std::function<void(Draw &)> caller_of_all(int times, Result (*function)(Paramete
     };
 }
 
-template <std::size_t... usual_at, class Function, class... Source>
-auto completed(std::index_sequence<usual_at...>, int times, Function function, Source... source)
-{
-    return caller_of_all(times, function, source..., (static_cast<void>(usual_at), usual)...);
-}
-
 template <class Result, class... Parameter, class... Source>
 auto caller(int times, Result (*function)(Parameter...), Source... source)
 {
     static_assert(sizeof...(Source) <= sizeof...(Parameter));
-    return completed(std::make_index_sequence<sizeof...(Parameter) - sizeof...(Source)>(), times, function, source...);
+    return [=]<std::size_t... usual_at>(std::index_sequence<usual_at...>)
+    {
+        return caller_of_all(times, function, source..., (static_cast<void>(usual_at), usual)...);
+    }
+    (std::make_index_sequence<sizeof...(Parameter) - sizeof...(Source)>());
 }
 
 // The name that the compiler gives to a function as an argument of a template: the last word of it.

@@ -51,7 +51,7 @@ const HostileRows rows({
     row<vect_scalar_product, vect_square_distance, vect_distance>(in(4), or_last(in(4)), one_of(0, 1, 4, -1, INT_MIN)),
     by<vect_vector_product>([](Draw &draw) {
         double *in = draw.values<double>(13);
-        in[0] = draw.chance(3) ? draw.number() : draw.random.between(-1, 4.9);
+        in[0] = draw.chance(3) ? draw.number() : draw.random.unit() * 5.9 - 1;
         if (!(in[0] >= 5 && in[0] < 4097))
             vect_vector_product(in, draw.room<double>(4));
     }),
