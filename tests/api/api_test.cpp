@@ -12,7 +12,6 @@
 
 #include <cstdio>
 #include <memory>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 
@@ -96,33 +95,6 @@ TEST(Application, EntersACriticalSectionAndCatchesItsException)
     EXPECT_EQ(remove_utf8("api.lck"), 0);
     // Thrown by the library and caught here: both use the same copy of the language's runtime.
     EXPECT_THROW(TCriticSect(std::string(256, 'x').c_str(), 1), std::out_of_range);
-}
-
-struct DrawnSurface : TTriangularTopSurface {
-    using TTriangularTopSurface::TTriangularTopSurface;
-    std::ostream &ForBinaryStream(std::ostream &stream) override { return stream << darkening->Count(); }
-};
-
-// Its constructor calls a function of the application.
-TEST(Application, DerivesItsOwnTopSurface)
-{
-    const double levels[] = {1.0, 0.0};
-    const double *of[] = {levels, levels};
-    const int counts[] = {2, 2};
-    int inks = 2;
-    const auto press = [](void *, const double *v, double *c) {
-        c[0] = 20.0 + 40.0 * (v[0] + v[1]);
-        c[1] = 30.0 * (v[1] - v[0]);
-        c[2] = 10.0 * (1.0 - v[0]);
-        return 1;
-    };
-    DrawnSurface top(2, of, counts, &inks, 0, press, 31, 31);
-    const double green[3] = {60.0, 0.0, 5.0};  // half of each
-    double norm[3], penalty = -1.0;
-    EXPECT_EQ(top.DetermineNormCoord(green, norm, &penalty, 1), 0);
-    EXPECT_EQ(penalty, 0.0);
-    std::ostringstream drawn;
-    EXPECT_EQ(&top.ForBinaryStream(drawn), &drawn);
 }
 
 }  // namespace

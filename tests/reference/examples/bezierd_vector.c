@@ -13,6 +13,5 @@ EXAMPLE(bezierd_vector)
     CHECK(sections >= 2);
 #include "bezierd_vector_2.inc"
     CHECK(segments >= 2);
-    (void)point;
     bezier_kill(b);
 }

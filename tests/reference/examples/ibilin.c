@@ -1,6 +1,4 @@
-#define DOTS_1                                                                                                         \
-    ++seen;                                                                                                            \
-    (void)component
+#define DOTS_1 ++seen, (void)component
 #include "ibilin_1.inc"
 
 EXAMPLE(ibilin)

@@ -1,6 +1,4 @@
-#define DOTS_1                                                                                                         \
-    ++*(int *)context;                                                                                                 \
-    (void)line
+#define DOTS_1 ++*(int *)context, (void)line
 #include "izat_1.inc"
 
 EXAMPLE(izat)

@@ -4,6 +4,5 @@ EXAMPLE(rs232)
     if (getenv("TESKA_SERIAL_LINE") != NULL) {
 #define DOTS_1 return
 #include "rs232_1.inc"
-        (void)answer;
     }
 }
