@@ -136,6 +136,14 @@ TEST(List, KeptDoesWithAllItsSlotsWhatTheModelDoes)
             const auto found = std::find(model.at(0), model.at(model.count), fresh);
             const bool none = order == after || found == model.at(model.count);
             EXPECT_EQ(list_search_el(list.get(), &fresh, differs), none ? -1 : found - model.at(0));
+            // A part of a sorted list, up to index, is searched by either order.
+            if (order != nullptr && at < model.count) {
+                const int lo = random.below(index + 2);
+                const auto low = model.at(static_cast<std::size_t>(lo)), high = std::max(low, model.at(at + 1));
+                const auto first = i % 2 == 0 ? std::lower_bound(low, high, fresh) : std::upper_bound(low, high, fresh);
+                EXPECT_EQ(list_pos_range(list.get(), &fresh, lo, index, i % 2 == 0 ? at_or_after : after),
+                          first - model.at(0));
+            }
         }
     }
 }
@@ -187,18 +195,6 @@ TEST(ListRemElement, IgnoresAnIndexOutsideTheCountThatChangepReports)
     }
 }
 
-TEST(ListPosRange, FindsTheFirstElementAtOrAfterTheKey)
-{
-    const List list = filled(10, at_or_after, {10, 20, 20, 30, 40});
-    const std::tuple<int, int, int, list_order_fn, int> cases[] = {
-        {20, 0, 4, at_or_after, 1}, {20, 0, 4, after, 3},       {20, 2, 3, at_or_after, 2}, {20, 0, 0, at_or_after, 1},
-        {20, 3, 2, at_or_after, 3}, {41, 0, 4, at_or_after, 5}, {20, 0, 2, nullptr, 5}};
-    for (const auto &[wanted, lo, hi, order, position] : cases)
-        EXPECT_EQ(list_pos_range(list.get(), &wanted, lo, hi, order), position) << lo << " .. " << hi;
-    const int key = 20;
-    EXPECT_EQ(list_pos_range(filled(1, nullptr, {}).get(), &key, 3, 9, at_or_after), 0) << "empty";
-}
-
 TEST(ListPosRange, AsksLowHighAndTheOneBeforeHighThenHalves)
 {
     static std::vector<int> asked;
@@ -210,4 +206,6 @@ TEST(ListPosRange, AsksLowHighAndTheOneBeforeHighThenHalves)
     const int key = 3;
     EXPECT_EQ(list_pos_range(filled(10, nullptr, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}).get(), &key, 0, 9, spy), 3);
     EXPECT_EQ(asked, (std::vector{0, 9, 8, 4, 3, 2, 3, 2}));
+    EXPECT_EQ(list_pos_range(filled(1, nullptr, {4, 5}).get(), &key, 0, 0, nullptr), 2) << "the count without an order";
+    EXPECT_EQ(list_pos_range(filled(1, nullptr, {}).get(), &key, 3, 9, at_or_after), 0) << "empty";
 }
