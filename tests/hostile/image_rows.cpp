@@ -9,6 +9,8 @@ const auto line = [] { return mid(40); };
 const auto holder = [] { return rows_of(1, 40); };
 const auto size = [] { return one_of(1, 3, 6, 0, -1, INT_MIN); };
 const auto length = [] { return one_of(0, 1, 20, -1, INT_MIN); };
+const auto first = [] { return one_of(0, 0, 0, 1, 5, -1, INT_MIN, INT_MAX); };
+const auto lines = [] { return one_of(1, 2, 3, 8, 0, -1, INT_MIN, INT_MAX); };
 const auto components = [] { return about(1, 4); };
 
 void converted(void **, int, void **, int, int) {}
@@ -84,8 +86,8 @@ const HostileRows rows({
         const auto side = [&] { return draw.chance(8) ? draw.random.below(3) - 2 : 1 + draw.random.below(9); };
         izat_start(record, side(), side(), side(), side(), side(), handed, nullptr, 1, 1);
     }),
-    row<whole_image_resize>(about(0, 6), image, resized, or_null(in(4)), about(0, 2), about(0, 4)),
-    row<whole_image_sharpen>(how, image, alike, about(0, 2), about(0, 4)),
+    row<whole_image_resize>(about(0, 6), image, resized, or_null(in(4)), first(), lines()),
+    row<whole_image_sharpen>(how, image, alike, first(), lines()),
     row<whole_image_flood>(image, about(0, 7), about(0, 7), one_of(0, 1, 40, INT_MAX), out(64)),
 });
 
