@@ -4,8 +4,6 @@
 #include "support/generator.h"
 #include "support/reports.h"
 
-#include "tetra.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -176,30 +174,22 @@ TEST(ConvexHullConstruct, SaysWhenPointsAreInOnePlaneAndTakesMore)
         EXPECT_EQ(convex_hull_construct(hull), 0);
         EXPECT_EQ(convex_hull_get_area(hull), 600.0);
         EXPECT_EQ(convex_hull_get_volume(hull), 1000.0);
+        // The hull stays as it is until it is made anew.
+        const std::array<double, 3> top{5, 5, 30}, above{5, 5, 20};
+        EXPECT_EQ(convex_hull_add(hull, top.data()), 0);
+        for (const int made : {0, 1, 1}) {
+            EXPECT_EQ(convex_hull_inside(hull, above.data()), made);
+            EXPECT_EQ(convex_hull_get_nr_faces(hull), 12 + 2 * made);
+            EXPECT_NEAR(convex_hull_get_volume(hull), made != 0 ? 5000.0 / 3 : 1000, 1e-9);
+            EXPECT_EQ(convex_hull_construct(hull), 0);
+        }
+        // Numbers count the points that were left out too.
+        Points all = points;
+        all.insert(all.end(), cube.begin(), cube.end());
+        all.push_back(top);
+        faces_of(hull, all);
         EXPECT_EQ(reports.take(), lines{});
     }
-}
-
-TEST(ConvexHullConstruct, KeepsTheHullUntilItIsMadeAnew)
-{
-    const Hull hull = hull_of(cube);
-    ASSERT_EQ(convex_hull_construct(hull), 0);
-    const Points more{{nan, 1, 1}, {5, 5, 5}, {5, 5, 30}};
-    convex_hull_add_points(hull, more[0].data(), 3);
-    const double above[3] = {5, 5, 20};
-    EXPECT_EQ(convex_hull_inside(hull, above), 0);
-    EXPECT_EQ(convex_hull_get_nr_vertices(hull), 8);
-    for (int again = 0; again < 2; ++again) {
-        ASSERT_EQ(convex_hull_construct(hull), 0);
-        EXPECT_EQ(convex_hull_inside(hull, above), 1);
-        EXPECT_EQ(convex_hull_get_nr_vertices(hull), 9);
-        EXPECT_EQ(convex_hull_get_nr_faces(hull), 14);
-        EXPECT_NEAR(convex_hull_get_volume(hull), 5000.0 / 3, 1e-9);
-    }
-    // Numbers count the points that were left out too.
-    Points all = cube;
-    all.insert(all.end(), more.begin(), more.end());
-    faces_of(hull, all);
 }
 
 TEST(ConvexHull, RefusesIndicesOutsideItsListsAndPlacesWithoutANearestPoint)
@@ -224,37 +214,6 @@ TEST(ConvexHull, RefusesIndicesOutsideItsListsAndPlacesWithoutANearestPoint)
     EXPECT_EQ(convex_hull_get_vertex(hull, 0, nullptr, nullptr), 0);
     EXPECT_EQ(nearest({20, 5, 5}), 0);
     EXPECT_EQ(dist, 10);
-}
-
-// The volume of the same faces is held against a search through all of them, at every level.
-TEST(ConvexHullNearest, IsWhatTheVolumeOfItsFacesSays)
-{
-    for (const int n : {4, 7, 2000}) {
-        SCOPED_TRACE(n);
-        const Points points = n == 4 ? Points{cube[0], cube[1], cube[2], cube[4]} : cloud(n, n == 7 ? 12 : 100);
-        const Hull hull = hull_of(points);
-        ASSERT_EQ(convex_hull_construct(hull), 0);
-        const std::shared_ptr<tetra_volume> volume(tetra_volume_new0(), tetra_volume_kill);
-        for (const auto &[corner, at] : faces_of(hull, points)) {
-            const auto p = [&, at = at](std::size_t k) { return tetra_point{at[k].x, at[k].y, at[k].z, 0}; };
-            const tetra_point a = p(0), b = p(1), c = p(2);
-            tetra_volume_add_plane(volume.get(), &a, &b, &c);
-        }
-        Generator input(3);
-        for (int i = 0; i < 400; ++i) {
-            const double q[3] = {input.between(-120, 120), input.between(-120, 120), input.between(-120, 120)};
-            using Found = std::array<double, 8>;
-            const auto ask = [&](auto nearest, const auto *of) {
-                Found f{};
-                int face = -1;
-                EXPECT_EQ(nearest(of, q, &f[0], &f[3], &face, &f[4]), 0);
-                f[7] = face;
-                return f;
-            };
-            const tetra_volume *const same = volume.get();
-            ASSERT_EQ(ask(convex_hull_nearest, hull.get()), ask(tetra_volume_nearest, same)) << i;
-        }
-    }
 }
 
 }  // namespace

@@ -137,19 +137,6 @@ void check_reach(Surface &top, double phir, int steps)
     }
 }
 
-// Normalised coordinates by the formulas of the header, from the edge at the hue.
-void check_formula(Surface &top, const double *c, const colour &norm)
-{
-    double phir = 0.0;
-    ASSERT_EQ(top.PhiToPhir(teska::gnomonic::hue_of(seen(c)), &phir), 0);
-    const auto [phi, tetamax, vt] = top.edge_at(std::clamp(phir, 0.0, 1.0));
-    const double tangent = length(seen(c));
-    const double line = top.VTMax / (tangent * (top.VTMax - vt) / (std::tan(tetamax) * vt) + 1.0);
-    EXPECT_NEAR(norm[0], std::min(std::atan(tangent) / tetamax, 1.0), 1e-8);
-    EXPECT_NEAR(norm[1], std::clamp(phir, 0.0, 1.0), 1e-12);
-    EXPECT_NEAR(norm[2], std::min(c[0] / line, 1.0), 1e-8);
-}
-
 // Colours come back from normalised coordinates, alone as among many, and none lies farther outside than that; those
 // whose hue was cut count only with all_hues.
 void convert_and_return(Surface &top, const std::vector<double> &xyz, double farthest, bool all_hues)
@@ -169,8 +156,6 @@ void convert_and_return(Surface &top, const std::vector<double> &xyz, double far
             }
             for (std::size_t k = 0; k < 3 && penalty[i] == 0.0 && norm[i][2] < 1.0; ++k)
                 EXPECT_NEAR(again[i][k], xyz[3 * i + k], 1e-7) << i;
-            if (there == ways[0].first && i % 100 == 0)
-                check_formula(top, &xyz[3 * i], norm[i]);
         }
         // Alone as among many, hues beyond both ends too.
         std::vector<colour> beyond(norm), alone(norm);
