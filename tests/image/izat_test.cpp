@@ -17,6 +17,7 @@
 #include <numeric>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace teska_test
@@ -103,14 +104,6 @@ std::vector<Sample> random_image(Generator &input, Size size, int components)
     return image;
 }
 
-Numbers weights(int kernel, double begin, double extent, int size, int destination, int x)
-{
-    const teska::izat_axis axis(kernel, begin, extent, size, destination);
-    std::vector<std::int16_t> made(static_cast<std::size_t>(axis.reach(x).count));
-    axis.weights(x, made.data());
-    return {made.begin(), made.end()};
-}
-
 // ---- Weights --------------------------------------------------------------------------------------------------------
 
 constexpr double pi = 3.14159265358979323846;
@@ -132,40 +125,34 @@ double shape(int kernel, double t)
     }
 }
 
-// For any ratio and window; the running sum is what is rounded.
-TEST(IzatWeights, AreTheFormulasRounded)
+// Of all source pixels for one destination pixel: the formulas rounded; the running sum is what is rounded.
+Numbers weights(int kernel, double begin, double extent, int size, int destination, int x)
 {
-    Generator input(1);
-    for (int round = 0; round < 2000; ++round) {
-        const int kernel = round % kernels, size = 1 + input.below(40), destination = 1 + input.below(60);
-        const double begin = input.unit() * size * 0.9, extent = (size - begin) * (0.1 + 0.9 * input.unit());
-        const int x = input.below(destination);
-        const teska::izat_axis axis(kernel, begin, extent, size, destination);
-        const teska::izat_reach reach = axis.reach(x);
-        ASSERT_GE(reach.first, 0);
-        ASSERT_LE(reach.first + reach.count, size);
-        const Numbers made = weights(kernel, begin, extent, size, destination, x);
-        EXPECT_EQ(std::accumulate(made.begin(), made.end(), 0), 16384);
+    const teska::izat_axis axis(kernel, begin, extent, size, destination);
+    const teska::izat_reach reach = axis.reach(x);
+    EXPECT_TRUE(reach.first >= 0 && reach.first + reach.count <= size) << reach.first << ", " << reach.count;
+    std::vector<std::int16_t> made(static_cast<std::size_t>(reach.count));
+    axis.weights(x, made.data());
+    Numbers all(static_cast<std::size_t>(size));
+    std::copy(made.begin(), made.end(), all.begin() + reach.first);
+    EXPECT_EQ(std::accumulate(all.begin(), all.end(), 0), 16384);
 
-        const double s = extent / destination, f = std::max(s, 1.0), c = begin + (x + 0.5) * s;
-        std::vector<double> exact(static_cast<std::size_t>(size));
-        for (int j = 0; j < size; ++j) {
-            const double t = std::fabs(j + 0.5 - c) / f;
-            const double covered = std::min(j + 1.0, c + s / 2) - std::max(j + 0.0, c - s / 2);
-            exact[static_cast<std::size_t>(j)] = kernel == IZAT_AREA  ? std::max(covered, 0.0)
-                                                 : t < radius[kernel] ? shape(kernel, t)
-                                                                      : 0.0;
-        }
-        const double total = std::accumulate(exact.begin(), exact.end(), 0.0);
-        double sum = 0, exact_sum = 0;
-        for (int j = 0; j < size; ++j) {
-            const int i = j - reach.first;
-            sum += i >= 0 && i < reach.count ? made[static_cast<std::size_t>(i)] : 0;
-            exact_sum += exact[static_cast<std::size_t>(j)] / total * 16384;
-            EXPECT_NEAR(sum, exact_sum, 0.500001)
-                << "kernel " << kernel << ", " << size << " to " << destination << ", pixel " << x << ", tap " << j;
-        }
+    const double s = extent / destination, f = std::max(s, 1.0), c = begin + (x + 0.5) * s;
+    std::vector<double> exact;
+    for (int j = 0; j < size; ++j) {
+        const double t = std::fabs(j + 0.5 - c) / f;
+        const double covered = std::min(j + 1.0, c + s / 2) - std::max(j + 0.0, c - s / 2);
+        exact.push_back(kernel == IZAT_AREA ? std::max(covered, 0.0) : t < radius[kernel] ? shape(kernel, t) : 0.0);
     }
+    const double total = std::accumulate(exact.begin(), exact.end(), 0.0);
+    double sum = 0, exact_sum = 0;
+    for (std::size_t j = 0; j < all.size(); ++j) {
+        sum += all[j];
+        exact_sum += exact[j] / total * 16384;
+        EXPECT_NEAR(sum, exact_sum, 0.500001)
+            << "kernel " << kernel << ", " << size << " to " << destination << ", pixel " << x << ", tap " << j;
+    }
+    return all;
 }
 
 // ---- Averaging ------------------------------------------------------------------------------------------------------
@@ -174,27 +161,23 @@ TEST(IzatWeights, AreTheFormulasRounded)
 template <class Sample>
 std::vector<Sample> defined(int kernel, const Shown &w, const std::vector<Sample> &image, Size from, Size to, int n)
 {
-    const teska::izat_axis columns(kernel, w.left, w.width, from.width, to.width);
-    const teska::izat_axis lines(kernel, w.top, w.height, from.lines, to.lines);
+    std::vector<Numbers> across;
+    for (int x = 0; x < to.width; ++x)
+        across.push_back(weights(kernel, w.left, w.width, from.width, to.width, x));
     std::vector<Sample> result;
-    for (int y = 0; y < to.lines; ++y)
-        for (int x = 0; x < to.width; ++x)
+    for (int y = 0; y < to.lines; ++y) {
+        const Numbers down = weights(kernel, w.top, w.height, from.lines, to.lines, y);
+        for (const Numbers &columns : across)
             for (int c = 0; c < n; ++c) {
-                const Numbers across = weights(kernel, w.left, w.width, from.width, to.width, x);
-                const Numbers down = weights(kernel, w.top, w.height, from.lines, to.lines, y);
                 std::int64_t sum = std::int64_t{1} << 27;
-                for (std::size_t i = 0; i < down.size(); ++i)
-                    for (std::size_t j = 0; j < across.size(); ++j) {
-                        const auto line = static_cast<std::size_t>(lines.reach(y).first) + i;
-                        const auto column = static_cast<std::size_t>(columns.reach(x).first) + j;
-                        sum +=
-                            std::int64_t{down[i]} * across[j] *
-                            image[(line * static_cast<std::size_t>(from.width) + column) * static_cast<std::size_t>(n) +
-                                  static_cast<std::size_t>(c)];
-                    }
+                const Sample *sample = image.data() + c;
+                for (const int line : down)
+                    for (const int column : columns)
+                        sum += std::int64_t{line} * column * *std::exchange(sample, sample + n);
                 result.push_back(
                     static_cast<Sample>(std::clamp<std::int64_t>(sum >> 28, 0, std::numeric_limits<Sample>::max())));
             }
+    }
     return result;
 }
 
