@@ -104,6 +104,7 @@ void run_guarded(job &work, const std::vector<std::string> &arguments)
 
 int main(int argc, char **argv)
 {
+    prepare_output();
     catch_signals();
     error_set(queue_reports);
     const std::vector<std::string> arguments = program_arguments(argc, argv);

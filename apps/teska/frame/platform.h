@@ -23,6 +23,9 @@ std::string text_of(const std::filesystem::path &path);
 
 bool errors_reach_terminal();
 
+// From here on what is printed has the same bytes on every system: UTF-8, lines that end in "\n".
+void prepare_output();
+
 // From here on SIGINT and SIGTERM end the process with 130 and 143, and no temporary name is left.
 void catch_signals();
 

@@ -84,6 +84,8 @@ bool errors_reach_terminal() { return isatty(STDERR_FILENO) != 0; }
 
 void set_progress_shown(bool shown) { pending.progress_shown = shown; }
 
+void prepare_output() {}
+
 void catch_signals()
 {
     struct sigaction action = {};

@@ -7,6 +7,7 @@
 
 // clang-format off
 #include <windows.h>
+#include <fcntl.h>
 #include <io.h>
 #include <shellapi.h>
 // clang-format on
@@ -125,11 +126,14 @@ bool errors_reach_terminal() { return _isatty(_fileno(stderr)) != 0; }
 
 void set_progress_shown(bool shown) { progress_shown = shown; }
 
-void catch_signals()
+void prepare_output()
 {
-    SetConsoleCtrlHandler(end_by_control, TRUE);
     SetConsoleOutputCP(CP_UTF8);
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
 }
+
+void catch_signals() { SetConsoleCtrlHandler(end_by_control, TRUE); }
 
 std::optional<file_facts> facts_of(const std::string &path)
 {
@@ -169,7 +173,8 @@ bool host_file::make(const std::string &folder, const std::string &name)
     folder_ = folder;
     name_ = name;
     give_temporary_name();
-    const HANDLE file = CreateFileW(wide(temporary_).c_str(), GENERIC_READ | GENERIC_WRITE | DELETE,
+    // Others may open the file while it is held here (name_for_others): the C library shares no right to delete.
+    const HANDLE file = CreateFileW(wide(temporary_).c_str(), GENERIC_READ | GENERIC_WRITE,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, CREATE_NEW,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     handle_ = file == INVALID_HANDLE_VALUE ? -1 : reinterpret_cast<std::intptr_t>(file);

@@ -1,4 +1,4 @@
-// process - the program teska, started as a user starts it
+// process - the program teska, started as a user starts it: POSIX
 
 #include "support/process.h"
 
@@ -82,12 +82,6 @@ outcome run_teska(const std::vector<std::string> &arguments) { return run(argume
 outcome run_teska_killed(const std::vector<std::string> &arguments, int signal, int microseconds)
 {
     return run(arguments, signal, microseconds);
-}
-
-bool is_crash(const outcome &result)
-{
-    return result.code < 0 || result.code > 2 || result.err.find("Sanitizer") != std::string::npos ||
-           result.err.find("runtime error") != std::string::npos;
 }
 
 }  // namespace tool_test
