@@ -40,10 +40,22 @@ source_archive() {
     rm -rf build/source
 }
 
-# DLLs, import libraries for both kinds of linkers, headers and the CMake files.
+# The same work by the program in the zip and by the one in the Debian packages, each in a folder of its own.
+use_program() { # <folder> <command...>
+    mkdir "$1" && cd "$1" && shift
+    printf 'P6 3 2 255\n012345678901234567' >small.ppm
+    "$@" convert small.ppm small.png --to linear --quiet
+    "$@" convert small.png $'\303\244.tif' --to srgb --depth 16 --quiet
+    "$@" convert $'\303\244.tif' back.ppm --to srgb --quiet
+    "$@" pack all.arc small.ppm back.ppm --quiet
+    "$@" list all.arc
+    "$@" digest small.ppm back.ppm all.arc
+}
+
+# DLLs, import libraries for both kinds of linkers, headers, the CMake files and the program.
 zip_archive() {
     local library work=build/zip
-    (cd build/mingw && cpack -G ZIP -B "$packages")
+    (cd build/mingw-package && cpack -G ZIP -B "$packages")
     rm -rf "$packages/_CPack_Packages" "$work" && mkdir -p "$work"
     local archive
     archive=$(echo "$packages"/teska-*-windows-x86_64.zip)
@@ -67,8 +79,12 @@ zip_archive() {
     cmake --build "$work/consumer"
     cp "$work/consumer/consumer_Shared.exe" "$root/bin"
     local words
-    words=$(WINEPREFIX="$PWD/build/mingw/wine" WINEDEBUG=-all wine "$root/bin/consumer_Shared.exe" pear Apple fig | tr -d '\r' | tr '\n' ' ')
+    export WINEPREFIX="$PWD/build/mingw/wine"
+    words=$(tools/wine.sh "$root/bin/consumer_Shared.exe" pear Apple fig | tr -d '\r' | tr '\n' ' ')
     [[ $words == "Apple fig pear " ]] || fail "the program with the DLLs of the zip said: $words"
+    (use_program "$work/windows" "$PWD/tools/wine.sh" "$PWD/$root/bin/teska.exe") >"$work/windows.txt"
+    (use_program "$work/debian" "$PWD/build/package/apps/teska/teska") >"$work/debian.txt"
+    diff "$work/debian.txt" "$work/windows.txt" || fail "the program of the zip says something else"
 }
 
 # A bare Debian: the packages are installed, the programs of the README are built and run there.
