@@ -94,10 +94,7 @@ struct Place {
 
     std::int64_t at(const std::vector<std::int64_t> &index) const
     {
-        std::int64_t offset = first;
-        for (std::size_t k = 0; k < index.size(); ++k)
-            offset += index[k] * strides[k];
-        return offset;
+        return std::inner_product(index.begin(), index.end(), strides.begin(), first);
     }
 
     std::vector<void *> pointers(Bytes &buffer, std::int64_t offset, int channels) const
@@ -111,7 +108,7 @@ struct Place {
 
 void fill(Generator &random, Bytes &buffer, int size)
 {
-    std::generate(buffer.begin(), buffer.end(), [&] { return random.byte(); });
+    random.fill(buffer.data(), buffer.size());
     for (std::size_t k = 0; size == 8 && k + 8 <= buffer.size(); k += 8) {
         const double value = random.unit();
         std::copy_n(reinterpret_cast<const unsigned char *>(&value), 8, &buffer[k]);

@@ -153,16 +153,6 @@ TEST(MmdTetras, ConvertsByTagThroughAllAndBlendedAsTheTablesAloneDo)
         }
 }
 
-TEST(MmdTetrasMix, RefusesOtherTables)
-{
-    Generator random(42);
-    const Set set(2, 1, 1, 2, false, random);
-    Samples<unsigned short> in(Words{12345}), out(Words{99});
-    for (const auto &[a, b] : {std::pair{-1, 0}, {0, -1}, {2, 0}, {0, 2}, {INT_MAX, INT_MIN}})
-        EXPECT_EQ(mmd_tetras_interp_mix(set.get(), a, b, in.at.data(), 1, out.at.data(), 1, 1, nullptr, 0), 0);
-    EXPECT_EQ(out.buffer[0], 99);
-}
-
 TEST(MmdTetras, KeepsItsTablesApart)
 {
     Generator random(43);
@@ -203,6 +193,10 @@ TEST(MmdTetras, RefusesWhatCannotBe)
     for (const auto &[k, c, n] : {std::array{-1, 0, 2}, {2, 0, 2}, {0, -1, 2}, {0, 3, 2}, {0, 0, 1}})
         EXPECT_EQ(mmd_tetras_olut_set(set.get(), k, c, n, entries), 0) << k << ' ' << c << ' ' << n;
     EXPECT_EQ(reports.take(), lines(5, "mmd_tetras_olut_set: illegal curve"));
+    Samples<unsigned short> in(Words{12345}), out(Words(3, 99));
+    for (const auto &[a, b] : {std::pair{-1, 0}, {0, -1}, {2, 0}, {0, 2}, {INT_MAX, INT_MIN}})
+        EXPECT_EQ(mmd_tetras_interp_mix(set.get(), a, b, in.at.data(), 1, out.at.data(), 3, 1, nullptr, 0), 0);
+    EXPECT_EQ(out.buffer, Words(3, 99));
 }
 
 }  // namespace
