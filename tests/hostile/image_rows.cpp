@@ -9,8 +9,8 @@ const auto line = [] { return mid(40); };
 const auto holder = [] { return rows_of(1, 40); };
 const auto size = [] { return one_of(1, 3, 6, 0, -1, INT_MIN); };
 const auto length = [] { return one_of(0, 1, 20, -1, INT_MIN); };
-const auto first = [] { return one_of(0, 0, 0, 1, 5, -1, INT_MIN, INT_MAX); };
-const auto lines = [] { return one_of(1, 2, 3, 8, 0, -1, INT_MIN, INT_MAX); };
+const auto first = [] { return one_of(0, 0, 0, 0, 1, 5, -1, INT_MAX); };
+const auto lines = [] { return one_of(8, 8, 8, 8, 1, 2, 0, INT_MAX); };
 const auto components = [] { return about(1, 4); };
 
 void converted(void **, int, void **, int, int) {}
@@ -32,7 +32,7 @@ const whole_image *image_of(Draw &draw, int n, int depth, int width, int height)
     return image;
 }
 
-int extent(Draw &draw) { return 1 + draw.random.below(8); }
+int extent(Draw &draw) { return draw.chance(2) ? 8 : 1 + draw.random.below(8); }  // the room ends where 8 do
 
 constexpr From image{[](Draw &draw, const whole_image **) {
     return image_of(draw, 1 + draw.random.below(4), draw.chance(2) ? 8 : 16, extent(draw), extent(draw));
