@@ -79,15 +79,14 @@ tetra_point dice_point(int i)
     return i < 8 ? tetra_point{i % 2 * 10.0, i / 2 % 2 * 10.0, i / 4 * 10.0, 0} : tetra_point{3, 4, 5, 0};
 }
 
-std::shared_ptr<list_rec> dice_points()
-{
-    const std::shared_ptr<list_rec> points(list_new(20, sizeof(tetra_point), nullptr), list_kill);
+const std::shared_ptr<list_rec> points = [] {
+    std::shared_ptr<list_rec> made(list_new(20, sizeof(tetra_point), nullptr), list_kill);
     for (int i = 0; i < 9; ++i) {
         const tetra_point p = dice_point(i);
-        list_insert(points.get(), &p);
+        list_insert(made.get(), &p);
     }
-    return points;
-}
+    return made;
+}();
 
 int add(const Hull &hull, int i)
 {
@@ -115,9 +114,7 @@ const lines no_room{"list_insert : Unable to extend list, insufficient resources
 const SweepRows rows({
     creating("plane_new2", plane_new2, plane_kill, {nothing}, corner, corner + 1, corner + 2),
     creating("tetra_volume_new0", tetra_volume_new0, tetra_volume_kill, {nothing, no_list}),
-    changing("tetra_volume_new", dice_points,
-             [](const auto &points) { return made(tetra_volume_new(points.get()), tetra_volume_kill); }, nullptr,
-             {nothing, no_list, no_room}),
+    creating("tetra_volume_new", tetra_volume_new, tetra_volume_kill, {nothing, no_list, no_room}, points.get()),
     row("tetra_volume_add_plane", 10, add_plane, {nothing, no_room}),
     row("tetra_volume_add_plane2", 10, add_plane2, {nothing, no_room}),
     row("tetra_volume_add_tetra", 0, add_tetra, {nothing, no_room}),

@@ -223,54 +223,26 @@ int live_blocks() { return static_cast<int>(blocks.size()) + found_again; }
 
 extern "C" {
 
-using sized = void *(std::size_t size);
-using sized_nothrow = void *(std::size_t size, const std::nothrow_t &tag);
-using freeing = void(void *block);
-using freeing_sized = void(void *block, std::size_t size);
+void *_Znwm(std::size_t size), *_Znam(std::size_t size);
+void *_ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag);
+void *_ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag);
+void _ZdlPv(void *block), _ZdaPv(void *block);
+void _ZdlPvm(void *block, std::size_t size), _ZdaPvm(void *block, std::size_t size);
 
-sized __real_malloc, __real__Znwm, __real__Znam;
-sized_nothrow __real__ZnwmRKSt9nothrow_t, __real__ZnamRKSt9nothrow_t;
-freeing __real_free, __real__ZdlPv, __real__ZdaPv;
-freeing_sized __real__ZdlPvm, __real__ZdaPvm;
-decltype(calloc) __real_calloc;
-decltype(realloc) __real_realloc;
-
-void *__wrap_malloc(std::size_t size) { return allocate<__real_malloc>(size); }
-void *__wrap_calloc(std::size_t count, std::size_t size) { return allocate<__real_calloc>(count, size); }
-void __wrap_free(void *block) { release<__real_free>(block); }
-
-void *__wrap_realloc(void *block, std::size_t size)
-{
-    if (fails(fault_kind::memory))
-        return nullptr;
-    void *moved = __real_realloc(block, size);
-    if (moved != nullptr)
-        blocks.erase(block);
-    return keep(moved);
-}
-
-void *__wrap__Znwm(std::size_t size) { return allocate_or_throw<__real__Znwm>(size); }
-void *__wrap__Znam(std::size_t size) { return allocate_or_throw<__real__Znam>(size); }
-
-void *__wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag)
-{
-    return allocate<__real__ZnwmRKSt9nothrow_t>(size, tag);
-}
-
-void *__wrap__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag)
-{
-    return allocate<__real__ZnamRKSt9nothrow_t>(size, tag);
-}
-
-void __wrap__ZdlPv(void *block) { release<__real__ZdlPv>(block); }
-void __wrap__ZdaPv(void *block) { release<__real__ZdaPv>(block); }
-void __wrap__ZdlPvm(void *block, std::size_t size) { release<__real__ZdlPvm>(block, size); }
-void __wrap__ZdaPvm(void *block, std::size_t size) { release<__real__ZdaPvm>(block, size); }
-
-// Calls that only fail or are made; then calls with a wrapper of their own.
 #define WRAPPED(call, wrapper, parameters, ...)                                                                        \
     decltype(call) __real_##call;                                                                                      \
     auto __wrap_##call parameters { return wrapper<__real_##call>(__VA_ARGS__); }
+WRAPPED(malloc, allocate, (std::size_t size), size)
+WRAPPED(calloc, allocate, (std::size_t count, std::size_t size), count, size)
+WRAPPED(_Znwm, allocate_or_throw, (std::size_t size), size)
+WRAPPED(_Znam, allocate_or_throw, (std::size_t size), size)
+WRAPPED(_ZnwmRKSt9nothrow_t, allocate, (std::size_t size, const std::nothrow_t &tag), size, tag)
+WRAPPED(_ZnamRKSt9nothrow_t, allocate, (std::size_t size, const std::nothrow_t &tag), size, tag)
+WRAPPED(free, release, (void *block), block)
+WRAPPED(_ZdlPv, release, (void *block), block)
+WRAPPED(_ZdaPv, release, (void *block), block)
+WRAPPED(_ZdlPvm, release, (void *block, std::size_t size), block, size)
+WRAPPED(_ZdaPvm, release, (void *block, std::size_t size), block, size)
 WRAPPED(fopen, file_call, (const char *path, const char *mode), path, mode)
 WRAPPED(fputc, file_call, (int byte, std::FILE *file), byte, file)
 WRAPPED(fseek, file_call, (std::FILE * file, long offset, int from), file, offset, from)
@@ -326,10 +298,21 @@ RECORDED(symlinkat, symlink, (const char *content, int folder, const char *name)
          folder, name)
 #undef RECORDED
 
+decltype(realloc) __real_realloc;
 decltype(fgetc) __real_fgetc;
 decltype(copy_file_range) __real_copy_file_range;
 decltype(fsync) __real_fsync;
 decltype(realpath) __real_realpath;
+
+void *__wrap_realloc(void *block, std::size_t size)
+{
+    if (fails(fault_kind::memory))
+        return nullptr;
+    void *moved = __real_realloc(block, size);
+    if (moved != nullptr)
+        blocks.erase(block);
+    return keep(moved);
+}
 
 int __wrap_fgetc(std::FILE *file)
 {
