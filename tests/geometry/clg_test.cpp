@@ -49,19 +49,6 @@ public:
         EXPECT_EQ(clg_add(*this, device.data(), colour.data()), 0);
     }
 
-    // All corners of the device's cube, and a colour for each, of device values from 0 to 1.
-    void add_corners(int channels, const Device &colour, double lo = 0, double hi = 1) const
-    {
-        for (int i = 0; i < 1 << channels; ++i) {
-            Values device, part;
-            for (int j = 0; j < channels; ++j) {
-                part.push_back(i >> j & 1);
-                device.push_back(lo + (hi - lo) * part.back());
-            }
-            add(device, colour(part.data()));
-        }
-    }
-
     // What clg_nearest says; clg_find and clg_inside must say the same.
     struct Answer {
         int inside;
@@ -99,11 +86,18 @@ const Device press = [](const double *d) { return Colour{50 * (d[0] + d[3]), 50 
 const double black[4] = {0, 0, 0, 1};
 constexpr int cells_of_cube[] = {1, 1, 2, 6, 24};  // as many as the corners have orders
 
-// Of the corners alone.
+// Of the corners of the device's cube alone, and a colour for each, of device values from 0 to 1.
 Cloud corner_cloud(int channels, const Device &colour, double lo = 0, double hi = 1)
 {
     Cloud cloud(channels, channels, lo, hi);
-    cloud.add_corners(channels, colour, lo, hi);
+    for (int i = 0; i < 1 << channels; ++i) {
+        Values device, part;
+        for (int j = 0; j < channels; ++j) {
+            part.push_back(i >> j & 1);
+            device.push_back(lo + (hi - lo) * part.back());
+        }
+        cloud.add(device, colour(part.data()));
+    }
     EXPECT_EQ(clg_build(cloud), 0);
     EXPECT_EQ(clg_num_cells(cloud), cells_of_cube[channels]);
     return cloud;

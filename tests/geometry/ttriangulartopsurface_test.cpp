@@ -294,9 +294,8 @@ TEST(TopSurfaceConstructor, EndsWithNoise)
 {
     Generator noise(5);
     const device of = {"noise", 2, [&](const double *, double *c) {
-                           c[0] = noise.between(1.0, 2.0);
-                           c[1] = noise.between(-1.0, 1.0);
-                           c[2] = noise.between(-1.0, 1.0);
+                           for (int k = 0; k < 3; ++k)
+                               c[k] = noise.between(k == 0 ? 1.0 : -1.0, k == 0 ? 2.0 : 1.0);
                        }};
     Reports reports;
     Surface top(of, {.levels = even_levels(33)});
