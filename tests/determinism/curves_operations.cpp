@@ -37,6 +37,12 @@ void lines_met(Generator &input, Digest &digest)
     }
 }
 
+void add_points(Digest &digest, int sections, double *const &points)
+{
+    digest.add(points, static_cast<std::size_t>(sections + 1) * 16);
+    std::free(points);
+}
+
 void polylines(Generator &input, Digest &digest)
 {
     for (int i = 0; i < 300; ++i) {
@@ -46,9 +52,7 @@ void polylines(Generator &input, Digest &digest)
         const int segments = bezier_vector(b, bound, &line);
         digest.add<double>(dynar_ptr(line, 0), static_cast<std::size_t>(segments + 1) * 16);
         double *points = nullptr;
-        const int sections = bezier_fvector(b, bound, &points);
-        digest.add(points, static_cast<std::size_t>(sections + 1) * 16);
-        std::free(points);
+        add_points(digest, bezier_fvector(b, bound, &points), points);
         dynar_kill(line);
         bezier_kill(b);
     }
@@ -168,9 +172,7 @@ Operation::Run chain_queries(Generator &input)
         poly_bezier_box(p.get(), box);
         digest.put(box, poly_bezier_area(p.get()));
         double *points = nullptr;
-        const int sections = poly_bezier_vector(p.get(), 0.01, &points);
-        digest.add(points, static_cast<std::size_t>(sections + 1) * 16);
-        std::free(points);
+        add_points(digest, poly_bezier_vector(p.get(), 0.01, &points), points);
     };
 }
 
@@ -190,11 +192,10 @@ void chains_of_points(Generator &input, Digest &digest)
         const Chain tone(poly_bezier_monotone(count, x, y), poly_bezier_kill);
         for (const Chain &p : {fitted, smooth, tone})
             add_chain(digest, p);
-        for (int i = 0; i < 20; ++i) {
-            double value = 0;
+        double values[20] = {};
+        for (double &value : values)
             poly_bezier_get_y(tone.get(), input.between(0, x[count - 1]), &value);
-            digest.put(value);
-        }
+        digest.put(values);
         poly_bezier *parts[2] = {};
         poly_bezier_split(smooth.get(), input.between(0, count), &parts[0], &parts[1]);
         for (poly_bezier *part : parts)
