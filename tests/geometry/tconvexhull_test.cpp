@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -181,9 +180,16 @@ struct TConvexHullTest {
     {
         testing::internal::CaptureStderr();
         hull.PrintOut(hull.vertices);
-        const std::string text =
-            std::regex_replace(testing::internal::GetCapturedStderr(), std::regex("[0-9a-f]{4,8}"), "#");
-        return std::regex_replace(text, std::regex(" +#"), "#");  // shorter addresses are padded
+        const std::string all = testing::internal::GetCapturedStderr();
+        std::string text;
+        for (std::size_t at = 0, size; at < all.size(); at += size) {
+            const std::size_t digits = all.find_first_not_of("0123456789abcdef", at) - at;
+            size = std::clamp<std::size_t>(digits, 1, 8);
+            while (size >= 4 && text.ends_with(' '))  // shorter addresses are padded
+                text.pop_back();
+            text += size >= 4 ? "#" : all.substr(at, size);
+        }
+        return text;
     }
 };
 
