@@ -126,7 +126,7 @@ const SweepRows rows({
         "itemfifo_put", full_fifo, [](const Fifo &fifo) { return itemfifo_put(fifo.get(), "b") == 1; },
         [](const Fifo &fifo) { return std::to_string(itemfifo_nr_items(fifo.get())); },
         {{"itemfifo_put: unable to create new partition"}}),
-    creating("list_new", list_new, list_kill, {{no_list}}, 3, 8, nullptr),
+    creating("list_new", list_new, list_kill, {{no_list}}, 3, 8U, nullptr),
     growing("list_insert", [](list_rec *list) { return gave(1, list_insert(list, "def")); }),
     growing("list_insert_index", [](list_rec *list) { return gave(0, list_insert_index(list, "def", 0, 1)); }),
     growing("list_alloc", [](list_rec *list) { return gave(0, list_alloc(list, 7)); }),

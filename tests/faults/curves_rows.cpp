@@ -126,7 +126,7 @@ bool new_table(const std::shared_ptr<Place> &place)
 }
 
 const SweepRows curves({
-    creating("func_new", func_new, func_kill, {no_function, no_lists}, 3, 8, 4, nullptr),
+    creating("func_new", func_new, func_kill, {no_function, no_lists}, 3, 8U, 4U, nullptr),
     // The room of x, then that of y: an x that was already in its place has to leave it again.
     changing("func_insert", filled<1>, [](const Func &f) { return gave(0, func_insert(f.get(), "a", "z")); },
              func_points, {{no_room}}),

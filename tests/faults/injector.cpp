@@ -91,7 +91,7 @@ void release(void *block, Size... size)
 
 // Makes a call that does not fail now; gives -1 or null for one that does.
 template <auto real, class... Argument>
-auto file_call(Argument... arguments)
+auto file_call(Argument... arguments) -> decltype(real(arguments...))
 {
     using Result = decltype(real(arguments...));
     if (!fails(fault_kind::files))
@@ -231,7 +231,10 @@ void _ZdlPvm(void *block, std::size_t size), _ZdaPvm(void *block, std::size_t si
 
 #define WRAPPED(call, wrapper, parameters, ...)                                                                        \
     decltype(call) __real_##call;                                                                                      \
-    auto __wrap_##call parameters { return wrapper<__real_##call>(__VA_ARGS__); }
+    auto __wrap_##call parameters->decltype(wrapper<__real_##call>(__VA_ARGS__))                                       \
+    {                                                                                                                  \
+        return wrapper<__real_##call>(__VA_ARGS__);                                                                    \
+    }
 WRAPPED(malloc, allocate, (std::size_t size), size)
 WRAPPED(calloc, allocate, (std::size_t count, std::size_t size), count, size)
 WRAPPED(_Znwm, allocate_or_throw, (std::size_t size), size)

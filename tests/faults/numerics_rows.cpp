@@ -106,7 +106,7 @@ const SweepRows rows({
              constant, nullptr, 3),
     creating("random_new", random_new, random_kill, {{"Random_new : allocation failed"}}, 1),
     creating("rdither_new", rdither_new, rdither_kill,
-             {{"rdither_new:unable to create rdither"}, {"rdither_new: malloc failed"}}, 4, 1),
+             {{"rdither_new:unable to create rdither"}, {"rdither_new: malloc failed"}}, 4U, 1U),
 });
 
 TEST(TFastPow, GivesTheSamePowersWithoutATable)
