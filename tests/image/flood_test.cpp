@@ -82,8 +82,9 @@ TEST(FloodDo, FillsRandomRegionsToTheirEnds)
     teska_test::Generator random(76);
     teska_test::Digest calls;
     for (int round = 0; round < 700; ++round) {
-        const std::string row(1 + random.next() % 30, '.');
-        Drawing d{std::vector<std::string>(1 + random.next() % 30, row)};
+        const auto size = [&] { return static_cast<std::size_t>(1 + random.next() % 30); };
+        const std::string row(size(), '.');
+        Drawing d{std::vector<std::string>(size(), row)};
         for (std::string &pixels : d.rows)
             for (char &pixel : pixels)
                 pixel = random.below(10) < round % 7 ? '#' : '.';

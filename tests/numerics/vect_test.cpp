@@ -63,8 +63,8 @@ TEST(VectLocate, FindsTheFirstValueThatIsNotLess)
             vect_locate_in_array(a.data(), x, n, &in_ints);
             vect_locate_in_double_array(doubles.data(), x, n, &in_doubles);
             vect_locate_in_sh_array(shorts.data(), x, static_cast<unsigned short>(n), &in_shorts);
-            const std::vector<std::ptrdiff_t> found{in_ints, in_doubles, in_shorts};
-            EXPECT_EQ(found, std::vector(3, std::lower_bound(a.begin(), a.end(), x) - a.begin())) << x;
+            const std::vector<std::int64_t> found{in_ints, in_doubles, in_shorts};
+            EXPECT_EQ(found, std::vector<std::int64_t>(3, std::lower_bound(a.begin(), a.end(), x) - a.begin())) << x;
         }
     }
     unsigned place = 99;
