@@ -108,7 +108,8 @@ bool start(const resizing &job, izat *record, taker<Sample> &to)
                       job.target->width, taker<Sample>::took, &to, step(*job.source), step(*job.target)) != 0;
 }
 
-int whole(double value) { return static_cast<int>(std::clamp(value, INT_MIN + 0.0, INT_MAX + 0.0)); }
+// INT_MIN, which no window takes, for what is not a number.
+int whole(double value) { return value >= INT_MIN ? static_cast<int>(std::min(value, INT_MAX + 0.0)) : INT_MIN; }
 
 template <class Sample>
 bool start(const resizing &job, izoom *record, taker<Sample> &to)

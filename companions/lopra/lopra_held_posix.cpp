@@ -174,8 +174,11 @@ int lock_utf8(const char *path) noexcept
     struct stat status;
     if (descriptor < 0)
         return -1;
-    if (fstat(descriptor, &status) != 0)
-        return close_and_fail(descriptor, errno);
+    if (fstat(descriptor, &status) != 0) {
+        const int error = errno;
+        unlink(name.get());
+        return close_and_fail(descriptor, error);
+    }
     put_in(std::move(file), descriptor, status);
     return descriptor;
 }

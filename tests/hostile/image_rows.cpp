@@ -45,13 +45,6 @@ constexpr From resized{[](Draw &draw, const whole_image **) {
     const whole_image &last = *draw.last<const whole_image>();
     return image_of(draw, last.components, last.depth, extent(draw), extent(draw));
 }};
-// Picking takes whole numbers; what is none goes to the filters by izat's own rows.
-constexpr From window{[](Draw &draw, const double **) {
-    double *const made = draw.values<double>(4);
-    std::replace_if(
-        made, made + 4, [](double value) { return std::isnan(value); }, 0);
-    return made;
-}};
 constexpr From how{[](Draw &draw, const whole_image_sharpening **) {
     whole_image_sharpening *const made = draw.values<whole_image_sharpening>(1);
     *made = {draw.random.below(5) - 1, draw.values<double>(4),  draw.chance(2) ? draw.values<double>(4) : nullptr,
@@ -93,7 +86,7 @@ const HostileRows rows({
         const auto side = [&] { return draw.chance(8) ? draw.random.below(3) - 2 : 1 + draw.random.below(9); };
         izat_start(record, side(), side(), side(), side(), side(), handed, nullptr, 1, 1);
     }),
-    row<whole_image_resize>(one_of(-1, -1, 0, 1, 2, 3, 4, 5, INT_MAX), image, resized, or_null(window), first(),
+    row<whole_image_resize>(one_of(-1, -1, 0, 1, 2, 3, 4, 5, INT_MAX), image, resized, or_null(in(4)), first(),
                             lines()),
     row<whole_image_sharpen>(how, image, alike, first(), lines()),
     row<whole_image_flood>(image, about(0, 7), about(0, 7), one_of(0, 1, 40, INT_MAX), out(64)),
