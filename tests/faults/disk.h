@@ -1,6 +1,7 @@
 // disk - a model of what a disk can hold when the power is cut
 //
-// Bytes that were not flushed may be there or not; a name may lead to anything it was given since its folder was flushed.
+// Bytes that were not flushed may be there or not; a name may lead to anything it was given since its folder was
+// flushed.
 
 #ifndef TESKA_TESTS_DISK_H
 #define TESKA_TESTS_DISK_H

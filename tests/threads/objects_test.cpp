@@ -1,5 +1,6 @@
-// Objects of different threads never disturb each other, and one object, evaluated by several threads at once, gives the
-// bits that one thread gets from it: the operations of the same-bits program, and objects that it has only for itself.
+// Objects of different threads never disturb each other, and one object, evaluated by several threads at once, gives
+// the bits that one thread gets from it: the operations of the same-bits program, and objects that it has only for
+// itself.
 
 #include "support/generator.h"
 #include "support/owned_clut.h"
