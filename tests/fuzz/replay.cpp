@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <iterator>
@@ -22,9 +23,9 @@ std::string now;  // what is fed at the moment
 // A copy of its own, so that reading past the end is noticed.
 void feed(const std::string &input)
 {
-    std::vector<std::uint8_t> bytes(input.begin(), input.end());
-    bytes.reserve(1);  // null would mean something else
-    LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+    std::vector<std::uint8_t> bytes(std::max(input.size(), std::size_t{1}));  // null would mean something else
+    std::copy(input.begin(), input.end(), bytes.begin());
+    LLVMFuzzerTestOneInput(bytes.data(), input.size());
 }
 
 // Calls use(input) for each up to a size; there is one at least.
