@@ -5,6 +5,8 @@
 #include "support/folder.h"
 #include "support/process.h"
 
+#include "frame/platform.h"
+
 #include <windows.h>
 
 namespace tool_test
@@ -12,14 +14,6 @@ namespace tool_test
 
 namespace
 {
-
-std::wstring wide(const std::string &text)
-{
-    const int size = MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
-    std::wstring result(static_cast<std::size_t>(size), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), result.data(), size);
-    return result;
-}
 
 // A word of a command line, as the system takes it apart again: in quotes, backslashes before a quote doubled.
 std::string quoted(const std::string &word)
@@ -38,7 +32,7 @@ std::string quoted(const std::string &word)
 HANDLE file_for_child(const std::string &path)
 {
     SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-    return CreateFileW(wide(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS,
+    return CreateFileW(tool::native_path(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS,
                        FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
@@ -48,7 +42,7 @@ outcome run_teska(const std::vector<std::string> &arguments)
 {
     std::wstring command = L"teska";
     for (const std::string &argument : arguments)
-        command += L' ' + wide(quoted(argument));
+        command += L' ' + tool::native_path(quoted(argument)).native();
     const teska_test::Folder folder;
     STARTUPINFOW start = {};
     start.cb = sizeof start;
@@ -58,8 +52,8 @@ outcome run_teska(const std::vector<std::string> &arguments)
     start.hStdError = file_for_child(folder.path("err"));
     PROCESS_INFORMATION process = {};
     DWORD code = static_cast<DWORD>(-1);
-    if (CreateProcessW(wide(TESKA_PROGRAM).c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
-                       &process) != 0) {
+    if (CreateProcessW(tool::native_path(TESKA_PROGRAM).c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                       nullptr, &start, &process) != 0) {
         WaitForSingleObject(process.hProcess, INFINITE);
         GetExitCodeProcess(process.hProcess, &code);
         CloseHandle(process.hProcess);
