@@ -1,4 +1,8 @@
-/* check - what the programs of the examples say about values */
+/* check - what the programs of the examples say about values
+ *
+ * A paragraph of statements stands in a block of its own, in which `seen` counts from 0. A program defines what is to be
+ * done at its dots (DOTS_1, DOTS_2 ..) and THEN, at its end.
+ */
 #ifndef TESKA_TESTS_REFERENCE_CHECK_H
 #define TESKA_TESTS_REFERENCE_CHECK_H
 #include <math.h>
@@ -7,43 +11,24 @@
 #include <string.h>
 
 #ifdef __cplusplus
+#    define EXAMPLES(subsystem) extern "C" void subsystem##_examples()
 extern "C" {
+#else
+#    define EXAMPLES(subsystem) void subsystem##_examples(void)
 #endif
-
 /* Counts a failure of the running example unless ok; text is the expression. */
 void reference_check(int ok, const char *text, const char *file, int line);
-
-/* A folder in that of the example. */
+/* An empty file, or a folder with those above it, in that of the examples. */
+void reference_make_file(const char *name);
 void reference_make_folder(const char *name);
-
 #ifdef __cplusplus
 }
 #endif
 
-/* The function of an example, in a program of the same name as its header: that and this one are included already. */
-#ifdef __cplusplus
-#    define EXAMPLE(name)                                                                                              \
-        extern "C" void example_##name();                                                                              \
-        void example_##name()
-#else
-#    define EXAMPLE(name)                                                                                              \
-        void example_##name(void);                                                                                     \
-        void example_##name(void)
-#endif
-
-/* For an example to count with. */
 static int seen;
 
 #define CHECK(x) reference_check((x) != 0, #x, __FILE__, __LINE__)
 #define NEAR(a, b, tolerance) reference_check(fabs((a) - (b)) <= (tolerance), #a " is " #b, __FILE__, __LINE__)
-
-/* Every element of a vector. */
-#define NEAR_ALL(vector, tolerance, ...)                                                                               \
-    do {                                                                                                               \
-        const double expected[] = {__VA_ARGS__};                                                                       \
-        for (unsigned at = 0; at < sizeof expected / sizeof *expected; ++at)                                           \
-            reference_check(fabs((vector)[at] - expected[at]) <= (tolerance), #vector " is " #__VA_ARGS__, __FILE__,   \
-                            __LINE__);                                                                                 \
-    } while (0)
+#define NEAR_3(v, tolerance, x, y, z) NEAR(v[0], x, tolerance), NEAR(v[1], y, tolerance), NEAR(v[2], z, tolerance)
 
 #endif

@@ -3,15 +3,16 @@
 
     extract.py <folder> [--check]
 
-Paragraph k of the examples in x.h becomes x_<k>.inc. A remark on the right becomes a comment, "..." becomes DOTS_1, DOTS_2
-.. in the order of the header, which a program defines as what its reader would write there. With --check a header
-with an example that no program includes is an error.
+Paragraph k of the examples in x.h becomes x_<k>.inc, statements as a block that ends with THEN. A remark on the right
+becomes a comment, "..." becomes DOTS_1, DOTS_2 .., which a program defines as what its reader would write there. With
+--check a header with an example that no program includes is an error.
 """
 
 import re
 import sys
 from pathlib import Path
 
+DEFINITION = re.compile(r"static |class |(int|void) \w+\(.*\)\s*(\{|$)")
 HERE = Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parents[1] / "tools"))
 
@@ -19,40 +20,37 @@ from doxygen_filter import Library
 from header_comments import code_and_text, cut_remark, indented_blocks
 
 
-class Dots:
-    """Counts the places left open in a header."""
+def as_source(lines):
+    """A paragraph as the text of a file."""
+    names = []
 
-    def __init__(self):
-        self.count = 0
+    def dots(match):
+        names.append(f"DOTS_{len(names) + 1}")
+        return f"{match[1]}{names[-1]}{'' if match[2].startswith(';') else ';'}{match[2]}"
 
-    def name(self, match):
-        self.count += 1
-        before, after = match[1], match[2]
-        return f"{before}DOTS_{self.count}{'' if after.startswith(';') else ';'}{after}"
-
-
-def as_source(lines, dots):
+    text = ""
     for line in lines:
         code, remark = cut_remark(line)
-        code = re.sub(r"(.*?)(?<!\.)\.\.\.(?!\.)(.*)", dots.name, code, count=1)
-        yield f"{code} /* {remark} */" if remark else code
+        code = re.sub(r"(.*?)(?<!\.)\.\.\.(?!\.)(.*)", dots, code, count=1)
+        text += f"{code} /* {remark} */\n" if remark else f"{code}\n"
+    if not DEFINITION.match(text):
+        text = f"{{\nseen = 0;\n{text}THEN;\n}}\n"
+        names.append("THEN")
+    defaults = "".join(f"#ifndef {name}\n#    define {name} ((void)0)\n#endif\n" for name in names)
+    return defaults + text + "".join(f"#undef {name}\n" for name in names)
 
 
 def examples(library):
     """Header -> the texts of its paragraphs."""
     for header in library.headers:
-        dots, found = Dots(), []
+        found = []
         for comment in header.comments:
             if comment.access == "private" or comment.kind in ("trailing", "inner"):
                 continue
             for block in indented_blocks(header.elements(comment)):
                 for lines, is_code in code_and_text(block, library.names):
                     if is_code:
-                        defaults = dots.count
-                        text = "\n".join(as_source(lines, dots))
-                        names = [f"DOTS_{i}" for i in range(defaults + 1, dots.count + 1)]
-                        guards = [f"#ifndef {name}\n#    define {name} ((void)0)\n#endif\n" for name in names]
-                        found.append("".join(guards) + text + "\n")
+                        found.append(as_source(lines))
         if found:
             yield header.path.stem, found
 

@@ -1,4 +1,5 @@
-// The examples of the public headers, extracted (extract.py), compiled and run; each in a folder of its own.
+// The examples of the public headers, extracted (extract.py), compiled and run; those of a subsystem in a folder of
+// their own.
 
 #include "support/folder.h"
 
@@ -7,34 +8,33 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-
-#undef EXAMPLE
-#define EXAMPLE(name) extern "C" void example_##name();
-#include "examples.inc"
-#undef EXAMPLE
+#include <fstream>
 
 namespace
 {
 
-void run(void (*example)())
+void run(void (*examples)())
 {
     const std::filesystem::path before = std::filesystem::current_path();
     const teska_test::Folder folder;
     std::filesystem::current_path(folder.path());
-    example();
+    examples();
     std::filesystem::current_path(before);
 }
 
 }  // namespace
 
-extern "C" void reference_check(int ok, const char *text, const char *file, int line)
+void reference_check(int ok, const char *text, const char *file, int line)
 {
     if (ok == 0)
         ADD_FAILURE_AT(file, line) << text;
 }
 
-extern "C" void reference_make_folder(const char *name) { std::filesystem::create_directories(name); }
+void reference_make_file(const char *name) { EXPECT_TRUE(std::ofstream(name).is_open()) << name; }
 
-#define EXAMPLE(name)                                                                                                  \
-    TEST(HeaderExample, name) { run(example_##name); }
+void reference_make_folder(const char *name) { std::filesystem::create_directories(name); }
+
+#define RUN(subsystem)                                                                                                 \
+    EXAMPLES(subsystem);                                                                                               \
+    TEST(HeaderExamples, subsystem) { run(subsystem##_examples); }
 #include "examples.inc"

@@ -1,4 +1,0 @@
-EXAMPLE(file_double)
-{
-#include "file_double_1.inc"
-}

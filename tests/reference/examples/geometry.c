@@ -1,0 +1,60 @@
+#include "check.h"
+#include "press.h"
+#include "teska_geometry.h"
+#include "top_surface_1.inc"
+
+/* A tetrahedron around (50, 10, 10). */
+static int add_corners(list_rec *points)
+{
+    static const tetra_point corners[] = {{100, 0, 0, 2}, {50, 100, 0, 3}, {50, 0, 100, 4}, {50, -80, -80, 5}};
+    for (int i = 0; i < 4; ++i)
+        list_insert(points, &corners[i]);
+    return list_num(points);
+}
+
+EXAMPLES(geometry)
+{
+    enum { patches = 81 };
+    static double measured[1485][3], cmyk[patches][4], colours[1000][3], norm[3000], penalty[1000];
+    const double colour[3] = {50, 70, 100}, wanted[3] = {60, 100, 100};
+    double(*lab)[3] = colours, device[4], printable[3], dist = 0;
+    void *user = NULL;
+    int i, k, corner[3], patch[3];
+    for (i = 0; i < patches; ++i) {
+        for (int ink = 0, digits = i; ink < 4; ++ink, digits /= 3) {
+            cmyk[i][ink] = digits % 3 * 50;
+            device[ink] = 1 - cmyk[i][ink] / 100;
+        }
+        press(user, device, lab[i]);
+    }
+#define DOTS_1 CHECK(dist > 0), ++seen
+#define THEN CHECK(seen)
+#include "clg_1.inc"
+    for (i = 0; i < 1485; ++i)
+        for (k = 0; k < 3; ++k)
+            measured[i][k] = (k == 0 ? i % 11 : k == 1 ? i / 11 % 15 : i / 165) * 10;
+    convex_hull *gamut = NULL;
+#define convex_hull_get_face(hull, face, c) (++seen, convex_hull_get_face(hull, face, c))
+#define THEN CHECK(seen >= 12), NEAR(dist, 20, 1e-9), NEAR(printable[2], 80, 1e-9)
+#include "convex_hull_1.inc"
+    gamut = convex_hull_new();
+#include "convex_hull_2.inc"
+    convex_hull_kill(gamut);
+#define THEN NEAR(dist, 5, 1e-12), NEAR_3(r.point, 1e-12, 2, 3, 0), NEAR_3(r.weight, 1e-12, 0.5, 0.2, 0.3)
+#include "proj_1.inc"
+#define list_insert(points, black) (list_insert(points, black), seen = add_corners(points))
+#define THEN CHECK(seen == 5), CHECK(t != NULL), CHECK(w[0] >= 0 && w[1] >= 0 && w[2] >= 0 && w[0] + w[1] + w[2] <= 1)
+#include "tetra_1.inc"
+#undef list_insert
+    {
+        double *lab = colours[0];
+#define DOTS_1 ++seen
+#define THEN CHECK(seen), CHECK(penalty[0] == 0)
+#include "top_surface_2.inc"
+    }
+    list_rec *points = list_new(10, sizeof(tetra_point), 0);
+    add_corners(points);
+#define THEN CHECK(remove("edges.txt") == 0), tetra_volume_kill(gamut)
+#include "volume_export_1.inc"
+    list_kill(points);
+}

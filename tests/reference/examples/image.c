@@ -1,0 +1,54 @@
+#include "check.h"
+#include "teska_image.h"
+
+#define DOTS_1 ++seen, (void)component
+#include "fir_1.inc"
+struct picture {
+    int width, height, old;
+    unsigned char *row[32];
+};
+#define DOTS_1 memset(((struct picture *)user)->row[y] + xFirst, (seen += xLast - xFirst + 1, 1), xLast - xFirst + 1u)
+#include "flood_1.inc"
+static void write_component(int k, const unsigned char *line) { CHECK(line[1000] == 50), seen += 1 << 4 * k; }
+#include "fusm_1.inc"
+#define consume consume_line
+#define DOTS_1 ++*(int *)context, (void)line
+#include "izat_1.inc"
+#undef consume
+#define DOTS_1 ++seen, (void)component
+#include "ibilin_1.inc"
+
+EXAMPLES(image)
+{
+    enum { srcLines = 3, srcWidth = 4, dstLines = 6, dstWidth = 8, height = 4, width = 5, lines = 6 };
+    static unsigned char line[height][3 * width], image[lines][3 * 2048], rows[32][32], rgb[srcLines * 3 * srcWidth];
+    unsigned char made[3][3 * dstWidth], *out[3] = {made[0], made[1], made[2]}, **row = out;
+    struct picture picture = {32, 32, 0, {0}};
+    int y, job = 0;
+    for (y = 0; y < 32; ++y)
+        picture.row[y] = rows[y];
+    rows[8][3] = 1;
+    memset(image, 50, sizeof image);
+    memset(rgb, 90, sizeof rgb);
+#define THEN CHECK(seen == 3 * height)
+#include "fir_2.inc"
+#define THEN CHECK(seen == 32 * 32 - 1)
+#include "flood_2.inc"
+#define THEN CHECK(seen == 0x111 * lines)
+#include "fusm_2.inc"
+#define THEN CHECK(seen == 3 * dstLines), CHECK(row[2][dstWidth - 1] == 90)
+#include "ibilin_2.inc"
+    {
+        unsigned char *row = made[0];
+#define consume consume_line
+#define THEN CHECK(job == dstLines), CHECK(row[3 * dstWidth - 1] == 90)
+#include "izat_2.inc"
+    }
+    unsigned char *pixels = malloc(6000u * 4000u * 3), *result = calloc(1500u * 1000u, 3);
+    memset(pixels, 77, 6000u * 4000u * 3);
+#define DOTS_1 ++seen /* refused */
+#define THEN CHECK(!seen), CHECK(result[1500u * 1000u * 3 - 1] == 77)
+#include "whole_image_1.inc"
+    free(pixels);
+    free(result);
+}

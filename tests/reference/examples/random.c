@@ -1,5 +1,0 @@
-EXAMPLE(random)
-{
-#include "random_1.inc"
-    CHECK(face >= 1 && face <= 6);
-}

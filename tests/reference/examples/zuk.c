@@ -1,4 +1,0 @@
-EXAMPLE(zuk)
-{
-#include "zuk_1.inc"
-}
