@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdlib>
-#include <filesystem>
 #include <iterator>
 #include <sstream>
 #include <string>
@@ -50,8 +50,8 @@ std::intptr_t start()
     const char *emulator = std::getenv("TESKA_EMULATOR");
     std::istringstream command(emulator != nullptr ? emulator : "");
     std::vector<std::string> words{std::istream_iterator<std::string>(command), {}};
-    // For a program that an emulator starts, that name would be the emulator.
-    words.push_back(words.empty() ? "/proc/self/exe" : std::filesystem::read_symlink("/proc/self/exe").string());
+    // For a program that an emulator or another loader starts, the name in /proc may be theirs.
+    words.push_back(words.empty() ? "/proc/self/exe" : program_invocation_name);
     std::vector<char *> arguments;
     for (std::string &word : words)
         arguments.push_back(word.data());
