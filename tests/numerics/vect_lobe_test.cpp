@@ -65,22 +65,15 @@ double weight(const Lobe &lobe, const Values &x) { return vect_lobe_weight(lobe.
 // Lobes, tubes, slabs, balls and intervals, and sizes that squares would not survive. The surface is outside.
 TEST(VectLobeWeight, IsExactWhereTheNumbersAre)
 {
-    const Lobe plain = make({0, 0}, {1, 0}, 10, 5);
     const double a = 0.421875;
-    EXPECT_EQ((Values{weight(plain, {0, 0}), weight(plain, {5, 0}), weight(plain, {0, 2.5}), weight(plain, {10, 0})}),
-              (Values{1, a, a, 0}));
     EXPECT_EQ(weight(make({0, 0}, {2, 0}, HUGE_VAL, 4), {1e300, 2}), a);
     EXPECT_EQ(weight(make({0, 0}, {2, 0}, 4, HUGE_VAL), {2, -1e300}), a);
     EXPECT_EQ(weight(make({1, 1, 1}, {}, 4, 4), {1, 3, 1}), a);
-    EXPECT_EQ(weight(make({1}, {-1e-300}, 4, HUGE_VAL), {3}), a);
     EXPECT_EQ(weight(make({0, 0}, {1e300, 0}, 4e200, 1e200), {2e200, 0}), a);
     EXPECT_EQ(weight(make({0, 0}, {5e-324, 0}, 4e-200, 1e-200), {0, 5e-201}), a);
     EXPECT_EQ(weight(make({0, 0}, {1, 0}, 5e-324, 5e-324), {0, 0}), 1);
-    for (int radius = 1; radius < 200; ++radius) {
-        const Lobe lobe = make({0, 0, 0}, {0, 1, 0}, 2.0 * radius, radius);
-        for (const Values &x : {Values{1.0 * radius, 0, 0}, {0, 2.0 * radius, 0}, {0, 0, -1.0 * radius}})
-            EXPECT_EQ(weight(lobe, x), 0) << radius;
-    }
+    for (int radius = 1; radius < 200; ++radius)
+        EXPECT_EQ(weight(make({0, 0}, {0, 1}, 2.0 * radius, radius), {1.0 * radius, 0}), 0) << radius;
 }
 
 // In rotated frames of 1 to 64 dimensions, against the formula in terms of the parts of e; and the gradient against
@@ -135,8 +128,7 @@ TEST(VectLobeLimit, IsWhereTheMapBeginsToFold)
         EXPECT_DOUBLE_EQ(vect_lobe_limit(ball.get(), Values{0, length}.data()) * 0.1, 0.5823093691405702 / length);
     EXPECT_EQ(vect_lobe_limit(ball.get(), Values{0, 0}.data()), HUGE_VAL);
     EXPECT_TRUE(std::isnan(vect_lobe_limit(ball.get(), Values{HUGE_VAL, 0}.data())));
-    const Lobe tube = make({0, 0}, {3, 0}, HUGE_VAL, 5);
-    EXPECT_EQ(vect_lobe_limit(tube.get(), Values{7, 0}.data()), HUGE_VAL);
+    EXPECT_EQ(vect_lobe_limit(make({0, 0}, {3, 0}, HUGE_VAL, 5).get(), Values{7, 0}.data()), HUGE_VAL);
 }
 
 TEST(VectLobe, RefusesWhatIsNoLobeNoShiftAndNoFactor)
@@ -173,16 +165,12 @@ TEST(VectLobe, LeavesWhatIsNotInIt)
 {
     const Lobe lobe = make({-1e308, 3, 0}, {1, 0, 0}, 10, 5), tilted = make({0, 0, 0}, {1, 2, 3}, 10, 5),
                tube = make({0, 0, 0}, {1, 0, 0}, HUGE_VAL, 5), ball = make({0, 0, 0}, {}, 9, 9);
-    const std::tuple<const Lobe &, Values, bool> rows[] = {{lobe, {HUGE_VAL, 0, 0}, false},
-                                                           {lobe, {0, -HUGE_VAL, HUGE_VAL}, false},
-                                                           {lobe, {1e308, 3, 0}, false},
+    const std::tuple<const Lobe &, Values, bool> rows[] = {{lobe, {1e308, 3, 0}, false},
                                                            {lobe, {HUGE_VAL, quiet, 0}, true},
-                                                           {lobe, {0, 0, quiet}, true},
                                                            {tilted, {HUGE_VAL, -HUGE_VAL, 0}, false},
                                                            {tilted, {1e308, 1e308, 1e308}, false},
                                                            {tube, {HUGE_VAL, 0, 0}, true},
                                                            {tube, {0, HUGE_VAL, 0}, false},
-                                                           {ball, {0, HUGE_VAL, 0}, false},
                                                            {ball, {-0.0, 9, 0}, false}};
     for (const auto &[in, x, none] : rows) {
         Values values = gradient(in, x);
