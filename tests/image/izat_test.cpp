@@ -256,38 +256,6 @@ TEST(Izoom, PicksThePixelInWhichTheCentreLies)
     }
 }
 
-// Steps, mirrors, gaps, no output, no callback, and lines beyond the last.
-template <class Record>
-void check_layouts(Record *z)
-{
-    const Size from{1, 4}, to{1, 4};
-    const unsigned char line[] = {9, 8, 7, 6, 5, 4, 3, 2};
-    unsigned char result[12];
-    std::fill_n(result, 12, '.');
-    ASSERT_EQ(start(z, 2, from, to, nullptr, nullptr, -2, 3), 1);
-    unsigned char *out = result;
-    EXPECT_EQ(feed(z, line + 6, &out), 1);
-    EXPECT_EQ(std::string(result, result + 12), std::string("\x03\x02.\x05\x04.\x07\x06.\x09\x08.", 12));
-    EXPECT_EQ(feed(z, line, &out), 0) << "beyond the last line";
-
-    ASSERT_EQ(start(z, 1, from, to, nullptr, nullptr, 0, 1), 1);
-    out = result;
-    EXPECT_EQ(feed(z, line, &out), 1);
-    EXPECT_EQ(std::string(result, result + 4), std::string("\x09\x09\x09\x09"));
-
-    Collector<unsigned char> collector;
-    ASSERT_EQ(start(z, 1, from, {3, 4}, Collector<unsigned char>::add, &collector, 1, 1), 1);
-    out = nullptr;
-    EXPECT_EQ(feed(z, line, &out), 3);
-    EXPECT_EQ(collector.numbers, (Numbers{0, 1, 2}));
-}
-
-TEST(IzatLine, TakesAnyLayout)
-{
-    check_layouts(new_zoom(IZAT_AREA).get());
-    check_layouts(new_pick().get());
-}
-
 template <class Record, class Number>
 void check_refusals(Record *z, const std::string &name, int (*set)(Record *, Number, Number, Number, Number),
                     const std::vector<std::array<Number, 4>> &windows)
@@ -315,9 +283,13 @@ void check_refusals(Record *z, const std::string &name, int (*set)(Record *, Num
     set(z, 0, 0, 0, 0);
     refused(16, good, {1, INT_MAX / 2}, "insufficient memory");
     EXPECT_EQ(feed(z, line, &out), 0) << "after a failed start";
-    EXPECT_EQ(start(z, 1, good, good, nullptr, nullptr, 1, 1), 1);
+    EXPECT_EQ(start(z, 1, good, good, nullptr, nullptr, 0, 1), 1);
     EXPECT_EQ(feed(z, line, &out), 1);
-    EXPECT_EQ(std::string(result, result + 4), "\x01\x02\x03\x04");
+    EXPECT_EQ(std::string(result, result + 4), "\x01\x01\x01\x01") << "the same sample again and again";
+    EXPECT_EQ(feed(z, line, &out), 0) << "beyond the last line";
+    out = nullptr;
+    EXPECT_EQ(start(z, 1, good, {3, 4}, nullptr, nullptr, 1, 1), 1);
+    EXPECT_EQ(feed(z, line, &out), 3) << "without output";
 }
 
 TEST(IzatStart, RefusesInOrderAndIgnoresLinesUntilItSucceeds)
@@ -334,8 +306,10 @@ TEST(IzatStart, RefusesInOrderAndIgnoresLinesUntilItSucceeds)
     for (const int kernel : {-1, 5})
         EXPECT_EQ(izat_new(kernel), nullptr);
     EXPECT_EQ(start(z.get(), 1, {INT_MAX, 4}, {1, 4}, nullptr, nullptr, 1, 1), 0);
-    EXPECT_EQ(reports.take(),
-              (lines{"izat_new: illegal kernel", "izat_new: illegal kernel", "izat_start: insufficient memory"}));
+    izat_strip_set(z.get(), 3, 2);
+    EXPECT_EQ(start(z.get(), 1, {4, 4}, {4, 4}, nullptr, nullptr, 1, 1), 0);
+    EXPECT_EQ(reports.take(), (lines{"izat_new: illegal kernel", "izat_new: illegal kernel",
+                                     "izat_start: illegal strip", "izat_start: insufficient memory"}));
 }
 
 // Extreme ratios and windows, where taps are cut and sizes checked.
