@@ -27,17 +27,28 @@ void centre(const Sample *line, std::ptrdiff_t step, std::ptrdiff_t count, std::
         centred[x] = static_cast<std::int16_t>(line[x * step] - middle<Sample>);
 }
 
+// Weights in runs of `Run` taps, the next run `Next` further.
+template <std::ptrdiff_t Run, std::ptrdiff_t Next>
+std::int32_t weighted_sum(const std::int16_t *weights, std::ptrdiff_t taps, const std::int16_t *samples) noexcept
+{
+    std::int32_t sum = 0;
+    for (std::ptrdiff_t j = 0; j < taps; j += Run, weights += Next)
+        for (std::ptrdiff_t k = 0; k < Run; ++k)
+            sum += weights[k] * samples[j + k];
+    return sum;
+}
+
 template <class Sample>
 void across(const izat_columns &columns, const std::int16_t *centred, const izat_halves &out) noexcept
 {
     constexpr std::int32_t lower_mask = (std::int32_t{1} << lower_bits<Sample>)-1;
+    const std::ptrdiff_t taps = columns.taps;
     for (std::ptrdiff_t x = 0; x < columns.count; ++x) {
         const std::int16_t *const first = centred + columns.first[x];
-        const std::int16_t *weights = columns.weights + izat_first_row(columns.taps, x);
-        std::int32_t sum = 0;
-        for (std::ptrdiff_t j = 0; j < columns.taps; j += izat_row, weights += izat_next_row)
-            for (std::ptrdiff_t k = 0; k < izat_row; ++k)
-                sum += weights[k] * first[j + k];
+        const std::int32_t sum =
+            columns.picks != nullptr
+                ? weighted_sum<izat_pair, izat_next_pair>(columns.weights + izat_first_pair(taps, x), taps, first)
+                : weighted_sum<izat_row, izat_next_row>(columns.weights + izat_first_row(taps, x), taps, first);
         out.upper[x] = static_cast<std::int16_t>(sum >> lower_bits<Sample>);
         out.lower[x] = static_cast<std::uint16_t>(sum & lower_mask);
     }

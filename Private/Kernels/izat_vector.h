@@ -35,7 +35,39 @@ struct izat_vector {
 
     // ---- Along a line -----------------------------------------------------------------------------------------------
 
-    // Every 16 bytes of a vector serve a column: the columns of `words` results are 4 q + j for quarter q of vector j.
+    // The sums of columns x .. x + shorts - 1, in order.
+    struct ordered {
+        vector low, high;
+    };
+
+    static vector product_by_pairs(const std::int16_t *centred, const std::int32_t *first, vector picks,
+                                   const std::int16_t *weights) noexcept
+    {
+        return Isa::pair_products_s16(Isa::shuffle8(Isa::every_fourth_column(centred, first), picks),
+                                      Isa::load(weights));
+    }
+
+    // By pairs every lane of 32 bits serves a column. A number of taps that the compiler knows, or 0.
+    template <std::ptrdiff_t Taps>
+    static ordered sums_by_pairs(const izat_columns &columns, const std::int16_t *centred, std::ptrdiff_t x) noexcept
+    {
+        const std::ptrdiff_t taps = Taps != 0 ? Taps : columns.taps;
+        const std::int32_t *const first = columns.first + x;
+        const std::int16_t *low = columns.weights + izat_first_pair(taps, x);
+        const std::int16_t *high = columns.weights + izat_first_pair(taps, x + words);
+        const vector low_picks = Isa::load(columns.picks + 4 * x);
+        const vector high_picks = Isa::load(columns.picks + 4 * (x + words));
+        ordered sum{Isa::zero(), Isa::zero()};
+        for (std::ptrdiff_t k = 0; k < taps; k += izat_pair) {
+            sum.low = Isa::add32(sum.low, product_by_pairs(centred + k, first, low_picks, low));
+            sum.high = Isa::add32(sum.high, product_by_pairs(centred + k, first + words, high_picks, high));
+            low += izat_next_pair;
+            high += izat_next_pair;
+        }
+        return sum;
+    }
+
+    // By rows every 16 bytes serve a column: the columns of `words` results are 4 q + j for quarter q of vector j.
     static vector products(const izat_columns &columns, const std::int16_t *centred, std::ptrdiff_t x) noexcept
     {
         const std::int16_t *weights = columns.weights + izat_first_row(columns.taps, x);
@@ -49,8 +81,8 @@ struct izat_vector {
         return sum;
     }
 
-    // The sums of columns x .. x + words - 1, in order: a transposition that adds on the way.
-    static vector sums(const izat_columns &columns, const std::int16_t *centred, std::ptrdiff_t x) noexcept
+    // Of columns x .. x + words - 1: a transposition that adds on the way.
+    static vector transposed(const izat_columns &columns, const std::int16_t *centred, std::ptrdiff_t x) noexcept
     {
         const vector a = products(columns, centred, x), b = products(columns, centred, x + 1);
         const vector c = products(columns, centred, x + 2), d = products(columns, centred, x + 3);
@@ -59,15 +91,36 @@ struct izat_vector {
         return Isa::add32(Isa::zip_low64(ab, cd), Isa::zip_high64(ab, cd));
     }
 
-    static void across(const izat_columns &columns, const std::int16_t *centred, const izat_halves &out) noexcept
+    static ordered sums_by_rows(const izat_columns &columns, const std::int16_t *centred, std::ptrdiff_t x) noexcept
+    {
+        return {transposed(columns, centred, x), transposed(columns, centred, x + words)};
+    }
+
+    template <ordered (*Sums)(const izat_columns &columns, const std::int16_t *centred, std::ptrdiff_t x) noexcept>
+    static void split_sums(const izat_columns &columns, const std::int16_t *centred, const izat_halves &out) noexcept
     {
         const vector mask = Isa::all32((std::int32_t{1} << lower_bits) - 1);
         for (std::ptrdiff_t x = 0; x < columns.count; x += shorts) {
-            const vector first = sums(columns, centred, x), second = sums(columns, centred, x + words);
-            Isa::store(out.upper + x, Isa::unzip64(Isa::narrow_to_s16(Isa::shift_right_s32(first, lower_bits),
-                                                                      Isa::shift_right_s32(second, lower_bits))));
-            Isa::store(out.lower + x, Isa::unzip64(Isa::narrow_to_s16(first & mask, second & mask)));
+            const ordered sum = Sums(columns, centred, x);
+            Isa::store(out.upper + x, Isa::unzip64(Isa::narrow_to_s16(Isa::shift_right_s32(sum.low, lower_bits),
+                                                                      Isa::shift_right_s32(sum.high, lower_bits))));
+            Isa::store(out.lower + x, Isa::unzip64(Isa::narrow_to_s16(sum.low & mask, sum.high & mask)));
         }
+    }
+
+    // Numbers of taps that are common: of the cubic kernels and Lanczos where they enlarge, of the cubic ones to half.
+    static void across(const izat_columns &columns, const std::int16_t *centred, const izat_halves &out) noexcept
+    {
+        if (columns.picks == nullptr)
+            split_sums<sums_by_rows>(columns, centred, out);
+        else if (columns.taps == 4)
+            split_sums<sums_by_pairs<4>>(columns, centred, out);
+        else if (columns.taps == 6)
+            split_sums<sums_by_pairs<6>>(columns, centred, out);
+        else if (columns.taps == 8)
+            split_sums<sums_by_pairs<8>>(columns, centred, out);
+        else
+            split_sums<sums_by_pairs<0>>(columns, centred, out);
     }
 
     // ---- From line to line ------------------------------------------------------------------------------------------
@@ -84,41 +137,96 @@ struct izat_vector {
         sum.high = Isa::add32(sum.high, Isa::pair_products_s16(Isa::zip_high16(left, right), weights));
     }
 
-    static vector joined(vector upper, vector lower) noexcept
+    // The weights of lines t and t + 1; after an odd number there is one of 0.
+    static vector pair_of_weights(const std::int16_t *weights) noexcept
     {
-        return Isa::shift_right_s32(Isa::add32(upper, Isa::shift_right_s32(lower, lower_bits)), 28 - lower_bits);
+        std::int32_t both;
+        __builtin_memcpy(&both, weights, sizeof(both));
+        return Isa::all32(both);
     }
 
     // Samples x .. x + shorts - 1 less the middle, as far as 16 bits reach.
-    static vector summed(const izat_halves *lines, const std::int16_t *weights, std::ptrdiff_t taps,
-                         std::ptrdiff_t x) noexcept
+    static vector rounded(const zipped &upper, const zipped &lower) noexcept
     {
-        zipped upper{Isa::zero(), Isa::zero()};
+        return Isa::narrow_to_s16(
+            Isa::shift_right_s32(Isa::add32(upper.low, Isa::shift_right_s32(lower.low, lower_bits)), 28 - lower_bits),
+            Isa::shift_right_s32(Isa::add32(upper.high, Isa::shift_right_s32(lower.high, lower_bits)),
+                                 28 - lower_bits));
+    }
+
+    // What the sums of lower halves can be, after they have lost their last bits.
+    struct bounds {
+        std::int32_t least, most;
+    };
+
+    static bounds lower_bounds(const std::int16_t *weights, std::ptrdiff_t taps) noexcept
+    {
+        constexpr std::int32_t largest = (std::int32_t{1} << lower_bits) - 1;
+        bounds sum{std::int32_t{1} << 27, std::int32_t{1} << 27};
+        for (std::ptrdiff_t t = 0; t < taps; ++t)
+            (weights[t] < 0 ? sum.least : sum.most) += weights[t] * largest;
+        return {sum.least >> lower_bits, sum.most >> lower_bits};
+    }
+
+    // Of bytes the lower halves make a hundredth of the unit at most, and are looked at where that matters.
+    static vector summed_bytes(const izat_halves *lines, const std::int16_t *weights, std::ptrdiff_t taps,
+                               const bounds &bound, const zipped &upper, std::ptrdiff_t x) noexcept
+    {
+        const vector least = Isa::all32(bound.least), most = Isa::all32(bound.most);
+        const vector low = Isa::add32(upper.low, least), high = Isa::add32(upper.high, least);
+        const vector differ = (low ^ Isa::add32(upper.low, most)) | (high ^ Isa::add32(upper.high, most));
+        if (Isa::is_zero(Isa::shift_right_u32(differ, 28 - lower_bits)))
+            return Isa::narrow_to_s16(Isa::shift_right_s32(low, 28 - lower_bits),
+                                      Isa::shift_right_s32(high, 28 - lower_bits));
         zipped lower{Isa::all32(std::int32_t{1} << 27), Isa::all32(std::int32_t{1} << 27)};
-        for (std::ptrdiff_t t = 0; t < taps; t += 2) {
-            // The last of an odd number is paired with itself, of weight 0.
-            const bool pair = t + 1 < taps;
-            const izat_halves &a = lines[t], &b = lines[pair ? t + 1 : t];
-            const auto second = static_cast<std::uint32_t>(pair ? weights[t + 1] : 0);
-            const vector both = Isa::all32(static_cast<std::uint16_t>(weights[t]) | second << 16);
-            add_pair(upper, a.upper + x, b.upper + x, both);
-            add_pair(lower, a.lower + x, b.lower + x, both);
+        for (std::ptrdiff_t t = 0; t < taps; t += 2)
+            add_pair(lower, lines[t].lower + x, lines[t + 1].lower + x, pair_of_weights(weights + t));
+        return rounded(upper, lower);
+    }
+
+    static void down_bytes(const izat_halves *lines, const std::int16_t *weights, std::ptrdiff_t taps,
+                           std::ptrdiff_t count, std::uint8_t *out) noexcept
+    {
+        const bounds bound = lower_bounds(weights, taps);
+        for (std::ptrdiff_t x = 0; x < count; x += 2 * shorts) {
+            zipped first{Isa::zero(), Isa::zero()}, second = first;
+            for (std::ptrdiff_t t = 0; t < taps; t += 2) {
+                const std::int16_t *const a = lines[t].upper + x, *const b = lines[t + 1].upper + x;
+                const vector both = pair_of_weights(weights + t);
+                add_pair(first, a, b, both);
+                add_pair(second, a + shorts, b + shorts, both);
+            }
+            const vector low = summed_bytes(lines, weights, taps, bound, first, x);
+            const vector high = summed_bytes(lines, weights, taps, bound, second, x + shorts);
+            Isa::store(out + x, Isa::unzip64(Isa::narrow_to_u8(Isa::add16(low, Isa::all16(middle)),
+                                                               Isa::add16(high, Isa::all16(middle)))));
         }
-        return Isa::narrow_to_s16(joined(upper.low, lower.low), joined(upper.high, lower.high));
+    }
+
+    // Of words they always matter.
+    static void down_words(const izat_halves *lines, const std::int16_t *weights, std::ptrdiff_t taps,
+                           std::ptrdiff_t count, std::uint16_t *out) noexcept
+    {
+        for (std::ptrdiff_t x = 0; x < count; x += shorts) {
+            zipped upper{Isa::zero(), Isa::zero()};
+            zipped lower{Isa::all32(std::int32_t{1} << 27), Isa::all32(std::int32_t{1} << 27)};
+            for (std::ptrdiff_t t = 0; t < taps; t += 2) {
+                const izat_halves &a = lines[t], &b = lines[t + 1];
+                const vector both = pair_of_weights(weights + t);
+                add_pair(upper, a.upper + x, b.upper + x, both);
+                add_pair(lower, a.lower + x, b.lower + x, both);
+            }
+            Isa::store(out + x, rounded(upper, lower) ^ Isa::all16(middle));
+        }
     }
 
     static void down(const izat_halves *lines, const std::int16_t *weights, std::ptrdiff_t taps, std::ptrdiff_t count,
                      Sample *out) noexcept
     {
         if constexpr (sizeof(Sample) == 1)
-            for (std::ptrdiff_t x = 0; x < count; x += 2 * shorts) {
-                const vector a = Isa::add16(summed(lines, weights, taps, x), Isa::all16(middle));
-                const vector b = Isa::add16(summed(lines, weights, taps, x + shorts), Isa::all16(middle));
-                Isa::store(out + x, Isa::unzip64(Isa::narrow_to_u8(a, b)));
-            }
+            down_bytes(lines, weights, taps, count, out);
         else
-            for (std::ptrdiff_t x = 0; x < count; x += shorts)
-                Isa::store(out + x, summed(lines, weights, taps, x) ^ Isa::all16(middle));
+            down_words(lines, weights, taps, count, out);
     }
 
     // ---- Halves -----------------------------------------------------------------------------------------------------

@@ -58,6 +58,7 @@ struct image {
     teska::izat_columns columns{};
     heap_block<std::int32_t> column_first;
     heap_block<std::int16_t> column_weights;
+    heap_block<std::uint8_t> column_picks;
     bool halves = false;  // every sample is the mean of four, from this source column on
     int halves_first = 0;
 
@@ -116,42 +117,82 @@ bool is_strip(int first, int lines, int all)
     return (first == 0 && lines == 0) || (first >= 0 && lines >= 1 && lines <= all && first <= all - lines);
 }
 
-bool make_columns(image &i, const izat_axis &axis)
+// Columns beyond the last one begin where it does. Returns the most taps, or 0 where memory is short.
+int make_first(image &i, const izat_axis &axis)
 {
-    const auto width = static_cast<std::uint64_t>(i.room);
-    i.column_first = block_of<std::int32_t>(width);
+    i.column_first = block_of<std::int32_t>(static_cast<std::uint64_t>(i.room));
     if (!i.column_first)
-        return false;
-    const std::uint64_t taps = padded(static_cast<std::uint64_t>(axis.most_taps()), teska::izat_row);
-    i.column_weights = block_of<std::int16_t>(width, taps);
-    const auto row = block_of<std::int16_t>(taps);
-    if (!i.column_weights || !row)
-        return false;
+        return 0;
+    int most = 0;
     for (int x = 0; x < i.width; ++x) {
         const izat_reach reach = axis.reach(x);
         i.column_first[x] = reach.first;
-        axis.weights(x, row.get());
-        std::int16_t *to = i.column_weights.get() + teska::izat_first_row(static_cast<std::ptrdiff_t>(taps), x);
-        for (int k = 0; k < reach.count; k += teska::izat_row, to += teska::izat_next_row)
-            std::copy_n(row.get() + k, std::min<std::ptrdiff_t>(reach.count - k, teska::izat_row), to);
+        most = std::max(most, reach.count);
     }
-    i.columns = {.first = i.column_first.get(),
-                 .weights = i.column_weights.get(),
-                 .taps = static_cast<std::ptrdiff_t>(taps),
-                 .count = i.room};
+    std::fill(i.column_first.get() + i.width, i.column_first.get() + i.room, i.column_first[i.width - 1]);
+    return most;
+}
+
+bool are_near(const image &i)
+{
+    for (std::ptrdiff_t x = 0; x < i.room; x += 4)
+        if (i.column_first[x + 3] - i.column_first[x] > teska::izat_near)
+            return false;
     return true;
 }
 
-// Rows of weights end with zeros, whose samples may lie beyond the end of the line.
+// Where the four bytes of a pair of samples lie.
+bool make_picks(image &i)
+{
+    i.column_picks = block_of<std::uint8_t>(static_cast<std::uint64_t>(i.room), 4);
+    if (!i.column_picks)
+        return false;
+    for (std::ptrdiff_t x = 0; x < i.room; ++x)
+        for (int k = 0; k < 4; ++k)
+            i.column_picks[4 * x + k] =
+                static_cast<std::uint8_t>(2 * (i.column_first[x] - i.column_first[x / 4 * 4]) + k);
+    return true;
+}
+
+bool make_columns(image &i, const izat_axis &axis)
+{
+    const int most = make_first(i, axis);
+    if (most == 0)
+        return false;
+    const bool pairs = are_near(i);
+    const std::ptrdiff_t run = pairs ? teska::izat_pair : teska::izat_row;
+    const std::ptrdiff_t next = pairs ? teska::izat_next_pair : teska::izat_next_row;
+    const std::uint64_t taps = padded(static_cast<std::uint64_t>(most), static_cast<std::uint64_t>(run));
+    i.columns.taps = static_cast<std::ptrdiff_t>(taps);
+    i.columns.count = i.room;
+    i.column_weights = block_of<std::int16_t>(static_cast<std::uint64_t>(i.room), taps);
+    const auto row = block_of<std::int16_t>(taps);
+    if (!i.column_weights || !row || (pairs && !make_picks(i)))
+        return false;
+    const auto first_weights = pairs ? teska::izat_first_pair : teska::izat_first_row;
+    for (int x = 0; x < i.width; ++x) {
+        const int count = axis.reach(x).count;
+        axis.weights(x, row.get());
+        std::int16_t *to = i.column_weights.get() + first_weights(i.columns.taps, x);
+        for (std::ptrdiff_t k = 0; k < count; k += run, to += next)
+            std::copy_n(row.get() + k, std::min(count - k, run), to);
+    }
+    i.columns.first = i.column_first.get();
+    i.columns.weights = i.column_weights.get();
+    i.columns.picks = i.column_picks.get();
+    return true;
+}
+
+// Weights end with zeros, whose samples may lie beyond the end of the line.
 bool make_lines(image &i, int source_width)
 {
     i.slots = i.lines.bound_of_taps();
     const auto slots = static_cast<std::uint64_t>(i.slots), room = static_cast<std::uint64_t>(i.room);
     i.ring = block_of<std::uint16_t>(2 * room * static_cast<std::uint64_t>(i.components), slots);
-    i.ordered = block_of<izat_halves>(slots);
-    i.line_weights = block_of<std::int16_t>(slots);
-    i.centred =
-        block_of<std::int16_t>(static_cast<std::uint64_t>(source_width) + static_cast<std::uint64_t>(i.columns.taps));
+    i.ordered = block_of<izat_halves>(slots + 1);
+    i.line_weights = block_of<std::int16_t>(slots + 1);
+    i.centred = block_of<std::int16_t>(static_cast<std::uint64_t>(source_width) +
+                                       static_cast<std::uint64_t>(i.columns.taps + teska::izat_padding));
     i.samples = block_of<std::uint16_t>(room);
     return i.ring && i.ordered && i.line_weights && i.centred && i.samples;
 }
@@ -185,33 +226,43 @@ void take(image &i, int n, const Sample *line)
     }
 }
 
-// Component c of the next destination line.
 template <class Sample>
-const Sample *summed_down(image &i, int c)
-{
-    auto *const samples = reinterpret_cast<Sample *>(i.samples.get());
-    for (int k = 0; k < i.next.count; ++k)
-        i.ordered[k] = halves_of(i, i.next.first + k, c);
-    kernels_for(samples).down(i.ordered.get(), i.line_weights.get(), i.next.count, i.width, samples);
-    return samples;
-}
-
-template <class Sample>
-void spread(const image &i, const Sample *samples, Sample *out)
+void spread(const image &i, const Sample *samples, std::ptrdiff_t count, Sample *out)
 {
     if (i.out_step == 1)
-        std::copy_n(samples, i.width, out);
+        std::copy_n(samples, count, out);
     else
-        for (std::ptrdiff_t x = 0; x < i.width; ++x)
+        for (std::ptrdiff_t x = 0; x < count; ++x)
             out[x * i.out_step] = samples[x];
 }
 
+// The lines of component c of the next destination line, and one more, whose weight is 0.
+void put_in_order(image &i, int c)
+{
+    const int count = i.next.count;
+    for (int k = 0; k < count; ++k)
+        i.ordered[k] = halves_of(i, i.next.first + k, c);
+    i.ordered[count] = i.ordered[count - 1];
+}
+
+// Kernels write whole vectors: as many samples as that allows go to their places at once.
 template <class Sample>
 void write(image &i, Sample *out)
 {
+    const auto &kernels = kernels_for(out);
+    const std::int16_t *const weights = i.line_weights.get();
+    auto *const samples = reinterpret_cast<Sample *>(i.samples.get());
+    const std::ptrdiff_t placed = i.out_step == 1 ? i.width / teska::izat_padding * teska::izat_padding : 0;
     i.lines.weights(i.delivered, i.line_weights.get());
-    for (int c = 0; c < i.components; ++c)
-        spread(i, summed_down<Sample>(i, c), out + c);
+    i.line_weights[i.next.count] = 0;
+    for (int c = 0; c < i.components; ++c) {
+        put_in_order(i, c);
+        kernels.down(i.ordered.get(), weights, i.next.count, placed, out + c);
+        for (izat_halves &line : i.ordered.first(i.next.count + 1))
+            line = {.upper = line.upper + placed, .lower = line.lower + placed};
+        kernels.down(i.ordered.get(), weights, i.next.count, i.width - placed, samples);
+        spread(i, samples, i.width - placed, out + c + placed);
+    }
 }
 
 // Whether any of the places lies among the others.
@@ -239,7 +290,7 @@ void write_halves(image &i, const Sample *line, Sample *out)
     }
     auto *const samples = reinterpret_cast<Sample *>(i.samples.get());
     halve(kept<Sample>(i), second, i.width, samples);
-    spread(i, samples, out);
+    spread(i, samples, i.width, out);
 }
 
 template <class Sample>

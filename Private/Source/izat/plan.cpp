@@ -105,8 +105,7 @@ constexpr kernel_shape shapes[] = {{nullptr, 0.0},
 }  // namespace
 
 izat_axis::izat_axis(int kernel, double start, double extent, int size, int destination) noexcept
-    : kernel_(kernel), start_(start), scale_(extent / destination), spread_(std::max(scale_, 1.0)), size_(size),
-      destination_(destination)
+    : kernel_(kernel), start_(start), scale_(extent / destination), spread_(std::max(scale_, 1.0)), size_(size)
 {
 }
 
@@ -172,14 +171,6 @@ void izat_axis::weights(int x, std::int16_t *weights) const noexcept
         weights[i] = static_cast<std::int16_t>(upto - before);
         before = upto;
     }
-}
-
-int izat_axis::most_taps() const noexcept
-{
-    int most = 1;
-    for (int x = 0; x < destination_; ++x)
-        most = std::max(most, reach(x).count);
-    return most;
 }
 
 int izat_axis::bound_of_taps() const noexcept

@@ -27,10 +27,7 @@ public:
     // The weights of the pixels that reach(x) names, of sum izat_one.
     void weights(int x, std::int16_t *weights) const noexcept;
 
-    // The largest count of all destination pixels, by looking at each.
-    [[nodiscard]] int most_taps() const noexcept;
-
-    // No count exceeds it; at most two more than the largest.
+    // No count exceeds it; at most two more than the largest of all destination pixels.
     [[nodiscard]] int bound_of_taps() const noexcept;
 
 private:
@@ -41,7 +38,6 @@ private:
     double scale_ = 1.0;   // source pixels of a destination pixel
     double spread_ = 1.0;  // of the kernel: the scale where it reduces
     int size_ = 0;
-    int destination_ = 0;
 };
 
 }  // namespace teska
