@@ -192,7 +192,8 @@ struct Operations {
 };
 
 const Operations operations[] = {
-    {"CLUT ", clut, {{1, 3, 33}, {2, 1, 9}, {3, 3, 17}, {4, 4, 9}, {5, 2, 5}, {6, 5, 4}, {8, 7, 2}}},
+    // Of 11 inputs a table has not all the weights at once.
+    {"CLUT ", clut, {{1, 3, 33}, {2, 1, 9}, {3, 3, 17}, {4, 4, 9}, {5, 2, 5}, {6, 5, 4}, {8, 7, 2}, {11, 3, 2}}},
     {"md_tetrab ", tetrab, {{1, 3, 14}, {2, 1, 33}, {3, 3, 17}, {4, 4, 9}, {6, 7, 3}}},
     {"md_tetrab ", tetrab, {{3, 5, 5, 0, 100}}, ", weights 0 .. 100"},
     {"md_tetrab ", tetrab, {{3, 3, 5, 16, 235, 0}}, ", weights 16 .. 235, no further layer"},

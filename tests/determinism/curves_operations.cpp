@@ -15,26 +15,35 @@ using namespace teska_test;
 namespace
 {
 
-bezier *curve_through(Generator &input, int degree)
+using Curve = std::shared_ptr<bezier>;
+
+Curve curve_through(Generator &input, int degree)
 {
     const auto p = between<10>(input, -1, 1);
-    bezier *b = bezier_new(degree, 0, 0, 0, 0);
-    bezier_cpoly_det(b, p.data(), p.data() + 5);
+    const Curve b(bezier_new(degree, 0, 0, 0, 0), bezier_kill);
+    bezier_cpoly_det(b.get(), p.data(), p.data() + 5);
     return b;
 }
 
-void lines_met(Generator &input, Digest &digest)
+// The first point makes the coefficients.
+Operation::Run lines_met(Generator &input)
 {
+    std::vector<std::pair<Curve, std::array<double, 3>>> asked;
     for (int i = 0; i < 900; ++i) {
-        bezier *b = curve_through(input, 2 + i % 3);
-        double values[10] = {};
-        bezier_get(b, input.unit(), &values[0], &values[1]);
-        bezier_fget_y(b, input.between(-1, 1), values + 2);
-        if (i % 3 == 0)
-            bezier_get_x(b, input.between(-1, 1), values + 6);
-        digest.put(values);
-        bezier_kill(b);
+        const Curve b = curve_through(input, 2 + i % 3);
+        const double t = input.unit(), x = input.between(-1, 1);
+        asked.push_back({b, {t, x, i % 3 == 0 ? input.between(-1, 1) : 0}});
     }
+    return [asked](Generator &, Digest &digest) {
+        for (const auto &[b, at] : asked) {
+            double values[10] = {};
+            bezier_get(b.get(), at[0], &values[0], &values[1]);
+            bezier_fget_y(b.get(), at[1], values + 2);
+            if (at[2] != 0)
+                bezier_get_x(b.get(), at[2], values + 6);
+            digest.put(values);
+        }
+    };
 }
 
 void add_points(Digest &digest, int sections, double *const &points)
@@ -43,19 +52,23 @@ void add_points(Digest &digest, int sections, double *const &points)
     std::free(points);
 }
 
-void polylines(Generator &input, Digest &digest)
+Operation::Run polylines(Generator &input)
 {
+    std::vector<std::pair<Curve, double>> asked;
     for (int i = 0; i < 300; ++i) {
-        bezier *b = curve_through(input, 3);
-        const double bound = input.between(0.001, 0.1);
-        dynar *line = nullptr;
-        const int segments = bezier_vector(b, bound, &line);
-        digest.add<double>(dynar_ptr(line, 0), static_cast<std::size_t>(segments + 1) * 16);
-        double *points = nullptr;
-        add_points(digest, bezier_fvector(b, bound, &points), points);
-        dynar_kill(line);
-        bezier_kill(b);
+        const Curve b = curve_through(input, 3);
+        asked.emplace_back(b, input.between(0.001, 0.1));
     }
+    return [asked](Generator &, Digest &digest) {
+        for (const auto &[b, bound] : asked) {
+            dynar *line = nullptr;
+            const int segments = bezier_vector(b.get(), bound, &line);
+            digest.add<double>(dynar_ptr(line, 0), static_cast<std::size_t>(segments + 1) * 16);
+            double *points = nullptr;
+            add_points(digest, bezier_fvector(b.get(), bound, &points), points);
+            dynar_kill(line);
+        }
+    };
 }
 
 void fit(Generator &input, Digest &digest)
@@ -108,14 +121,14 @@ void add_values(Digest &digest, const lin_interp_double *li, Generator &input)
 
 Operation::Run curve_values(Generator &input)
 {
-    using Curve = std::shared_ptr<lin_interp_double>;
-    const Curve li(lin_interp_double_new(16, nullptr), lin_interp_double_kill);
+    const std::shared_ptr<lin_interp_double> li(lin_interp_double_new(16, nullptr), lin_interp_double_kill);
     // Two statements: compilers differ in which argument they compute first.
     for (int i = 0; i < 200; ++i) {
         const double x = input.between(-1, 1);
         lin_interp_double_insert(li.get(), x, input.between(-1, 1));
     }
-    const Curve inverse(lin_interp_double_invert(li.get(), nullptr), lin_interp_double_kill);
+    const std::shared_ptr<lin_interp_double> inverse(lin_interp_double_invert(li.get(), nullptr),
+                                                     lin_interp_double_kill);
     return [=](Generator &at, Digest &digest) {
         add_values(digest, li.get(), at);
         add_points(digest, inverse.get());

@@ -18,7 +18,16 @@ namespace
 {
 
 using List = std::unique_ptr<list_rec, int (*)(list_rec *)>;
-using Volume = std::unique_ptr<tetra_volume, int (*)(tetra_volume *)>;
+using Volume = std::shared_ptr<tetra_volume>;
+using Points = std::vector<std::array<double, 3>>;
+
+Points points_within(Generator &input, int count, double limit)
+{
+    Points points;
+    for (int i = 0; i < count; ++i)
+        points.push_back(between<3>(input, -limit, limit));
+    return points;
+}
 
 template <class Record>
 void add_records(Digest &digest, list_rec *list)
@@ -41,7 +50,8 @@ std::array<double, 3> on_sphere(Generator &input, double radius)
 }
 
 // A cloud with as many points on the surface as inside, or a turned grid: what the tetrahedra are and what they answer.
-const Operation tetra_cut("tetra_volume_new, get_tetra, point_inside", [](Generator &input, Digest &digest) {
+const Operation tetra_cut("tetra_volume_new, get_tetra, point_inside", [](Generator &input) -> Operation::Run {
+    std::vector<std::pair<Volume, Points>> made;
     for (const bool grid : {false, true}) {
         const List points(list_new(1000, sizeof(tetra_point), nullptr), list_kill);
         for (int i = 0; i < 729; ++i) {
@@ -52,18 +62,22 @@ const Operation tetra_cut("tetra_volume_new, get_tetra, point_inside", [](Genera
             list_insert(points.get(), &p);
         }
         const Volume v(tetra_volume_new(points.get()), tetra_volume_kill);
-        add_records<tetra_plane>(digest, v->planes);
-        add_records<tetra_rec>(digest, v->tetras);
-        digest.put(tetra_volume_get_volume(v.get()));
-        for (int i = 0; i < 300; ++i) {
-            const auto p = between<3>(input, -9, 9);
-            double w[3] = {};
-            tetra_rec *t = nullptr;
-            if (tetra_volume_get_tetra(v.get(), p.data(), &t) == 0)
-                tetra_point_inside(t, p.data(), w);
-            digest.put(tetra_volume_point_inside(v.get(), p.data()), w);
-        }
+        made.emplace_back(v, points_within(input, 300, 9));
     }
+    return [made](Generator &, Digest &digest) {
+        for (const auto &[v, asked] : made) {
+            add_records<tetra_plane>(digest, v->planes);
+            add_records<tetra_rec>(digest, v->tetras);
+            digest.put(tetra_volume_get_volume(v.get()));
+            for (const auto &p : asked) {
+                double w[3] = {};
+                tetra_rec *t = nullptr;
+                if (tetra_volume_get_tetra(v.get(), p.data(), &t) == 0)
+                    tetra_point_inside(t, p.data(), w);
+                digest.put(tetra_volume_point_inside(v.get(), p.data()), w);
+            }
+        }
+    };
 });
 
 // Figures of random points, of points on a small grid, and with a vertex near the line through two others.
@@ -108,20 +122,32 @@ const Operation sections("TPlane, planes of constant L, a and b", [](Generator &
     }
 });
 
-// Clouds that are built by the promised steps, and smaller ones on which these are torn.
-const Operation hulls("TConvexHull, points on spheres", [](Generator &input, Digest &digest) {
-    for (const double radius : {100.0, 30.0, 3.0}) {
+// Clouds that are built by the promised steps, and smaller ones on which these are torn. A copy shares what is large
+// with its original.
+const Operation hulls("TConvexHull, points on spheres", [](Generator &input) -> Operation::Run {
+    struct Made {
         TConvexHull hull;
+        int constructed;
+        Points asked;
+    };
+    std::vector<std::shared_ptr<Made>> all;
+    for (const double radius : {100.0, 30.0, 3.0}) {
+        Made &made = *all.emplace_back(std::make_shared<Made>());
         for (int i = 0; i < 300; ++i) {
             const auto [x, y, z] = on_sphere(input, radius);
-            hull.AddPoint(x, y, z);
+            made.hull.AddPoint(x, y, z);
         }
-        digest.put(hull.Construct());
-        for (int i = 0; i < 3000; ++i) {
-            const auto [x, y, z] = between<3>(input, -0.6 * radius, 0.6 * radius);
-            digest.put(hull.InsideHull(x, y, z));
-        }
+        made.constructed = made.hull.Construct();
+        made.asked = points_within(input, 3000, 0.6 * radius);
     }
+    return [all](Generator &, Digest &digest) {
+        for (const auto &made : all) {
+            const TConvexHull copy(made->hull);
+            digest.put(made->constructed);
+            for (const auto &[x, y, z] : made->asked)
+                digest.put((x < y ? made->hull : copy).InsideHull(x, y, z));
+        }
+    };
 });
 
 // Its vertices, faces and measures.

