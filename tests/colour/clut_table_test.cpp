@@ -9,9 +9,7 @@
 #include <array>
 #include <memory>
 
-using teska_test::Generator;
-using teska_test::lines;
-using teska_test::Reports;
+using teska_test::Generator, teska_test::lines, teska_test::Reports;
 
 namespace
 {

@@ -21,10 +21,7 @@
 namespace
 {
 
-using namespace teska::cloud;
-using teska_test::Generator;
-using teska_test::lines;
-using teska_test::Reports;
+using teska_test::Generator, teska_test::lines, teska_test::Reports;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double inf = std::numeric_limits<double>::infinity();
@@ -108,8 +105,6 @@ auto tables(int inputs, int outputs, int steps, double hi = 1)
     return std::pair(std::shared_ptr<md_tetrad>(md_tetrad_new(inputs, outputs, steps, 0, hi), md_tetrad_kill),
                      std::shared_ptr<md_tetrab>(md_tetrab_new(inputs, outputs, steps), md_tetrab_kill));
 }
-
-// ---- Life and change ------------------------------------------------------------------------------------------------
 
 TEST(ClgNew, RefusesWhatItCannotModel)
 {
@@ -218,8 +213,6 @@ TEST(Clg, QueriesRefuseWithoutAModelAndColoursThatAreNotFinite)
     EXPECT_EQ(Values(out, out + 6), (Values{0, 0, 0, 100, 100, 100}));
 }
 
-// ---- Numbers --------------------------------------------------------------------------------------------------------
-
 TEST(Clg, CubeOfEightCorners)
 {
     const Cloud cloud = corner_cloud(3, cube);
@@ -305,10 +298,8 @@ TEST(Clg, LinesAndSurfacesHaveNoInside)
         double dist;
         Values last;
     } rows[] = {{1, ramp_of(0), {30, 40, 0}, 40, {0.3}}, {1, ramp_of(0), {30, 0, 0}, 0, {0.3}},
-                {2, sheet, {30, 60, -5}, 5, {0.3, 0.6}}, {2, sheet, {-10, 40, 0}, 10, {0, 0.4}},
-                {2, sheet, {110, 40, 0}, 10, {1, 0.4}},  {2, sheet, {40, -10, 0}, 10, {0.4, 0}},
-                {2, sheet, {40, 110, 0}, 10, {0.4, 1}},  {3, ramp_of(2), {40, 3, -4}, 5, {0.4}},
-                {4, ramp_of(3), {40, 3, -4}, 5, {0.4}},  {4, ramp_of(3), {40, 0, 0}, 0, {0.4}}};
+                {2, sheet, {30, 60, -5}, 5, {0.3, 0.6}}, {2, sheet, {110, 40, 0}, 10, {1, 0.4}},
+                {3, ramp_of(2), {40, 3, -4}, 5, {0.4}},  {4, ramp_of(3), {40, 3, -4}, 5, {0.4}}};
     for (const auto &row : rows) {
         SCOPED_TRACE(&row - rows);
         const auto found = corner_cloud(row.channels, row.device).nearest(row.colour);
@@ -317,8 +308,6 @@ TEST(Clg, LinesAndSurfacesHaveNoInside)
         expect_near(&found.device[static_cast<std::size_t>(row.channels) - row.last.size()], row.last, 1e-14);
     }
 }
-
-// ---- Properties -----------------------------------------------------------------------------------------------------
 
 // Smooth, folded nowhere, with a hollow side; a fourth channel is black.
 Colour bent(const double *d)
@@ -408,8 +397,6 @@ TEST(Clg, RuleHoldsWhereHundredsOfCellsReachAColour)
     EXPECT_NEAR(cost[1], (cost[0] + cost[2]) / 2, 1e-9);
 }
 
-// ---- Tables ---------------------------------------------------------------------------------------------------------
-
 template <class Table, class Sample, class Fill, class Get, class Scan, class Convert>
 void check_table(Table *table, Sample, Fill fill, Get get, Scan scan, Convert convert)
 {
@@ -444,8 +431,6 @@ TEST(ClgFill, MakesEveryVertexWhatFindSays)
     check_table(b.get(), static_cast<unsigned char>(0), clg_fill_tetrab, md_tetrab_vertex_get, md_tetrab_scan_vertex,
                 [](double v) { return std::floor(255 * v / 100 + 0.5); });
 }
-
-// ---- The tiling -----------------------------------------------------------------------------------------------------
 
 // A chart's steps, and corners of the cube with points beside them, which make the thinnest cells: with a colour that
 // is linear every place in the cube has that of its device, whatever the cells.
@@ -483,8 +468,10 @@ TEST(ClgTiling, FillsTheWholeCube)
         }
 }
 
+// No answer above shows a borrow that is lost.
 TEST(ClgWide, SubtractsOverBothHalves)
 {
+    using namespace teska::cloud;
     Generator input(5);
     for (int i = 0; i < 1000; ++i) {
         const auto a = static_cast<std::int64_t>(input.next()) >> 1, b = static_cast<std::int64_t>(input.next()) >> 1;

@@ -12,13 +12,9 @@
 #include <limits>
 #include <memory>
 #include <tuple>
-#include <utility>
 #include <vector>
 
-using teska::vec3;
-using teska_test::Generator;
-using teska_test::lines;
-using teska_test::Reports;
+using teska::vec3, teska_test::Generator, teska_test::lines, teska_test::Reports;
 
 namespace
 {

@@ -14,13 +14,10 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <string>
 #include <utility>
 #include <vector>
 
-using teska_test::Generator;
-using teska_test::lines;
-using teska_test::Reports;
+using teska_test::Generator, teska_test::lines, teska_test::Reports;
 
 namespace
 {

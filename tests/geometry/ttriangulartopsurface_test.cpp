@@ -42,8 +42,6 @@ const device two_inks = {"two inks", 2, [](const double *v, double *c) {
 
 }  // namespace
 
-// ---- Coordinates ----------------------------------------------------------------------------------------------------
-
 TEST(DetermineNormCoord, KeptScalesTheMarginSoThatTheFarEndOfALateRangeLiesOutside)
 {
     Surface top(partial_range);
@@ -96,8 +94,6 @@ TEST(PhiToPhir, FoldsOtherTurnsIntoTheFirst)
     ASSERT_EQ(top.PhirToPhi(3.0, &got), 0);
     EXPECT_NEAR(got, 7.0 - 6.283185307, 1e-12);
 }
-
-// ---- Scans, copies, scripts -----------------------------------------------------------------------------------------
 
 TEST(ScanDifferentPrimCombs, KeptSaysMinusOneWhereThereIsAPart)
 {
@@ -205,8 +201,6 @@ TEST(Dump, WritesThePartAndNothingForUnknownOnes)
                                    "colorant 1\n-20 -15 0\n-20 -15 0\ncolorant 0\n-20 15 5\n-20 15 5\n"
                                    "colorant 1\n0 0 0\ncolorant 0\n0 0 0\n");
 }
-
-// ---- What goes wrong ------------------------------------------------------------------------------------------------
 
 TEST(TopSurfaceConstructor, RefusesWhatItCannotUse)
 {

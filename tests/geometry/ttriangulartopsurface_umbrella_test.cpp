@@ -11,8 +11,7 @@
 
 using namespace examples;
 using namespace teska_test;
-using teska::vec2;
-using teska::vec3;
+using teska::vec2, teska::vec3;
 
 namespace
 {
@@ -175,8 +174,6 @@ device random_device(Generator &random)
 
 }  // namespace
 
-// ---- The umbrella of a device ---------------------------------------------------------------------------------------
-
 TEST(TopSurface, HoldsItsDeviceAndSeesEachDirectionOnce)
 {
     const struct {
@@ -306,8 +303,6 @@ TEST(TopSurface, KeepsAColorantOfWhichTheFirstLevelSticksOut)
                        }};
     EXPECT_EQ(Surface(of, {.levels = {0.5, 1.0, 0.0}}).roles(), "0002");
 }
-
-// ---- A part by itself -----------------------------------------------------------------------------------------------
 
 namespace
 {

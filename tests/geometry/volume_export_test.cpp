@@ -11,8 +11,7 @@
 #include <string>
 #include <vector>
 
-using teska_test::Folder;
-using teska_test::Generator;
+using teska_test::Folder, teska_test::Generator;
 
 namespace
 {
@@ -58,11 +57,6 @@ const struct {
     std::string points, indices, colours, colour_indices;
 } scenes[] = {
     {{}, "", "", "", ""},
-    {{{0, 0, 0, 0}, {10, 0, 0, 0}, {0, 10, 0.125, 0}},
-     "      0.00       0.00       0.00 ,\n     10.00       0.00       0.00 ,\n      0.00      10.00       0.12\n",
-     "0 1 2 \n",
-     "0.500000 0.493750 0.999961 \n",
-     "0\n"},
     {{{-0.001, 0, 0, 0}, {0, 12345678.5, 0, 0}, {0, 0, 1, 0}, {1, 1, 1, 0}, {2, 2, 2, 0}, {3, 3, 3, 0}},
      "     -0.00       0.00       0.00 ,\n      0.00 12345678.50       0.00 ,\n      0.00       0.00       1.00 ,\n"
      "      1.00       1.00       1.00 ,\n      2.00       2.00       2.00 ,\n      3.00       3.00       3.00\n",

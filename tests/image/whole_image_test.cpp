@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
-#include <utility>
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 

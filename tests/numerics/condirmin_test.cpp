@@ -15,8 +15,7 @@
 namespace
 {
 
-using teska_test::lines;
-using teska_test::square;
+using teska_test::lines, teska_test::square;
 using Values = std::vector<double>;
 using Restriction = std::unique_ptr<restriction, restriction *(*)(restriction *)>;
 

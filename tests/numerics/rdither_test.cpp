@@ -8,8 +8,7 @@
 #include <memory>
 #include <utility>
 
-using teska_test::lines;
-using teska_test::Reports;
+using teska_test::lines, teska_test::Reports;
 
 TEST(RditherNew, KeptHoldsWhatWholeNumbersGive)
 {

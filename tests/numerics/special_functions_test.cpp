@@ -11,8 +11,7 @@
 #include <tuple>
 #include <vector>
 
-using teska_test::lines;
-using teska_test::Reports;
+using teska_test::lines, teska_test::Reports;
 using Values = std::vector<double>;
 
 namespace
