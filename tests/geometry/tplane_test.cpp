@@ -107,17 +107,15 @@ TEST(TPlane, IsEqualBySizeTypeValueAndRanges)
 
 TEST(TPlane, KeepsToIntegersWhateverItIsGiven)
 {
-    const double extremes[] = {-1e308, 0.0, 1.0, 1e308, std::numeric_limits<double>::quiet_NaN()};
-    for (const int size : {INT_MIN, -1, 0, 1, 2, INT_MAX})
-        for (int i = 0; i < 4 * 5 * 5; ++i) {
-            const double high = extremes[i / 4 % 5], v = extremes[i / 20];
-            const TPlane plane(size, size, static_cast<TPlane::PlaneType>(i % 4), high, 0, high, 0, high);
-            const Ints found = pixel(plane, {v, v, v}, true);
-            EXPECT_NE(found[0], INT_MIN);
-            EXPECT_NE(found[1], INT_MIN);
-            EXPECT_EQ(found, std::isnan(v) ? Ints({0, 0}) : found);
-            grid(plane, &TPlane::GetXGridPoints);
-        }
+    const double extremes[] = {-1e308, 0.0, 1e308, std::numeric_limits<double>::quiet_NaN()};
+    for (const int size : {INT_MIN, 0, 1, INT_MAX})
+        for (const double high : extremes)
+            for (const double v : extremes) {
+                const TPlane plane(size, size, TPlane::ConstLPlane, high, 0, high, 0, high);
+                EXPECT_NE(pixel(plane, {v, v, v}, true)[0], INT_MIN);
+                EXPECT_EQ(pixel(plane, {v, v, NAN}, true)[1], 0);
+                grid(plane, &TPlane::GetXGridPoints);
+            }
     const TPlane three(3, 3, TPlane::ConstLPlane, 0, 0, 1, 0, 1);
     EXPECT_EQ(pixel(three, {0, 1e308, 1e308}, true), (Ints{INT_MAX, -INT_MAX}));
     const TPlane one(1, 1, TPlane::ConstLPlane, 50, -3, 3, -4, 4);
