@@ -1,7 +1,9 @@
 // folders - the host's calls for folders, on Windows
 //
-// The host has no calls that name a file from an open folder. So a folder keeps its path, and a handle that does not
-// share the right to rename: while it is open, neither it nor a folder above it can be exchanged under its path.
+// The host's calls name files by paths, not from an open folder. So a folder keeps its path, and a handle that does not
+// share the right to rename: while it is open, neither it nor a folder above it can be exchanged under its path. What
+// can be done to it is to empty it and make a junction of it where it stands; whatever is entered or removed is looked
+// at by its own handle for where it really is.
 
 #include "Platform/folders.h"
 
@@ -46,55 +48,79 @@ unsigned long process_number() noexcept { return GetCurrentProcessId(); }
 namespace
 {
 
-// Takes the path over.
-folder open_path(wide_text path, bool follow) noexcept
+// Whether what was opened by a name in a folder is there. Fails with ENOENT, as the folder itself has no such name.
+bool is_in(const folder &parent, HANDLE handle) noexcept
 {
-    constexpr DWORD access = FILE_LIST_DIRECTORY | FILE_READ_ATTRIBUTES | SYNCHRONIZE;
-    const DWORD attributes = GetFileAttributesW(path.get());
-    // What is no link and yet a reparse point is opened by the driver whose it is.
-    const bool plain = attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
-    held_handle at{open_handle(path.get(), access, share_but_renaming, plain && !follow ? itself : led_to)};
-    status state;
-    if (!at) {
+    return parent.handle == start_handle || lies_in(reinterpret_cast<HANDLE>(parent.handle), handle);
+}
+
+// Opens a folder, and not through a link.
+HANDLE open_itself(const folder &parent, const wchar_t *path, DWORD access) noexcept
+{
+    held_handle at{open_handle(path, access, share_but_renaming, itself)};
+    DWORD attributes = at ? GetFileAttributesW(path) : INVALID_FILE_ATTRIBUTES;
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
         refused();
-        return {};
+        return INVALID_HANDLE_VALUE;
     }
-    if (!status_by_handle(at.handle, state))
-        return {};
-    // Asked for when it cannot change any more.
-    if (!follow && is_link(path.get())) {
+    // Asked for when it cannot be renamed any more.
+    const DWORD tag = tag_of(path, attributes);
+    const bool reparse = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    if (reparse && is_link_tag(tag)) {
         errno = ELOOP;
-        return {};
+        return INVALID_HANDLE_VALUE;
     }
+    if (!is_in(parent, at.handle))
+        return INVALID_HANDLE_VALUE;
+    if (!reparse)
+        return std::exchange(at.handle, INVALID_HANDLE_VALUE);
+    // The driver whose it is opens what is in it.
+    const HANDLE driven = open_handle(path, access, share_but_renaming, led_to);
+    if (driven == INVALID_HANDLE_VALUE)
+        refused();
+    return driven;
+}
+
+folder open_with(DWORD access, const folder &parent, const char *name, bool follow) noexcept
+{
+    wide_text path = path_of(parent, name);
+    if (!path)
+        return {};
+    held_handle at{follow ? open_handle(path.get(), access, share_but_renaming, led_to)
+                          : open_itself(parent, path.get(), access)};
+    status state;
+    if (!at && follow)
+        refused();
+    if (!at || !status_by_handle(at.handle, state))
+        return {};
     if (state.what != kind::folder) {
         errno = ENOTDIR;
         return {};
     }
-    const folder result{reinterpret_cast<std::intptr_t>(at.handle), path.release()};
-    at.handle = INVALID_HANDLE_VALUE;
-    return result;
+    return {reinterpret_cast<std::intptr_t>(std::exchange(at.handle, INVALID_HANDLE_VALUE)), path.release()};
 }
+
+constexpr DWORD common_access = FILE_READ_ATTRIBUTES | SYNCHRONIZE;
 
 }  // namespace
 
 folder open_folder(const folder &parent, const char *name, bool follow) noexcept
 {
-    wide_text path = path_of(parent, name);
-    return path ? open_path(std::move(path), follow) : folder();
+    return open_with(FILE_LIST_DIRECTORY | common_access, parent, name, follow);
 }
 
-folder enter_folder(const folder &parent, const char *name) noexcept { return open_folder(parent, name, true); }
-
-folder open_parent(const folder &at) noexcept
+// Either right keeps others from renaming it.
+folder enter_folder(const folder &parent, const char *name) noexcept
 {
-    const auto *path = static_cast<const wchar_t *>(at.path);
-    const wchar_t *separator = std::wcsrchr(path, L'\\');
-    const std::size_t size = separator != nullptr ? static_cast<std::size_t>(separator - path) : 0;
-    wide_text above = wide_block(size + 1);
-    if (!above)
-        return {};
-    std::copy(path, path + size, above.get());
-    return open_path(std::move(above), false);
+    const folder at = open_folder(parent, name, true);
+    return is_open(at) || errno != EACCES ? at : open_with(FILE_TRAVERSE | common_access, parent, name, true);
+}
+
+// Nobody asks: all folders above stay open.
+folder open_parent(const folder &) noexcept
+{
+    errno = ENOTSUP;
+    return {};
 }
 
 void close_folder(folder &at) noexcept
@@ -116,16 +142,17 @@ bool read_folder(const folder &at, void *context, bool (*take)(void *context, co
     if (!block || !bytes)
         return fail(ENOMEM);
     const auto handle = reinterpret_cast<HANDLE>(at.handle);
+    bool first = true;
     while (GetFileInformationByHandleEx(handle, FileIdBothDirectoryInfo, block.get(), room)) {
+        first = false;
         const char *place = block.get();
         for (;;) {
             const auto *one = reinterpret_cast<const FILE_ID_BOTH_DIR_INFO *>(place);
             narrow(one->FileName, one->FileNameLength / sizeof(wchar_t), bytes.get());
             if (std::strcmp(bytes.get(), ".") != 0 && std::strcmp(bytes.get(), "..") != 0) {
-                // Of a reparse point that field has the tag.
-                const bool link = (one->FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && is_link_tag(one->EaSize);
+                // Of a reparse point the third field has the tag.
                 const status state =
-                    status_of(one->FileAttributes, one->EndOfFile.QuadPart, one->LastWriteTime.QuadPart, link);
+                    status_of(one->FileAttributes, one->EaSize, one->EndOfFile.QuadPart, one->LastWriteTime.QuadPart);
                 if (!take(context, {bytes.get(), true, true, state}))
                     return fail(ENOMEM);
             }
@@ -134,7 +161,9 @@ bool read_folder(const folder &at, void *context, bool (*take)(void *context, co
             place += one->NextEntryOffset;
         }
     }
-    return GetLastError() == ERROR_NO_MORE_FILES || refused();
+    // A root may have no names at all, not even ".".
+    const DWORD error = GetLastError();
+    return error == ERROR_NO_MORE_FILES || (first && error == ERROR_FILE_NOT_FOUND) || fail(errno_of(error));
 }
 
 bool make_folder(const folder &parent, const char *name, unsigned) noexcept
@@ -169,14 +198,13 @@ bool look(const folder &parent, const char *name, bool follow, status &state) no
     WIN32_FILE_ATTRIBUTE_DATA data;
     if (!GetFileAttributesExW(path.get(), GetFileExInfoStandard, &data))
         return refused();
-    const bool link = is_link(path.get(), data.dwFileAttributes);
-    if (link && follow) {
-        const held_handle at{open_handle(path.get(), FILE_READ_ATTRIBUTES, share_all, led_to)};
-        return at ? status_by_handle(at.handle, state) : refused();
-    }
-    state = status_of(data.dwFileAttributes, joined(data.nFileSizeHigh, data.nFileSizeLow),
-                      joined(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime), link);
-    return true;
+    const DWORD tag = tag_of(path.get(), data.dwFileAttributes);
+    state = status_of(data.dwFileAttributes, tag, joined(data.nFileSizeHigh, data.nFileSizeLow),
+                      joined(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime));
+    if (!follow || state.what != kind::link)
+        return true;
+    const held_handle at{open_handle(path.get(), FILE_READ_ATTRIBUTES, share_all, led_to)};
+    return at ? status_by_handle(at.handle, state) : refused();
 }
 
 bool identify(const folder &parent, const char *name, bool follow, identity &id) noexcept
@@ -207,8 +235,11 @@ bool rename(const folder &parent, const char *from, const char *to, bool replace
         return true;
     const int error = errno_of(GetLastError());
     const DWORD attributes = GetFileAttributesW(new_path.get());
-    if (!replace || error != EACCES || attributes == INVALID_FILE_ATTRIBUTES ||
-        (attributes & FILE_ATTRIBUTE_READONLY) == 0)
+    if (!replace || error != EACCES || attributes == INVALID_FILE_ATTRIBUTES)
+        return fail(error);
+    if (is_link(new_path.get(), attributes))
+        return replace_link(old_path.get(), new_path.get());
+    if ((attributes & FILE_ATTRIBUTE_READONLY) == 0)
         return fail(error);
     // A read-only file gives way as any other.
     SetFileAttributesW(new_path.get(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
@@ -219,6 +250,33 @@ bool rename(const folder &parent, const char *from, const char *to, bool replace
     return false;
 }
 
+namespace
+{
+
+// Those that can be set.
+void set_attributes(HANDLE handle, DWORD attributes) noexcept
+{
+    constexpr DWORD settable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
+                               FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_TEMPORARY | FILE_ATTRIBUTE_OFFLINE |
+                               FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+    FILE_BASIC_INFO info = {};
+    info.FileAttributes = (attributes & settable) | FILE_ATTRIBUTE_NORMAL;  // 0 would say: as they are
+    SetFileInformationByHandle(handle, FileBasicInfo, &info, sizeof info);
+}
+
+// The name goes at once, or on older hosts when nobody has it open any more.
+bool unlink(HANDLE handle) noexcept
+{
+    constexpr auto extended = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);  // not in all headers
+    FILE_DISPOSITION_INFO_EX at_once = {FILE_DISPOSITION_FLAG_DELETE | FILE_DISPOSITION_FLAG_POSIX_SEMANTICS};
+    FILE_DISPOSITION_INFO older = {TRUE};
+    return SetFileInformationByHandle(handle, extended, &at_once, sizeof at_once) ||
+           SetFileInformationByHandle(handle, FileDispositionInfo, &older, sizeof older) || refused();
+}
+
+}  // namespace
+
+// By the handle of what was looked at.
 bool remove(const folder &parent, const char *name, bool is_folder) noexcept
 {
     const wide_text path = path_of(parent, name);
@@ -228,17 +286,26 @@ bool remove(const folder &parent, const char *name, bool is_folder) noexcept
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return refused();
     const bool directory = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const bool fixed = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
     if (is_folder && !directory)
         return fail(ENOTDIR);
     if (!is_folder && directory && !is_link(path.get(), attributes))
         return fail(EISDIR);
-    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0)
-        SetFileAttributesW(path.get(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
-    if (directory ? RemoveDirectoryW(path.get()) : DeleteFileW(path.get()))
+    const DWORD access = DELETE | FILE_READ_ATTRIBUTES | (fixed ? FILE_WRITE_ATTRIBUTES : 0);
+    const held_handle at{open_handle(path.get(), access, share_all, itself)};
+    if (!at)
+        return refused();
+    if (!is_in(parent, at.handle))
+        return false;
+    // The host keeps a list of where volumes are mounted, and this call keeps it right.
+    if (directory && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && holds_volume(at.handle))
+        return RemoveDirectoryW(path.get()) || refused();
+    if (fixed)
+        set_attributes(at.handle, attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
+    if (unlink(at.handle))
         return true;
-    refused();
-    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0)
-        SetFileAttributesW(path.get(), attributes);
+    if (fixed)
+        set_attributes(at.handle, attributes);
     return false;
 }
 

@@ -3,8 +3,12 @@
 #include "Platform/win32/folders/handles.h"
 
 #include "Platform/win32/folders/errors.h"
+#include "Platform/win32/folders/links.h"
+#include "Platform/win32/folders/paths.h"
 
 #include <cstring>
+#include <cwchar>
+#include <utility>
 
 namespace teska::folders
 {
@@ -26,6 +30,24 @@ std::int64_t ticks_of(const moment &time) noexcept
     return (time.seconds + seconds_from_1601_to_1970) * ticks_a_second + time.nanoseconds / 100;
 }
 
+// The path of what is open, from the device on, so that the host translates nothing.
+wide_text place_of(HANDLE handle) noexcept
+{
+    constexpr DWORD form = FILE_NAME_OPENED | VOLUME_NAME_NT;
+    const DWORD room = GetFinalPathNameByHandleW(handle, nullptr, 0, form);
+    if (room == 0) {
+        refused();
+        return nullptr;
+    }
+    wide_text place = wide_block(room);
+    const DWORD units = place ? GetFinalPathNameByHandleW(handle, place.get(), room, form) : 0;
+    if (place && units == 0)
+        refused();
+    if (units >= room)  // renamed meanwhile
+        errno = ENOENT;
+    return units != 0 && units < room ? std::move(place) : nullptr;
+}
+
 }  // namespace
 
 HANDLE open_handle(const wchar_t *path, DWORD access, DWORD share, DWORD flags) noexcept
@@ -33,14 +55,15 @@ HANDLE open_handle(const wchar_t *path, DWORD access, DWORD share, DWORD flags) 
     return CreateFileW(path, access, share, nullptr, OPEN_EXISTING, flags, nullptr);
 }
 
-status status_of(DWORD attributes, std::int64_t size, std::int64_t changed, bool link) noexcept
+status status_of(DWORD attributes, DWORD tag, std::int64_t size, std::int64_t changed) noexcept
 {
     status state;
-    if (link)
+    const bool reparse = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    if (reparse && is_link_tag(tag))
         state.what = kind::link;
     else if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
         state.what = kind::folder;
-    else if ((attributes & FILE_ATTRIBUTE_DEVICE) == 0)
+    else if ((attributes & FILE_ATTRIBUTE_DEVICE) == 0 && !(reparse && is_device_tag(tag)))
         state.what = kind::file;
     state.hidden = (attributes & FILE_ATTRIBUTE_HIDDEN) != 0;
     state.size = state.what == kind::file ? size : 0;
@@ -54,8 +77,9 @@ bool status_by_handle(HANDLE handle, status &state) noexcept
     BY_HANDLE_FILE_INFORMATION info;
     if (!GetFileInformationByHandle(handle, &info))
         return refused();
-    state = status_of(info.dwFileAttributes, joined(info.nFileSizeHigh, info.nFileSizeLow),
-                      joined(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime), false);
+    const DWORD attributes = info.dwFileAttributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_REPARSE_POINT);
+    state = status_of(attributes, 0, joined(info.nFileSizeHigh, info.nFileSizeLow),
+                      joined(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime));
     if (GetFileType(handle) != FILE_TYPE_DISK)
         state.what = kind::other;
     return true;
@@ -75,6 +99,20 @@ bool identity_by_handle(HANDLE handle, identity &id) noexcept
         return refused();
     id = {older.dwVolumeSerialNumber, static_cast<std::uint64_t>(joined(older.nFileIndexHigh, older.nFileIndexLow)), 0};
     return true;
+}
+
+bool lies_in(HANDLE above, HANDLE handle) noexcept
+{
+    const wide_text folder = place_of(above);
+    const wide_text place = folder ? place_of(handle) : nullptr;
+    if (!place)
+        return false;
+    const wchar_t *separator = std::wcsrchr(place.get(), L'\\');
+    const auto units = static_cast<int>(separator != nullptr ? separator - place.get() : 0);
+    auto units_above = static_cast<int>(std::wcslen(folder.get()));
+    if (units_above > 0 && folder[units_above - 1] == L'\\')  // a root
+        --units_above;
+    return CompareStringOrdinal(place.get(), units, folder.get(), units_above, TRUE) == CSTR_EQUAL || fail(ENOENT);
 }
 
 bool set_basic(HANDLE handle, const moment &changed, DWORD attributes) noexcept

@@ -47,10 +47,16 @@ inline std::int64_t joined(DWORD high, DWORD low) noexcept
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(high) << 32 | low);
 }
 
-// Sizes are in bytes, times of change in ticks of 100 ns from 1601.
-status status_of(DWORD attributes, std::int64_t size, std::int64_t changed, bool link) noexcept;
+// Sizes are in bytes, times of change in ticks of 100 ns from 1601; the tag is that of a reparse point.
+status status_of(DWORD attributes, DWORD tag, std::int64_t size, std::int64_t changed) noexcept;
+// Of what a link leads to.
 bool status_by_handle(HANDLE handle, status &state) noexcept;
 bool identity_by_handle(HANDLE handle, identity &id) noexcept;
+
+// Whether the path of what is open goes on by one name from that of a folder that is open. A folder that is empty can
+// be made a junction where it stands, and what is then opened by a path through it lies elsewhere. Fails with ENOENT,
+// or with the host's reason.
+bool lies_in(HANDLE above, HANDLE handle) noexcept;
 
 // Time of change, and attributes unless they are 0.
 bool set_basic(HANDLE handle, const moment &changed, DWORD attributes) noexcept;

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cwchar>
+#include <iterator>
 
 namespace teska::folders
 {
@@ -34,14 +35,64 @@ struct link_data {
 };
 
 constexpr DWORD link_head = 8;
+constexpr std::size_t flags_units = 2;
+constexpr wchar_t root_of_names[] = L"\\??\\";
+constexpr std::size_t root_units = 4;
 
-bool read_link(const wchar_t *path, link_data &data) noexcept
+struct name {
+    const wchar_t *text;
+    std::size_t units;
+
+    [[nodiscard]] bool is(const name &other) const noexcept
+    {
+        return units == other.units && std::wmemcmp(text, other.text, units) == 0;
+    }
+    [[nodiscard]] bool begins(const wchar_t *with) const noexcept
+    {
+        const std::size_t size = std::wcslen(with);
+        return units >= size && std::wmemcmp(text, with, size) == 0;
+    }
+    [[nodiscard]] name from(std::size_t unit) const noexcept { return {text + unit, units - unit}; }
+};
+
+const wchar_t *names_of(const link_data &data) noexcept
 {
-    const held_handle at{open_handle(path, FILE_READ_ATTRIBUTES, share_all, itself)};
+    return data.names + (data.tag == IO_REPARSE_TAG_SYMLINK ? flags_units : 0);
+}
+
+name substitute_of(const link_data &data) noexcept
+{
+    return {names_of(data) + data.substitute_offset / sizeof(wchar_t), data.substitute_length / sizeof(wchar_t)};
+}
+
+name print_of(const link_data &data) noexcept
+{
+    return {names_of(data) + data.print_offset / sizeof(wchar_t), data.print_length / sizeof(wchar_t)};
+}
+
+// Whether a link says where it leads within the bytes that were read: another machine's host may send what it likes.
+bool is_sound(const link_data &data, DWORD size) noexcept
+{
+    const auto begin = static_cast<std::size_t>(names_of(data) - data.names) * sizeof(wchar_t) + 2 * link_head;
+    const std::size_t end = data.length + std::size_t{link_head};
+    const auto lies = [&](WORD offset, WORD length) {
+        return (offset | length) % sizeof(wchar_t) == 0 && begin + offset + length <= end;
+    };
+    return size >= begin && size >= end && lies(data.substitute_offset, data.substitute_length) &&
+           lies(data.print_offset, data.print_length) && data.substitute_length != 0 &&
+           std::wmemchr(substitute_of(data).text, L'\0', substitute_of(data).units) == nullptr;
+}
+
+bool read_link(HANDLE at, link_data &data) noexcept
+{
     DWORD size = 0;
-    return (at && DeviceIoControl(at.handle, FSCTL_GET_REPARSE_POINT, nullptr, 0, &data,
-                                  MAXIMUM_REPARSE_DATA_BUFFER_SIZE, &size, nullptr)) ||
-           refused();
+    if (!DeviceIoControl(at, FSCTL_GET_REPARSE_POINT, nullptr, 0, &data, MAXIMUM_REPARSE_DATA_BUFFER_SIZE, &size,
+                         nullptr))
+        return refused();
+    if (size < link_head)
+        return fail(EIO);
+    const bool known = data.tag == IO_REPARSE_TAG_SYMLINK || data.tag == IO_REPARSE_TAG_MOUNT_POINT;
+    return !known || is_sound(data, size) || fail(EIO);
 }
 
 bool make_junction(const wchar_t *path, link_data &data) noexcept
@@ -64,48 +115,112 @@ bool make_junction(const wchar_t *path, link_data &data) noexcept
     return made;
 }
 
+// The text of which the host makes the same link again. It leads to the substitute name: the printed one is for people,
+// and is taken where it says the same.
+wide_text text_of(const link_data &data) noexcept
+{
+    constexpr unsigned relative = 1;
+    const name target = substitute_of(data);
+    const name print = print_of(data);
+    const bool absolute = (data.names[0] & relative) == 0;
+    if (absolute && !target.begins(root_of_names)) {
+        errno = ENOTSUP;
+        return nullptr;
+    }
+    wide_text text = wide_block(target.units + 1);
+    if (!text)
+        return text;
+    const bool share = target.begins(L"\\??\\UNC\\") && print.begins(L"\\\\");
+    const bool same =
+        absolute && (share ? print.from(1).is(target.from(root_units + 3)) : print.is(target.from(root_units)));
+    const name shown = same ? print : target;
+    std::copy(shown.text, shown.text + shown.units, text.get());
+    if (absolute && !same)
+        text[1] = L'\\';
+    return text;
+}
+
+bool remove_link(const wchar_t *path) noexcept { return RemoveDirectoryW(path) || DeleteFileW(path); }
+
 bool make_symbolic_link(const wchar_t *path, const link_data &data, bool to_folder) noexcept
 {
-    constexpr std::size_t flags_units = 2;
-    const bool printed = data.print_length != 0;
-    const wchar_t *name =
-        data.names + flags_units + (printed ? data.print_offset : data.substitute_offset) / sizeof(wchar_t);
-    const std::size_t units = (printed ? data.print_length : data.substitute_length) / sizeof(wchar_t);
-    const wide_text target = wide_block(units + 1);
-    if (!target)
+    const wide_text text = text_of(data);
+    if (!text)
         return false;
-    std::copy(name, name + units, target.get());
-    const wchar_t *text = begins(target.get(), L"\\??\\") ? target.get() + 4 : target.get();
     constexpr DWORD unprivileged = 2;
     const DWORD directory = to_folder ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0;
-    bool made = CreateSymbolicLinkW(path, text, directory | unprivileged) != 0;
+    bool made = CreateSymbolicLinkW(path, text.get(), directory | unprivileged) != 0;
     if (!made && GetLastError() == ERROR_INVALID_PARAMETER)
-        made = CreateSymbolicLinkW(path, text, directory) != 0;
+        made = CreateSymbolicLinkW(path, text.get(), directory) != 0;
     if (!made)
         return refused();
     // A layer without links may answer as if it had made one.
-    return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES || fail(ENOTSUP);
+    if (GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES)
+        return true;
+    remove_link(path);
+    return fail(ENOTSUP);
 }
 
 }  // namespace
 
 bool is_link_tag(DWORD tag) noexcept { return tag == 0 || IsReparseTagNameSurrogate(tag); }
 
-bool is_link(const wchar_t *path, DWORD attributes) noexcept
+bool is_device_tag(DWORD tag) noexcept
 {
-    // A root is none, whatever is mounted there.
-    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 || path[std::wcslen(path) - 1] == L'\\')
-        return false;
+    constexpr DWORD pipe = 0x80000024, characters = 0x80000025, blocks = 0x80000026;  // of the subsystem for Linux
+    return tag == IO_REPARSE_TAG_AF_UNIX || tag == pipe || tag == characters || tag == blocks;
+}
+
+DWORD tag_of(const wchar_t *path, DWORD &attributes) noexcept
+{
+    if (path[std::wcslen(path) - 1] == L'\\')
+        attributes &= ~static_cast<DWORD>(FILE_ATTRIBUTE_REPARSE_POINT);
+    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
+        return 0;
     const held_handle at{open_handle(path, FILE_READ_ATTRIBUTES, share_all, itself)};
     FILE_ATTRIBUTE_TAG_INFO info = {};
-    return !at || !GetFileInformationByHandleEx(at.handle, FileAttributeTagInfo, &info, sizeof info) ||
-           is_link_tag(info.ReparseTag);
+    const bool told = at && GetFileInformationByHandleEx(at.handle, FileAttributeTagInfo, &info, sizeof info);
+    return told ? info.ReparseTag : 0;
+}
+
+bool is_link(const wchar_t *path, DWORD attributes) noexcept
+{
+    const DWORD tag = tag_of(path, attributes);
+    return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && is_link_tag(tag);
 }
 
 bool is_link(const wchar_t *path) noexcept
 {
     const DWORD attributes = GetFileAttributesW(path);
     return attributes != INVALID_FILE_ATTRIBUTES && is_link(path, attributes);
+}
+
+bool holds_volume(HANDLE handle) noexcept
+{
+    link_data data;
+    return read_link(handle, data) && data.tag == IO_REPARSE_TAG_MOUNT_POINT &&
+           substitute_of(data).begins(L"\\??\\Volume{");
+}
+
+bool replace_link(const wchar_t *from, const wchar_t *to) noexcept
+{
+    const wchar_t ending[] = L".old";
+    const wide_text aside = wide_block(std::wcslen(from) + std::size(ending));
+    if (!aside)
+        return false;
+    std::wcscat(std::wcscpy(aside.get(), from), ending);
+    if (!MoveFileExW(to, aside.get(), MOVEFILE_WRITE_THROUGH))
+        return refused();
+    if (MoveFileExW(from, to, MOVEFILE_WRITE_THROUGH)) {
+        if (remove_link(aside.get()))
+            return true;
+        refused();
+        MoveFileExW(to, from, MOVEFILE_WRITE_THROUGH);
+    } else {
+        refused();
+    }
+    MoveFileExW(aside.get(), to, MOVEFILE_WRITE_THROUGH);
+    return false;
 }
 
 bool copy_link(const folder &from, const char *name, const folder &to, const char *new_name, bool &reading) noexcept
@@ -119,8 +234,13 @@ bool copy_link(const folder &from, const char *name, const folder &to, const cha
     const DWORD attributes = GetFileAttributesW(old_path.get());
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return refused();
-    if (!read_link(old_path.get(), data[0]))
-        return false;
+    {
+        const held_handle at{open_handle(old_path.get(), FILE_READ_ATTRIBUTES, share_all, itself)};
+        if (!at)
+            return refused();
+        if (!read_link(at.handle, data[0]))
+            return false;
+    }
     reading = false;
     if (GetFileAttributesW(new_path.get()) != INVALID_FILE_ATTRIBUTES)
         return fail(EEXIST);

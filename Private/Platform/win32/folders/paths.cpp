@@ -93,7 +93,10 @@ const bool utf8_only = true;
 std::size_t root_length(const char *path) noexcept
 {
     if (path[0] == '/' && path[1] == '/') {
-        std::size_t size = 2 + std::strcspn(path + 2, "/");
+        const char share[] = "//?/UNC/";
+        const bool prefixed = _strnicmp(path, share, sizeof share - 1) == 0;
+        std::size_t size = prefixed ? sizeof share - 1 : 2;
+        size += std::strcspn(path + size, "/");
         if (path[size] == '/')
             size += 1 + std::strcspn(path + size + 1, "/");
         return size;
