@@ -72,6 +72,42 @@ TEST_F(Zuk, LeavesEveryOtherLineWhereItStood)
               "[B=x]\n[a]\nk = 5\n[B]\nfirst = 7\n; last\n");
 }
 
+TEST_F(Zuk, TakesTextsThatComeBackFromTheFileAsTheyAre)
+{
+    struct {
+        std::string text;
+        bool topic, item, value, comment;
+    } const rows[] = {{std::string(256, 'n'), true, true, true, true},
+                      {std::string(257, 'n'), false, false, false, true},
+                      {"", false, false, true, true},
+                      {" a", true, true, true, true},
+                      {"a ", false, false, true, true},
+                      {"a\t", false, false, true, true},
+                      {"\t[a", true, false, true, true},
+                      {"a]", false, true, true, true},
+                      {"a=b", true, false, true, true},
+                      {"a\rb", false, false, false, false},
+                      {"\n", false, false, false, false}};
+    zuk_rfile *file = push("[t]\nk = 1\n");
+    for (const auto &[text, topic, item, value, comment] : rows) {
+        EXPECT_EQ(add_topic(file, text), topic) << text;
+        EXPECT_EQ(add("t", text, "2"), item) << text;
+        EXPECT_EQ(search("t", text), item ? "2" : "(none)");
+        EXPECT_EQ(add("t", "k", text), value) << text;
+        EXPECT_EQ(add_topic(file, "u", text.c_str()), comment) << text;
+    }
+}
+
+TEST_F(Zuk, AsksTheTopmostFileThatHasTheTopicInAnyCase)
+{
+    push("[aZ{]\nk = 1\nlow = 1\n");
+    EXPECT_TRUE(add_topic(zuk_create_rfile(db, folder.path("g").c_str()), "Az{"));
+    EXPECT_TRUE(add("AZ{", "k", "2"));
+    EXPECT_EQ(list("az{") + search("az[", "k"), "k=2;(none)");
+    EXPECT_EQ(saved(), "[aZ{]\nk = 1\nlow = 1\n");
+    EXPECT_EQ(folder.read("g"), "[Az{]\nk = 2\n");
+}
+
 TEST_F(Zuk, CutsWhatIsTooLongOnlyWhenItIsRead)
 {
     const std::string name(257, 'n'), value(256, 'v'), shorter = value.substr(1);
