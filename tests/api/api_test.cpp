@@ -28,7 +28,10 @@ TEST(Application, UsesEveryPartFromC) { EXPECT_STREQ(use_every_part(), nullptr);
 TEST(Application, DecidesWhereItsFatalErrorsEnd)
 {
     const wem_line_fn before = wem_set_errexit([](const char *) { return 7; });
+    const int mode = error_set(2);
     EXPECT_EQ(error_exit("no ink"), 7);
+    EXPECT_EQ(error_get(), nullptr);
+    error_set(mode);
     wem_set_errexit([](const char *line) -> int { throw std::runtime_error(line); });
     try {
         error_exit("no paper");

@@ -1,11 +1,8 @@
 #include "error_mess.h"
 
-#include "wem.h"
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <csetjmp>
 #include <cstdio>
 #include <string>
 #include <tuple>
@@ -53,10 +50,10 @@ std::string printed(Body &&body)
     return text;
 }
 
-class Reporting : public testing::Test
+class ErrorMess : public testing::Test
 {
 protected:
-    ~Reporting() override
+    ~ErrorMess() override
     {
         error_set(1);
         error_set_thread(TESKA_ERROR_PROCESS_WIDE);
@@ -64,24 +61,22 @@ protected:
         error_set_thread_handler(nullptr, nullptr, nullptr);
         teska_warn_level(0);
         dbg_set(0);
-        wem_set_errexit(nullptr);
     }
 };
 
-using ErrorMess = Reporting;
-using ErrorSet = Reporting;
-using ErrorSetThread = Reporting;
-using ErrorSetHandler = Reporting;
-using ErrorExit = Reporting;
-using TeskaWarn = Reporting;
-
 }  // namespace
 
+// Kept: queued lines are cut at 256 characters and handed out in descending order.
 TEST_F(ErrorMess, PrintsKeepsOrDropsALineAsTheModeSays)
 {
+    const std::string first_256 = cut_line.substr(0, 256);
     const std::tuple<int, lines, std::string, lines> cases[] = {
         {1, {"100% #1", long_message}, "ERROR : '100% #1'\n" + cut_line + '\n', {}},
         {2, {"Abc", "Abc", "abc"}, "", {"ERROR : 'Abc'"}},
+        {2,
+         {"B", long_message, "a", "c", long_message},
+         "",
+         {first_256, first_256, "ERROR : 'c'", "ERROR : 'B'", "ERROR : 'a'"}},
         {3, {"first", "second"}, "", {"ERROR : 'second'"}},
         {3, {long_message}, "", {cut_line}},
         {0, {"lost"}, "", {}},
@@ -95,19 +90,7 @@ TEST_F(ErrorMess, PrintsKeepsOrDropsALineAsTheModeSays)
     }
 }
 
-TEST_F(ErrorMess, KeptCutsQueuedLinesAt256CharactersAndHandsThemOutInDescendingOrder)
-{
-    const std::string first_256 = cut_line.substr(0, 256);
-    const lines expected = {first_256, first_256, "ERROR : 'c'", "ERROR : 'B'", "ERROR : 'a'"};
-    error_set(2);
-    report({"B", long_message, "a", "c", long_message});
-    EXPECT_EQ(take(), expected);
-    report({"a", "b"});
-    EXPECT_EQ(printed([] { error_display_all_msgs(); }), "ERROR : 'b'\nERROR : 'a'\n");
-    EXPECT_EQ(take(), lines{});
-}
-
-TEST_F(ErrorSet, KeptForgetsTheKeptLineWhenMode3IsSetAgainAndTheQueueOnLeavingMode2)
+TEST_F(ErrorMess, KeptForgetsTheKeptLineWhenMode3IsSetAgainAndTheQueueOnLeavingMode2)
 {
     const std::tuple<int, int, lines> cases[] = {{2, 2, {"ERROR : 'ink'"}}, {2, 77, {}}, {3, 3, {}}, {3, 1, {}}};
     for (const auto &[mode, next, kept] : cases) {
@@ -119,7 +102,7 @@ TEST_F(ErrorSet, KeptForgetsTheKeptLineWhenMode3IsSetAgainAndTheQueueOnLeavingMo
     }
 }
 
-TEST_F(ErrorSetThread, CollectsWholeLinesOfItsThreadInTheOrderReported)
+TEST_F(ErrorMess, CollectsWholeLinesOfAThreadInTheOrderReported)
 {
     const lines ink = {"ERROR : 'ink'"};
     error_set(3);
@@ -149,7 +132,7 @@ TEST_F(ErrorSetThread, CollectsWholeLinesOfItsThreadInTheOrderReported)
     EXPECT_EQ(take(), ink) << "by the mode of the process again";
 }
 
-TEST_F(ErrorSetThread, HoldsTheFirst64LinesAndTakesMoreAsTheyAreFetched)
+TEST_F(ErrorMess, HoldsTheFirst64LinesOfAThreadAndTakesMoreAsTheyAreFetched)
 {
     lines expected;
     error_set_thread(2);
@@ -173,7 +156,7 @@ void receive(void *context, const char *line)
     teska_warn(1, "from the handler");
 }
 
-TEST_F(ErrorSetHandler, GetsEveryLineThatWouldBePrinted)
+TEST_F(ErrorMess, GivesAHandlerEveryLineThatWouldBePrinted)
 {
     lines of_process, of_thread;
     void *before = &of_thread;
@@ -183,15 +166,17 @@ TEST_F(ErrorSetHandler, GetsEveryLineThatWouldBePrinted)
     const auto speak = [] {
         report({"100% #1", long_message});
         error_set(2);
-        report({"queued"});
+        report({"a", "queued"});
         error_display_all_msgs();
+        EXPECT_EQ(take(), lines{});
         teska_warn(1, "ink");
         dbg("dot");
         error_set(0);
         report({"dropped"});
         error_set(1);
     };
-    const lines all{"ERROR : '100% #1'", cut_line, "ERROR : 'queued'", "WARNING  : 'ink'", "DEBUG : 'dot'"};
+    const lines all{"ERROR : '100% #1'", cut_line,           "ERROR : 'queued'",
+                    "ERROR : 'a'",       "WARNING  : 'ink'", "DEBUG : 'dot'"};
     EXPECT_EQ(printed(speak), "");
     EXPECT_EQ(std::exchange(of_process, {}), all);
 
@@ -212,7 +197,7 @@ TEST_F(ErrorSetHandler, GetsEveryLineThatWouldBePrinted)
     EXPECT_EQ(of_process.size(), 1U);
 }
 
-TEST_F(TeskaWarn, PrintsAboveTheThresholdAndDbgWhileSwitchedOnInEveryMode)
+TEST_F(ErrorMess, WarnsAboveTheThresholdAndPrintsDbgWhileSwitchedOnInEveryMode)
 {
     const std::tuple<int, int, int, std::string> cases[] = {{0, 0, 0, ""},
                                                             {0, 1, 0, "WARNING  : 'ink'\n"},
@@ -229,18 +214,4 @@ TEST_F(TeskaWarn, PrintsAboveTheThresholdAndDbgWhileSwitchedOnInEveryMode)
             EXPECT_EQ(printed([at = level] { teska_warn(at, "ink"), dbg("ink"); }), expected);
             EXPECT_EQ(take(), lines{});
         }
-}
-
-TEST_F(ErrorExit, HandsTheLineToTheRuntimeWhateverTheModeAndLetsTheHandlerJump)
-{
-    static std::jmp_buf back;
-    static std::string line;
-    wem_set_errexit([](const char *text) -> int { line = text, std::longjmp(back, 7); });
-    error_set(2);
-    const int code = setjmp(back);
-    if (code == 0)
-        error_exit("jumped");
-    EXPECT_EQ(code, 7);
-    EXPECT_EQ(line, "ERROR  : 'jumped'");
-    EXPECT_EQ(take(), lines{});
 }

@@ -1,6 +1,5 @@
 #include "tcriticsect.h"
 
-#include "support/child.h"
 #include "support/folder.h"
 
 #include "teska_time.h"
@@ -11,16 +10,10 @@
 #include <stdexcept>
 #include <thread>
 
-using teska_test::Child, teska_test::ChildRole, teska_test::Folder;
+using teska_test::Folder;
 
 namespace
 {
-
-const ChildRole enter("enter", [](const std::string &path) { return TCriticSect(path.c_str(), 1).Enter(0); });
-const ChildRole hold("hold", [](const std::string &path) {
-    TCriticSect section(path.c_str(), 1);
-    return section.Enter(20) + waitmsec(60000);
-});
 
 TEST(TCriticSect, TakesPathsOf255Bytes)
 {
@@ -33,10 +26,11 @@ TEST(TCriticSect, TakesPathsOf255Bytes)
     }
 }
 
+// That other processes are excluded as well is tested with the companion's handles.
 TEST(TCriticSect, ExcludesOtherObjectsOfTheProcessUntilItIsLeft)
 {
     const Folder folder;
-    const std::string path = folder.path("lock");
+    const std::string path = folder.path("\xc3\xb6.lck");
     TCriticSect first(path.c_str(), 100), second(path.c_str(), 100);
     EXPECT_EQ(first.Enter(0), 0);
     const int start = time_get_elapsed_time();
@@ -61,26 +55,6 @@ TEST(TCriticSect, ExcludesOtherObjectsOfTheProcessUntilItIsLeft)
     EXPECT_EQ(TCriticSect(path.c_str(), 0).Enter(0), 0);
     EXPECT_EQ(first.Enter(-1), 0) << "a destroyed object has left";
     EXPECT_EQ(TCriticSect(folder.path("missing/lock").c_str(), -7).Enter(0), 1);
-}
-
-TEST(TCriticSect, ExcludesOtherProcessesUntilItIsLeftOrTheyEnd)
-{
-    const Folder folder;
-    const std::string path = folder.path("\xc3\xb6.lck");
-    TCriticSect section(path.c_str(), 5);
-    ASSERT_EQ(section.Enter(0), 0);
-    EXPECT_EQ(Child("enter", path).wait(), 1);
-    section.Leave();
-    EXPECT_EQ(Child("enter", path).wait(), 0);
-
-    Child holder("hold", path);
-    for (int i = 0; i < 4000 && section.Enter(-1) == 0; ++i) {
-        section.Leave();
-        waitmsec(5);
-    }
-    ASSERT_EQ(section.Enter(1), 1) << "the holder is inside";
-    holder.kill();
-    EXPECT_EQ(section.Enter(5), 0);
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 #include "check.h"
-#include "press.h"
 #include "teska_colour.h"
 #include "teska_core.h"
 #include "teska_files.h"

@@ -1,5 +1,4 @@
 #include "check.h"
-#include "press.h"
 #include "teska_geometry.h"
 #include "top_surface_1.inc"
 
