@@ -17,6 +17,16 @@ struct fusm_ramp {
     int shift;
 };
 
+// Level factors of bytes that lie on a line: factors[min(sample, top)] is (sample * multiplier + offset) >>
+// fusm_slope_shift for every sample.
+struct fusm_slope {
+    bool fits;  // the rest means nothing otherwise
+    std::int32_t multiplier;
+    std::int32_t offset;
+};
+
+constexpr int fusm_slope_shift = 20;
+
 // How one component is corrected. Tables are followed by two readable bytes, so that a word may be read at any entry.
 struct fusm_curve {
     const std::uint16_t *table;   // corrections by min(|high-pass|, last)
@@ -27,8 +37,9 @@ struct fusm_curve {
     // The same for samples of 8 bits, where last and top are at most 255.
     std::uint8_t bytes[256];            // min(table[min(d, last)], 255)
     std::uint8_t factor_bytes[2][256];  // low and high byte of factors[min(sample, top)]
-    fusm_ramp byte_ramp;                // multiplier below 2^16, shift 9 .. 16
-    fusm_ramp ramp;                     // for samples of 16 bits; shift 25 .. 32
+    fusm_slope slope;
+    fusm_ramp byte_ramp;  // multiplier below 2^16, shift 9 .. 16
+    fusm_ramp ramp;       // for samples of 16 bits; shift 25 .. 32
 };
 
 // Samples of a line on their way from the window to the output: one component, or components alike that lie side by

@@ -7,7 +7,7 @@
 //   High-pass  Two neighbours of each sample are brought side by side and multiplied by their weights together. Bytes
 //              give sums of 16 bits. Words are moved down by 32768 to become signed, which sums of weight zero undo.
 //   Levels     factor * h >> 8 is factor * (h >> 8) + (factor * (h & 255) >> 8): 32 bits suffice for words, and bytes
-//              need them only up to the shift.
+//              need them only up to the shift. Factors of bytes on a line are one multiplication.
 //   Ramp       One multiplication in place of the table, where the table allows it.
 //   Bytes      Magnitudes above 255 count as 255, no table being longer, and corrections stop at 255: both are bytes,
 //              and adding and subtracting cuts the results.
@@ -68,10 +68,11 @@ public:
     static constexpr int lanes = static_cast<int>(sizeof(vector));
 
     explicit fusm_byte_kernel(const fusm_curve &curve) noexcept
-        : levels_(curve.factors != nullptr), ramp_(curve.byte_ramp.fits), shift_(16 - curve.byte_ramp.shift),
-          multiplier_(Isa::all16(static_cast<int>(curve.byte_ramp.multiplier))), last_(Isa::all16(curve.last)),
-          top_(Isa::all8(curve.top)), corrections_(curve.bytes, !ramp_), low_(curve.factor_bytes[0], levels_),
-          high_(curve.factor_bytes[1], levels_)
+        : levels_(curve.factors != nullptr), slope_(slopes && curve.slope.fits), ramp_(curve.byte_ramp.fits),
+          shift_(16 - curve.byte_ramp.shift), multiplier_(Isa::all16(static_cast<int>(curve.byte_ramp.multiplier))),
+          last_(Isa::all16(curve.last)), top_(Isa::all8(curve.top)), corrections_(curve.bytes, !ramp_),
+          slope_multiplier_(Isa::all32(curve.slope.multiplier)), slope_offset_(Isa::all32(curve.slope.offset)),
+          low_(curve.factor_bytes[0], levels_ && !slope_), high_(curve.factor_bytes[1], levels_ && !slope_)
     {
     }
 
@@ -109,11 +110,21 @@ public:
     }
 
 private:
+    // Vectors of 64 bytes read tables by two permutations each, which takes less.
+    static constexpr bool slopes = Isa::size < 64;
+
     void reduce(vector samples, vector (&h)[2]) const noexcept
     {
-        const vector low = low_.look_up(samples);
-        const vector high = high_.look_up(samples);
-        const vector factors[2] = {Isa::zip_low8(low, high), Isa::zip_high8(low, high)};
+        vector factors[2];
+        if (slopes && slope_) {
+            factors[0] = factors_on_slope(Isa::zip_low8(samples, Isa::zero()));
+            factors[1] = factors_on_slope(Isa::zip_high8(samples, Isa::zero()));
+        } else {
+            const vector low = low_.look_up(samples);
+            const vector high = high_.look_up(samples);
+            factors[0] = Isa::zip_low8(low, high);
+            factors[1] = Isa::zip_high8(low, high);
+        }
         for (int half = 0; half < 2; ++half) {
             const vector product_low = Isa::multiply_low16(factors[half], h[half]);
             const vector product_high = Isa::multiply_high_s16(factors[half], h[half]);
@@ -122,13 +133,26 @@ private:
         }
     }
 
+    vector factors_on_slope(vector samples) const noexcept
+    {
+        const auto factor = [this](vector wide) noexcept {
+            return Isa::shift_right_s32(Isa::add32(Isa::multiply_low32(wide, slope_multiplier_), slope_offset_),
+                                        fusm_slope_shift);
+        };
+        return Isa::narrow_to_s16(factor(Isa::zip_low16(samples, Isa::zero())),
+                                  factor(Isa::zip_high16(samples, Isa::zero())));
+    }
+
     bool levels_;
+    bool slope_;
     bool ramp_;
     int shift_;
     vector multiplier_;
     vector last_;
     vector top_;
     typename Isa::byte_table corrections_;
+    vector slope_multiplier_;
+    vector slope_offset_;
     typename Isa::byte_table low_;
     typename Isa::byte_table high_;
 };

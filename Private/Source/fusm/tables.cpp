@@ -2,7 +2,7 @@
 //
 // Corrections and level factors are tables of V + 1 entries. For the kernels with vectors there are two more forms:
 // bytes have tables of 256 entries, with corrections cut to 255, which no result shows; and a table without coring is
-// mostly one multiplication:
+// mostly one multiplication, as are level factors of bytes when they lie on a line:
 //
 //     table[d] = d * multiplier >> shift      for all d, or the table is used
 //
@@ -177,6 +177,41 @@ bool fill_factors(int16_t *row, int top, int points, const double *levels, const
     return true;
 }
 
+// The line through the factors of bytes. For a multiplier m entry i wants an offset of at least f[i] 2^shift - i m, and
+// entry j one below (f[j] + 1) 2^shift - j m. Where those cross, m is too large if j is the later entry, or else too
+// small: the multipliers that fit, if there are any, are found by halving.
+fusm_slope find_slope(const fusm_curve &curve)
+{
+    constexpr int64_t unit = int64_t{1} << fusm_slope_shift;
+    constexpr int64_t steepest = 8 * unit;  // sums then stay within 32 bits
+    const auto factor = [&curve](int sample) { return curve.factors[std::min(sample, curve.top)]; };
+    for (int64_t low = -steepest, high = steepest; low <= high;) {
+        const int64_t m = (low + high) / 2;
+        int64_t least = INT64_MIN, most = INT64_MAX;
+        int latest_least = 0, latest_most = 0;
+        for (int sample = 0; sample < byte_values; ++sample) {
+            const int64_t from = factor(sample) * unit - sample * m;
+            if (from > least) {
+                least = from;
+                latest_least = sample;
+            }
+            if (from + unit - 1 < most) {
+                most = from + unit - 1;
+                latest_most = sample;
+            }
+        }
+        if (least <= most)
+            return {.fits = std::abs(factor(0)) < 2000 && std::abs(factor(byte_values - 1)) < 2000,
+                    .multiplier = static_cast<std::int32_t>(m),
+                    .offset = static_cast<std::int32_t>(least)};
+        if (latest_most > latest_least)
+            high = m - 1;
+        else
+            low = m + 1;
+    }
+    return {};
+}
+
 void use_factors(corrections &c)
 {
     for (int k = 0; k < c.processed; ++k) {
@@ -187,6 +222,7 @@ void use_factors(corrections &c)
             curve.factor_bytes[0][v] = static_cast<uint8_t>(bits);
             curve.factor_bytes[1][v] = static_cast<uint8_t>(bits >> 8);
         }
+        curve.slope = curve.factors != nullptr ? find_slope(curve) : fusm_slope{};
     }
 }
 
