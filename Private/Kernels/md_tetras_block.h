@@ -209,15 +209,15 @@ private:
         }
     }
 
-    // Three at a time: more sums than that do not stay in registers.
     void convert_each() noexcept
     {
+        constexpr int at_once = Steps::tables_at_once;
         int k = 0;
-        for (; k + 3 <= run_.tables; k += 3)
-            convert_tables<3>(run_.first + k, ptrdiff_t{k} * table_.outputs);
-        if (k + 2 == run_.tables)
-            convert_tables<2>(run_.first + k, ptrdiff_t{k} * table_.outputs);
-        else if (k + 1 == run_.tables)
+        for (; k + at_once <= run_.tables; k += at_once)
+            convert_tables<at_once>(run_.first + k, ptrdiff_t{k} * table_.outputs);
+        if (at_once > 1 && k + 2 == run_.tables)
+            return convert_tables<2>(run_.first + k, ptrdiff_t{k} * table_.outputs);
+        for (; k < run_.tables; ++k)
             convert_tables<1>(run_.first + k, ptrdiff_t{k} * table_.outputs);
     }
 

@@ -31,6 +31,8 @@ namespace
 constexpr uint64_t lower_halves = 0x0000FFFF0000FFFF;
 
 struct scalar_steps {
+    static constexpr int tables_at_once = 1;
+
     template <int N>
     class of
     {
@@ -67,8 +69,10 @@ struct scalar_steps {
                 for (int i = 0; i <= (N != 0 ? N : table_.inputs); ++i) {
                     const uint16_t *const vertex = grid + paths.at[i][p];
                     const uint64_t weight = paths.weight[i][p];
-                    even += (vertex[0] | uint64_t{vertex[2]} << 32) * weight;
-                    odd += (vertex[1] | uint64_t{vertex[3]} << 32) * weight;
+                    const uint64_t samples =
+                        vertex[0] | uint64_t{vertex[1]} << 16 | uint64_t{vertex[2]} << 32 | uint64_t{vertex[3]} << 48;
+                    even += (samples & lower_halves) * weight;
+                    odd += (samples >> 16 & lower_halves) * weight;
                 }
                 even = divided_pair(even);
                 odd = divided_pair(odd);

@@ -8,8 +8,7 @@
 // Inputs are sorted as remainder << 16 | label, in lanes of 32 bits, by unsigned maxima and minima; the label tells the
 // stride. Running sums of the strides are the offsets of the path, differences of the remainders its weights.
 //
-// For the sums every lane of 32 bits is an output: four of a pixel, whose samples one load of 8 bytes brings, times the
-// weight repeated. No sum needs more than 32 unsigned bits.
+// The four samples of a vertex come by one load of 8 bytes. No sum needs more than 32 unsigned bits.
 
 #ifndef TESKA_MD_TETRAS_VECTOR_H
 #define TESKA_MD_TETRAS_VECTOR_H
@@ -62,19 +61,67 @@ private:
     vector row_;
 };
 
+// The sums of as many pixels as a vector has room for four samples of each. A lane of 32 bits holds two samples of a
+// pixel. The sum of the lower ones is not formed by itself: the products of whole lanes are, modulo 2^32,
+//
+//     lane * w = lower * w + 2^16 * upper * w,
+//
+// and what the upper samples add is taken away once, at the end.
+//
+// Of Isa:
+//     fours(grid, at)    the four samples at each of the vertices at[0], at[1], at[2] ..
+//     twice(weights)     weights 0, 0, 1, 1, 2, 2 ..
+template <class Isa>
+class md_tetras_sums
+{
+public:
+    using vector = typename Isa::vector;
+    using lanes32 = typename Isa::lanes32;
+    static constexpr int pixels = Isa::size / 8;
+
+    struct weights {
+        explicit weights(const uint32_t *at) noexcept : twice(reinterpret_cast<lanes32>(Isa::twice(at))) {}
+        lanes32 twice;
+    };
+
+    void add(const uint16_t *grid, const uint32_t *at, const weights &by) noexcept
+    {
+        const auto lane = reinterpret_cast<lanes32>(Isa::fours(grid, at));
+        lanes_ += lane * by.twice;
+        upper_ += (lane >> 16) * by.twice;
+    }
+
+    void store(void *samples) const noexcept
+    {
+        const lanes32 lower = shifted_quotient(lanes_ - (upper_ << 16)) >> 16;
+        const lanes32 upper = shifted_quotient(upper_) & 0xFFFF0000;
+        Isa::store(samples, reinterpret_cast<vector>(lower | upper));
+    }
+
+private:
+    // `divided` before its shift: the quotient is in the upper half.
+    static lanes32 shifted_quotient(lanes32 sum) noexcept
+    {
+        sum += half_whole;
+        return sum + (sum >> 16) + 1;
+    }
+
+    lanes32 lanes_ = {};
+    lanes32 upper_ = {};
+};
+
 // Of Isa also:
 //     strides                  one of the above
 //     apart(a)                 orders blocks of 8 bytes so that zips of lanes of 16 bits give a half of the lanes each
-//     fours(grid, at)          the four samples at each of as many vertices as a vector has room for, widened to lanes
-//                              of 32 bits: at[0], at[2], at[4] ..
-//     spread<First>(weights)   weights First, First + 2, First + 4 .. for these, each four times
+//     sums                     of some pixels, as md_tetras_sums
+//     tables_at_once           how many of a set are summed together: 1, or 3 where their sums stay in registers
 template <class Isa>
 struct md_tetras_steps {
     using vector = typename Isa::vector;
     using lanes16 = typename Isa::lanes16;
     using lanes32 = typename Isa::lanes32;
     static constexpr int lanes = Isa::size / 4;  // of 32 bits
-    static constexpr int pixels = lanes / 2;     // of two vectors of sums
+    static constexpr int tables_at_once = Isa::tables_at_once;
 
     template <class To, class From>
     static To as(From value) noexcept
@@ -121,13 +168,16 @@ struct md_tetras_steps {
         void sum(const uint16_t *const *grids, int count, const md_tetras_paths<N> &paths,
                  md_tetras_results *results) const noexcept
         {
-            for (int p = 0; p < count; p += pixels) {
-                vector even[Tables];
-                vector odd[Tables];
-                sum_pixels<0, Tables>(grids, p, paths, even);
-                sum_pixels<1, Tables>(grids, p, paths, odd);
+            using sums = typename Isa::sums;
+            for (int p = 0; p < count; p += sums::pixels) {
+                sums of_table[Tables];
+                for (int i = 0; i <= n(); ++i) {
+                    const typename sums::weights weights(paths.weight[i] + p);
+                    for (unsigned t = 0; t < Tables; ++t)
+                        of_table[t].add(grids[t], paths.at[i] + p, weights);
+                }
                 for (unsigned t = 0; t < Tables; ++t)
-                    Isa::store(results[t].of[p], Isa::narrow_to_u16(even[t], odd[t]));
+                    of_table[t].store(results[t].of[p]);
             }
         }
 
@@ -153,23 +203,6 @@ struct md_tetras_steps {
 
     private:
         [[nodiscard]] int n() const noexcept { return N != 0 ? N : n_; }
-
-        // Pixels p + First, p + First + 2 .., of all tables by the same weights.
-        template <int First, unsigned Tables>
-        void sum_pixels(const uint16_t *const *grids, int p, const md_tetras_paths<N> &paths,
-                        vector *results) const noexcept
-        {
-
-            lanes32 weight[room_for<N> + 1];
-            for (int i = 0; i <= n(); ++i)
-                weight[i] = as<lanes32>(Isa::template spread<First>(paths.weight[i] + p));
-            for (unsigned t = 0; t < Tables; ++t) {
-                lanes32 sum = lanes32{} + half_whole;
-                for (int i = 0; i <= n(); ++i)
-                    sum += as<lanes32>(Isa::fours(grids[t], paths.at[i] + p + First)) * weight[i];
-                results[t] = as<vector>((sum + (sum >> 16) + 1) >> 16);
-            }
-        }
 
         // Byte b is the sample 257 * b: it twice. Inputs with a curve have theirs in the table.
         void widen(const tetras_planes<uint8_t, room_for<N>> &bytes,

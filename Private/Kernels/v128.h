@@ -34,6 +34,12 @@ struct v128 : integer_lanes<v128_register> {
     // Addresses need no alignment. A part of a vector is its low end; the rest of what is loaded is 0.
     static vector load(const void *at) noexcept { return _mm_loadu_si128(static_cast<const __m128i *>(at)); }
     static vector load_8_bytes(const void *at) noexcept { return _mm_loadl_epi64(static_cast<const __m128i *>(at)); }
+    // 8 bytes from each of two places.
+    static vector load_8_bytes_each(const void *lower, const void *upper) noexcept
+    {
+        const __m128d first = _mm_castsi128_pd(load_8_bytes(lower));
+        return _mm_castpd_si128(_mm_loadh_pd(first, static_cast<const double *>(upper)));
+    }
     static vector load_4_bytes(const void *at) noexcept
     {
         int word;
@@ -97,6 +103,7 @@ struct v128 : integer_lanes<v128_register> {
 
     // Unsigned lanes: the lower ones of a vector, or as many from memory as fill one.
     static vector widen_8_to_32(vector a) noexcept { return _mm_cvtepu8_epi32(a); }
+    static vector widen_16_to_32(const void *at) noexcept { return _mm_cvtepu16_epi32(load_8_bytes(at)); }
     static vector widen_8_to_32(const void *at) noexcept { return widen_8_to_32(load_4_bytes(at)); }
 
     // In every 16 bytes: byte control % 16 of a, or 0 where the top bit of the control is set.
