@@ -15,7 +15,6 @@
 #include <limits>
 #include <memory>
 #include <tuple>
-#include <vector>
 
 using namespace teska_test;
 
@@ -279,6 +278,28 @@ TEST(FusmDo, SharpensAsTheRuleInFloatingPointAtEveryLevel)
                 expect_as_modelled<Word>(random_job(random, i % 8 == 0 ? 65535 : 1023, 32), random);
             }
             teska::gather_limit(before);
+        }
+    });
+}
+
+// Curves of two points, whose factors lie on a line, or nearly: steep, flat, beyond what a factor can be, cut at V.
+TEST(FusmDo, ReducesByALineAsByAnyCurve)
+{
+    at_every_level([](teska::simd_level) {
+        Generator random(73);
+        const double factors[] = {1, 0.5, 0, -0.7, 3, 7.9, -40};
+        for (int i = 0; i < 120 && !testing::Test::HasFailure(); ++i) {
+            Job j = random_job(random, 255, 64);
+            j.top = i % 8 == 0 ? 250 : 255;
+            j.noise.assign(j.noise.size(), 0.02 * (i % 2));
+            j.strengths.assign(j.strengths.size(), 1);
+            j.height = 5 + random.below(4);
+            const auto K = static_cast<std::size_t>(j.K);
+            j.levels.assign(2 * K, i % 3 * 0.1);
+            std::fill(j.levels.begin() + j.K, j.levels.end(), 1 - i % 4 * 0.2);
+            j.factors.assign(2 * K, factors[random.below(7)]);
+            std::fill(j.factors.begin() + j.K, j.factors.end(), factors[random.below(7)]);
+            expect_as_modelled<Byte>(j, random);
         }
     });
 }
