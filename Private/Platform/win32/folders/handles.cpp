@@ -4,11 +4,10 @@
 
 #include "Platform/win32/folders/errors.h"
 #include "Platform/win32/folders/links.h"
-#include "Platform/win32/folders/paths.h"
+#include "Support/memory.h"
 
 #include <cstring>
-#include <cwchar>
-#include <utility>
+#include <string_view>
 
 namespace teska::folders
 {
@@ -30,22 +29,18 @@ std::int64_t ticks_of(const moment &time) noexcept
     return (time.seconds + seconds_from_1601_to_1970) * ticks_a_second + time.nanoseconds / 100;
 }
 
-// The path of what is open, from the device on, so that the host translates nothing.
-wide_text place_of(HANDLE handle) noexcept
+// The path of what is open on its volume, as part of a block.
+bool path_by_handle(HANDLE handle, heap_block<char> &block, std::wstring_view &path) noexcept
 {
-    constexpr DWORD form = FILE_NAME_OPENED | VOLUME_NAME_NT;
-    const DWORD room = GetFinalPathNameByHandleW(handle, nullptr, 0, form);
-    if (room == 0) {
-        refused();
-        return nullptr;
-    }
-    wide_text place = wide_block(room);
-    const DWORD units = place ? GetFinalPathNameByHandleW(handle, place.get(), room, form) : 0;
-    if (place && units == 0)
-        refused();
-    if (units >= room)  // renamed meanwhile
-        errno = ENOENT;
-    return units != 0 && units < room ? std::move(place) : nullptr;
+    constexpr DWORD room = sizeof(FILE_NAME_INFO) + sizeof(wchar_t) * 32767;
+    block = zeroed_block<char>(room);
+    if (!block)
+        return fail(ENOMEM);
+    const auto *info = reinterpret_cast<const FILE_NAME_INFO *>(block.get());
+    if (!GetFileInformationByHandleEx(handle, FileNameInfo, block.get(), room))
+        return refused();
+    path = {info->FileName, info->FileNameLength / sizeof(wchar_t)};
+    return true;
 }
 
 }  // namespace
@@ -103,16 +98,19 @@ bool identity_by_handle(HANDLE handle, identity &id) noexcept
 
 bool lies_in(HANDLE above, HANDLE handle) noexcept
 {
-    const wide_text folder = place_of(above);
-    const wide_text place = folder ? place_of(handle) : nullptr;
-    if (!place)
+    heap_block<char> blocks[2];
+    std::wstring_view folder;
+    std::wstring_view path;
+    BY_HANDLE_FILE_INFORMATION volumes[2];
+    if (!path_by_handle(above, blocks[0], folder) || !path_by_handle(handle, blocks[1], path))
         return false;
-    const wchar_t *separator = std::wcsrchr(place.get(), L'\\');
-    const auto units = static_cast<int>(separator != nullptr ? separator - place.get() : 0);
-    auto units_above = static_cast<int>(std::wcslen(folder.get()));
-    if (units_above > 0 && folder[units_above - 1] == L'\\')  // a root
-        --units_above;
-    return CompareStringOrdinal(place.get(), units, folder.get(), units_above, TRUE) == CSTR_EQUAL || fail(ENOENT);
+    if (!GetFileInformationByHandle(above, &volumes[0]) || !GetFileInformationByHandle(handle, &volumes[1]))
+        return refused();
+    // A root has its separator.
+    const std::wstring_view begin = path.substr(0, path.rfind(L'\\') + (folder.ends_with(L'\\') ? 1 : 0));
+    const bool same = CompareStringOrdinal(begin.data(), static_cast<int>(begin.size()), folder.data(),
+                                           static_cast<int>(folder.size()), TRUE) == CSTR_EQUAL;
+    return (same && volumes[0].dwVolumeSerialNumber == volumes[1].dwVolumeSerialNumber) || fail(ENOENT);
 }
 
 bool set_basic(HANDLE handle, const moment &changed, DWORD attributes) noexcept
