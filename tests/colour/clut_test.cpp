@@ -8,7 +8,6 @@
 #include <cmath>
 #include <limits>
 #include <new>
-#include <vector>
 
 using teska_test::Generator;
 

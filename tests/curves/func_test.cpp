@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <memory>
 #include <utility>
-#include <vector>
 
 using namespace teska_test;
 

@@ -7,9 +7,7 @@
 
 #include <cmath>
 #include <memory>
-#include <string>
 #include <tuple>
-#include <vector>
 
 namespace
 {

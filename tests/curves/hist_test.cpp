@@ -8,7 +8,6 @@
 #include <cmath>
 #include <memory>
 #include <tuple>
-#include <vector>
 
 using namespace teska_test;
 

@@ -13,7 +13,6 @@
 #include <memory>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 using namespace teska_test;
 

@@ -13,9 +13,7 @@
 #include <cstdlib>
 #include <memory>
 #include <numbers>
-#include <string>
 #include <tuple>
-#include <vector>
 
 using namespace teska_test;
 

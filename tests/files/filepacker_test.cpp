@@ -7,7 +7,6 @@
 #include <climits>
 #include <cstdint>
 #include <new>
-#include <vector>
 
 #if defined(_WIN32)
 constexpr bool on_windows = true;

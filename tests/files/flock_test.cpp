@@ -9,7 +9,6 @@
 #include <fstream>
 #include <memory>
 #include <thread>
-#include <vector>
 
 using teska_test::Child, teska_test::ChildRole, teska_test::Folder;
 

@@ -14,9 +14,7 @@
 #include <limits>
 #include <memory>
 #include <numeric>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace
 {

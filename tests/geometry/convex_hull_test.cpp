@@ -12,7 +12,6 @@
 #include <limits>
 #include <memory>
 #include <tuple>
-#include <vector>
 
 using teska::vec3, teska_test::Generator, teska_test::lines, teska_test::Reports;
 

@@ -15,7 +15,6 @@
 #include <map>
 #include <memory>
 #include <utility>
-#include <vector>
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 

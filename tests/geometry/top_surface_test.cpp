@@ -6,7 +6,6 @@
 #include <top_surface.h>  // not the helper of this folder
 
 #include <memory>
-#include <vector>
 
 using teska_test::lines, teska_test::Reports;
 

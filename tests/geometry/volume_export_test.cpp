@@ -8,8 +8,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <string>
-#include <vector>
 
 using teska_test::Folder, teska_test::Generator;
 

@@ -12,7 +12,6 @@
 #include <cmath>
 #include <functional>
 #include <memory>
-#include <vector>
 
 using teska_test::Samples;
 

@@ -6,9 +6,7 @@
 
 #include <algorithm>
 #include <climits>
-#include <string>
 #include <tuple>
-#include <vector>
 
 namespace
 {

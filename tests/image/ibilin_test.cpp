@@ -15,7 +15,6 @@
 #include <functional>
 #include <iterator>
 #include <memory>
-#include <vector>
 
 using namespace teska_test;
 

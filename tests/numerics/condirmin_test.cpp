@@ -10,7 +10,6 @@
 #include <climits>
 #include <memory>
 #include <tuple>
-#include <vector>
 
 namespace
 {

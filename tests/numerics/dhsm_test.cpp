@@ -9,7 +9,6 @@
 #include <climits>
 #include <memory>
 #include <tuple>
-#include <vector>
 
 namespace
 {

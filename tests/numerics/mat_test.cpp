@@ -14,7 +14,6 @@
 #include <numeric>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 namespace
 {

@@ -9,7 +9,6 @@
 #include <memory>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 namespace
 {

@@ -5,7 +5,6 @@
 #include <array>
 #include <climits>
 #include <cmath>
-#include <vector>
 
 static int calls;
 

@@ -9,7 +9,6 @@
 #include <climits>
 #include <cmath>
 #include <tuple>
-#include <vector>
 
 using teska_test::lines, teska_test::Reports;
 using Values = std::vector<double>;

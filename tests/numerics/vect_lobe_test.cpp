@@ -12,9 +12,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
-#include <string>
 #include <tuple>
-#include <vector>
 
 namespace
 {

@@ -8,7 +8,6 @@
 #include <climits>
 #include <limits>
 #include <utility>
-#include <vector>
 
 namespace
 {
