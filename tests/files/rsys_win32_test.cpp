@@ -179,8 +179,8 @@ TEST(RsysHost, MayHaveNoRightToLinksNorToAFolderAndNothingInARoot)
 TEST(RsysHost, MayFailAtEachCall)
 {
     const std::string copy = "to", replace = "old", remove = "t";
-    const std::string old = "old:2:0:0 ", t = "t:1:0:0 t/d:2:1:0 t/f:0:1:1 t/l:2:1:0 ", v = "v:1:0:0 v/f:0:1:1";
-    const std::string to = "to:1:0:0 to/d:2:1:0 to/f:0:1:1 to/l:2:1:0 ";
+    const std::string old = "old:2:0:0 ", t = "t:1:0:0 t/d:2:1:0 t/f:0:1:1 ", v = "v:1:0:0 v/f:0:1:1";
+    const std::string to = "to:1:0:0 to/d:2:1:0 to/f:0:1:1 ";
     const std::tuple<std::string, std::string, int (*)(const Site &)> rows[] = {
         {copy, old + t + to + v, [](const Site &site) { return site.copy("t", "to"); }},
         {replace, old + t + v, [](const Site &site) { return site.copy("t/d", "old", RSYS_REPLACE); }},
@@ -190,14 +190,13 @@ TEST(RsysHost, MayFailAtEachCall)
         Links links;
         bool failed = true;
         for (int n = 0; failed; ++n) {
-            fs::create_directory(site.path("t"));
-            fs::create_directory(site.path("v"));
-            site.write("t/f", "x");
-            site.write("v/f", "x");
-            for (const auto &[link, target, folder] :
-                 {std::tuple("t/l", "f", false), {"t/d", "../v", true}, {"old", "x", true}})
+            for (const std::string folder : {"t", "v"}) {
+                fs::create_directory(site.path(folder));
+                site.write(folder + "/f", "x");
+            }
+            for (const auto &[link, target] : {std::pair("t/d", "../v"), {"old", "x"}})
                 if (site.kind(link) < 0)
-                    Links::make(target, site.path(link), folder);
+                    Links::make(target, site.path(link));
             int left = n;
             links.refusal = [&](const std::string &) { return left-- == 0 ? DWORD{ERROR_WRITE_PROTECT} : 0; };
             Reports reports;
