@@ -1,7 +1,7 @@
 // record_file - a record file of arbitrary bytes: loaded, listed, searched, changed, written and loaded again
 //
 // The first two bytes of an input are the lengths of a name and a value, which follow; the rest is the file. The file
-// stays in memory. What is found is compared with what the parsers of record text find in the same text.
+// stays in memory. What is found is compared with what the parsers of record text find in the same text; they take any.
 
 #include "database.h"
 #include "fuzz/target.h"
@@ -39,6 +39,24 @@ bool is_record_file(const std::string &text)
             return false;
     }
     return text.find('\0') == std::string::npos && (text.empty() || text.back() == '\n');
+}
+
+// Each item is found again by its name at the place where it was met, and under no longer one.
+void walk(const char *cursor)
+{
+    std::vector<char> topic(std::strlen(cursor) + 1);
+    char name[ZUK_VALUE_SIZE], value[ZUK_VALUE_SIZE], again[ZUK_VALUE_SIZE];
+    const char *text = cursor;
+    int topics = -1;
+    do {
+        ++topics;
+        for (const char *at = cursor, *next = cursor; str_get_next_zuk_item(&next, name, value) == 0;) {
+            expect(str_get_zuk_item(&at, (name + std::string("x")).c_str(), again) == -1);
+            expect(str_search_zuk_item(&at, name, again) == 0 && std::strcmp(again, value) == 0);
+            expect(str_get_zuk_item(&at, name, again) == 0 && at == next);
+        }
+    } while (str_get_next_zuk_topic(&cursor, topic.data()) == 0);
+    expect(*cursor == 0 && str_get_nr_of_zuk_topics(&text) == topics);
 }
 
 bool add(const Database &db, const std::string &topic, const std::string &name, const std::string &value)
@@ -103,6 +121,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::string name = take(static_cast<unsigned char>(lengths[0])).c_str();
     const std::string value = take(static_cast<unsigned char>(lengths[1])).c_str();
 
+    walk(input.c_str());
     const Database db(zuk_open(), zuk_close);
     const std::string text = with_lf(input);
     zuk_rfile *file = zuk::push_text(*db, "", input);
