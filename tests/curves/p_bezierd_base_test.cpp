@@ -341,15 +341,18 @@ TEST(PolyBezier, IsBoxedAndAsNearAsItsSamples)
         const point q = on ? at(p, input.between(0, n)) : point{input.between(-2, 2), input.between(-2, 2)};
         const numbers box = box_of(p);
         const Nearest found = nearest(p, q.x, q.y);
-        EXPECT_NEAR(at(p, found.u) - q, on ? 0 : found.dist, 1e-14);
-        // How far the samples stay within the box.
-        double within = inf;
+        EXPECT_NEAR(at(p, found.u) - q, found.dist, 1e-14);
+        EXPECT_LE(found.dist, on ? 1e-14 : inf);
+        numbers within(4, inf);
         for (int i = 0; i <= 1000 * n; ++i) {
             const point r = at(p, i / 1000.0);
-            within = std::min({within, r.x - box[0], r.y - box[1], box[2] - r.x, box[3] - r.y});
+            const double from_sides[] = {r.x - box[0], r.y - box[1], box[2] - r.x, box[3] - r.y};
+            for (std::size_t side = 0; side < 4; ++side)
+                within[side] = std::min(within[side], from_sides[side]);
             EXPECT_LE(found.dist, r - q + 1e-14);
         }
-        EXPECT_NEAR(within, 0, 1e-5);
+        for (const double least : within)
+            EXPECT_TRUE(least >= -1e-15 && least < 1e-5) << least;
     }
     // The first of equals: both arms of a tent, both ends of a closed chain, a point met twice.
     EXPECT_EQ(nearest(chain({1, 1}, {-1, 0, 0, 1, 1, 0}), 0, 0).u, 0.5);
