@@ -1,5 +1,6 @@
 #include "error_mess.h"
 #include "geometry/top_surface.h"
+#include "md_tetrad.h"
 
 #include <gtest/gtest.h>
 
@@ -109,6 +110,29 @@ void check_edge(Surface &top, const std::vector<Triangle> &triangles, const std:
             EXPECT_NEAR(own, rim.x, 1e-6 * rim.x) << phi;
             EXPECT_NEAR(top.VTMax / (1.0 + slope * own), rim.y, 1e-6 * top.VTMax) << phi;
         }
+    }
+}
+
+// Table 2 at a hue: the last step of tetar up to which the smaller gamut reaches that share of the line from the apex;
+// not the whole line, on which sheets may lie.
+void check_reach(Surface &top, double phir, int steps)
+{
+    const Edge edge = top.edge_at(phir);
+    const double share = top.own_rim(edge.phi) / edge.teta;
+    for (int k = 0; k + 1 < steps; ++k) {
+        double at[2] = {phir, k / (steps - 1.0)}, reach = 0.0, wanted = 0.0;
+        for (int s = 0; s < steps; ++s) {
+            double place[3] = {s / (steps - 1.0), phir, 1.0}, peak[3], line[3];
+            ASSERT_EQ(top.DetermineXYZMinGam(place, peak, nullptr, 1), 0);
+            place[0] *= share;
+            ASSERT_EQ(top.DetermineXYZ(place, line, nullptr, 1), 0);
+            if (peak[0] < at[1] * line[0] * (1.0 - 1e-12))
+                break;
+            wanted = s / (steps - 1.0);
+        }
+        double *in[] = {&at[0], &at[1]}, *out[] = {&reach};
+        md_tetrad_interp(top.tabTetar, in, 1, out, 1, 1);
+        EXPECT_NEAR(reach, wanted, 1e-9) << phir << ' ' << k;
     }
 }
 
@@ -288,6 +312,8 @@ TEST(RandomDevices, AreCoveredOnceAndHaveAnEdgeEverywhere)
         check_edge(top, triangles, given, with.steps);
         // Of the faces, no colour lies farther beyond the edge than their samples explain.
         convert_and_return(top, some_colours(of, 500, random, true), 5e-4, false);
+        EXPECT_EQ(top.DeterminePhirVTrTetar(), 0);
+        check_reach(top, random.below(with.steps) / (with.steps - 1.0), with.steps);
     }
     EXPECT_GT(complete, 20);
 }
