@@ -2,7 +2,7 @@
 #include "teska_core.h"
 
 static int page_bytes(void *pages, int id) { return pages == NULL ? 100 + id : 0; }
-static void page_read(void *pages, int id, void *to) { memset(to, id + 0 * ++seen, (size_t)page_bytes(pages, id)); }
+static void page_read(void *pages, int id, void *to) { ++seen, memset(to, id, (size_t)page_bytes(pages, id)); }
 #include "cache_1.inc"
 #include "error_mess_3.inc"
 #define log_line(line) (seen += line != NULL) /* the function has two arguments */
