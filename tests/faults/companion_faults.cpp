@@ -1,4 +1,4 @@
-// The companions with every allocation failing in turn, and with a host that refuses to open
+// The companions when memory is short, and with a host that refuses to open
 #include "support/child.h"
 #include "support/folder.h"
 
@@ -19,16 +19,10 @@ namespace
 constexpr const char *name = "companion_faults.tmp";
 constexpr int lock_flags = LOPRA_O_CREAT | LOPRA_O_EXCL | LOPRA_O_RDWR | LOPRA_O_TEMPORARY;
 
-bool removed(bool opened) { return opened && unlink(name) == 0; }
-bool closed(FILE *stream) { return stream != nullptr && std::fclose(stream) == 0; }
-bool missed(int result) { return result == -1 && errno == ENOENT; }
-
 lopra_handle open_handle()
 {
     return CreateFile_utf8(name, LOPRA_GENERIC_WRITE, 0, nullptr, LOPRA_OPEN_ALWAYS, 0, nullptr);
 }
-
-lopra_stat32 status;
 
 // Why the lock of a path cannot be taken; 0 when it can.
 int error_of_second(const std::string &path)
@@ -36,28 +30,6 @@ int error_of_second(const std::string &path)
     const int descriptor = lock_utf8(path.c_str());
     return descriptor < 0 ? errno : close_utf8(descriptor);
 }
-
-// A call that gives back what it got, and whether it came out as it should with memory.
-SweepRow row(const char *what, bool (*call)())
-{
-    return changing(
-        what, [] { return 0; }, [=](int) { return call(); },
-        [](int) { return std::string(access(name, F_OK) == 0 ? "left" : ""); }, {{}});
-}
-
-const SweepRows rows({
-    row("wem_lognam_set", [] { return wem_lognam_set("new", "N:") == 0 && wem_lognam_set("new", nullptr) == 0; }),
-    row("fopen_utf8", [] { return removed(closed(fopen_utf8(name, "wb"))); }),
-    row("open_utf8", [] { return removed(close_utf8(open_utf8(name, LOPRA_O_CREAT, LOPRA_S_IWRITE)) == 0); }),
-    row("open_utf8, temporary", [] { return close_utf8(open_utf8(name, lock_flags, LOPRA_S_IWRITE)) == 0; }),
-    row("lock_utf8", [] { return close_utf8(lock_utf8(name)) == 0; }),
-    row("CreateFile_utf8", [] { return removed(CloseFile_utf8(open_handle()) == 0); }),
-    row("create_below_utf8", [] { return removed(close_utf8(create_below_utf8(".", name)) == 0); }),
-    row("chmod_utf8", [] { return missed(chmod_utf8(name, LOPRA_S_IWRITE)); }),
-    row("stat32_utf8", [] { return missed(stat32_utf8(name, &status)); }),
-    row("rename_utf8", [] { return missed(rename_utf8(name, name)); }),
-    row("remove_utf8", [] { return missed(remove_utf8(name)); }),
-});
 
 // ---- Lock files
 

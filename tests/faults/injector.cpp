@@ -29,12 +29,14 @@ struct fault_state {
     bool armed = false;
     fault_kind kind{};
     int remaining = 0;  // calls that still succeed
+    int counted = 0;
     bool sticky = false;
     file_fault fault{};
     int injected = 0;
 };
 
 fault_state faults;
+bool heeded = true;
 
 // The blocks that live. Its own memory comes through the shared runtime, which is not wrapped; never destroyed, because
 // blocks are freed until the very end of the program.
@@ -46,8 +48,9 @@ std::vector<file_step> *recorded = nullptr;
 
 bool fails(fault_kind kind)
 {
-    if (!faults.armed || faults.kind != kind)
+    if (!heeded || !faults.armed || faults.kind != kind)
         return false;
+    ++faults.counted;
     if (faults.remaining > 0) {
         --faults.remaining;
         return false;
@@ -63,7 +66,7 @@ bool fails(fault_kind kind)
 
 void *keep(void *block)
 {
-    if (tracking && block != nullptr && !blocks.insert(block).second)
+    if (heeded && tracking && block != nullptr && !blocks.insert(block).second)
         ++found_again;
     return block;
 }
@@ -200,6 +203,11 @@ int disarm()
     faults.armed = false;
     return faults.injected;
 }
+
+int injections() { return faults.injected; }
+int calls_counted() { return faults.counted; }
+
+void heed(bool calls) { heeded = calls; }
 
 void record_files(std::vector<file_step> *steps) { recorded = steps; }
 

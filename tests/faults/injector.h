@@ -32,6 +32,13 @@ void arm(fault_kind kind, int n, bool sticky, file_fault fault = {});
 // No more failures. Returns how many were injected since arm.
 int disarm();
 
+// Since arm: how many were injected, and how many calls of the kind were made when none was.
+int injections();
+int calls_counted();
+
+// Whether calls count, fail and are tracked; they do at first.
+void heed(bool calls);
+
 // A file call by descriptor or by name that was made and succeeded.
 struct file_step {
     enum kind { open, write, fsync, close, rename, unlink, mkdir, symlink } call;

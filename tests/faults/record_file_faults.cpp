@@ -1,11 +1,9 @@
-// Record files and the tables in them, with every allocation and every file call failing in turn, and saves that are
-// killed or lose power
+// Record files with every file call failing in turn, and saves that are killed or lose power
 #include "support/child.h"
 #include "support/folder.h"
 
 #include "faults/disk.h"
 #include "faults/sweep.h"
-#include "file_double.h"
 #include "lopra.h"
 #include "zuk.h"
 
@@ -25,55 +23,14 @@ struct Setup {
     Setup()
     {
         folder.write("f", old_text);
-        rfile = zuk_push_rfile(db.get(), path.c_str());
+        zuk_push_rfile(db.get(), path.c_str());
         zuk_add_item(db.get(), "patches", "black", "2", "");
-    }
-
-    // What a failure must leave as it was, in memory and on the disk.
-    std::string state() const
-    {
-        std::string text = folder.listing() + ": " + folder.read("f");
-        char value[ZUK_VALUE_SIZE];
-        int place = 0;
-        while (const char *name = zuk_list_item(db.get(), "patches", &place))
-            text.append(name).append(zuk_search(db.get(), "patches", name, value) == 0 ? value : "?").append(";");
-        return text;
     }
 
     Folder folder;
     std::string path = folder.path("f");
     std::shared_ptr<zuk_db> db{zuk_open(), zuk_close};
-    zuk_rfile *rfile = nullptr;
 };
-
-using Shared = std::shared_ptr<Setup>;
-
-SweepRow row(const char *name, bool (*call)(const Shared &setup))
-{
-    return changing(name, std::make_shared<Setup>, call, [](const Shared &setup) { return setup->state(); }, {{}});
-}
-
-const char *long_name = "a name that does not fit into a short text";
-
-template <int create>
-bool table(const Shared &setup)
-{
-    return made(file_double_new(setup->path.c_str(), 1, create), file_double_kill);
-}
-
-const SweepRows rows({
-    row("zuk_open", [](const Shared &) { return made(zuk_open(), zuk_close); }),
-    row("zuk_create_rfile", [](const Shared &s) { return zuk_create_rfile(s->db.get(), s->path.c_str()) != nullptr; }),
-    row("zuk_push_rfile", [](const Shared &s) { return zuk_push_rfile(s->db.get(), s->path.c_str()) != nullptr; }),
-    row("zuk_add_topic", [](const Shared &s) { return gave(0, zuk_add_topic(s->db.get(), s->rfile, long_name, "")); }),
-    row("zuk_add_item",
-        [](const Shared &s) { return gave(0, zuk_add_item(s->db.get(), "patches", long_name, "1", "")); }),
-    row("zuk_add_item_again",
-        [](const Shared &s) { return gave(0, zuk_add_item(s->db.get(), "patches", "black", long_name, "")); }),
-    row("zuk_flush", [](const Shared &s) { return gave(0, zuk_flush(s->db.get())); }),
-    row("file_double_new", table<0>),
-    changing("file_double_new_create", std::make_shared<Setup>, table<1>, nullptr, {{}}),
-});
 
 // ---- File calls
 

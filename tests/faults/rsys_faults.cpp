@@ -1,12 +1,9 @@
-// Folders and search lists with every allocation and every call of the host failing in turn, and copies that are killed
-// or lose power
+// Folders with every call of the host failing in turn, and copies that are killed or lose power
 #include "support/child.h"
 
 #include "faults/disk.h"
 #include "faults/sweep.h"
 #include "files/rsys_site.h"
-#include "wemfile.h"
-#include "zuk.h"
 
 #include <unistd.h>
 
@@ -66,71 +63,6 @@ struct Tree : Site {
         fs::permissions(path("from/a/b"), fs::perms::owner_all, removed);
     }
 };
-
-// ---- Allocations
-
-// With names that fill more than the first blocks, and two folders to be searched.
-struct LongTree : Tree {
-    LongTree()
-    {
-        const std::string long_name(70, 'd');
-        for (const std::string &name : {"from/" + long_name + "/in", "into/" + long_name, std::string("second")})
-            fs::create_directories(path(name));
-        for (int i = 0; i < 20; ++i)
-            write("from/" + std::string(20, 'f') + std::to_string(i), "content");
-        write("from/" + long_name + "/in/f", "content");
-        write("old.rec", "[a]\nb = 1\n");
-        write("second/old.rec", "[b]\nb = 1\n");
-    }
-
-    std::string top = path(), from = path("from"), file = path("file"), link = path("from/l"), to = path("to"),
-                into = path("into"), search = path("second") + ";" + top;
-};
-
-using Shared = std::shared_ptr<LongTree>;
-
-// What is there, without names that a copy had no memory to take back.
-std::string state(const Shared &tree) { return image(tree->top, ".tmp"); }
-
-template <class Call, class State>
-SweepRow row(const char *name, Call call, State unchanged, SweepReports reports)
-{
-    return changing(name, std::make_shared<LongTree>, call, unchanged, std::move(reports));
-}
-
-// The row of a copy of one name of the tree to another.
-template <auto from, auto to, int flags = 0, class State = decltype(&state)>
-SweepRow copying(const char *name, State unchanged = state)
-{
-    const auto call = [](const Shared &t) {
-        return gave(0, rsys_copy((*t.*from).c_str(), (*t.*to).c_str(), flags, nullptr, nullptr));
-    };
-    return row(name, call, unchanged, {{"rsys_copy: malloc failure"}});
-}
-
-bool opened(const char *name, const std::string &search, int mode)
-{
-    return made(teska_wemopen_file(name, search.c_str(), mode, nullptr, 0), zuk_close);
-}
-
-constexpr int deep = RSYS_DEEP | RSYS_FOLDERS | RSYS_FOLLOW;
-const SweepRows rows({
-    row("rsys_dir_new", [](const Shared &t) { return made(rsys_dir_new(t->from.c_str(), "", deep), rsys_dir_kill); },
-        state, {{"rsys_dir_new: malloc failure"}}),
-    row("rsys_kind", [](const Shared &t) { return gave(RSYS_FOLDER, rsys_kind(t->from.c_str())); }, state, {{}}),
-    row("rsys_make_folder", [](const Shared &t) { return gave(0, rsys_make_folder(t->to.c_str())); }, state,
-        {{"rsys_make_folder: cannot make folder"}}),
-    copying<&LongTree::file, &LongTree::to>("rsys_copy_file"),
-    copying<&LongTree::link, &LongTree::to>("rsys_copy_link"),
-    copying<&LongTree::from, &LongTree::to>("rsys_copy_tree"),
-    copying<&LongTree::from, &LongTree::into, RSYS_REPLACE>("rsys_copy_into", nullptr),
-    row("rsys_remove", [](const Shared &t) { return gave(0, rsys_remove(t->from.c_str(), nullptr, nullptr)); }, nullptr,
-        {{"rsys_remove: malloc failure"}}),
-    row("teska_wemopen_file", [](const Shared &t) { return opened("old.rec", t->search, 5); }, state,
-        {{"teska_wemopen_file: malloc failure"}}),
-    row("teska_wemopen_file_new", [](const Shared &t) { return opened("none.rec", t->search, 2); }, nullptr,
-        {{"teska_wemopen_file: malloc failure"}}),
-});
 
 // ---- The calls of the host
 

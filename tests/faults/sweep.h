@@ -1,9 +1,4 @@
-// sweep - lets every allocation of a call fail in turn
-//
-// A row describes one call: how to set it up, what it reports when its n-th allocation fails. The sweep runs it for
-// n = 0, 1, 2 .. until no allocation is left to fail, once with only that allocation failing and once with all later
-// ones failing too. After each failure: the promised lines and nothing else, the object unchanged, nothing leaked, and
-// the same call succeeds when tried again.
+// sweep - lets every allocation or file call of something fail in turn
 
 #ifndef TESKA_TESTS_SWEEP_H
 #define TESKA_TESTS_SWEEP_H
@@ -16,53 +11,21 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <filesystem>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace teska_test
 {
 
-// One fresh set-up. What it owns is released when its functions are destroyed (shared_ptr in the captures).
-struct SweepCase {
-    // Makes the call; true: success, false: the promised failure value. Any other result is an EXPECT failure inside.
-    // A constructor's call frees what it got before it returns. Allocates nothing of its own.
-    std::function<bool()> call;
-    // Describes what a failure must leave unchanged; may be empty.
-    std::function<std::string()> state = nullptr;
-};
-
-// What one failure or another reports, each in ascending order of text. Numbers of lines and terminals count as "#".
-using SweepReports = std::set<lines>;
-
-struct SweepRow {
-    std::string name;
-    std::function<SweepCase()> make;
-    SweepReports reports;
-};
-
-// The row of a call that needs no set-up.
-SweepRow calling(std::string name, std::function<bool()> call, SweepReports reports);
-
-// The row of a call that changes an object; make() gives its owner, as a shared_ptr, and `state` may be null.
-template <class Make, class Call, class State>
-SweepRow changing(std::string name, Make make, Call call, State state, SweepReports reports)
-{
-    const auto fresh = [=] {
-        const auto object = make();
-        SweepCase one{.call = [=] { return call(object); }};
-        if constexpr (!std::is_null_pointer_v<State>)
-            one.state = [=] { return state(object); };
-        return one;
-    };
-    return {.name = std::move(name), .make = fresh, .reports = std::move(reports)};
-}
-
 // Whether a call gave `success`; its only other result is -1.
-bool gave(int success, int result);
+inline bool gave(int success, int result)
+{
+    EXPECT_TRUE(result == success || result == -1) << result;
+    return result == success;
+}
 
 // Whether a constructor's call succeeded; what it made is killed.
 template <class Record, class Killed>
@@ -71,15 +34,6 @@ bool made(Record *record, Killed (*kill)(Record *))
     const bool success = record != nullptr;
     kill(record);
     return success;
-}
-
-// The row of a constructor and its arguments.
-template <class Create, class Record, class Killed, class... Argument>
-SweepRow creating(std::string name, Create create, Killed (*kill)(Record *), SweepReports reports,
-                  Argument... arguments)
-{
-    return calling(
-        std::move(name), [=] { return made<Record>(create(arguments...), kill); }, std::move(reports));
 }
 
 // Under a host that returns from the fatal exit and reports what it says as any other failure.
@@ -91,14 +45,6 @@ auto under_returning_host(Call call)
     wem_set_errexit(before);
     return result;
 }
-
-// Rows of one file; a file of rows ends with `const SweepRows rows({...});` at namespace scope.
-class SweepRows
-{
-public:
-    explicit SweepRows(std::vector<SweepRow> rows);
-    static const std::vector<SweepRow> &all();
-};
 
 // Calls round(fire) for n = 0, 1, 2 .. until one returns false: no call was left to fail. From fire() on the n-th call
 // of the kind fails; the round ends with `return disarm() > 0`. Returns how many rounds there were.
@@ -143,8 +89,48 @@ void each_file_call(Round round)
             each_fault(fault_kind::files, sticky, fault, [&](const auto &fire) { return round(fire, sticky); });
 }
 
+// What one failure or another reports, each in ascending order of text.
+using Reported = std::set<lines>;
+
+// Makes a call on a fresh object with every allocation failing in turn: call(object) gives true for success, or else
+// the object is as before, as state(object) tells; nothing is leaked, and the same call then succeeds.
+template <class Make, class Call, class State>
+Reported failures_of(Make make, Call call, State state)
+{
+    Reported seen;
+    for (const bool sticky : {false, true})
+        each_fault(fault_kind::memory, sticky, {}, [&](const auto &fire) {
+            Reports reports;
+            // From before the set-up: a call may replace a block of the object by a larger one.
+            track_memory();
+            const auto object = make();
+            EXPECT_EQ(reports.take(), lines{}) << "the set-up reports";
+            const std::string before = state(object);
+            const int held = live_blocks();
+            fire();
+            const bool succeeded = call(object);
+            const bool fired = disarm() > 0;
+            const int leaked = live_blocks() - held;
+            const lines reported = reports.take();
+            EXPECT_EQ(succeeded, !fired);
+            if (!fired) {
+                EXPECT_EQ(reported, lines{});
+                return false;
+            }
+            seen.insert(reported);
+            EXPECT_EQ(leaked, 0) << "memory was leaked";
+            EXPECT_EQ(state(object), before) << "the object was changed";
+            EXPECT_TRUE(call(object)) << "the same call fails when tried again";
+            return true;
+        });
+    return seen;
+}
+
 // How many descriptors the process has.
-std::ptrdiff_t open_descriptors();
+inline std::ptrdiff_t open_descriptors()
+{
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
+}
 
 }  // namespace teska_test
 

@@ -37,8 +37,11 @@ void convert(Draw &draw)
         table = lend<clut_table>(draw, true);
     const From rows = rows_of(3, 50);
     const auto drawn = [&] { return reinterpret_cast<void **>(rows.body(draw, static_cast<double ***>(nullptr))); };
-    teska_convert_rows(kind, draw.chance(10) ? nullptr : table, draw.chance(10) ? 0 : 3, drawn(),
-                       draw.chance(10) ? -1 : 2, drawn(), &layout);
+    if (draw.chance(10))
+        table = nullptr;
+    const int inputs = draw.chance(10) ? 0 : 3, outputs = draw.chance(10) ? -1 : 2;
+    void **const in = drawn(), **const out = drawn();
+    calling(draw, [&] { return teska_convert_rows(kind, table, inputs, in, outputs, out, &layout); });
 }
 
 const HostileRows rows({

@@ -18,6 +18,11 @@ constexpr From open_flags{[](Draw &draw, int *) {
     return draw.random.below(4) | perhaps(LOPRA_O_CREAT) | perhaps(LOPRA_O_EXCL) | perhaps(LOPRA_O_TEMPORARY);
 }};
 
+// One in two does not fit into a short string.
+constexpr From lengthy{[](Draw &draw, const char **place) -> const char * {
+    return draw.chance(2) ? "a name or a value of some length" : or_null(text()).body(draw, place);
+}};
+
 const auto date = [] { return one_of(20240229, 20230229, 101, 99991231, 0, -1, INT_MIN, INT_MAX); };
 
 const HostileRows rows({
@@ -34,12 +39,16 @@ const HostileRows rows({
     row<wem_lognam_set>(or_null(text()), or_null(text())),
     by<wem_zcreate>([](Draw &draw) {
         const int words = draw.chance(3) ? -draw.random.below(3) : 1 + draw.random.below(9);
-        wem_pool *pool = wem_zcreate(words, draw.chance(2) ? draw.value<int>() % 10000 : INT_MIN);
-        EXPECT_EQ(pool != nullptr, words > 0);
-        void *const record = wem_zalloc(pool);
-        wem_zfree(pool, record);
-        wem_zfree(pool, nullptr);
-        wem_zdestroy(pool);
+        const int growth = draw.chance(2) ? draw.value<int>() % 10000 : INT_MIN;
+        calling(draw, [=] {
+            wem_pool *pool = wem_zcreate(words, growth);
+            void *const record = wem_zalloc(pool);
+            wem_zfree(pool, record);
+            wem_zfree(pool, nullptr);
+            EXPECT_TRUE(pool == nullptr || words > 0);
+            wem_zdestroy(pool);
+            return record != nullptr;
+        });
     }),
     without("wem_zalloc", "in the row of wem_zcreate"),
     without("wem_zfree", "in the row of wem_zcreate"),
@@ -48,28 +57,37 @@ const HostileRows rows({
     row<cvttma>(one_of(0, 235960, 240000, 6000, -1, INT_MIN, INT_MAX), out(9)),
     row<dayweek>(date(), out(10)),
     by<fopen_utf8>([](Draw &draw) {
-        const std::string &path = hostile_path(draw);
-        if (std::FILE *file = fopen_utf8(draw.chance(6) ? nullptr : path.c_str(), hostile_text(draw).c_str()))
-            std::fclose(file);
+        const char *const path = draw.chance(6) ? nullptr : hostile_path(draw).c_str();
+        const char *const mode = hostile_text(draw).c_str();
+        calling(draw, [=] {
+            std::FILE *file = fopen_utf8(path, mode);
+            return file != nullptr ? std::fclose(file) : EOF;
+        });
     }),
-    by<open_utf8>([](const char *name, int flags, int mode) { close_utf8(open_utf8(name, flags, mode)); },
+    by<open_utf8>([](const char *name, int flags, int mode) { return close_utf8(open_utf8(name, flags, mode)); },
                   or_null(path()), open_flags),
-    by<lock_utf8>([](const char *name) { close_utf8(lock_utf8(name)); }, or_null(path())),
+    by<lock_utf8>([](const char *name) { return close_utf8(lock_utf8(name)); }, or_null(path())),
     by<create_below_utf8>([](Draw &draw) {
-        const std::string folder = hostile_path(draw);
-        if (!folder.empty())
-            close_utf8(create_below_utf8(draw.chance(6) ? nullptr : folder.c_str(), hostile_text(draw).c_str()));
+        const char *const folder = hostile_path(draw).c_str(), *const name = hostile_text(draw).c_str();
+        if (*folder != '\0')
+            calling(draw, [=] { return close_utf8(create_below_utf8(folder, name)); });
     }),
     row<close_utf8>(one_of(-1, INT_MIN, INT_MAX)),
     by<CreateFile_utf8>(
         [](const char *name, unsigned access, unsigned share, unsigned how) {
-            CloseFile_utf8(CreateFile_utf8(name, access, share & 3, nullptr, how & 7, LOPRA_FLAG_NORMAL, nullptr));
+            return CloseFile_utf8(
+                CreateFile_utf8(name, access, share & 3, nullptr, how & 7, LOPRA_FLAG_NORMAL, nullptr));
         },
         or_null(path())),
     without("CloseFile_utf8", "in the row of CreateFile_utf8"),
     by<write_utf8>([](Draw &draw) { write_utf8(draw.chance(2) ? -1 : INT_MAX, draw.values<char>(4), 4); }),
     row<replace_utf8>(or_null(path()), in_as<char>(16), one_of(0, 1, 16)),
-    by<full_path_utf8>([](const char *name) { std::free(full_path_utf8(name)); }, or_null(path())),
+    by<full_path_utf8>(
+        [](const char *name) {
+            char *const full = full_path_utf8(name);
+            return std::free(full), full != nullptr;
+        },
+        or_null(path())),
     row<chmod_utf8>(or_null(path()), usual),
     row<stat32_utf8>(or_null(path()), out(1)),
     row<rename_utf8>(or_null(path()), or_null(path())),
@@ -78,12 +96,15 @@ const HostileRows rows({
     by<zuk_add_topic>([](Draw &draw) {
         zuk_db *db = zuk_open();
         zuk_rfile *file = zuk_create_rfile(db, hostile_path(draw).c_str());
-        for (int i = 0; i < 4; ++i)
-            zuk_add_topic(db, file, hostile_text(draw).c_str(), draw.chance(4) ? nullptr : hostile_text(draw).c_str());
+        for (int i = 0; i < 4; ++i) {
+            const char *const topic = hostile_text(draw).c_str();
+            const char *const comment = draw.chance(4) ? nullptr : hostile_text(draw).c_str();
+            calling(draw, [=] { return zuk_add_topic(db, file, topic, comment); });
+        }
         zuk_flush(db);
         zuk_close(db);
     }),
-    row<zuk_add_item>(or_null(live), one_of("a", "b", ""), or_null(text()), or_null(text()), or_null(text())),
+    row<zuk_add_item>(or_null(live), one_of("a", "a", "b", ""), lengthy, lengthy, or_null(text())),
     row<zuk_list_item>(or_null(live), or_null(text()), room_of(1, 0, 15, 16, 17, 1000, -1, INT_MAX, INT_MIN)),
     row<zuk_search>(or_null(live), or_null(text()), or_null(text()), out(ZUK_VALUE_SIZE)),
     row<zuk_flush>(or_null(live)),

@@ -50,9 +50,10 @@ const HostileRows rows({
     row<dynar_new>(one_of(1, 16), one_of(0, 1, 10, -1, INT_MIN)),
     row<dynar_ptr>(live, one_of(0, 3, 100, -1, INT_MIN, INT_MAX)),
     row<error_mess_fl>(text(), or_null(text()), usual),
-    by<error_set>([](int mode) { error_set(mode), error_mess_fl("x", "", 0), error_set(0); }),
+    by<error_set>([](int mode) { error_set(mode), error_mess_fl("function : what", "", 0), error_set(0); }),
     by<error_set_thread>([](int mode) {
-        error_set_thread(mode), error_mess_fl("x", "", 0), error_get(), error_set_thread(TESKA_ERROR_PROCESS_WIDE);
+        error_set_thread(mode), error_mess_fl("function : what", "", 0), error_get(),
+            error_set_thread(TESKA_ERROR_PROCESS_WIDE);
     }),
     by<error_set_handler>([](Draw &draw) {
         void *context = &draw;
@@ -95,7 +96,8 @@ const HostileRows rows({
         rom_objtype_check(object, draw.chance(2) ? tag : hostile_text(draw).c_str());
     })),
     by<rom_obj_malloc>(registered([](Draw &draw, void *object, void *) {
-        rom_obj_malloc(object, draw.chance(2) ? 16 : draw.chance(2) ? -1 : INT_MIN);
+        const int size = draw.chance(2) ? 16 : draw.chance(2) ? -1 : INT_MIN;
+        calling(draw, [=] { return rom_obj_malloc(object, size); });
     })),
     by<rom_obj_free>(registered([](Draw &draw, void *object, void *block) {
         rom_obj_free(object, draw.chance(3) ? &draw : block);

@@ -27,22 +27,44 @@ double drawable_bound(Draw &draw, const poly_bezier *p)
     return size < 1e4 * bound ? bound : -bound;
 }
 
+// Points in a block of the caller's.
+template <class Call>
+void drawn(Draw &draw, Call call)
+{
+    calling(draw, [&] {
+        double *points = nullptr;
+        const int result = call(&points);
+        EXPECT_TRUE(points != nullptr || result <= 0);
+        return std::free(points), result;
+    });
+}
+
 template <auto divide, class T>
 void divided(Draw &draw, T *curve)
 {
     T *halves[2] = {};
-    divide(curve, draw.chance(2) ? draw.number() : draw.random.unit(), &halves[0], &halves[1]);
-    receive(halves[0]);
-    receive(halves[1]);
+    const double at = draw.chance(2) ? draw.number() : draw.random.unit();
+    draw.call([&] { divide(curve, at, &halves[0], &halves[1]); },
+              [&] { return receive(halves[0]) + 3 * receive(halves[1]); });
+}
+
+// A chain of three segments from where another one ends.
+poly_bezier *going_on(const poly_bezier *p)
+{
+    double x[4] = {0, 1, 2, 3}, y[4] = {};
+    const int degree = poly_bezier_segment(p, poly_bezier_num(p) - 1, x, y);
+    poly_bezier *made = poly_bezier_new(x[degree], y[degree]);
+    for (int i = 0; i < 3; ++i)
+        poly_bezier_add(made, 3, x, y);
+    return made;
 }
 
 const auto orders = [] { return or_null(always(after)); };
 
 const HostileRows rows({
     row<func_num, grad_tab_invert, hist_set, hist_med, hist_percentile, poly_bezier_new, poly_bezier_copy,
-        poly_bezier_append, poly_bezier_reverse, poly_bezier_num, poly_bezier_closed, poly_bezier_get,
-        poly_bezier_slope, poly_bezier_get_y, poly_bezier_length, poly_bezier_at_length, poly_bezier_area,
-        poly_bezier_winding>(),
+        poly_bezier_reverse, poly_bezier_num, poly_bezier_closed, poly_bezier_get, poly_bezier_slope, poly_bezier_get_y,
+        poly_bezier_length, poly_bezier_at_length, poly_bezier_area, poly_bezier_winding>(),
     row<bezier_kill, func_kill, grad_tab_kill, hist_kill, lin_interp_double_kill, poly_bezier_kill>(last_of),
     row<bezier_cpoly_det, bezier_set_control_poly>(live, in(5), in(5)),
     row<bezier_new>(about(2, 4)),
@@ -59,15 +81,13 @@ const HostileRows rows({
     row<bezier_vector_fd>(live, out(9 * 40), one_of(0, 1, 8, -1, INT_MIN), one_of(0, 16, 40, 15, 1)),
     by<bezier_fvector>([](Draw &draw) {
         bezier *b = lend<bezier>(draw, true);
-        double *points = nullptr;
-        bezier_fvector(b, drawable_bound(draw, b), &points);
-        std::free(points);
+        drawn(draw, [b, bound = drawable_bound(draw, b)](double **points) { return bezier_fvector(b, bound, points); });
     }),
     by<bezier_vector>([](Draw &draw) {
         bezier *b = lend<bezier>(draw, true);
+        const double bound = drawable_bound(draw, b);
         dynar *points = nullptr;
-        bezier_vector(b, drawable_bound(draw, b), &points);
-        dynar_kill(points);
+        draw.call([&] { bezier_vector(b, bound, &points); }, [&] { return receive(std::exchange(points, nullptr)); });
     }),
     row<func_new>(one_of(0, 1, 10, -1, INT_MIN), one_of(8), one_of(8, 1, 65535), orders()),
     row<func_insert>(live, in_as<double>(1), in_as<double>(1)),
@@ -94,7 +114,20 @@ const HostileRows rows({
     row<poly_bezier_monotone>(counts(3), in(3), in(3)),
     by<poly_bezier_split>([](Draw &draw) { divided<poly_bezier_split>(draw, lend<poly_bezier>(draw, true)); }),
     row<poly_bezier_add>(live, about(1, 3), in(3), in(3)),
-    row<poly_bezier_join>(live, or_last(live)),
+    by<poly_bezier_join>([](Draw &draw) {
+        poly_bezier *p = lend<poly_bezier>(draw, false), *last = draw.chance(4) ? p : lend<poly_bezier>(draw, true);
+        poly_bezier *const fitting = draw.chance(2) ? going_on(p) : nullptr;
+        calling(draw, [=] { return poly_bezier_join(p, fitting != nullptr ? fitting : last); });
+        poly_bezier_kill(fitting);
+    }),
+    by<poly_bezier_append>([](Draw &draw) {
+        poly_bezier *p = lend<poly_bezier>(draw, false), *const fitting = going_on(p);
+        bezier *const next = draw.chance(2) ? poly_bezier_get_bezier(fitting, 0) : nullptr;
+        const bezier *const b = next != nullptr ? next : lend<bezier>(draw, true);
+        calling(draw, [=] { return poly_bezier_append(p, b); });
+        bezier_kill(next);
+        poly_bezier_kill(fitting);
+    }),
     row<poly_bezier_transform>(live, in(6)),
     row<poly_bezier_segment>(live, about(0, 3), out(4), out(4)),
     row<poly_bezier_get_bezier>(live, about(0, 3)),
@@ -103,9 +136,8 @@ const HostileRows rows({
     row<poly_bezier_line>(live, in(4), out(3), one_of(0, 1, 3)),
     by<poly_bezier_vector>([](Draw &draw) {
         const poly_bezier *p = lend<poly_bezier>(draw, true);
-        double *points = nullptr;
-        poly_bezier_vector(p, drawable_bound(draw, p), &points);
-        std::free(points);
+        drawn(draw,
+              [p, bound = drawable_bound(draw, p)](double **points) { return poly_bezier_vector(p, bound, points); });
     }),
 });
 

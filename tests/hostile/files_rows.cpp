@@ -59,10 +59,12 @@ const HostileRows rows({
     by<teska_wemopen_file>([](Draw &draw) {
         const std::string name = hostile_text(draw), search = hostile_path(draw) + ";;" + hostile_text(draw);
         // Names that a search list is put before, and which lead to nothing outside it.
+        const char *const asked = draw.chance(6) ? nullptr : name.c_str();
+        const char *const places = draw.chance(6) ? "" : search.c_str();
+        const int mode = draw.random.below(2) * 4 + draw.random.below(2);
+        char *const found = draw.chance(3) ? nullptr : draw.room<char>(700);
         if (name.find("..") == std::string::npos && !hostile_path(draw).empty())
-            receive(teska_wemopen_file(draw.chance(6) ? nullptr : name.c_str(), draw.chance(6) ? "" : search.c_str(),
-                                       draw.random.below(2) * 4 + draw.random.below(2),
-                                       draw.chance(3) ? nullptr : draw.room<char>(700), 700));
+            calling(draw, [=] { return teska_wemopen_file(asked, places, mode, found, 700); });
     }),
     row<file_double_new>(path(), one_of(3, 0, -1, INT_MIN), one_of(0, 1)),
     row<file_double_add_item>(live, text(), in(3)),

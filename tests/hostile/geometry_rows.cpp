@@ -90,9 +90,10 @@ const HostileRows rows({
     row<tetra_volume_line_intersect2>(no_volume(), point(), point(), out(1), out(6), one_of(0, 1, 2)),
     row<tetra_volume_line_hasintersects>(no_volume(), point(), point()),
     by<tetra_volume_get_border_points>([](Draw &draw) {
+        const tetra_volume *const v = draw.chance(6) ? nullptr : lend<tetra_volume>(draw, true);
         list_rec *points = nullptr;
-        tetra_volume_get_border_points(draw.chance(6) ? nullptr : lend<tetra_volume>(draw, true), nullptr, &points);
-        receive(points);
+        draw.call([&] { tetra_volume_get_border_points(v, nullptr, &points); },
+                  [&] { return receive(std::exchange(points, nullptr)); });
     }),
     row<tetra_volume_nearest>(no_volume(), point(), nearest(), distance(), or_null(out(1)), or_null(out(3))),
     by<tetra_volume_view>([](Draw &draw) {
@@ -112,9 +113,11 @@ const HostileRows rows({
             std::generate(levels[i], levels[i] + 4,
                           [&, k = 4]() mutable { return draw.chance(20) ? draw.number() : --k / 3.0; });
         }
-        receive(top_surface_new(draw.chance(8) ? -draw.random.below(3) : 2 + draw.random.below(2), levels, counts,
-                                draw.chance(8) ? 3 : draw.random.below(3), a_device, draw.chance(2) ? counts : nullptr,
-                                draw.chance(8) ? draw.random.below(4) - 1 : 5));
+        const int colorants = draw.chance(8) ? -draw.random.below(3) : 2 + draw.random.below(2);
+        const int vertical = draw.chance(8) ? 3 : draw.random.below(3);
+        int *const user = draw.chance(2) ? counts : nullptr;
+        const int steps = draw.chance(8) ? draw.random.below(4) - 1 : 5;
+        calling(draw, [&] { return top_surface_new(colorants, levels, counts, vertical, a_device, user, steps); });
     }),
     row<top_surface_get_nr_parts, top_surface_edge>(kept),
     row<top_surface_get_part>(kept, about(0, 1), out(2)),

@@ -4,6 +4,7 @@
 
 #include "support/folder.h"
 
+#include "archive.h"
 #include "error_mess.h"
 
 #include <wem.h>
@@ -11,9 +12,12 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <map>
 #include <sstream>
 #ifndef _WIN32
 #    include <sys/stat.h>
+#    include <unistd.h>
 #endif
 
 namespace teska_test
@@ -62,9 +66,54 @@ const std::string &hostile_text(Draw &draw)
     return texts[static_cast<std::size_t>(draw.random.below(static_cast<int>(texts.size())))];
 }
 
+namespace
+{
+
+// In memory, where there is such a place: it is flushed often.
+const Folder &hostile_folder()
+{
+#ifndef _WIN32
+    [[maybe_unused]] static const int in_memory =
+        access("/dev/shm", W_OK) == 0 ? setenv("TEST_TMPDIR", "/dev/shm", 0) : 0;
+#endif
+    static const Folder folder;
+    return folder;
+}
+
+// What programs that work on files find: an archive, records, or hostile text.
+void write_file(Draw &draw, const std::string &path)
+{
+    static const std::string records = "[a]\n" + std::string(40, 'n') + " = 1 0.5 2\nb = 2\n[c] d\r\ne = -1 -2 -3\n";
+    static const std::string pages = [] {
+        const Folder folder;
+        archive *made = archive_create(folder.path("a").c_str(), "pages", nullptr);
+        archive_add(made, "first", "content", 7);
+        archive_add(made, "second", "", 0);
+        archive_kill(made);
+        return folder.read("a");
+    }();
+    std::ofstream(path, std::ios::binary) << (draw.chance(3) ? pages : draw.chance(2) ? records : hostile_text(draw));
+}
+
+}  // namespace
+
+std::string folder_image()
+{
+    std::map<std::string, std::string> found;
+    for (const auto &one : std::filesystem::recursive_directory_iterator(hostile_folder().path()))
+        if (!one.is_regular_file())
+            found[one.path().string()] = one.is_directory() ? "folder" : "other";
+        else if (std::ifstream file(one.path(), std::ios::binary); file.is_open())
+            found[one.path().string()].assign(std::istreambuf_iterator<char>(file), {});
+    std::string all;
+    for (const auto &[name, content] : found)
+        all.append(name).append(": ").append(content).append("\n");
+    return all;
+}
+
 const std::string &hostile_path(Draw &draw)
 {
-    static const Folder folder;
+    static const Folder &folder = hostile_folder();
     static const std::vector<std::string> paths = [] {
         std::vector<std::string> made = {"", folder.path("sub") + "\\more", folder.path(std::string(300, 'n'))};
         for (const char *name : {"file", "file", "new", "sub", "sub/inner", "none/x", "file/x", "pipe", "\xff\xfe"})
@@ -72,15 +121,25 @@ const std::string &hostile_path(Draw &draw)
         return made;
     }();
     const std::string file = folder.path("file");
-    std::filesystem::create_directories(folder.path("sub"));
+    // The same for equal draws where they are watched, or else what calls left there.
+    if (Draw::observer != nullptr && !draw.in_folder)
+        for (const auto &one : std::filesystem::directory_iterator(folder.path()))
+            std::filesystem::remove_all(one.path());
+    draw.in_folder = true;
+    if (!std::filesystem::is_directory(folder.path("sub"))) {
+        const std::string deep = "sub/" + std::string(70, 'd');
+        std::filesystem::create_directories(folder.path(deep));
+        for (const std::string &name : {deep + "/f", deep + "/g", "sub/" + std::string(40, 'f'), std::string("sub/h")})
+            folder.write(name, "content");
+    }
 #ifndef _WIN32
     mkfifo(folder.path("pipe").c_str(), 0600);
 #endif
     const bool there = std::filesystem::is_regular_file(file);
     if (!there)
         std::filesystem::remove_all(file);
-    if (!there || draw.chance(4))
-        std::ofstream(file, std::ios::binary) << hostile_text(draw);
+    if (draw.chance(4) || !there)
+        write_file(draw, file);
     return paths[static_cast<std::size_t>(draw.random.below(static_cast<int>(paths.size())))];
 }
 

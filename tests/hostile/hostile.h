@@ -63,6 +63,24 @@ private:
     std::string_view bytes_;
 };
 
+class Draw;
+
+// Looks at the calls that a draw makes: the sweep of tests/faults lets allocations fail in them.
+struct Observer {
+    virtual ~Observer() = default;
+    virtual void before() = 0;
+    virtual void after() = 0;
+    // Of what a call gave, which is freed by now. Returns whether it is to be made once more.
+    virtual bool again(Draw &draw, std::uint64_t result) = 0;
+};
+
+// An object that was lent to a call, and how it answers.
+struct Lent {
+    bool frozen;
+    std::function<std::uint64_t()> answers;
+    std::uint64_t before, now = 0;
+};
+
 // The arguments of one call, what they need, and what is to be looked at after it.
 class Draw
 {
@@ -85,6 +103,8 @@ public:
         T *made = keep(std::shared_ptr<T[]>(new T[static_cast<std::size_t>(n)]));
         for (int i = 0; i < n; ++i)
             made[i] = value<T>();
+        if constexpr (std::is_arithmetic_v<T>)
+            arrays.emplace_back(reinterpret_cast<const char *>(made), sizeof(T) * static_cast<std::size_t>(n));
         last_ = made;
         return made;
     }
@@ -112,6 +132,26 @@ public:
         kept_.push_back(array);
         return array.get();
     }
+
+    // Makes a call. What it gave is then asked and freed: `received` returns its digest.
+    template <class Call, class Received>
+    void call(Call made, Received received)
+    {
+        for (bool again = true; again;) {
+            if (observer != nullptr)
+                observer->before();
+            made();
+            if (observer != nullptr)
+                observer->after();
+            const std::uint64_t result = received();
+            again = observer != nullptr && observer->again(*this, result);
+        }
+    }
+
+    static inline Observer *observer = nullptr;
+    bool in_folder = false;  // that of hostile_path
+    std::vector<Lent> lent;
+    std::vector<std::string_view> arrays;  // their bytes
 
     // After the call, the latest first.
     void later(std::function<void()> check) { later_.push_back(std::move(check)); }
@@ -248,7 +288,9 @@ T *lend(Draw &draw, bool frozen)
     while (object == nullptr)
         object = make(draw, static_cast<T *>(nullptr)).object;
     draw.remember(object);
-    draw.later([object, frozen, before = Kind<T>::answers(object)] {
+    const auto answers = [object] { return Kind<T>::answers(object); };
+    draw.lent.push_back({frozen, answers, answers()});
+    draw.later([object, frozen, before = draw.lent.back().before] {
         const std::uint64_t after = Kind<T>::answers(object);
         EXPECT_TRUE(!frozen || after == before) << "the object answers otherwise";
         Kind<T>::free(object);
@@ -385,6 +427,7 @@ inline auto text(int room = 0)
 
 // A path in a folder of the tests: of nothing, a file of hostile text, a folder, a pipe, what cannot be.
 const std::string &hostile_path(Draw &draw);
+std::string folder_image();  // what is there
 inline auto path()
 {
     return From{[]<class T>(Draw &draw, T **) -> T * {
@@ -426,23 +469,37 @@ struct HostileRow {
     friend void PrintTo(const HostileRow &row, std::ostream *stream) { *stream << row.name; }
 };
 
-// What a call gave: an object is asked and freed.
+// What a call gave: an object is asked and freed. Returns what tells it from another, but for addresses.
 template <class Result>
-void receive(Result result)
+std::uint64_t receive(Result result)
 {
+    Digest digest;
+    if constexpr (std::is_arithmetic_v<Result>)
+        digest.put(result);
+    else if constexpr (std::is_pointer_v<Result>)
+        digest.put(result == nullptr);
     if constexpr (Known<std::remove_pointer_t<Result>>)
         if (result != nullptr) {
-            Kind<std::remove_pointer_t<Result>>::answers(result);
+            digest.put(Kind<std::remove_pointer_t<Result>>::answers(result));
             Kind<std::remove_pointer_t<Result>>::free(result);
         }
+    return digest.value();
 }
 
 template <class Result, class T>
 bool same(Result result, T argument)
 {
-    if constexpr (std::is_same_v<Result, T>)
+    if constexpr (std::is_pointer_v<Result> && std::is_same_v<Result, T>)
         return result == argument;
     return false;
+}
+
+// Makes a call; one of the objects that it may give back is not received.
+template <class Call, class... Given>
+void calling(Draw &draw, Call call, Given... given)
+{
+    decltype(call()) result{};
+    draw.call([&] { result = call(); }, [&] { return (same(result, given) || ...) ? 0 : receive(result); });
 }
 
 // Calls a function with one argument of each; the braces draw them in order.
@@ -453,9 +510,10 @@ std::function<void(Draw &)> caller_of_all(int times, Result (*function)(Paramete
         const std::tuple<Parameter...> arguments{source.body(draw, static_cast<Parameter *>(nullptr))...};
         const auto call = [&](auto... argument) {
             if constexpr (std::is_void_v<Result>)
-                function(argument...);
-            else if (const Result result = function(argument...); !(same(result, argument) || ...))
-                receive(result);
+                draw.call([&] { function(argument...); }, [] { return 0; });
+            else
+                calling(
+                    draw, [&] { return function(argument...); }, argument...);
         };
         for (int i = 0; i < times; ++i)
             std::apply(call, arguments);

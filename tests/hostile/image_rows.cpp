@@ -13,7 +13,6 @@ const auto first = [] { return one_of(0, 0, 0, 0, 1, 5, -1, INT_MAX); };
 const auto lines = [] { return one_of(8, 8, 8, 8, 1, 2, 0, INT_MAX); };
 const auto components = [] { return about(1, 4); };
 
-void converted(void **, int, void **, int, int) {}
 void converted_with(void *, void **, int, void **, int, int) {}
 
 // An image of samples of its own, or one that is none; alike: of the kind of the last one, and of its size; or else of
@@ -81,10 +80,15 @@ const HostileRows rows({
     row<izat_new>(about(0, 4)),
     by<izat_start>([](Draw &draw) {
         izat *record = lend<izat>(draw, false);
-        izat_window_set(record, draw.number(), draw.number(), draw.number(), draw.number());
-        izat_strip_set(record, draw.random.below(4) - 1, draw.value<int>());
+        if (draw.chance(2))
+            izat_window_set(record, draw.number(), draw.number(), draw.number(), draw.number());
+        if (draw.chance(2))
+            izat_strip_set(record, draw.random.below(4) - 1, draw.value<int>());
         const auto side = [&] { return draw.chance(8) ? draw.random.below(3) - 2 : 1 + draw.random.below(9); };
-        izat_start(record, side(), side(), side(), side(), side(), handed, nullptr, 1, 1);
+        const int n = side(), from_lines = side(), from_width = side(), to_lines = side(), to_width = side();
+        calling(draw, [=] {
+            return izat_start(record, n, from_lines, from_width, to_lines, to_width, handed, nullptr, 1, 1);
+        });
     }),
     row<whole_image_resize>(one_of(-1, -1, 0, 1, 2, 3, 4, 5, INT_MAX), image, resized, or_null(in(4)), first(),
                             lines()),

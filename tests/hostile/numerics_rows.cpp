@@ -52,8 +52,9 @@ const HostileRows rows({
     by<vect_vector_product>([](Draw &draw) {
         double *in = draw.values<double>(13);
         in[0] = draw.chance(3) ? draw.number() : draw.random.unit() * 5.9 - 1;
+        double *const out = draw.room<double>(4);
         if (!(in[0] >= 5 && in[0] < 4097))
-            vect_vector_product(in, draw.room<double>(4));
+            calling(draw, [=] { return vect_vector_product(in, out); });
     }),
     row<vect_locate_in_sh_array, vect_locate_in_array, vect_locate_in_double_array>(in(5), usual, one_of(0, 1, 5)),
     row<vect_insert_in_sh_array, vect_insert_in_array>(out(7), usual, room_of(1, 0, 1, 7, -1, INT_MIN)),

@@ -19,9 +19,27 @@ inline tetra_point Draw::value()
     return {value<double>(), value<double>(), value<double>(), value<double>()};
 }
 
+// What an object holds, as far as a query has room.
+inline void elements(list_rec *list, unsigned char *out)
+{
+    const std::size_t size = list_get_el_size(list);
+    for (std::size_t i = 0; static_cast<int>(i) < list_num(list) && (i + 1) * size <= 296; ++i)
+        std::memcpy(out + i * size, list_get_element(list, static_cast<int>(i)), size);
+}
+
 // ---- Numerics -------------------------------------------------------------------------------------------------------
 
-inline auto make(Draw &draw, mat *) { return made<mat_kill, mat_get_element>(mat_new(draw.values<double>(9), 3)); }
+inline void first_column(mat *m, double *out)
+{
+    for (int i = 0; i < 3; ++i)
+        if (const double *const row = mat_get_row(m, i))
+            out[i] = row[0];
+}
+
+inline auto make(Draw &draw, mat *)
+{
+    return made<mat_kill, mat_get_element, first_column>(mat_new(draw.values<double>(9), 3));
+}
 
 inline double bowl(void *, void *, const double *x) { return x[0] * x[0] + (x[1] - 1) * (x[1] - 1); }
 
@@ -53,12 +71,19 @@ inline auto make(Draw &draw, bezier *)
     return made<bezier_kill, bezier_get>(b);
 }
 
+inline void segments(const poly_bezier *p, double *out)
+{
+    for (int i = 0; i < poly_bezier_num(p) && i < 30; ++i)
+        poly_bezier_segment(p, i, out + 8 * i, out + 8 * i + 4);
+}
+
+// Few segments, or about as many as the first block has room for.
 inline auto make(Draw &draw, poly_bezier *)
 {
     poly_bezier *p = poly_bezier_new(draw.number(), draw.number());
-    for (int i = draw.random.below(4); i > 0 && p != nullptr; --i)
+    for (int i = draw.chance(4) ? 12 + draw.random.below(6) : draw.random.below(4); i > 0 && p != nullptr; --i)
         poly_bezier_add(p, 1 + draw.random.below(3), draw.values<double>(3), draw.values<double>(3));
-    return made<poly_bezier_kill, poly_bezier_get, poly_bezier_area>(p);
+    return made<poly_bezier_kill, poly_bezier_get, poly_bezier_area, segments>(p);
 }
 
 inline int after(const void *element, const void *key)
@@ -66,12 +91,25 @@ inline int after(const void *element, const void *key)
     return *static_cast<const double *>(element) > *static_cast<const double *>(key);
 }
 
+inline void func_points(const func *f, double *out)
+{
+    void *x, *y;
+    for (int i = 0; i < 100 && func_get_point(f, i, &x, &y) == 0; ++i)
+        out[i] = *static_cast<unsigned char *>(x) + 256 * *static_cast<unsigned char *>(y);
+}
+
 inline auto make(Draw &draw, func *)
 {
     func *f = func_new(1, sizeof(double), sizeof(double), draw.chance(4) ? nullptr : after);
     for (int i = draw.random.below(6); i > 0; --i)
         func_insert(f, draw.values<double>(1), draw.values<double>(1));
-    return made<func_kill, func_num, func_pos>(f);
+    return made<func_kill, func_num, func_pos, func_points>(f);
+}
+
+inline void curve_points(const lin_interp_double *li, double *out)
+{
+    for (int i = 0; i < 100 && lin_interp_double_getp(li, i, out + 2 * i, out + 2 * i + 1) == 0; ++i)
+        continue;
 }
 
 inline auto make(Draw &draw, lin_interp_double *)
@@ -79,7 +117,7 @@ inline auto make(Draw &draw, lin_interp_double *)
     lin_interp_double *li = lin_interp_double_new(1, draw.chance(4) ? after : nullptr);
     for (int i = draw.random.below(6); i > 0; --i)
         lin_interp_double_insert(li, draw.number(), draw.number());
-    return made<lin_interp_double_kill, lin_interp_double_inter>(li);
+    return made<lin_interp_double_kill, lin_interp_double_inter, curve_points>(li);
 }
 
 inline auto make(Draw &draw, grad_tab *)
@@ -142,6 +180,7 @@ inline auto make(Draw &draw, mmd_tetras *)
 
 inline void handed(void *, int) {}
 inline void taken(int) {}
+inline void converted(void **, int, void **, int, int) {}
 
 // A step for lines of 80 samples and up to 6 pixels of 4 components.
 inline int a_step(Draw &draw) { return draw.random.below(9) - 4; }
@@ -162,7 +201,8 @@ inline auto make(Draw &, flood *)
 // Two of four components are sharpened; lines of bytes and of words fit.
 inline auto make(Draw &draw, fusm *)
 {
-    fusm *record = fusm_new(draw.random.below(3), draw.random.below(300), 2, 4, nullptr, nullptr);
+    fusm *record =
+        fusm_new(draw.random.below(3), draw.random.below(300), 2, 4, nullptr, draw.chance(4) ? converted : nullptr);
     fusm_stren_set(record, draw.values<double>(2));
     fusm_noise_red_set(record, draw.values<double>(2));
     if (draw.chance(2))
@@ -201,7 +241,7 @@ inline auto make(Draw &draw, izat *)
 inline auto make(Draw &draw, clg *)
 {
     clg *c = clg_new(4, 1 + draw.random.below(4), 0, 1);
-    for (int i = 0; i < 20; ++i) {
+    for (int i = draw.chance(6) ? 64 : 20; i > 0; --i) {  // at 64 pairs the room ends
         double device[4];
         std::generate(device, device + 4, [&] { return draw.chance(2) ? draw.random.below(2) : draw.random.unit(); });
         clg_add(c, device, draw.values<double>(3));
@@ -232,6 +272,13 @@ inline auto make(Draw &draw, tetra_rec *)
     return made<tetra_kill, tetra_point_inside, tetra_get_true_volume>(tetra_new(p, p + 1, p + 2, p + 3));
 }
 
+inline void planes_and_tetras(const tetra_volume *v, double *out)
+{
+    const int all[] = {v->nr_planes, list_num(v->planes), v->nr_tetras, list_num(v->tetras)};
+    std::copy(all, all + 4, out);
+}
+
+// Few planes, or more than a line's crossings have room for.
 inline auto make(Draw &draw, tetra_volume *)
 {
     list_rec *points = list_new(1, sizeof(tetra_point), nullptr);
@@ -239,12 +286,16 @@ inline auto make(Draw &draw, tetra_volume *)
         list_insert(points, draw.values<tetra_point>(1));
     tetra_volume *v = tetra_volume_new(points);
     list_kill(points);
+    for (int i = draw.chance(6) ? 35 : 0; i > 0; --i) {
+        const tetra_point at[] = {{0, 0, 0.1 * i, 0}, {1, 0, 0.1 * i, 0}, {0, 1, 0.1 * i, 0}};
+        tetra_volume_add_plane(v, at, at + 1, at + 2);
+    }
     if (v != nullptr && draw.chance(3)) {
         const tetra_point *const p = draw.values<tetra_point>(4);
         tetra_volume_add_plane(v, p, p + 1, p + 2);
         tetra_volume_add_tetra(v, p, p + 1, p + 2, p + 3);
     }
-    return made<tetra_volume_kill, tetra_volume_point_inside, tetra_volume_nearest>(v);
+    return made<tetra_volume_kill, tetra_volume_point_inside, tetra_volume_nearest, planes_and_tetras>(v);
 }
 
 // The same colour for the same device values, hostile for some of them when `user` is there.
@@ -281,12 +332,18 @@ inline auto make(Draw &draw, cache *)
     return made<cache_kill, cache_flush, cache_get>(cache_new(6, 4, 8, page_size, load, &draw));
 }
 
+inline void items(dynar *array, double *out)
+{
+    if (dynar_nr_items(array) > 1)
+        std::memcpy(out, dynar_ptr(array, 1), 16);
+}
+
 inline auto make(Draw &draw, dynar *)
 {
     dynar *array = dynar_new(16, draw.random.below(3));
     for (int i = draw.random.below(4); i > 0; --i)
-        dynar_ptr(array, i);
-    return made<dynar_kill, dynar_nr_items>(array);
+        std::memcpy(dynar_ptr(array, i), draw.values<double>(2), 16);
+    return made<dynar_kill, dynar_nr_items, items>(array);
 }
 
 inline auto make(Draw &draw, itemfifo *)
@@ -302,7 +359,7 @@ inline auto make(Draw &draw, list_rec *)
     list_rec *list = list_new(1, sizeof(tetra_point), draw.chance(2) ? after : nullptr);
     for (int i = draw.random.below(10); i > 0; --i)
         list_insert(list, draw.values<tetra_point>(1));
-    return made<list_kill, list_num, list_pos>(list);
+    return made<list_kill, list_num, list_pos, elements>(list);
 }
 
 // Keys of 4 bytes and data of 8.
@@ -313,12 +370,18 @@ inline int hash_of(int parameter, const void *key)
 inline int same_key(const void *a, const void *b) { return std::memcmp(a, b, 4) == 0; }
 inline int no_key(const void *slot) { return same_key(slot, "\0\0\0"); }
 
+inline void slots(hash_tab *table, double *out)
+{
+    for (int i = 0; i < hash_tab_nr_items(table) && i < 100; ++i)
+        hash_tab_index(table, i, out + 2 * i, out + 2 * i + 1);
+}
+
 inline auto make(Draw &draw, hash_tab *)
 {
     hash_tab *table = hash_tab_new(4, 4, 8, hash_of, same_key, no_key, draw.random.below(9), nullptr);
     for (int i = draw.random.below(7); i > 0; --i)
         hash_tab_insert(table, draw.values<int>(1), draw.values<double>(1));
-    return made<hash_tab_kill, hash_tab_nr_items, hash_tab_get>(table);
+    return made<hash_tab_kill, hash_tab_nr_items, hash_tab_get, slots>(table);
 }
 
 // ---- Files ----------------------------------------------------------------------------------------------------------
@@ -345,12 +408,21 @@ inline auto make(Draw &draw, file_double *)
         file_double_new(hostile_path(draw).c_str(), 3, draw.random.below(2)));
 }
 
+inline int all_items(zuk_db *db)
+{
+    Digest digest;
+    int place = 0;
+    while (const char *name = zuk_list_item(db, "a", &place))
+        digest.add(name, std::strlen(name));
+    return static_cast<int>(digest.value() >> 33);
+}
+
 inline auto make(Draw &draw, zuk_db *)
 {
     zuk_db *db = zuk_open();
     zuk_push_rfile(db, hostile_path(draw).c_str());
     zuk_add_topic(db, zuk_create_rfile(db, hostile_path(draw).c_str()), "a", nullptr);
-    return made<zuk_close, zuk_search, zuk_list_item>(db);
+    return made<zuk_close, zuk_search, zuk_list_item, all_items>(db);
 }
 
 }  // namespace teska_test

@@ -1,4 +1,4 @@
-// FilePacker: its allocations failing in turn, and every file call of packing and unpacking
+// FilePacker: every file call of packing and unpacking failing in turn
 #include "support/folder.h"
 
 #include "faults/sweep.h"
@@ -60,38 +60,19 @@ struct Packed {
     std::optional<FilePacker> packer;
 };
 
-SweepRow row(const char *name, int mode, int entries, int (Packed::*call)(), SweepReports reports)
+// Paths are copied by the calls that take them in UTF-8.
+TEST(FilePackerFaults, UnpacksAllOrSaysThatMemoryIsShort)
 {
     using Shared = std::shared_ptr<Packed>;
-    const auto run = [=](const Shared &packed) {
-        const int code = (*packed.*call)();
+    const auto unpack = [](const Shared &packed) {
+        const int code = packed->unpack();
         EXPECT_TRUE(code == 0 || code == 2 || code == 6) << code;
         return code == 0;
     };
-    return changing(
-        name, [=] { return std::make_shared<Packed>(mode, entries); }, run,
-        [](const Shared &packed) { return packed->folder.read("a"); }, std::move(reports));
+    EXPECT_EQ(failures_of([] { return std::make_shared<Packed>(1, 1); }, unpack,
+                          [](const Shared &packed) { return packed->folder.read("a"); }),
+              Reported{{}});
 }
-
-bool created(const std::shared_ptr<Packed> &packed)
-{
-    FilePacker packer(packed->source.c_str(), 0, nullptr);
-    const int code = packer.GetError(nullptr);
-    EXPECT_TRUE(code == 0 || code == 3 || code == 6) << code;
-    EXPECT_EQ(packer.AddFileAsBuffer("", 0, "x"), code == 0 ? 0 : 1);
-    return code == 0;
-}
-
-// Paths are copied by the calls that take them in UTF-8.
-const SweepRows rows({
-    changing("FilePacker", [] { return std::make_shared<Packed>(0); }, created, nullptr,
-             {{"list_new : Not enough resources to create list"}, {}}),
-    row("FilePacker::AddFile", 0, 3, &Packed::add_file, {{}}),
-    row("FilePacker::AddFileAsBuffer", 0, 50, &Packed::add_buffer,
-        {{"list_insert : Unable to extend list, insufficient resources"}}),
-    row("FilePacker::Unpack", 1, 1, &Packed::unpack, {{}}),
-    row("FilePacker::UnpackFileAsBuffer", 1, 1, &Packed::read, {{}}),
-});
 
 TEST(FilePackerFaults, AnArchiveHoldsWhatWasAddedWithoutAnErrorAndNothingElse)
 {

@@ -3,7 +3,6 @@
 
 #include "faults/sweep.h"
 #include "fdstream.h"
-#include "flock.h"
 #include "md5_digest.h"
 #include "rs232.h"
 
@@ -39,16 +38,6 @@ constexpr const char *path = "streams_rows_with_a_name_of_some_length.tmp";
 
 void fill() { std::ofstream(path) << "0123456789"; }
 
-bool locked()
-{
-    std::remove(path);
-    flock_rec *lock = flock_get(path);
-    EXPECT_EQ(access(path, F_OK) == 0, lock != nullptr);
-    flock_free(lock);
-    EXPECT_NE(access(path, F_OK), 0);
-    return lock != nullptr;
-}
-
 // A pseudo terminal and a port on it.
 struct Line {
     explicit Line(int data_bits = 48, int parity_enable = 0, int stop_bits = 0) : device(posix_openpt(O_RDWR))
@@ -67,25 +56,6 @@ struct Line {
     std::string name;
     rs232_rec *port;
 };
-
-template <class Stream>
-SweepRow opening(const char *name)
-{
-    const auto opened = [](int) {
-        const Stream stream(path, 32 | 8);
-        EXPECT_EQ(stream.is_open(), stream.good());
-        return stream.is_open();
-    };
-    return changing(name, [] { return fill(), 0; }, opened, nullptr, {{}});
-}
-
-const SweepRows rows({
-    opening<fdifstream>("fdifstream"),
-    opening<fdofstream>("fdofstream"),
-    calling("flock_get", locked, {{}}),
-    calling("initrs232", [] { return Line().port != nullptr; },
-            {{"initrs232: Insufficient resources"}, {"Cannot open serial port /dev/pts/#"}}),
-});
 
 // ---- Streams
 
@@ -106,6 +76,21 @@ const struct {
     {[](fdifstream &, fdofstream &out) -> std::streamoff { return !(out << "ab" << std::flush); }, "0", "bf1", "bf1"},
     {[](fdifstream &, fdofstream &out) -> std::streamoff { return !out.put('a'); }, "0", "b1", "b1"},
 };
+
+template <class Stream>
+bool opens(int)
+{
+    const Stream stream(path, 32 | 8);
+    EXPECT_EQ(stream.is_open(), stream.good());
+    return stream.is_open();
+}
+
+TEST(Fdstream, IsNotOpenWithoutMemory)
+{
+    const auto filled = [] { return fill(), 0; };
+    for (const auto call : {opens<fdifstream>, opens<fdofstream>})
+        EXPECT_EQ(failures_of(filled, call, [](int) { return std::string(); }), Reported{{}});
+}
 
 TEST(Fdstream, MakesOneCallOfTheHostShowsItsFailureAndKeepsNoDescriptor)
 {
@@ -158,6 +143,21 @@ TEST(MD5CheckFile, KeptCountsWhatItCannotReadAsZeros)
 }
 
 // ---- Serial lines
+
+TEST(Rs232, KeepsNothingOfALineThatMemoryIsTooShortFor)
+{
+    const auto descriptors = open_descriptors();
+    each_allocation(3, [](const auto &fire) {
+        Reports reports;
+        fire();
+        const bool opened = Line().port != nullptr;
+        const bool fired = disarm() > 0;
+        EXPECT_EQ(opened, !fired);
+        EXPECT_EQ(reports.take().size(), fired ? 1U : 0U);
+        return fired;
+    });
+    EXPECT_EQ(open_descriptors(), descriptors);
+}
 
 TEST(Rs232, AsksForSizeParityAndStopBitsOfItsCodes)
 {

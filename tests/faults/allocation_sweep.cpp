@@ -1,0 +1,297 @@
+// The rows of tests/hostile with plain arguments, every allocation of their calls failing in turn
+//
+// A draw is made with memory first, which shows what its calls give. Then it is made again with the n-th allocation
+// failing, for every n, once with only that one failing and once with all later ones too. A call that comes out as with
+// memory and reports nothing did without. Any other has failed, and tells so by its result or a report. Then: what is
+// reported is promised by its header or by one that its module uses; the objects answer as before; and called again it
+// comes out as with memory. At the end nothing is leaked. All memory texts of a function's block have been reported.
+#include "error_mess.h"
+#include "faults/sweep.h"
+#include "hostile/hostile.h"
+
+#include <algorithm>
+#include <climits>
+#include <optional>
+#include <sstream>
+
+using namespace teska_test;
+
+namespace
+{
+
+// ---- What the headers promise
+
+struct Promise {
+    std::string_view header, function, text;
+};
+
+const Promise promises[] = {
+#include "promised_texts.inc"
+};
+
+// A text against one whose arguments are the byte 1.
+bool fits(std::string_view text, std::string_view pattern)
+{
+    const std::size_t argument = pattern.find('\1');
+    if (argument == std::string_view::npos)
+        return text == pattern;
+    const std::string_view rest = pattern.substr(argument + 1);
+    bool found = false;
+    if (text.starts_with(pattern.substr(0, argument)))
+        for (std::size_t at = argument; at <= text.size() && !found; ++at)
+            found = fits(text.substr(at), rest);
+    return found;
+}
+
+std::string_view header_of(std::string_view function)
+{
+    const Promise *const found = std::ranges::find(promises, function, &Promise::function);
+    return found != std::end(promises) ? found->header : "";
+}
+
+bool promised(std::string_view header, std::string_view line)
+{
+    return std::ranges::any_of(
+        promises, [&](const Promise &one) { return one.header == header && !line.empty() && fits(line, one.text); });
+}
+
+// By the header of a function, or one that its module uses.
+bool promised_for(std::string_view function, std::string_view line)
+{
+    return std::ranges::any_of(promises, [&, header = header_of(function)](const Promise &one) {
+        return one.header == header && one.function == "uses" && promised(one.text, line);
+    });
+}
+
+// Whether a text is that of a call without memory.
+bool of_memory(std::string_view text)
+{
+    const char *const words[] = {"o memory", "nsufficient", "alloc", "resources", "nable to create", "cannot create"};
+    return std::ranges::any_of(words, [&](const char *word) { return text.find(word) != std::string_view::npos; });
+}
+
+// Whether a text of common rules is an example of a line, or begins with a function of another header.
+bool of_another(const Promise &one)
+{
+    const std::string_view name = one.text.substr(0, one.text.find_first_of(" :"));
+    const bool example = one.text.starts_with("ERROR");
+    return one.function == "" && (example || (header_of(name) != one.header && header_of(name) != ""));
+}
+
+// Whether the block of a function, or the common rules of its header, have such a text.
+bool reports_memory(std::string_view function)
+{
+    return std::ranges::any_of(promises, [&, header = header_of(function)](const Promise &one) {
+        return one.header == header && (one.function == "" || one.function == function) && of_memory(one.text) &&
+               !of_another(one);
+    });
+}
+
+// What a header says otherwise.
+const struct Exception {
+    std::string_view function;
+    enum { answers, changed, again, untold, silent, seen } what;
+    const char *why;
+} exceptions[] = {
+    {"archive_add", Exception::answers, "the last failure is what an archive is asked for"},
+    {"archive_add_file", Exception::answers, "the last failure is what an archive is asked for"},
+    {"archive_next", Exception::answers, "the last failure is what an archive is asked for"},
+    {"izat_start", Exception::changed, "lines are ignored until a start succeeds"},
+    {"fusm_level_red_set", Exception::changed, "level reduction is off"},
+    {"condirmin", Exception::again, "goes on from where it stopped"},
+    {"condirmin_restr", Exception::again, "goes on from where it stopped"},
+    {"writeVRML", Exception::untold, "the second scene may fail unnoticed"},
+    {"fusm_level_red_set", Exception::silent, "no memory for the factors is not reported"},
+    {"whole_image_sharpen", Exception::silent, "calls fusm_level_red_set"},
+    {"rom_obj_malloc", Exception::seen, "one registry, in the order of core_faults.cpp"},
+    {"error_mess_fl", Exception::seen, "the queue is the matter of core_faults.cpp"},
+    {"bezier_new", Exception::seen, "a pool, in curves_faults.cpp"},
+    {"bezier_subdivide", Exception::seen, "a pool, in curves_faults.cpp"},
+};
+
+bool excepted(std::string_view function, int what)
+{
+    return std::ranges::any_of(exceptions,
+                               [=](const Exception &one) { return one.function == function && one.what == what; });
+}
+
+// ---- Calls
+
+// What is reported while memory fails must not need any.
+struct {
+    char text[8192];
+    std::size_t size;
+} reported;
+
+int collect(const char *line)
+{
+    std::string_view text(line);
+    if (text.starts_with("ERROR"))
+        text = text.substr(text.find('\'') + 1, text.rfind('\'') - text.find('\'') - 1);
+    if (reported.size + text.size() < sizeof reported.text) {
+        reported.size += text.copy(reported.text + reported.size, text.size());
+        reported.text[reported.size++] = '\n';
+    }
+    return 0;
+}
+
+struct Outcome {
+    std::uint64_t result, arrays, answers;
+    std::string files, reports;
+    bool operator==(const Outcome &) const = default;
+};
+
+class Calls : public Observer
+{
+public:
+    explicit Calls(const HostileRow &row)
+        : row_(row), silent_(!reports_memory(row.name) || excepted(row.name, Exception::silent))
+    {
+    }
+
+    // Makes the calls of a draw. Returns how many allocations there were.
+    int with_memory(std::uint64_t seed)
+    {
+        expected_.clear();
+        run(seed, INT_MAX, false);
+        return calls_counted();
+    }
+
+    void failing_at(std::uint64_t seed, int n, bool sticky)
+    {
+        // What lives on is made once.
+        if (run(seed, n, sticky), live_blocks() != 0)
+            run(seed, n, sticky);
+        EXPECT_EQ(live_blocks(), 0) << "memory was leaked";
+    }
+
+    void before() override
+    {
+        reported.size = 0;
+        heed(true);
+    }
+    void after() override { heed(false); }
+
+    bool again(Draw &draw, std::uint64_t result) override
+    {
+        const Outcome now = outcome(draw, result);
+        const bool failing = injections() > injected_;
+        injected_ = injections();
+        if (n_ == INT_MAX) {
+            expected_.push_back(now);
+        } else if (failing && now != expected_.at(at_)) {
+            check_failure(draw, now);
+            disarm();
+            return true;
+        } else {
+            check_success(now);
+        }
+        for (Lent &one : draw.lent)
+            one.before = one.now;
+        ++at_;
+        return false;
+    }
+
+    std::set<std::string> seen;
+
+private:
+    void run(std::uint64_t seed, int n, bool sticky)
+    {
+        quiet();
+        error_set(1);
+        error_set_handler([](void *, const char *line) { collect(line); }, nullptr, nullptr);
+        wem_set_errexit(collect);
+        n_ = n;
+        injected_ = 0;
+        at_ = 0;
+        Draw::observer = this;
+        track_memory();
+        heed(false);
+        arm(fault_kind::memory, n, sticky);
+        std::optional<Draw> draw(std::in_place, seed);
+        row_.call(*draw);
+        draw.reset();
+        disarm();
+        heed(true);
+        Draw::observer = nullptr;
+        quiet();
+    }
+
+    Outcome outcome(Draw &draw, std::uint64_t result) const
+    {
+        Digest arrays, answers;
+        for (const std::string_view bytes : draw.arrays)
+            arrays.add(bytes.data(), bytes.size());
+        for (Lent &one : draw.lent)
+            answers.put(one.now = excepted(row_.name, Exception::answers) ? one.before : one.answers());
+        return {.result = result,
+                .arrays = arrays.value(),
+                .answers = answers.value(),
+                .files = draw.in_folder ? folder_image() : "",
+                .reports = {reported.text, reported.size}};
+    }
+
+    void check_failure(const Draw &draw, const Outcome &now)
+    {
+        const Outcome &expected = expected_[at_];
+        std::istringstream lines(now.reports);
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_TRUE(!seen.insert(line).second || promised_for(row_.name, line)) << line;
+        const bool told = now.result != expected.result || !expected.reports.empty() || !now.reports.empty();
+        EXPECT_TRUE(told || excepted(row_.name, Exception::untold)) << "the failure is not told";
+        EXPECT_TRUE(silent_ || !now.reports.empty()) << "nothing is reported";
+        for (const Lent &one : draw.lent)
+            EXPECT_TRUE(one.now == one.before || (!one.frozen && excepted(row_.name, Exception::changed)))
+                << "an object was changed";
+    }
+
+    void check_success(const Outcome &now) const
+    {
+        const Outcome &expected = expected_.at(at_);
+        EXPECT_EQ(now.result, expected.result) << "another result";
+        EXPECT_EQ(now.answers, expected.answers) << "an object answers otherwise";
+        EXPECT_EQ(now.files, expected.files);
+        EXPECT_EQ(now.reports, expected.reports);
+        EXPECT_TRUE(now.arrays == expected.arrays || excepted(row_.name, Exception::again)) << "written otherwise";
+    }
+
+    const HostileRow &row_;
+    const bool silent_;
+    std::vector<Outcome> expected_;
+    int n_ = 0, injected_ = 0;
+    std::size_t at_ = 0;
+};
+
+class Memory : public testing::TestWithParam<HostileRow>
+{
+};
+
+TEST_P(Memory, FailuresAreCleanAndReported)
+{
+    constexpr int most_draws = 160, most_swept = 4;
+    const std::string &name = GetParam().name;
+    const std::ptrdiff_t descriptors = open_descriptors();
+    Calls calls(GetParam());
+    for (int draw = 0, swept = 0; draw < most_draws && swept < most_swept && !HasFailure(); ++draw) {
+        const std::uint64_t seed = seed_of(GetParam()) + 4 * static_cast<unsigned>(draw);
+        const int count = calls.with_memory(seed);
+        swept += count > 0 ? 1 : 0;
+        for (const bool sticky : {false, true})
+            for (int n = 0; n < count; ++n) {
+                SCOPED_TRACE("draw " + std::to_string(draw) + (sticky ? ", from call " : ", at call ") +
+                             std::to_string(n));
+                calls.failing_at(seed, n, sticky);
+            }
+    }
+    EXPECT_EQ(open_descriptors(), descriptors);
+    for (const Promise &one : promises) {
+        const bool expected = one.function == name && of_memory(one.text) && !excepted(name, Exception::seen);
+        const auto is_it = [&](const std::string &line) { return fits(line, one.text); };
+        EXPECT_TRUE(!expected || std::ranges::any_of(calls.seen, is_it)) << one.text << ": promised, but not seen";
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Functions, Memory, testing::ValuesIn(HostileRows::all()),
+                         [](const auto &row) { return row.param.name; });
+
+}  // namespace
