@@ -256,6 +256,7 @@ void TConvexHull::Abandon()
         v->duplicate = nullptr;
         v->onhull = v->mark = 0;
         full(v)->gone = false;
+        full(v)->follower = nullptr;
         teska::append(vertices, v);
     }
 }
