@@ -162,7 +162,12 @@ struct md_tetrad_kernel {
                 if (out[0] != nullptr)
                     out[0][p * run.out_step] = value;
             } else if (adjacent) {
-                __builtin_memcpy(out[0] + p * run.out_step, &value, Count * sizeof(double));
+                double *const to = out[0] + p * run.out_step;
+                // What is written after three channels, the next point overwrites.
+                if (Count == 3 && run.out_step == 3 && p + 1 < points)
+                    __builtin_memcpy(to, &value, sizeof(value));
+                else
+                    __builtin_memcpy(to, &value, Count * sizeof(double));
             } else {
                 for (int c = 0; c < Count; ++c)
                     if (out[c] != nullptr)
