@@ -93,6 +93,17 @@ void pick_pixels(const image &i, const Sample *line, Sample *picked)
     }
 }
 
+// Single samples. Bytes that are written might be those of `i`: what is read in the loop is no part of it.
+template <class Sample>
+void pick_samples(const image &i, const Sample *line, Sample *picked)
+{
+    const int *const columns = i.columns.get();
+    const std::ptrdiff_t width = i.width;
+#pragma GCC unroll 8
+    for (std::ptrdiff_t x = 0; x < width; ++x)
+        picked[x] = line[columns[x]];
+}
+
 template <int Factor, class Sample>
 void repeat(const Sample *line, std::ptrdiff_t count, Sample *picked)
 {
@@ -129,8 +140,7 @@ void pick(const image &i, const Sample *line, Sample *picked)
     const std::ptrdiff_t n = i.components;
     if (n == 1 && i.in_step == 1) {
         if (!pick_by_factor(i, line, picked))
-            for (std::ptrdiff_t x = 0; x < i.width; ++x)
-                picked[x] = line[i.columns[x]];
+            pick_samples(i, line, picked);
     } else if (n == 1)
         pick_pixels<1>(i, line, picked);
     else if (n == 3)
