@@ -13,7 +13,6 @@
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
-#include <string>
 
 // Returns null, or the text of the first condition that did not hold.
 extern "C" const char *use_every_part();

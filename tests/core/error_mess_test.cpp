@@ -4,10 +4,8 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <string>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 namespace
 {

@@ -4,7 +4,6 @@
 
 #include <climits>
 #include <ctime>
-#include <string>
 
 namespace
 {

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 TEST(Version, TextNumberAndMacrosAgree)
 {
     const std::string text = std::to_string(TESKA_VERSION_MAJOR) + "." + std::to_string(TESKA_VERSION_MINOR) + "." +

@@ -5,8 +5,6 @@
 #include "ibilin.h"
 #include "izat.h"
 
-#include <vector>
-
 using namespace teska_test;
 
 namespace

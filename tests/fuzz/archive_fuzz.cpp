@@ -14,9 +14,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace
 {

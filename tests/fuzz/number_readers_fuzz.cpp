@@ -11,8 +11,6 @@
 #include "numb.h"
 #include "str_zuk.h"
 
-#include <string>
-
 using fuzz::expect;
 
 static void read_numbers(const char *text, std::size_t count)

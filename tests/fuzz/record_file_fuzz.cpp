@@ -9,8 +9,6 @@
 
 #include <memory>
 #include <sstream>
-#include <string>
-#include <vector>
 
 namespace
 {

@@ -9,7 +9,6 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
-#include <string>
 
 bool fuzz::in_bulk = false;
 

@@ -5,7 +5,6 @@
 #include <climits>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 using Digits = std::vector<int>;
 

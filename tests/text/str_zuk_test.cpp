@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <sstream>
-#include <string>
 #include <tuple>
 #include <utility>
 

@@ -47,7 +47,7 @@ TEST(SharedObjects, GiveTheBitsOfOneThread)
     int count = 0;
     for (const Operation &operation : Operation::all())
         if (const Evaluation alone = operation.on_one_object(); alone && ++count > 0)
-            compare(operation.name(), alone, operation.on_one_object(), 5);
+            compare(operation.name(), alone, operation.on_one_object(), 2);
     EXPECT_GT(count, 40);
 }
 

@@ -16,8 +16,6 @@
 #include <memory>
 #include <set>
 #include <sstream>
-#include <string>
-#include <vector>
 
 using namespace teska_test;
 

@@ -12,7 +12,6 @@
 #include <fstream>
 #include <memory>
 #include <utility>
-#include <vector>
 
 #if !defined(_WIN32)
 #    include <sys/ioctl.h>

@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <set>
 #include <stdexcept>
-#include <string>
 
 namespace
 {
