@@ -237,6 +237,25 @@ TEST(IzatLine, IsTheDefinitionAtEveryLevel)
     });
 }
 
+// Enough bytes that all are met whose rounding depends on what a vector looks at last; and numbers of taps between.
+TEST(IzatLine, GivesTheSameBytesAtEveryLevel)
+{
+    Generator input(5);
+    const Size from{90, 400};
+    const auto image = random_image<unsigned char>(input, from, 1);
+    std::vector<std::vector<unsigned char>> defined;
+    at_every_level([&](teska::simd_level level) {
+        std::size_t made = 0;
+        for (const int width : {200, 240, 290, 350, 700})
+            for (int kernel = 0; kernel < kernels; ++kernel, ++made) {
+                const auto zoomed_now = zoomed(new_zoom(kernel).get(), image, from, {130, width}, 1);
+                if (level == teska::simd_level::scalar)
+                    defined.push_back(zoomed_now);
+                EXPECT_TRUE(zoomed_now == defined[made]) << "kernel " << kernel << " to " << width;
+            }
+    });
+}
+
 // ---- Both -----------------------------------------------------------------------------------------------------------
 
 // In any window and at every factor; components stay together.
