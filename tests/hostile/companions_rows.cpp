@@ -36,7 +36,15 @@ const HostileRows rows({
     row<wem_set_typefl, wem_set_errexit>(always(silent)),
     row<errexit>(or_null(text())),
     row<lognam>(or_null(text()), out(WEM_NAME_SIZE)),
-    row<wem_lognam_set>(or_null(text()), or_null(text())),
+    by<wem_lognam_set>(
+        [](const char *name, const char *translation) {
+            char found[WEM_NAME_SIZE];
+            const int result = wem_lognam_set(name, translation);
+            EXPECT_TRUE(result != 0 || lognam(name, found) == (translation != nullptr ? 1 : 0)) << name;
+            wem_lognam_clear();
+            return result;
+        },
+        or_null(text()), or_null(text())),
     by<wem_zcreate>([](Draw &draw) {
         const int words = draw.chance(3) ? -draw.random.below(3) : 1 + draw.random.below(9);
         const int growth = draw.chance(2) ? draw.value<int>() % 10000 : INT_MIN;
