@@ -181,7 +181,7 @@ std::vector<Sample> defined(int kernel, const Shown &w, const std::vector<Sample
     return result;
 }
 
-// Halves by area have a way of their own, inside a wider image. One component is written over the line that is fed, too.
+// Halves by area have a way of their own, inside a wider image. One component is also written over the line fed.
 template <class Sample>
 void compare_with_definition(std::uint64_t seed)
 {
