@@ -22,7 +22,7 @@ inline tetra_point Draw::value()
 // What an object holds, as far as a query has room.
 inline void elements(list_rec *list, unsigned char *out)
 {
-    const std::size_t size = list_get_el_size(list);
+    const auto size = static_cast<std::size_t>(list_get_el_size(list));
     for (std::size_t i = 0; static_cast<int>(i) < list_num(list) && (i + 1) * size <= 296; ++i)
         std::memcpy(out + i * size, list_get_element(list, static_cast<int>(i)), size);
 }
