@@ -184,9 +184,11 @@ struct TConvexHullTest {
         for (std::size_t at = 0, size; at < all.size(); at += size) {
             const std::size_t digits = all.find_first_not_of("0123456789abcdef", at) - at;
             size = std::clamp<std::size_t>(digits, 1, 8);
-            while (size >= 4 && text.ends_with(' '))  // shorter addresses are padded
+            // Shorter ones are padded; "addr" and fractions are none.
+            const bool address = size > 3 || (size == 3 && all[at + 3] != 'r' && !text.ends_with('.'));
+            while (address && text.ends_with(' '))
                 text.pop_back();
-            text += size >= 4 ? "#" : all.substr(at, size);
+            text += address ? "#" : all.substr(at, size);
         }
         return text;
     }
@@ -274,8 +276,8 @@ TEST(TConvexHullConstruct, IsAClosedSurfaceUpToTheLargestCoordinates)
             first = text;
         });
     }
-    EXPECT_GT(made, 4000);
-    EXPECT_GT(exact, 400);
+    EXPECT_GT(made, 2000);  // of the one level that every processor has
+    EXPECT_GT(exact, 200);
 }
 
 TEST(TConvexHullConstruct, KnowsTheSignThatRoundingHides)
