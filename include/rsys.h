@@ -170,10 +170,11 @@ TESKA_API int rsys_make_folder(const char *path) TESKA_NOTHROW;
  * A file is written under a temporary name beside `to`, its name with ".tmp" and the number of the process, then "-1",
  * "-2" .. while that is taken; flushed, renamed, and its folder flushed. (A name that would be too long is shortened
  * first.) A tree is built under such a name and renamed as a whole. A process that is killed, or has no memory left to
- * take its tree back, leaves the temporary name behind at most. A copy has the permission bits and the time of change
- * of its source (on Windows the read-only attribute); folders get theirs last. Owner, other attributes and access lists
- * are not kept, and files with holes are written whole. On Linux bytes are copied by copy_file_range where that works,
- * else they are read and written.
+ * take its tree back, leaves the temporary name behind at most. On Windows a link to a folder that gives way to a link
+ * is moved aside first, to the temporary name with ".old" added: a process that is killed just then leaves it there,
+ * and nothing under `to`. A copy has the permission bits and the time of change of its source (on Windows the read-only
+ * attribute); folders get theirs last. Owner, other attributes and access lists are not kept, and files with holes are
+ * written whole. On Linux bytes are copied by copy_file_range where that works, else they are read and written.
  */
 TESKA_API int rsys_copy(const char *from, const char *to, int flags, rsys_progress_fn progress,
                         void *context) TESKA_NOTHROW;
@@ -189,8 +190,9 @@ TESKA_API int rsys_copy(const char *from, const char *to, int flags, rsys_progre
  *     "rsys_remove: cannot remove"   something stays; all else is gone, and errno has the first reason
  *     "rsys_remove: malloc failure"  something stays
  * Read-only files go too; what a read-only folder holds goes where the host lets it. File systems that are mounted
- * below are not entered, and stay. Where a folder is exchanged for a link meanwhile, the link goes and what it leads to
- * stays: each folder is opened from the one above it, on Windows held against renaming.
+ * below are not entered, and stay; on Windows the folder that one is mounted on goes as a link, what is in the volume
+ * stays. Where a folder is exchanged for a link meanwhile, the link goes and what it leads to stays: each folder is
+ * opened from the one above it, on Windows held against renaming and looked at for where it lies.
  */
 TESKA_API int rsys_remove(const char *path, rsys_progress_fn progress, void *context) TESKA_NOTHROW;
 
