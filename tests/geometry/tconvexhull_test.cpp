@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <cstdint>
 #include <functional>
@@ -184,8 +185,9 @@ struct TConvexHullTest {
         for (std::size_t at = 0, size; at < all.size(); at += size) {
             const std::size_t digits = all.find_first_not_of("0123456789abcdef", at) - at;
             size = std::clamp<std::size_t>(digits, 1, 8);
-            // Shorter ones are padded; "addr" and fractions are none.
-            const bool address = size > 3 || (size == 3 && all[at + 3] != 'r' && !text.ends_with('.'));
+            // Shorter ones are padded; parts of words and fractions are none.
+            const bool alone = std::isspace(all[at + size]) && (text.ends_with(' ') || text.ends_with('#'));
+            const bool address = size > 3 || (size == 3 && alone);
             while (address && text.ends_with(' '))
                 text.pop_back();
             text += address ? "#" : all.substr(at, size);
