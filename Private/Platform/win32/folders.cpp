@@ -297,12 +297,11 @@ bool remove(const folder &parent, const char *name, bool is_folder) noexcept
         return refused();
     if (!is_in(parent, at.handle))
         return false;
-    // The host keeps a list of where volumes are mounted, and this call keeps it right.
-    if (directory && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && holds_volume(at.handle))
-        return RemoveDirectoryW(path.get()) || refused();
     if (fixed)
         set_attributes(at.handle, attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
-    if (unlink(at.handle))
+    // The host keeps a list of where volumes are mounted, which only the call with the path keeps right.
+    const bool reparse = directory && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    if (reparse && holds_volume(at.handle) ? RemoveDirectoryW(path.get()) || refused() : unlink(at.handle))
         return true;
     if (fixed)
         set_attributes(at.handle, attributes);
