@@ -39,6 +39,14 @@ VECTOR = [("_add_", "_sub_"), ("_adds_", "_subs_"), ("_min_", "_max_"), ("_and_"
 VECTOR = VECTOR + [(b, a) for a, b in VECTOR if a not in ("_xor_", "_srai_")]
 
 
+def kind_of(cursor, K):
+    """The kind of a node; the binding knows no number for some that the library has (std::bit_cast)."""
+    try:
+        return cursor.kind
+    except ValueError:
+        return K.UNEXPOSED_EXPR
+
+
 class Sites:
     """Collects the places of one translation unit; files seen before are left out."""
 
@@ -95,7 +103,8 @@ class Sites:
         self.done |= seen
 
     def walk(self, cursor, parent, loop):
-        K, kind, where = self.K, cursor.kind, self.place(cursor)
+        K, where = self.K, self.place(cursor)
+        kind = kind_of(cursor, K)
         if kind in self.skipped or where is None:
             return
         path, start, end = where
@@ -104,7 +113,7 @@ class Sites:
         extents = [self.place(child) for child in children]
         self.statement_of(path, cursor, children, extents)
         if kind in (K.BINARY_OPERATOR, K.COMPOUND_ASSIGNMENT_OPERATOR) and len(children) == 2 and all(extents):
-            in_loop = loop and parent is not None and parent.kind == K.FOR_STMT
+            in_loop = loop and parent is not None and kind_of(parent, K) == K.FOR_STMT
             self.operator(path, extents[0][2], extents[1][1], extents[1][2] if in_loop else None)
         elif kind == K.CALL_EXPR and cursor.spelling.startswith("operator"):
             sides = [self.place(side) for side in cursor.get_arguments()]
@@ -114,7 +123,7 @@ class Sites:
             self.unary(path, start, end)
         elif kind in (K.IF_STMT, K.CONDITIONAL_OPERATOR) and children and extents[0]:
             head = text[start:extents[0][1]]
-            if children[0].kind not in (K.DECL_STMT, K.VAR_DECL) and b"constexpr" not in head and b";" not in head:
+            if kind_of(children[0], K) not in (K.DECL_STMT, K.VAR_DECL) and b"constexpr" not in head and b";" not in head:
                 condition = text[extents[0][1]:extents[0][2]].decode()
                 self.add(path, extents[0][1], extents[0][2], f"!({condition})", "negate")
         elif kind in (K.BREAK_STMT, K.CONTINUE_STMT):
@@ -147,7 +156,8 @@ class Sites:
     def literal(self, path, start, end, parent):
         text = self.text(path)
         value = text[start:end].decode()
-        if text[start - 1:start] == b"[" and parent is not None and parent.kind in (self.K.VAR_DECL, self.K.FIELD_DECL):
+        declarations = (self.K.VAR_DECL, self.K.FIELD_DECL)
+        if text[start - 1:start] == b"[" and parent is not None and kind_of(parent, self.K) in declarations:
             return
         match = re.fullmatch(r"(0[xX][0-9a-fA-F']+|[0-9][0-9']*)([uUlLzZ]*)", value)
         if match:
@@ -166,17 +176,18 @@ class Sites:
         K, text = self.K, self.text(path)
         branches = {K.COMPOUND_STMT: 0, K.IF_STMT: 1, K.WHILE_STMT: 1, K.FOR_STMT: len(children) - 1,
                     K.CXX_FOR_RANGE_STMT: len(children) - 1, K.DO_STMT: 0}
-        if cursor.kind not in branches:
+        kind = kind_of(cursor, K)
+        if kind not in branches:
             return
-        for child, where in list(zip(children, extents))[branches[cursor.kind]:]:
-            if where is None or child.kind not in self.statements:
+        for child, where in list(zip(children, extents))[branches[kind]:]:
+            if where is None or kind_of(child, K) not in self.statements:
                 continue
             whole = text[where[1]:where[2]]
             if not re.match(rb"\s*;", text[where[2]:where[2] + 80]):
                 continue
-            if child.kind == K.BINARY_OPERATOR and not re.search(rb"[^=<>!]=[^=]", whole):
+            if kind_of(child, K) == K.BINARY_OPERATOR and not re.search(rb"[^=<>!]=[^=]", whole):
                 continue
-            if cursor.kind == K.DO_STMT and child != children[0]:
+            if kind == K.DO_STMT and child != children[0]:
                 continue
             self.add(path, where[1], where[2], "\n" * whole.count(b"\n"), "drop")
 
