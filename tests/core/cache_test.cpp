@@ -6,9 +6,6 @@
 
 #include <climits>
 #include <cstring>
-#include <memory>
-#include <sstream>
-#include <utility>
 
 using teska_test::lines, teska_test::Reports;
 

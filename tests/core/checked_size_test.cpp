@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-
 using teska::checked_power, teska::checked_size;
 
 // A size has its limit as the largest value, and never comes back into its range.

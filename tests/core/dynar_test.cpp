@@ -7,10 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <climits>
-#include <memory>
-#include <utility>
 
 using teska_test::Host, teska_test::lines, teska_test::Reports;
 

@@ -4,8 +4,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <tuple>
-#include <utility>
 
 namespace
 {

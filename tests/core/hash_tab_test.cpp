@@ -6,11 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cstdint>
 #include <cstring>
-#include <memory>
-#include <sstream>
-#include <utility>
 
 using teska_test::Host, teska_test::lines, teska_test::Reports;
 

@@ -7,7 +7,6 @@
 
 #include <climits>
 #include <deque>
-#include <memory>
 
 using teska_test::lines, teska_test::Reports;
 

@@ -5,13 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <climits>
-#include <cstdint>
 #include <cstring>
-#include <memory>
-#include <tuple>
-#include <utility>
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 

@@ -7,9 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
-#include <utility>
-
 using teska_test::Folder, teska_test::Generator;
 
 namespace

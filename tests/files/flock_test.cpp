@@ -7,7 +7,6 @@
 
 #include <chrono>
 #include <fstream>
-#include <memory>
 #include <thread>
 
 using teska_test::Child, teska_test::ChildRole, teska_test::Folder;

@@ -6,9 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstring>
-#include <utility>
 
 using teska_test::lines, teska_test::Reports;
 

@@ -7,12 +7,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <numeric>
 #include <string_view>
 #include <thread>

@@ -8,9 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <memory>
 
 using teska_test::Folder, teska_test::lines, teska_test::Reports;
 

@@ -8,8 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <memory>
-#include <tuple>
 
 namespace
 {

@@ -7,8 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <memory>
-#include <tuple>
 
 namespace
 {

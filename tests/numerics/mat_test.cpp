@@ -6,14 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <climits>
 #include <cmath>
-#include <limits>
-#include <memory>
 #include <numeric>
-#include <tuple>
-#include <utility>
 
 namespace
 {

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cstdint>
-#include <memory>
 
 namespace
 {

@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <memory>
-#include <utility>
 
 using teska_test::lines, teska_test::Reports;
 

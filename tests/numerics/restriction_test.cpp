@@ -6,9 +6,6 @@
 
 #include <climits>
 #include <cmath>
-#include <memory>
-#include <tuple>
-#include <utility>
 
 namespace
 {

@@ -8,7 +8,6 @@
 #include <array>
 #include <climits>
 #include <cmath>
-#include <tuple>
 
 using teska_test::lines, teska_test::Reports;
 using Values = std::vector<double>;

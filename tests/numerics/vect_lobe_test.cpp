@@ -10,9 +10,6 @@
 
 #include <cmath>
 #include <cstring>
-#include <limits>
-#include <memory>
-#include <tuple>
 
 namespace
 {

@@ -6,8 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <memory>
-#include <tuple>
 
 using teska_test::lines, teska_test::Reports;
 

@@ -2,11 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <sstream>
-#include <tuple>
-#include <utility>
-
 namespace
 {
 
