@@ -1,16 +1,14 @@
 #include "md_tetrab.h"
 
-#include "support/generator.h"
-#include "support/levels.h"
+#include "Support/memory.h"
 #include "support/reports.h"
-#include "support/samples.h"
+#include "support/runs.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <climits>
 #include <cmath>
-#include <memory>
 #include <tuple>
 
 using namespace teska_test;
@@ -19,7 +17,6 @@ namespace
 {
 
 using Bytes = std::vector<unsigned char>;
-using ByteSamples = Samples<unsigned char>;
 
 struct Shape {
     int N, M, R, L = 0, H = 255, E = 1;
@@ -33,10 +30,7 @@ md_tetrab *create(const Shape &s)
 
 struct Table {
     explicit Table(const Shape &shape) : Table(shape, create(shape)) {}
-    Table(const Shape &shape, md_tetrab *table)
-        : s(shape), data(md_tetrab_dataptr(table, &size)), owner(table, md_tetrab_kill)
-    {
-    }
+    Table(const Shape &shape, md_tetrab *table) : s(shape), data(md_tetrab_dataptr(table, &size)), owner(table) {}
 
     md_tetrab *get() const { return owner.get(); }
 
@@ -55,7 +49,7 @@ struct Table {
 
     Bytes convert(const Bytes &pixel) const
     {
-        ByteSamples in(pixel), out(Bytes(static_cast<std::size_t>(s.M)));
+        Samples<unsigned char> in(pixel), out(Bytes(static_cast<std::size_t>(s.M)));
         EXPECT_EQ(md_tetrab_interp(get(), in.at.data(), 1, out.at.data(), 1, 1, nullptr, 0), 1);
         return out.buffer;
     }
@@ -63,7 +57,7 @@ struct Table {
     const Shape s;
     int size = 0;
     unsigned char *const data;
-    std::unique_ptr<md_tetrab, md_tetrab *(*)(md_tetrab *)> owner;
+    teska::handle<md_tetrab, md_tetrab_kill> owner;
 };
 
 // The conversion as the contract has it, a step after the other.
@@ -98,57 +92,35 @@ Bytes model(const Table &table, const Bytes &pixel)
     return result;
 }
 
-// Converts a line in some layout, with outputs left out and masks, and compares everything the call may have touched.
-// The line has pixels at both ends of the range, random ones, and repetitions.
+// A line with masks; a fourth channel may be beside three. In a quarter of all cases a clone converts.
 void expect_conversion(const Table &table, Generator &random)
 {
     const auto one_of = [&](const auto &values) { return values[random.below(static_cast<int>(std::size(values)))]; };
-    const int pixels = 1 + random.below(2 * 64 + 1), quarters = random.below(5);
-    // A fourth channel may be beside three; channels may come in any order.
-    const int channels[] = {table.s.N, std::max(table.s.N, 4)}, in_channels = one_of(channels);
-    const int in_steps[] = {1, 2, -3, 0, in_channels, in_channels};
-    const int out_steps[] = {1, 2, -1, 0, table.s.M, table.s.M};
-    ByteSamples in(in_channels, pixels, one_of(in_steps)), apart(table.s.M, pixels, one_of(out_steps), 77);
-    for (ByteSamples *samples : {&in, &apart})
-        std::swap(samples->at.front(), random.below(2) == 0 ? samples->at.front() : samples->at.back());
-    for (int p = 0; p < pixels; ++p) {
-        const bool repeat = p > 0 && random.below(64) < 16 * quarters;
-        for (unsigned char *line : in.at) {
-            const unsigned char fresh[] = {0, 255, random.byte(), random.byte()};
-            line[p * in.step] = repeat ? line[(p - 1) * in.step] : one_of(fresh);
-        }
-    }
+    const int channels = random.below(2) == 0 ? table.s.N : std::max(table.s.N, 4), pixels = 1 + random.below(129);
+    const int in_steps[] = {1, 2, -3, 0, channels, channels}, out_steps[] = {1, 2, -1, 0, table.s.M, table.s.M};
+    Run run{channels, table.s.M, pixels, one_of(in_steps), one_of(out_steps)};
+    run.over_inputs = random.below(3) == 0;
+    run.advances = true;
     const double thresholds[] = {-0.5, 0, 127.5, 254.5, 255, NAN}, threshold = one_of(thresholds);
     const unsigned char mask_bytes[] = {0, 1, 127, 128, 254, 255};
+    const int repeated = random.below(5);
     Bytes mask(static_cast<std::size_t>(pixels), 128);
     for (std::size_t p = 1; p < mask.size(); ++p)
-        mask[p] = random.below(64) < 16 * quarters ? mask[p - 1] : one_of(mask_bytes);
+        mask[p] = random.below(4) < repeated ? mask[p - 1] : one_of(mask_bytes);
     const unsigned char *const used = random.below(2) == 0 ? nullptr : mask.data();
-
-    ByteSamples &out = table.s.M <= in_channels && in.step != 0 && random.below(3) == 0 ? in : apart;
-    Bytes expected = out.buffer;
-    std::vector<unsigned char *> call(out.at.begin(), out.at.begin() + table.s.M), after, sources = in.at;
-    const int count = random.below(4) > 0 ? pixels : -random.below(2);
-    const bool all = random.below(2) == 0;
-    for (unsigned char *&line : call) {
-        line = !all && random.below(4) == 0 ? nullptr : line;
-        after.push_back(line == nullptr ? nullptr : line + std::max(count, 0) * out.step);
-    }
-    for (int p = 0; p < count; ++p) {
-        const Bytes result = model(table, in.point(p));
-        for (std::size_t c = 0; c < call.size(); ++c)
-            if (call[c] != nullptr && (used == nullptr || used[p] > threshold))
-                expected.data()[call[c] - out.buffer.data() + p * out.step] = result[c];
-    }
-    // In a quarter of all cases a clone converts.
-    const std::unique_ptr<md_tetrab, md_tetrab *(*)(md_tetrab *)> clone(
-        random.below(4) == 0 ? md_tetrab_clone(table.get()) : nullptr, md_tetrab_kill);
-    EXPECT_EQ(md_tetrab_interp(clone ? clone.get() : table.get(), sources.data(), in.step, call.data(), out.step, count,
-                               used, threshold),
-              1);
-    EXPECT_EQ(out.buffer, expected) << "steps " << in.step << " and " << out.step << ", " << count << " pixels";
-    EXPECT_EQ(call, after);
-    EXPECT_EQ(sources, in.at);
+    run.pixels = random.below(4) > 0 ? pixels : -random.below(2);
+    const teska::handle<md_tetrab, md_tetrab_kill> clone(random.below(4) == 0 ? md_tetrab_clone(table.get()) : nullptr);
+    check_run<unsigned char, unsigned char>(
+        run, random,
+        [&] {
+            return one_of(Bytes{0, 255, random.byte(), random.byte()});
+        },
+        [&](int p, const Bytes &pixel) {
+            return used == nullptr || used[p] > threshold ? model(table, pixel) : Bytes();
+        },
+        [&](auto... arguments) {
+            return md_tetrab_interp(clone ? clone.get() : table.get(), arguments..., used, threshold);
+        });
 }
 
 TEST(MdTetrabInterp, ConvertsLinesOfAnyLayoutAsTheModelDoes)
@@ -165,19 +137,17 @@ TEST(MdTetrabInterp, ConvertsLinesOfAnyLayoutAsTheModelDoes)
     for (const Shape &s : shapes) {
         const Table table(s);
         table.randomize(random);
-        at_every_level([&](teska::simd_level) {
-            SCOPED_TRACE(testing::Message() << s.N << " to " << s.M << ", " << s.R << " points");
-            for (int lines = 0; lines < 24; ++lines) {
-                const auto use = lines < 12 ? teska::gather_use::never : teska::gather_use::always;
-                const teska::gather_use before = teska::gather_limit(use);
-                if (lines % 2 == 0)
-                    table.randomize_curves(random);
-                else
-                    md_tetrab_LUT(table.get(), nullptr, nullptr);
-                expect_conversion(table, random);
-                teska::gather_limit(before);
-            }
-        });
+        SCOPED_TRACE(testing::Message() << s.N << " to " << s.M << ", " << s.R << " points");
+        for (int lines = 0; lines < 24; ++lines) {
+            const auto use = lines < 12 ? teska::gather_use::never : teska::gather_use::always;
+            const teska::gather_use before = teska::gather_limit(use);
+            if (lines % 2 == 0)
+                table.randomize_curves(random);
+            else
+                md_tetrab_LUT(table.get(), nullptr, nullptr);
+            expect_conversion(table, random);
+            teska::gather_limit(before);
+        }
     }
 }
 

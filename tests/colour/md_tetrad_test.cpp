@@ -1,9 +1,8 @@
 #include "md_tetrad.h"
 
-#include "support/generator.h"
-#include "support/levels.h"
+#include "Support/memory.h"
 #include "support/reports.h"
-#include "support/samples.h"
+#include "support/runs.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +11,6 @@
 #include <climits>
 #include <cmath>
 #include <limits>
-#include <memory>
 #include <utility>
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
@@ -30,7 +28,7 @@ constexpr double inf = std::numeric_limits<double>::infinity();
 struct Table {
     Table(int inputs, int outputs, int resolution, double low = 0, double high = 1)
         : n(static_cast<std::size_t>(inputs)), m(outputs), r(resolution), lo(low), hi(high),
-          owner(md_tetrad_new(inputs, m, r, lo, hi), md_tetrad_kill), data(md_tetrad_dataptr(get(), &size))
+          owner(md_tetrad_new(inputs, m, r, lo, hi)), data(md_tetrad_dataptr(get(), &size))
     {
     }
 
@@ -51,7 +49,7 @@ struct Table {
     const std::size_t n;
     const int m, r;
     const double lo, hi;
-    std::unique_ptr<md_tetrad, md_tetrad *(*)(md_tetrad *)> owner;
+    teska::handle<md_tetrad, md_tetrad_kill> owner;
     int size = 0;
     double *const data;
 };
@@ -67,42 +65,25 @@ TEST(MdTetradNew, KeptReportsRefusalsUnderOtherNames)
     EXPECT_EQ(reports.take(), lines(4, "md_tetra_new: insufficient memory"));
 }
 
-// Steps of any sign, outputs left out, points inside and outside, on vertices and with equal fractions. Single points
-// go through the definition at every level; lines go through a clone.
+// Points inside and outside, on vertices and with equal fractions; lines go through a clone.
 TEST(MdTetradInterp, EvaluatesLinesOfAnyLayoutAsPointsOneByOne)
 {
     Generator random(71);
     for (int i = 0; i < 400; ++i) {
-        const int n = 1 + i % 9, m = 1 + i / 9 % 6, count = i % 7 == 0 ? i % 2 - 1 : i % 71;
+        const int n = 1 + i % 9, m = 1 + i / 9 % 6, in_step = random.below(7) - 3;
         const Table table(n, m, 2 + random.below(n < 4 ? 12 : n < 7 ? 3 : 1), 3, i % 5 == 0 ? 1 : 100);
         EXPECT_EQ(std::count(table.data, table.data + table.size, 0.0), m * std::lround(std::pow(table.r + 1, n)));
         table.fill(random);
-        Samples in(n, 70, random.below(7) - 3), out(m, 70, i % 4 == 0 ? m : random.below(7) - 3, 99);
         const double half_step = (table.hi - table.lo) / (table.r - 1) / 2;
-        std::generate(in.buffer.begin(), in.buffer.end(), [&] {
-            return i % 2 == 0 ? random.between(-20, 120) : random.below(2 * table.r) * half_step + table.lo;
-        });
-        if (i % 3 == 0)
-            out.at[static_cast<std::size_t>(random.below(m))] = nullptr;
-        const std::vector<double *> sources = in.at, start = out.at;
-        Doubles expected = out.buffer;
-        std::vector<double *> after = out.at;
-        for (int p = 0; p < count; ++p) {
-            const Doubles point = table.at(in.point(p));
-            for (std::size_t c = 0; c < point.size(); ++c)
-                if (out.at[c] != nullptr)
-                    *(expected.data() + (std::exchange(after[c], after[c] + out.step) - out.buffer.data())) = point[c];
-        }
-        const std::unique_ptr<md_tetrad, md_tetrad *(*)(md_tetrad *)> clone(md_tetrad_clone(table.get()),
-                                                                            md_tetrad_kill);
-        teska_test::at_every_level([&](teska::simd_level) {
-            std::fill(out.buffer.begin(), out.buffer.end(), 99);
-            out.at = start;
-            EXPECT_EQ(md_tetrad_interp(clone.get(), in.at.data(), in.step, out.at.data(), out.step, count), 1);
-            ASSERT_EQ(out.buffer, expected) << n << " to " << m << ", steps " << in.step << " and " << out.step;
-            EXPECT_EQ(out.at, after);
-            EXPECT_EQ(in.at, sources);
-        });
+        const teska::handle<md_tetrad, md_tetrad_kill> clone(md_tetrad_clone(table.get()));
+        teska_test::Run run{n, m, i % 7 == 0 ? i % 2 - 1 : i % 71, in_step, i % 4 == 0 ? m : random.below(7) - 3};
+        run.crossed = i % 3 == 0;
+        run.advances = true;
+        teska_test::check_run<double, double>(
+            run, random,
+            [&] { return i % 2 == 0 ? random.between(-20, 120) : random.below(2 * table.r) * half_step + table.lo; },
+            [&](int, const Doubles &point) { return table.at(point); },
+            [&](auto... arguments) { return md_tetrad_interp(clone.get(), arguments...); });
     }
 }
 

@@ -1,10 +1,9 @@
 #include "md_tetras.h"
 
+#include "Support/memory.h"
 #include "support/exact_grid.h"
-#include "support/generator.h"
-#include "support/levels.h"
 #include "support/reports.h"
-#include "support/samples.h"
+#include "support/runs.h"
 
 #include <gtest/gtest.h>
 
@@ -12,10 +11,9 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
-#include <memory>
-#include <type_traits>
 
-using teska_test::Generator, teska_test::lines, teska_test::Reports, teska_test::Samples, teska_test::Words;
+using teska_test::Generator, teska_test::lines, teska_test::Reports, teska_test::Run, teska_test::Samples,
+    teska_test::Words;
 
 namespace
 {
@@ -25,9 +23,8 @@ using Coords = std::vector<int>;
 
 struct Table {
     Table(int inputs, int outputs, int resolution)
-        : n(static_cast<std::size_t>(inputs)), m(static_cast<std::size_t>(outputs)), r(resolution),
-          owner(md_tetras_new(inputs, outputs, r), md_tetras_kill), data(md_tetras_dataptr(get(), &size)), in_curves(n),
-          out_curves(m)
+        : n(inputs), m(outputs), r(resolution), owner(md_tetras_new(n, m, r)), data(md_tetras_dataptr(get(), &size)),
+          in_curves(static_cast<std::size_t>(n)), out_curves(static_cast<std::size_t>(m))
     {
     }
 
@@ -50,12 +47,11 @@ struct Table {
     // What a pixel must become, by exact arithmetic.
     Words expected(Words point) const
     {
-        for (std::size_t d = 0; d < n; ++d)
+        for (std::size_t d = 0; d < in_curves.size(); ++d)
             point[d] = in_curves[d].empty() ? point[d] : teska_test::on_curve(in_curves[d], point[d]);
-        Words result(m);
-        for (std::size_t c = 0; c < m; ++c) {
-            const std::int64_t value =
-                teska_test::exact_65535ths(data, static_cast<int>(m), r, point, static_cast<int>(c));
+        Words result(out_curves.size());
+        for (std::size_t c = 0; c < result.size(); ++c) {
+            const std::int64_t value = teska_test::exact_65535ths(data, m, r, point, static_cast<int>(c));
             result[c] = static_cast<unsigned short>((2 * value + 65535) / (2 * 65535));
             if (!out_curves[c].empty())
                 result[c] = teska_test::on_curve(out_curves[c], result[c]);
@@ -65,29 +61,17 @@ struct Table {
 
     Words at(const Words &point) const
     {
-        Samples<unsigned short> in(point), out(Words(m, 0));
+        Samples<unsigned short> in(point), out(Words(out_curves.size(), 0));
         EXPECT_EQ(md_tetras_interp(get(), in.at.data(), 1, out.at.data(), 1, 1, nullptr, 0), 1);
         return out.buffer;
     }
 
-    const std::size_t n, m;
-    const int r;
-    std::unique_ptr<md_tetras, md_tetras *(*)(md_tetras *)> owner;
+    const int n, m, r;
+    teska::handle<md_tetras, md_tetras_kill> owner;
     int size = 0;
     unsigned short *const data;
     std::vector<Words> in_curves, out_curves;
 };
-
-template <class Sample>
-unsigned short widened(Sample sample)
-{
-    return static_cast<unsigned short>(sizeof(Sample) == 1 ? 257 * sample : sample);
-}
-template <class Sample>
-Sample narrowed(unsigned short sample)
-{
-    return static_cast<Sample>(sizeof(Sample) == 1 ? (sample + 128) / 257 : sample);
-}
 
 template <class Sample>
 Sample any_sample(Generator &random, int resolution)
@@ -98,56 +82,30 @@ Sample any_sample(Generator &random, int resolution)
     return static_cast<Sample>(sizeof(Sample) == 1 ? v >> 8 : v);
 }
 
-struct Layout {
-    int count, in_step, out_step;
-};
-
-// A run of any layout through a clone, pixel by pixel against exact arithmetic, at every level; in place, outputs on
-// other inputs than their own, where the layout allows it.
+// A run through a clone, pixel by pixel against exact arithmetic.
 template <class In, class Out>
-void check_run(const Table &table, Layout layout, bool masked, Generator &random, auto convert)
+void check_run(const Table &table, const Run &run, bool masked, Generator &random, auto convert)
 {
-    const auto n = static_cast<int>(table.n), m = static_cast<int>(table.m);
-    Samples<In> in(n, 200, layout.in_step);
-    Samples<Out> apart(m, 200, layout.out_step, 99), *out = &apart;
-    std::generate(in.buffer.begin(), in.buffer.end(), [&] { return any_sample<In>(random, table.r); });
-    if constexpr (std::is_same_v<In, Out>)
-        out = m <= n && layout.in_step == layout.out_step && random.below(3) > 0 ? &in : out;
-    std::vector<Out *> to(out->at.begin(), out->at.begin() + m);
-    if (random.below(2) == 0)
-        std::reverse(to.begin(), to.end());
     Bytes mask(200);
     random.fill(mask.data(), mask.size());
     const int threshold = random.below(4) == 0 ? -1 : 255 - random.below(2) * random.below(256);
-    if (random.below(3) == 0)
-        to[static_cast<std::size_t>(random.below(m))] = nullptr;
-    const auto before = out->buffer;
-    auto expected = before;
-    for (int p = 0; p < layout.count; ++p) {
-        Words point;
-        for (const In sample : in.point(p))
-            point.push_back(widened(sample));
-        if (masked && mask[static_cast<std::size_t>(p)] <= threshold)
-            continue;
-        const Words results = table.expected(point);
-        for (std::size_t c = 0; c < results.size(); ++c)
-            if (to[c] != nullptr)
-                expected.data()[to[c] - out->buffer.data() + p * out->step] = narrowed<Out>(results[c]);
-    }
-    const std::unique_ptr<md_tetras, md_tetras *(*)(md_tetras *)> clone(md_tetras_clone(table.get()), md_tetras_kill);
-    teska_test::at_every_level([&](teska::simd_level) {
-        std::copy(before.begin(), before.end(), out->buffer.begin());
-        EXPECT_EQ(convert(clone.get(), in.at.data(), in.step, to.data(), out->step, layout.count,
-                          masked ? mask.data() : nullptr, threshold),
-                  1);
-        ASSERT_EQ(out->buffer, expected) << n << " to " << m << ", R " << table.r << ", " << layout.count
-                                         << " pixels, steps " << in.step << " and " << out->step << ", " << sizeof(In)
-                                         << sizeof(Out);
-    });
+    const teska::handle<md_tetras, md_tetras_kill> clone(md_tetras_clone(table.get()));
+    teska_test::check_run<In, Out>(
+        run, random, [&] { return any_sample<In>(random, table.r); },
+        [&](int p, const std::vector<In> &point) {
+            const bool converted = !masked || mask[static_cast<std::size_t>(p)] > threshold;
+            return teska_test::narrowed<Out>(converted ? table.expected(teska_test::widened(point)) : Words());
+        },
+        [&](auto... arguments) {
+            return convert(clone.get(), arguments..., masked ? mask.data() : nullptr, threshold);
+        });
 }
 
-void check_depths(const Table &table, Layout layout, bool masked, Generator &random)
+void check_depths(const Table &table, int pixels, int in_step, int out_step, bool masked, Generator &random)
 {
+    Run layout{table.n, table.m, pixels, in_step, out_step};
+    layout.over_inputs = random.below(3) > 0 && in_step == out_step;
+    layout.crossed = random.below(2) == 0;
     using Byte = unsigned char;
     using Word = unsigned short;
     check_run<Word, Word>(table, layout, masked, random, md_tetras_interp);
@@ -184,7 +142,7 @@ TEST(MdTetrasCurves, RefuseWhatCannotBeAndStayAsTheyAre)
     EXPECT_EQ(reports.take(), expected);
     Generator random(31);
     table.fill(random);
-    check_depths(table, {70, 2, 3}, false, random);
+    check_depths(table, 70, 2, 3, false, random);
 }
 
 // Input curve, ramp and output curve in turn.
@@ -198,13 +156,13 @@ TEST(MdTetrasCurves, JoinTheirEntriesByStraightLines)
     random.fill(all.data(), all.size());
     for (const Words &entries : {Words{0, 65535}, {65535, 0}, {0, 1000, 65535}, {9, 8, 8, 7, 65535, 0}, any, all, {}}) {
         table.set_in(0, entries);
-        check_depths(table, {200, 1, 1}, false, random);
+        check_depths(table, 200, 1, 1, false, random);
         for (int v = 0; v < 65536; ++v)
             ASSERT_EQ(table.at({static_cast<unsigned short>(v)}), table.expected({static_cast<unsigned short>(v)}))
                 << v;
         table.set_in(0, {});
         table.set_out(0, entries);
-        check_depths(table, {200, 1, 1}, false, random);
+        check_depths(table, 200, 1, 1, false, random);
     }
 }
 
@@ -224,11 +182,10 @@ TEST(MdTetrasInterp, EqualsExactArithmeticRoundedOnceForRunsOfAnyLayout)
         if (i % 5 == 2)
             table.set_out(random.below(m), {100, 65535, 0});
         const int any = random.below(9) - 4;
-        const Layout layouts[] = {
+        const std::array<int, 3> layouts[] = {
             {random.below(200), n, m}, {random.below(200), 1, 1}, {64, any, any + 1}, {i % 2 - 1, 1, 1}};
-        const Layout layout = layouts[random.below(4)];
-        const bool masked = random.below(4) == 0;
-        check_depths(table, layout, masked, random);
+        const auto [pixels, in_step, out_step] = layouts[random.below(4)];
+        check_depths(table, pixels, in_step, out_step, random.below(4) == 0, random);
     }
 }
 
@@ -238,14 +195,14 @@ TEST(MdTetrasInterp, GivesEveryVertexOfGridsThatDivideTheRange)
     for (const auto &[n, r] : {std::pair{1, 65536}, {3, 18}, {6, 4}}) {
         const Table table(n, 2, r);
         table.fill(random);
-        Coords coord(table.n, 0);
+        Coords coord(static_cast<std::size_t>(n), 0);
         for (int left = md_tetras_get_nrpoints(table.get()); left-- > 0;) {
-            Words in(table.n);
+            Words in(coord.size());
             const unsigned short *vertex = md_tetras_vertex_get(table.get(), coord.data(), in.data());
             ASSERT_EQ(table.at(in), Words(vertex, vertex + 2)) << testing::PrintToString(in) << " of " << r;
             ASSERT_EQ(md_tetras_scan_vertex(table.get(), coord.data()), left);
         }
-        EXPECT_EQ(coord, Coords(table.n, 0));
+        EXPECT_EQ(coord, Coords(coord.size(), 0));
     }
     const Table rounded(1, 1, 3);
     const int middle = 1;

@@ -1,9 +1,8 @@
 #include "mmd_tetras.h"
 
-#include "support/generator.h"
-#include "support/levels.h"
+#include "Support/memory.h"
 #include "support/reports.h"
-#include "support/samples.h"
+#include "support/runs.h"
 
 #include "md_tetras.h"
 
@@ -12,7 +11,6 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <memory>
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports, teska_test::Samples;
 
@@ -21,14 +19,14 @@ namespace
 
 using Words = std::vector<unsigned short>;
 using Bytes = std::vector<unsigned char>;
-using Table = std::unique_ptr<md_tetras, md_tetras *(*)(md_tetras *)>;
+using Table = teska::handle<md_tetras, md_tetras_kill>;
 
 constexpr int pixels = 150;
 
 // The clone of a set of random tables, and the same tables one by one.
 struct Set {
     Set(int tables, int inputs, int outputs, int resolution, bool curved, Generator &random)
-        : k(tables), n(inputs), m(outputs), owner(mmd_tetras_new(k, n, m, resolution), mmd_tetras_kill)
+        : k(tables), n(inputs), m(outputs), owner(mmd_tetras_new(k, n, m, resolution))
     {
         const Words in_curve{65535, 200, 30000}, out_curve{10, 40000, 20000, 65535};
         const int input = random.below(n), output = random.below(m), curved_table = random.below(k);
@@ -36,7 +34,7 @@ struct Set {
             int size = 0;
             unsigned short *data = mmd_tetras_dataptr(get(), t, &size);
             random.fill(data, static_cast<std::size_t>(size));
-            singles.emplace_back(md_tetras_new(n, m, resolution), md_tetras_kill);
+            singles.emplace_back(md_tetras_new(n, m, resolution));
             int single_size = 0;
             std::copy_n(data, size, md_tetras_dataptr(singles.back().get(), &single_size));
             EXPECT_EQ(size, single_size);
@@ -53,90 +51,72 @@ struct Set {
     }
 
     mmd_tetras *get() const { return owner.get(); }
-    // All pixels through one table, 16-bit results.
-    template <class Sample>
-    Samples<unsigned short> results(int table, const Samples<Sample> &in) const
+    // A pixel through one table; nothing where there is no such table.
+    Words through(int table, const Words &pixel) const
     {
-        Samples<unsigned short> out(m, pixels, m);
-        const md_tetras *const single = singles.at(static_cast<std::size_t>(table)).get();
-        if constexpr (sizeof(Sample) == 1)
-            md_tetras_interp_bs(single, in.at.data(), in.step, out.at.data(), m, pixels, nullptr, 0);
-        else
-            md_tetras_interp(single, in.at.data(), in.step, out.at.data(), m, pixels, nullptr, 0);
-        return out;
+        Samples<unsigned short> in(pixel), out(Words(static_cast<std::size_t>(table < k ? m : 0)));
+        if (table < k)
+            md_tetras_interp(singles.at(static_cast<std::size_t>(table)).get(), in.at.data(), 1, out.at.data(), 1, 1,
+                             nullptr, 0);
+        return out.buffer;
     }
 
     const int k, n, m;
-    std::unique_ptr<mmd_tetras, mmd_tetras *(*)(mmd_tetras *)> owner;
+    teska::handle<mmd_tetras, mmd_tetras_kill> owner;
     std::vector<Table> singles;
 };
-
-template <class Sample>
-Sample narrowed(unsigned short sample)
-{
-    return static_cast<Sample>(sizeof(Sample) == 1 ? (sample + 128) / 257 : sample);
-}
-
-template <class Sample>
-Samples<Sample> random_pixels(int channels, Generator &random)
-{
-    Samples<Sample> samples(channels, pixels, channels);
-    std::generate(samples.buffer.begin(), samples.buffer.end(), [&] {
-        const auto v = static_cast<Sample>(random.next());
-        return random.below(6) == 0 ? static_cast<Sample>(-(v & 1)) : v;
-    });
-    return samples;
-}
 
 // Pixels by tags, through all tables, and through two of them blended: as each table alone converts them.
 template <class Sample>
 void check(const Set &set, Generator &random, auto tag, auto all, auto mix)
 {
     SCOPED_TRACE(testing::Message() << set.k << " tables, " << set.n << " to " << set.m);
-    const auto in = random_pixels<Sample>(set.n, random);
-    const int m = set.m, channels = set.k * m, skipped = random.below(channels);
     const int a = random.below(set.k), b = random.below(set.k), longest = random.below(2) == 0 ? 1 : 100;
     Bytes tags(pixels);
     Words weights(pixels);
+    const auto any = [&] {
+        const auto v = static_cast<unsigned short>(random.next());
+        return random.below(6) == 0 ? static_cast<unsigned short>(-(v & 1)) : v;
+    };
     for (std::size_t p = 0; p < tags.size(); ++p) {
-        const auto any = static_cast<unsigned short>(random.next());
-        weights[p] = random.below(4) == 0 ? static_cast<unsigned short>(-(any & 1)) : any;
+        weights[p] = any();
         tags[p] = p % static_cast<std::size_t>(longest) != 0 ? tags[p - 1]
                   : random.below(9) == 0                     ? 255
                                                              : static_cast<unsigned char>(random.below(set.k + 1));
     }
-    const Samples<Sample> empty(m, pixels, m, 99), empties(channels, pixels, channels, 99);
-    Samples<Sample> tagged = empty, everything = empties;
-    std::vector<Samples<unsigned short>> results;
-    for (int t = 0; t < set.k; ++t) {
-        results.push_back(set.results(t, in));
-        for (int i = 0; i < pixels * m; ++i) {
-            const auto result = narrowed<Sample>(results.back().buffer.data()[i]);
-            if (tags.data()[i / m] == t)
-                tagged.buffer.data()[i] = result;
-            if (t * m + i % m != skipped)
-                everything.buffer.data()[i / m * channels + t * m + i % m] = result;
-        }
+    const auto run = [&](int outputs, auto convert, auto model) {
+        teska_test::check_run<Sample, Sample>(
+            {set.n, outputs, pixels, set.n, outputs}, random, [&] { return static_cast<Sample>(any()); },
+            [&](int p, const std::vector<Sample> &pixel) {
+                return teska_test::narrowed<Sample>(model(static_cast<std::size_t>(p), teska_test::widened(pixel)));
+            },
+            convert);
+    };
+    run(
+        set.m, [&](auto... arguments) { return tag(set.get(), arguments..., tags.data()); },
+        [&](std::size_t p, const Words &pixel) { return set.through(tags[p], pixel); });
+    run(
+        set.k * set.m, [&](auto... arguments) { return all(set.get(), arguments...); },
+        [&](std::size_t, const Words &pixel) {
+            Words results;
+            for (int t = 0; t < set.k; ++t)
+                std::ranges::copy(set.through(t, pixel), std::back_inserter(results));
+            return results;
+        });
+    for (const int weight : {-1, -5, 0, 16384, 65535, 99999}) {  // -1: the weights
+        const auto *const used = weight == -1 ? weights.data() : nullptr;
+        SCOPED_TRACE(testing::Message() << "tables " << a << " and " << b << ", weight " << weight);
+        run(
+            set.m, [&](auto... arguments) { return mix(set.get(), a, b, arguments..., used, weight); },
+            [&](std::size_t p, const Words &pixel) {
+                Words first = set.through(a, pixel);
+                const Words second = set.through(b, pixel);
+                const unsigned w = weight == -1 ? weights[p] : static_cast<unsigned>(std::clamp(weight, 0, 65535));
+                for (std::size_t c = 0; c < first.size(); ++c)
+                    first[c] = static_cast<unsigned short>((first[c] * (65535 - w) + second[c] * w + 32767) / 65535);
+                return first;
+            });
     }
-    teska_test::at_every_level([&](teska::simd_level) {
-        Samples<Sample> out(m, pixels, m, 99), outs(channels, pixels, channels, 99);
-        EXPECT_EQ(tag(set.get(), in.at.data(), set.n, out.at.data(), m, pixels, tags.data()), 1);
-        ASSERT_EQ(out.buffer, tagged.buffer);
-        outs.at[static_cast<std::size_t>(skipped)] = nullptr;
-        EXPECT_EQ(all(set.get(), in.at.data(), set.n, outs.at.data(), channels, pixels), 1);
-        ASSERT_EQ(outs.buffer, everything.buffer);
-        for (const int weight : {-1, -5, 0, 16384, 65535, 99999}) {  // -1: the weights
-            const auto *const used = weight == -1 ? weights.data() : nullptr;
-            EXPECT_EQ(mix(set.get(), a, b, in.at.data(), set.n, out.at.data(), m, pixels, used, weight), 1);
-            for (int i = 0; i < pixels * m; ++i) {
-                const unsigned w = weight == -1 ? used[i / m] : static_cast<unsigned>(std::clamp(weight, 0, 65535));
-                const unsigned first = results.data()[a].buffer.data()[i], second = results.data()[b].buffer.data()[i];
-                const unsigned blend = (first * (65535 - w) + second * w + 32767) / 65535;
-                ASSERT_EQ(out.buffer.data()[i], narrowed<Sample>(static_cast<unsigned short>(blend)))
-                    << "sample " << i << " of tables " << a << " and " << b << ", weight " << w;
-            }
-        }
-    });
 }
 
 TEST(MmdTetras, ConvertsByTagThroughAllAndBlendedAsTheTablesAloneDo)
