@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace
 {
@@ -15,14 +16,11 @@ const int initial_mode = error_set(1);
 const int initial_threshold = teska_warn_level(0);
 const int initial_debug = dbg_set(0);
 
+// "L" in a script is a message that is cut.
 const std::string long_message(600, 'x');
 const std::string cut_line = "ERROR : '" + std::string(502, 'x');
 
-void report(const lines &messages)
-{
-    for (const std::string &message : messages)
-        EXPECT_EQ(error_mess_fl(message.c_str(), __FILE__, __LINE__), 0);
-}
+void report(const std::string &message) { EXPECT_EQ(error_mess_fl(message.c_str(), __FILE__, __LINE__), 0); }
 
 lines take()
 {
@@ -46,10 +44,37 @@ std::string printed(Body &&body)
     return text;
 }
 
+// Takes the steps of a script: =n sets the mode, @n that of the thread, <n the threshold and ?n the debug switch, each of
+// which answers with the value before; !n warns of ink at level n and debugs it; . fetches all lines; others are messages.
+lines answers(const std::string &script)
+{
+    lines given;
+    std::istringstream steps(script);
+    for (std::string step; steps >> step;) {
+        const int number = std::atoi(step.c_str() + 1);
+        if (step[0] == '=')
+            given.push_back(std::to_string(error_set(number)));
+        else if (step[0] == '@')
+            given.push_back(std::to_string(error_set_thread(number)));
+        else if (step[0] == '<')
+            given.push_back(std::to_string(teska_warn_level(number)));
+        else if (step[0] == '?')
+            given.push_back(std::to_string(dbg_set(number)));
+        else if (step[0] == '!')
+            teska_warn(number, "ink"), dbg("ink");
+        else if (step == ".")
+            std::ranges::move(take(), std::back_inserter(given));
+        else
+            report(step == "L" ? long_message : step);
+    }
+    return given;
+}
+
 class ErrorMess : public testing::Test
 {
 protected:
-    ~ErrorMess() override
+    ~ErrorMess() override { reset(); }
+    static void reset()
     {
         error_set(1);
         error_set_thread(TESKA_ERROR_PROCESS_WIDE);
@@ -62,70 +87,37 @@ protected:
 
 }  // namespace
 
-// Kept: queued lines are cut at 256 characters and handed out in descending order.
-TEST_F(ErrorMess, PrintsKeepsOrDropsALineAsTheModeSays)
+// Kept: queued lines are cut at 256 characters and handed out in descending order; a kept line is forgotten when mode 3 is
+// set again, the queue on leaving mode 2. A thread has whole lines in their order.
+TEST_F(ErrorMess, KeptPrintsKeepsOrDropsLinesAndWarnsAsTheModesSay)
 {
-    const std::string first_256 = cut_line.substr(0, 256);
-    const std::tuple<int, lines, std::string, lines> cases[] = {
-        {1, {"100% #1", long_message}, "ERROR : '100% #1'\n" + cut_line + '\n', {}},
-        {2, {"Abc", "Abc", "abc"}, "", {"ERROR : 'Abc'"}},
-        {2,
-         {"B", long_message, "a", "c", long_message},
-         "",
-         {first_256, first_256, "ERROR : 'c'", "ERROR : 'B'", "ERROR : 'a'"}},
-        {3, {"first", "second"}, "", {"ERROR : 'second'"}},
-        {3, {long_message}, "", {cut_line}},
-        {0, {"lost"}, "", {}},
-        {4, {"lost"}, "", {}},
-        {-1, {"lost"}, "", {}}};
+    const std::string ink = "ERROR : 'ink'", paper = "ERROR : 'paper'", first_256 = cut_line.substr(0, 256);
+    const std::string warning = "WARNING  : 'ink'\n", debug = "DEBUG : 'ink'\n";
+    const std::string process = std::to_string(TESKA_ERROR_PROCESS_WIDE);
+    const std::tuple<const char *, lines, std::string> cases[] = {
+        {"100%d L . =1", {"1"}, "ERROR : '100%d'\n" + cut_line + "\n"},
+        {"=2 ink ink INK .", {"1", ink}, ""},
+        {"=2 B L ink a L .", {"1", first_256, first_256, ink, "ERROR : 'B'", "ERROR : 'a'"}, ""},
+        {"=2 ink =2 . ink =77 =2 .", {"1", "2", ink, "2", "77"}, ""},
+        {"=3 paper ink . L . ink =3 . ink =1 =3 .", {"1", ink, cut_line, "3", "3", "1"}, ""},
+        {"=0 ink . =4 ink . =-1 ink . =1", {"1", "0", "4", "-1"}, ""},
+        {"=3 @2 ink L a ink =3 @2 .", {"1", process, "3", "2", ink, cut_line, "ERROR : 'a'", ink}, ""},
+        {"@2 ink @3 . paper ink . ink @3 .", {process, "2", ink, "3"}, ""},
+        {"@0 ink . @7 ink . @-3 ink . @1", {process, "0", "0", "0"}, ""},
+        {"=3 @1 paper ink . @2 ink @-1 . ink .", {"1", process, "1", "2", ink}, paper + "\n" + ink + "\n"},
+        {"<0 !0 <0 !1", {"0", "0"}, warning},
+        {"<-3 ?-5 !-3 ?1 !-2 =0 !0 =2 !-3 =3 !0 . <0 ?0",
+         {"0", "0", "-5", "1", "0", "2", "-3", "1"},
+         debug + warning + debug + warning + debug + debug + warning + debug}};
     EXPECT_EQ(initial_mode, 1);
-    for (const auto &[mode, reported, expected, fetched] : cases) {
-        error_set(mode);
-        EXPECT_EQ(printed([&messages = reported] { report(messages); }), expected) << mode;
-        EXPECT_EQ(take(), fetched) << mode;
+    EXPECT_EQ(initial_threshold, 0);
+    EXPECT_EQ(initial_debug, 0);
+    for (const auto &[script, expected, shown] : cases) {
+        lines given;
+        EXPECT_EQ(printed([&, steps = script] { given = answers(steps); }), shown) << script;
+        EXPECT_EQ(given, expected) << script;
+        reset();
     }
-}
-
-TEST_F(ErrorMess, KeptForgetsTheKeptLineWhenMode3IsSetAgainAndTheQueueOnLeavingMode2)
-{
-    const std::tuple<int, int, lines> cases[] = {{2, 2, {"ERROR : 'ink'"}}, {2, 77, {}}, {3, 3, {}}, {3, 1, {}}};
-    for (const auto &[mode, next, kept] : cases) {
-        error_set(mode);
-        report({"ink"});
-        EXPECT_EQ(error_set(next), mode);
-        EXPECT_EQ(error_set(mode), next);
-        EXPECT_EQ(take(), kept) << mode << ", " << next;
-    }
-}
-
-TEST_F(ErrorMess, CollectsWholeLinesOfAThreadInTheOrderReported)
-{
-    const lines ink = {"ERROR : 'ink'"};
-    error_set(3);
-    EXPECT_EQ(error_set_thread(2), TESKA_ERROR_PROCESS_WIDE);
-    report({"b", long_message, "a", "b"});
-    EXPECT_EQ(error_set(3), 3) << "the mode of the process stays";
-    EXPECT_EQ(error_set_thread(2), 2);
-    EXPECT_EQ(take(), (lines{"ERROR : 'b'", cut_line, "ERROR : 'a'", "ERROR : 'b'"}))
-        << "setting it again keeps the lines";
-
-    const std::tuple<int, int, std::string, lines> cases[] = {{3, 3, "", ink},
-                                                              {0, 0, "", {}},
-                                                              {7, 0, "", {}},
-                                                              {-3, 0, "", {}},
-                                                              {1, 1, "ERROR : 'paper'\nERROR : 'ink'\n", {}}};
-    int before = 2;
-    for (const auto &[mode, stored, expected, fetched] : cases) {
-        report({"lost"});
-        EXPECT_EQ(error_set_thread(mode), std::exchange(before, stored)) << mode;
-        EXPECT_EQ(take(), lines{}) << mode;
-        EXPECT_EQ(printed([] { report({"paper", "ink"}); }), expected) << mode;
-        EXPECT_EQ(take(), fetched) << mode;
-    }
-    error_set_thread(TESKA_ERROR_PROCESS_WIDE);
-    EXPECT_EQ(take(), lines{});
-    report({"ink"});
-    EXPECT_EQ(take(), ink) << "by the mode of the process again";
 }
 
 TEST_F(ErrorMess, HoldsTheFirst64LinesOfAThreadAndTakesMoreAsTheyAreFetched)
@@ -133,7 +125,7 @@ TEST_F(ErrorMess, HoldsTheFirst64LinesOfAThreadAndTakesMoreAsTheyAreFetched)
     lines expected;
     error_set_thread(2);
     for (int i = 0; i < 200; ++i) {
-        report({std::to_string(i)});
+        report(std::to_string(i));
         if (i < 64 || i >= 100)
             expected.push_back("ERROR : '" + std::to_string(i) + "'");
         if (i >= 99) {
@@ -160,19 +152,12 @@ TEST_F(ErrorMess, GivesAHandlerEveryLineThatWouldBePrinted)
     EXPECT_EQ(before, nullptr);
     dbg_set(1);
     const auto speak = [] {
-        report({"100% #1", long_message});
-        error_set(2);
-        report({"a", "queued"});
+        answers("100%d L =2 a queued");
         error_display_all_msgs();
-        EXPECT_EQ(take(), lines{});
-        teska_warn(1, "ink");
-        dbg("dot");
-        error_set(0);
-        report({"dropped"});
-        error_set(1);
+        EXPECT_EQ(answers(". !1 =0 dropped =1"), (lines{"2", "0"}));
     };
-    const lines all{"ERROR : '100% #1'", cut_line,           "ERROR : 'queued'",
-                    "ERROR : 'a'",       "WARNING  : 'ink'", "DEBUG : 'dot'"};
+    const lines all{"ERROR : '100%d'", cut_line,           "ERROR : 'queued'",
+                    "ERROR : 'a'",     "WARNING  : 'ink'", "DEBUG : 'ink'"};
     EXPECT_EQ(printed(speak), "");
     EXPECT_EQ(std::exchange(of_process, {}), all);
 
@@ -180,34 +165,15 @@ TEST_F(ErrorMess, GivesAHandlerEveryLineThatWouldBePrinted)
     EXPECT_EQ(printed(speak), "");
     EXPECT_EQ(std::exchange(of_thread, {}), all);
     error_set_thread(1);
-    report({"ink"});
+    report("ink");
     EXPECT_EQ(error_set_thread_handler(nullptr, nullptr, &before), receive);
     EXPECT_EQ(before, &of_thread);
-    report({"paper"});
+    report("paper");
     EXPECT_EQ(of_thread, lines{"ERROR : 'ink'"});
     EXPECT_EQ(of_process, lines{"ERROR : 'paper'"});
 
     EXPECT_EQ(error_set_handler(nullptr, nullptr, &before), receive);
     EXPECT_EQ(before, &of_process);
-    EXPECT_EQ(printed([] { report({"pen"}); }), "ERROR : 'pen'\n");
+    EXPECT_EQ(printed([] { report("pen"); }), "ERROR : 'pen'\n");
     EXPECT_EQ(of_process.size(), 1U);
-}
-
-TEST_F(ErrorMess, WarnsAboveTheThresholdAndPrintsDbgWhileSwitchedOnInEveryMode)
-{
-    const std::tuple<int, int, int, std::string> cases[] = {{0, 0, 0, ""},
-                                                            {0, 1, 0, "WARNING  : 'ink'\n"},
-                                                            {-3, -3, -5, "DEBUG : 'ink'\n"},
-                                                            {-3, -2, 1, "WARNING  : 'ink'\nDEBUG : 'ink'\n"}};
-    int threshold = 0, debug = 0;
-    EXPECT_EQ(initial_threshold, 0);
-    EXPECT_EQ(initial_debug, 0);
-    for (const auto &[new_threshold, level, new_debug, expected] : cases)
-        for (const int mode : {0, 1, 2, 3}) {
-            error_set(mode);
-            EXPECT_EQ(teska_warn_level(new_threshold), std::exchange(threshold, new_threshold));
-            EXPECT_EQ(dbg_set(new_debug), std::exchange(debug, new_debug));
-            EXPECT_EQ(printed([at = level] { teska_warn(at, "ink"), dbg("ink"); }), expected);
-            EXPECT_EQ(take(), lines{});
-        }
 }

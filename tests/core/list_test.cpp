@@ -72,6 +72,7 @@ TEST(ListNew, KeptCutsSizesTo16BitsAndTakesTenSlotsForNone)
 
 TEST(List, KeptDoesWithAllItsSlotsWhatTheModelDoes)
 {
+    Reports reports;
     Generator random(1);
     for (int round = 0; round < 200; ++round) {
         const std::size_t step = static_cast<std::size_t>(random.below(6)) + 1;
@@ -140,6 +141,14 @@ TEST(List, KeptDoesWithAllItsSlotsWhatTheModelDoes)
                           first - model.at(0));
             }
         }
+        const int count = static_cast<int>(model.count);
+        for (const int outside : {INT_MIN, -1, count, INT_MAX}) {
+            EXPECT_EQ(list_rem_element(list.get(), outside), 0);
+            EXPECT_EQ(list_get_element(list.get(), outside), nullptr);
+            EXPECT_EQ(list_changep(list.get(), outside, &count), -1);
+        }
+        EXPECT_EQ(list_num(list.get()), count);
+        EXPECT_EQ(reports.take(), lines(4, "list_changep : index out of bound"));
     }
 }
 
@@ -175,19 +184,6 @@ TEST(ListInsert, GoesTo65535ElementsAndRarelyMovesThem)
     EXPECT_EQ(list_insert_index(filled(4, nullptr, {}).get(), &block, 65534, 0), 65534);
     EXPECT_EQ(list_num(list.get()), 65535);
     EXPECT_EQ(*static_cast<char *>(list_get_element(list.get(), 65534)), 'x');
-}
-
-TEST(ListRemElement, IgnoresAnIndexOutsideTheCountThatChangepReports)
-{
-    Reports reports;
-    const List list = filled(10, nullptr, {10, 20, 30});
-    const int value = 5;
-    for (const int index : {INT_MIN, -1, 3, INT_MAX}) {
-        EXPECT_EQ(list_rem_element(list.get(), index), 0);
-        EXPECT_EQ(list_get_element(list.get(), index), nullptr);
-        EXPECT_EQ(list_changep(list.get(), index, &value), -1);
-        EXPECT_EQ(reports.take(), lines{"list_changep : index out of bound"});
-    }
 }
 
 TEST(ListPosRange, AsksLowHighAndTheOneBeforeHighThenHalves)
