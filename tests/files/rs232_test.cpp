@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -56,35 +55,28 @@ double seconds_since(steady_clock::time_point start)
     return std::chrono::duration<double>(steady_clock::now() - start).count();
 }
 
-// Whether a function gives a value within five seconds.
-bool soon(int (*function)(rs232_rec *) noexcept, const Port &port, int value)
+// Waits until a function gives a value, for five seconds at most.
+void expect_soon(int (*function)(rs232_rec *) noexcept, const Port &port, int value)
 {
-    const auto start = steady_clock::now();
-    while (function(port.get()) != value)
-        if (seconds_since(start) > 5)
-            return false;
-    return true;
+    int given = 0;
+    for (const auto start = steady_clock::now(); (given = function(port.get())) != value && seconds_since(start) < 5;) {
+    }
+    EXPECT_EQ(given, value);
 }
 
-class OnALine : public testing::Test
-{
-protected:
+struct Rs232 : testing::Test {
     void SetUp() override
     {
         if (line_name() == nullptr)
             GTEST_SKIP() << "there is no serial line; run tests/support/serial_line.py with this program as argument";
         setflowrs232(0);
     }
+    Reports reports;
 };
-
-using Initrs232 = OnALine;
-using Outstringrs232 = OnALine;
-using Inrs232rdy = OnALine;
-using Outrs232rdy = OnALine;
 
 }  // namespace
 
-TEST_F(Initrs232, SetsSpeedStopBitsAndFlowControl)
+TEST_F(Rs232, SetsSpeedStopBitsAndFlowControl)
 {
     int code = 0, flow_before = 0;
     for (const char *baud : {"50", "75", "110", "134", "150", "200", "300", "600", "1200", "1800", "2400", "4800",
@@ -97,21 +89,19 @@ TEST_F(Initrs232, SetsSpeedStopBitsAndFlowControl)
     }
 }
 
-TEST_F(Initrs232, ReportsTheStepThatFailsAndClosesThePort)
+TEST_F(Rs232, ReportsTheStepThatFailsAndClosesThePort)
 {
-    Reports reports;
-    const std::tuple<const char *, std::array<int, 5>, std::string> cases[] = {
-        {"no such line", {18, 8, 1, 256, 1}, "Cannot open serial port no such line"},
-        {nullptr, {13, 48, 0, 0, 0}, "Cannot open serial port "},
-        {no_line, {18, 8, 1, 256, 1}, no_line_refused},
-        {line_name(), {18, 8, 1, 256, 1}, "Invalid serial line speed: 18 bauds"},
-        {line_name(), {0, 48, 0, 0, 0}, "Invalid serial line speed: 0 bauds"},
-        {line_name(), {17, 8, 1, 256, 1}, "Invalid serial line bits per pixel: 8"},
-        {line_name(), {17, 0, 1, 256, 1}, "Invalid serial line number of stop bits: 1"},
-        {line_name(), {17, 0, 1, 256, 64}, "Invalid serial line parity constant: 256"},
-    };
-    for (const auto &[name, codes, report] : cases) {
-        EXPECT_EQ(initrs232(name, codes[0], codes[1], codes[2], codes[3], codes[4]), nullptr);
+    const std::tuple<const char *, int, int, int, std::string> cases[] = {
+        {"no such line", 18, 8, 1, "Cannot open serial port no such line"},
+        {nullptr, 13, 48, 0, "Cannot open serial port "},
+        {no_line, 18, 8, 1, no_line_refused},
+        {line_name(), 18, 8, 1, "Invalid serial line speed: 18 bauds"},
+        {line_name(), 0, 8, 1, "Invalid serial line speed: 0 bauds"},
+        {line_name(), 17, 8, 1, "Invalid serial line bits per pixel: 8"},
+        {line_name(), 17, 0, 1, "Invalid serial line number of stop bits: 1"},
+        {line_name(), 17, 0, 64, "Invalid serial line parity constant: 256"}};
+    for (const auto &[name, speed, data_bits, stop_bits, report] : cases) {
+        EXPECT_EQ(initrs232(name, speed, data_bits, 1, 256, stop_bits), nullptr);
         EXPECT_EQ(reports.take(), lines{report});
         EXPECT_NE(opened(), nullptr) << "the line is not left open";
     }
@@ -124,9 +114,8 @@ TEST_F(Initrs232, ReportsTheStepThatFailsAndClosesThePort)
     EXPECT_EQ(reports.take(), lines{std::string("Cannot open serial port ") + line_name()});
 }
 
-TEST_F(Outstringrs232, PassesAllBytesUnchangedAndKeeps255LikeAFailure)
+TEST_F(Rs232, PassesAllBytesUnchangedAndKeeps255LikeAFailure)
 {
-    Reports reports;
     for (const int no_flow : {0, 1}) {
         setflowrs232(no_flow);
         const Port port = opened();
@@ -139,32 +128,14 @@ TEST_F(Outstringrs232, PassesAllBytesUnchangedAndKeeps255LikeAFailure)
         std::generate(back.begin(), back.end(), [&] { return inbrs232(port.get()); });
         EXPECT_EQ(back, bytes);
         EXPECT_EQ(outstringrs232(port.get(), nullptr, 0), 0);
-        EXPECT_EQ(reports.take(), lines{});
         EXPECT_EQ(outstringrs232(port.get(), "a", -1), -1);
         EXPECT_EQ(outstringrs232(port.get(), nullptr, 1), -1);
         EXPECT_EQ(reports.take(), lines(2, "Cannot write to comm port."));
     }
 }
 
-TEST_F(Inrs232rdy, CountsTheBytesThatWait)
+TEST_F(Rs232, ShowsThatTheLineIsHeldUntilItIsLetGo)
 {
-    Reports reports;
-    const Port port = opened();
-    outstringrs232(port.get(), "abcde", 5);
-    EXPECT_TRUE(soon(inrs232rdy, port, 5));
-    for (int left = 4; left >= 0; --left) {
-        EXPECT_EQ(inbrs232(port.get()), "edcba"[left]);
-        EXPECT_EQ(inrs232rdy(port.get()), left);
-    }
-    const auto start = steady_clock::now();
-    EXPECT_EQ(inbrs232(port.get()), no_byte);
-    EXPECT_NEAR(seconds_since(start), 1.7, 0.25);
-    EXPECT_EQ(reports.take(), lines{"Cannot read from comm port."});
-}
-
-TEST_F(Outrs232rdy, ShowsThatTheLineIsHeldUntilItIsLetGo)
-{
-    Reports reports;
     const Port port = opened();
     EXPECT_EQ(outrs232rdy(port.get()), 1);
     const auto held = steady_clock::now();
@@ -172,7 +143,7 @@ TEST_F(Outrs232rdy, ShowsThatTheLineIsHeldUntilItIsLetGo)
     if (on_windows)  // see below
         std::this_thread::sleep_for(std::chrono::milliseconds(500));
     else
-        EXPECT_TRUE(soon(outrs232rdy, port, 0));
+        expect_soon(outrs232rdy, port, 0);
     const auto start = steady_clock::now();
     EXPECT_EQ(outbrs232(port.get(), 'a'), -1);
     EXPECT_NEAR(seconds_since(start), 1.7, 0.25);
@@ -186,18 +157,26 @@ TEST_F(Outrs232rdy, ShowsThatTheLineIsHeldUntilItIsLetGo)
         GTEST_SKIP() << "the emulated host holds the line but does not say so";
 }
 
-TEST_F(Inrs232rdy, FindsALostLineWhichTheNextCallOpensAndConfiguresAgain)
+TEST_F(Rs232, CountsTheBytesThatWaitAndSetsALostLineUpAgain)
 {
     const Port port = opened(17, 64);
     setflowrs232(1);  // the port keeps what it was made with
-    Reports reports;
+    outstringrs232(port.get(), "abc", 3);
+    expect_soon(inrs232rdy, port, 3);
+    for (int left = 2; left >= 0; --left) {
+        EXPECT_EQ(inbrs232(port.get()), "cba"[left]);
+        EXPECT_EQ(inrs232rdy(port.get()), left);
+    }
+    const auto start = steady_clock::now();
+    EXPECT_EQ(inbrs232(port.get()), no_byte);
+    EXPECT_NEAR(seconds_since(start), 1.7, 0.25);
     outbrs232(port.get(), '!');
-    EXPECT_TRUE(soon(inrs232rdy, port, -1));
-    EXPECT_EQ(reports.take(), lines{"Cannot read from comm port."});
+    expect_soon(inrs232rdy, port, -1);
+    EXPECT_EQ(reports.take(), lines(2, "Cannot read from comm port."));
     EXPECT_EQ(settings(port), "115200 115200 2 1 1 17 19");
 }
 
-TEST(Rs232, AnswersForNoPortWithTheFailureValueAlone)
+TEST(Rs232NoPort, IsAnsweredWithTheFailureValueAlone)
 {
     Reports reports;
     alignas(std::max_align_t) char zeros[1024] = {};
