@@ -17,6 +17,7 @@
 #include <string_view>
 #include <type_traits>
 #include <unordered_set>
+#include <utility>
 
 namespace
 {
@@ -156,21 +157,31 @@ std::string full_name(int folder, const char *name)
     return std::string(path, length > 0 ? static_cast<std::size_t>(length) : 0) + "/" + name;
 }
 
-// Passes a result on and puts the step down, without a change of errno.
+// Puts a step down that was made; its memory is nobody's, and errno as before.
+void put_down(file_step::kind call, int descriptor, int folder, const char *name, std::string_view other)
+{
+    if (recorded == nullptr)
+        return;
+    const int error = errno;
+    const bool before = std::exchange(heeded, false);
+    recorded->push_back({call, descriptor, name != nullptr ? full_name(folder, name) : "", std::string(other)});
+    heeded = before;
+    errno = error;
+}
+
+// Passes a result on.
 template <class Result>
 Result record(Result result, file_step::kind call, int descriptor, std::string_view bytes = {})
 {
-    if (result >= 0 && recorded != nullptr)
-        recorded->push_back({call, descriptor, "", std::string(bytes)});
+    if (result >= 0)
+        put_down(call, descriptor, AT_FDCWD, nullptr, bytes);
     return result;
 }
 
 int record(int result, file_step::kind call, int folder, const char *name, std::string_view other = {})
 {
-    const int error = errno;
-    if (result >= 0 && recorded != nullptr)
-        recorded->push_back({call, call == file_step::open ? result : -1, full_name(folder, name), std::string(other)});
-    errno = error;
+    if (result >= 0)
+        put_down(call, call == file_step::open ? result : -1, folder, name, other);
     return result;
 }
 
