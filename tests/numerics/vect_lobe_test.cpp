@@ -71,53 +71,41 @@ TEST(VectLobeWeight, IsExactWhereTheNumbersAre)
         EXPECT_EQ(weight(make({0, 0}, {0, 1}, 2.0 * radius, radius), {1.0 * radius, 0}), 0) << radius;
 }
 
-// In rotated frames of 1 to 64 dimensions, against the formula in terms of the parts of e; and the gradient against
-// differences of the weight; and the shifts.
-TEST(VectLobeWeight, FollowsTheFormulaAndTheGradientFollowsIt)
+// In rotated frames of 1 to 64 dimensions, against the formulas in terms of the parts of e; and the gradient against
+// differences of the weight.
+TEST(VectLobeWeight, FollowsTheFormulaAndTheOthersFollowIt)
 {
     Generator input(1801);
     for (int round = 0; round < 500; ++round) {
         const auto n = static_cast<std::size_t>(round % 64 + 1);
         const Values centre = random_values(input, n, 100), axis = random_values(input, n, 3);
-        const double along = input.between(1, 60), across = input.between(1, 60);
+        const double along = input.between(1, 60), across = input.between(1, 60), size = std::sqrt(dot(axis, axis));
         const Lobe lobe = make(centre, axis, along, across);
+        const auto square = [&](const Values &e) {
+            const double p = dot(axis, e) / size;
+            const Values rest = plus(e, -p / size, axis);
+            return p * p / (along * along) + dot(rest, rest) / (across * across);
+        };
         const Values e = random_values(input, n, 30 / std::sqrt(static_cast<double>(n))), x = plus(centre, 1, e);
-        const double p = dot(axis, e) / std::sqrt(dot(axis, axis));
-        const Values rest = plus(e, -p / std::sqrt(dot(axis, axis)), axis);
-        const double square = p * p / (along * along) + dot(rest, rest) / (across * across);
-        EXPECT_NEAR(weight(lobe, x), square < 1 ? std::pow(1 - square, 3) : 0, 1e-12) << n;
-        const Values slope = gradient(lobe, x), way = random_values(input, n, 1);
+        const int inside = square(e) < 1 ? 1 : 0;
+        const double w = inside * std::pow(1 - square(e), 3);
+        EXPECT_NEAR(weight(lobe, x), w, 1e-12) << n;
+        const Values way = random_values(input, n, 1);
         const double h = 1e-5, change = weight(lobe, plus(x, h, way)) - weight(lobe, plus(x, -h, way));
-        EXPECT_NEAR(dot(slope, way), change / (2 * h), 1e-6) << n;
+        EXPECT_NEAR(dot(gradient(lobe, x), way), change / (2 * h), 1e-6) << n;
+        EXPECT_NEAR(vect_lobe_limit(lobe.get(), way.data()) * std::sqrt(square(way)), 0.5823093691405702, 1e-12) << n;
         Values shifted(n), stretched(n);
-        const int inside = square < 1 ? 1 : 0;
         EXPECT_EQ(vect_lobe_stretch(lobe.get(), way.data(), x.data(), shifted.data()), inside) << n;
         EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), 1.75, x.data(), stretched.data()), inside) << n;
-        shifted = plus(plus(shifted, -1, x), -weight(lobe, x), way);
-        stretched = plus(plus(stretched, -1, x), -0.75 * weight(lobe, x), e);
-        EXPECT_LT(dot(shifted, shifted), 1e-20) << n;
-        EXPECT_LT(dot(stretched, stretched), 1e-20) << n;
+        for (const Values &left : {plus(plus(shifted, -1, x), -w, way), plus(plus(stretched, -1, x), -0.75 * w, e)})
+            EXPECT_LT(dot(left, left), 1e-20) << n;
     }
 }
 
-// Where the points on the line through the centre no longer keep their order.
-TEST(VectLobeLimit, IsWhereTheMapBeginsToFold)
+TEST(VectLobeLimit, NeitherOverflowsNorUnderflowsOnTheWay)
 {
-    Generator input(1802);
-    for (int round = 0; round < 40; ++round) {
-        const Values centre{60, 60, 40}, axis{0, 60, 40}, shift = random_values(input, 3, 20);
-        const Lobe lobe = make(centre, axis, 60, 25);
-        const double limit = vect_lobe_limit(lobe.get(), shift.data());
-        double steepest = 0;
-        for (int i = 0; i < 2000; ++i) {
-            const Values x = plus(centre, input.between(-2, 2) * limit, shift);
-            steepest = std::min(steepest, dot(shift, gradient(lobe, x)));
-        }
-        EXPECT_NEAR(limit * steepest, -1, 0.02);
-    }
-    // A ball of radius 10: no overflow or underflow on the way.
     const Lobe ball = make({0, 0}, {}, 10, 10);
-    for (const double length : {1e-310, 1e-170, 1e-10, 1.0, 1e160, 1e308})
+    for (const double length : {1e-310, 1e-170, 1e160, 1e308})
         EXPECT_DOUBLE_EQ(vect_lobe_limit(ball.get(), Values{0, length}.data()) * 0.1, 0.5823093691405702 / length);
     EXPECT_EQ(vect_lobe_limit(ball.get(), Values{0, 0}.data()), HUGE_VAL);
     EXPECT_TRUE(std::isnan(vect_lobe_limit(ball.get(), Values{HUGE_VAL, 0}.data())));
@@ -144,9 +132,9 @@ TEST(VectLobe, RefusesWhatIsNoLobeNoShiftAndNoFactor)
     }
     const Lobe lobe = make({0, 0}, {1, 0}, 10, 5);
     Values out{8, 8};
-    for (const double odd : {quiet, HUGE_VAL}) {
-        EXPECT_EQ(vect_lobe_stretch(lobe.get(), Values{1, odd}.data(), one.data(), out.data()), -1);
-        EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), odd, one.data(), out.data()), -1);
+    for (const Values &odd : {bad, endless}) {
+        EXPECT_EQ(vect_lobe_stretch(lobe.get(), odd.data(), one.data(), out.data()), -1);
+        EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), odd[0] + odd[1], one.data(), out.data()), -1);
         EXPECT_EQ(reports.take(),
                   (teska_test::lines{"vect_lobe_stretch: illegal shift", "vect_lobe_stretch_rel: illegal factor"}));
     }
@@ -192,9 +180,8 @@ TEST(VectNormalise, MakesTheLengthOneWhateverTheSize)
         const double length = vect_normalise(v.data(), static_cast<int>(n));
         EXPECT_NEAR(std::ldexp(length, -exponent) / former, 1, 1e-14);
         // The square of the length less 1, with what rounding takes from the sum.
-        double sum = -1, lost = 0;
+        double sum = -1, lost = 0, of_product = 0, of_sum = 0;
         for (const double x : v) {
-            double of_product = 0, of_sum = 0;
             sum = teska::exact::sum(sum, teska::exact::product(x, x, of_product), of_sum);
             lost += of_product + of_sum;
         }
@@ -204,20 +191,20 @@ TEST(VectNormalise, MakesTheLengthOneWhateverTheSize)
 
 TEST(VectNormalise, ReachesTheEndsOfDoublesAndLeavesTheRest)
 {
-    const std::tuple<Values, Values, double> rows[] = {
-        {{5e-324, 0}, {1, 0}, 5e-324},
-        {{-1.7e308, 1.7e308, 0}, {-std::sqrt(0.5), std::sqrt(0.5), 0}, HUGE_VAL},
-        {{0, -0.0}, {0, -0.0}, 0},
-        {{HUGE_VAL, 1}, {HUGE_VAL, 1}, HUGE_VAL},
-        {{}, {}, 0}};
+    const double half = std::sqrt(0.5);
+    const std::tuple<Values, Values, double> rows[] = {{{5e-324, 0}, {1, 0}, 5e-324},
+                                                       {{-1.7e308, 1.7e308, 0}, {-half, half, 0}, HUGE_VAL},
+                                                       {{0, -0.0}, {0, -0.0}, 0},
+                                                       {{HUGE_VAL, 7}, {HUGE_VAL, 7}, HUGE_VAL},
+                                                       {{-HUGE_VAL, 7, quiet}, {-HUGE_VAL, 7, quiet}, quiet},
+                                                       {{}, {}, 0}};
+    using testing::PrintToString;
     for (const auto &[in, out, length] : rows) {
         Values v = in;
-        EXPECT_EQ(vect_normalise(v.data(), static_cast<int>(v.size())), length);
-        for (std::size_t i = 0; i < v.size(); ++i)
-            EXPECT_DOUBLE_EQ(v[i], out[i]) << testing::PrintToString(in);
+        EXPECT_EQ(PrintToString(vect_normalise(v.data(), static_cast<int>(v.size()))), PrintToString(length));
+        EXPECT_EQ(PrintToString(v), PrintToString(out));
     }
-    Values v{-HUGE_VAL, 7, quiet};
-    EXPECT_TRUE(std::isnan(vect_normalise(v.data(), 3)));
-    EXPECT_EQ(vect_normalise(v.data() + 1, -1), 0);
-    EXPECT_EQ(v[1], 7);
+    double untouched[] = {7, quiet};
+    EXPECT_EQ(vect_normalise(untouched, -1), 0);
+    EXPECT_EQ(untouched[0], 7);
 }
