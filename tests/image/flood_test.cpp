@@ -98,19 +98,6 @@ TEST(FloodDo, FillsRandomRegionsToTheirEnds)
     EXPECT_EQ(calls.value(), 0xe8a330614eca9fa7U) << "another order";
 }
 
-// The arms from above and from below meet in row 4, where a shadow ends to the left of the run.
-TEST(FloodDo, DoesNotPassACorner)
-{
-    Drawing d{{"##.....##", "##.###...", "...#####.", ".####....", "..######.", "#...#.#.#", "###.#..##", "###..#.##",
-               "####...##"}};
-    std::vector<std::string> filled = d.rows;
-    for (std::string &row : filled)
-        std::replace(row.begin(), row.end(), '.', 'o');
-    filled[5][7] = '.';
-    d.fill_from(1, 4);
-    EXPECT_EQ(d.rows, filled);
-}
-
 TEST(FloodDo, EndsAtTheEdgesOfThePlane)
 {
     for (const int corner : {INT_MIN, INT_MAX - 1}) {

@@ -12,6 +12,7 @@
 #include <cfloat>
 #include <climits>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <numeric>
@@ -58,38 +59,30 @@ int feed(izat *z, const unsigned short *line, unsigned short **out) { return iza
 int feed(izoom *z, const unsigned char *line, unsigned char **out) { return izoom_line_b(z, line, out); }
 int feed(izoom *z, const unsigned short *line, unsigned short **out) { return izoom_line(z, line, out); }
 
-// Collects the destination lines, all of which are handed out in the same buffer.
-template <class Sample>
-struct Collector {
-    std::vector<Sample> line;
-    std::vector<Sample> all;
-    Numbers numbers;
-
-    static void add(void *context, int number)
-    {
-        auto *const own = static_cast<Collector *>(context);
-        own->numbers.push_back(number);
-        own->all.insert(own->all.end(), own->line.begin(), own->line.end());
-    }
-};
-
-// A whole image, components side by side; every line is handed out once, in order.
+// A whole image, components side by side; every line is handed out once, in order, all of them at one place of the
+// buffer that is fed: behind the line, or over it.
 template <class Sample, class Record>
-std::vector<Sample> zoomed(Record *record, const std::vector<Sample> &image, Size from, Size to, int components)
+std::vector<Sample> zoomed(Record *record, const std::vector<Sample> &image, Size from, Size to, int n, int place = -1)
 {
-    Collector<Sample> collector;
-    collector.line.resize(static_cast<std::size_t>(to.width) * static_cast<std::size_t>(components));
-    EXPECT_EQ(start(record, components, from, to, Collector<Sample>::add, &collector, components, components), 1);
+    const int width = from.width * n, made = to.width * n, first = place < 0 ? width : place;
+    std::vector<Sample> buffer(static_cast<std::size_t>(std::max(width, first + made))), all;
+    Numbers numbers, in_order(static_cast<std::size_t>(to.lines));
+    const std::function<void(int)> add = [&](int number) {
+        numbers.push_back(number);
+        all.insert(all.end(), buffer.begin() + first, buffer.begin() + first + made);
+    };
+    const auto call = [](void *f, int number) { (*static_cast<const std::function<void(int)> *>(f))(number); };
+    EXPECT_EQ(start(record, n, from, to, call, const_cast<std::function<void(int)> *>(&add), n, n), 1);
     int handed = 0;
-    for (int y = 0; y < from.lines; ++y) {
-        Sample *out = collector.line.data();
-        handed += feed(record, image.data() + static_cast<std::ptrdiff_t>(y) * from.width * components, &out);
+    for (auto line = image.begin(); line != image.end(); line += width) {
+        std::copy(line, line + width, buffer.begin());
+        Sample *out = buffer.data() + first;
+        handed += feed(record, buffer.data(), &out);
     }
-    Numbers all(static_cast<std::size_t>(to.lines));
-    std::iota(all.begin(), all.end(), 0);
-    EXPECT_EQ(collector.numbers, all);
+    std::iota(in_order.begin(), in_order.end(), 0);
+    EXPECT_EQ(numbers, in_order);
     EXPECT_EQ(handed, to.lines);
-    return collector.all;
+    return all;
 }
 
 template <class Sample>
@@ -205,27 +198,10 @@ void compare_with_definition(std::uint64_t seed)
         const Zoom z = new_zoom(kernel);
         if (part)
             izat_window_set(z.get(), w.left, w.top, w.width, w.height);
-        EXPECT_EQ(zoomed(z.get(), image, from, to, n), expected)
-            << "kernel " << kernel << ", " << n << " components, " << from.width << " x " << from.lines << " to "
-            << to.width << " x " << to.lines << ", round " << round;
-        for (int place = 0; n == 1 && place < 400; place += 133) {
-            Collector<Sample> collector;
-            ASSERT_EQ(start(z.get(), 1, from, to, Collector<Sample>::add, &collector, 1, 1), 1);
-            const auto width = static_cast<std::size_t>(to.width);
-            for (auto at = image.begin(); at != image.end(); at += from.width) {
-                collector.line.assign(at, at + from.width);
-                collector.line.resize(std::max(collector.line.size(), static_cast<std::size_t>(place) + width));
-                Sample *out = collector.line.data() + place;
-                feed(z.get(), collector.line.data(), &out);
-            }
-            const std::size_t stored = collector.line.size();
-            ASSERT_EQ(collector.all.size(), stored * collector.numbers.size());
-            for (std::size_t y = 0; y < collector.numbers.size(); ++y)
-                EXPECT_TRUE(std::equal(expected.begin() + static_cast<std::ptrdiff_t>(y * width),
-                                       expected.begin() + static_cast<std::ptrdiff_t>((y + 1) * width),
-                                       collector.all.begin() + static_cast<std::ptrdiff_t>(y * stored) + place))
-                    << "line " << y << " of " << to.width << " at " << place;
-        }
+        for (const int place : n == 1 ? Numbers{-1, 0, 133, 266, 399} : Numbers{-1})
+            EXPECT_EQ(zoomed(z.get(), image, from, to, n, place), expected)
+                << "kernel " << kernel << ", " << n << " components, " << from.width << " x " << from.lines << " to "
+                << to.width << " x " << to.lines << ", round " << round << ", at " << place;
     }
 }
 
@@ -243,17 +219,15 @@ TEST(IzatLine, GivesTheSameBytesAtEveryLevel)
     Generator input(5);
     const Size from{90, 400};
     const auto image = random_image<unsigned char>(input, from, 1);
-    std::vector<std::vector<unsigned char>> defined;
-    at_every_level([&](teska::simd_level level) {
-        std::size_t made = 0;
-        for (const int width : {200, 240, 290, 350, 700})
-            for (int kernel = 0; kernel < kernels; ++kernel, ++made) {
-                const auto zoomed_now = zoomed(new_zoom(kernel).get(), image, from, {130, width}, 1);
-                if (level == teska::simd_level::scalar)
-                    defined.push_back(zoomed_now);
-                EXPECT_TRUE(zoomed_now == defined[made]) << "kernel " << kernel << " to " << width;
-            }
-    });
+    for (const int width : {200, 240, 290, 350, 700})
+        for (int kernel = 0; kernel < kernels; ++kernel) {
+            std::vector<unsigned char> first;
+            at_every_level([&](teska::simd_level) {
+                const auto made = zoomed(new_zoom(kernel).get(), image, from, {130, width}, 1);
+                first = first.empty() ? made : first;
+                EXPECT_TRUE(made == first) << "kernel " << kernel << " to " << width;
+            });
+        }
 }
 
 // Pixels are means of a wave over their extent. By area that is so again, but for the pixels at both ends of it, which
