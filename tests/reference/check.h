@@ -1,10 +1,12 @@
 /* check - what the programs of the examples say about values
  *
- * A paragraph of statements stands in a block of its own, in which `seen` counts from 0. A program defines what is to
- * be done at its dots (DOTS_1, DOTS_2 ..) and THEN, at its end.
+ * A paragraph of statements is a macro, a block of its own in which `seen` counts from 0: x_1(what is to be done at its
+ * dots.., at its end).
  */
 #ifndef TESKA_TESTS_REFERENCE_CHECK_H
 #define TESKA_TESTS_REFERENCE_CHECK_H
+#include "extracted.h"
+
 #include <math.h>
 #include <stdio.h>
 #include <stdlib.h>

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Writes the examples of the public headers as sources, for the programs in this folder to include.
+"""Writes the examples of the public headers as macros, for the programs in this folder to use.
 
     extract.py <folder> [--check]
 
-Paragraph k of the examples in x.h becomes x_<k>.inc, statements as a block that ends with THEN. A remark on the right
-becomes a comment, "..." becomes DOTS_1, DOTS_2 .., which a program defines as what its reader would write there. With
---check a header with an example that no program includes is an error.
+Paragraph k of the examples in x.h becomes x_<k>(DOTS_1, DOTS_2 .., THEN) in <folder>/extracted.h, statements as a block:
+a program gives what its reader would write at each "..." of it, and what is to be done at the end. What a macro cannot
+hold, its directives, is in directives.h. With --check a header with an example that no program uses is an error.
 """
 
 import re
@@ -20,55 +20,51 @@ from doxygen_filter import Library
 from header_comments import code_and_text, cut_remark, indented_blocks
 
 
-def as_source(lines):
-    """A paragraph as the text of a file."""
+def as_macro(name, lines):
+    """A paragraph as a macro of that name."""
     names = []
 
     def dots(match):
         names.append(f"DOTS_{len(names) + 1}")
         return f"{match[1]}{names[-1]}{'' if match[2].startswith(';') else ';'}{match[2]}"
 
-    text = ""
-    for line in lines:
-        code, remark = cut_remark(line)
-        code = re.sub(r"(.*?)(?<!\.)\.\.\.(?!\.)(.*)", dots, code, count=1)
-        text += f"{code} /* {remark} */\n" if remark else f"{code}\n"
-    if not DEFINITION.match(text):
-        text = f"{{\nseen = 0;\n{text}THEN;\n}}\n"
-        names.append("THEN")
-    defaults = "".join(f"#ifndef {name}\n#    define {name} ((void)0)\n#endif\n" for name in names)
-    return defaults + text + "".join(f"#undef {name}\n" for name in names)
+    text = [re.sub(r"(.*?)(?<!\.)\.\.\.(?!\.)(.*)", dots, cut_remark(line)[0], count=1) for line in lines
+            if line[0] != "#"]
+    if not DEFINITION.match(text[0]):
+        names.append("...")
+        text = ["{", "seen = 0;", *text, "__VA_ARGS__;", "}"]
+    return " \\\n    ".join([f"#define {name}({', '.join(names)})", *text]) + "\n"
 
 
 def examples(library):
-    """Header -> the texts of its paragraphs."""
+    """Name of each paragraph -> its lines."""
+    found = {}
     for header in library.headers:
-        found = []
+        k = 0
         for comment in header.comments:
             if comment.access == "private" or comment.kind in ("trailing", "inner"):
                 continue
             for block in indented_blocks(header.elements(comment)):
                 for lines, is_code in code_and_text(block, library.names):
                     if is_code:
-                        found.append(as_source(lines))
-        if found:
-            yield header.path.stem, found
+                        k += 1
+                        found[f"{header.path.stem}_{k}"] = lines
+    return found
 
 
 def main(folder, check):
-    folder.mkdir(parents=True, exist_ok=True)
     programs = "".join(path.read_text() for path in sorted((HERE / "examples").glob("*.c*")))
-    faults = 0
-    for name, texts in examples(Library()):
-        for k, text in enumerate(texts, 1):
-            target = folder / f"{name}_{k}.inc"
-            if not target.exists() or target.read_text() != text:
-                target.write_text(text)
-            if not re.search(rf'# *include "{re.escape(target.name)}"', programs):
-                if check:
-                    print(f"no program of tests/reference/examples includes example {k} of {name}.h:\n{text}")
-                faults += 1
-    return 1 if faults and check else 0
+    found = examples(Library())
+    unused = [name for name in found if not re.search(rf"\b{name}\(", programs)]
+    if check:
+        for name in unused:
+            print(f"no program of tests/reference/examples uses example {name}:", *found[name], sep="\n")
+        return 1 if unused or not found else 0
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / "extracted.h").write_text("".join(as_macro(*example) for example in found.items()))
+    directives = [line for lines in found.values() for line in lines if line[0] == "#"]
+    (folder / "directives.h").write_text("\n".join(directives) + "\n")
+    return 0
 
 
 if __name__ == "__main__":

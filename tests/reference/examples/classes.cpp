@@ -4,17 +4,18 @@
 #include "teska_files.h"
 #include "teska_geometry.h"
 #include "teska_numerics.h"
-#include "ttriangulartopsurface_1.inc"
 
 #include <new>
 #include <vector>
 
+ttriangulartopsurface_1();
+
 namespace
 {
 
-#include "tlist_1.inc"
+tlist_1();
 void close_font(void *) { ++seen; }
-#include "tobjfac_1.inc"
+tobjfac_1();
 
 struct Lab {
     double L, a, b;
@@ -28,7 +29,7 @@ int guarded_step()
 {
     const int busy = 1;
     reference_make_folder("profiles");
-#include "tcriticsect_1.inc"
+    tcriticsect_1();
     return 0;
 }
 
@@ -48,46 +49,22 @@ EXAMPLES(classes)
     Dot screen[3] = {{1, 1}, {2, 2}, {50, 50}};
     const Dot mouse = {2.5, 2};
     Fonts fonts;
-    // The values of a table live as long as some copy may.
-#define DOTS_1 values.assign(values.size(), 0.25f)
-#define THEN                                                                                                           \
-    NEAR(ink[0], 0.25, 1e-6);                                                                                          \
-    static const CLUT copy(table);                                                                                     \
-    CHECK(copy.NumPoints() == 17 * 17 * 17)
-#include "clut_1.inc"
-#define DOTS_1 CHECK(0)
-#define THEN CHECK(ink == "cyan")
-#include "fdstream_1.inc"
-#define DOTS_1 CHECK(0)
-#include "filepacker_1.inc"
-#define DOTS_1 CHECK(++seen == 1), CHECK(bytes == 4), CHECK(strcmp(name, "index.txt") == 0)
-#define DOTS_2 CHECK(0)
-#define THEN CHECK(seen == 1)
-#include "filepacker_2.inc"
-#define DOTS_1 CHECK(0)
-#define DOTS_2 ++seen
-#define THEN CHECK(seen)
-#include "tconvexhull_1.inc"
+    /* The values of a table live as long as some copy may. */
+    clut_1(values.assign(values.size(), 0.25f), NEAR(ink[0], 0.25, 1e-6); static const CLUT copy(table);
+           CHECK(copy.NumPoints() == 17 * 17 * 17));
+    fdstream_1(CHECK(0), CHECK(ink == "cyan"));
+    filepacker_1(CHECK(0));
+    filepacker_2((CHECK(++seen == 1), CHECK(bytes == 4), CHECK(strcmp(name, "index.txt") == 0)), CHECK(0),
+                 CHECK(seen == 1));
+    tconvexhull_1(CHECK(0), ++seen, CHECK(seen));
     CHECK(guarded_step() == 0);
-#define THEN CHECK(root > sample), CHECK(results[0] < results[1])
-#include "tfastpow_1.inc"
-#define DOTS_1 ++seen
-#define THEN CHECK(seen == 1), CHECK(inks.Count() == 0)
-#include "tlist_2.inc"
-#define DOTS_1 ++object
-#define THEN CHECK(object == 1), CHECK(seen == 1)
-#include "tobjfac_2.inc"
-#define THEN NEAR_3(lab, 0.01, 100, 53.03, 53.03), CHECK(x == 150), CHECK(y == 0)
-#include "tplane_1.inc"
-#define DOTS_1 CHECK(hit.item == &screen[1]), ++seen
-#define THEN CHECK(seen == 1), CHECK(canvas == 3)
-#include "tquadtree_1.inc"
-#define THEN CHECK(first >= 0 && first <= 1), CHECK(replay.Generate() == noise.Generate())
-#include "tran3_1.inc"
+    tfastpow_1(CHECK(root > sample), CHECK(results[0] < results[1]));
+    tlist_2(++seen, CHECK(seen == 1), CHECK(inks.Count() == 0));
+    tobjfac_2(++object, CHECK(object == 1), CHECK(seen == 1));
+    tplane_1(NEAR_3(lab, 0.01, 100, 53.03, 53.03), CHECK(x == 150), CHECK(y == 0));
+    tquadtree_1((CHECK(hit.item == &screen[1]), ++seen), CHECK(seen == 1), CHECK(canvas == 3));
+    tran3_1(CHECK(first >= 0 && first <= 1), CHECK(replay.Generate() == noise.Generate()));
     for (int i = 0; i < 3000; ++i)
         lab[i] = i % 3 == 0 ? 50 : 5;
-#define DOTS_1 CHECK(penalty[0] == 0), object = 7
-#define DOTS_2 ++seen
-#define THEN CHECK(object == 7), CHECK(seen > 0)
-#include "ttriangulartopsurface_2.inc"
+    ttriangulartopsurface_2((CHECK(penalty[0] == 0), object = 7), ++seen, CHECK(object == 7), CHECK(seen > 0));
 }

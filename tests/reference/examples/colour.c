@@ -16,38 +16,28 @@ EXAMPLES(colour)
     const unsigned char tags[2] = {0, 2};
     {
         POINTS(double, const double);
-#define DOTS_1 EACH(17 * 17 * 17 * 4, values[i] = 0.25f)
-#define THEN NEAR(result[3], 0.25, 1e-6), CHECK(table == NULL)
-#include "clut_table_1.inc"
+        clut_table_1(EACH(17 * 17 * 17 * 4, values[i] = 0.25f), NEAR(result[3], 0.25, 1e-6), CHECK(table == NULL));
     }
     {
         POINTS(unsigned char, void);
         md_tetrab *table = md_tetrab_new(3, 4, 2);
         const int64_t shape[2] = {1, 2}, in_strides[2] = {6, 3}, out_strides[2] = {8, 4};
         void **rgb = in, *cmyk[4] = {out[0], out[1], out[2], out[3]};
-#define THEN EACH(8, CHECK(result[i] == 0))
-#include "convert_rows_1.inc"
+        convert_rows_1(EACH(8, CHECK(result[i] == 0)));
         md_tetrab_kill(table);
     }
     {
         POINTS(unsigned char, unsigned char);
-#define DOTS_1 cmyk[0] = cmyk[1] = cmyk[2] = cmyk[3] = 9
-#define THEN EACH(8, CHECK(result[i] == 9))
-#include "md_tetrab_1.inc"
+        md_tetrab_1(cmyk[0] = cmyk[1] = cmyk[2] = cmyk[3] = 9, EACH(8, CHECK(result[i] == 9)));
     }
     {
         POINTS(double, double);
-#define DOTS_1 lab[0]
-#define THEN NEAR(result[0], 50, 1e-9)
-#include "md_tetrad_1.inc"
+        md_tetrad_1(lab[0], NEAR(result[0], 50, 1e-9));
     }
     {
         POINTS(unsigned short, const unsigned short);
-#define DOTS_1 cmyk[0] = cmyk[1] = cmyk[2] = cmyk[3] = 9
-#define THEN EACH(8, CHECK(result[i] == 9))
-#include "md_tetras_1.inc"
-#define DOTS_1 EACH(size, data[i] = (unsigned short)(100 * (k + 1)))
-#define THEN EACH(8, CHECK(result[i] == (i < 4 ? 100 : 300)))
-#include "mmd_tetras_1.inc"
+        md_tetras_1(cmyk[0] = cmyk[1] = cmyk[2] = cmyk[3] = 9, EACH(8, CHECK(result[i] == 9)));
+        mmd_tetras_1(EACH(size, data[i] = (unsigned short)(100 * (k + 1))),
+                     EACH(8, CHECK(result[i] == (i < 4 ? 100 : 300))));
     }
 }

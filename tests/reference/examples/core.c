@@ -3,25 +3,23 @@
 
 static int page_bytes(void *pages, int id) { return pages == NULL ? 100 + id : 0; }
 static void page_read(void *pages, int id, void *to) { ++seen, memset(to, id, (size_t)page_bytes(pages, id)); }
-#include "cache_1.inc"
-#include "error_mess_3.inc"
+cache_1();
+error_mess_3();
 #define log_line(line) (seen += line != NULL) /* the function has two arguments */
 static void append(char *text, const char *line) { strcpy(text, line); }
 static void show_line(void *window, const char *line) { *(int *)window += line != NULL; }
-
-#include "hash_tab_1.inc"
+hash_tab_1();
 struct job {
     int number;
 };
 static void run(const struct job *job) { seen += job->number; }
 static int width_of(int column) { return column; }
-
 struct plate {
     char *name;
 };
 static int plate(void)
 {
-#include "rom_1.inc"
+    rom_1(, );
     return 0;
 }
 
@@ -35,36 +33,24 @@ EXAMPLES(core)
     struct job job = {5};
     char text[600] = "";
     const char *line;
-#define THEN CHECK(page != NULL), CHECK(next != NULL), CHECK(seen == 2)
-#include "cache_2.inc"
-#define THEN CHECK(total == 4950)
-#include "dynar_1.inc"
+    cache_2(CHECK(page != NULL), CHECK(next != NULL), CHECK(seen == 2));
+    dynar_1(CHECK(total == 4950));
     list_rec *list = list_new(1, 4, NULL);
-#define THEN CHECK(list != NULL), CHECK(seen == 0), list_kill(list)
-#include "error_mess_1.inc"
-#define THEN CHECK(list_num(list) == 1), CHECK(text[0] == 0), list_kill(list)
-#include "error_mess_2.inc"
-#define THEN error_set_handler(NULL, NULL, NULL)
-#include "error_mess_4.inc"
-#include "error_mess_5.inc"
-    error_mess_fl("for the window", __FILE__, __LINE__);
-    CHECK(window == 1);
+    error_mess_1(CHECK(list != NULL), CHECK(seen == 0), list_kill(list));
+    error_mess_2(CHECK(list_num(list) == 1), CHECK(text[0] == 0), list_kill(list));
+    error_mess_4(error_set_handler(NULL, NULL, NULL));
+    error_mess_5(error_mess_fl("for the window", __FILE__, __LINE__), CHECK(window == 1));
     error_set_thread_handler(NULL, NULL, NULL);
     error_set_thread(TESKA_ERROR_PROCESS_WIDE);
-#define THEN CHECK(table == NULL), CHECK(slots >= 500)
-#include "hash_tab_2.inc"
-#define DOTS_1 CHECK(0)
-#define THEN CHECK(seen == 5)
-#include "itemfifo_1.inc"
-#define DOTS_1 CHECK(0)
-#include "list_1.inc"
+    hash_tab_2(CHECK(table == NULL), CHECK(slots >= 500));
+    itemfifo_1(CHECK(0), CHECK(seen == 5));
+    list_1(CHECK(0));
     CHECK(plate() == 0);
-#define THEN CHECK(passed >= 19), CHECK(passed < 5000)
-#include "teska_time_1.inc"
-
+    teska_time_1(CHECK(passed >= 19), CHECK(passed < 5000));
     CHECK(teska_version_number() == TESKA_VERSION_NUMBER);
     /* As if the headers were those of a later version. */
 #undef TESKA_VERSION_NUMBER
 #define TESKA_VERSION_NUMBER TESKA_VERSION_NUMBER_OF(9, 0, 0)
-#include "teska_version_1.inc"
+#include "directives.h"
+    teska_version_1();
 }

@@ -1,6 +1,6 @@
 #include "check.h"
 #include "teska_geometry.h"
-#include "top_surface_1.inc"
+top_surface_1();
 
 /* A tetrahedron around (50, 10, 10). */
 static int add_corners(list_rec *points)
@@ -26,34 +26,25 @@ EXAMPLES(geometry)
         }
         press(user, device, lab[i]);
     }
-#define DOTS_1 CHECK(dist > 0), ++seen
-#define THEN CHECK(seen)
-#include "clg_1.inc"
+    clg_1((CHECK(dist > 0), ++seen), CHECK(seen));
     for (i = 0; i < 1485; ++i)
         for (k = 0; k < 3; ++k)
             measured[i][k] = (k == 0 ? i % 11 : k == 1 ? i / 11 % 15 : i / 165) * 10;
-    convex_hull *gamut = NULL;
 #define convex_hull_get_face(hull, face, c) (++seen, convex_hull_get_face(hull, face, c))
-#define THEN CHECK(seen >= 12), NEAR(dist, 20, 1e-9), NEAR(printable[2], 80, 1e-9)
-#include "convex_hull_1.inc"
-    gamut = convex_hull_new();
-#include "convex_hull_2.inc"
+    convex_hull_1(CHECK(seen >= 12), NEAR(dist, 20, 1e-9), NEAR(printable[2], 80, 1e-9));
+    convex_hull *gamut = convex_hull_new();
+    convex_hull_2();
     convex_hull_kill(gamut);
-#define THEN NEAR(dist, 5, 1e-12), NEAR_3(r.point, 1e-12, 2, 3, 0), NEAR_3(r.weight, 1e-12, 0.5, 0.2, 0.3)
-#include "proj_1.inc"
+    proj_1(NEAR(dist, 5, 1e-12), NEAR_3(r.point, 1e-12, 2, 3, 0), NEAR_3(r.weight, 1e-12, 0.5, 0.2, 0.3));
 #define list_insert(points, black) (list_insert(points, black), seen = add_corners(points))
-#define THEN CHECK(seen == 5), CHECK(t != NULL), CHECK(w[0] >= 0 && w[1] >= 0 && w[2] >= 0 && w[0] + w[1] + w[2] <= 1)
-#include "tetra_1.inc"
+    tetra_1(CHECK(seen == 5), CHECK(w[0] >= 0 && w[1] >= 0 && w[2] >= 0 && w[0] + w[1] + w[2] <= 1));
 #undef list_insert
     {
         double *lab = colours[0];
-#define DOTS_1 ++seen
-#define THEN CHECK(seen), CHECK(penalty[0] == 0)
-#include "top_surface_2.inc"
+        top_surface_2(++seen, CHECK(seen), CHECK(penalty[0] == 0));
     }
     list_rec *points = list_new(10, sizeof(tetra_point), 0);
     add_corners(points);
-#define THEN CHECK(remove("edges.txt") == 0), tetra_volume_kill(gamut)
-#include "volume_export_1.inc"
+    volume_export_1(CHECK(remove("edges.txt") == 0), tetra_volume_kill(gamut));
     list_kill(points);
 }

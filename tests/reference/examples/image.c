@@ -1,25 +1,21 @@
 #include "check.h"
 #include "teska_image.h"
 
-#define DOTS_1 ++seen, (void)component
-#include "fir_1.inc"
+fir_1((++seen, (void)component));
 struct picture {
     int width, height, old;
     unsigned char *row[32];
 };
-#define DOTS_1 seen += xLast - xFirst + 1, memset(((struct picture *)user)->row[y] + xFirst, 1, xLast - xFirst + 1u)
-#include "flood_1.inc"
+flood_1((seen += xLast - xFirst + 1, memset(((struct picture *)user)->row[y] + xFirst, 1, xLast - xFirst + 1u)));
 static void write_component(int k, const unsigned char *line)
 {
     CHECK(k >= 0 && k < 3), CHECK(line[1000] == 50), ++seen;
 }
-#include "fusm_1.inc"
+fusm_1();
 #define consume consume_line
-#define DOTS_1 ++*(int *)context, (void)line
-#include "izat_1.inc"
+izat_1((++*(int *)context, (void)line));
 #undef consume
-#define DOTS_1 ++seen, (void)component
-#include "ibilin_1.inc"
+ibilin_1((++seen, (void)component));
 
 EXAMPLES(image)
 {
@@ -33,25 +29,18 @@ EXAMPLES(image)
     rows[8][3] = 1;
     memset(image, 50, sizeof image);
     memset(rgb, 90, sizeof rgb);
-#define THEN CHECK(seen == 3 * height)
-#include "fir_2.inc"
-#define THEN CHECK(seen == 32 * 32 - 1)
-#include "flood_2.inc"
-#define THEN CHECK(seen == 3 * lines)
-#include "fusm_2.inc"
-#define THEN CHECK(seen == 3 * dstLines), CHECK(row[2][dstWidth - 1] == 90)
-#include "ibilin_2.inc"
+    fir_2(CHECK(seen == 3 * height));
+    flood_2(CHECK(seen == 32 * 32 - 1));
+    fusm_2(CHECK(seen == 3 * lines));
+    ibilin_2(CHECK(seen == 3 * dstLines), CHECK(row[2][dstWidth - 1] == 90));
     {
         unsigned char *row = made[0];
 #define consume consume_line
-#define THEN CHECK(job == dstLines), CHECK(row[3 * dstWidth - 1] == 90)
-#include "izat_2.inc"
+        izat_2(CHECK(job == dstLines), CHECK(row[3 * dstWidth - 1] == 90));
     }
     unsigned char *pixels = malloc(6000u * 4000u * 3), *result = calloc(1500u * 1000u, 3);
     memset(pixels, 77, 6000u * 4000u * 3);
-#define DOTS_1 ++seen /* refused */
-#define THEN CHECK(!seen), CHECK(result[1500u * 1000u * 3 - 1] == 77)
-#include "whole_image_1.inc"
+    whole_image_1(CHECK(0), CHECK(result[1500u * 1000u * 3 - 1] == 77));
     free(pixels);
     free(result);
 }
