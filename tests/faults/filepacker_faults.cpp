@@ -115,6 +115,10 @@ TEST(FilePackerFaults, UnpackedFilesAreWholeOrNotThere)
         fire();
         const int code = packed.unpack();
         const bool fired = disarm() > 0;
+        char text[160];
+        EXPECT_EQ(packed.packer->GetError(text), code);
+        const std::string written = "FilePacker error 7: Cannot write output file: " + packed.target + "\\";
+        EXPECT_EQ(std::string(text).starts_with(written), code == 7) << text;
         EXPECT_TRUE(fired || code == 0);
         unnoticed += fired && code == 0;
         for (unsigned i = 0; i < 3; ++i) {
