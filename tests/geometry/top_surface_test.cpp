@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <top_surface.h>  // not the helper of this folder
 
+#include <algorithm>
+#include <array>
 #include <memory>
 
 using teska_test::lines, teska_test::Reports;
@@ -27,47 +29,43 @@ struct Press {
     const int counts[4] = {3, 3, 3, 3};
 };
 
+using T = TTriangularTopSurface;
+
 TEST(TopSurface, SaysWhatTheClassSays)
 {
     Press press;
     const std::unique_ptr<top_surface, top_surface *(*)(top_surface *)> top(
         top_surface_new(4, press.levels, press.counts, 0, ink, nullptr, 61), top_surface_kill);
     ASSERT_NE(top, nullptr);
-    TTriangularTopSurface model(4, press.levels, press.counts, &press, 0, ink, 61, 61);
+    T model(4, press.levels, press.counts, &press, 0, ink, 61, 61);
     const int parts = model.GetNrDifferentPrimCombs();
     EXPECT_EQ(top_surface_get_nr_parts(top.get()), parts);
+    std::array<double, 21> a{}, b{};  // what either says
     for (const int part : {parts - 1, parts}) {
-        std::vector<double> a(4, 7.0), b(4, 7.0);
         EXPECT_EQ(top_surface_get_part(top.get(), part, a.data()), model.GetPrimComb(part, b.data()));
         EXPECT_EQ(a, b);
     }
     int result = 1, triangles = 0;
     for (int first = 1; result >= 0; first = 0, ++triangles) {
-        double a[9] = {}, b[3][3] = {}, a_coords[9] = {}, b_coords[3][3] = {};
-        result = top_surface_next_triangle(top.get(), first, a, a_coords);
-        EXPECT_EQ(result, model.ScanTriangles(first, b, b_coords));
-        EXPECT_TRUE(std::equal(a, a + 9, b[0])) << triangles;
-        EXPECT_TRUE(std::equal(a_coords, a_coords + 9, b_coords[0])) << triangles;
+        double xyz[3][3] = {}, coords[3][3] = {};
+        result = top_surface_next_triangle(top.get(), first, a.data(), &a[9]);
+        EXPECT_EQ(result, model.ScanTriangles(first, xyz, coords));
+        if (result >= 0)
+            std::copy_n(coords[0], 9, std::copy_n(xyz[0], 9, b.begin()));
+        EXPECT_EQ(a, b) << triangles;
     }
     EXPECT_GT(triangles, 10);
-    const std::vector<double> colours = {50, 20, 10, 60, -30, 40, 20, 90, 0};
-    using T = TTriangularTopSurface;
-    for (const int smaller : {0, 1}) {
-        std::vector<double> norm(9), model_norm(9), penalty(3), model_penalty(3), back(9), model_back(9);
-        EXPECT_EQ(top_surface_normalise(top.get(), colours.data(), norm.data(), penalty.data(), 3, smaller), 0);
-        EXPECT_EQ(top_surface_colour(top.get(), norm.data(), back.data(), 3, smaller), 0);
-        const auto there = smaller != 0 ? &T::DetermineNormCoordMinGam : &T::DetermineNormCoord;
-        (model.*there)(colours.data(), model_norm.data(), model_penalty.data(), 3);
-        (model.*(smaller != 0 ? &T::DetermineXYZMinGam : &T::DetermineXYZ))(norm.data(), model_back.data(), nullptr, 3);
-        EXPECT_EQ(norm, model_norm);
-        EXPECT_EQ(penalty, model_penalty);
-        EXPECT_EQ(back, model_back);
+    const double colours[] = {50, 20, 10, 60, -30, 40, 20, 90, 0};
+    for (const bool smaller : {false, true}) {
+        EXPECT_EQ(top_surface_normalise(top.get(), colours, a.data(), &a[9], 3, smaller), 0);
+        EXPECT_EQ(top_surface_colour(top.get(), a.data(), &a[12], 3, smaller), 0);
+        (model.*(smaller ? &T::DetermineNormCoordMinGam : &T::DetermineNormCoord))(colours, b.data(), &b[9], 3);
+        (model.*(smaller ? &T::DetermineXYZMinGam : &T::DetermineXYZ))(b.data(), &b[12], nullptr, 3);
+        EXPECT_EQ(a, b) << smaller;
     }
-    double teta = 0, height = 0, model_teta = 0, model_height = 0;
-    EXPECT_EQ(top_surface_edge(top.get(), 1.0, &teta, &height), 0);
-    EXPECT_EQ(model.UmbrellaEdge(1.0, &model_teta, &model_height), 0);
-    EXPECT_EQ(teta, model_teta);
-    EXPECT_EQ(height, model_height);
+    EXPECT_EQ(top_surface_edge(top.get(), 1.0, &a[0], &a[1]), 0);
+    EXPECT_EQ(model.UmbrellaEdge(1.0, &b[0], &b[1]), 0);
+    EXPECT_EQ(a, b);
 }
 
 TEST(TopSurface, SaysWhyThereIsNone)

@@ -223,21 +223,24 @@ Job random_job(Generator &random, int largest, int lanes)
     };
     per_component(j.strengths, 1, [&](int) { return one_of(strengths); });
     per_component(j.noise, 1, [&](int) { return one_of(noises); });
-    const int points = random.below(3) == 0 ? 2 + random.below(3) : 0;
+    const bool line = largest == 255 && random.below(3) == 0;
+    const int points = line ? 2 : random.below(3) == 0 ? 2 + random.below(3) : 0;
     per_component(j.levels, points, [&](int p) { return (p + random.unit() / 2) / points; });
     per_component(j.factors, points, [&](int) { return one_of(factors); });
-    if (points == 2 && largest == 255) {
+    if (line) {
         // A line, whose factors lie on one or nearly: steep, flat, beyond what a factor can be, cut at V.
         const auto K = static_cast<std::ptrdiff_t>(j.K);
         const double low = 0.1 * random.below(3), high = 1 - 0.2 * random.below(4), noise = 0.02 * random.below(2);
+        const double first = one_of(factors), last = one_of(factors);
+        j.top = random.below(8) == 0 ? 250 : 255;
         j.strengths.assign(j.strengths.size(), 1);
         j.noise.assign(j.noise.size(), noise);
         std::fill_n(std::fill_n(j.levels.begin(), K, low), K, high);
-        std::fill_n(std::fill_n(j.factors.begin(), K, one_of(factors)), K, one_of(factors));
+        std::fill_n(std::fill_n(j.factors.begin(), K, first), K, last);
     }
     j.list.resize(4);
     std::generate(j.list.begin(), j.list.end(), [&] { return random.below(j.C); });
-    j.height = 1 + random.below(8);
+    j.height = line ? 5 + random.below(4) : 1 + random.below(8);
     j.width = random.below(2 * lanes + 6) + (random.below(25) == 0 ? 1000 : 0);
     const int steps[] = {1, 1, j.K, j.K, j.K + 1, 2, 5, -1, -3, 0, 11};
     j.in_step = one_of(steps);
