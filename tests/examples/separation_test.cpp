@@ -1,5 +1,5 @@
-// The gallery: each job does on a small picture, with a press made here, what its page shows; the program writes the page,
-// or says in one line what it cannot use. What the jobs check themselves ends the program.
+// The gallery: each job does on a small picture, with a press made here, what its page shows; the program writes the
+// page, or says in one line what it cannot use. What the jobs check themselves ends the program.
 
 #include "support/failure.h"
 #include "support/folder.h"
