@@ -144,21 +144,6 @@ TEST(MD5CheckFile, KeptCountsWhatItCannotReadAsZeros)
 
 // ---- Serial lines
 
-TEST(Rs232, KeepsNothingOfALineThatMemoryIsTooShortFor)
-{
-    const auto descriptors = open_descriptors();
-    each_allocation(3, [](const auto &fire) {
-        Reports reports;
-        fire();
-        const bool opened = Line().port != nullptr;
-        const bool fired = disarm() > 0;
-        EXPECT_EQ(opened, !fired);
-        EXPECT_EQ(reports.take().size(), fired ? 1U : 0U);
-        return fired;
-    });
-    EXPECT_EQ(open_descriptors(), descriptors);
-}
-
 TEST(Rs232, AsksForSizeParityAndStopBitsOfItsCodes)
 {
     const std::tuple<int, int, int, tcflag_t, tcflag_t> cases[] = {{48, 0, 0, CS8, 0},

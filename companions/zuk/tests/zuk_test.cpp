@@ -74,20 +74,18 @@ TEST_F(Zuk, LeavesEveryOtherLineWhereItStood)
 
 TEST_F(Zuk, TakesTextsThatComeBackFromTheFileAsTheyAre)
 {
-    struct {
-        std::string text;
-        bool topic, item, value, comment;
-    } const rows[] = {{std::string(256, 'n'), true, true, true, true},
-                      {std::string(257, 'n'), false, false, false, true},
-                      {"", false, false, true, true},
-                      {" a", true, true, true, true},
-                      {"a ", false, false, true, true},
-                      {"a\t", false, false, true, true},
-                      {"\t[a", true, false, true, true},
-                      {"a]", false, true, true, true},
-                      {"a=b", true, false, true, true},
-                      {"a\rb", false, false, false, false},
-                      {"\n", false, false, false, false}};
+    // As a topic, an item, a value and a comment.
+    const std::tuple<std::string, bool, bool, bool, bool> rows[] = {{std::string(256, 'n'), true, true, true, true},
+                                                                    {std::string(257, 'n'), false, false, false, true},
+                                                                    {"", false, false, true, true},
+                                                                    {" a", true, true, true, true},
+                                                                    {"a ", false, false, true, true},
+                                                                    {"a\t", false, false, true, true},
+                                                                    {"\t[a", true, false, true, true},
+                                                                    {"a]", false, true, true, true},
+                                                                    {"a=b", true, false, true, true},
+                                                                    {"a\rb", false, false, false, false},
+                                                                    {"\n", false, false, false, false}};
     zuk_rfile *file = push("[t]\nk = 1\n");
     for (const auto &[text, topic, item, value, comment] : rows) {
         EXPECT_EQ(add_topic(file, text), topic) << text;
@@ -179,12 +177,7 @@ TEST_F(Zuk, RefusesWhatIsNotThere)
         EXPECT_EQ(zuk_create_rfile(db, path.c_str()), nullptr) << path;
     }
     EXPECT_EQ(zuk_create_rfile(nullptr, folder.path("f").c_str()), nullptr);
-    EXPECT_EQ(zuk_push_rfile(db, nullptr), nullptr);
-    char value[ZUK_VALUE_SIZE];
-    int state = 0;
-    EXPECT_EQ(zuk_add_item(db, nullptr, "k", "1", ""), -1);
-    EXPECT_EQ(zuk_search(db, "t", nullptr, value), -1);
-    EXPECT_EQ(zuk_list_item(nullptr, "t", &state), nullptr);
+    EXPECT_FALSE(add(nullptr, "k", "1"));
     EXPECT_EQ(folder.listing(), "");
     // A file of another database's, or none.
     zuk_rfile *file = push("[t]\n");
