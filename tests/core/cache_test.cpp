@@ -81,18 +81,12 @@ TEST(CacheGet, GoesRoundLikeAClockPastWhatIsLocked)
     expect(left, "L1:0 L2:30 l2:1 L3:40 L4:0 L1:40 L5:0 g1:40");
 }
 
-TEST(CacheNew, RefusesNumbersBelowOneWithoutAWord)
+TEST(Cache, KeptReportsIllegalNumbersUnderAnotherName)
 {
     Reports reports;
-    EXPECT_EQ(cache_new(0, 4, 10, Cache::size_of, Cache::load, nullptr), nullptr);
-    EXPECT_EQ(cache_new(3, 0, 10, Cache::size_of, Cache::load, nullptr), nullptr);
-    EXPECT_EQ(cache_new(3, 4, 0, Cache::size_of, Cache::load, nullptr), nullptr);
-    EXPECT_EQ(reports.take(), lines{});
-}
-
-TEST(CacheGet, KeptReportsIllegalNumbersUnderAnotherName)
-{
-    Reports reports;
+    for (const auto &[items, blocks, size] : {std::tuple{0, 4, 10}, {3, 0, 10}, {3, 4, 0}})
+        EXPECT_EQ(cache_new(items, blocks, size, Cache::size_of, Cache::load, nullptr), nullptr);
+    EXPECT_EQ(reports.take(), lines{}) << "refused without a word";
     Cache items(4, {0, 15, 15});
     for (const int id : {INT_MIN, -1, 0, 3, INT_MAX}) {
         EXPECT_EQ(items.get(id), -1);

@@ -29,17 +29,17 @@ void wait_for(const std::string &path)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
 }
 
-// Takes what it can of the locks 0 .. files - 1 in a folder, says so, and holds them until told to end; "folder name".
+// Takes what it can of the locks 0 .. files - 1 beside a file, makes that, and holds them until there is an "end".
 // Returns their number.
-int hold(const std::string &argument)
+int hold(const std::string &ready)
 {
-    const std::string folder = argument.substr(0, argument.rfind(' ')), ready = argument.substr(folder.size() + 1);
+    const std::string folder = ready.substr(0, ready.rfind('/') + 1);
     std::vector<Lock> held;
     for (int i = 0; i < files; ++i)
-        if (Lock lock = take(folder + "/" + std::to_string(i)))
+        if (Lock lock = take(folder + std::to_string(i)))
             held.push_back(std::move(lock));
-    std::ofstream(folder + "/" + ready) << "";
-    wait_for(folder + "/end");
+    std::ofstream(ready) << "";
+    wait_for(folder + "end");
     return static_cast<int>(held.size());
 }
 
@@ -67,13 +67,13 @@ TEST(FlockGet, ExcludesASecondHolderInTheProcessUntilFreedWithPathsOf127Characte
 TEST(FlockGet, ExcludesOtherProcessesAndHasOneWinnerWhenAHolderWasKilled)
 {
     const Folder folder;
-    Child killed("hold", folder.path() + " first");
+    Child killed("hold", folder.path("first"));
     wait_for(folder.path("first"));
     for (int i = 0; i < files; ++i)
         EXPECT_EQ(take(folder.path(std::to_string(i))), nullptr) << i;
     killed.kill();
     fs::remove(folder.path("first"));
-    Child first("hold", folder.path() + " first"), second("hold", folder.path() + " second");
+    Child first("hold", folder.path("first")), second("hold", folder.path("second"));
     for (const char *name : {"first", "second"})
         wait_for(folder.path(name));
     folder.write("end", "");

@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 using teska_test::lines, teska_test::Reports;
 
 namespace
@@ -52,33 +50,24 @@ TEST(Fport, KeptTranslatesLogicalNamesAndBracketsByItsOwnRules)
     wem_lognam_clear();
 }
 
-TEST(FportSetres, TellsTheFlagOfTheCallBefore)
-{
-    int before = 0;
-    for (const int flag : {0, 5, -1, 0, 0})
-        EXPECT_EQ(fport_setres(flag), std::exchange(before, flag) != 0 ? 1 : 0);
-}
-
 TEST(FportStripPath, KeptSkipsThePrefixAndOneSeparatorWithoutALook)
 {
     const char full[] = "C:\\data\\file";
-    for (const char *prefix : {"C:\\data\\", "a/", "a:", "[a]"})
-        EXPECT_EQ(fport_StripPath(full, prefix), full + std::strlen(prefix));
-    for (const char *prefix : {"C:\\data", "a", ""})
-        EXPECT_EQ(fport_StripPath(full, prefix), full + std::strlen(prefix) + 1);
+    for (const auto &[prefix, skipped] :
+         {std::pair{"C:\\data\\", 8}, {"a/", 2}, {"a:", 2}, {"[a]", 3}, {"C:\\data", 8}, {"a", 2}, {"", 1}})
+        EXPECT_EQ(fport_StripPath(full, prefix), full + skipped) << prefix;
 }
 
 TEST(FportStripExtension, KeptEndsTheNameAtTheLastDotEvenOfADirectory)
 {
-    const std::pair<std::string, const char *> cases[] = {
-        {"dir.d\\file", "dir"}, {"a.b.c", "a.b"}, {".a", ""}, {"a", "a"}};
-    for (auto [name, expected] : cases) {
+    for (std::string name : {"dir.d\\file", "a.b.c", ".a", "a"}) {
+        const std::string expected = name.substr(0, name.rfind('.'));
         EXPECT_EQ(fport_StripExtension(name.data()), name == "a" ? -1 : 0);
-        EXPECT_STREQ(name.c_str(), expected);
+        EXPECT_STREQ(name.c_str(), expected.c_str());
     }
 }
 
-TEST(FportMakeFullPath, JoinsWhatFits)
+TEST(FportMakeFullPath, JoinsWhatFitsAndSetresTellsTheFlagOfTheCallBefore)
 {
     Reports reports;
     char path[16] = "ab";
@@ -89,4 +78,7 @@ TEST(FportMakeFullPath, JoinsWhatFits)
     EXPECT_EQ(fport_MakeFullPath("ab", "cde", path, 6), -1);
     EXPECT_STREQ(path, "");
     EXPECT_EQ(reports.take(), lines(2, "fport_MakeFullPah: string not long enough"));
+    int before = 0;
+    for (const int flag : {0, 5, -1, 0, 0})
+        EXPECT_EQ(fport_setres(flag), std::exchange(before, flag) != 0 ? 1 : 0);
 }
