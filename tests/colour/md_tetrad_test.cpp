@@ -1,17 +1,7 @@
 #include "md_tetrad.h"
 
-#include "Support/memory.h"
-#include "support/reports.h"
 #include "support/runs.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <climits>
-#include <cmath>
-#include <limits>
-#include <utility>
+#include "support/test.h"
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 
@@ -85,20 +75,6 @@ TEST(MdTetradInterp, EvaluatesLinesOfAnyLayoutAsPointsOneByOne)
             [&](int, const Doubles &point) { return table.at(point); },
             [&](auto... arguments) { return md_tetrad_interp(clone.get(), arguments...); });
     }
-}
-
-TEST(MdTetradInterp, GivesTheValuesComputedByHand)
-{
-    const Table table(2, 1, 3, 0, 4);
-    for (const auto &[x, y, value] : {std::array{0, 0, 8}, {1, 0, 16}, {0, 1, 32}, {1, 1, 64}, {2, 1, 128}})
-        *table.vertex({x, y}) = value;
-    const double rows[][3] = {{1.5, 0.5, 8 * 0.25 + 16 * 0.5 + 64 * 0.25},
-                              {0.5, 1.5, 8 * 0.25 + 32 * 0.5 + 64 * 0.25},
-                              {1, 1, (8 + 64) / 2},
-                              {3, 2, (64 + 128) / 2},
-                              {-1, 0, 8 + 32 * 0.5 - 64 * 0.5}};
-    for (const auto &[x, y, value] : rows)
-        EXPECT_EQ(table.at({x, y})[0], value) << x << ' ' << y;
 }
 
 // Quotients alone would miss some vertex of most of these grids.

@@ -1,13 +1,7 @@
 #include "proj.h"
 
 #include "Support/vec.h"
-#include "support/generator.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
+#include "support/test.h"
 
 namespace
 {
@@ -167,9 +161,8 @@ TEST(ProjOnLine, GivesKnownAnswers)
     expect(plain<proj, 1>, {{{1, 2, 3}, {1, 2, 8}, {1, 2, 3}, {1}, 25}});
     expect(proj_on_line_par, {{steep, {3, 1, 6}, {3, 0, 6}, {-0.5, 1.5}, 1}, refused(level)});
     expect(plain<proj_on_line_segm>, {{steep, {5, 0, 8}, {2, 0, 4}, {0, 1}, 25}});
-    // A step in the parameter weighs 1000 in the square. The level segment has one parameter.
-    expect(proj_on_line_segm_par, {{steep, {3, 4, -2}, {0, 0, 0}, {1, 0}, 4025, {0, 0, 7}},
-                                   {level, {2, 3, 2}, {2, 0, 0}, {0.75, 0.25}, 4009}});
+    // The level segment has one parameter; a step in it weighs 1000 in the square.
+    expect(proj_on_line_segm_par, {{level, {2, 3, 2}, {2, 0, 0}, {0.75, 0.25}, 4009}});
 }
 
 TEST(ProjOnTriangle, KeptGivesTheFirstEdgeThatThePointIsBeyond)
@@ -189,7 +182,6 @@ TEST(ProjOnTriangle, LooksAtTheParameterOrAlongALine)
 {
     expect(proj_on_triangle_par, {{right, {2, 11, 5}, {2, 8, 0}, {0, 0.2, 0.8}, 34, {1, 0, 0}},
                                   refused({0, 0, 0, 1e-21, 0, 0, 0, -1000, 0}, {1, 0, 0})});
-    expect(proj_on_triangle_bound_par, {{{0, 0, 0, 4, -4, 4, 4, 4, 4}, {3, 0, 2}, {2, 2, 2}, {0.5, 0, 0.5}, 5}});
     // Negative from behind, unless nearly along the triangle.
     expect(proj_on_triangle_parline, {{right, {1, 3, -5}, {2, 3, 0}, {0.5, 0.2, 0.3}, -26, {0.2, 0, 1}},
                                       {right, {2, 3, 5}, {2, 3, 0}, {0.5, 0.2, 0.3}, 25, {0, 0, 0.001}},
@@ -215,8 +207,6 @@ TEST(ProjOnTetra, GivesKnownAnswers)
     EXPECT_EQ(Outcome(proj_on_tetra_bound_par, two_pairs, {2.5e-22, 500, 2.5e-22}, {1, 1, 1}).code, -1);
     const Values three_near{0, -1000, 0, 0, 0, 0, 1e-21, 0, 0, 5e-22, 0, 0};
     EXPECT_EQ(Outcome(proj_on_tetra_par, three_near, {2, 3, 5}, {1, 0, 0}).code, -1);
-    expect(proj_on_tetra_bound_par, {{corner, {1, 1, 1}, {0, 1, 1}, {0.8, 0, 0.1, 0.1}, 1}});
-    expect(proj_on_tetra_par, {{corner, {0, 0, -1}, {0, 0, 0}, {1, 0, 0, 0}, -1000}});
 }
 
 TEST(Proj, RefusesOtherNumbersAndLeavesNanOutside)

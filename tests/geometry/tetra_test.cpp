@@ -1,20 +1,12 @@
 #include "tetra.h"
 
-#include "support/generator.h"
+#include "Support/vec.h"
 #include "support/levels.h"
-#include "support/reports.h"
+#include "support/test.h"
 
 #include "proj.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <functional>
 #include <map>
-#include <memory>
-#include <utility>
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 
@@ -57,12 +49,9 @@ const Record *at(list_rec *list, int index)
 
 double sixfold(const tetra_point &a, const tetra_point &b, const tetra_point &c, const tetra_point &d)
 {
-    const double u[3] = {b.x - a.x, b.y - a.y, b.z - a.z}, v[3] = {c.x - a.x, c.y - a.y, c.z - a.z};
-    return (u[1] * v[2] - u[2] * v[1]) * (d.x - a.x) + (u[2] * v[0] - u[0] * v[2]) * (d.y - a.y) +
-           (u[0] * v[1] - u[1] * v[0]) * (d.z - a.z);
+    const auto from_a = [&](const tetra_point &p) { return teska::vec3{p.x - a.x, p.y - a.y, p.z - a.z}; };
+    return dot(cross(from_a(b), from_a(c)), from_a(d));
 }
-
-// ---- Sets of points -----------------------------------------------------------------------------------------------
 
 Points made(int count, const std::function<tetra_point(int)> &at)
 {
@@ -98,8 +87,6 @@ Points with_copies(Points points, double shift)
 
 // Corners of the hull amid coplanar triangles, the apex in their plane.
 const Points layers = {{9, 7, 3, 0}, {9, 7, 6, 0}, {9, 2, 7, 0}, {9, 4, 6, 0}, {0, 3, 1, 0}, {0, 1, 7, 0}};
-
-// ---- What holds for every set ---------------------------------------------------------------------------------------
 
 // The sixfold volume within the boundary, of which every side belongs to two planes, once each way round.
 double within_planes(const Volume &v, const tetra_point &from)
@@ -156,12 +143,10 @@ void check_volume(const Volume &v, const Points &points)
     for (int i = 0; i < v->nr_tetras; ++i)
         corners.insert(corners.end(), at(v->tetras, i)->p, at(v->tetras, i)->p + 4);
     for (const tetra_point &p : points) {
-        EXPECT_TRUE(
-            std::any_of(corners.begin(), corners.end(),
-                        [&](const tetra_point &c) {
-                            return std::max({std::fabs(p.x - c.x), std::fabs(p.y - c.y), std::fabs(p.z - c.z)}) <= 0.01;
-                        }))
-            << p.x << ' ' << p.y << ' ' << p.z;
+        const auto here = [&](const tetra_point &c) {
+            return std::max({std::fabs(p.x - c.x), std::fabs(p.y - c.y), std::fabs(p.z - c.z)}) <= 0.01;
+        };
+        EXPECT_TRUE(std::ranges::any_of(corners, here)) << p.x << ' ' << p.y << ' ' << p.z;
     }
 }
 
