@@ -1,13 +1,8 @@
 #include "clut_table.h"
 
-#include "Support/memory.h"
 #include "support/owned_clut.h"
-#include "support/reports.h"
 #include "support/runs.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
+#include "support/test.h"
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 

@@ -1,12 +1,7 @@
-#include "support/generator.h"
 #include "support/levels.h"
 #include "support/owned_clut.h"
+#include "support/test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <new>
 
 using teska_test::Generator;

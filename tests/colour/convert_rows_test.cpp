@@ -1,19 +1,11 @@
 #include "convert_rows.h"
 
-#include "support/generator.h"
-#include "support/reports.h"
+#include "support/test.h"
 
 #include "clut_table.h"
 #include "md_tetrab.h"
 #include "md_tetrad.h"
 #include "md_tetras.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <functional>
-#include <memory>
-#include <numeric>
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 
@@ -43,12 +35,11 @@ Kind kind(auto *table, auto interp, NoMask... mask)
 struct Tables {
     using Byte = unsigned char;
     using Word = unsigned short;
-    std::unique_ptr<md_tetrab, md_tetrab *(*)(md_tetrab *)> b{md_tetrab_new(inputs, outputs, 5), md_tetrab_kill};
-    std::unique_ptr<md_tetras, md_tetras *(*)(md_tetras *)> s{md_tetras_new(inputs, outputs, 5), md_tetras_kill};
-    std::unique_ptr<md_tetrad, md_tetrad *(*)(md_tetrad *)> d{md_tetrad_new(inputs, outputs, 5, 0.0, 1.0),
-                                                              md_tetrad_kill};
-    std::unique_ptr<clut_table, clut_table *(*)(clut_table *)> c{
-        clut_table_new(inputs, std::array<int, inputs>{5, 5, 5}.data(), outputs, nullptr), clut_table_kill};
+    teska::handle<md_tetrab, md_tetrab_kill> b{md_tetrab_new(inputs, outputs, 5)};
+    teska::handle<md_tetras, md_tetras_kill> s{md_tetras_new(inputs, outputs, 5)};
+    teska::handle<md_tetrad, md_tetrad_kill> d{md_tetrad_new(inputs, outputs, 5, 0.0, 1.0)};
+    teska::handle<clut_table, clut_table_kill> c{
+        clut_table_new(inputs, std::array<int, inputs>{5, 5, 5}.data(), outputs, nullptr)};
     // By number.
     const std::vector<Kind> kinds = {kind<Byte, Byte>(b.get(), md_tetrab_interp, nullptr, 0),
                                      kind<Word, Word>(s.get(), md_tetras_interp, nullptr, 0),

@@ -1,15 +1,7 @@
 #include "md_tetrab.h"
 
-#include "Support/memory.h"
-#include "support/reports.h"
 #include "support/runs.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <tuple>
+#include "support/test.h"
 
 using namespace teska_test;
 

@@ -1,16 +1,8 @@
 #include "md_tetras.h"
 
-#include "Support/memory.h"
 #include "support/exact_grid.h"
-#include "support/reports.h"
 #include "support/runs.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <climits>
-#include <cmath>
-#include <cstdint>
+#include "support/test.h"
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports, teska_test::Run, teska_test::Samples,
     teska_test::Words;

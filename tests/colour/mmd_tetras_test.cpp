@@ -1,16 +1,9 @@
 #include "mmd_tetras.h"
 
-#include "Support/memory.h"
-#include "support/reports.h"
 #include "support/runs.h"
+#include "support/test.h"
 
 #include "md_tetras.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <climits>
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports, teska_test::Samples;
 

@@ -1,9 +1,6 @@
 #include "tfastpow.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <climits>
+#include "support/test.h"
 
 TEST(TFastPow, CutsPowersOfTheHighestBits)
 {

@@ -1,13 +1,8 @@
 #include "bezierd_base.h"
 
-#include "support/reports.h"
+#include "support/test.h"
 
 #include "curves/segments.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <tuple>
 
 using namespace teska_test;
 

@@ -1,14 +1,9 @@
 #include "bezierd_fit.h"
 
 #include "support/host.h"
+#include "support/test.h"
 
 #include "curves/segments.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <limits>
-#include <tuple>
 
 using namespace teska_test;
 

@@ -1,16 +1,11 @@
 #include "bezierd_vector.h"
 
-#include "support/reports.h"
+#include "support/test.h"
 
 #include "curves/segments.h"
 #include "error_mess.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
 #include <cstring>
-#include <tuple>
 
 using namespace teska_test;
 

@@ -1,22 +1,13 @@
 #include "func.h"
 
-#include "support/generator.h"
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cstdint>
-#include <memory>
-#include <utility>
+#include "support/test.h"
 
 using namespace teska_test;
 
 namespace
 {
 
-using Func = std::unique_ptr<func, int (*)(func *)>;
+using Func = teska::handle<func, func_kill>;
 using X = std::int16_t;  // elements of different sizes show a mix-up
 using Y = std::int32_t;
 using Points = std::vector<std::pair<X, Y>>;
@@ -29,7 +20,7 @@ int differs(const void *element, const void *key) { return as_x(element) != as_x
 
 Func filled(int ext, func_order order, const Points &points)
 {
-    Func f(func_new(ext, sizeof(X), sizeof(Y), order), func_kill);
+    Func f(func_new(ext, sizeof(X), sizeof(Y), order));
     for (const auto &[x, y] : points)
         func_insert(f.get(), &x, &y);
     return f;
@@ -106,8 +97,8 @@ TEST(FuncSearchEl, KeptNeverFindsAnEqualElementWithAStrictOrder)
 TEST(FuncInvert, SortsThePointsByTheirYAndKeepsTheOrderOfEqualOnes)
 {
     const Func f = filled(2, x_after, {{1, 300}, {2, 100}, {3, 200}, {4, 100}, {5, 300}});
-    const Func inverse(func_invert(f.get(), y_after), func_kill);
-    const Func back(func_invert(inverse.get(), nullptr), func_kill);  // appended, in the order of y
+    const Func inverse(func_invert(f.get(), y_after));
+    const Func back(func_invert(inverse.get(), nullptr));  // appended, in the order of y
     EXPECT_EQ(contents(back), (Points{{2, 100}, {4, 100}, {3, 200}, {1, 300}, {5, 300}}));
     EXPECT_EQ(func_invert(nullptr, y_after), nullptr);
 }

@@ -1,23 +1,17 @@
 #include "grad_tab.h"
 
 #include "support/folder.h"
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <memory>
-#include <tuple>
+#include "support/test.h"
 
 namespace
 {
 
-using Table = std::unique_ptr<grad_tab, grad_tab *(*)(grad_tab *)>;
+using Table = teska::handle<grad_tab, grad_tab_kill>;
 using Values = std::vector<double>;
 
 Table table(const teska_test::Folder &folder, int mode, double hi, double lo)
 {
-    return {grad_tab_new(folder.path("curve.rec").c_str(), mode, hi, lo), grad_tab_kill};
+    return Table(grad_tab_new(folder.path("curve.rec").c_str(), mode, hi, lo));
 }
 
 void add(const Table &g, const std::vector<Values> &points, int result = 0)
@@ -87,7 +81,7 @@ TEST(GradTabNewPoints, HasItsInverseAtOnceAndAllDigits)
 {
     teska_test::Reports reports;
     const double points[] = {255, 255, 0, 0.123456789, 128, 150};
-    const Table g(grad_tab_new_points(points, 3, 255, 0), grad_tab_kill);
+    const Table g(grad_tab_new_points(points, 3, 255, 0));
     Values line{64, 192, 0, 300}, back(4);
     const Values before = line;
     EXPECT_EQ(grad_tab_do(g.get(), line.data(), 1, line.data(), 1, 4), 0);
@@ -122,7 +116,7 @@ TEST(GradTabNewPoints, RefusesWhatIsNoPointAndHasNoValuesWithoutTwo)
     EXPECT_EQ(grad_tab_new_points(points, 2, 1, 0), nullptr);
     EXPECT_EQ(grad_tab_new_points(points, -1, 1, 0), nullptr);
     EXPECT_EQ(reports.take(), teska_test::lines(2, "grad_tab_new_points: illegal points"));
-    const Table none(grad_tab_new_points(nullptr, 0, 1, 0), grad_tab_kill);
+    const Table none(grad_tab_new_points(nullptr, 0, 1, 0));
     double y = 7;
     EXPECT_EQ(grad_tab_do(none.get(), points, 1, &y, 1, 1), -1);
     EXPECT_EQ(reports.take(), teska_test::lines{"lin_interp : too little function points"});

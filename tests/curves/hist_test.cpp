@@ -1,24 +1,17 @@
 #include "hist.h"
 
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cmath>
-#include <memory>
-#include <tuple>
+#include "support/test.h"
 
 using namespace teska_test;
 
 namespace
 {
 
-using Hist = std::unique_ptr<hist, decltype(&hist_kill)>;
+using Hist = teska::handle<hist, hist_kill>;
 
 Hist filled(int lo, int hi, const std::vector<int> &values)
 {
-    Hist h(hist_new(lo, hi), hist_kill);
+    Hist h(hist_new(lo, hi));
     EXPECT_EQ(hist_point(h.get(), values.data(), static_cast<int>(values.size())), 0);
     return h;
 }

@@ -1,25 +1,15 @@
 #include "interp_double.h"
 
-#include "support/generator.h"
-#include "support/reports.h"
+#include "support/test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <bit>
-#include <cmath>
-#include <cstdint>
-#include <limits>
-#include <memory>
-#include <tuple>
-#include <utility>
 
 using namespace teska_test;
 
 namespace
 {
 
-using Curve = std::unique_ptr<lin_interp_double, int (*)(lin_interp_double *)>;
+using Curve = teska::handle<lin_interp_double, lin_interp_double_kill>;
 using Points = std::vector<std::pair<double, double>>;
 using Evaluate = int (*)(const lin_interp_double *, double, double *);
 
@@ -29,7 +19,7 @@ constexpr double none = 12345.0;  // what y keeps when the evaluation is refused
 
 Curve curve(const Points &points, func_order order = nullptr)
 {
-    Curve li(lin_interp_double_new(2, order), lin_interp_double_kill);
+    Curve li(lin_interp_double_new(2, order));
     for (const auto &[x, y] : points)
         EXPECT_EQ(lin_interp_double_insert(li.get(), x, y), 0);
     return li;
@@ -167,9 +157,9 @@ TEST(LinInterpDoubleInvert, SortsThePointsByTheirYOrByAnOrderOfTheCaller)
     const Points points = {{3, 1}, {2, 4}, {1, 1}, {0, 4}};
     const Curve li = curve(points, descending);
     EXPECT_EQ(bits(lin_interp_double_inter, li, 4), bits(-2));
-    const Curve inverse(lin_interp_double_invert(li.get(), nullptr), lin_interp_double_kill);
+    const Curve inverse(lin_interp_double_invert(li.get(), nullptr));
     EXPECT_EQ(contents(inverse), (Points{{1, 3}, {1, 1}, {4, 2}, {4, 0}}));
-    const Curve falling(lin_interp_double_invert(inverse.get(), descending), lin_interp_double_kill);
+    const Curve falling(lin_interp_double_invert(inverse.get(), descending));
     EXPECT_EQ(contents(falling), points);
     EXPECT_EQ(contents(li), points);
 }

@@ -1,27 +1,19 @@
 #include "p_bezierd_base.h"
 
-#include "support/reports.h"
+#include "support/test.h"
 
 #include "curves/segments.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cfloat>
-#include <climits>
-#include <cmath>
 #include <cstdlib>
-#include <memory>
 #include <numbers>
-#include <tuple>
 
 using namespace teska_test;
 
 namespace
 {
 
-struct Chain : std::unique_ptr<poly_bezier, poly_bezier *(*)(poly_bezier *)> {
-    explicit Chain(poly_bezier *p) : unique_ptr(p, poly_bezier_kill) {}
+struct Chain : teska::handle<poly_bezier, poly_bezier_kill> {
+    explicit Chain(poly_bezier *p) : unique_ptr(p) {}
     operator poly_bezier *() const { return get(); }
 };
 

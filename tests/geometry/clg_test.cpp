@@ -1,20 +1,7 @@
 #include "clg.h"
 
 #include "Source/clg/wide.h"
-#include "support/generator.h"
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdint>
-#include <functional>
-#include <limits>
-#include <memory>
-#include <numeric>
-#include <utility>
+#include "support/test.h"
 
 namespace
 {
@@ -33,7 +20,7 @@ class Cloud
 {
 public:
     explicit Cloud(int channels, int free = -1, double lo = 0, double hi = 1)
-        : clg_(clg_new(channels, free < 0 ? channels : free, lo, hi), clg_kill)
+        : clg_(clg_new(channels, free < 0 ? channels : free, lo, hi))
     {
     }
 
@@ -64,7 +51,7 @@ public:
     }
 
 private:
-    std::unique_ptr<clg, clg *(*)(clg *)> clg_;
+    teska::handle<clg, clg_kill> clg_;
 };
 
 double distance(const Colour &a, const Colour &b) { return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]); }

@@ -2,20 +2,11 @@
 
 #include "Source/tconvexhull/store.h"
 #include "Support/vec.h"
-#include "support/generator.h"
 #include "support/levels.h"
+#include "support/test.h"
 
-#include <algorithm>
-#include <array>
 #include <cctype>
-#include <cmath>
-#include <cstdint>
-#include <functional>
-#include <limits>
 #include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
 
 using teska_test::Generator;
 

@@ -1,13 +1,9 @@
-#include "support/reports.h"
+
+#include "support/test.h"
 
 #include "ttriangulartopsurface.h"
 
-#include <gtest/gtest.h>
 #include <top_surface.h>  // not the helper of this folder
-
-#include <algorithm>
-#include <array>
-#include <memory>
 
 using teska_test::lines, teska_test::Reports;
 
@@ -34,8 +30,8 @@ using T = TTriangularTopSurface;
 TEST(TopSurface, SaysWhatTheClassSays)
 {
     Press press;
-    const std::unique_ptr<top_surface, top_surface *(*)(top_surface *)> top(
-        top_surface_new(4, press.levels, press.counts, 0, ink, nullptr, 61), top_surface_kill);
+    const teska::handle<top_surface, top_surface_kill> top(
+        top_surface_new(4, press.levels, press.counts, 0, ink, nullptr, 61));
     ASSERT_NE(top, nullptr);
     T model(4, press.levels, press.counts, &press, 0, ink, 61, 61);
     const int parts = model.GetNrDifferentPrimCombs();

@@ -1,10 +1,6 @@
 #include "tplane.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cmath>
-#include <limits>
+#include "support/test.h"
 
 namespace
 {

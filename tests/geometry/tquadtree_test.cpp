@@ -1,16 +1,7 @@
 #include "tquadtree.h"
 
 #include "Source/tquadtree/cells.h"
-#include "support/generator.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <climits>
-#include <cmath>
-#include <cstdint>
-#include <limits>
+#include "support/test.h"
 
 namespace
 {

@@ -1,17 +1,12 @@
 #include "ttriangulartopsurface.h"
 
 #include "support/folder.h"
+#include "support/test.h"
 
 #include "geometry/top_surface.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <atomic>
-#include <cmath>
 #include <iomanip>
-#include <limits>
-#include <memory>
 #include <sstream>
 #include <thread>
 

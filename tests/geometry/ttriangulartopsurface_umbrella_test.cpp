@@ -1,14 +1,8 @@
+#include "support/test.h"
+
 #include "error_mess.h"
 #include "geometry/top_surface.h"
 #include "md_tetrad.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <memory>
-#include <utility>
 
 using namespace examples;
 using namespace teska_test;

@@ -1,13 +1,9 @@
 #include "volume_export.h"
 
 #include "support/folder.h"
-#include "support/generator.h"
+#include "support/test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cstdio>
-#include <memory>
 
 using teska_test::Folder, teska_test::Generator;
 

@@ -1,30 +1,22 @@
 #include "fir.h"
 
 #include "Source/fir/fir_priv.h"
-#include "support/generator.h"
 #include "support/levels.h"
-#include "support/reports.h"
 #include "support/samples.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <functional>
-#include <memory>
+#include "support/test.h"
 
 using teska_test::Samples;
 
 namespace
 {
 
-using Filter = std::unique_ptr<fir, int (*)(fir *)>;
+using Filter = teska::handle<fir, fir_kill>;
 using Kernel = std::vector<double>;
 
 // Without a kernel: as fir_new leaves it.
 Filter filter_of(int radius, int maximum, const Kernel &kernel)
 {
-    Filter filter(fir_new(radius, maximum), fir_kill);
+    Filter filter(fir_new(radius, maximum));
     if (!kernel.empty())
         teska::fir_set_kernel(filter.get(), kernel.data());
     return filter;

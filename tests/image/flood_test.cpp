@@ -1,12 +1,6 @@
 #include "flood.h"
 
-#include "support/generator.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <tuple>
+#include "support/test.h"
 
 namespace
 {

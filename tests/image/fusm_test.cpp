@@ -1,20 +1,10 @@
 #include "fusm.h"
 
-#include "support/generator.h"
 #include "support/levels.h"
-#include "support/reports.h"
 #include "support/samples.h"
+#include "support/test.h"
 
 #include "interp_double.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <limits>
-#include <memory>
-#include <tuple>
 
 using namespace teska_test;
 
@@ -25,7 +15,7 @@ using Values = std::vector<double>;
 using Byte = unsigned char;
 using Word = unsigned short;
 using Bytes = std::vector<Byte>;
-using Filter = std::unique_ptr<fusm, int (*)(fusm *)>;
+using Filter = teska::handle<fusm, fusm_kill>;
 
 // An image, how it is fed and how it is to be sharpened.
 struct Job {
@@ -64,7 +54,7 @@ public:
     void compare(fusm *f)
     {
         // A filter that is started meanwhile keeps its context to itself.
-        const Filter other(fusm_new(0, 1, 1, 1, nullptr, nullptr), fusm_kill);
+        const Filter other(fusm_new(0, 1, 1, 1, nullptr, nullptr));
         current = j.with_contexts ? nullptr : this;
         ASSERT_EQ(j.with_contexts
                       ? fusm_start_with(f, j.height, j.width, done_with, this, j.in_step, j.limit_step, j.out_step)
@@ -158,8 +148,8 @@ private:
     {
         for (int k = 0; k < j.K; ++k) {
             const auto at = static_cast<std::size_t>(k), stride = static_cast<std::size_t>(j.K);
-            const std::unique_ptr<lin_interp_double, int (*)(lin_interp_double *)> curve(
-                j.levels.empty() ? nullptr : lin_interp_double_new(9, nullptr), lin_interp_double_kill);
+            const teska::handle<lin_interp_double, lin_interp_double_kill> curve(
+                j.levels.empty() ? nullptr : lin_interp_double_new(9, nullptr));
             for (std::size_t p = at; p < j.levels.size(); p += stride)
                 lin_interp_double_insert(curve.get(), j.levels[p], j.factors[p]);
             for (int y = 0; y < j.height; ++y)
@@ -196,8 +186,7 @@ void expect_as_modelled(Job j, Generator &random)
     const auto convert = j.converted ? Run<T>::convert : nullptr;
     const auto convert_with = j.converted ? Run<T>::convert_with : nullptr;
     const Filter f(j.with_contexts ? fusm_new_with(j.radius, j.top, j.K, j.C, j.list.data(), convert_with, &j)
-                                   : fusm_new(j.radius, j.top, j.K, j.C, j.list.data(), convert),
-                   fusm_kill);
+                                   : fusm_new(j.radius, j.top, j.K, j.C, j.list.data(), convert));
     fusm_stren_set(f.get(), j.strengths.data());
     fusm_noise_red_set(f.get(), j.noise.data());
     const int points = static_cast<int>(j.levels.size()) / j.K;
@@ -275,7 +264,7 @@ int sharpen_spot(fusm *f, int around, int middle)
     return feed_image(f, image, 5)[12];
 }
 
-Filter plain(int radius, int top = 255) { return {fusm_new(radius, top, 1, 1, nullptr, nullptr), fusm_kill}; }
+Filter plain(int radius, int top = 255) { return Filter(fusm_new(radius, top, 1, 1, nullptr, nullptr)); }
 
 }  // namespace
 
@@ -299,7 +288,7 @@ TEST(FusmNew, KeptSaysUsmWhenItRefusesAndNothingWithoutTables)
     Reports reports;
     const int list[] = {0, 2, 1, 3}, outside[] = {0, -1};
     const auto refusal = [&](int radius, int processed, int components, const int *components_of) {
-        const Filter f(fusm_new(radius, 255, processed, components, components_of, nullptr), fusm_kill);
+        const Filter f(fusm_new(radius, 255, processed, components, components_of, nullptr));
         const lines said = reports.take();
         EXPECT_EQ(f == nullptr, said.size() == 1);
         return said.empty() ? std::string() : said[0];
@@ -359,7 +348,7 @@ TEST(FusmStart, LeavesAFilterThatDoesNothingWhenItFails)
     const auto convert = [](void **, int, void **, int, int) {};
     const Bytes image(50, 100), untouched(50, 9);
     for (const bool converted : {false, true}) {
-        const Filter f(fusm_new(1, 255, 1, 10, nullptr, converted ? +convert : nullptr), fusm_kill);
+        const Filter f(fusm_new(1, 255, 1, 10, nullptr, converted ? +convert : nullptr));
         EXPECT_EQ(feed_image(f.get(), image, 5), untouched) << "before it was started";
         EXPECT_EQ(fusm_start(f.get(), 10, 5, move_on, 1, 1, 1), 1);
         EXPECT_EQ(fusm_start(f.get(), 10, INT_MAX / 30, move_on, 1, 1, 1), 0);

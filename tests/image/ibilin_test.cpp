@@ -1,27 +1,17 @@
 #include "ibilin.h"
 
-#include "support/generator.h"
 #include "support/levels.h"
-#include "support/reports.h"
 #include "support/samples.h"
+#include "support/test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <climits>
-#include <cmath>
 #include <deque>
-#include <functional>
-#include <iterator>
-#include <memory>
 
 using namespace teska_test;
 
 namespace
 {
 
-using Record = std::unique_ptr<ibilin, int (*)(ibilin *)>;
+using Record = teska::handle<ibilin, ibilin_kill>;
 
 std::function<void(int)> on_line;
 
@@ -141,7 +131,7 @@ void expect_image(const Shape &s, const std::vector<int> &calls, Generator &rand
     SCOPED_TRACE(testing::Message() << s.n << " components of " << sizeof(T) << ", " << s.source_width << " x "
                                     << s.source_lines << " to " << s.width << " x " << s.lines << ", steps "
                                     << s.in_step << ", " << s.out_step);
-    const Record record(ibilin_new(0), ibilin_kill), other(ibilin_new(0), ibilin_kill);
+    const Record record(ibilin_new(0)), other(ibilin_new(0));
     ASSERT_EQ(start(record.get(), s), 1);
     // Keeps its context to itself.
     ibilin_start_with(
@@ -216,7 +206,7 @@ TEST(Ibilin, EqualsTheRuleInFloatingPointAtEveryLevel)
 TEST(IbilinStart, RefusesSizesAndThenIgnoresLines)
 {
     Reports reports;
-    const Record record(ibilin_new(0), ibilin_kill);
+    const Record record(ibilin_new(0));
     on_line = [](int) { ADD_FAILURE() << "called"; };
     unsigned char line[1] = {}, *out = line;
     EXPECT_EQ(ibilin_mono_b(record.get(), line, &out), 1);

@@ -1,25 +1,8 @@
 #include "izat.h"
 
 #include "Source/izat/plan.h"
-#include "support/generator.h"
 #include "support/levels.h"
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cfloat>
-#include <climits>
-#include <cmath>
-#include <functional>
-#include <limits>
-#include <memory>
-#include <numeric>
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
+#include "support/test.h"
 
 namespace teska_test
 {
@@ -27,8 +10,8 @@ namespace teska_test
 namespace
 {
 
-using Zoom = std::unique_ptr<izat, int (*)(izat *)>;
-using Pick = std::unique_ptr<izoom, int (*)(izoom *)>;
+using Zoom = teska::handle<izat, izat_kill>;
+using Pick = teska::handle<izoom, izoom_kill>;
 using Numbers = std::vector<int>;
 
 constexpr int kernels = IZAT_LANCZOS3 + 1;
@@ -41,8 +24,8 @@ struct Shown {
     double left = 0, top = 0, width = 0, height = 0;
 };
 
-Zoom new_zoom(int kernel) { return {izat_new(kernel), izat_kill}; }
-Pick new_pick() { return {izoom_new(), izoom_kill}; }
+Zoom new_zoom(int kernel) { return Zoom(izat_new(kernel)); }
+Pick new_pick() { return Pick(izoom_new()); }
 
 int start(izat *z, int components, Size from, Size to, izat_callback callback, void *context, int in_step, int out_step)
 {

@@ -1,17 +1,12 @@
 #include "whole_image.h"
 
-#include "support/generator.h"
-#include "support/reports.h"
+#include "support/test.h"
 
 #include "flood.h"
 #include "fusm.h"
 #include "izat.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
 #include <cstring>
-#include <memory>
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 
@@ -90,8 +85,8 @@ Words resized(int kernel, const Picture &from, const double *window, const Pictu
     line_out = result.data();
     line_samples = to.width * n;
     const auto took = [](void *, int k) { to_next_line(k); };
-    const std::unique_ptr<izat, int (*)(izat *)> zoom(izat_new(std::max(kernel, 0)), izat_kill);
-    const std::unique_ptr<izoom, int (*)(izoom *)> pick(izoom_new(), izoom_kill);
+    const teska::handle<izat, izat_kill> zoom(izat_new(std::max(kernel, 0)));
+    const teska::handle<izoom, izoom_kill> pick(izoom_new());
     if (window != nullptr) {
         const int corner[] = {static_cast<int>(window[0]), static_cast<int>(window[1])};
         izat_window_set(zoom.get(), window[0], window[1], window[2], window[3]);
@@ -132,8 +127,8 @@ Words sharpened(const whole_image_sharpening &how, const Picture &from)
     const int n = from.components;
     line_samples = from.width * n;
     for (int c = 0; c < n; ++c) {
-        const std::unique_ptr<fusm, int (*)(fusm *)> usm(
-            fusm_new(how.radius, from.depth == 8 ? 255 : 65535, 1, 1, nullptr, nullptr), fusm_kill);
+        const teska::handle<fusm, fusm_kill> usm(
+            fusm_new(how.radius, from.depth == 8 ? 255 : 65535, 1, 1, nullptr, nullptr));
         fusm_stren_set(usm.get(), how.strength + c);
         fusm_noise_red_set(usm.get(), how.noise + c);
         fusm_level_red_set(usm.get(), how.points, how.levels + how.points * c, how.factors + how.points * c);
