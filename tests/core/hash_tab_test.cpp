@@ -173,11 +173,11 @@ TEST(HashTabText, KeptIsRefusedInPartByTheNameOfPut)
     for (const auto &[key_size, data_size] : {std::pair{-1, 4}, {4, -1}}) {
         const Table table = texts(key_size, data_size);
         EXPECT_EQ(hash_tab_flush(table.get()), 0);
-        EXPECT_EQ(reports.take(), lines{"hash_tab_flush: var keys and dats not implemented"});
         EXPECT_EQ(hash_tab_delete(table.get(), "abc"), -1);
-        EXPECT_EQ(reports.take(), lines{"hash_tab_delete: var keys and dats not implemented"});
         EXPECT_EQ(hash_tab_uninsert_index(table.get(), 99), -1);
-        EXPECT_EQ(reports.take(), lines{"hash_tab_uninsert_index: var keys and dats not implemented"});
+        EXPECT_EQ(reports.take(), (lines{"hash_tab_delete: var keys and dats not implemented",
+                                         "hash_tab_flush: var keys and dats not implemented",
+                                         "hash_tab_uninsert_index: var keys and dats not implemented"}));
         EXPECT_EQ(hash_tab_delete_index(table.get(), -1), -1);
         EXPECT_EQ(hash_tab_put_index(table.get(), 99, "abcd"), -1);
         EXPECT_EQ(reports.take(), lines(2, "hash_tab_put: var keys and dats not implemented"));
