@@ -90,9 +90,10 @@ bool reports_memory(std::string_view function)
 // What a header says otherwise.
 const struct Exception {
     std::string_view function;
-    enum { answers, changed, again, untold, silent, seen } what;
+    enum { answers, changed, again, untold, silent, seen, without } what;
     const char *why;
 } exceptions[] = {
+    {"TFastPow_TFastPow", Exception::without, "gives the same powers without a table"},
     {"archive_add", Exception::answers, "the last failure is what an archive is asked for"},
     {"archive_add_file", Exception::answers, "the last failure is what an archive is asked for"},
     {"archive_next", Exception::answers, "the last failure is what an archive is asked for"},
@@ -101,6 +102,8 @@ const struct Exception {
     {"condirmin", Exception::again, "goes on from where it stopped"},
     {"condirmin_restr", Exception::again, "goes on from where it stopped"},
     {"writeVRML", Exception::untold, "the second scene may fail unnoticed"},
+    {"hash_tab_new", Exception::silent, "no line of its own for a pool"},
+    {"TObjFac_TObjFac", Exception::silent, "without a register there is only the error number"},
     {"fusm_level_red_set", Exception::silent, "no memory for the factors is not reported"},
     {"whole_image_sharpen", Exception::silent, "calls fusm_level_red_set"},
     {"rom_obj_malloc", Exception::seen, "one registry, in the order of core_faults.cpp"},
@@ -234,6 +237,7 @@ private:
     void check_failure(const Draw &draw, const Outcome &now)
     {
         const Outcome &expected = expected_[at_];
+        EXPECT_FALSE(excepted(row_.name, Exception::without)) << "fails, although it can do without";
         std::istringstream lines(now.reports);
         for (std::string line; std::getline(lines, line);)
             EXPECT_TRUE(!seen.insert(line).second || promised_for(row_.name, line)) << line;
@@ -266,12 +270,13 @@ class Memory : public testing::TestWithParam<HostileRow>
 {
 };
 
-// Draws are made until some had allocations and all texts were seen, or there were enough.
+// Draws are made until some had allocations, fewer if there were many, and all texts were seen, or there were enough.
 TEST_P(Memory, FailuresAreCleanAndReported)
 {
     constexpr int most_draws = 160, least_swept = 4;
     const std::string &name = GetParam().name;
     const std::ptrdiff_t descriptors = open_descriptors();
+    EXPECT_NE(header_of(name), "");
     Calls calls(GetParam());
     std::set<std::string_view> missing;
     for (const Promise &one : promises)
@@ -280,7 +285,7 @@ TEST_P(Memory, FailuresAreCleanAndReported)
     for (int draw = 0, swept = 0; draw < most_draws && (swept < least_swept || !missing.empty()); ++draw) {
         const std::uint64_t seed = seed_of(GetParam()) + 4 * static_cast<unsigned>(draw);
         const int count = calls.with_memory(seed);
-        swept += count > 0 ? 1 : 0;
+        swept += count > 0 ? 1 + count / 500 : 0;
         for (const bool sticky : {false, true})
             for (int n = 0; n < count && !HasFailure(); ++n) {
                 SCOPED_TRACE("draw " + std::to_string(draw) + (sticky ? ", from call " : ", at call ") +

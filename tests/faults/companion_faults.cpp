@@ -1,4 +1,4 @@
-// The companions when memory is short, and with a host that refuses to open
+// Lock files with a host that fails, and a host that refuses to open
 #include "support/child.h"
 #include "support/folder.h"
 
@@ -16,22 +16,12 @@ using namespace teska_test;
 namespace
 {
 
-constexpr const char *name = "companion_faults.tmp";
-constexpr int lock_flags = LOPRA_O_CREAT | LOPRA_O_EXCL | LOPRA_O_RDWR | LOPRA_O_TEMPORARY;
-
-lopra_handle open_handle()
-{
-    return CreateFile_utf8(name, LOPRA_GENERIC_WRITE, 0, nullptr, LOPRA_OPEN_ALWAYS, 0, nullptr);
-}
-
 // Why the lock of a path cannot be taken; 0 when it can.
 int error_of_second(const std::string &path)
 {
     const int descriptor = lock_utf8(path.c_str());
     return descriptor < 0 ? errno : close_utf8(descriptor);
 }
-
-// ---- Lock files
 
 // Takes the lock of a path and dies at a file call, or with the lock: "<n> <path>". Returns 0 in the second case.
 const ChildRole locker("take a lock", [](const std::string &argument) {
@@ -85,38 +75,16 @@ TEST(LockFile, HoldsWithEveryFileCallFailingOrIsNotThere)
     }
 }
 
-// ---- Memory
-
-TEST(Companions, KeepTheirRecordsWhenMemoryIsShort)
-{
-    char text[WEM_NAME_SIZE];
-    track_memory();
-    wem_lognam_set("old", "O:");
-    wem_pool *pool = wem_zcreate(4, 16);
-    void *record = wem_zalloc(pool);
-    arm(fault_kind::memory, 0, true);
-    EXPECT_EQ(wem_lognam_set("OLD", "P:"), 0);
-    EXPECT_EQ(wem_zcreate(4, 16), nullptr);
-    EXPECT_EQ(wem_zalloc(pool), nullptr);
-    wem_zfree(pool, record);
-    EXPECT_EQ(wem_zalloc(pool), record);
-    EXPECT_EQ(disarm(), 2);
-    EXPECT_NE(wem_zalloc(pool), nullptr);
-    EXPECT_EQ(lognam("old", text), 1);
-    EXPECT_STREQ(text, "P:");
-    wem_lognam_clear();
-    wem_zdestroy(pool);
-    EXPECT_EQ(live_blocks(), 0);
-}
-
 TEST(Companions, KeepNothingWhenTheHostRefusesToOpen)
 {
+    constexpr const char *name = "companion_faults.tmp";
     track_memory();
     arm(fault_kind::files, 0, true);
-    EXPECT_EQ(open_utf8(name, lock_flags, LOPRA_S_IWRITE), -1);
+    EXPECT_EQ(open_utf8(name, LOPRA_O_CREAT | LOPRA_O_RDWR | LOPRA_O_TEMPORARY, LOPRA_S_IWRITE), -1);
     EXPECT_EQ(errno, EIO);
     EXPECT_EQ(fopen_utf8(name, "wb"), nullptr);
-    EXPECT_EQ(open_handle(), LOPRA_INVALID_HANDLE);
+    EXPECT_EQ(CreateFile_utf8(name, LOPRA_GENERIC_WRITE, 0, nullptr, LOPRA_OPEN_ALWAYS, 0, nullptr),
+              LOPRA_INVALID_HANDLE);
     EXPECT_EQ(disarm(), 3);
     EXPECT_EQ(live_blocks(), 0);
 }

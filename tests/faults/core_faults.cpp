@@ -1,15 +1,11 @@
-// Containers, objects, reports and record text when memory is short, where a sweep of single calls does not show it
+// What outlives a call when memory is short: hidden room, the registry, the queue of reports, the place in record text
 #include "dynar.h"
 #include "faults/sweep.h"
-#include "hash_tab.h"
 #include "list.h"
 #include "rom.h"
 #include "str_zuk.h"
-#include "tobjfac.h"
 
 #include <cstdlib>
-#include <cstring>
-#include <new>
 
 using namespace teska_test;
 
@@ -18,85 +14,6 @@ namespace
 
 constexpr const char *no_list = "list_new : Not enough resources to create list";
 constexpr const char *no_room = "list_insert : Unable to extend list, insufficient resources";
-
-// ---- Tables of texts
-
-using Table = std::shared_ptr<hash_tab>;
-
-int length(int, const void *key) { return static_cast<int>(std::strlen(static_cast<const char *>(key))); }
-int equal(const void *stored, const void *key) { return length(0, stored) == length(0, key) ? 1 : 0; }
-
-hash_tab *text_table() { return hash_tab_new(4, -2, -1, length, equal, nullptr, 0, nullptr); }
-
-// Longer than the pools' growth step; in slot 0 of 5.
-const std::string long_text(5000, 'y');
-
-Table table_of_a_text()
-{
-    Table table(text_table(), hash_tab_kill);
-    hash_tab_insert(table.get(), "a", "x");
-    return table;
-}
-
-std::string texts(const Table &table)
-{
-    char data[2] = "";
-    const int index = hash_tab_get(table.get(), "a", data);
-    const int missing = hash_tab_get(table.get(), "12345", nullptr);
-    return std::to_string(dynar_nr_items(hash_tab_keys(table.get()))) + data + std::to_string(index + 10 * missing);
-}
-
-TEST(HashTab, OfTextsIsUnchangedWhenMemoryIsShort)
-{
-    const auto none = [] { return 0; };
-    const auto nothing = [](int) { return std::string(); };
-    EXPECT_EQ(failures_of(
-                  none, [](int) { return made(text_table(), hash_tab_kill); }, nothing),
-              (Reported{{},
-                        {"Hash_tab_new : allocation failed"},
-                        {"dynar_new: Unable to create new dynar"},
-                        {"Hash_tab_new : allocation of table failed nr_items = 5"}}));
-    const Reported fatal{{"ERROR  : 'dynar_ptr: memory allocation failed'"}};
-    const auto insert = [](const Table &table) {
-        const auto call = [&] { return hash_tab_insert(table.get(), long_text.c_str(), long_text.c_str()); };
-        return gave(0, under_returning_host(call));
-    };
-    const auto put = [](const Table &table) {
-        return gave(1, under_returning_host([&] { return hash_tab_put(table.get(), "a", long_text.c_str()); }));
-    };
-    EXPECT_EQ(failures_of(table_of_a_text, insert, texts), fatal);
-    EXPECT_EQ(failures_of(table_of_a_text, put, texts), fatal);
-}
-
-// ---- Objects
-
-bool make_factory()
-{
-    struct Factory : TObjFac {
-        using TObjFac::IncrRefc;
-        TObjEl *TObjFacCreateEl(void *obj) override { return new (std::nothrow) TObjEl(obj); }
-    } factory;
-    if (factory.ErrNo() == 0)
-        return true;
-    char name[8];
-    EXPECT_EQ(factory.IncrRefc(&factory), 0);
-    const bool registered = factory.GetNrObj() == 1;
-    EXPECT_EQ(factory.ScanObject(1), registered ? &factory : nullptr);
-    EXPECT_EQ(factory.GetCurrentScanObject() != nullptr, registered);
-    EXPECT_TRUE(factory.MakeRandomName("", name, 7) == -1 || !registered) << "which part is it?";
-    EXPECT_EQ(factory.SetCurrentScanObject(nullptr) + factory.ScanReset(), 0);
-    EXPECT_EQ(factory.RemoveFromFactory(factory.DecrRefc(&factory)), nullptr);
-    EXPECT_EQ(factory.GetNrObj(), 0);
-    return false;
-}
-
-TEST(TObjFac, OfFewerPartsMayBeUsedLikeAnyOther)
-{
-    const auto none = [] { return 0; };
-    EXPECT_EQ(failures_of(
-                  none, [](int) { return make_factory(); }, [](int) { return std::string(); }),
-              (Reported{{}, {"Random_new : allocation failed"}}));
-}
 
 TEST(HiddenRoom, IsDoneWithoutWhenMemoryIsShort)
 {

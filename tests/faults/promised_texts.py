@@ -2,8 +2,8 @@
 
 usage: promised_texts.py OUTPUT
 
-A row is a header, the function whose block has a text ("" for the common rules) and the text, each of its arguments as
-the byte 1; each function of a header once with the text ""; and as "uses" the other headers whose modules report while
+A row is a header, the function whose block has a text ("" for the common rules; Class_Member) and the text, each of its
+arguments as the byte 1; each function of a header once with the text ""; and as "uses" the other headers whose modules report while
 one of its functions runs, as far as the includes of the sources tell.
 """
 
@@ -49,7 +49,8 @@ def rows():
     for path in public_headers():
         yield from (f'{{"{path.name}", "uses", "{name}"}},\n' for name in uses(path.name))
         for comment in Header(path).comments:
-            functions = [d.name for d in comment.declarations if d.kind == "function"] or [""]
+            scope = comment.scope + "_" if comment.scope else ""
+            functions = [scope + d.name for d in comment.declarations if d.kind == "function"] or [""]
             texts = re.findall(r'"([^"]*)"', " ".join(" ".join(comment.lines).split()))
             for function in functions:
                 for text in ["", *texts] if function else texts:

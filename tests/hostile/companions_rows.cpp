@@ -41,6 +41,7 @@ const HostileRows rows({
             char found[WEM_NAME_SIZE];
             const int result = wem_lognam_set(name, translation);
             EXPECT_TRUE(result != 0 || lognam(name, found) == (translation != nullptr ? 1 : 0)) << name;
+            EXPECT_TRUE(result != 0 || translation == nullptr || wem_lognam_set(name, "in place") == 0);
             wem_lognam_clear();
             return result;
         },
@@ -53,6 +54,7 @@ const HostileRows rows({
             void *const record = wem_zalloc(pool);
             wem_zfree(pool, record);
             wem_zfree(pool, nullptr);
+            EXPECT_TRUE(record == nullptr || wem_zalloc(pool) == record) << "used again, without memory";
             EXPECT_TRUE(pool == nullptr || words > 0);
             wem_zdestroy(pool);
             return record != nullptr;

@@ -558,14 +558,21 @@ Rows feeding(Source... source)
     return {HostileRow{name_of<function>(), caller(7, function, source...)}...};
 }
 
-// A function that is called by another one, which takes its arguments or draws them.
+// By a function of the row's own, which takes what is drawn or draws it: a member of a class, or a function of the
+// interface.
+template <class Call, class... Source>
+Rows member(const std::string &name, Call call, Source... source)
+{
+    if constexpr (std::is_invocable_v<Call, Draw &>)
+        return {{name, call}};
+    else
+        return {{name, caller(1, +call, source...)}};
+}
+
 template <auto function, class Call, class... Source>
 Rows by(Call call, Source... source)
 {
-    if constexpr (std::is_invocable_v<Call, Draw &>)
-        return {{name_of<function>(), call}};
-    else
-        return {{name_of<function>(), caller(1, +call, source...)}};
+    return member(name_of<function>(), call, source...);
 }
 
 // For one of several functions of a name: which, by the types of its parameters.

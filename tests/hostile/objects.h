@@ -362,12 +362,15 @@ inline auto make(Draw &draw, list_rec *)
     return made<list_kill, list_num, list_pos, elements>(list);
 }
 
-// Keys of 4 bytes and data of 8.
+// Keys of 4 bytes and data of 8, or texts of which 4 bytes count.
 inline int hash_of(int parameter, const void *key)
 {
     return *static_cast<const unsigned char *>(key) + (parameter & 7);
 }
-inline int same_key(const void *a, const void *b) { return std::memcmp(a, b, 4) == 0; }
+inline int same_key(const void *a, const void *b)
+{
+    return std::strncmp(static_cast<const char *>(a), static_cast<const char *>(b), 4) == 0;
+}
 inline int no_key(const void *slot) { return same_key(slot, "\0\0\0"); }
 
 inline void slots(hash_tab *table, double *out)
@@ -376,12 +379,22 @@ inline void slots(hash_tab *table, double *out)
         hash_tab_index(table, i, out + 2 * i, out + 2 * i + 1);
 }
 
+inline int key_pool(hash_tab *table)
+{
+    dynar *const pool = hash_tab_keys(table);
+    return pool == nullptr ? 0 : dynar_nr_items(pool);
+}
+
+// With as many texts as the pools have room for at first, or with few entries.
 inline auto make(Draw &draw, hash_tab *)
 {
-    hash_tab *table = hash_tab_new(4, 4, 8, hash_of, same_key, no_key, draw.random.below(9), nullptr);
-    for (int i = draw.random.below(7); i > 0; --i)
-        hash_tab_insert(table, draw.values<int>(1), draw.values<double>(1));
-    return made<hash_tab_kill, hash_tab_nr_items, hash_tab_get, slots>(table);
+    const std::string text(340, 'x');
+    const bool texts = draw.chance(2);
+    hash_tab *table = hash_tab_new(texts ? 20 : 4, texts ? -2 : 4, texts ? -1 : 8, hash_of, same_key, no_key,
+                                   draw.random.below(9), nullptr);
+    for (int i = texts ? 12 : draw.random.below(7); i > 0; --i)
+        hash_tab_insert(table, texts ? text.data() : draw.values<char>(4), texts ? text.data() : draw.values<char>(8));
+    return made<hash_tab_kill, hash_tab_nr_items, hash_tab_get, slots, key_pool>(table);
 }
 
 // ---- Files ----------------------------------------------------------------------------------------------------------
