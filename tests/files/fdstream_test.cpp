@@ -94,9 +94,8 @@ TEST(Fdifstream, ReadsAndMovesAsByteByByteThroughItsBuffer)
     const Folder folder;
     const std::string path = folder.path() + "\\\xc3\xa9\xe6\x97\xa5";
     Generator random(1);
-    std::string content;
-    for (int i = 0; i < 256; ++i)
-        content += static_cast<char>(255 - i);
+    std::string content(256, '\0');
+    std::generate(content.rbegin(), content.rend(), [i = 0]() mutable { return static_cast<char>(i++); });
     fdofstream(path.c_str(), ios::binary).write(content.data(), 256);
     streambufExt buf(path.c_str(), ios::in | ios::binary);
     ASSERT_EQ(buf.openfile(), 0);
