@@ -27,9 +27,9 @@ using Place = std::shared_ptr<Node>;
 
 struct Node {
     bool is_folder = false;
-    std::string flushed, rest = {};                         // of a file
-    std::map<std::string, Place> now = {}, durable = {};    // of a folder
-    std::vector<std::pair<std::string, Place>> since = {};  // names given, or taken (null), since its flush
+    std::string flushed, rest = {};                        // of a file
+    std::map<std::string, std::vector<Place>> names = {};  // of a folder: what each led to (null: nothing) since the
+                                                           // flush, the last one now
 };
 
 // Which flushes reach the disk.
@@ -45,13 +45,9 @@ public:
     // What a path may lead to after a power cut; "?" for what need not be whole, "" for nothing.
     std::set<std::string> may_be(const std::string &path)
     {
-        const auto [folder, name] = find(top_ + "/" + path);
-        if (folder == nullptr)
-            return {""};
-        std::set<std::string> found{whole(folder->durable[name])};
-        for (const auto &[given, node] : folder->since)
-            if (given == name)
-                found.insert(whole(node));
+        std::set<std::string> found;
+        for (const Place &node : led_to(top_ + "/" + path))
+            found.insert(whole(node));
         return found;
     }
 
@@ -80,10 +76,12 @@ public:
         if (!node->is_folder)
             return node->rest.empty() ? "(" + node->flushed + ")" : "?";
         std::string text = "{";
-        for (const auto &[name, inner] : node->durable)
-            if (inner != nullptr)
-                text += name + whole(inner);
-        return node->since.empty() ? text + "}" : "?";
+        for (const auto &[name, nodes] : node->names) {
+            if (nodes.size() > 1)
+                return "?";
+            text += nodes[0] != nullptr ? name + whole(nodes[0]) : "";
+        }
+        return text + "}";
     }
 
     static Place load(const fs::path &path)
@@ -96,8 +94,7 @@ public:
             node->flushed.assign(std::istreambuf_iterator<char>(stream), {});
         else
             for (const fs::directory_entry &one : fs::directory_iterator(path))
-                node->now[one.path().filename().string()] = load(one.path());
-        node->durable = node->now;
+                node->names[one.path().filename().string()] = {load(one.path())};
         return node;
     }
 
@@ -135,46 +132,38 @@ private:
 
     void flush(Node &node) const
     {
-        if (node.is_folder && flushes_.folders) {
-            node.durable = node.now;
-            node.since.clear();
-        } else if (!node.is_folder && flushes_.files) {
+        if (!node.is_folder && flushes_.files)
             node.flushed += std::exchange(node.rest, "");
-        }
+        for (auto &[name, nodes] : node.names)
+            if (flushes_.folders)
+                nodes = {nodes.back()};
     }
 
-    void give(const std::string &path, const Place &node)
-    {
-        const auto [folder, name] = find(path);
-        if (folder != nullptr) {
-            folder->now[name] = node;
-            folder->since.emplace_back(name, node);
-        }
-    }
+    void give(const std::string &path, const Place &node) { led_to(path).push_back(node); }
+    Place now(const std::string &path) { return path == top_ ? root_ : led_to(path).back(); }
 
-    // What a path leads to now; null outside.
-    Place now(const std::string &path)
+    // What a path has led to since the flush of its folder; nothing outside.
+    std::vector<Place> &led_to(const std::string &path)
     {
-        const auto [folder, name] = find(path);
-        return folder != nullptr ? folder->now[name] : path == top_ ? root_ : nullptr;
-    }
-
-    // The folder of a path, as it is now, and the last name; null outside.
-    std::pair<Place, std::string> find(const std::string &path)
-    {
+        outside_ = {nullptr};
         if (!path.starts_with(top_ + "/"))
-            return {nullptr, ""};
+            return outside_;
         Place at = root_;
         std::istringstream parts(path.substr(top_.size() + 1));
-        std::string name, next;
-        std::getline(parts, name, '/');
-        while (at != nullptr && std::getline(parts, next, '/')) {
-            at = at->now[name];
-            name = next;
+        for (std::string name; std::getline(parts, name, '/');) {
+            std::vector<Place> &nodes = at->names[name];
+            if (nodes.empty())
+                nodes = {nullptr};
+            at = nodes.back();
+            if (parts.eof())
+                return nodes;
+            if (at == nullptr)
+                break;
         }
-        return {at, name};
+        return outside_;
     }
 
+    std::vector<Place> outside_;
     std::string top_;
     Place root_;
     Flushes flushes_;
