@@ -64,15 +64,6 @@ TEST(KernelTable, HoldsEveryKernelAtItsLevelWithTheSameEntries)
         }
 }
 
-TEST(KernelTable, HasAScalarKernelForEveryOperation)
-{
-    std::size_t covered = 0;
-    for (const Kernel &kernel : all_kernels)
-        if (kernel.level == simd_level::scalar)
-            covered += kernel.entries(kernel_table{}).size();
-    EXPECT_EQ(covered, sizeof(kernel_table));
-}
-
 TEST(KernelTable, InForceHoldsWhatTheProcessorHas)
 {
     const simd_level level = teska::simd_available();
