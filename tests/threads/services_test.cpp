@@ -123,46 +123,35 @@ TEST(ErrorMess, PrintsWholeLinesWhileThreadsChangeTheModes)
     }
 }
 
-std::string told(int thread, int round)
+// The process has one function, called by one thread at a time, or a queue; every other thread has its own function.
+TEST(FailingCalls, GoToTheFunctionOfTheThreadOrToThatOrTheQueueOfTheProcess)
 {
-    return "thread " + std::to_string(thread) + " round " + std::to_string(round);
-}
-
-// One function for the process, called by one thread at a time, and one of its own for every other thread.
-TEST(FailingCalls, GoToTheFunctionOfTheThreadOrOfTheProcess)
-{
-    std::vector<std::string> of_process;
-    const auto keep = [](void *context, const char *line) {
-        static_cast<std::vector<std::string> *>(context)->emplace_back(line);
-    };
-    error_set_handler(keep, &of_process, nullptr);
-    in_threads(threads, [&](int thread) {
-        std::vector<std::string> own;
-        if (thread % 2 == 1)
-            error_set_thread_handler(keep, &own, nullptr);
-        for (int round = 0; round < 50; ++round)
-            error_mess_fl(told(thread, round).c_str(), __FILE__, __LINE__);
-        EXPECT_EQ(own.size(), thread % 2 == 1 ? 50U : 0U);
-        error_set_thread_handler(nullptr, nullptr, nullptr);
-    });
-    error_set_handler(nullptr, nullptr, nullptr);
-    EXPECT_EQ(of_process.size(), 50U * ((threads + 1) / 2));
-}
-
-TEST(FailingCalls, QueueEveryLineOfTheProcessOnce)
-{
-    const int before = error_set(2);
-    std::multiset<std::string> missing, queued;
-    for (int i = 0; i < threads * 50; ++i)
-        missing.insert("ERROR : '" + told(i / 50, i % 50) + "'");
-    in_threads(threads, [](int thread) {
-        for (int round = 0; round < 50; ++round)
-            error_mess_fl(told(thread, round).c_str(), __FILE__, __LINE__);
-    });
-    while (const char *line = error_get())
-        queued.insert(line);
-    EXPECT_EQ(queued, missing);
-    error_set(before);
+    using Lines = std::multiset<std::string>;
+    const auto keep = [](void *context, const char *line) { static_cast<Lines *>(context)->insert(line); };
+    for (const int mode : {1, 2}) {
+        Lines of_process, missing;
+        for (int i = 0; i < threads * 50; ++i)
+            if (i / 50 % 2 == 0)
+                missing.insert("ERROR : '" + std::to_string(i) + "'");
+        const int before = error_set(mode);
+        error_set_handler(keep, &of_process, nullptr);
+        in_threads(threads, [&](int thread) {
+            Lines own;
+            if (thread % 2 == 1) {
+                error_set_thread(1);
+                error_set_thread_handler(keep, &own, nullptr);
+            }
+            for (int i = 50 * thread; i < 50 * thread + 50; ++i)
+                error_mess_fl(std::to_string(i).c_str(), __FILE__, __LINE__);
+            EXPECT_EQ(own.size(), thread % 2 == 1 ? 50U : 0U);
+            error_set_thread_handler(nullptr, nullptr, nullptr);
+        });
+        while (const char *line = error_get())
+            of_process.insert(line);
+        EXPECT_EQ(of_process, missing) << mode;
+        error_set_handler(nullptr, nullptr, nullptr);
+        error_set(before);
+    }
 }
 
 }  // namespace
