@@ -19,6 +19,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <numeric>
 
 namespace
 {
@@ -144,6 +145,13 @@ TEST_F(Gallery, BendsTonesFitsOutlinesAndCorrectsOneColour)
     const picture corrected = correct_selectively(pair).corrected;
     EXPECT_GT(corrected.samples[2], 30);
     EXPECT_TRUE(std::equal(&pair.samples[3], &pair.samples[5] + 1, &corrected.samples[3]));
+}
+
+TEST(Difference, IsSummarisedByRank)
+{
+    std::vector<double> values(100);
+    std::iota(values.begin(), values.end(), 1.0);
+    EXPECT_EQ(summarise(values).percentile_95, 95);
 }
 
 TEST(Lines, AreSharpenedReducedFilledAndTakenThroughTables)
