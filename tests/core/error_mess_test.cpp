@@ -44,8 +44,9 @@ std::string printed(Body &&body)
     return text;
 }
 
-// Takes the steps of a script: =n sets the mode, @n that of the thread, <n the threshold and ?n the debug switch, each of
-// which answers with the value before; !n warns of ink at level n and debugs it; . fetches all lines; others are messages.
+// Takes the steps of a script: =n sets the mode, @n that of the thread, <n the threshold and ?n the debug switch, each
+// of which answers with the value before; !n warns of ink at level n and debugs it; . fetches all lines; the others are
+// messages.
 lines answers(const std::string &script)
 {
     lines given;
@@ -87,8 +88,8 @@ protected:
 
 }  // namespace
 
-// Kept: queued lines are cut at 256 characters and handed out in descending order; a kept line is forgotten when mode 3 is
-// set again, the queue on leaving mode 2. A thread has whole lines in their order.
+// Kept: queued lines are cut at 256 characters and handed out in descending order; a kept line is forgotten when mode 3
+// is set again, the queue on leaving mode 2. A thread has whole lines in their order.
 TEST_F(ErrorMess, KeptPrintsKeepsOrDropsLinesAndWarnsAsTheModesSay)
 {
     const std::string ink = "ERROR : 'ink'", paper = "ERROR : 'paper'", first_256 = cut_line.substr(0, 256);
