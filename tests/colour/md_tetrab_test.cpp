@@ -105,7 +105,8 @@ void expect_conversion(const Table &table, Generator &random)
     check_run<unsigned char, unsigned char>(
         run, random,
         [&] {
-            return one_of(Bytes{0, 255, random.byte(), random.byte()});
+            const unsigned char fresh[] = {0, 255, random.byte(), random.byte()};
+            return one_of(fresh);
         },
         [&](int p, const Bytes &pixel) {
             return used == nullptr || used[p] > threshold ? model(table, pixel) : Bytes();
