@@ -146,20 +146,18 @@ const Operation operations[] = {
     {"ibilin 8-bit, 300 to 1717", ibilin_image<unsigned char, 300, 1717>},
     {"ibilin 16-bit, 1000 to 1500", ibilin_image<unsigned short, 1000, 1500>},
     {"ibilin 16-bit, 1201 to 300", ibilin_image<unsigned short, 1201, 300>},
+    {"izat 8-bit, area", izat_images(IZAT_AREA, izat_line_b)},
+    {"izat 16-bit, area", izat_images(IZAT_AREA, izat_line)},
+    {"izat 8-bit, triangle", izat_images(IZAT_TRIANGLE, izat_line_b)},
+    {"izat 16-bit, triangle", izat_images(IZAT_TRIANGLE, izat_line)},
+    {"izat 8-bit, Catmull-Rom", izat_images(IZAT_CATMULL_ROM, izat_line_b)},
+    {"izat 16-bit, Catmull-Rom", izat_images(IZAT_CATMULL_ROM, izat_line)},
+    {"izat 8-bit, Mitchell", izat_images(IZAT_MITCHELL, izat_line_b)},
+    {"izat 16-bit, Mitchell", izat_images(IZAT_MITCHELL, izat_line)},
+    {"izat 8-bit, Lanczos-3", izat_images(IZAT_LANCZOS3, izat_line_b)},
+    {"izat 16-bit, Lanczos-3", izat_images(IZAT_LANCZOS3, izat_line)},
     {"izoom 8-bit", izoom_images(izoom_line_b)},
     {"izoom 16-bit", izoom_images(izoom_line)},
 };
-
-const int izat_registered = [] {
-    for (const auto &[kernel, name] : {std::pair(IZAT_AREA, "area"),
-                                       {IZAT_TRIANGLE, "triangle"},
-                                       {IZAT_CATMULL_ROM, "Catmull-Rom"},
-                                       {IZAT_MITCHELL, "Mitchell"},
-                                       {IZAT_LANCZOS3, "Lanczos-3"}}) {
-        Operation(std::string("izat 8-bit, ") + name, izat_images(kernel, izat_line_b));
-        Operation(std::string("izat 16-bit, ") + name, izat_images(kernel, izat_line));
-    }
-    return 0;
-}();
 
 }  // namespace

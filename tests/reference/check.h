@@ -20,9 +20,6 @@ extern "C" {
 #endif
 /* Counts a failure of the running example unless ok; text is the expression. */
 void reference_check(int ok, const char *text, const char *file, int line);
-/* An empty file, or a folder with those above it, in that of the examples. */
-void reference_make_file(const char *name);
-void reference_make_folder(const char *name);
 #ifdef __cplusplus
 }
 #endif

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 
 namespace
 {
@@ -29,10 +28,6 @@ void reference_check(int ok, const char *text, const char *file, int line)
     if (ok == 0)
         ADD_FAILURE_AT(file, line) << text;
 }
-
-void reference_make_file(const char *name) { EXPECT_TRUE(std::ofstream(name).is_open()) << name; }
-
-void reference_make_folder(const char *name) { std::filesystem::create_directories(name); }
 
 #define RUN(subsystem)                                                                                                 \
     EXAMPLES(subsystem);                                                                                               \

@@ -28,7 +28,7 @@ int draw(const TQuadHit *, void *canvas) { return ++*static_cast<int *>(canvas),
 int guarded_step()
 {
     const int busy = 1;
-    reference_make_folder("profiles");
+    rsys_make_folder("profiles");
     tcriticsect_1();
     return 0;
 }
