@@ -21,7 +21,6 @@ TEST(VectSums, GoFromTheFirstValueOn)
     const Values a{1e16, 1, -1e16, 3}, b{1, 1, 1, 2}, odd{2, quiet, 1, 3};
     EXPECT_EQ(vect_scalar_product(a.data(), b.data(), 4), 6);  // the 1 is lost
     EXPECT_EQ(vect_calc_norm(Values{3, 4}.data(), 2), 5);
-    EXPECT_EQ(vect_distance(Values{1, 2}.data(), Values{4, 6}.data(), 2), 5);
     EXPECT_EQ(vect_Min(odd.data(), 4), 1);
     EXPECT_EQ(vect_Max(odd.data(), 4), 3);
     EXPECT_EQ(vect_Max(nullptr, 0), 0);
