@@ -192,7 +192,7 @@ TEST(Rs232NoPort, IsAnsweredWithTheFailureValueAlone)
 
 #ifdef _WIN32
 // A pseudo terminal has eight bits and no parity, whatever it is set to; POSIX is checked in tests/faults.
-TEST(Rs232, EntersItsSettingsIntoTheControlBlock)
+TEST(Rs232ControlBlock, TakesTheSettings)
 {
     for (const int on : {0, 1}) {
         teska::serial::control_block block;
