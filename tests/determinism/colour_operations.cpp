@@ -7,7 +7,6 @@
 #include "md_tetras.h"
 #include "mmd_tetras.h"
 
-#include <memory>
 #include <span>
 
 using namespace teska_test;
@@ -81,10 +80,9 @@ Operation::Run tetrab(Generator &input, Size s)
         md_tetrab_interp(table.get(), in.at.data(), in.step, out.at.data(), out.step, 1000, nullptr, 0);
         digest.put(out.buffer);
         for (const int resolution : {2 * s.points - 1, s.points + 1}) {
-            md_tetrab *const expanded = md_tetrab_expand(table.get(), resolution);
-            const auto made = vertices<md_tetrab_dataptr>(expanded);
+            const auto expanded = shared(md_tetrab_expand(table.get(), resolution), md_tetrab_kill);
+            const auto made = vertices<md_tetrab_dataptr>(expanded.get());
             digest.add(made.data(), made.size());
-            md_tetrab_kill(expanded);
         }
     };
 }
@@ -111,22 +109,23 @@ Operation::Run tetras(Generator &input, Size s)
     const std::shared_ptr<md_tetras> made(md_tetras_new(s.inputs, s.outputs, s.points), md_tetras_kill);
     filled(input, vertices<md_tetras_dataptr>(made.get()));
     return [=](Generator &at, Digest &digest) {
-        md_tetras *const table = md_tetras_clone(made.get());
+        const auto table = shared(md_tetras_clone(made.get()), md_tetras_kill);
         Samples<unsigned short> in(s.inputs, 1000, s.inputs), out(s.outputs, 1000, s.outputs);
         Samples<unsigned char> in_b(s.inputs, 1000, s.inputs), out_b(s.outputs, 1000, s.outputs);
         const Bytes mask = filled(at, Bytes(1000));
         for (const std::size_t entries : {0U, 2U, 300U}) {
             if (entries != 0) {
                 const int count = static_cast<int>(entries);
-                md_tetras_ilut_set(table, s.inputs - 1, count, filled(at, Words(entries)).data());
-                md_tetras_olut_set(table, 0, count, filled(at, Words(entries)).data());
+                md_tetras_ilut_set(table.get(), s.inputs - 1, count, filled(at, Words(entries)).data());
+                md_tetras_olut_set(table.get(), 0, count, filled(at, Words(entries)).data());
             }
             for (std::size_t i = 0; i < in.buffer.size(); ++i) {
                 in.buffer[i] = static_cast<unsigned short>(at.next() >> 48);
                 in_b.buffer[i] = at.byte();
             }
             const auto convert = [&](auto function, const auto &from, auto &to, const unsigned char *through) {
-                function(table, from.at.data(), from.step, to.at.data(), to.step, 1000, through, through ? 100 : 0);
+                function(table.get(), from.at.data(), from.step, to.at.data(), to.step, 1000, through,
+                         through ? 100 : 0);
                 digest.put(to.buffer);
             };
             convert(md_tetras_interp, in, out, nullptr);
@@ -134,7 +133,6 @@ Operation::Run tetras(Generator &input, Size s)
             convert(md_tetras_interp_bs, in_b, out, mask.data());
             convert(md_tetras_interp_sb, in, out_b, mask.data());
         }
-        md_tetras_kill(table);
     };
 }
 

@@ -8,7 +8,6 @@
 #include "p_bezierd_base.h"
 
 #include <cstdlib>
-#include <memory>
 
 using namespace teska_test;
 
@@ -73,31 +72,29 @@ Operation::Run polylines(Generator &input)
 
 void fit(Generator &input, Digest &digest)
 {
-    bezier *b = bezier_new(3, 0, 0, 0, 0);
+    const auto b = shared(bezier_new(3, 0, 0, 0, 0), bezier_kill);
     for (unsigned int round = 0; round < 400; ++round) {
         auto p = between<40>(input, -1, 1);
         double r[10];
         for (std::size_t i = 1; i < 20; ++i)
             p[i] += p[i - 1] + 1;
-        bezier_fit(b, static_cast<int>(2 + round % 19), &p[0], &p[20], round & 1, 1, p[39], round & 2, p[38], -1, r,
-                   r + 1, 0);
-        bezier_get_control_poly(b, r + 2, r + 6);
+        bezier_fit(b.get(), static_cast<int>(2 + round % 19), &p[0], &p[20], round & 1, 1, p[39], round & 2, p[38], -1,
+                   r, r + 1, 0);
+        bezier_get_control_poly(b.get(), r + 2, r + 6);
         digest.put(r);
     }
-    bezier_kill(b);
 }
 
 void moments(Generator &input, Digest &digest)
 {
-    hist *h = hist_new(-300, 300);
+    const auto h = shared(hist_new(-300, 300), hist_kill);
     for (int i = 0; i < 3000; ++i) {
         const int value = input.below(701) - 350;
-        hist_point(h, &value, 1);
+        hist_point(h.get(), &value, 1);
         double results[2];
-        hist_med(h, &results[0], &results[1]);
-        digest.put(results, static_cast<double>(hist_percentile(h, input.between(0.0, 100.0))));
+        hist_med(h.get(), &results[0], &results[1]);
+        digest.put(results, static_cast<double>(hist_percentile(h.get(), input.between(0.0, 100.0))));
     }
-    hist_kill(h);
 }
 
 void add_points(Digest &digest, const lin_interp_double *li)
@@ -121,14 +118,13 @@ void add_values(Digest &digest, const lin_interp_double *li, Generator &input)
 
 Operation::Run curve_values(Generator &input)
 {
-    const std::shared_ptr<lin_interp_double> li(lin_interp_double_new(16, nullptr), lin_interp_double_kill);
+    const auto li = shared(lin_interp_double_new(16, nullptr), lin_interp_double_kill);
     // Two statements: compilers differ in which argument they compute first.
     for (int i = 0; i < 200; ++i) {
         const double x = input.between(-1, 1);
         lin_interp_double_insert(li.get(), x, input.between(-1, 1));
     }
-    const std::shared_ptr<lin_interp_double> inverse(lin_interp_double_invert(li.get(), nullptr),
-                                                     lin_interp_double_kill);
+    const auto inverse = shared(lin_interp_double_invert(li.get(), nullptr), lin_interp_double_kill);
     return [=](Generator &at, Digest &digest) {
         add_values(digest, li.get(), at);
         add_points(digest, inverse.get());
@@ -138,13 +134,12 @@ Operation::Run curve_values(Generator &input)
 
 void nearest_points(Generator &input, Digest &digest)
 {
-    lin_interp_double *li = lin_interp_double_new(16, nullptr);
+    const auto li = shared(lin_interp_double_new(16, nullptr), lin_interp_double_kill);
     for (int i = 0; i < 500; ++i) {
         const double x = input.between(-1, 1);
-        lin_interp_double_subst(li, x, input.unit(), 0.01);
+        lin_interp_double_subst(li.get(), x, input.unit(), 0.01);
     }
-    add_points(digest, li);
-    lin_interp_double_kill(li);
+    add_points(digest, li.get());
 }
 
 using Chain = std::shared_ptr<poly_bezier>;

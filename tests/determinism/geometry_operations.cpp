@@ -10,15 +10,12 @@
 
 #include <cmath>
 #include <cstdint>
-#include <memory>
 
 using namespace teska_test;
 
 namespace
 {
 
-using List = std::unique_ptr<list_rec, int (*)(list_rec *)>;
-using Volume = std::shared_ptr<tetra_volume>;
 using Points = std::vector<std::array<double, 3>>;
 
 Points points_within(Generator &input, int count, double limit)
@@ -51,9 +48,9 @@ std::array<double, 3> on_sphere(Generator &input, double radius)
 
 // A cloud with as many points on the surface as inside, or a turned grid: what the tetrahedra are and what they answer.
 const Operation tetra_cut("tetra_volume_new, get_tetra, point_inside", [](Generator &input) -> Operation::Run {
-    std::vector<std::pair<Volume, Points>> made;
+    std::vector<std::pair<std::shared_ptr<tetra_volume>, Points>> made;
     for (const bool grid : {false, true}) {
-        const List points(list_new(1000, sizeof(tetra_point), nullptr), list_kill);
+        const auto points = shared(list_new(1000, sizeof(tetra_point), nullptr), list_kill);
         for (int i = 0; i < 729; ++i) {
             const double x = grid ? i % 9 : input.between(-1, 1), y = grid ? i / 9 % 9 : input.between(-1, 1);
             const double z = grid ? i / 81 : input.between(-1, 1);
@@ -61,7 +58,7 @@ const Operation tetra_cut("tetra_volume_new, get_tetra, point_inside", [](Genera
             const tetra_point p{scale * (0.6 * x - 0.8 * y), scale * (0.8 * x + 0.6 * y), scale * z, i + 0.0};
             list_insert(points.get(), &p);
         }
-        const Volume v(tetra_volume_new(points.get()), tetra_volume_kill);
+        const auto v = shared(tetra_volume_new(points.get()), tetra_volume_kill);
         made.emplace_back(v, points_within(input, 300, 9));
     }
     return [made](Generator &, Digest &digest) {
@@ -153,7 +150,7 @@ const Operation hulls("TConvexHull, points on spheres", [](Generator &input) -> 
 // Its vertices, faces and measures.
 const Operation hull_surface("convex_hull, points on spheres", [](Generator &input, Digest &digest) {
     for (const double radius : {1.0, 100.0, 40000.0}) {
-        const std::unique_ptr<convex_hull, convex_hull *(*)(convex_hull *)> hull(convex_hull_new(), convex_hull_kill);
+        const auto hull = shared(convex_hull_new(), convex_hull_kill);
         convex_hull_set_unit(hull.get(), radius / 90);
         for (int i = 0; i < 500; ++i)
             convex_hull_add(hull.get(), on_sphere(input, radius).data());
@@ -208,8 +205,8 @@ const Operation tree("TQuadTree, points and boxes", [](Generator &input) -> Oper
 // The surface of a hull and the same triangles as a volume, whose tree is made on demand.
 const Operation nearest_points(
     "convex_hull_nearest, tetra_volume_nearest and proj_nearest_triangle", [](Generator &input) -> Operation::Run {
-        const std::shared_ptr<convex_hull> hull(convex_hull_new(), convex_hull_kill);
-        const std::shared_ptr<tetra_volume> volume(tetra_volume_new0(), tetra_volume_kill);
+        const auto hull = shared(convex_hull_new(), convex_hull_kill);
+        const auto volume = shared(tetra_volume_new0(), tetra_volume_kill);
         for (int i = 0; i < 400; ++i) {
             const double x = input.between(0, 100), y = input.between(-60, 60);
             const double p[3] = {x, y, i % 2 == 0 ? 0 : input.between(-60, 60)};
@@ -281,7 +278,7 @@ const Operation top_surface("TTriangularTopSurface, five inks", [](Generator &) 
 // A press whose patches are partly repeated, on a grid and beside it; what it answers in and out of gamut.
 Operation::Run press_of(Generator &input, int channels, int steps)
 {
-    const std::shared_ptr<clg> cloud(clg_new(channels + 1, channels, 0, 100), clg_kill);
+    const auto cloud = shared(clg_new(channels + 1, channels, 0, 100), clg_kill);
     int points = 1;
     for (int k = 0; k < channels; ++k)
         points *= steps;

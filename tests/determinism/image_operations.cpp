@@ -27,17 +27,16 @@ template <int Radius, class Sample, int (*Feed)(fir *, const Sample *, Sample **
 void filter(Generator &input, Digest &digest)
 {
     const auto kernel = between<(2 * Radius + 1) * (2 * Radius + 1)>(input, -1.5, 1.6);
-    fir *const record = fir_new(Radius, sizeof(Sample) == 1 ? 255 : 65535);
-    teska::fir_set_kernel(record, kernel.data());
-    fir_start(record, 1, height, width, ignore_line, 1, 2);
+    const auto record = shared(fir_new(Radius, sizeof(Sample) == 1 ? 255 : 65535), fir_kill);
+    teska::fir_set_kernel(record.get(), kernel.data());
+    fir_start(record.get(), 1, height, width, ignore_line, 1, 2);
     std::vector<Sample> lines(height * width), out(2 * width);
     shift_in(input, lines);
     for (int y = 0; y < height; ++y) {
         Sample *holder = out.data();
-        Feed(record, &lines[static_cast<std::size_t>(y * width)], &holder);
+        Feed(record.get(), &lines[static_cast<std::size_t>(y * width)], &holder);
         digest.put(out);
     }
-    fir_kill(record);
 }
 
 template <class Sample, int From, int To>
@@ -45,17 +44,16 @@ void ibilin_image(Generator &input, Digest &digest)
 {
     std::vector<Sample> in(3 * From), out(3 * To);
     Sample *to[] = {out.data(), out.data() + 1, out.data() + 2};
-    ibilin *const record = ibilin_new(0);
-    ibilin_start(record, 3, height, From, height * To / From, To, ignore_line, 3, 3);
+    const auto record = shared(ibilin_new(0), ibilin_kill);
+    ibilin_start(record.get(), 3, height, From, height * To / From, To, ignore_line, 3, 3);
     for (int y = 0; y < height; ++y) {
         shift_in(input, in);
         if constexpr (sizeof(Sample) == 1)
-            ibilin_rgb_b(record, &in[0], &in[1], &in[2], &to[0], &to[1], &to[2]);
+            ibilin_rgb_b(record.get(), &in[0], &in[1], &in[2], &to[0], &to[1], &to[2]);
         else
-            ibilin_rgb(record, &in[0], &in[1], &in[2], &to[0], &to[1], &to[2]);
+            ibilin_rgb(record.get(), &in[0], &in[1], &in[2], &to[0], &to[1], &to[2]);
         digest.put(out);
     }
-    ibilin_kill(record);
 }
 
 // Brings noise of 120 columns and 30 lines to `To` / `From` of its size. Many samples lie at the ends of the range, so
@@ -88,15 +86,14 @@ template <class Sample>
 Operation::Run izat_images(int kernel, int feed(izat *, const Sample *, Sample **))
 {
     return [=](Generator &input, Digest &digest) {
-        izat *const record = izat_new(kernel);
+        const auto record = shared(izat_new(kernel), izat_kill);
         for (const int n : {1, 3, 4, 5}) {
-            izat_window_set(record, 0, 0, 0, 0);
+            izat_window_set(record.get(), 0, 0, 0, 0);
             for (const auto &[from, to] : zoom_ratios)
-                zoom_image(record, izat_start, feed, n, from, to, input, digest);
-            izat_window_set(record, 10.3, 0.7, 87.45, 23.1);
-            zoom_image(record, izat_start, feed, n, 1, 1, input, digest);
+                zoom_image(record.get(), izat_start, feed, n, from, to, input, digest);
+            izat_window_set(record.get(), 10.3, 0.7, 87.45, 23.1);
+            zoom_image(record.get(), izat_start, feed, n, 1, 1, input, digest);
         }
-        izat_kill(record);
     };
 }
 
@@ -104,11 +101,10 @@ template <class Sample>
 Operation::Run izoom_images(int feed(izoom *, const Sample *, Sample **))
 {
     return [=](Generator &input, Digest &digest) {
-        izoom *const record = izoom_new();
+        const auto record = shared(izoom_new(), izoom_kill);
         for (const int n : {1, 3, 4, 5})
             for (const auto &[from, to] : zoom_ratios)
-                zoom_image(record, izoom_start, feed, n, from, to, input, digest);
-        izoom_kill(record);
+                zoom_image(record.get(), izoom_start, feed, n, from, to, input, digest);
     };
 }
 
@@ -117,23 +113,22 @@ template <int Radius, class Sample, int (*Feed)(fusm *, Sample **, Sample **, co
 void sharpen(Generator &input, Digest &digest)
 {
     constexpr bool bytes = sizeof(Sample) == 1;
-    fusm *const record = fusm_new(Radius, bytes ? 255 : 40000, 3, 3, nullptr, nullptr);
+    const auto record = shared(fusm_new(Radius, bytes ? 255 : 40000, 3, 3, nullptr, nullptr), fusm_kill);
     const auto numbers = between<18>(input, 0.0, 1.5);
-    fusm_stren_set(record, &numbers[0]);
-    fusm_noise_red_set(record, &numbers[3]);
+    fusm_stren_set(record.get(), &numbers[0]);
+    fusm_noise_red_set(record.get(), &numbers[3]);
     if (Radius != 1)
-        fusm_level_red_set(record, 2, &numbers[6], &numbers[12]);
-    fusm_start(record, height, width, ignore_line, 3, 0, 3);
+        fusm_level_red_set(record.get(), 2, &numbers[6], &numbers[12]);
+    fusm_start(record.get(), height, width, ignore_line, 3, 0, 3);
     std::vector<Sample> lines(3 * height * width), out(3 * width);
     shift_in(input, lines);
     Sample *to[] = {out.data(), out.data() + 1, out.data() + 2};
     for (int y = 0; y < height; ++y) {
         Sample *const line = &lines[static_cast<std::size_t>(3 * y * width)];
         Sample *in[] = {line, line + 1, line + 2};
-        Feed(record, in, to, nullptr);
+        Feed(record.get(), in, to, nullptr);
         digest.put(out);
     }
-    fusm_kill(record);
 }
 
 const Operation operations[] = {

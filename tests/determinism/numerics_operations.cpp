@@ -12,8 +12,6 @@
 #include "vect.h"
 #include "vect_lobe.h"
 
-#include <memory>
-
 using namespace teska_test;
 
 namespace
@@ -74,9 +72,8 @@ void simplex(Generator &input, Digest &digest)
         Values x = between(input, n, -2, 2);
         double least = 0.0;
         int evaluations = 0;
-        dhsm *d = dhsm_new(rosenbrock, nullptr, n);
-        dhsm_solve(d, &evaluations, &n, 1e-6, x.data(), 5000, &least);
-        dhsm_kill(d);
+        const auto d = shared(dhsm_new(rosenbrock, nullptr, n), dhsm_kill);
+        dhsm_solve(d.get(), &evaluations, &n, 1e-6, x.data(), 5000, &least);
         x.push_back(least);
         digest.put(x);
         digest.put(evaluations);
@@ -101,15 +98,13 @@ void directions(Generator &input, Digest &digest)
 void sequences(Generator &input, Digest &digest)
 {
     const int seed = input.below(2000000000);
-    random_rec *generator = random_new(seed);
+    const auto generator = shared(random_new(seed), random_kill);
     TRan3 subtractive(seed);
-    rdither *cell = rdither_new(1000, 7);
+    const auto cell = shared(rdither_new(1000, 7), rdither_kill);
     for (unsigned i = 0; i <= 1000; ++i) {
-        digest.put(random_val(generator));
-        digest.put(subtractive.Generate(), rdither_val(cell, i / 4, i, i));
+        digest.put(random_val(generator.get()));
+        digest.put(subtractive.Generate(), rdither_val(cell.get(), i / 4, i, i));
     }
-    rdither_kill(cell);
-    random_kill(generator);
 }
 
 void solvers(Generator &input, Digest &digest)
@@ -138,7 +133,7 @@ const Operation operations[] = {
 
 const Operation lobes("vect_lobe, 5 dimensions", [](Generator &input) -> Operation::Run {
     const Values centre = between(input, 5), axis = between(input, 5);
-    const std::shared_ptr<vect_lobe> lobe(vect_lobe_new(5, centre.data(), axis.data(), 2, 0.7), vect_lobe_kill);
+    const auto lobe = shared(vect_lobe_new(5, centre.data(), axis.data(), 2, 0.7), vect_lobe_kill);
     return [lobe](Generator &at, Digest &digest) {
         for (int i = 0; i < 500; ++i) {
             Values x = between(at, 5, -1.5, 1.5), slope(5), out(5);

@@ -13,6 +13,7 @@
 #include <array>
 #include <functional>
 #include <initializer_list>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -72,6 +73,13 @@ private:
     Make make_;
     bool one_object_;
 };
+
+// An object that goes with its last user.
+template <class Object, class Kill>
+std::shared_ptr<Object> shared(Object *object, Kill kill)
+{
+    return {object, kill};
+}
 
 template <std::size_t n>
 std::array<double, n> between(Generator &input, double lo, double hi)

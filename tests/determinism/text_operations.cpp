@@ -8,7 +8,6 @@
 
 #include <cmath>
 #include <cstring>
-#include <memory>
 
 namespace teska_test
 {
@@ -42,10 +41,10 @@ static void load(void *, int id, void *destination) { std::memcpy(destination, &
 
 // What is looked up in common, goes through a queue and a cache of each one's own.
 static const Operation containers("list, dynar and hash_tab, itemfifo and cache", [](Generator &input) {
-    const std::shared_ptr<list_rec> list(list_new(1, sizeof(int), at_or_after), list_kill);
-    const std::shared_ptr<dynar> array(dynar_new(sizeof(int), 1), dynar_kill);
-    const std::shared_ptr<hash_tab> table(hash_tab_new(200, sizeof(int), sizeof(int), hash, match, empty, 0, nullptr),
-                                          hash_tab_kill);
+    const auto list = shared(list_new(1, sizeof(int), at_or_after), list_kill);
+    const auto array = shared(dynar_new(sizeof(int), 1), dynar_kill);
+    const auto table =
+        shared(hash_tab_new(200, sizeof(int), sizeof(int), hash, match, empty, 0, nullptr), hash_tab_kill);
     for (int i = 0; i < 200; ++i) {
         const int key = 1 + input.below(300);
         list_insert(list.get(), &key);
@@ -53,8 +52,8 @@ static const Operation containers("list, dynar and hash_tab, itemfifo and cache"
         hash_tab_insert(table.get(), &key, &i);
     }
     return Operation::Run([=](Generator &at, Digest &digest) {
-        const std::shared_ptr<itemfifo> queue(itemfifo_new(sizeof(int), 3), itemfifo_kill);
-        const std::shared_ptr<cache> pages(cache_new(300, 7, sizeof(int), size_of, load, nullptr), cache_kill);
+        const auto queue = shared(itemfifo_new(sizeof(int), 3), itemfifo_kill);
+        const auto pages = shared(cache_new(300, 7, sizeof(int), size_of, load, nullptr), cache_kill);
         for (int i = 0; i < 500; ++i) {
             int key = 1 + at.below(300), found[] = {0, list_pos(list.get(), &key), i};
             hash_tab_get(table.get(), &key, found);
