@@ -10,6 +10,7 @@
 
 #include <unistd.h>
 
+#include <climits>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -148,7 +149,8 @@ State state(const Tree &tree, bool temporary)
     return folded;
 }
 
-// A call of which nothing fails: the tree before and after it, and what the disk has of what it changed.
+// A call of which nothing fails, though all is read and written by halves: the tree before and after it, and what the
+// disk has of what it changed.
 struct Good {
     explicit Good(const Operation &operation)
     {
@@ -159,7 +161,9 @@ struct Good {
         Disk no_folders(tree.path(), {.files = true, .folders = false});
         std::vector<file_step> steps;
         record_files(&steps);
+        arm(fault_kind::files, INT_MAX, false, {.halves = true});
         EXPECT_EQ(operation.call(work), 0);
+        disarm();
         record_files(nullptr);
         after = state(tree, true);
         const std::string called = operation.name;

@@ -131,7 +131,7 @@ template <auto real, class Data>
 ssize_t descriptor_transfer(int descriptor, Data *data, std::size_t size)
 {
     if (!fails(fault_kind::files))
-        return real(descriptor, data, size);
+        return real(descriptor, data, faults.armed && faults.fault.halves ? (size + 1) / 2 : size);
     return faults.fault.partial && size > 1 ? real(descriptor, data, size / 2) : -1;
 }
 
@@ -352,6 +352,10 @@ int __wrap_fsync(int descriptor) { return record(file_call<__real_fsync>(descrip
 // Recorded as a write of what it moved.
 ssize_t __wrap_copy_file_range(int from, off64_t *from_at, int to, off64_t *to_at, std::size_t size, unsigned flags)
 {
+    if (faults.armed && faults.fault.halves) {
+        errno = EXDEV;
+        return -1;
+    }
     const off_t start = __real_lseek(from, 0, SEEK_CUR);
     const ssize_t count = file_call<__real_copy_file_range>(from, from_at, to, to_at, size, flags);
     if (count <= 0 || recorded == nullptr)

@@ -23,6 +23,7 @@ struct file_fault {
     int error = EIO;
     bool partial = false;  // a transfer of more than one byte (one item) does half of it instead
     bool kill = false;     // the process dies before the call, as by a signal it cannot catch
+    bool halves = false;   // until then every read and write by descriptor does half, and bytes move by no other call
 };
 
 // From now on the call with index n of this kind fails, and all later ones too when sticky. Memory fails with ENOMEM.
