@@ -37,7 +37,6 @@ Points cloud(int n, int extent)
     return points;
 }
 
-// The corners of a face.
 using Face = std::array<vec3, 3>;
 
 // All faces; their corners must be points that were added.

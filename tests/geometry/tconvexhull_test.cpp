@@ -123,7 +123,6 @@ struct TConvexHullTest {
         return all;
     }
 
-    // The corners of the faces, in their order.
     static std::vector<double> places(const TConvexHull &hull)
     {
         std::vector<double> all;
@@ -312,7 +311,6 @@ TEST(TConvexHullConstruct, KeptRefusesWhatIsFlatByTheFirstTriangleAndTheFixedThr
         EXPECT_EQ(hull.Construct(), -1);
         EXPECT_EQ(hull.IsEmpty() != 0, points.empty());
         EXPECT_EQ(hull.InsideHull(1, 1, 1), 0);
-        // Nothing is lost by it.
         add(hull, lattice(2, 100, 2));
         EXPECT_EQ(hull.Construct(), 0);
         EXPECT_EQ(hull.InsideHull(99, 99, 99), 1);

@@ -30,12 +30,10 @@ std::vector<double> some_colours(const device &of, int count, Generator &random,
     return xyz;
 }
 
-// In the plane of directions.
 vec2 seen(const double *c) { return {c[1] / c[0], c[2] / c[0]}; }
 
 double area_of(const double (&c)[3][3]) { return 0.5 * cross(seen(c[1]) - seen(c[0]), seen(c[2]) - seen(c[0])); }
 
-// A device that notes its colours.
 device noting(const device &of, std::vector<vec3> &colours)
 {
     return {of.name, of.colorants, [&](const double *values, double *xyz) {
@@ -44,7 +42,6 @@ device noting(const device &of, std::vector<vec3> &colours)
             }};
 }
 
-// A straight edge of a sheet.
 using Segment = std::array<vec3, 2>;
 
 // Where the farthest of some segments meets the half plane of a hue, by radius over height, and the height; zeros where

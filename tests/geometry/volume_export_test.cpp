@@ -33,7 +33,6 @@ Flags view(const Volume &v, const double *eye)
     return all;
 }
 
-// A number as in the dumps.
 std::string text(double x)
 {
     char digits[100];
