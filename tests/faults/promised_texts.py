@@ -3,8 +3,8 @@
 usage: promised_texts.py OUTPUT
 
 A row is a header, the function whose block has a text ("" for the common rules; Class_Member) and the text, each of its
-arguments as the byte 1; each function of a header once with the text ""; and as "uses" the other headers whose modules report while
-one of its functions runs, as far as the includes of the sources tell.
+arguments as the byte 1; each function of a header once with the text ""; and as "uses" the other headers whose modules
+report while one of its functions runs, as far as the includes of the sources tell.
 """
 
 import json
