@@ -16,12 +16,6 @@ namespace
 using fuzz::expect;
 using Database = std::unique_ptr<zuk_db, int (*)(zuk_db *)>;
 
-std::string without_blanks(std::string text)
-{
-    text.erase(0, text.find_first_not_of(" \t"));
-    return text.erase(text.find_last_not_of(" \t") + 1);
-}
-
 std::string with_lf(const std::string &text)
 {
     std::string result;
@@ -103,7 +97,7 @@ void change(const Database &db, zuk_rfile *file, const std::string &topic, const
     expect(file->changed == (before != after));
     char found[ZUK_VALUE_SIZE];
     expect(zuk_search(db.get(), topic.c_str(), name.c_str(), found) == 0);
-    expect(found == without_blanks(value));
+    expect(found == fuzz::without_blanks(value));
     const Database again(zuk_open(), zuk_close);
     const zuk_rfile *loaded = zuk::push_text(*again, "", after);
     expect(loaded && loaded->text.write() == after && content_of(again, after) == content_of(db, after));

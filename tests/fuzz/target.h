@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <limits>
+#include <string>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
@@ -40,12 +42,19 @@ inline void work_in_memory()
 #endif
 }
 
+inline std::string without_blanks(std::string text)
+{
+    text.erase(0, text.find_first_not_of(" \t"));
+    return text.erase(text.find_last_not_of(" \t") + 1);
+}
+
 // Bytes that are missing are zero.
 struct Input {
     const std::uint8_t *at;
     std::size_t left;
 
     int byte() { return left > 0 ? --left, *at++ : 0; }
+    int below(int limit) { return byte() % limit; }
 
     // In memory of its own, so that reading past the end is noticed.
     std::vector<char> bytes(int count)
@@ -55,6 +64,22 @@ struct Input {
         for (char &one : taken)
             one = static_cast<char>(byte());
         return taken;
+    }
+
+    // A whole number of -100 .. 99 as a rule, or any number.
+    double number()
+    {
+        using limits = std::numeric_limits<double>;
+        constexpr double nan = limits::quiet_NaN(), inf = limits::infinity(), max = limits::max(), min = limits::min();
+        constexpr double least = limits::denorm_min(), step = limits::epsilon();
+        static const double odd[] = {nan,  inf,      -inf,    max, -max, min,   least, -0.0,
+                                     step, 1 + step, 1.0 / 3, 0.1, 1e-5, 1e100, -1e16, 0.5};
+        const int kind = byte();
+        if (kind < 236)
+            return kind < 200 ? kind - 100 : kind < 216 ? odd[kind - 200] : (kind - 216) / 20.0;
+        double value;
+        std::memcpy(&value, bytes(sizeof value).data(), sizeof value);
+        return value;
     }
 };
 
