@@ -116,7 +116,8 @@ void conversion::add_link(colour_engine &engine, const colour_profile &link, cms
     const std::optional<colour_space> from = link.space();
     const std::optional<colour_space> to = space_of(cmsGetPCS(link.get()));
     if (!from || !to)
-        throw failure(link.shown(), "is for " + space_name(from ? cmsGetPCS(link.get()) : link.signature()) +
+        throw failure(link.shown(), "is for " +
+                                        (from ? space_name(cmsGetPCS(link.get())) : space_name(link.signature())) +
                                         ", which no picture has");
     const auto made = std::make_shared<const transform>(engine.link(link, intent));
     add(*from,

@@ -97,7 +97,7 @@ cmsUInt32Number intent_of(const std::string &name)
     return name == "absolute" ? INTENT_ABSOLUTE_COLORIMETRIC : INTENT_RELATIVE_COLORIMETRIC;
 }
 
-std::optional<colour_space> space_of(cmsColorSpaceSignature signature)
+std::optional<colour_space> space_of(std::uint32_t signature)
 {
     switch (signature) {
     case cmsSigGrayData:
@@ -114,22 +114,20 @@ std::optional<colour_space> space_of(cmsColorSpaceSignature signature)
     default:
         break;
     }
-    const auto number = static_cast<std::uint32_t>(signature);
-    const char first = static_cast<char>(number >> 24U);
+    const char first = static_cast<char>(signature >> 24U);
     constexpr std::uint32_t colours = 0x434C52;  // CLR
-    if ((number & 0xFFFFFFU) == colours && ((first >= '1' && first <= '9') || (first >= 'A' && first <= 'F')))
+    if ((signature & 0xFFFFFFU) == colours && ((first >= '1' && first <= '9') || (first >= 'A' && first <= 'F')))
         return colour_space{colour_kind::inks, first <= '9' ? first - '0' : first - 'A' + 10};
     return std::nullopt;
 }
 
-std::string space_name(cmsColorSpaceSignature signature)
+std::string space_name(std::uint32_t signature)
 {
     if (const std::optional<colour_space> known = space_of(signature))
         return name_of(known->kind, known->channels);
-    const auto number = static_cast<std::uint32_t>(signature);
     std::string text;
     for (int shift = 24; shift >= 0; shift -= 8)
-        text += static_cast<char>(number >> static_cast<unsigned>(shift));
+        text += static_cast<char>(signature >> static_cast<unsigned>(shift));
     while (text.ends_with(' '))
         text.pop_back();
     return text;

@@ -30,15 +30,16 @@ class job;
 // Intent of "perceptual", "relative", "saturation", "absolute".
 cmsUInt32Number intent_of(const std::string &name);
 
-// What a picture is to Little CMS, and back; empty for spaces that no picture has (XYZ, Luv, ..).
+// What a picture is to Little CMS, and back; empty for spaces that no picture has (XYZ, Luv, ..). A signature is a
+// number: that of a damaged file is no value of Little CMS's enumeration.
 struct colour_space {
     colour_kind kind;
     int channels;
 };
-std::optional<colour_space> space_of(cmsColorSpaceSignature signature);
+std::optional<colour_space> space_of(std::uint32_t signature);
 
 // "RGB", "CMYK", "6 inks", or the signature of another space.
-std::string space_name(cmsColorSpaceSignature signature);
+std::string space_name(std::uint32_t signature);
 
 class colour_profile
 {
@@ -52,7 +53,7 @@ public:
 
     [[nodiscard]] std::string description() const;
     [[nodiscard]] cmsProfileClassSignature device_class() const { return cmsGetDeviceClass(get()); }
-    [[nodiscard]] cmsColorSpaceSignature signature() const { return cmsGetColorSpace(get()); }
+    [[nodiscard]] std::uint32_t signature() const { return cmsGetColorSpace(get()); }
     [[nodiscard]] std::optional<colour_space> space() const { return space_of(signature()); }
 
     // Whether there is a way from its colours to Lab, and back.

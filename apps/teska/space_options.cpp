@@ -22,7 +22,7 @@ colour_space space_of_table(const std::string &signature, int channels)
     std::uint32_t number = 0;
     for (const char c : signature)
         number = number * 256 + static_cast<unsigned char>(c);
-    const std::optional<colour_space> known = space_of(static_cast<cmsColorSpaceSignature>(number));
+    const std::optional<colour_space> known = space_of(number);
     if (known && known->channels == channels)
         return *known;
     switch (channels) {

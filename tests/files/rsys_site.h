@@ -63,7 +63,7 @@ struct Site : Folder {
             const rsys_entry &one = *rsys_dir_get(dir.get(), i);
             text += (i > 0 ? " " : "") + std::string(one.path) + ":" + std::to_string(one.kind) + ":" +
                     std::to_string(one.depth) + ":" + std::to_string(one.size);
-            EXPECT_EQ(one.path + std::string(one.path).rfind('/') + 1, one.name);
+            EXPECT_EQ(one.path + (std::string(one.path).rfind('/') + 1), one.name);
         }
         const int skipped = dir ? rsys_dir_skipped(dir.get()) : -1;
         return skipped == 0 ? text : text + " (" + std::to_string(skipped) + ")";
