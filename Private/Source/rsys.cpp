@@ -119,7 +119,7 @@ private:
         if (!one.sure && !way_.look(one))
             return pass_over();
         if (has(RSYS_FOLLOW) && one.state.what == folders::kind::link)
-            way_.follow(one);
+            static_cast<void>(way_.follow(one));  // where the host tells no more, a link is listed
         if (is_wanted(one) && rsys_match(pattern_, name, flags_) != 0) {
             // The kind is asked for again with the rest, and may have changed.
             if (!one.known && !way_.look(one))

@@ -80,10 +80,12 @@ private:
         if (!folders::look(start, from_.c_str(), false, source_))
             return errno == ENOENT || errno == ENOTDIR ? outcome::missing : reading_failed();
         folders::status led_to;
-        if (has(RSYS_FOLLOW) && source_.what == folders::kind::link &&
-            folders::look(start, from_.c_str(), true, led_to)) {
-            source_ = led_to;
-            through_link_ = true;
+        if (has(RSYS_FOLLOW) && source_.what == folders::kind::link) {
+            through_link_ = folders::look(start, from_.c_str(), true, led_to);
+            if (through_link_)
+                source_ = led_to;
+            else if (!leads_nowhere(errno))
+                return reading_failed();
         }
         return source_.what == folders::kind::other ? failed(outcome::no_file, EINVAL) : outcome::done;
     }
@@ -206,9 +208,7 @@ private:
     {
         if (!one.known && !way.look(one))
             return false;
-        if (has(RSYS_FOLLOW) && one.state.what == folders::kind::link)
-            way.follow(one);
-        return true;
+        return !has(RSYS_FOLLOW) || one.state.what != folders::kind::link || way.follow(one);
     }
 
     outcome enter(walk &way) const noexcept

@@ -138,13 +138,14 @@ bool walk::look(entry &one) noexcept
     return one.known;
 }
 
-void walk::follow(entry &one) noexcept
+bool walk::follow(entry &one) noexcept
 {
     folders::status state;
     if (!folders::look(here(), name(one), true, state))
-        return;
+        return leads_nowhere(errno);
     one.state = state;
     one.known = one.through_link = true;
+    return true;
 }
 
 bool walk::read() noexcept

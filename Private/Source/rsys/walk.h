@@ -18,11 +18,18 @@
 #include "Source/rsys/path_text.h"
 #include "Support/growing.h"
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 
 namespace teska::rsys
 {
+
+// Of what the host says when it is asked what a link leads to.
+[[nodiscard]] inline bool leads_nowhere(int error) noexcept
+{
+    return error == ENOENT || error == ENOTDIR || error == ELOOP;
+}
 
 // The folders from a top down to one.
 class chain
@@ -91,8 +98,8 @@ public:
 
     // Asks for the status of an entry where it is not known. False with errno set.
     [[nodiscard]] bool look(entry &one) noexcept;
-    // What a link leads to becomes its state; one that leads nowhere stays as it is.
-    void follow(entry &one) noexcept;
+    // What a link leads to becomes its state; one that leads nowhere stays as it is. False with errno set.
+    [[nodiscard]] bool follow(entry &one) noexcept;
 
     [[nodiscard]] const folders::folder &here() const noexcept { return chain_.here(); }
     [[nodiscard]] int depth() const noexcept { return chain_.depth(); }
