@@ -1,11 +1,6 @@
 #include "cache.h"
 
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cstring>
+#include "support/test.h"
 
 using teska_test::lines, teska_test::Reports;
 

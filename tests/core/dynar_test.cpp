@@ -1,13 +1,8 @@
 #include "dynar.h"
 
 #include "Support/dynar_priv.h"
-#include "support/generator.h"
 #include "support/host.h"
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
+#include "support/test.h"
 
 using teska_test::Host, teska_test::lines, teska_test::Reports;
 

@@ -1,12 +1,7 @@
 #include "hash_tab.h"
 
 #include "support/host.h"
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cstring>
+#include "support/test.h"
 
 using teska_test::Host, teska_test::lines, teska_test::Reports;
 

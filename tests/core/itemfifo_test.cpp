@@ -1,11 +1,7 @@
 #include "itemfifo.h"
 
-#include "support/generator.h"
-#include "support/reports.h"
+#include "support/test.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
 #include <deque>
 
 using teska_test::lines, teska_test::Reports;

@@ -1,12 +1,6 @@
 #include "list.h"
 
-#include "support/generator.h"
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cstring>
+#include "support/test.h"
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 

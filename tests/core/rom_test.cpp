@@ -1,14 +1,8 @@
 #include "rom.h"
 
-#include "support/reports.h"
+#include "support/test.h"
 
 #include "error_mess.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cstdlib>
-#include <cstring>
 
 using teska_test::lines, teska_test::Reports;
 

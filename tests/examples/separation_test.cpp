@@ -4,6 +4,7 @@
 #include "support/failure.h"
 #include "support/folder.h"
 #include "support/png_file.h"
+#include "support/test.h"
 
 #include "cloud/job.h"
 #include "curves/job.h"
@@ -12,14 +13,7 @@
 #include "objects/job.h"
 #include "separation/job.h"
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <numeric>
 
 namespace
 {

@@ -6,8 +6,6 @@
 #include "fusm.h"
 #include "izat.h"
 
-#include <cstring>
-
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 
 namespace

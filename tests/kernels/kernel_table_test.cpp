@@ -1,12 +1,7 @@
 // Every kernel of this build is in the table at its level.
 
 #include "Kernels/processor.h"
-
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <map>
-#include <string>
+#include "support/test.h"
 
 namespace
 {

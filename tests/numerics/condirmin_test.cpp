@@ -1,13 +1,9 @@
 #include "condirmin.h"
 
-#include "support/reports.h"
+#include "support/test.h"
 
 #include "error_mess.h"
 #include "numerics/problems.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
 
 namespace
 {

@@ -1,12 +1,8 @@
 #include "dhsm.h"
 
-#include "support/reports.h"
+#include "support/test.h"
 
 #include "numerics/problems.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
 
 namespace
 {

@@ -1,14 +1,7 @@
 #include "mat.h"
 
-#include "support/generator.h"
 #include "support/levels.h"
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cmath>
-#include <numeric>
+#include "support/test.h"
 
 namespace
 {

@@ -1,10 +1,6 @@
 #include "rdither.h"
 
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
+#include "support/test.h"
 
 using teska_test::lines, teska_test::Reports;
 

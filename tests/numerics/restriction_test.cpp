@@ -1,11 +1,6 @@
 #include "restriction.h"
 
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cmath>
+#include "support/test.h"
 
 namespace
 {

@@ -1,10 +1,6 @@
 #include "scalar_solvers.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <climits>
-#include <cmath>
+#include "support/test.h"
 
 static int calls;
 

@@ -1,13 +1,7 @@
 #include "special_functions.h"
 
 #include "Source/special_functions/gamma.h"
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <climits>
-#include <cmath>
+#include "support/test.h"
 
 using teska_test::lines, teska_test::Reports;
 using Values = std::vector<double>;

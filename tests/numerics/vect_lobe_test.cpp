@@ -1,15 +1,9 @@
 #include "vect_lobe.h"
 
 #include "Support/exact.h"
-#include "support/generator.h"
-#include "support/reports.h"
+#include "support/test.h"
 
 #include "vect.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstring>
 
 namespace
 {

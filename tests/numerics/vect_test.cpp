@@ -1,10 +1,6 @@
 #include "vect.h"
 
-#include "support/generator.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
+#include "support/test.h"
 
 namespace
 {

@@ -1,11 +1,7 @@
 #include "file_double.h"
 
 #include "support/folder.h"
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
+#include "support/test.h"
 
 using teska_test::lines, teska_test::Reports;
 

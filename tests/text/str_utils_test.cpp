@@ -1,10 +1,6 @@
 #include "str_utils.h"
 
-#include "support/generator.h"
-
-#include <gtest/gtest.h>
-
-#include <cstring>
+#include "support/test.h"
 
 namespace
 {

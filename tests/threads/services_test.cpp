@@ -1,6 +1,8 @@
 // The services that all threads share: reports, the registry of objects, logical names, record pools, what was found
 // last in record texts.
 
+#include "support/test.h"
+
 #include "error_mess.h"
 #include "rom.h"
 #include "str_zuk.h"
@@ -8,14 +10,6 @@
 #include "threads/in_threads.h"
 #include "tobjfac.h"
 #include "wem.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <memory>
-#include <set>
-#include <sstream>
 
 using namespace teska_test;
 
