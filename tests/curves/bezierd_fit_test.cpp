@@ -16,11 +16,12 @@ struct Fit {
     double max_e = 77;
 
     // tangents: 1 the start's, 2 the end's
-    Fit(const numbers &xs, const numbers &ys, unsigned int tangents = 0, point start = {1, 2}, point end = {-3, 6})
+    Fit(const numbers &xs, const numbers &ys, unsigned int tangents = 0, point start = {1, 2}, point end = {-3, 6},
+        int verbose = 1)
     {
         teska::bezier_coef(*b);  // has to be renewed
         EXPECT_EQ(bezier_fit(b.get(), static_cast<int>(xs.size()), xs.data(), ys.data(), (tangents & 1) * 4, start.x,
-                             start.y, tangents & 2, end.x, end.y, &lse, &max_e, 1),
+                             start.y, tangents & 2, end.x, end.y, &lse, &max_e, verbose),
                   1);
     }
 };
@@ -127,6 +128,9 @@ TEST_F(BezierFit, GoesOnWithoutASolutionAndTellsThatCoordinatesAreNoNumbers)
         expect_segment(Fit(tone_x, tone_y, tangents, {0, 0}, {0, 0}), {0, 0, 7, 7}, {0, 0, 0.4, 0.4}, 0);
         EXPECT_EQ(reports.take(), lines((Host::take().size() - 3) / 2, "Bezier_fit : system without solution"));
     }
+    Host::take();
+    Fit(tone_x, tone_y, 0, {}, {}, 0);
+    EXPECT_EQ(Host::take(), lines{}) << "not verbose";
     const Fit gathered(numbers(6, 5), numbers(6, -2));
     expect_segment(gathered, numbers(4, 5), numbers(4, -2), 1e-9);
     EXPECT_LT(gathered.lse, 1e-14);

@@ -18,7 +18,7 @@ using Points = std::vector<Point>;
 
 const double nan = std::numeric_limits<double>::quiet_NaN();
 const double infinity = std::numeric_limits<double>::infinity();
-const Points tetrahedron{{0, 0, 0}, {10, 0, 0}, {0, 10, 0}, {0, 0, 10}};
+const Points tetrahedron{{0, 0, 0}, {10, 0, 0}, {0, 20, 0}, {0, 0, 10}};
 
 void add(TConvexHull &hull, const Points &points)
 {
@@ -409,16 +409,16 @@ TEST(TConvexHullPrint, WritesThePictureOfTheFacesAboveAndTheLists)
     add(hull, tetrahedron);
     hull.Construct();
     EXPECT_EQ(TConvexHullTest::picture(hull),
-              "%!PS\n%%BoundingBox: 0 0 10 10\n%%HiResBoundingBox: 0 0 10 10\n0 setlinewidth\n"
+              "%!PS\n%%BoundingBox: 0 0 10 20\n%%HiResBoundingBox: 0 0 10 20\n0 setlinewidth\n"
               "0.000000 0.000000 translate\n\n%% Vertices:\tV = 4\n%% index:\tx\ty\tz\n"
               "%%     3:\t0.000\t0.000\t10.000\n%%     0:\t0.000\t0.000\t0.000\n"
-              "%%     1:\t10.000\t0.000\t0.000\n%%     2:\t0.000\t10.000\t0.000\n\n"
+              "%%     1:\t10.000\t0.000\t0.000\n%%     2:\t0.000\t20.000\t0.000\n\n"
               "%% Faces:\tF = 4\n%% Visible faces only: \n"
               "%% vnums:  0  1  3\nnewpath\n0.000\t0.000\tmoveto\n10.000\t0.000\tlineto\n"
               "0.000\t0.000\tlineto\nclosepath stroke\n\n"
-              "%% vnums:  1  2  3\nnewpath\n10.000\t0.000\tmoveto\n0.000\t10.000\tlineto\n"
+              "%% vnums:  1  2  3\nnewpath\n10.000\t0.000\tmoveto\n0.000\t20.000\tlineto\n"
               "0.000\t0.000\tlineto\nclosepath stroke\n\n"
-              "%% vnums:  2  0  3\nnewpath\n0.000\t10.000\tmoveto\n0.000\t0.000\tlineto\n"
+              "%% vnums:  2  0  3\nnewpath\n0.000\t20.000\tmoveto\n0.000\t0.000\tlineto\n"
               "0.000\t0.000\tlineto\nclosepath stroke\n\n"
               "%% List of all faces: \n%%\tv0\tv1\tv2\t(vertex indices)\n%%\t2\t1\t0\n%%\t0\t1\t3\n"
               "%%\t1\t2\t3\n%%\t2\t0\t3\n\n%% Edges:\tE = 6\n\nshowpage\n\n"
@@ -429,7 +429,7 @@ TEST(TConvexHullPrint, WritesThePictureOfTheFacesAboveAndTheLists)
               "  addr#\t  vnum    3   ( 0.000, 0.000,10.000)   active:  0   dup:    0   mark: 1\n"
               "  addr#\t  vnum    0   ( 0.000, 0.000, 0.000)   active:  0   dup:    0   mark: 1\n"
               "  addr#\t  vnum    1   (10.000, 0.000, 0.000)   active:  0   dup:    0   mark: 1\n"
-              "  addr#\t  vnum    2   ( 0.000,10.000, 0.000)   active:  0   dup:    0   mark: 1\n"
+              "  addr#\t  vnum    2   ( 0.000,20.000, 0.000)   active:  0   dup:    0   mark: 1\n"
               "Edge List\n"
               "  addr:#\tadj:##  endpts:       1  del:  0\n  addr:#\tadj:##  endpts:   1   2  del:  0\n"
               "  addr:#\tadj:##  endpts:   2      del:  0\n  addr:#\tadj:##  endpts:       3  del:  0\n"

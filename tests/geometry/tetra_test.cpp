@@ -393,6 +393,14 @@ TEST(TetraVolumeNew2, FillsTheHullAndHasEveryPointAsACorner)
         EXPECT_TRUE(row.planes == 0 || v->nr_planes == row.planes) << v->nr_planes;
         check_volume(v, row.points);
     }
+    // Of the same planes at any size, though rounding leaves them.
+    const auto turned_grid = [](double size) {
+        return made(64, [=](int i) {
+            const double x = size * (i % 4), y = size * (i / 4 % 4);
+            return tetra_point{0.6 * x - 0.8 * y, 0.8 * x + 0.6 * y, size * (i / 16), 0};
+        });
+    };
+    EXPECT_EQ(cut(turned_grid(0x1p30))->nr_planes, cut(turned_grid(1))->nr_planes);
 }
 
 // Flat or in a line but for rounding, with edges as thin: whatever becomes of single points, the boundary closes, and
