@@ -2,7 +2,6 @@
 
 #include "support/owned_clut.h"
 #include "support/runs.h"
-#include "support/test.h"
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 

@@ -1,6 +1,5 @@
 #include "support/levels.h"
 #include "support/owned_clut.h"
-#include "support/test.h"
 
 #include <new>
 

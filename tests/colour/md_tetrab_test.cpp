@@ -1,7 +1,6 @@
 #include "md_tetrab.h"
 
 #include "support/runs.h"
-#include "support/test.h"
 
 using namespace teska_test;
 

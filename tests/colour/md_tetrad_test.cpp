@@ -1,7 +1,6 @@
 #include "md_tetrad.h"
 
 #include "support/runs.h"
-#include "support/test.h"
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 

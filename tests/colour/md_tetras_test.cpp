@@ -2,7 +2,6 @@
 
 #include "support/exact_grid.h"
 #include "support/runs.h"
-#include "support/test.h"
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports, teska_test::Run, teska_test::Samples,
     teska_test::Words;

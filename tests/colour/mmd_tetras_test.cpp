@@ -1,7 +1,6 @@
 #include "mmd_tetras.h"
 
 #include "support/runs.h"
-#include "support/test.h"
 
 #include "md_tetras.h"
 

@@ -1,10 +1,10 @@
 #include "error_mess.h"
 
-#include <gtest/gtest.h>
+#include "support/test.h"
+
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 
 namespace
 {

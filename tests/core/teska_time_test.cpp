@@ -1,8 +1,7 @@
 #include "teska_time.h"
 
-#include <gtest/gtest.h>
+#include "support/test.h"
 
-#include <climits>
 #include <ctime>
 
 namespace

@@ -1,8 +1,6 @@
 #include "tlist.h"
 
-#include "support/generator.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace
 {

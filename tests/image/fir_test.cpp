@@ -3,7 +3,6 @@
 #include "Source/fir/fir_priv.h"
 #include "support/levels.h"
 #include "support/samples.h"
-#include "support/test.h"
 
 using teska_test::Samples;
 

@@ -2,7 +2,6 @@
 
 #include "support/levels.h"
 #include "support/samples.h"
-#include "support/test.h"
 
 #include "interp_double.h"
 

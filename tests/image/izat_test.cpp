@@ -2,7 +2,6 @@
 
 #include "Source/izat/plan.h"
 #include "support/levels.h"
-#include "support/test.h"
 
 namespace teska_test
 {

@@ -1,7 +1,6 @@
 #include "mat.h"
 
 #include "support/levels.h"
-#include "support/test.h"
 
 namespace
 {

@@ -1,8 +1,6 @@
 #include "random.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
+#include "support/test.h"
 
 namespace
 {

@@ -1,8 +1,6 @@
 #include "tran3.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
+#include "support/test.h"
 
 TEST(TRan3, KeptFollowsThePublishedSequenceAndReachesOne)
 {

@@ -1,14 +1,6 @@
 #include "support/child.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstdlib>
-#include <iterator>
-#include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
+#include "support/test.h"
 
 #ifdef _WIN32
 #    include <process.h>

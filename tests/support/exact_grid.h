@@ -3,10 +3,7 @@
 #ifndef TESKA_TESTS_EXACT_GRID_H
 #define TESKA_TESTS_EXACT_GRID_H
 
-#include <algorithm>
-#include <cstdint>
-#include <utility>
-#include <vector>
+#include "support/test.h"
 
 namespace teska_test
 {

@@ -1,11 +1,8 @@
 #include "support/folder.h"
 
-#include <gtest/gtest.h>
+#include "support/test.h"
 
-#include <fstream>
-#include <iterator>
 #include <random>
-#include <set>
 
 namespace teska_test
 {

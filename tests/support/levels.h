@@ -4,8 +4,7 @@
 #define TESTS_LEVELS_H
 
 #include "Kernels/kernels.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace teska_test
 {

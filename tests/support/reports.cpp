@@ -1,13 +1,11 @@
 #include "support/reports.h"
 
+#include "support/test.h"
+
 #include "error_mess.h"
 #include "str_utils.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <iostream>
-#include <sstream>
 
 namespace teska_test
 {

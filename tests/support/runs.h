@@ -3,15 +3,9 @@
 #ifndef TESKA_TESTS_RUNS_H
 #define TESKA_TESTS_RUNS_H
 
-#include "support/generator.h"
 #include "support/levels.h"
 #include "support/samples.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <type_traits>
-#include <vector>
+#include "support/test.h"
 
 namespace teska_test
 {

@@ -1,8 +1,6 @@
 #include "numb.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
+#include "support/test.h"
 
 using Digits = std::vector<int>;
 
