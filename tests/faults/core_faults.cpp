@@ -1,9 +1,12 @@
-// What outlives a call when memory is short: hidden room, the registry, the queue of reports, the place in record text
+// What outlives a call when memory is short: hidden room, the registry, the queue of reports, the place in record text,
+// a lost point, the tree for nearest points
 #include "dynar.h"
 #include "faults/sweep.h"
 #include "list.h"
 #include "rom.h"
 #include "str_zuk.h"
+#include "tconvexhull.h"
+#include "tetra.h"
 
 #include <cstdlib>
 
@@ -158,6 +161,46 @@ TEST(StrSearchZuk, AnswersWithoutMemoryAndThenKnowsNothing)
         EXPECT_EQ(str_search_zuk(&text, "b", "k", value), 1);
         EXPECT_STREQ(value, "1") << "searched from the start";
     }
+}
+
+TEST(TConvexHull, RemembersALostPoint)
+{
+    each_allocation(4, [](const auto &fire) {
+        TConvexHull hull;
+        fire();
+        for (const double x : {0, 10})
+            EXPECT_EQ(hull.AddPoint(x, 0, 0), 0);
+        const bool fired = disarm() > 0;
+        TConvexHull copy(hull);
+        for (const double x : {0, 10})
+            for (const double y : {0, 10})
+                EXPECT_EQ(copy.AddPoint(x, y, y - x), 0);
+        EXPECT_EQ(copy.Construct(), fired ? -1 : 0);
+        EXPECT_TRUE(!fired || hull.Construct() == -1);
+        EXPECT_EQ(hull.IsEmpty(), 0);
+        return fired;
+    });
+}
+
+TEST(TetraVolume, FindsTheSamePointWhenMemoryIsShort)
+{
+    each_allocation(4, [](const auto &fire) {
+        const std::shared_ptr<tetra_volume> v(tetra_volume_new0(), tetra_volume_kill);
+        for (double z = 0; z < 7; ++z) {
+            const tetra_point p[] = {{0, 0, z, 0}, {1, 0, z, 1}, {0, 1, z, 2}};
+            tetra_volume_add_plane(v.get(), p, p + 1, p + 2);
+        }
+        const double above[] = {0.2, 0.2, 99};
+        double dist = 0;
+        int plane = 0;
+        fire();
+        EXPECT_EQ(tetra_volume_nearest(v.get(), above, nullptr, &dist, &plane, nullptr), 0);
+        const bool fired = disarm() > 0;
+        EXPECT_EQ(tetra_volume_nearest(v.get(), above, nullptr, nullptr, &plane, nullptr), 0);
+        EXPECT_EQ(plane, 6);
+        EXPECT_EQ(dist, 93);
+        return fired;
+    });
 }
 
 }  // namespace
