@@ -4,7 +4,6 @@
 #include <wem.h>
 
 #include <cstdio>
-#include <cstdlib>
 
 using namespace teska_test;
 

@@ -1,7 +1,5 @@
 #include "hostile/objects.h"
 
-#include <cstdlib>
-
 using namespace teska_test;
 
 namespace

@@ -9,12 +9,6 @@
 
 #include <wem.h>
 
-#include <cmath>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <map>
-#include <sstream>
 #ifndef _WIN32
 #    include <sys/stat.h>
 #    include <unistd.h>

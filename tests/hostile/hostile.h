@@ -17,26 +17,9 @@
 #ifndef TESKA_TESTS_HOSTILE_H
 #define TESKA_TESTS_HOSTILE_H
 
-#include "support/generator.h"
+#include "support/test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <functional>
-#include <initializer_list>
-#include <limits>
 #include <list>
-#include <memory>
-#include <ostream>
-#include <string>
-#include <string_view>
-#include <tuple>
-#include <type_traits>
-#include <utility>
-#include <vector>
 
 namespace teska_test
 {

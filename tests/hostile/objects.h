@@ -8,8 +8,6 @@
 
 #include <zuk.h>
 
-#include <climits>
-
 namespace teska_test
 {
 
