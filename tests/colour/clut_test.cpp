@@ -86,19 +86,16 @@ TEST(CLUTInterpolate, KeptCrossesThePathWhereTheThirdFractionIsLargest)
 {
     const Floats p = {0.125F, 0.25F, 0.5F, 0.0F, 0.5F, 1.0F, 0.25F, 0.375F};
     Table table({2, 2, 2}, 1, by_corner(p));
-    const struct {
-        Doubles in;
-        std::size_t a, b, order[3];  // the corners between 0 and 7, the inputs along the edges
-    } rows[] = {{{0.5, 0.75, 0.625}, 2, 6, {1, 2, 0}}, {{0.75, 0.5, 0.25}, 1, 3, {0, 1, 2}},
-                {{0.5, 0.5, 0.25}, 2, 3, {1, 0, 2}},   {{0.5, 0.75, 0.5}, 2, 3, {1, 0, 2}},
-                {{0.25, 0.5, 0.125}, 2, 3, {1, 0, 2}}, {{0.75, 0.25, 0.5}, 1, 5, {0, 2, 1}},
-                {{0.75, 0.5, 0.5}, 1, 5, {0, 2, 1}},   {{0.5, 0.25, 0.75}, 4, 6, {2, 1, 0}},
-                {{0.5, 0.25, 0.5}, 4, 6, {2, 1, 0}},   {{0.25, 0.5, 0.75}, 4, 5, {2, 0, 1}},
-                {{0.5, 0.5, 0.5}, 4, 5, {2, 0, 1}},    {{1, 0, 1}, 4, 6, {2, 1, 0}}};
-    for (const auto &[in, a, b, order] : rows) {
-        const double q[] = {in[order[0]], in[order[1]], in[order[2]]};
-        EXPECT_EQ(table.at(in)[0], p[0] + (p[a] - p[0]) * q[0] + (p[b] - p[a]) * q[1] + (p[7] - p[b]) * q[2])
-            << testing::PrintToString(in);
+    for (int i = 0; i < 125; ++i) {
+        const double x = i % 5 * 0.25, y = i / 5 % 5 * 0.25, z = i / 25 * 0.25;
+        using Inputs = std::array<std::size_t, 3>;  // along the edges of the path
+        const auto [first, second, third] = z >= std::max(x, y) ? (x > y ? Inputs{2, 1, 0} : Inputs{2, 0, 1})
+                                            : y >= x            ? (x >= z ? Inputs{1, 0, 2} : Inputs{1, 2, 0})
+                                            : y > z             ? Inputs{0, 1, 2}
+                                                                : Inputs{0, 2, 1};
+        const double q[] = {x, y, z}, a = p[std::size_t{1} << first], b = p[7 - (std::size_t{1} << third)];
+        const double sum = p[0] + (a - p[0]) * q[first] + (b - a) * q[second] + (p[7] - b) * q[third];
+        EXPECT_EQ(table.at({x, y, z})[0], std::clamp(sum, 0.0, 1.0)) << x << ' ' << y << ' ' << z;
     }
 }
 

@@ -11,9 +11,6 @@ using Doubles = std::vector<double>;
 using Coords = std::vector<int>;
 using Samples = teska_test::Samples<double>;
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double inf = std::numeric_limits<double>::infinity();
-
 struct Table {
     Table(int inputs, int outputs, int resolution, double low = 0, double high = 1)
         : n(static_cast<std::size_t>(inputs)), m(outputs), r(resolution), lo(low), hi(high),
@@ -108,7 +105,7 @@ TEST(MdTetradInterp, StepsAlongEqualFractionsInTheOrderOfTheInputs)
             const Table table(n, 1, 2);
             Coords coord(table.n, 0);
             coord.data()[d] = 1;
-            *table.vertex(coord) = inf;
+            *table.vertex(coord) = HUGE_VAL;
             teska_test::at_every_level([&](teska::simd_level) {
                 Samples in(n, 4, 1, 0.5), out(1, 4, 1);
                 md_tetrad_interp(table.get(), in.at.data(), 1, out.at.data(), 1, 4);
@@ -120,9 +117,9 @@ TEST(MdTetradInterp, StepsAlongEqualFractionsInTheOrderOfTheInputs)
 // A NaN among smaller and larger fractions: no comparison finds its place, and yet it must not get lost.
 TEST(MdTetradInterp, ReadsNothingOutsideTheDataForAnyInput)
 {
-    const double inputs[] = {nan, inf, -inf, 1e300, -1e300, -0.001, 1.001, 3e9, -3e9, 0.2, 0.7, 0.9};
+    const double inputs[] = {NAN, HUGE_VAL, -HUGE_VAL, 1e300, -1e300, -0.001, 1.001, 3e9, -3e9, 0.2, 0.7, 0.9};
     Generator random(73);
-    for (const auto &[lo, hi] : {std::pair{0.0, 1.0}, {1.0, 1.0}, {1.0, 0.0}, {-inf, inf}, {nan, 0.0}})
+    for (const auto &[lo, hi] : {std::pair{0.0, 1.0}, {1.0, 1.0}, {1.0, 0.0}, {-HUGE_VAL, HUGE_VAL}, {NAN, 0.0}})
         for (int i = 0; i < 3000; ++i) {
             const Table table(1 + i % 6, 2, 3, lo, hi);
             Doubles in(table.n);

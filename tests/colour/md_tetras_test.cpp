@@ -9,9 +9,6 @@ using teska_test::Generator, teska_test::lines, teska_test::Reports, teska_test:
 namespace
 {
 
-using Bytes = std::vector<unsigned char>;
-using Coords = std::vector<int>;
-
 struct Table {
     Table(int inputs, int outputs, int resolution)
         : n(inputs), m(outputs), r(resolution), owner(md_tetras_new(n, m, r)), data(md_tetras_dataptr(get(), &size)),
@@ -77,7 +74,7 @@ Sample any_sample(Generator &random, int resolution)
 template <class In, class Out>
 void check_run(const Table &table, const Run &run, bool masked, Generator &random, auto convert)
 {
-    Bytes mask(200);
+    std::vector<unsigned char> mask(200);
     random.fill(mask.data(), mask.size());
     const int threshold = random.below(4) == 0 ? -1 : 255 - random.below(2) * random.below(256);
     const teska::handle<md_tetras, md_tetras_kill> clone(md_tetras_clone(table.get()));
@@ -136,27 +133,6 @@ TEST(MdTetrasCurves, RefuseWhatCannotBeAndStayAsTheyAre)
     check_depths(table, 70, 2, 3, false, random);
 }
 
-// Input curve, ramp and output curve in turn.
-TEST(MdTetrasCurves, JoinTheirEntriesByStraightLines)
-{
-    Generator random(32);
-    Table table(1, 1, 2);
-    table.data[1] = 65535;
-    Words any(300), all(65536);
-    random.fill(any.data(), any.size());
-    random.fill(all.data(), all.size());
-    for (const Words &entries : {Words{0, 65535}, {65535, 0}, {0, 1000, 65535}, {9, 8, 8, 7, 65535, 0}, any, all, {}}) {
-        table.set_in(0, entries);
-        check_depths(table, 200, 1, 1, false, random);
-        for (int v = 0; v < 65536; ++v)
-            ASSERT_EQ(table.at({static_cast<unsigned short>(v)}), table.expected({static_cast<unsigned short>(v)}))
-                << v;
-        table.set_in(0, {});
-        table.set_out(0, entries);
-        check_depths(table, 200, 1, 1, false, random);
-    }
-}
-
 TEST(MdTetrasInterp, EqualsExactArithmeticRoundedOnceForRunsOfAnyLayout)
 {
     Generator random(33);
@@ -168,10 +144,17 @@ TEST(MdTetrasInterp, EqualsExactArithmeticRoundedOnceForRunsOfAnyLayout)
         const auto [n, m, r] = i < 24 ? shapes[i % 8] : std::array{any_n, 1 + i / 9 % 7, 2 + random.below(points)};
         Table table(n, m, r);
         table.fill(random);
+        const int counts[] = {2, 3, 4, 7, 300, 65535, 65536}, input = random.below(n), output = random.below(m);
+        Words curve(static_cast<std::size_t>(counts[random.below(7)]));
+        random.fill(curve.data(), curve.size());
         if (i % 5 == 1)
-            table.set_in(random.below(n), {60000, 5, 40000, 65535});
+            table.set_in(input, curve);
         if (i % 5 == 2)
-            table.set_out(random.below(m), {100, 65535, 0});
+            table.set_out(output, curve);
+        if (i % 10 == 1)
+            table.set_in(input, {});
+        if (i % 10 == 2)
+            table.set_out(output, {});
         const int any = random.below(9) - 4;
         const std::array<int, 3> layouts[] = {
             {random.below(200), n, m}, {random.below(200), 1, 1}, {64, any, any + 1}, {i % 2 - 1, 1, 1}};
@@ -186,14 +169,14 @@ TEST(MdTetrasInterp, GivesEveryVertexOfGridsThatDivideTheRange)
     for (const auto &[n, r] : {std::pair{1, 65536}, {3, 18}, {6, 4}}) {
         const Table table(n, 2, r);
         table.fill(random);
-        Coords coord(static_cast<std::size_t>(n), 0);
+        std::vector<int> coord(static_cast<std::size_t>(n));
         for (int left = md_tetras_get_nrpoints(table.get()); left-- > 0;) {
             Words in(coord.size());
             const unsigned short *vertex = md_tetras_vertex_get(table.get(), coord.data(), in.data());
             ASSERT_EQ(table.at(in), Words(vertex, vertex + 2)) << testing::PrintToString(in) << " of " << r;
             ASSERT_EQ(md_tetras_scan_vertex(table.get(), coord.data()), left);
         }
-        EXPECT_EQ(coord, Coords(coord.size(), 0));
+        EXPECT_EQ(coord, std::vector<int>(coord.size()));
     }
     const Table rounded(1, 1, 3);
     const int middle = 1;

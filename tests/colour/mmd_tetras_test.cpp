@@ -10,8 +10,6 @@ namespace
 {
 
 using Words = std::vector<unsigned short>;
-using Bytes = std::vector<unsigned char>;
-using Table = teska::handle<md_tetras, md_tetras_kill>;
 
 constexpr int pixels = 150;
 
@@ -55,7 +53,7 @@ struct Set {
 
     const int k, n, m;
     teska::handle<mmd_tetras, mmd_tetras_kill> owner;
-    std::vector<Table> singles;
+    std::vector<teska::handle<md_tetras, md_tetras_kill>> singles;
 };
 
 // Pixels by tags, through all tables, and through two of them blended: as each table alone converts them.
@@ -64,7 +62,7 @@ void check(const Set &set, Generator &random, auto tag, auto all, auto mix)
 {
     SCOPED_TRACE(testing::Message() << set.k << " tables, " << set.n << " to " << set.m);
     const int a = random.below(set.k), b = random.below(set.k), longest = random.below(2) == 0 ? 1 : 100;
-    Bytes tags(pixels);
+    std::vector<unsigned char> tags(pixels);
     Words weights(pixels);
     const auto any = [&] {
         const auto v = static_cast<unsigned short>(random.next());

@@ -10,7 +10,6 @@ using namespace teska_test;
 namespace
 {
 
-using Values = std::vector<double>;
 using Byte = unsigned char;
 using Word = unsigned short;
 using Bytes = std::vector<Byte>;
@@ -20,9 +19,9 @@ using Filter = teska::handle<fusm, fusm_kill>;
 struct Job {
     int radius = 1, top = 255, K = 1, C = 1;
     std::vector<int> list = {0};
-    Values strengths = {1}, noise = {0}, levels = {}, factors = {};
+    std::vector<double> strengths = {1}, noise = {0}, levels = {}, factors = {};
     int height = 9, width = 9, in_step = 1, out_step = 1, limit_step = 1;
-    bool limited = false, converted = false, with_contexts = false;
+    bool limited = false, converted = false;
 };
 
 int feed(fusm *f, Byte **in, Byte **out, Byte *limits) { return fusm_b_do(f, in, out, limits); }
@@ -54,12 +53,8 @@ public:
     {
         // A filter that is started meanwhile keeps its context to itself.
         const Filter other(fusm_new(0, 1, 1, 1, nullptr, nullptr));
-        current = j.with_contexts ? nullptr : this;
-        ASSERT_EQ(j.with_contexts
-                      ? fusm_start_with(f, j.height, j.width, done_with, this, j.in_step, j.limit_step, j.out_step)
-                      : fusm_start(f, j.height, j.width, done, j.in_step, j.limit_step, j.out_step),
-                  1);
-        fusm_start_with(other.get(), 1, 1, done_with, nullptr, 1, 1, 1);
+        ASSERT_EQ(fusm_start_with(f, j.height, j.width, done, this, j.in_step, j.limit_step, j.out_step), 1);
+        fusm_start_with(other.get(), 1, 1, done, nullptr, 1, 1, 1);
         const int reach = j.radius == 0 ? 1 : 2;
         holders = out.at;
         for (int y = 0; y < j.height; ++y) {
@@ -74,7 +69,7 @@ public:
         EXPECT_TRUE(out.buffer == expected);
     }
 
-    static void convert_with(void *job, void **from, int in_step, void **to, int out_step, int width)
+    static void convert(void *job, void **from, int in_step, void **to, int out_step, int width)
     {
         const Job &own = *static_cast<Job *>(job);
         EXPECT_EQ(out_step, 1);
@@ -82,21 +77,16 @@ public:
             for (int x = 0; x < width; ++x)
                 static_cast<T *>(to[c])[x] = converted(static_cast<T *>(from[c % own.K])[x * in_step], c);
     }
-    static void convert(void **from, int in_step, void **to, int out_step, int width)
-    {
-        convert_with(&current->j, from, in_step, to, out_step, width);
-    }
 
 private:
     T *limit_line(int y) { return j.limited && y % 3 != 0 ? limits[static_cast<std::size_t>(y)].at[0] : nullptr; }
 
-    static void done_with(void *run, int k)
+    static void done(void *run, int k)
     {
         auto *const own = static_cast<Run *>(run);
         own->calls.push_back(k);
         own->holders[static_cast<std::size_t>(k)] += own->j.width * own->j.out_step;
     }
-    static void done(int k) { done_with(current, k); }
 
     static T converted(T sample, int c) { return static_cast<T>(sample * 3 + c * 50); }
 
@@ -168,7 +158,6 @@ private:
         }
     }
 
-    static inline Run *current;
     Job j;
     std::vector<Samples<T>> in, limits;
     Samples<T> out;
@@ -183,9 +172,7 @@ void expect_as_modelled(Job j, Generator &random)
     SCOPED_TRACE(testing::Message() << "radius " << j.radius << ", V " << j.top << ", " << j.K << " of " << j.C << ", "
                                     << j.width << " x " << j.height << ", steps " << j.in_step << ", " << j.out_step);
     const auto convert = j.converted ? Run<T>::convert : nullptr;
-    const auto convert_with = j.converted ? Run<T>::convert_with : nullptr;
-    const Filter f(j.with_contexts ? fusm_new_with(j.radius, j.top, j.K, j.C, j.list.data(), convert_with, &j)
-                                   : fusm_new(j.radius, j.top, j.K, j.C, j.list.data(), convert));
+    const Filter f(fusm_new_with(j.radius, j.top, j.K, j.C, j.list.data(), convert, &j));
     fusm_stren_set(f.get(), j.strengths.data());
     fusm_noise_red_set(f.get(), j.noise.data());
     const int points = static_cast<int>(j.levels.size()) / j.K;
@@ -235,7 +222,6 @@ Job random_job(Generator &random, int largest, int lanes)
     j.out_step = random.below(2) == 0 ? j.in_step : one_of(steps);
     j.limit_step = random.below(2) == 0 ? 1 : one_of(steps);
     j.limited = random.below(3) == 0;
-    j.with_contexts = random.below(2) == 0;
     return j;
 }
 
@@ -319,6 +305,11 @@ TEST(FusmSet, CountsFromTheNextLineOn)
     EXPECT_EQ(fusm_stren_get(f.get()), strength);
     EXPECT_EQ(fusm_noise_red_get(f.get()), noise);
     EXPECT_EQ(*strength, 0.5);
+    const Filter doubled(fusm_new(0, 255, 1, 1, nullptr, [](void **from, int, void **to, int, int width) {
+        std::transform(static_cast<Byte *>(*from), static_cast<Byte *>(*from) + width, static_cast<Byte *>(*to),
+                       [](int sample) { return static_cast<Byte>(2 * sample); });
+    }));
+    EXPECT_EQ(sharpen_spot(doubled.get(), 100, 110), 190);
 }
 
 TEST(FusmLevelRedSet, IsOffWhenACurveIsNone)

@@ -8,9 +8,6 @@ namespace
 using Values = std::vector<double>;
 using Matrix = std::unique_ptr<mat, int (*)(mat *)>;
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double quiet = std::numeric_limits<double>::quiet_NaN();
-
 Matrix square(const Values &elements)
 {
     return {mat_new(elements.data(), static_cast<int>(std::lround(std::sqrt(elements.size())))), mat_kill};
@@ -24,7 +21,7 @@ struct Solution {
 
 Solution solve(mat *m, Values b)
 {
-    Solution s{-9, std::move(b), quiet};
+    Solution s{-9, std::move(b), NAN};
     EXPECT_EQ(mat_solve_set(m, s.x.data(), &s.flag), 0);
     EXPECT_EQ(mat_det_det(m, &s.determinant), 0);
     return s;
@@ -72,7 +69,7 @@ TEST(MatSolveSet, TellsRegularFromSingularMatrices)
     }
     // The last pivot is exactly 0 only when the sums are formed first.
     EXPECT_EQ(solve(square({1, 2, 3, 4, 5, 6, 7, 8, 9}).get(), {1, 1, 1}).flag, -2);
-    for (const double odd : {quiet, infinity})
+    for (const double odd : {double{NAN}, HUGE_VAL})
         EXPECT_EQ(solve(square({odd, odd, 1, odd}).get(), {1, 1}).flag, 0);
 }
 
@@ -139,7 +136,7 @@ TEST(MatGetElement, KeptComparesTheColumnWithTheRows)
     // Not square: what there is of it, and zeros.
     EXPECT_EQ(solve(wide.get(), {1, 1}).determinant, -3);
     EXPECT_EQ(solve(tall.get(), Values(5)).flag, -2);
-    const Matrix column(mat_gen_new(Values{1, quiet}.data(), 2, 1), mat_kill);
+    const Matrix column(mat_gen_new(Values{1, NAN}.data(), 2, 1), mat_kill);
     EXPECT_EQ(solve(column.get(), {1, 1}).flag, -1) << "Kept: beside the zeros NaN does not count";
 }
 

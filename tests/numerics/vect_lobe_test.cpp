@@ -12,8 +12,6 @@ using teska_test::Generator;
 using Values = std::vector<double>;
 using Lobe = std::unique_ptr<vect_lobe, vect_lobe *(*)(vect_lobe *)>;
 
-constexpr double quiet = std::numeric_limits<double>::quiet_NaN();
-
 // Without an axis for an empty one.
 Lobe make(const Values &centre, const Values &axis, double along, double across)
 {
@@ -109,7 +107,7 @@ TEST(VectLobeLimit, NeitherOverflowsNorUnderflowsOnTheWay)
 TEST(VectLobe, RefusesWhatIsNoLobeNoShiftAndNoFactor)
 {
     teska_test::Reports reports;
-    const Values one(65, 1), zero(65, 0), bad{1, quiet}, endless{HUGE_VAL, 1};
+    const Values one(65, 1), zero(65, 0), bad{1, NAN}, endless{HUGE_VAL, 1};
     const std::tuple<const char *, int, Values, Values, double, double> rows[] = {
         {"dimension", -1, one, one, 1, 1},    {"dimension", 0, one, one, 1, 1},
         {"dimension", 65, one, one, 1, 1},    {"centre", 2, bad, one, 1, 1},
@@ -117,7 +115,7 @@ TEST(VectLobe, RefusesWhatIsNoLobeNoShiftAndNoFactor)
         {"axis", 2, one, bad, 1, 1},          {"axis", 2, one, endless, 1, 1},
         {"radius", 2, one, one, 0, 1},        {"radius", 1, one, one, 1, 0},
         {"radius", 2, one, one, -1, 1},       {"radius", 1, one, one, 1, -HUGE_VAL},
-        {"radius", 2, one, one, quiet, 1},    {"radius", 1, one, one, 1, quiet},
+        {"radius", 2, one, one, NAN, 1},      {"radius", 1, one, one, 1, NAN},
         {"radius", 1, one, one, HUGE_VAL, 1}, {"radius", 2, one, one, HUGE_VAL, HUGE_VAL},
         {"radius", 2, one, {}, 1, 2}};
     for (const auto &[text, n, centre, axis, along, across] : rows) {
@@ -141,7 +139,7 @@ TEST(VectLobe, LeavesWhatIsNotInIt)
     const Lobe lobe = make({-1e308, 3, 0}, {1, 0, 0}, 10, 5), tilted = make({0, 0, 0}, {1, 2, 3}, 10, 5),
                tube = make({0, 0, 0}, {1, 0, 0}, HUGE_VAL, 5), ball = make({0, 0, 0}, {}, 9, 9);
     const std::tuple<const Lobe &, Values, bool> rows[] = {{lobe, {1e308, 3, 0}, false},
-                                                           {lobe, {HUGE_VAL, quiet, 0}, true},
+                                                           {lobe, {HUGE_VAL, NAN, 0}, true},
                                                            {tilted, {HUGE_VAL, -HUGE_VAL, 0}, false},
                                                            {tilted, {1e308, 1e308, 1e308}, false},
                                                            {tube, {HUGE_VAL, 0, 0}, true},
@@ -190,7 +188,7 @@ TEST(VectNormalise, ReachesTheEndsOfDoublesAndLeavesTheRest)
                                                        {{-1.7e308, 1.7e308, 0}, {-half, half, 0}, HUGE_VAL},
                                                        {{0, -0.0}, {0, -0.0}, 0},
                                                        {{HUGE_VAL, 7}, {HUGE_VAL, 7}, HUGE_VAL},
-                                                       {{-HUGE_VAL, 7, quiet}, {-HUGE_VAL, 7, quiet}, quiet},
+                                                       {{-HUGE_VAL, 7, NAN}, {-HUGE_VAL, 7, NAN}, NAN},
                                                        {{}, {}, 0}};
     using testing::PrintToString;
     for (const auto &[in, out, length] : rows) {
@@ -198,7 +196,7 @@ TEST(VectNormalise, ReachesTheEndsOfDoublesAndLeavesTheRest)
         EXPECT_EQ(PrintToString(vect_normalise(v.data(), static_cast<int>(v.size()))), PrintToString(length));
         EXPECT_EQ(PrintToString(v), PrintToString(out));
     }
-    double untouched[] = {7, quiet};
+    double untouched[] = {7, NAN};
     EXPECT_EQ(vect_normalise(untouched, -1), 0);
     EXPECT_EQ(untouched[0], 7);
 }

@@ -8,13 +8,11 @@ namespace
 using Values = std::vector<double>;
 using Ints = std::vector<int>;
 
-constexpr double quiet = std::numeric_limits<double>::quiet_NaN();
-
 }  // namespace
 
 TEST(VectSums, GoFromTheFirstValueOn)
 {
-    const Values a{1e16, 1, -1e16, 3}, b{1, 1, 1, 2}, odd{2, quiet, 1, 3};
+    const Values a{1e16, 1, -1e16, 3}, b{1, 1, 1, 2}, odd{2, NAN, 1, 3};
     EXPECT_EQ(vect_scalar_product(a.data(), b.data(), 4), 6);  // the 1 is lost
     EXPECT_EQ(vect_calc_norm(Values{3, 4}.data(), 2), 5);
     EXPECT_EQ(vect_Min(odd.data(), 4), 1);
@@ -33,7 +31,7 @@ TEST(VectVectorProduct, StandsAtRightAnglesUpToThePivotsThatReplaceZero)
         EXPECT_EQ(out, expected);
     }
     double untouched = 8;
-    for (const double n : {quiet, 0.9, -3.0, 4097.0, 1e300})
+    for (const double n : {NAN, 0.9, -3.0, 4097.0, 1e300})
         EXPECT_EQ(vect_vector_product(&n, &untouched), -1);
     EXPECT_EQ(untouched, 8);
 }
@@ -58,7 +56,7 @@ TEST(VectLocate, FindsTheFirstValueThatIsNotLess)
         }
     }
     unsigned place = 99;
-    vect_locate_in_double_array(Values{1, 2, 3, 4}.data(), quiet, 4, &place);
+    vect_locate_in_double_array(Values{1, 2, 3, 4}.data(), NAN, 4, &place);
     EXPECT_EQ(place, 3U);
 }
 
