@@ -20,13 +20,6 @@
 namespace teska_test
 {
 
-// Whether a call gave `success`; its only other result is -1.
-inline bool gave(int success, int result)
-{
-    EXPECT_TRUE(result == success || result == -1) << result;
-    return result == success;
-}
-
 // Whether a constructor's call succeeded; what it made is killed.
 template <class Record, class Killed>
 bool made(Record *record, Killed (*kill)(Record *))
