@@ -18,16 +18,11 @@ struct Shape {
     int n, source_lines, source_width, lines, width, in_step = 1, out_step = 1;
 };
 
-// Both starts in turn.
 int start(ibilin *record, const Shape &s)
 {
-    static int images = 0;
-    const auto plain = [](int c) { on_line(c); };
-    const auto with = [](void *f, int c) { (*static_cast<std::function<void(int)> *>(f))(c); };
-    return ++images % 2 == 0 ? ibilin_start(record, s.n, s.source_lines, s.source_width, s.lines, s.width, plain,
-                                            s.in_step, s.out_step)
-                             : ibilin_start_with(record, s.n, s.source_lines, s.source_width, s.lines, s.width, with,
-                                                 &on_line, s.in_step, s.out_step);
+    const auto called = [](void *f, int c) { (*static_cast<std::function<void(int)> *>(f))(c); };
+    return ibilin_start_with(record, s.n, s.source_lines, s.source_width, s.lines, s.width, called, &on_line, s.in_step,
+                             s.out_step);
 }
 
 int call(ibilin *r, int count, unsigned char *const *in, unsigned char **out)

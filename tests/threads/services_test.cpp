@@ -19,10 +19,11 @@ namespace
 constexpr int threads = 4;
 constexpr int rounds = 200;
 
-TEST(Services, KeepTheAnswersOfThreadsApart)
+TEST(Services, KeepAnswersAndObjectsOfThreadsApart)
 {
     in_threads(threads, [](int thread) {
-        const std::string text = "[a]\nk=0\n[b]\nk=" + std::to_string(thread);
+        const std::string text = "[a]\nk=0\n[b]\nk=" + std::to_string(thread), type = std::to_string(thread);
+        error_set_thread(2);
         for (int round = 0; round < rounds; ++round) {
             const char *cursor = text.c_str();
             char value[257];
@@ -33,16 +34,7 @@ TEST(Services, KeepTheAnswersOfThreadsApart)
             EXPECT_EQ(date.size(), date.find(" at ") + 12);
             char name[10];
             EXPECT_EQ(TObjFac().MakeRandomName("obj", name, 10), 0);
-        }
-    });
-}
 
-TEST(Rom, RegistersObjectsOfAllThreadsAndTellsEachWhatItMisses)
-{
-    in_threads(threads, [](int thread) {
-        const std::string type = "type " + std::to_string(thread);
-        error_set_thread(2);
-        for (int round = 0; round < rounds; ++round) {
             void *object = rom_obj_new(8, type.c_str());
             void *block = rom_obj_malloc(object, 8);
             rom_obj_malloc(object, 8);
