@@ -20,16 +20,6 @@ Ints pixel(const TPlane &plane, const Values &lab, bool noClamp)
     return {x, y};
 }
 
-// The positions, their number and the steps.
-Ints grid(const TPlane &plane, const int *(TPlane::*of_axis)(int *, int *) const)
-{
-    int nr = 0, steps = 0;
-    const int *points = (plane.*of_axis)(&nr, &steps);
-    Ints all(points, points + 11);
-    all.insert(all.end(), {nr, steps});
-    return all;
-}
-
 }  // namespace
 
 TEST(TPlane, GoesToColoursAndBackOnEveryPixel)
@@ -64,20 +54,6 @@ TEST(TPlane, KeptLimitsToOneBeyondTheLastPixelAndByFlagsOfOppositeSense)
     EXPECT_EQ(pixel(plane_of(3, 90), {90, 0, -50}, true), (Ints{10, 0}));
 }
 
-TEST(TPlane, KeptCountsTheGridOfTheDownAxisFromBelow)
-{
-    const TPlane square(101, 101, TPlane::ConstLPlane, 50, -100, 100, -100, 100);
-    for (int type = 1; type < 4; ++type) {
-        TPlane plane = plane_of(type, 0);
-        EXPECT_EQ(grid(plane, &TPlane::GetYGridPoints), (Ints{0, 3, 7, 10, 13, 17, 20, 23, 27, 30, 33, 11, 10}));
-        const TPlane copy(plane);
-        plane = square;
-        for (const auto axis : {&TPlane::GetXGridPoints, &TPlane::GetYGridPoints})
-            EXPECT_EQ(grid(plane, axis), (Ints{-13, 0, 13, 25, 38, 50, 63, 75, 88, 100, 113, 11, 5}));
-        EXPECT_EQ(grid(copy, &TPlane::GetXGridPoints), (Ints{-5, 0, 5, 10, 15, 20, 25, 30, 35, 40, 45, 11, 5}));
-    }
-}
-
 TEST(TPlane, IsEqualBySizeTypeValueAndRanges)
 {
     const auto plane = [](const int *v) {
@@ -105,7 +81,8 @@ TEST(TPlane, KeepsToIntegersWhateverItIsGiven)
                 const TPlane plane(size, size, TPlane::ConstLPlane, high, 0, high, 0, high);
                 EXPECT_NE(pixel(plane, {v, v, v}, true)[0], INT_MIN);
                 EXPECT_EQ(pixel(plane, {v, v, NAN}, true)[1], 0);
-                grid(plane, &TPlane::GetXGridPoints);
+                int steps = 0;
+                plane.GetXGridPoints(&steps, &steps);
             }
     const TPlane three(3, 3, TPlane::ConstLPlane, 0, 0, 1, 0, 1);
     EXPECT_EQ(pixel(three, {0, 1e308, 1e308}, true), (Ints{INT_MAX, -INT_MAX}));
