@@ -131,6 +131,11 @@ TEST(MdTetrasCurves, RefuseWhatCannotBeAndStayAsTheyAre)
     Generator random(31);
     table.fill(random);
     check_depths(table, 70, 2, 3, false, random);
+    Table step(1, 1, 2);  // rounds as near to a half as can be
+    step.data[1] = 65535;
+    step.set_out(0, {0, 1});
+    EXPECT_EQ(step.at({32767}), Words{0});
+    EXPECT_EQ(step.at({32768}), Words{1});
 }
 
 TEST(MdTetrasInterp, EqualsExactArithmeticRoundedOnceForRunsOfAnyLayout)
