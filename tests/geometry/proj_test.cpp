@@ -154,7 +154,8 @@ TEST(ProjOnTriangle, KeptGivesTheFirstEdgeThatThePointIsBeyond)
     expect(plain<proj_on_triangle_edge, 1>, {{right, {3, 5, 4}, {0, 5, 0}, {0.5, 0, 0.5}, 25}});
     expect(plain<proj_on_triangle_edge, 2>, {{right, {5, 3, 4}, {5, 0, 0}, {0.5, 0.5, 0}, 25}});
     // Negative from behind, unless nearly along the triangle.
-    expect(proj_on_triangle_parline, {{right, {2, 3, 5}, {2, 3, 0}, {0.5, 0.2, 0.3}, 25, {0, 0, 0.001}},
+    expect(proj_on_triangle_parline, {{right, {1, 3, -5}, {2, 3, 0}, {0.5, 0.2, 0.3}, -26, {0.2, 0, 1}},
+                                      {right, {2, 3, 5}, {2, 3, 0}, {0.5, 0.2, 0.3}, 25, {0, 0, 0.001}},
                                       refused(right, {1, 1, 0}, -1e20),
                                       refused({0, 0, 0, 1, 0, 0, 4, 0, 0}, {0, 0, 1}, -1e20)});
 }
