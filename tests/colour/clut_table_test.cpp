@@ -5,11 +5,6 @@
 
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 
-namespace
-{
-
-using Doubles = std::vector<double>;
-
 TEST(ClutTableNew, RefusesWhatNoTableHas)
 {
     Reports reports;
@@ -41,13 +36,11 @@ TEST(ClutTableInterp, GivesTheBitsOfTheClassInAnyLayoutAndInPlace)
             teska_test::check_run<double, double>(
                 {n, m, 50 * i - 50, i % 3 == 0 ? n : -step, i % 5 == 0 ? m : step, i % 2 == 0, i % 4 < 2}, random,
                 [&] { return random.between(-0.1, 1.1); },
-                [&](int, const Doubles &pixel) {
-                    Doubles result(static_cast<std::size_t>(m));
+                [&](int, const std::vector<double> &pixel) {
+                    std::vector<double> result(static_cast<std::size_t>(m));
                     model.Interpolate(result.data(), pixel.data());
                     return result;
                 },
                 [&](auto... arguments) { return clut_table_interp(table.get(), arguments...); });
     }
 }
-
-}  // namespace

@@ -18,18 +18,14 @@ struct Table {
 
     md_tetras *get() const { return owner.get(); }
     void fill(Generator &random) const { random.fill(data, static_cast<std::size_t>(size)); }
+    void set_in(int d, const Words &entries) { set(md_tetras_ilut_set, in_curves, d, entries); }
+    void set_out(int c, const Words &entries) { set(md_tetras_olut_set, out_curves, c, entries); }
     // No entries: the identity.
-    void set_in(int d, const Words &entries)
+    void set(auto curve_set, std::vector<Words> &curves, int k, const Words &entries) const
     {
         const int count = entries.empty() ? -1 : static_cast<int>(entries.size());
-        EXPECT_EQ(md_tetras_ilut_set(get(), d, count, entries.data()), 1);
-        in_curves.at(static_cast<std::size_t>(d)) = entries;
-    }
-    void set_out(int c, const Words &entries)
-    {
-        const int count = entries.empty() ? -1 : static_cast<int>(entries.size());
-        EXPECT_EQ(md_tetras_olut_set(get(), c, count, entries.data()), 1);
-        out_curves.at(static_cast<std::size_t>(c)) = entries;
+        EXPECT_EQ(curve_set(get(), k, count, entries.data()), 1);
+        curves.at(static_cast<std::size_t>(k)) = entries;
     }
 
     // What a pixel must become, by exact arithmetic.

@@ -12,9 +12,7 @@ namespace
 using lines = std::vector<std::string>;
 
 // Taken before any test sets them.
-const int initial_mode = error_set(1);
-const int initial_threshold = teska_warn_level(0);
-const int initial_debug = dbg_set(0);
+const std::array initial{error_set(1), teska_warn_level(0), dbg_set(0)};
 
 // "L" in a script is a message that is cut.
 const std::string long_message(600, 'x');
@@ -110,9 +108,7 @@ TEST_F(ErrorMess, KeptPrintsKeepsOrDropsLinesAndWarnsAsTheModesSay)
         {"<-3 ?-5 !-3 ?1 !-2 =0 !0 =2 !-3 =3 !0 . <0 ?0",
          {"0", "0", "-5", "1", "0", "2", "-3", "1"},
          debug + warning + debug + warning + debug + debug + warning + debug}};
-    EXPECT_EQ(initial_mode, 1);
-    EXPECT_EQ(initial_threshold, 0);
-    EXPECT_EQ(initial_debug, 0);
+    EXPECT_EQ(initial, (std::array{1, 0, 0}));
     for (const auto &[script, expected, shown] : cases) {
         lines given;
         EXPECT_EQ(printed([&, steps = script] { given = answers(steps); }), shown) << script;

@@ -6,9 +6,6 @@
 
 using teska_test::lines, teska_test::Reports;
 
-namespace
-{
-
 TEST(RomObjtypeCheck, ComparesFifteenCharactersAndWarnsOfTheDifference)
 {
     const std::tuple<const char *, const char *, bool> cases[] = {{"abcdefghijklmnopX", "abcdefghijklmnopY", true},
@@ -78,5 +75,3 @@ TEST(RomObjMalloc, KeepsTheBlocksOfManyObjectsApart)
     }
     EXPECT_EQ(reports.take(), lines{});
 }
-
-}  // namespace

@@ -10,9 +10,6 @@
 
 using teska_test::Folder;
 
-namespace
-{
-
 TEST(TCriticSect, TakesPathsOf255Bytes)
 {
     EXPECT_NO_THROW(TCriticSect(std::string(255, 'x').c_str(), 0));
@@ -54,5 +51,3 @@ TEST(TCriticSect, ExcludesOtherObjectsOfTheProcessUntilItIsLeft)
     EXPECT_EQ(first.Enter(-1), 0) << "a destroyed object has left";
     EXPECT_EQ(TCriticSect(folder.path("missing/lock").c_str(), -7).Enter(0), 1);
 }
-
-}  // namespace

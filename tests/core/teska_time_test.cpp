@@ -4,9 +4,6 @@
 
 #include <ctime>
 
-namespace
-{
-
 TEST(GetDiffSystemTime, CountsMillisecondsTowardsZero)
 {
     system_time_rec start;
@@ -54,5 +51,3 @@ TEST(TimeGetDate, NamesDayDateAndTime)
     }
     EXPECT_EQ(date, date == dates[0] ? dates[0] : dates[1]);
 }
-
-}  // namespace

@@ -22,9 +22,6 @@ struct Shown {
     double left = 0, top = 0, width = 0, height = 0;
 };
 
-Zoom new_zoom(int kernel) { return Zoom(izat_new(kernel)); }
-Pick new_pick() { return Pick(izoom_new()); }
-
 int start(izat *z, int components, Size from, Size to, izat_callback callback, void *context, int in_step, int out_step)
 {
     return izat_start(z, components, from.lines, from.width, to.lines, to.width, callback, context, in_step, out_step);
@@ -176,7 +173,7 @@ void compare_with_definition(std::uint64_t seed)
         }
         const auto image = random_image<Sample>(input, from, n);
         const auto expected = defined(kernel, w, image, from, to, n);
-        const Zoom z = new_zoom(kernel);
+        const Zoom z(izat_new(kernel));
         if (part)
             izat_window_set(z.get(), w.left, w.top, w.width, w.height);
         for (const int place : n == 1 ? Numbers{-1, 0, 133, 266, 399} : Numbers{-1})
@@ -204,7 +201,7 @@ TEST(IzatLine, GivesTheSameBytesAtEveryLevel)
         for (int kernel = 0; kernel < kernels; ++kernel) {
             std::vector<unsigned char> first;
             at_every_level([&](teska::simd_level) {
-                const auto made = zoomed(new_zoom(kernel).get(), image, from, {130, width}, 1);
+                const auto made = zoomed(Zoom(izat_new(kernel)).get(), image, from, {130, width}, 1);
                 first = first.empty() ? made : first;
                 EXPECT_TRUE(made == first) << "kernel " << kernel << " to " << width;
             });
@@ -216,7 +213,7 @@ TEST(IzatLine, GivesTheSameBytesAtEveryLevel)
 // In any window and at every factor; components stay together.
 TEST(Izoom, PicksThePixelInWhichTheCentreLies)
 {
-    const Pick z = new_pick();
+    const Pick z(izoom_new());
     Generator input(4);
     for (int round = 0; round < 300; ++round) {
         const int n = 1 + input.below(16);
@@ -280,9 +277,9 @@ TEST(IzatStart, RefusesInOrderAndIgnoresLinesUntilItSucceeds)
         {NAN, 0, 1, 1}, {0, 0, INFINITY, 1}, {0, 0, 4, NAN}, {DBL_MAX, 0, 1, 1}, {0, 0, 4, 1.001}, {0, 1, 4, 0.5}};
     const std::vector<std::array<int, 4>> cuts = {
         {-1, 0, 4, 1}, {0, 0, 0, 1}, {0, 0, 5, 1}, {INT_MAX, 0, INT_MAX, 1}, {0, 1, 4, 1}};
-    const Zoom z = new_zoom(IZAT_LANCZOS3);
+    const Zoom z(izat_new(IZAT_LANCZOS3));
     check_refusals(z.get(), "izat_start: ", izat_window_set, windows);
-    check_refusals(new_pick().get(), "izoom_start: ", izoom_window_set, cuts);
+    check_refusals(Pick(izoom_new()).get(), "izoom_start: ", izoom_window_set, cuts);
     Reports reports;
     for (const int kernel : {-1, 5})
         EXPECT_EQ(izat_new(kernel), nullptr);
@@ -307,7 +304,7 @@ TEST(IzatLine, TakesExtremeRatios)
     };
     for (const auto &[from, to, shown] : rows)
         for (int kernel = 0; kernel < kernels; ++kernel) {
-            const Zoom z = new_zoom(kernel);
+            const Zoom z(izat_new(kernel));
             izat_window_set(z.get(), shown.left, shown.top, shown.width, shown.height);
             const std::vector<unsigned char> image(static_cast<std::size_t>(from.lines * from.width), 77);
             const auto made = zoomed(z.get(), image, from, to, 1);

@@ -2,13 +2,8 @@
 
 #include "support/test.h"
 
-namespace
-{
-
 using Values = std::vector<double>;
 using Ints = std::vector<int>;
-
-}  // namespace
 
 TEST(VectSums, GoFromTheFirstValueOn)
 {
@@ -31,7 +26,7 @@ TEST(VectVectorProduct, StandsAtRightAnglesUpToThePivotsThatReplaceZero)
         EXPECT_EQ(out, expected);
     }
     double untouched = 8;
-    for (const double n : {NAN, 0.9, -3.0, 4097.0, 1e300})
+    for (const double n : {double{NAN}, 0.9, -3.0, 4097.0, 1e300})
         EXPECT_EQ(vect_vector_product(&n, &untouched), -1);
     EXPECT_EQ(untouched, 8);
 }
