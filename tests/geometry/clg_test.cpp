@@ -368,20 +368,6 @@ TEST(Clg, FindsWhatIsPrintedAndTheNearest)
         }
 }
 
-// More cells than a query notes: it must go through all of them again.
-TEST(Clg, RuleHoldsWhereHundredsOfCellsReachAColour)
-{
-    Generator input(2);
-    const Cloud cloud = random_cloud(input, 4, 300, noise);
-    double cost[3];
-    for (const int half : {0, 1, 2}) {
-        clg_rule(cloud, black, half / 2.0);
-        cost[half] = cloud.nearest({50, 0, 0}).device[3];
-    }
-    EXPECT_LT(cost[0] + 0.5, cost[2]);
-    EXPECT_NEAR(cost[1], (cost[0] + cost[2]) / 2, 1e-9);
-}
-
 template <class Table, class Sample, class Fill, class Get, class Scan, class Convert>
 void check_table(Table *table, Sample, Fill fill, Get get, Scan scan, Convert convert)
 {

@@ -18,7 +18,7 @@ using Points = std::vector<Point>;
 
 const double nan = std::numeric_limits<double>::quiet_NaN();
 const double infinity = std::numeric_limits<double>::infinity();
-const Points tetrahedron{{0, 0, 0}, {10, 0, 0}, {0, 20, 0}, {0, 0, 10}};
+const Points tetrahedron{{0, 0, 0}, {10, 0, 0}, {0, 20, 0}, {5, 5, 10}};
 
 void add(TConvexHull &hull, const Points &points)
 {
@@ -411,22 +411,22 @@ TEST(TConvexHullPrint, WritesThePictureOfTheFacesAboveAndTheLists)
     EXPECT_EQ(TConvexHullTest::picture(hull),
               "%!PS\n%%BoundingBox: 0 0 10 20\n%%HiResBoundingBox: 0 0 10 20\n0 setlinewidth\n"
               "0.000000 0.000000 translate\n\n%% Vertices:\tV = 4\n%% index:\tx\ty\tz\n"
-              "%%     3:\t0.000\t0.000\t10.000\n%%     0:\t0.000\t0.000\t0.000\n"
+              "%%     3:\t5.000\t5.000\t10.000\n%%     0:\t0.000\t0.000\t0.000\n"
               "%%     1:\t10.000\t0.000\t0.000\n%%     2:\t0.000\t20.000\t0.000\n\n"
               "%% Faces:\tF = 4\n%% Visible faces only: \n"
               "%% vnums:  0  1  3\nnewpath\n0.000\t0.000\tmoveto\n10.000\t0.000\tlineto\n"
-              "0.000\t0.000\tlineto\nclosepath stroke\n\n"
+              "5.000\t5.000\tlineto\nclosepath stroke\n\n"
               "%% vnums:  1  2  3\nnewpath\n10.000\t0.000\tmoveto\n0.000\t20.000\tlineto\n"
-              "0.000\t0.000\tlineto\nclosepath stroke\n\n"
+              "5.000\t5.000\tlineto\nclosepath stroke\n\n"
               "%% vnums:  2  0  3\nnewpath\n0.000\t20.000\tmoveto\n0.000\t0.000\tlineto\n"
-              "0.000\t0.000\tlineto\nclosepath stroke\n\n"
+              "5.000\t5.000\tlineto\nclosepath stroke\n\n"
               "%% List of all faces: \n%%\tv0\tv1\tv2\t(vertex indices)\n%%\t2\t1\t0\n%%\t0\t1\t3\n"
               "%%\t1\t2\t3\n%%\t2\t0\t3\n\n%% Edges:\tE = 6\n\nshowpage\n\n"
-              "\t0.000\t0.000\t10.000\n");
+              "\t5.000\t5.000\t10.000\n");
     // Kept: the number of vertex 0 is blank.
     EXPECT_EQ(TConvexHullTest::lists(hull),
               "\nHead vertex 3 =# :\nVertex List\n"
-              "  addr#\t  vnum    3   ( 0.000, 0.000,10.000)   active:  0   dup:    0   mark: 1\n"
+              "  addr#\t  vnum    3   ( 5.000, 5.000,10.000)   active:  0   dup:    0   mark: 1\n"
               "  addr#\t  vnum    0   ( 0.000, 0.000, 0.000)   active:  0   dup:    0   mark: 1\n"
               "  addr#\t  vnum    1   (10.000, 0.000, 0.000)   active:  0   dup:    0   mark: 1\n"
               "  addr#\t  vnum    2   ( 0.000,20.000, 0.000)   active:  0   dup:    0   mark: 1\n"
