@@ -155,7 +155,7 @@ TEST(LinInterpDoubleSubst, KeptOverwritesTheNearestPointWithoutSortingAgain)
 TEST(LinInterpDoubleInvert, TakesAnOrderOfTheCaller)
 {
     const Curve falling(lin_interp_double_invert(curve({{3, 1}, {2, 4}, {1, 1}}).get(), descending));
-    EXPECT_EQ(contents(falling), (Points{{4, 2}, {1, 3}, {1, 1}}));
+    EXPECT_EQ(contents(falling), (Points{{4, 2}, {1, 1}, {1, 3}}));
 }
 
 TEST(LinInterpDoubleGetp, KeptIsNamedInTheReportOfEveryFunctionThatFindsANullCurve)
