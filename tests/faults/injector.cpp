@@ -274,19 +274,16 @@ WRAPPED(link, file_call, (const char *from, const char *to), from, to)
 WRAPPED(stat, file_call, (const char *path, struct stat *status), path, status)
 WRAPPED(fstat, file_call, (int descriptor, struct stat *status), descriptor, status)
 WRAPPED(fstatat, file_call, (int folder, const char *name, struct stat *status, int flags), folder, name, status, flags)
-WRAPPED(statx, file_call, (int folder, const char *name, int flags, unsigned mask, struct statx *status), folder, name,
-        flags, mask, status)
+WRAPPED(statx, file_call, (int at, const char *name, int flags, unsigned mask, struct statx *to), at, name, flags, mask,
+        to)
 WRAPPED(fchmod, file_call, (int descriptor, mode_t mode), descriptor, mode)
 WRAPPED(fdopendir, file_call, (int descriptor), descriptor)
 WRAPPED(readdir, file_call, (DIR * stream), stream)
-WRAPPED(readlinkat, file_call, (int folder, const char *name, char *content, std::size_t size), folder, name, content,
-        size)
+WRAPPED(readlinkat, file_call, (int at, const char *name, char *content, std::size_t size), at, name, content, size)
 WRAPPED(futimens, file_call, (int descriptor, const timespec *times), descriptor, times)
 WRAPPED(fcntl, file_call, (int descriptor, int command, long argument), descriptor, command, argument)
-WRAPPED(fread, stream_transfer, (void *data, std::size_t size, std::size_t count, std::FILE *file), data, size, count,
-        file)
-WRAPPED(fwrite, stream_transfer, (const void *data, std::size_t size, std::size_t count, std::FILE *file), data, size,
-        count, file)
+WRAPPED(fread, stream_transfer, (void *data, std::size_t size, std::size_t n, std::FILE *file), data, size, n, file)
+WRAPPED(fwrite, stream_transfer, (const void *data, std::size_t size, std::size_t n, std::FILE *to), data, size, n, to)
 WRAPPED(read, descriptor_transfer, (int descriptor, void *data, std::size_t size), descriptor, data, size)
 WRAPPED(fclose, closing_call, (std::FILE * file), file)
 WRAPPED(closedir, closing_call, (DIR * stream), stream)
@@ -302,8 +299,7 @@ WRAPPED(write, recorded_write, (int descriptor, const void *data, std::size_t si
         return record(file_call<__real_##call>(__VA_ARGS__), file_step::kind, folder, name, other);                    \
     }
 RECORDED(open, open, (const char *path, int flags, mode_t mode), AT_FDCWD, path, "", path, flags, mode)
-RECORDED(openat, open, (int folder, const char *name, int flags, mode_t mode), folder, name, "", folder, name, flags,
-         mode)
+RECORDED(openat, open, (int at, const char *name, int flags, mode_t mode), at, name, "", at, name, flags, mode)
 RECORDED(rename, rename, (const char *from, const char *to), AT_FDCWD, from, to, from, to)
 RECORDED(renameat, rename, (int from, const char *name, int to, const char *new_name), from, name,
          full_name(to, new_name), from, name, to, new_name)
@@ -312,8 +308,7 @@ RECORDED(renameat2, rename, (int from, const char *name, int to, const char *new
 RECORDED(unlink, unlink, (const char *path), AT_FDCWD, path, "", path)
 RECORDED(unlinkat, unlink, (int folder, const char *name, int flags), folder, name, "", folder, name, flags)
 RECORDED(mkdirat, mkdir, (int folder, const char *name, mode_t mode), folder, name, "", folder, name, mode)
-RECORDED(symlinkat, symlink, (const char *content, int folder, const char *name), folder, name, content, content,
-         folder, name)
+RECORDED(symlinkat, symlink, (const char *content, int at, const char *name), at, name, content, content, at, name)
 #undef RECORDED
 
 decltype(realloc) __real_realloc;
