@@ -29,7 +29,7 @@ namespace teska_test
 namespace
 {
 
-ReparsePoints *now = nullptr;
+Links *now = nullptr;
 std::set<HANDLE> elsewhere;  // opened on the other volume
 std::vector<std::function<void()>> exchanges;
 
@@ -56,7 +56,7 @@ bool refuse(DWORD error)
     return false;
 }
 
-bool passes(const char *call)
+bool passes(const char *call = "")
 {
     const DWORD error = now->refusal(call);
     return error == 0 || refuse(error);
@@ -153,7 +153,7 @@ bool lead(std::wstring &path, bool last, int turns = 0)
 
 // A call on a path.
 template <class R, class F>
-R at(const char *name, const wchar_t *path, bool last, R refused, F call)
+R at(const wchar_t *path, bool last, R refused, F call, const char *name = "")
 {
     std::wstring led = path;
     return passes(name) && lead(led, last) ? static_cast<R>(call(led.c_str())) : refused;
@@ -179,25 +179,27 @@ const Call<decltype(&CreateFileW)> create_file{
     [](const wchar_t *path, DWORD access, DWORD share, SECURITY_ATTRIBUTES *security, DWORD how, DWORD flags,
        HANDLE like) -> HANDLE {
         const bool last = (flags & FILE_FLAG_OPEN_REPARSE_POINT) == 0;
-        return at(access == folder_access ? "CreateFileW to list" : "CreateFileW", path, last, INVALID_HANDLE_VALUE,
-                  [=](const wchar_t *led) {
-                      const HANDLE handle = open(led, access, share, security, how, flags, like);
-                      elsewhere.erase(handle);
-                      if (!now->volume.empty() && std::wstring(led).starts_with(now->volume))
-                          elsewhere.insert(handle);
-                      return handle;
-                  });
+        return at(
+            path, last, INVALID_HANDLE_VALUE,
+            [=](const wchar_t *led) {
+                const HANDLE handle = open(led, access, share, security, how, flags, like);
+                elsewhere.erase(handle);
+                if (!now->volume.empty() && std::wstring(led).starts_with(now->volume))
+                    elsewhere.insert(handle);
+                return handle;
+            },
+            access == folder_access ? "open to list" : "");
     }};
 
 const Call<decltype(&GetFileAttributesW)> attributes{
     __imp_GetFileAttributesW, [](const wchar_t *path) -> DWORD {
-        return at("GetFileAttributesW", path, false, INVALID_FILE_ATTRIBUTES,
+        return at(path, false, INVALID_FILE_ATTRIBUTES,
                   [](const wchar_t *led) { return mark(attributes_of(led), find(number_at(led))); });
     }};
 
 const Call<decltype(&GetFileAttributesExW)> attributes_ex{
     __imp_GetFileAttributesExW, [](const wchar_t *path, GET_FILEEX_INFO_LEVELS level, void *out) -> BOOL {
-        return at("GetFileAttributesExW", path, false, FALSE, [=](const wchar_t *led) {
+        return at(path, false, FALSE, [=](const wchar_t *led) {
             auto *info = static_cast<WIN32_FILE_ATTRIBUTE_DATA *>(out);
             const bool told = attributes_ex.host(led, level, out);
             if (told)
@@ -210,7 +212,7 @@ const Call<decltype(&GetFileInformationByHandleEx)> information{
     __imp_GetFileInformationByHandleEx,
     [](HANDLE handle, FILE_INFO_BY_HANDLE_CLASS what, void *out, DWORD size) -> BOOL {
         const bool lists = what == FileIdBothDirectoryInfo;
-        if (!passes(lists ? "list" : "GetFileInformationByHandleEx") || !information.host(handle, what, out, size))
+        if (!passes(lists ? "list" : "") || !information.host(handle, what, out, size))
             return FALSE;
         const Bytes *data = find(number_of(handle));
         if (what == FileIdInfo && elsewhere.contains(handle))
@@ -234,7 +236,7 @@ const Call<decltype(&GetFileInformationByHandleEx)> information{
 const Call<decltype(&SetFileInformationByHandle)> set_information{
     __imp_SetFileInformationByHandle, [](HANDLE handle, FILE_INFO_BY_HANDLE_CLASS what, void *in, DWORD size) -> BOOL {
         const std::uint64_t number = number_of(handle);
-        const bool set = passes("SetFileInformationByHandle") && set_information.host(handle, what, in, size);
+        const bool set = passes() && set_information.host(handle, what, in, size);
         if (set && (what == FileDispositionInfo || what > FileIdInfo))
             now->table.erase(number);
         return set;
@@ -246,7 +248,7 @@ const Call<decltype(&DeviceIoControl)> control{
     [](HANDLE handle, DWORD code, void *in, DWORD in_size, void *out, DWORD out_size, DWORD *size,
        OVERLAPPED *) -> BOOL {
         const Bytes *data = find(number_of(handle));
-        if (!passes("DeviceIoControl"))
+        if (!passes())
             return FALSE;
         if (code == FSCTL_SET_REPARSE_POINT) {
             const Bytes given(static_cast<unsigned char *>(in), static_cast<unsigned char *>(in) + in_size);
@@ -273,31 +275,30 @@ const Call<decltype(&CreateSymbolicLinkW)> create_link{
         const bool relative = !share && text.substr(1, 1) != L":";
         const std::wstring root = relative ? L"" : share && !prefixed ? L"\\??\\UNC\\" : L"\\??\\";
         const std::wstring substitute = root + text.substr(prefixed ? 4 : share ? 2 : 0);
-        return at("CreateSymbolicLinkW", path, false, BOOLEAN{FALSE}, [&](const wchar_t *led) {
+        return at(path, false, BOOLEAN{FALSE}, [&](const wchar_t *led) {
             if ((flags & 2) != 0 && !passes("unprivileged"))
                 return false;
             if ((flags & 1) != 0 ? !CreateDirectoryW(led, nullptr)
                                  : !CloseHandle(open(led, 0, 7, nullptr, CREATE_NEW, 0, nullptr)))
                 return false;
-            now->table[number_at(led)] = ReparsePoints::symbolic_link(substitute, text, relative);
+            now->table[number_at(led)] = Links::symbolic_link(substitute, text, relative);
             return true;
         });
     }};
 
 const Call<decltype(&CreateDirectoryW)> create_folder{
     __imp_CreateDirectoryW, [](const wchar_t *path, SECURITY_ATTRIBUTES *security) -> BOOL {
-        return at("CreateDirectoryW", path, false, FALSE,
-                  [=](const wchar_t *led) { return create_folder.host(led, security); });
+        return at(path, false, FALSE, [=](const wchar_t *led) { return create_folder.host(led, security); });
     }};
 
 const Call<decltype(&RemoveDirectoryW)> remove_folder{
     __imp_RemoveDirectoryW, [](const wchar_t *path) -> BOOL {
-        return at("RemoveDirectoryW", path, false, FALSE,
+        return at(path, false, FALSE,
                   [](const wchar_t *led) { return removed(led, [=] { return remove_folder.host(led); }); });
     }};
 
 const Call<decltype(&DeleteFileW)> remove_file{__imp_DeleteFileW, [](const wchar_t *path) -> BOOL {
-                                                   return at("DeleteFileW", path, false, FALSE, [](const wchar_t *led) {
+                                                   return at(path, false, FALSE, [](const wchar_t *led) {
                                                        return removed(led, [=] { return remove_file.host(led); });
                                                    });
                                                }};
@@ -306,7 +307,7 @@ const Call<decltype(&DeleteFileW)> remove_file{__imp_DeleteFileW, [](const wchar
 const Call<decltype(&MoveFileExW)> move{
     __imp_MoveFileExW, [](const wchar_t *from, const wchar_t *to, DWORD flags) -> BOOL {
         std::wstring end = to;
-        return at("MoveFileExW", from, false, FALSE, [&](const wchar_t *led) -> BOOL {
+        return at(from, false, FALSE, [&](const wchar_t *led) -> BOOL {
             if (!lead(end, false))
                 return FALSE;
             const DWORD taken = attributes_of(end.c_str());
@@ -340,30 +341,30 @@ Bytes reparse(DWORD tag, const std::wstring &substitute, const std::wstring &pri
 
 }  // namespace
 
-ReparsePoints::ReparsePoints()
+Links::Links()
 {
     now = this;
     for (const auto &exchange : exchanges)
         exchange();
 }
 
-ReparsePoints::~ReparsePoints()
+Links::~Links()
 {
     for (const auto &exchange : exchanges)
         exchange();
 }
 
-Bytes ReparsePoints::symbolic_link(const std::wstring &substitute, const std::wstring &print, bool relative)
+Bytes Links::symbolic_link(const std::wstring &substitute, const std::wstring &print, bool relative)
 {
     return reparse(IO_REPARSE_TAG_SYMLINK, substitute, print, {relative, 0, 0, 0}, false);
 }
 
-Bytes ReparsePoints::junction(const std::wstring &substitute, const std::wstring &print)
+Bytes Links::junction(const std::wstring &substitute, const std::wstring &print)
 {
     return reparse(IO_REPARSE_TAG_MOUNT_POINT, substitute, print, {}, true);
 }
 
-void ReparsePoints::set(const std::string &path, const Bytes &data, bool folder)
+void Links::set(const std::string &path, const Bytes &data, bool folder)
 {
     const std::wstring wide = full(std::filesystem::path(path).wstring());
     if (folder)
@@ -373,12 +374,21 @@ void ReparsePoints::set(const std::string &path, const Bytes &data, bool folder)
     table[number_at(wide)] = data;
 }
 
-Bytes ReparsePoints::data(const std::string &path) const
+Bytes Links::data(const std::string &path) const
 {
     const Bytes *found = find(number_at(full(std::filesystem::path(path).wstring())));
     return found != nullptr ? *found : Bytes();
 }
 
-std::wstring ReparsePoints::substitute(const std::string &path) const { return substitute_of(data(path)); }
+std::wstring Links::substitute(const std::string &path) const { return substitute_of(data(path)); }
+
+std::string Links::target(const std::string &path) const { return std::filesystem::path(substitute(path)).string(); }
+
+void Links::make(const std::string &to, const std::string &path, bool folder)
+{
+    const std::wstring target = std::filesystem::path(to).make_preferred().wstring();
+    const std::wstring link = std::filesystem::path(path).wstring();
+    EXPECT_TRUE(CreateSymbolicLinkW(link.c_str(), target.c_str(), folder ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0));
+}
 
 }  // namespace teska_test

@@ -20,21 +20,25 @@ namespace teska_test
 
 using Bytes = std::vector<unsigned char>;
 
-struct ReparsePoints {
-    ReparsePoints();
-    ~ReparsePoints();
-    ReparsePoints(const ReparsePoints &) = delete;
-    ReparsePoints &operator=(const ReparsePoints &) = delete;
+struct Links {
+    Links();
+    ~Links();
+    Links(const Links &) = delete;
+    Links &operator=(const Links &) = delete;
 
     static Bytes symbolic_link(const std::wstring &substitute, const std::wstring &print, bool relative);
     static Bytes junction(const std::wstring &substitute, const std::wstring &print);
 
+    // Makes a symbolic link.
+    static void make(const std::string &to, const std::string &path, bool folder = true);
+    std::string target(const std::string &path) const;
     // Makes a reparse point, whatever its data are.
     void set(const std::string &path, const Bytes &data, bool folder);
     Bytes data(const std::string &path) const;
     std::wstring substitute(const std::string &path) const;
 
-    // The error that a call gives now, or 0. Listing a folder is "list".
+    // The error that a call gives now, or 0. Most calls are "", what a test asks for is "list", "open to list" (a folder)
+    // or "unprivileged".
     std::function<DWORD(const std::string &call)> refusal = [](const std::string &) { return 0; };
     // What every path into L"\\??\\Volume{1}\\" leads to; it has a device of its own.
     std::wstring volume = {};

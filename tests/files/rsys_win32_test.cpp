@@ -169,9 +169,7 @@ TEST(RsysHost, MayHaveNoRightToLinksNorToAFolderAndNothingInARoot)
     EXPECT_EQ(reports.take(), lines{"rsys_copy: cannot make link"});
     links.refusal = [](const std::string &call) { return call == "list" ? DWORD{ERROR_FILE_NOT_FOUND} : 0; };
     EXPECT_EQ(site.listed(""), "");
-    links.refusal = [](const std::string &call) {
-        return call == "CreateFileW to list" ? DWORD{ERROR_ACCESS_DENIED} : 0;
-    };
+    links.refusal = [](const std::string &call) { return call == "open to list" ? DWORD{ERROR_ACCESS_DENIED} : 0; };
     EXPECT_EQ(site.remove("l"), 0) << "the folder need not be readable";
 }
 
