@@ -16,13 +16,6 @@ using namespace teska_test;
 namespace
 {
 
-// Why the lock of a path cannot be taken; 0 when it can.
-int error_of_second(const std::string &path)
-{
-    const int descriptor = lock_utf8(path.c_str());
-    return descriptor < 0 ? errno : close_utf8(descriptor);
-}
-
 // Takes the lock of a path and dies at a file call, or with the lock: "<n> <path>". Returns 0 in the second case.
 const ChildRole locker("take a lock", [](const std::string &argument) {
     const std::string path = argument.substr(argument.find(' ') + 1);
@@ -66,7 +59,8 @@ TEST(LockFile, HoldsWithEveryFileCallFailingOrIsNotThere)
             const bool fired = disarm() > 0;
             survived += fired && descriptor >= 0;
             EXPECT_EQ(access(path.c_str(), F_OK) == 0, descriptor >= 0);
-            EXPECT_EQ(error_of_second(path), descriptor >= 0 ? EEXIST : 0);
+            const int second = lock_utf8(path.c_str());
+            EXPECT_EQ(second < 0 ? errno : close_utf8(second), descriptor >= 0 ? EEXIST : 0);
             EXPECT_EQ(close_utf8(descriptor) == 0, descriptor >= 0);
             EXPECT_NE(access(path.c_str(), F_OK), 0);
             return fired;

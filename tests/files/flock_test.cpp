@@ -31,8 +31,7 @@ void wait_for(const std::string &path)
 
 // Takes what it can of the locks 0 .. files - 1 beside a file, makes that, and holds them until there is an "end".
 // Returns their number.
-int hold(const std::string &ready)
-{
+const ChildRole holder("hold", [](const std::string &ready) {
     const std::string folder = ready.substr(0, ready.rfind('/') + 1);
     std::vector<Lock> held;
     for (int i = 0; i < files; ++i)
@@ -41,9 +40,7 @@ int hold(const std::string &ready)
     std::ofstream(ready) << "";
     wait_for(folder + "end");
     return static_cast<int>(held.size());
-}
-
-const ChildRole holder("hold", hold);
+});
 
 }  // namespace
 
