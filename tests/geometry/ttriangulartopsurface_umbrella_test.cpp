@@ -11,17 +11,13 @@ using teska::vec2, teska::vec3;
 namespace
 {
 
-// Colours of faces, with all but two colorants at none or full, or of the whole device; full: the ink limit.
-std::vector<double> some_colours(const device &of, int count, Generator &random, bool faces, double full = 0.0)
+// Colours of the whole device; full: the ink limit.
+std::vector<double> some_colours(const device &of, int count, Generator &random, double full)
 {
     std::vector<double> xyz, values(static_cast<std::size_t>(of.colorants));
     while (static_cast<int>(xyz.size()) < 3 * count) {
         for (double &value : values)
-            value = faces || random.below(3) == 0 ? random.below(2) : random.unit();
-        for (int varying = 0; faces && varying < 2; ++varying)
-            values[static_cast<std::size_t>(random.below(of.colorants))] = random.unit();
-        for (double &value : values)
-            value = full + (1.0 - full) * value;
+            value = full + (1.0 - full) * (random.below(3) == 0 ? random.below(2) : random.unit());
         colour c;
         of.convert(values.data(), c.data());
         if (c[0] > 1e-4)
@@ -110,7 +106,7 @@ void check_reach(Surface &top, double phir, int steps)
 {
     const Edge edge = top.edge_at(phir);
     const double share = top.own_rim(edge.phi) / edge.teta;
-    for (int k = 0; k + 1 < steps; ++k) {
+    for (int k = 0; k + 1 < steps; k += 7) {
         double at[2] = {phir, k / (steps - 1.0)}, reach = 0.0, wanted = 0.0;
         for (int s = 0; s < steps; ++s) {
             double place[3] = {s / (steps - 1.0), phir, 1.0}, peak[3], line[3];
@@ -127,9 +123,8 @@ void check_reach(Surface &top, double phir, int steps)
     }
 }
 
-// Colours come back from normalised coordinates, alone as among many, and none lies farther outside than that; those
-// whose hue was cut count only with all_hues.
-void convert_and_return(Surface &top, const std::vector<double> &xyz, double farthest, bool all_hues)
+// Colours come back from normalised coordinates, alone as among many, and none lies farther outside than that.
+void convert_and_return(Surface &top, const std::vector<double> &xyz, double farthest)
 {
     using T = TTriangularTopSurface;
     const std::pair<Convert, Convert> ways[] = {{&T::DetermineNormCoord, &T::DetermineXYZ},
@@ -141,9 +136,7 @@ void convert_and_return(Surface &top, const std::vector<double> &xyz, double far
         ASSERT_EQ((top.*there)(xyz.data(), norm[0].data(), penalty.data(), count), 0);
         ASSERT_EQ((top.*back)(norm[0].data(), again[0].data(), nullptr, count), 0);
         for (std::size_t i = 0; i < norm.size(); ++i) {
-            if (there == ways[0].first && (all_hues || (norm[i][1] > 0.0 && norm[i][1] < 1.0))) {
-                EXPECT_GT(penalty[i], -farthest) << i;
-            }
+            EXPECT_GT(penalty[i], there == ways[0].first ? -farthest : -HUGE_VAL) << i;
             for (std::size_t k = 0; k < 3 && penalty[i] == 0.0 && norm[i][2] < 1.0; ++k)
                 EXPECT_NEAR(again[i][k], xyz[3 * i + k], 1e-7) << i;
         }
@@ -159,32 +152,6 @@ void convert_and_return(Surface &top, const std::vector<double> &xyz, double far
             EXPECT_EQ(alone[i], again[i]) << i;
         }
     }
-}
-
-// Channels that add up, bent or not, over all hues or some; dark colours may lie beyond the rim of the light ones.
-device random_device(Generator &random)
-{
-    const int count = 3 + random.below(3);
-    const double from = random.between(0.0, 2.0 * pi);
-    const double width = random.below(3) == 0 ? random.between(0.5, 3.0) : 2.0 * pi;
-    const double bend = random.below(2) == 0 ? 0.0 : random.between(-0.3, 0.3);
-    const double open = random.below(2) == 0 ? 0.0 : random.between(0.1, 0.5), towards = random.between(0.0, 2.0 * pi);
-    std::vector<colour> channels;
-    for (int i = 0; i < count; ++i) {
-        const double hue = from + width * random.unit(), chroma = random.between(0.1, 0.5);
-        channels.push_back({random.between(0.1, 1.0), chroma * std::cos(hue), chroma * std::sin(hue)});
-    }
-    return {"random", count, [=](const double *values, double *xyz) {
-                for (std::size_t k = 0; k < 3; ++k) {
-                    xyz[k] = 0.0;
-                    for (std::size_t i = 0; i < channels.size(); ++i)
-                        xyz[k] += channels[i][k] * values[i] * (1.0 + bend * (1.0 - values[i]));
-                }
-                // Without the first two channels the hue is another one.
-                const double dark = open * xyz[0] * (1.0 - values[0]) * (1.0 - values[1]);
-                xyz[1] += dark * std::cos(towards);
-                xyz[2] += dark * std::sin(towards);
-            }};
 }
 
 }  // namespace
@@ -230,7 +197,9 @@ TEST(TopSurface, HoldsItsDeviceAndSeesEachDirectionOnce)
         // With an ink limit the device ends where its levels do.
         const double full = *std::min_element(row.with.levels.begin(), row.with.levels.end());
         Generator random(1);
-        convert_and_return(top, some_colours(row.of, 3000, random, false, full), row.farthest, true);
+        convert_and_return(top, some_colours(row.of, 3000, random, full), row.farthest);
+        EXPECT_EQ(top.DeterminePhirVTrTetar(), 0);
+        check_reach(top, random.below(row.with.steps) / (row.with.steps - 1.0), row.with.steps);
 
         // Triangles know the device values of their corners, and together with what is hidden they are the parts.
         double area = 0.0, own = 0.0, hidden[3][3];
@@ -275,38 +244,6 @@ TEST(TopSurface, OfOtherAxesDiffersInNothingButTheOrder)
             EXPECT_EQ(norm, expected) << vertical;
         }
     }
-}
-
-TEST(RandomDevices, AreCoveredOnceAndHaveAnEdgeEverywhere)
-{
-    int complete = 0;
-    for (std::uint64_t seed = 0; seed < 30; ++seed) {
-        SCOPED_TRACE(seed);
-        Generator random(seed);
-        const device plain = random_device(random);
-        std::vector<vec3> given;
-        const device of = noting(plain, given);
-        teska_test::Setup with = {.levels = even_levels(3 + random.below(4)), .steps = 31};
-        if (random.below(2) == 0)
-            std::reverse(with.levels.begin(), with.levels.end());
-        Reports reports;
-        Surface top(of, with);
-        ASSERT_EQ(top.ErrNo(), 0);
-        given.clear();
-        double edge[2];
-        if (top.UmbrellaEdge(0.0, &edge[0], &edge[1]) != 0) {
-            EXPECT_EQ(reports.take(), lines{"Such a small or big gamut is just not possible"});
-            continue;
-        }
-        ++complete;
-        const std::vector<Triangle> triangles = triangles_of(top);
-        check_edge(top, triangles, given, with.steps);
-        // Of the faces, no colour lies farther beyond the edge than their samples explain.
-        convert_and_return(top, some_colours(of, 500, random, true), 5e-4, false);
-        EXPECT_EQ(top.DeterminePhirVTrTetar(), 0);
-        check_reach(top, random.below(with.steps) / (with.steps - 1.0), with.steps);
-    }
-    EXPECT_GT(complete, 20);
 }
 
 // Half of a fourth colorant shines beyond the umbrella, all of it is dark: it is neither redundant nor darkening.
