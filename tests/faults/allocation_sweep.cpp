@@ -56,17 +56,15 @@ std::string_view header_of(std::string_view function)
     return found != std::end(promises) ? found->header : "";
 }
 
-bool promised(std::string_view header, std::string_view line)
-{
-    return std::ranges::any_of(
-        promises, [&](const Promise &one) { return one.header == header && !line.empty() && fits(line, one.text); });
-}
-
 // By the header of a function, or one that its module uses.
 bool promised_for(std::string_view function, std::string_view line)
 {
-    return std::ranges::any_of(promises, [&, header = header_of(function)](const Promise &one) {
-        return one.header == header && one.function == "uses" && promised(one.text, line);
+    std::set<std::string_view> headers;
+    for (const Promise &one : promises)
+        if (one.header == header_of(function) && one.function == "uses")
+            headers.insert(one.text);
+    return std::ranges::any_of(promises, [&](const Promise &one) {
+        return headers.contains(one.header) && !line.empty() && fits(line, one.text);
     });
 }
 
@@ -273,9 +271,7 @@ private:
     std::size_t at_ = 0;
 };
 
-class Memory : public testing::TestWithParam<HostileRow>
-{
-};
+using Memory = testing::TestWithParam<HostileRow>;
 
 // Draws are made until some had allocations, fewer if there were many, and all texts were seen, or there were enough.
 TEST_P(Memory, FailuresAreCleanAndReported)
