@@ -199,13 +199,6 @@ TEST(TetraMeasures, KeptAreMadeOfSquaresOfDistances)
     // The foot at half of the way the point is along the line.
     EXPECT_EQ(line_get_distance_from_point(&p[4], &p[0], &p[1]), 1.5 * 1.5 + 16 + 25);
     EXPECT_EQ(triangle_get_area(&p[0], &p[1], &p[2]), 16);
-    const Volume v = stack({});
-    EXPECT_EQ(tetra_volume_add_tetra(v.get(), &p[0], &p[1], &p[2], &p[3]), 0);
-    EXPECT_EQ(tetra_volume_add_tetra(v.get(), &o, &ex, &ey, &ez), 0);
-    EXPECT_DOUBLE_EQ(tetra_get_volume(at(v->tetras, 0)), 1024 / 3.0);
-    EXPECT_DOUBLE_EQ(tetra_volume_get_volume(v.get()), 1024 / 3.0 + 1 / 6.0);
-    const std::shared_ptr<tetra_rec> inverted(tetra_new(&ex, &o, &ey, &ez), tetra_kill);
-    EXPECT_EQ(tetra_get_true_volume(inverted.get()), 1 / 6.0);
     // What is too small has none.
     const tetra_point a{0.3, 0, 0, 0}, b{0, 0.3, 0, 0}, c{0.4, 0, 0, 0}, d{0.009, 0, 0, 0};
     EXPECT_EQ(plane_get_distance_from_point(&ez, &o, &a, &b), 0);
@@ -410,23 +403,19 @@ TEST(TetraVolumeNew2, StaysSoundForCloudsThatAreNearlyFlat)
     Generator input(12);
     for (int i = 0; i < 1500; ++i) {
         const double hair = std::pow(10, input.between(-12, -6)), size = i % 3 == 0 ? 1 : i % 3 == 1 ? 50 : 1000;
-        const int kind = i % 5, steps = 1 + i % 6;
         const double along[3] = {input.between(-1, 1), input.between(-1, 1), input.between(-1, 1)};
-        const Points points = made((kind == 3 ? 16 : 4) + i % 24, [&](int) {
-            const auto on_grid = [&] { return std::round(input.between(-1, 1) * steps) / steps; };
-            const double t = input.unit(), noise = hair * input.between(-1, 1);
-            double p[3] = {on_grid(), on_grid(), on_grid()};
+        const int kind = i % 4, steps = 1 + i % 6;
+        // In a plane but for a few, along a curve, beads on a line and some beside it, in two planes.
+        const Points points = made((kind == 2 ? 16 : 4) + i % 24, [&](int) {
+            const double t = input.between(-1, 1), noise = hair * input.between(-1, 1);
+            double p[3] = {};
+            for (int k = 0; k < 3; ++k)
+                p[k] = kind == 2 && t < 0.5 ? t * along[k] : std::round(input.between(-1, 1) * steps) / steps;
             if (kind == 0)
-                p[2] = noise;
+                p[2] = t > 0.8 ? 1 : noise;
             else if (kind == 1)
                 p[0] = t + noise, p[1] = t * t, p[2] = t * t * t;
-            else if (kind == 2)
-                p[2] = t > 0.9 ? 1 : noise;
-            else if (kind == 3) {
-                const bool bead = input.below(4) != 0;
-                for (int k = 0; k < 3; ++k)
-                    p[k] = bead ? (2 * t - 1) * along[k] + (k == 1 ? noise : 0) : input.between(-1, 1);
-            } else
+            else
                 p[0] += noise, p[1] -= noise;
             return tetra_point{size * p[0], size * p[1], size * p[2], 0};
         });
