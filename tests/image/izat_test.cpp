@@ -191,6 +191,42 @@ TEST(IzatLine, IsTheDefinitionAtEveryLevel)
     });
 }
 
+// Pixels are means of a wave over their extent. By area that is so again, but for the pixels at both ends of it, which
+// are taken as even; the other kernels give the wave at the centre, less what its curvature takes from it.
+TEST(IzatLine, KeepsSmoothWavesInPlaceAtEveryRatioAndWindow)
+{
+    constexpr double slow = 40, height = 20000;
+    const auto wave = [](double t) { return 30000 + height * std::sin(t / slow); };
+    const auto mean = [](double a, double b) {
+        return 30000 - height * slow * (std::cos(b / slow) - std::cos(a / slow)) / (b - a);
+    };
+    Generator input(9);
+    const Size from{1, 600};
+    std::vector<unsigned short> line;
+    for (int j = 0; j < from.width; ++j)
+        line.push_back(static_cast<unsigned short>(std::lround(mean(j, j + 1))));
+    for (int round = 0; round < 40 * kernels; ++round) {
+        const int kernel = round % kernels;
+        const Size to{1, 20 + input.below(round % 2 == 0 ? 100 : 1500)};
+        const double begin = 100 * input.unit(), extent = 300 + 200 * input.unit(), s = extent / to.width;
+        const Zoom z(izat_new(kernel));
+        izat_window_set(z.get(), begin, 0, extent, 1);
+        const auto made = zoomed(z.get(), line, from, to, 1);
+        const double slope = height / slow, curvature = slope / slow, wide = std::max(s, 1.0);
+        // A pixel of the source that area enlarges is even.
+        const double allowed = kernel != IZAT_AREA ? slope / 6 + curvature * wide * wide / 4
+                               : s < 1             ? slope / 2
+                                                   : slope / 4 / s;
+        const int margin = static_cast<int>(18 / s) + 1;
+        for (int x = margin; x < to.width - margin; ++x) {
+            const double at = begin + x * s;
+            ASSERT_NEAR(made[static_cast<std::size_t>(x)], kernel == IZAT_AREA ? mean(at, at + s) : wave(at + s / 2),
+                        allowed + 2)
+                << "kernel " << kernel << ", pixel " << x << ", scale " << s << " from " << begin;
+        }
+    }
+}
+
 // Enough bytes that all are met whose rounding depends on what a vector looks at last; and numbers of taps between.
 TEST(IzatLine, GivesTheSameBytesAtEveryLevel)
 {
