@@ -37,8 +37,8 @@ struct Links {
     Bytes data(const std::string &path) const;
     std::wstring substitute(const std::string &path) const;
 
-    // The error that a call gives now, or 0. Most calls are ""; tests ask for "list" and "open to list" of a folder, and
-    // for "unprivileged".
+    // The error that a call gives now, or 0. Most calls are ""; tests ask for "list" and "open to list" of a folder,
+    // and for "unprivileged".
     std::function<DWORD(const std::string &call)> refusal = [](const std::string &) { return 0; };
     // What every path into L"\\??\\Volume{1}\\" leads to; it has a device of its own.
     std::wstring volume = {};
