@@ -531,6 +531,11 @@ TEST(PolyBezier, DoesNotDependOnTheUnitOfItsCoordinates)
         EXPECT_EQ(controls(scaled.monotone()), controls(transformed(row.monotone(), matrix)));
         EXPECT_EQ(controls(scaled.spline(false)), controls(transformed(row.spline(false), matrix)));
     }
+    for (int i = 0; i < 50; ++i) {
+        const double f = 0x1p1022, x = input.between(-1, 1), y = input.between(-1, 1);
+        const Chain p = random_chain(input, 6);
+        EXPECT_EQ(meetings(transformed(p, {f, 0, 0, 0, f, 0}), x * f, 0, 0, y * f), meetings(p, x, 0, 0, y));
+    }
 }
 
 // Nothing hangs, traps or becomes NaN where coordinates meet the ends of what doubles hold, or each other.

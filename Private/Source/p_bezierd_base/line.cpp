@@ -28,7 +28,9 @@ struct directed_line {
     explicit directed_line(const double *line)
         : origin{line[0], line[1]}, direction{0.5 * line[2] - 0.5 * line[0], 0.5 * line[3] - 0.5 * line[1]}
     {
-        direction = direction / teska::binade(std::max(std::fabs(direction.x), std::fabs(direction.y)));
+        // Twice, for what is beyond the reach of binade.
+        for (int i = 0; i < 2; ++i)
+            direction = direction / teska::binade(std::max(std::fabs(direction.x), std::fabs(direction.y)));
     }
 
     // Of the control points, times a number that is the same for all: eighths do not overflow.
