@@ -5,8 +5,6 @@
 #include "curves/segments.h"
 #include "error_mess.h"
 
-#include <cstring>
-
 using namespace teska_test;
 
 namespace

@@ -4,7 +4,6 @@
 
 #include "curves/segments.h"
 
-#include <cstdlib>
 #include <numbers>
 
 using namespace teska_test;

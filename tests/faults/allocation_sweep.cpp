@@ -5,14 +5,11 @@
 // memory and reports nothing did without. Any other has failed, and tells so by its result or a report. Then: what is
 // reported is promised by its header or by one that its module uses; the objects answer as before; and called again it
 // comes out as with memory. At the end nothing is leaked. All memory texts of a function's block have been reported.
+#include "support/test.h"
+
 #include "error_mess.h"
 #include "faults/sweep.h"
 #include "hostile/hostile.h"
-
-#include <algorithm>
-#include <climits>
-#include <optional>
-#include <sstream>
 
 using namespace teska_test;
 

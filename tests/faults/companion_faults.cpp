@@ -1,15 +1,12 @@
 // Lock files with a host that fails, and a host that refuses to open
 #include "support/child.h"
 #include "support/folder.h"
+#include "support/test.h"
 
 #include "faults/sweep.h"
 #include "lopra.h"
 
 #include <unistd.h>
-
-#include <cerrno>
-#include <string>
-#include <utility>
 
 using namespace teska_test;
 

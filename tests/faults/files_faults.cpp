@@ -1,5 +1,6 @@
 // Streams, lock files, digests and serial lines: allocations, and calls of the host that refuse, break off or are cut
 #include "support/folder.h"
+#include "support/test.h"
 
 #include "faults/sweep.h"
 #include "fdstream.h"
@@ -9,12 +10,6 @@
 #include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
-
-#include <cerrno>
-#include <cstdlib>
-#include <fstream>
-#include <tuple>
-#include <utility>
 
 // What a line was asked for: a pseudo terminal has eight bits and no parity, whatever it is set to.
 static termios asked;

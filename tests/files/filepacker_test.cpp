@@ -1,13 +1,9 @@
 #include "filepacker.h"
 
 #include "support/folder.h"
+#include "support/test.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cstdint>
 #include <new>
-#include <optional>
 
 #if defined(_WIN32)
 constexpr bool on_windows = true;

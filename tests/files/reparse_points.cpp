@@ -1,12 +1,8 @@
 #include "files/reparse_points.h"
 
-#include <gtest/gtest.h>
-#include <winioctl.h>
+#include "support/test.h"
 
-#include <cstring>
-#include <filesystem>
-#include <set>
-#include <utility>
+#include <winioctl.h>
 
 // Where the program keeps the addresses of the host's calls.
 extern "C" {

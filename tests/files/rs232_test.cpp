@@ -3,15 +3,9 @@
 #include "rs232.h"
 
 #include "Platform/serial.h"
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 #include <chrono>
-#include <cstdlib>
-#include <cstring>
-#include <numeric>
-#include <string_view>
 #include <thread>
 
 #ifdef _WIN32

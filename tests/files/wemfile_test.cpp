@@ -1,14 +1,10 @@
 #include "wemfile.h"
 
 #include "support/folder.h"
-#include "support/reports.h"
+#include "support/test.h"
 
 #include <wem.h>
 #include <zuk.h>
-
-#include <gtest/gtest.h>
-
-#include <cerrno>
 
 using teska_test::Folder, teska_test::lines, teska_test::Reports;
 

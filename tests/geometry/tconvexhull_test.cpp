@@ -6,7 +6,6 @@
 #include "support/test.h"
 
 #include <cctype>
-#include <sstream>
 
 using teska_test::Generator;
 

@@ -6,8 +6,6 @@
 
 #include "proj.h"
 
-#include <map>
-
 using teska_test::Generator, teska_test::lines, teska_test::Reports;
 
 namespace

@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <iomanip>
-#include <sstream>
 #include <thread>
 
 using namespace examples;

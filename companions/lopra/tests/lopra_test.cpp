@@ -2,17 +2,9 @@
 #include "lopra.h"
 
 #include "support/folder.h"
+#include "support/test.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstdint>
-#include <cstdlib>
 #include <ctime>
-#include <fstream>
-#include <memory>
-#include <set>
-#include <utility>
 
 #if !defined(_WIN32)
 #    include <sys/ioctl.h>

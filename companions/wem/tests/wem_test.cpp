@@ -1,12 +1,8 @@
 // wem - lines, fatal exit, logical names, pools and clocks, through the library's face
 #include "wem.h"
 
-#include <gtest/gtest.h>
+#include "support/test.h"
 
-#include <algorithm>
-#include <climits>
-#include <cstdint>
-#include <set>
 #include <stdexcept>
 
 namespace
