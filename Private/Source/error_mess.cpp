@@ -303,7 +303,6 @@ int error_set_thread(int mode) TESKA_NOTHROW
         return TESKA_ERROR_NO_MEMORY;
     if (mode != mode_queue)
         leave_thread_mode();
-    own.pending = false;
     own.mode = keeps_lines(mode) || mode == mode_process_wide ? mode : mode_drop;
     return previous;
 }
