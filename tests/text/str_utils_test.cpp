@@ -16,7 +16,8 @@ TEST(StrcmpCi, KeptComparesSignedBytesFoldedToUpperCaseAsTheSearchesDo)
 {
     teska_test::Generator random(5);
     for (int round = 0; round < 20000; ++round) {
-        std::string a(random.next() % 5, ' '), b(random.next() % 5, ' ');
+        std::string a(static_cast<std::size_t>(random.below(5)), ' '),
+            b(static_cast<std::size_t>(random.below(5)), ' ');
         for (std::string *text : {&a, &b})
             std::generate(text->begin(), text->end(), [&] { return "aAzZ_@[{\x80\xff"[random.below(10)]; });
         SCOPED_TRACE(a + " | " + b);
