@@ -158,7 +158,8 @@ TESKA_API int rsys_make_folder(const char *path) TESKA_NOTHROW;
  *     "rsys_copy: not a file or folder"       a pipe or device, as the source or below it; nothing was written then
  *     "rsys_copy: target exists"
  *     "rsys_copy: target lies in the source"  or they are the same file under two names: by device and number
- *     "rsys_copy: cannot read"                ELOOP: a link that leads to a folder it lies in, with RSYS_FOLLOW
+ *     "rsys_copy: cannot read"                with RSYS_FOLLOW also a link of which the host does not say
+ *                                             what it leads to, and (ELOOP) one that leads to a folder it lies in
  *     "rsys_copy: cannot write"               the folder of `to` is missing, the disk is full
  *     "rsys_copy: cannot make link"
  *     "rsys_copy: source changed while it was copied"    its size is another one at the end

@@ -123,7 +123,8 @@ class Sites:
             self.unary(path, start, end)
         elif kind in (K.IF_STMT, K.CONDITIONAL_OPERATOR) and children and extents[0]:
             head = text[start:extents[0][1]]
-            if kind_of(children[0], K) not in (K.DECL_STMT, K.VAR_DECL) and b"constexpr" not in head and b";" not in head:
+            declares = kind_of(children[0], K) in (K.DECL_STMT, K.VAR_DECL)
+            if not declares and b"constexpr" not in head and b";" not in head:
                 condition = text[extents[0][1]:extents[0][2]].decode()
                 self.add(path, extents[0][1], extents[0][2], f"!({condition})", "negate")
         elif kind in (K.BREAK_STMT, K.CONTINUE_STMT):

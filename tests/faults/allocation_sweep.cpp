@@ -289,10 +289,8 @@ TEST_P(Memory, FailuresAreCleanAndReported)
         const std::uint64_t seed = seed_of(GetParam()) + 4 * static_cast<unsigned>(draw);
         const int count = calls.with_memory(seed);
         swept += count > 0 ? 1 + count / 500 : 0;
-        // Of very many allocations each fails in one of the two ways.
-        const int step = count > 500 ? 2 : 1;
         for (const bool sticky : {false, true})
-            for (int n = sticky ? step - 1 : 0; n < count && !HasFailure(); n += step) {
+            for (int n = 0; n < count && !HasFailure(); ++n) {
                 SCOPED_TRACE("draw " + std::to_string(draw) + (sticky ? ", from call " : ", at call ") +
                              std::to_string(n));
                 calls.failing_at(seed, n, sticky);

@@ -314,6 +314,7 @@ RECORDED(symlinkat, symlink, (const char *content, int at, const char *name), at
 decltype(realloc) __real_realloc;
 decltype(fgetc) __real_fgetc;
 decltype(copy_file_range) __real_copy_file_range;
+decltype(fsync) __real_fsync;
 decltype(realpath) __real_realpath;
 
 void *__wrap_realloc(void *block, std::size_t size)
@@ -337,9 +338,7 @@ int __wrap_fgetc(std::FILE *file)
 // What hardened builds call when nothing is created.
 int __wrap___openat_2(int folder, const char *name, int flags) { return __wrap_openat(folder, name, flags, 0); }
 
-// Nothing is flushed: no power is cut but in the model, and disks take their time.
-static int flush(int) { return 0; }
-int __wrap_fsync(int descriptor) { return record(file_call<flush>(descriptor), file_step::fsync, descriptor); }
+int __wrap_fsync(int descriptor) { return record(file_call<__real_fsync>(descriptor), file_step::fsync, descriptor); }
 
 // Recorded as a write of what it moved.
 ssize_t __wrap_copy_file_range(int from, off64_t *from_at, int to, off64_t *to_at, std::size_t size, unsigned flags)
