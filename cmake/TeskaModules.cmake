@@ -157,6 +157,9 @@ function(teska_test_entry program label)
   add_test(NAME "${label}.${program}" COMMAND ${program} "--gtest_output=xml:reports/${program}.xml"
            WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
   set_tests_properties("${label}.${program}" PROPERTIES LABELS "${label}" TIMEOUT 600)
+  if(TESKA_SANITIZE OR "${CMAKE_CROSSCOMPILING_EMULATOR}" MATCHES "qemu")
+    set_property(TEST "${label}.${program}" APPEND PROPERTY ENVIRONMENT "TESKA_SLOW=1")
+  endif()
   if(CMAKE_CROSSCOMPILING)
     # Programs that start themselves again do it with the emulator.
     list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)

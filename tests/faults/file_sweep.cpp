@@ -1,6 +1,8 @@
 // Calls that change files and folders, while each call of the host fails in turn, kills the process, or is the last one
 // before the power is cut
 #include "support/child.h"
+#include "support/folder.h"
+#include "support/generator.h"
 
 #include "faults/disk.h"
 #include "faults/sweep.h"
@@ -22,7 +24,7 @@ namespace
 {
 
 // Its flushes cost nothing there. Before any test asks for a folder.
-[[maybe_unused]] const int in_memory = access("/dev/shm", W_OK) == 0 ? setenv("TEST_TMPDIR", "/dev/shm", 0) : 0;
+[[maybe_unused]] const bool in_memory = (work_in_memory(), true);
 
 struct Tree : Site {
     Tree()
@@ -287,7 +289,8 @@ TEST(FileSweep, LeavesTheOldOrTheNewWhereverItIsKilledAndIsNotInItsOwnWay)
     for (const Operation &operation : operations) {
         const Good good(operation);
         int n = 0;
-        for (int code = good.partial || good.before == good.after ? 0 : 137; code == 137 && n < 400; ++n) {
+        for (int code = good.partial || good.before == good.after ? 0 : 137; code == 137 && n < 400;
+             n += runs_slowly() ? 3 : 1) {
             SCOPED_TRACE(operation.name + std::string(" ") + std::to_string(n));
             const Tree tree;
             const Work work(tree.path());

@@ -9,6 +9,14 @@ namespace teska_test
 
 namespace fs = std::filesystem;
 
+void work_in_memory()
+{
+#ifndef _WIN32
+    if (fs::is_directory("/dev/shm"))
+        setenv("TEST_TMPDIR", "/dev/shm", 0);
+#endif
+}
+
 Folder::Folder()
 {
     std::random_device random;
@@ -35,7 +43,9 @@ std::string Folder::read(const std::string &file) const
 
 void Folder::write(const std::string &file, const std::string &content) const
 {
-    std::ofstream(folder / file, std::ios::binary) << content;
+    std::ofstream stream(folder / file, std::ios::binary);
+    stream.exceptions(std::ios::failbit | std::ios::badbit);
+    stream << content << std::flush;
 }
 
 std::string Folder::listing() const

@@ -9,6 +9,10 @@
 namespace teska_test
 {
 
+// Folders made from now on are in memory, where the host has a place for that: what is flushed often, or made by the
+// thousand.
+void work_in_memory();
+
 class Folder
 {
 public:
@@ -23,6 +27,7 @@ public:
 
     // Content of a file in it; a missing file fails the test and reads as "".
     std::string read(const std::string &file) const;
+    // Throws when the host does not take it.
     void write(const std::string &file, const std::string &content) const;
 
     // Names of what is in it, in ascending order, with "/" behind those of folders.

@@ -1,6 +1,7 @@
 #include "support/generator.h"
 
 #include <bit>
+#include <cstdlib>
 
 namespace teska_test
 {
@@ -13,6 +14,8 @@ std::uint64_t Generator::next()
     z = (z ^ (z >> 27)) * 0x94d049bb133111ebU;
     return z ^ (z >> 31);
 }
+
+bool runs_slowly() { return std::getenv("TESKA_SLOW") != nullptr; }
 
 void Digest::add_bytes(const unsigned char *bytes, std::size_t size, std::size_t number_size)
 {

@@ -35,6 +35,9 @@ private:
     std::uint64_t state_;
 };
 
+// Under an emulator or with sanitizers (TESKA_SLOW): loops over much input that is alike take a part of it.
+bool runs_slowly();
+
 // FNV-1a over 64 bits: a digest of numbers by their bytes, of each number the lowest first, whatever the host's order.
 class Digest
 {

@@ -12,9 +12,9 @@ namespace teska_test
 // Leaves bytes 255 below, where the calls that follow have their local variables.
 [[gnu::noinline]] inline void leave_ones_on_the_stack()
 {
-    volatile unsigned char bytes[100000];
-    for (volatile unsigned char &byte : bytes)
-        byte = 255;
+    unsigned char bytes[100000];
+    std::memset(bytes, 255, sizeof bytes);
+    asm volatile("" : : "r"(bytes) : "memory");  // so that they are written
 }
 
 // Calls check(level) under every cap from scalar up to what the processor has; the cap of before is back afterwards.
