@@ -82,16 +82,11 @@ TEST(Application, StreamsThroughTheLibraryAndAClassOfItsOwn)
     EXPECT_EQ(std::remove("api.txt"), 0);
 }
 
-TEST(Application, SeesWhichElementOfAListItHas)
+TEST(Application, SeesWhichElementOfAListItHasAndCatchesTheLibrarysExceptions)
 {
     TObjEl object(nullptr);
     TElement *const element = &object;
     EXPECT_NE(dynamic_cast<TObjEl *>(element), nullptr);
-}
-
-// Thrown by the library and caught here: both use the same copy of the language's runtime.
-TEST(Application, CatchesTheLibrarysExceptions)
-{
     EXPECT_THROW(TCriticSect(std::string(256, 'x').c_str(), 1), std::out_of_range);
 }
 

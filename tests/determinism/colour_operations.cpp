@@ -7,6 +7,7 @@
 #include "md_tetras.h"
 #include "mmd_tetras.h"
 
+#include <cmath>
 #include <span>
 
 using namespace teska_test;
@@ -41,10 +42,7 @@ Array filled(Generator &input, Array samples)
 // Values and points reach a little beyond 0 .. 1.
 Operation::Run clut(Generator &input, Size s)
 {
-    std::size_t size = static_cast<std::size_t>(s.outputs);
-    for (int k = 0; k < s.inputs; ++k)
-        size *= static_cast<std::size_t>(s.points);
-    std::vector<float> values(size);
+    std::vector<float> values(static_cast<std::size_t>(s.outputs * std::lround(std::pow(s.points, s.inputs))));
     for (float &value : values)
         value = static_cast<float>(input.between(-0.1, 1.1));
     const Bytes counts(static_cast<std::size_t>(s.inputs), static_cast<unsigned char>(s.points));
@@ -162,20 +160,17 @@ Operation::Run tetras_set(Generator &input, Size s)
 
 // Copies of tables whose vertices are rounded from doubles.
 const Operation doubles("md_tetrab_fill_double, md_tetras_fill_double, clones", [](Generator &input, Digest &digest) {
-    const auto values = between<4000>(input, -10, 110);
-    const auto add_copy = [&](auto *table, auto clone, auto vertices_of, auto kill) {
-        auto *const copy = clone(table);
-        kill(table);
-        const auto made = vertices_of(copy);
-        digest.add(made.data(), made.size_bytes());
-        kill(copy);
-    };
-    md_tetrab *const bytes = md_tetrab_new(3, 4, 9);
-    md_tetras *const words = md_tetras_new(3, 4, 9);
-    md_tetrab_fill_double(bytes, values.data(), 1, 0, 100);
-    md_tetras_fill_double(words, values.data(), 0, 100, 0);
-    add_copy(bytes, md_tetrab_clone, vertices<md_tetrab_dataptr, md_tetrab *>, md_tetrab_kill);
-    add_copy(words, md_tetras_clone, vertices<md_tetras_dataptr, md_tetras *>, md_tetras_kill);
+    const auto values = between(input, 4000, -10, 110);
+    const auto bytes = shared(md_tetrab_new(3, 4, 9), md_tetrab_kill);
+    const auto words = shared(md_tetras_new(3, 4, 9), md_tetras_kill);
+    md_tetrab_fill_double(bytes.get(), values.data(), 1, 0, 100);
+    md_tetras_fill_double(words.get(), values.data(), 0, 100, 0);
+    const auto bytes_copy = shared(md_tetrab_clone(bytes.get()), md_tetrab_kill);
+    const auto words_copy = shared(md_tetras_clone(words.get()), md_tetras_kill);
+    const auto of_bytes = vertices<md_tetrab_dataptr>(bytes_copy.get());
+    const auto of_words = vertices<md_tetras_dataptr>(words_copy.get());
+    digest.add(of_bytes.data(), of_bytes.size_bytes());
+    digest.add(of_words.data(), of_words.size_bytes());
 });
 
 struct Operations {

@@ -18,7 +18,7 @@ using Curve = std::shared_ptr<bezier>;
 
 Curve curve_through(Generator &input, int degree)
 {
-    const auto p = between<10>(input, -1, 1);
+    const auto p = between(input, 10);
     const Curve b(bezier_new(degree, 0, 0, 0, 0), bezier_kill);
     bezier_cpoly_det(b.get(), p.data(), p.data() + 5);
     return b;
@@ -54,10 +54,8 @@ void add_points(Digest &digest, int sections, double *const &points)
 Operation::Run polylines(Generator &input)
 {
     std::vector<std::pair<Curve, double>> asked;
-    for (int i = 0; i < 300; ++i) {
-        const Curve b = curve_through(input, 3);
-        asked.emplace_back(b, input.between(0.001, 0.1));
-    }
+    for (int i = 0; i < 300; ++i)
+        asked.push_back({curve_through(input, 3), input.between(0.001, 0.1)});
     return [asked](Generator &, Digest &digest) {
         for (const auto &[b, bound] : asked) {
             dynar *line = nullptr;
@@ -74,7 +72,7 @@ void fit(Generator &input, Digest &digest)
 {
     const auto b = shared(bezier_new(3, 0, 0, 0, 0), bezier_kill);
     for (unsigned int round = 0; round < 400; ++round) {
-        auto p = between<40>(input, -1, 1);
+        auto p = between(input, 40);
         double r[10];
         for (std::size_t i = 1; i < 20; ++i)
             p[i] += p[i - 1] + 1;
@@ -159,7 +157,7 @@ Operation::Run chain_queries(Generator &input)
     constexpr int segments = 60;
     const Chain p(poly_bezier_new(0, 0), poly_bezier_kill);
     for (int i = 0; i < segments; ++i) {
-        const auto controls = between<6>(input, -1, 1);
+        const auto controls = between(input, 6);
         poly_bezier_add(p.get(), 1 + i % 3, &controls[0], &controls[3]);
     }
     return [=](Generator &at, Digest &digest) {

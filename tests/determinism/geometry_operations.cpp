@@ -8,6 +8,8 @@
 #include "tquadtree.h"
 #include "ttriangulartopsurface.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 
@@ -21,8 +23,10 @@ using Points = std::vector<std::array<double, 3>>;
 Points points_within(Generator &input, int count, double limit)
 {
     Points points;
-    for (int i = 0; i < count; ++i)
-        points.push_back(between<3>(input, -limit, limit));
+    for (int i = 0; i < count; ++i) {
+        const auto place = between(input, 3, -limit, limit);
+        points.push_back({place[0], place[1], place[2]});
+    }
     return points;
 }
 
@@ -39,11 +43,9 @@ void add_records(Digest &digest, list_rec *list)
 // A random direction, so long.
 std::array<double, 3> on_sphere(Generator &input, double radius)
 {
-    auto p = between<3>(input, -1, 1);
+    const Values p = between(input, 3);
     const double k = radius / std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
-    for (double &x : p)
-        x *= k;
-    return p;
+    return {p[0] * k, p[1] * k, p[2] * k};
 }
 
 // A cloud with as many points on the surface as inside, or a turned grid: what the tetrahedra are and what they answer.
@@ -106,7 +108,7 @@ const Operation projections("proj, ordinary, at constant parameter and along a l
 // Not the hue plane, which depends on the host's sine and cosine.
 const Operation sections("TPlane, planes of constant L, a and b", [](Generator &input, Digest &digest) {
     for (int i = 0; i < 300; ++i) {
-        const auto v = between<5>(input, 1, 150);
+        const auto v = between(input, 5, 1, 150);
         const int w = 1 + input.below(500), h = 1 + input.below(500), x = input.below(500), y = input.below(500);
         const TPlane plane(w, h, static_cast<TPlane::PlaneType>(i % 3), v[0] - 75, -v[1], v[2], 50 - v[3], 50 + v[4]);
         double lab[3];
@@ -122,27 +124,21 @@ const Operation sections("TPlane, planes of constant L, a and b", [](Generator &
 // Clouds that are built by the promised steps, and smaller ones on which these are torn. A copy shares what is large
 // with its original.
 const Operation hulls("TConvexHull, points on spheres", [](Generator &input) -> Operation::Run {
-    struct Made {
-        TConvexHull hull;
-        int constructed;
-        Points asked;
-    };
-    std::vector<std::shared_ptr<Made>> all;
+    std::vector<std::tuple<std::shared_ptr<TConvexHull>, int, Points>> all;
     for (const double radius : {100.0, 30.0, 3.0}) {
-        Made &made = *all.emplace_back(std::make_shared<Made>());
+        const auto hull = std::make_shared<TConvexHull>();
         for (int i = 0; i < 300; ++i) {
             const auto [x, y, z] = on_sphere(input, radius);
-            made.hull.AddPoint(x, y, z);
+            hull->AddPoint(x, y, z);
         }
-        made.constructed = made.hull.Construct();
-        made.asked = points_within(input, 3000, 0.6 * radius);
+        all.emplace_back(hull, hull->Construct(), points_within(input, 3000, 0.6 * radius));
     }
     return [all](Generator &, Digest &digest) {
-        for (const auto &made : all) {
-            const TConvexHull copy(made->hull);
-            digest.put(made->constructed);
-            for (const auto &[x, y, z] : made->asked)
-                digest.put((x < y ? made->hull : copy).InsideHull(x, y, z));
+        for (const auto &[hull, constructed, asked] : all) {
+            const TConvexHull copy(*hull);
+            digest.put(constructed);
+            for (const auto &[x, y, z] : asked)
+                digest.put((x < y ? *hull : copy).InsideHull(x, y, z));
         }
     };
 });

@@ -15,43 +15,26 @@
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <set>
 
 namespace
 {
 
-using Hashes = std::map<std::string, std::string>;  // by operation
-
 constexpr int exit_skipped = 77;
 
-Hashes compute()
-{
-    Hashes hashes;
-    for (const teska_test::Operation &operation : teska_test::Operation::all()) {
-        char hash[17];
-        std::snprintf(hash, sizeof hash, "%016" PRIx64, operation.digest());
-        hashes[operation.name()] = hash;
-    }
-    return hashes;
-}
-
-Hashes read(const std::string &path)
-{
-    std::ifstream file(path);
-    Hashes hashes;
-    for (std::string hash, name; file >> hash && std::getline(file >> std::ws, name);)
-        hashes[name.substr(0, name.find('\r'))] = hash;
-    return hashes;
-}
+// "hash name", by name.
+struct ByName {
+    bool operator()(const std::string &a, const std::string &b) const { return a.substr(16) + a < b.substr(16) + b; }
+};
+using Lines = std::set<std::string, ByName>;
 
 // Prints the lines that the others lack.
-int differences(const char *side, const Hashes &hashes, const Hashes &others)
+std::size_t differences(const char *side, const Lines &lines, const Lines &others)
 {
-    int count = 0;
-    for (const auto &[name, hash] : hashes)
-        if (const auto other = others.find(name); other == others.end() || other->second != hash) {
-            std::printf("%s: %s %s\n", side, hash.c_str(), name.c_str());
-            ++count;
-        }
+    std::size_t count = 0;
+    for (const std::string &line : lines)
+        if (!others.contains(line) && ++count > 0)
+            std::printf("%s: %s\n", side, line.c_str());
     return count;
 }
 
@@ -78,17 +61,25 @@ int main(int argc, char **argv)
         std::printf("skipped: this processor has no %s\n", level.c_str());
         return exit_skipped;
     }
-    const Hashes hashes = compute();
+    Lines lines;
+    for (const teska_test::Operation &operation : teska_test::Operation::all()) {
+        char hash[17];
+        std::snprintf(hash, sizeof hash, "%016" PRIx64, operation.digest());
+        lines.insert(hash + (" " + operation.name()));
+    }
     if (const std::string &path = options["--check"]; !path.empty()) {
-        const Hashes kept = read(path);
-        const int missed = differences("file", kept, hashes), added = differences("here", hashes, kept);
-        std::printf("%zu operations, %d of the file differ, %d here\n", hashes.size(), missed, added);
-        return missed + added == 0 && !hashes.empty() ? 0 : 1;
+        Lines kept;
+        std::ifstream file(path);
+        for (std::string line; std::getline(file, line) && line.size() > 16;)
+            kept.insert(line.substr(0, line.find('\r')));
+        const std::size_t missed = differences("file", kept, lines), added = differences("here", lines, kept);
+        std::printf("%zu operations, %zu of the file differ, %zu here\n", lines.size(), missed, added);
+        return missed + added == 0 && !lines.empty() ? 0 : 1;
     }
     std::ofstream file;
     if (const std::string &path = options["--write"]; !path.empty())
         file.open(path, std::ios::binary);
-    for (const auto &[name, hash] : hashes)
-        (file.is_open() ? file : std::cout) << hash << ' ' << name << '\n';
+    for (const std::string &line : lines)
+        (file.is_open() ? file : std::cout) << line << '\n';
     return 0;
 }

@@ -17,16 +17,6 @@ using namespace teska_test;
 namespace
 {
 
-using Values = std::vector<double>;
-
-Values between(Generator &input, int count, double lo = -1, double hi = 1)
-{
-    Values values;
-    for (int i = 0; i < count; ++i)
-        values.push_back(input.between(lo, hi));
-    return values;
-}
-
 // The first call makes the factors, and the inverse, which lives as long.
 Operation::Run systems(Generator &input)
 {

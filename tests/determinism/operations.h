@@ -10,7 +10,6 @@
 
 #include "support/generator.h"
 
-#include <array>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -26,19 +25,23 @@ public:
     using Run = std::function<void(Generator &input, Digest &digest)>;
     using Make = std::function<Run(Generator &input)>;
 
-    // Registers itself; the generator's seed comes from the name.
+    // Registers itself; the generator's seed comes from the name. Makes one object, and what runs does not change it:
+    // any number of threads may run it at once.
+    Operation(std::string name, Make make, bool one_object = true)
+        : name_(std::move(name)), make_(std::move(make)), one_object_(one_object)
+    {
+        all().push_back(*this);
+    }
     Operation(std::string name, Run run)
         : Operation(
               std::move(name), [run](Generator &) { return run; }, false)
     {
     }
-    // Makes one object, and what runs does not change it: any number of threads may run it at once.
-    Operation(std::string name, Make make) : Operation(std::move(name), std::move(make), true) {}
 
     const std::string &name() const { return name_; }
     std::uint64_t digest() const
     {
-        Generator input(seed());
+        Generator input = seeded();
         Digest digest;
         make_(input)(input, digest);
         return digest.value();
@@ -46,7 +49,7 @@ public:
     // Runs on a new object, the same each time; empty when the operation has none.
     Run on_one_object() const
     {
-        Generator input(seed());
+        Generator input = seeded();
         return one_object_ ? make_(input) : nullptr;
     }
 
@@ -57,16 +60,11 @@ public:
     }
 
 private:
-    Operation(std::string name, Make make, bool one_object)
-        : name_(std::move(name)), make_(std::move(make)), one_object_(one_object)
-    {
-        all().push_back(*this);
-    }
-    std::uint64_t seed() const
+    Generator seeded() const
     {
         Digest digest;
         digest.add(name_.data(), name_.size());
-        return digest.value();
+        return Generator(digest.value());
     }
 
     std::string name_;
@@ -81,12 +79,13 @@ std::shared_ptr<Object> shared(Object *object, Kill kill)
     return {object, kill};
 }
 
-template <std::size_t n>
-std::array<double, n> between(Generator &input, double lo, double hi)
+using Values = std::vector<double>;
+
+inline Values between(Generator &input, int count, double lo = -1, double hi = 1)
 {
-    std::array<double, n> values;
-    for (double &value : values)
-        value = input.between(lo, hi);
+    Values values;
+    for (int i = 0; i < count; ++i)
+        values.push_back(input.between(lo, hi));
     return values;
 }
 

@@ -7,7 +7,6 @@
 #include "support/test.h"
 
 #include "cloud/job.h"
-#include "curves/job.h"
 #include "gamut/job.h"
 #include "lines/job.h"
 #include "objects/job.h"
@@ -115,37 +114,6 @@ TEST_F(Gallery, SendsEachObjectThroughItsOwnTable)
     EXPECT_EQ(std::count(tags.begin(), tags.end(), photograph_object), 300 * 300);
     EXPECT_NEAR(r.by_tag.loads[text_object].heaviest, 100, 1);
     EXPECT_GT(r.by_one.loads[text_object].coloured, 10);
-}
-
-TEST_F(Gallery, BendsTonesFitsOutlinesAndCorrectsOneColour)
-{
-    const tone_results t = run_tone(read_png(photo), {{0, 0}, {51, 102}, {255, 255}}, folder.path("tone.rec"));
-    EXPECT_EQ(t.toned.samples[0], 14);  // 7 before
-    for (const tone_fit &fit : run_tone_fits(engine.open_press(press), engine))
-        EXPECT_LT(fit.largest_error, 1);
-    const dither_results d = run_dither(read_png(photo));
-    for (std::size_t level = 0; level < d.cells.size(); ++level)
-        EXPECT_EQ(std::count(d.cells[level].begin(), d.cells[level].end(), 1), static_cast<int>(level));
-    for (const descent &way : {descend_by_simplex(), descend_by_directions()})
-        EXPECT_LT(std::hypot(way.found.x - 1, way.found.y - 1), 1e-3);
-    std::vector<xy> ring;
-    for (int i = 0; i < 90; ++i)
-        ring.push_back({std::cos(i * 0.0698131700797732), std::sin(i * 0.0698131700797732)});
-    const fitted_outline fit = fit_outline(ring, 0.001, 60);
-    EXPECT_LE(fit.farthest, 0.001);
-    EXPECT_NEAR(fit.area, 3.1416, 0.01);
-    picture pair(2, 1, 3);
-    pair.samples = {240, 100, 30, 40, 90, 200};
-    const picture corrected = correct_selectively(pair).corrected;
-    EXPECT_GT(corrected.samples[2], 30);
-    EXPECT_TRUE(std::equal(&pair.samples[3], &pair.samples[5] + 1, &corrected.samples[3]));
-}
-
-TEST(Difference, IsSummarisedByRank)
-{
-    std::vector<double> values(100);
-    std::iota(values.begin(), values.end(), 1.0);
-    EXPECT_EQ(summarise(values).percentile_95, 95);
 }
 
 TEST(Lines, AreSharpenedReducedFilledAndTakenThroughTables)

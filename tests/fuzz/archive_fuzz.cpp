@@ -38,23 +38,19 @@ struct Workshop {
             fs::create_directory_symlink("..", directory / "up");
 #endif
         }
-        write(root + "/bait", "untouched");
-        write(archive, "");
+        folder.write("1/2/3/bait", "untouched");
+        store("");
         at_rest = content(folder.path());
         directory_at_rest = content(root + "/all");
     }
 
     ~Workshop()
     {
-        write(archive, "");
+        store("");
         expect(content(folder.path()) == at_rest);
     }
 
-    static void write(const std::string &path, const std::string &text)
-    {
-        std::ofstream file(path, std::ios::binary);
-        expect(static_cast<bool>(file << text << std::flush));
-    }
+    void store(const std::string &bytes) const { folder.write("1/2/3/archive", bytes); }
 
     static tree content(const std::string &directory)
     {
@@ -86,7 +82,7 @@ struct Workshop {
 
 Workshop &workshop()
 {
-    fuzz::work_in_memory();
+    teska_test::work_in_memory();
     static Workshop shop;
     return shop;
 }
@@ -147,7 +143,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     std::string bytes(data, data + size), head("QWFP\0ver1.0", 12);
     head.resize(141);
     const bool well_formed = size > 0 && (data[0] & 1) != 0;
-    Workshop::write(workshop().archive, bytes.replace(0, 1, well_formed ? head : ""));
+    workshop().store(bytes.replace(0, 1, well_formed ? head : ""));
 
     FilePacker opened(workshop().archive.c_str(), 1, nullptr);
     if (opened.GetError(nullptr) != 0) {

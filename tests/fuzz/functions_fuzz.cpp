@@ -9,7 +9,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    fuzz::work_in_memory();
     teska_test::quiet();
     // By name, so that an input goes to the same row when there are more.
     static const auto rows = [] {

@@ -1,4 +1,4 @@
-// target - what the targets of this folder share: a check, an input that is taken piece by piece, files in memory
+// target - what the targets of this folder share: a check, an input that is taken piece by piece
 
 #ifndef TESKA_TESTS_TARGET_H
 #define TESKA_TESTS_TARGET_H
@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <limits>
 #include <string>
 #include <vector>
@@ -32,15 +31,6 @@ extern bool in_bulk;
 #else
 inline constexpr bool in_bulk = true;
 #endif
-
-// Folders of tests made from now on are in memory, where the host has a place for that.
-inline void work_in_memory()
-{
-#if !defined(_WIN32)
-    if (std::filesystem::is_directory("/dev/shm"))
-        setenv("TEST_TMPDIR", "/dev/shm", 0);
-#endif
-}
 
 inline std::string without_blanks(std::string text)
 {

@@ -190,6 +190,8 @@ TEST(ProjPlanes, GiveKnownAnswers)
     expect(plain<proj_on_plane_abcd>, {{slant, {1, 0, 0}, x, {}, 25}, refused({1e-11, 0, 0, 1})});
     expect(plain<proj_on_plane_par>, {{slant, {1, 0, 4}, x, {}, 9, {0, 0, 2}}, refused(slant, {0, 6, 8})});
     expect(plain<proj_on_plane_parline>, {{slant, {1, 3, 0}, x, {}, 16, {0, 0, 2}}, refused(slant, {1, 0, 0}, 1e20)});
+    for (const Function f : {plain<proj_on_line_segm>, plain<proj_on_tetra_bound>, plain<proj, 2>, plain<proj, 4>})
+        EXPECT_EQ(Outcome(f, {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1}, {0.1, 0.2, 0.3}, {}).code, 0);
     expect(plain<proj_on_line>,
            {{{2, 0, 0, 5, 0, 0}, {9, 3, 4}, {9, 0, 0}, {}, 25}, {{2, 0, 0, 2, 0, 0}, {2, 3, 4}, {2, 0, 0}, {}, 25}});
     double point[3], abcd[4], dir[3];

@@ -322,8 +322,8 @@ TEST(TConvexHullConstruct, KeptRefusesWhatIsFlatByTheFirstTriangleAndTheFixedThr
 // left then. Many are torn by loops apart from each other or by one that meets itself.
 TEST(TConvexHullConstruct, ComesOutAsIfItsVerticesWereAddedAtOnce)
 {
-    int exact = 0, both = 0;
-    for (int i = 0; i < 240; ++i) {
+    int exact = 0, both = 0, step = teska_test::runs_slowly() ? 7 : 1;
+    for (int i = 0; i < 240; i += step) {
         const double radius = (std::array{4, 9, 60, 60, 3, 30})[static_cast<std::size_t>(i % 6)];
         const Point size{radius, radius, i % 24 < 3 ? 40 * radius : radius};
         Points points = cloud(i % 60 == 11 ? 2000 : i < 200 ? 20 + i : 4 * i, size, i % 16 > 11);
@@ -358,8 +358,8 @@ TEST(TConvexHullConstruct, ComesOutAsIfItsVerticesWereAddedAtOnce)
             first = text;
         });
     }
-    EXPECT_GT(exact, 10);
-    EXPECT_GT(both, 40);
+    EXPECT_GT(exact * step, 10);
+    EXPECT_GT(both * step, 40);
 }
 
 TEST(TConvexHullInsideHull, CountsTheSurfaceAsInside)

@@ -71,6 +71,7 @@ struct Surface : TTriangularTopSurface {
             EXPECT_GE(hue, last);
             last = hue;
         }
+        EXPECT_EQ(darkening->Count(), std::count(text.begin(), text.end(), '1'));
         return text;
     }
     int colorants() const { return nrPrims; }

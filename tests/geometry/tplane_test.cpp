@@ -62,7 +62,7 @@ TEST(TPlane, IsEqualBySizeTypeValueAndRanges)
     };
     int values[8] = {4, 3, 1, 5, 0, 1, 2, 6};
     const TPlane base = plane(values);
-    EXPECT_TRUE(base == plane(values) && !(base != base));
+    EXPECT_TRUE((plane_of(0, 1) = base) == plane(values) && !(base != base));
     for (int &value : values) {
         ++value;
         EXPECT_TRUE(base != plane(values) && !(base == plane(values))) << &value - values;

@@ -140,6 +140,7 @@ TEST(TopSurfaceCopy, SharesNothing)
     TTriangularTopSurface early(*source);
     const std::vector<double> expected = answers(*source);
     TTriangularTopSurface copy(*source), assigned = Surface(two_inks);
+    answers(assigned);  // its tables go with the next line
     assigned = *source;
     source.reset();
     assigned = *&assigned;

@@ -10,8 +10,6 @@ using namespace teska_test;
 namespace
 {
 
-int silent(const char *) { return 0; }
-
 constexpr From open_flags{[](Draw &draw, int *) {
     const auto perhaps = [&](int flag) { return draw.chance(2) ? flag : 0; };
     return draw.random.below(4) | perhaps(LOPRA_O_CREAT) | perhaps(LOPRA_O_EXCL) | perhaps(LOPRA_O_TEMPORARY);
@@ -25,14 +23,13 @@ constexpr From lengthy{[](Draw &draw, const char **place) -> const char * {
 const auto date = [] { return one_of(20240229, 20230229, 101, 99991231, 0, -1, INT_MIN, INT_MAX); };
 
 const HostileRows rows({
-    row<wem_lognam_clear, elapsed, cputime, dattim, zuk_open>(),
+    row<wem_lognam_clear, elapsed, cputime, dattim, zuk_open, wem_set_typefl, wem_set_errexit>(),
     row<zuk_close>(last_of),
     // Templates with as many values as they may have marks.
     by<fmtstr>([](Draw &draw) {
         fmtstr(draw.room<char>(WEM_LINE_SIZE), "'%#%'#", draw.number(), draw.value<int>(), draw.number(), INT_MIN);
     }),
     by<typefl>([](Draw &draw) { typefl("#%#", draw.value<int>(), draw.number(), draw.value<int>()); }),
-    row<wem_set_typefl, wem_set_errexit>(always(silent)),
     row<errexit>(or_null(text())),
     row<lognam>(or_null(text()), out(WEM_NAME_SIZE)),
     by<wem_lognam_set>(
@@ -90,7 +87,7 @@ const HostileRows rows({
         or_null(path())),
     without("CloseFile_utf8", "in the row of CreateFile_utf8"),
     by<write_utf8>([](Draw &draw) { write_utf8(draw.chance(2) ? -1 : INT_MAX, draw.values<char>(4), 4); }),
-    row<replace_utf8>(or_null(path()), in_as<char>(16), one_of(0, 1, 16)),
+    row<replace_utf8>(or_null(path()), in<char>(16), one_of(0, 1, 16)),
     by<full_path_utf8>(
         [](const char *name) {
             char *const full = full_path_utf8(name);

@@ -15,9 +15,9 @@ const From entry{[](Draw &, void **) -> void * {
 }};
 int first_equal(const void *element, const void *key) { return std::memcmp(element, key, 8); }
 
-const auto or_no_order = or_null(always(after));
+const auto or_no_order = or_null(one_of(after));
 const auto few = [] { return one_of(1, 5, 16, 0, -1, INT_MIN); };
-const auto element = [] { return in_as<tetra_point>(1); };
+const auto element = [] { return in<tetra_point>(1); };
 const auto key = [] { return text(512); };
 const auto data = [] { return text(512); };
 
@@ -42,7 +42,7 @@ const HostileRows rows({
         itemfifo_nr_items, list_get_num, list_get_ext, list_get_el_size, get_system_time, time_get_time,
         time_get_elapsed_time, time_get_date, teska_version, teska_version_number>(),
     row<cache_kill, dynar_kill, hash_tab_kill, itemfifo_kill, list_kill>(last_of),
-    row<cache_new>(few(), few(), few(), always(tested_size), always(no_load)),
+    row<cache_new>(few(), few(), few(), one_of(tested_size), one_of(no_load)),
     feeding<cache_get>(live, about(1, 6)),
     row<cache_delete, cache_lock, cache_lock_get>(live, about(1, 6)),
     row<dynar_new>(one_of(1, 16), one_of(0, 1, 10, -1, INT_MIN)),
@@ -58,13 +58,13 @@ const HostileRows rows({
         const error_handler before = error_set_handler(nullptr, nullptr, draw.chance(2) ? nullptr : &context);
         EXPECT_EQ(error_set_handler(before, nullptr, nullptr), nullptr);
     }),
-    row<error_set_thread_handler>(always(nullptr), always(nullptr), or_null(out(1))),
+    row<error_set_thread_handler>(one_of(nullptr), one_of(nullptr), or_null(out(1))),
     row<error_exit, dbg>(text()),
     row<teska_warn>(one_of(-1, INT_MIN), text()),
     by<teska_warn_level>([](int level) { teska_warn_level(level), teska_warn_level(INT_MAX); }),
-    row<dbg_set>(always(0)),
-    row<hash_tab_new>(one_of(0, 1, 4, 20, -1, INT_MIN), one_of(4, -2), one_of(8, 0, -1), always(hash_of),
-                      always(same_key), always(no_key), usual, or_null(out(1))),
+    row<dbg_set>(one_of(0)),
+    row<hash_tab_new>(one_of(0, 1, 4, 20, -1, INT_MIN), one_of(4, -2), one_of(8, 0, -1), one_of(hash_of),
+                      one_of(same_key), one_of(no_key), usual, or_null(out(1))),
     without("hash_tab_newset", "restored_table of the fuzz tests gives it everything"),
     row<hash_tab_insert, hash_tab_put>(live, key(), or_null(data())),
     row<hash_tab_delete>(live, key()),
@@ -77,7 +77,7 @@ const HostileRows rows({
     row<itemfifo_new>(one_of(1, 16, INT_MAX), one_of(0, 1, 10, -1, INT_MIN, INT_MAX)),
     row<itemfifo_put>(live, data()),
     feeding<itemfifo_get>(live, out(8)),
-    row<list_new>(one_of(0, 1, 10, 65536, -1, INT_MIN), one_of(1, 32, 65536 + 8), always(nullptr)),
+    row<list_new>(one_of(0, 1, 10, 65536, -1, INT_MIN), one_of(1, 32, 65536 + 8), one_of(nullptr)),
     row<list_insert>(live, element()),
     row<list_insert_index>(live, element(), one_of(0, 3, 20, 65534), one_of(0, 1, -1, INT_MIN)),
     row<list_changep>(live, about(0, 9), element()),
@@ -85,7 +85,7 @@ const HostileRows rows({
     row<list_alloc>(live, one_of(0, 1, 20, 65535, 65536, -1, INT_MIN, INT_MAX)),
     row<list_pos_range>(kept, element(), one_of(0), one_of(-1, 0), or_no_order),
     row<list_pos>(kept, element()),
-    row<list_search_el>(kept, element(), always(first_equal)),
+    row<list_search_el>(kept, element(), one_of(first_equal)),
     row<list_get_element>(kept, about(0, 9)),
     row<list_num>(or_null(live)),
     without("rom_obj_new", "in the row of rom_obj_kill"),

@@ -57,7 +57,7 @@ poly_bezier *going_on(const poly_bezier *p)
     return made;
 }
 
-const auto orders = [] { return or_null(always(after)); };
+const auto orders = [] { return or_null(one_of(after)); };
 
 const HostileRows rows({
     row<func_num, grad_tab_invert, hist_set, hist_med, hist_percentile, poly_bezier_new, poly_bezier_copy,
@@ -88,12 +88,12 @@ const HostileRows rows({
         draw.call([&] { bezier_vector(b, bound, &points); }, [&] { return receive(std::exchange(points, nullptr)); });
     }),
     row<func_new>(one_of(0, 1, 10, -1, INT_MIN), one_of(8), one_of(8, 1, 65535), orders()),
-    row<func_insert>(live, in_as<double>(1), in_as<double>(1)),
-    row<func_changep>(live, about(0, 5), in_as<double>(1), in_as<double>(1)),
+    row<func_insert>(live, in<double>(1), in<double>(1)),
+    row<func_changep>(live, about(0, 5), in<double>(1), in<double>(1)),
     row<func_rem_point, func_get_point>(live, about(0, 5)),
     row<func_alloc>(live, one_of(0, 1, 10, 65535, 65536, -1, INT_MAX, INT_MIN)),
-    row<func_pos>(live, in_as<double>(1)),
-    row<func_search_el>(live, in_as<double>(1), out(1), always(equal)),
+    row<func_pos>(live, in<double>(1)),
+    row<func_search_el>(live, in<double>(1), out(1), one_of(equal)),
     row<func_invert, lin_interp_double_invert>(or_null(live), orders()),
     row<grad_tab_new_points>(in(8), one_of(0, 1, 4, -1, INT_MIN)),
     row<grad_tab_add_point>(live, in(2)),

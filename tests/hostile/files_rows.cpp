@@ -54,8 +54,8 @@ const HostileRows rows({
     row<rsys_dir_new>(or_null(path()), or_null(text()), usual),
     row<rsys_dir_get>(live, about(0, 4)),
     row<rsys_match>(or_null(text()), or_null(text()), usual),
-    row<rsys_copy>(or_null(path()), or_null(path()), usual, or_null(always(go_on)), always(nullptr)),
-    row<rsys_remove>(or_null(path()), or_null(always(go_on)), always(nullptr)),
+    row<rsys_copy>(or_null(path()), or_null(path()), usual, or_null(one_of(go_on)), one_of(nullptr)),
+    row<rsys_remove>(or_null(path()), or_null(one_of(go_on)), one_of(nullptr)),
     by<teska_wemopen_file>([](Draw &draw) {
         const std::string name = hostile_text(draw), search = hostile_path(draw) + ";;" + hostile_text(draw);
         // Names that a search list is put before, and which lead to nothing outside it.

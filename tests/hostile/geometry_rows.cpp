@@ -6,7 +6,6 @@ namespace
 {
 
 const auto point = [] { return in(3); };
-const auto direction = [] { return in(3); };
 const auto nearest = [] { return or_null(or_last(out(3))); };
 const auto distance = [] { return or_null(out(1)); };
 const auto result = [] { return out(1); };
@@ -56,24 +55,24 @@ const HostileRows rows({
     row<proj_det_plane_abcd>(in(9), or_last(out(4))),
     row<proj_on_plane_abcd>(in(4), point(), or_last(out(3)), distance()),
     row<proj_on_plane>(in(5), in(4), or_last(out(4)), one_of(0, 1, 4, -1, INT_MIN), distance()),
-    row<proj_on_plane_par, proj_on_plane_parline>(in(4), point(), direction(), or_last(out(3)), distance()),
+    row<proj_on_plane_par, proj_on_plane_parline>(in(4), point(), point(), or_last(out(3)), distance()),
     row<proj_plane_intersect>(in(4), in(4), or_last(out(3)), out(3)),
     row<proj_on_line>(in(6), point(), or_last(out(3)), distance()),
-    row<proj_on_line_par, proj_on_line_segm_par>(in(6), point(), direction(), result(), distance()),
+    row<proj_on_line_par, proj_on_line_segm_par>(in(6), point(), point(), result(), distance()),
     row<proj_on_line_segm>(in(6), point(), result(), distance()),
     row<proj_on_triangle, proj_nearest_triangle, proj_on_triangle_bound>(in(9), point(), result(), distance()),
-    row<proj_on_triangle_par, proj_on_triangle_parline, proj_on_triangle_bound_par>(in(9), point(), direction(),
-                                                                                    result(), distance()),
+    row<proj_on_triangle_par, proj_on_triangle_parline, proj_on_triangle_bound_par>(in(9), point(), point(), result(),
+                                                                                    distance()),
     row<proj_on_triangle_edge>(in(9), point(), about(-1, 2), result(), distance()),
     row<proj_on_tetra, proj_on_tetra_bound>(in(12), point(), result(), distance()),
-    row<proj_on_tetra_par, proj_on_tetra_bound_par>(in(12), point(), direction(), result(), distance()),
+    row<proj_on_tetra_par, proj_on_tetra_bound_par>(in(12), point(), point(), result(), distance()),
     row<proj>(in(12), about(1, 4), point(), result(), distance()),
     row<plane_new, tetra_volume_new, tetra_get_volume, tetra_get_true_volume>(or_null(live)),
     row<plane_new2>(corner(), corner(), corner()),
     row<tetra_new>(corner(), corner(), corner(), corner()),
     by<plane_kill>([](tetra_plane *made) { plane_kill(made); }, last_of),
     by<tetra_kill>([](tetra_rec *made) { tetra_kill(made); }, last_of),
-    row<tetra_volume_new2>(or_null(live), one_of(0, 1, -1), always(select_some)),
+    row<tetra_volume_new2>(or_null(live), one_of(0, 1, -1), one_of(select_some)),
     row<tetra_volume_add_plane>(no_volume(), corner(), corner(), corner()),
     row<tetra_volume_add_plane2>(no_volume(), or_null(live)),
     row<tetra_volume_add_tetra>(no_volume(), corner(), corner(), corner(), corner()),

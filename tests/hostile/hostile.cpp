@@ -63,14 +63,9 @@ const std::string &hostile_text(Draw &draw)
 namespace
 {
 
-// In memory, where there is such a place: it is flushed often.
 const Folder &hostile_folder()
 {
-#ifndef _WIN32
-    [[maybe_unused]] static const int in_memory =
-        access("/dev/shm", W_OK) == 0 ? setenv("TEST_TMPDIR", "/dev/shm", 0) : 0;
-#endif
-    static const Folder folder;
+    static const Folder folder = [] { return work_in_memory(), Folder(); }();
     return folder;
 }
 

@@ -306,34 +306,18 @@ inline constexpr From last_of{[]<class T>(Draw &draw, T **) -> T * {
 template <class T>
 using Value = std::conditional_t<std::is_void_v<T>, unsigned char, std::remove_const_t<T>>;
 
-inline auto in(int n)
+// Element: what a pointer to void points to, when it is no bytes.
+template <class Element = void>
+auto in(int n)
 {
-    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.values<Value<T>>(n); }};
-}
-
-// What a pointer to void points to, when it is no bytes.
-template <class Element>
-auto in_as(int n)
-{
-    return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.values<Element>(n); }};
+    return From{[n]<class T>(Draw &draw, T **) -> T * {
+        return draw.values<std::conditional_t<std::is_void_v<Element>, Value<T>, Element>>(n);
+    }};
 }
 
 inline auto out(int n)
 {
     return From{[n]<class T>(Draw &draw, T **) -> T * { return draw.room<Value<T>>(n); }};
-}
-
-// The same, each value one of those given.
-template <class... Value>
-auto room_of(int n, Value... value)
-{
-    return From{[=]<class T>(Draw &draw, T **) -> T * {
-        std::remove_const_t<T> *const made = draw.room<std::remove_const_t<T>>(n);
-        const std::common_type_t<Value...> values[] = {value...};
-        for (int i = 0; i < n; ++i)
-            made[i] = static_cast<T>(values[draw.random.below(sizeof...(value))]);
-        return made;
-    }};
 }
 
 // The middle of 2 n + 1 samples: steps may be negative.
@@ -354,12 +338,24 @@ inline auto rows_of(int k, int n, bool some = false)
     }};
 }
 
+// Of a single value, as a function to be called, nothing is drawn.
 template <class... Value>
 auto one_of(Value... value)
 {
     return From{[=]<class T>(Draw &draw, T *) {
         const std::common_type_t<Value...> values[] = {value...};
-        return static_cast<T>(values[draw.random.below(sizeof...(value))]);
+        return static_cast<T>(values[sizeof...(value) == 1 ? 0 : draw.random.below(sizeof...(value))]);
+    }};
+}
+
+// Room for n values, each one of those given.
+template <class... Value>
+auto room_of(int n, Value... value)
+{
+    return From{[=]<class T>(Draw &draw, T **) -> T * {
+        std::remove_const_t<T> *const made = draw.room<std::remove_const_t<T>>(n);
+        std::generate(made, made + n, [&] { return one_of(value...).body(draw, made); });
+        return made;
     }};
 }
 
@@ -419,13 +415,6 @@ inline auto path()
     }};
 }
 
-// Always the same, as a function to be called.
-template <class Value>
-auto always(Value value)
-{
-    return From{[=]<class T>(Draw &, T *) { return static_cast<T>(value); }};
-}
-
 // By the type alone.
 inline constexpr From usual{[]<class T>(Draw &draw, T *place) -> T {
     using Target = std::remove_const_t<std::remove_pointer_t<T>>;
@@ -437,6 +426,8 @@ inline constexpr From usual{[]<class T>(Draw &draw, T *place) -> T {
         return live.body(draw, place);
     else if constexpr (std::is_void_v<Target>)
         return nullptr;
+    else if constexpr (std::is_function_v<Target>)
+        return nobody(T());
     else if constexpr (std::is_same_v<Target, char>)
         return text(std::is_const_v<std::remove_pointer_t<T>> ? 0 : 512).body(draw, place);
     else

@@ -13,8 +13,6 @@ const auto first = [] { return one_of(0, 0, 0, 0, 1, 5, -1, INT_MAX); };
 const auto lines = [] { return one_of(8, 8, 8, 8, 1, 2, 0, INT_MAX); };
 const auto components = [] { return about(1, 4); };
 
-void converted_with(void *, void **, int, void **, int, int) {}
-
 // An image of samples of its own, or one that is none; alike: of the kind of the last one, and of its size; or else of
 // another size.
 const whole_image *image_of(Draw &draw, int n, int depth, int width, int height)
@@ -52,31 +50,25 @@ constexpr From how{[](Draw &draw, const whole_image_sharpening **) {
 }};
 
 const HostileRows rows({
-    row<ibilin_new, izoom_new, izoom_window_set, izat_window_set, izat_strip_set>(),
+    row<flood_new, ibilin_new, izoom_new, izoom_window_set, izat_window_set, izat_strip_set>(),
     row<fir_kill, flood_kill, fusm_kill, ibilin_kill, izoom_kill, izat_kill>(last_of),
     row<fir_new>(about(0, 10), one_of(0, 255, 65535, INT_MAX)),
-    row<fir_start>(live, usual, one_of(1, 3, INT_MAX), length(), always(taken)),
-    row<fir_start_with>(live, usual, one_of(1, 3, INT_MAX), length(), always(handed)),
+    row<fir_start, fir_start_with>(live, usual, one_of(1, 3, INT_MAX), length()),
     feeding<fir_mono, fir_mono_b, ibilin_mono, ibilin_mono_b, izoom_line, izoom_line_b, izat_line, izat_line_b>(
         live, line(), holder()),
     feeding<fir_rgb, fir_rgb_b, ibilin_rgb, ibilin_rgb_b>(live, line(), line(), line(), holder(), holder(), holder()),
     feeding<fir_cmyk, fir_cmyk_b, ibilin_cmyk, ibilin_cmyk_b>(live, line(), line(), line(), line(), holder(), holder(),
                                                               holder(), holder()),
-    row<flood_new>(always([](void *, int, int) { return 0; }), always([](void *, int, int, int) {})),
-    row<flood_do>(live, always(nullptr)),
-    row<fusm_new>(about(0, 2), about(0, 255), about(1, 4), about(4, 10), or_null(room_of(4, 0, 1, 2)),
-                  or_null(always(converted))),
-    row<fusm_new_with>(about(0, 2), about(0, 255), about(1, 4), about(4, 10), or_null(room_of(4, 0, 1, 2)),
-                       or_null(always(converted_with)), always(nullptr)),
+    row<flood_do>(live, one_of(nullptr)),
+    row<fusm_new, fusm_new_with>(about(0, 2), about(0, 255), about(1, 4), about(4, 10), or_null(room_of(4, 0, 1, 2)),
+                                 or_null(usual)),
     row<fusm_stren_set, fusm_noise_red_set>(live, in(2)),
     row<fusm_level_red_set>(live, one_of(0, 2, 3, 1, -1, INT_MIN), in(6), in(6)),
     row<fusm_stren_get, fusm_noise_red_get>(kept),
-    row<fusm_start>(live, usual, length(), always(taken)),
-    row<fusm_start_with>(live, usual, length(), always(handed)),
+    row<fusm_start, fusm_start_with>(live, usual, length()),
     feeding<fusm_b_do, fusm_do>(live, rows_of(2, 40), rows_of(2, 40), or_null(line())),
-    row<ibilin_start>(live, components(), size(), size(), size(), size(), always(taken)),
-    row<ibilin_start_with>(live, components(), size(), size(), size(), size(), always(handed)),
-    row<izoom_start>(live, about(1, 16), size(), size(), size(), size(), always(handed)),
+    row<ibilin_start, ibilin_start_with>(live, components(), size(), size(), size(), size()),
+    row<izoom_start>(live, about(1, 16), size(), size(), size(), size()),
     row<izat_new>(about(0, 4)),
     by<izat_start>([](Draw &draw) {
         izat *record = lend<izat>(draw, false);

@@ -177,7 +177,6 @@ inline auto make(Draw &draw, mmd_tetras *)
 // ---- Images ---------------------------------------------------------------------------------------------------------
 
 inline void handed(void *, int) {}
-inline void taken(int) {}
 inline void converted(void **, int, void **, int, int) {}
 
 // A step for lines of 80 samples and up to 6 pixels of 4 components.
@@ -193,7 +192,7 @@ inline auto make(Draw &draw, fir *)
 
 inline auto make(Draw &, flood *)
 {
-    return made<flood_kill, flood_do>(flood_new([](void *, int, int) { return 0; }, [](void *, int, int, int) {}));
+    return made<flood_kill, flood_do>(flood_new(nobody(flood_inside()), nobody(flood_fill())));
 }
 
 // Two of four components are sharpened; lines of bytes and of words fit.

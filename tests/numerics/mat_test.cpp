@@ -92,7 +92,7 @@ TEST(MatInvert, FillsOneObjectAnewAfterEveryChange)
     EXPECT_EQ(mat_invert(inverse.get(), &flag), m.get());
     EXPECT_EQ(mat_get_row(m.get(), 1)[1], 4);
 
-    mat_set_mat(m.get(), Values{1, 1, 1, 1}.data());
+    EXPECT_EQ(mat_set_mat(m.get(), Values{1, 1, 1, 1}.data()), 0);
     EXPECT_EQ(mat_invert(m.get(), &flag), inverse.get());
     EXPECT_EQ(flag, 0) << "Kept: a singular matrix is refused only at its first decomposition";
     EXPECT_EQ(elements(), (Values{1, -1e20, 0, 1e20}));
@@ -129,7 +129,7 @@ TEST(MatGetElement, KeptComparesTheColumnWithTheRows)
     EXPECT_EQ(mat_get_row(wide.get(), 2), nullptr);
     EXPECT_EQ(mat_get_col(wide.get(), 4), nullptr);
     EXPECT_EQ(mat_get_col(wide.get(), 3)[1], 7);
-    mat_set_col(wide.get(), 0, Values{-1, -2}.data());
+    EXPECT_EQ(mat_set_col(wide.get(), 0, Values{-1, -2}.data()), 0);
     Values y(2);
     EXPECT_EQ(mat_mulvec(wide.get(), Values{1, 10, 100, 1000}.data(), y.data()), 0);
     EXPECT_EQ(y, (Values{3209, 7648}));

@@ -82,4 +82,9 @@ TEST(RestrictionNewCheck, StopsAStepAtTheFirstInequality)
         restriction_kill(restriction_new_check(r.get(), tighter.get(), from.data(), step.data(), &alpha));
         EXPECT_EQ(alpha, 0) << from[0];
     }
+    Values row(41), step(40);  // more coordinates than there is room for on the stack
+    row[39] = row[40] = step[39] = 4;
+    restriction_kill(
+        restriction_new_check(restricted(40, {}, row).get(), nullptr, Values(40).data(), step.data(), &alpha));
+    EXPECT_EQ(alpha, 0.25);
 }
