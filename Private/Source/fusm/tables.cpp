@@ -77,9 +77,9 @@ void fill_table(uint16_t *table, int top, double g, double noise)
 // between low and high; a correction that reaches `largest` has no upper bound, because it is cut.
 fusm_ramp find_ramp(const uint16_t *table, int last, double g, int bits, int largest)
 {
-    // Gains above 1 take some of the bits. From 128 on products would leave the lanes of a vector.
+    // Gains from 1 on take some of the bits. From 128 on products would leave the lanes of a vector.
     int shift = bits;
-    while (g > 1 && shift > bits - 7) {
+    while (g >= 1 && shift > bits - 7) {
         g /= 2;
         --shift;
     }
