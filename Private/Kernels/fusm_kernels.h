@@ -26,6 +26,8 @@ struct fusm_slope {
 };
 
 constexpr int fusm_slope_shift = 20;
+constexpr int fusm_row = 16;          // entries of a table that a shuffle reads
+constexpr int fusm_most_repairs = 8;  // rows
 
 // How one component is corrected. Tables are followed by two readable bytes, so that a word may be read at any entry.
 struct fusm_curve {
@@ -38,8 +40,11 @@ struct fusm_curve {
     std::uint8_t bytes[256];            // min(table[min(d, last)], 255)
     std::uint8_t factor_bytes[2][256];  // low and high byte of factors[min(sample, top)]
     fusm_slope slope;
-    fusm_ramp byte_ramp;  // multiplier below 2^16, shift 9 .. 16
-    fusm_ramp ramp;       // for samples of 16 bits; shift 25 .. 32
+    fusm_ramp byte_ramp;  // multiplier below 2^16, shift 9 .. 16; wrong in the rows repaired
+    int byte_repairs;     // rows from the first on
+    // By exclusive or with min(ramp, 255): entry d is changed by row d / 16 and all later ones, in each by entry d % 16.
+    std::uint8_t repairs[fusm_most_repairs * fusm_row];
+    fusm_ramp ramp;  // for samples of 16 bits; shift 25 .. 32
 };
 
 // Samples of a line on their way from the window to the output: one component, or components alike that lie side by

@@ -8,7 +8,8 @@
 //              give sums of 16 bits. Words are moved down by 32768 to become signed, which sums of weight zero undo.
 //   Levels     factor * h >> 8 is factor * (h >> 8) + (factor * (h & 255) >> 8): 32 bits suffice for words, and bytes
 //              need them only up to the shift. Factors of bytes on a line are one multiplication.
-//   Ramp       One multiplication in place of the table, where the table allows it.
+//   Ramp       One multiplication in place of the table, where the table allows it. Of bytes it may be wrong in the
+//              first rows of 16, which are then repaired, a shuffle each.
 //   Bytes      Magnitudes above 255 count as 255, no table being longer, and corrections stop at 255: both are bytes,
 //              and adding and subtracting cuts the results.
 //
@@ -58,7 +59,10 @@ struct fusm_neighbours {
     }
 };
 
-template <class Isa, int Radius>
+// Where corrections of bytes come from.
+enum class fusm_source { table, ramp, repaired_ramp };
+
+template <class Isa, int Radius, fusm_source Source>
 class fusm_byte_kernel
 {
     using vector = typename Isa::vector;
@@ -68,9 +72,10 @@ public:
     static constexpr int lanes = static_cast<int>(sizeof(vector));
 
     explicit fusm_byte_kernel(const fusm_curve &curve) noexcept
-        : levels_(curve.factors != nullptr), slope_(slopes && curve.slope.fits), ramp_(curve.byte_ramp.fits),
-          shift_(16 - curve.byte_ramp.shift), multiplier_(Isa::all16(static_cast<int>(curve.byte_ramp.multiplier))),
-          last_(Isa::all16(curve.last)), top_(Isa::all8(curve.top)), corrections_(curve.bytes, !ramp_),
+        : levels_(curve.factors != nullptr), slope_(slopes && curve.slope.fits), repairs_(curve.byte_repairs),
+          repair_rows_(curve.repairs), shift_(16 - curve.byte_ramp.shift),
+          multiplier_(Isa::all16(static_cast<int>(curve.byte_ramp.multiplier))), last_(Isa::all16(curve.last)),
+          top_(Isa::all8(curve.top)), corrections_(curve.bytes, Source == fusm_source::table),
           slope_multiplier_(Isa::all32(curve.slope.multiplier)), slope_offset_(Isa::all32(curve.slope.offset)),
           low_(curve.factor_bytes[0], levels_ && !slope_), high_(curve.factor_bytes[1], levels_ && !slope_)
     {
@@ -97,13 +102,8 @@ public:
         const vector sign = Isa::narrow_to_s8(h[0], h[1]);
         for (vector &half : h)
             half = Isa::min_u16(Isa::abs16(half), last_);
-        vector correction;
-        if (ramp_) {
-            for (vector &half : h)
-                half = Isa::multiply_high_u16(Isa::shift_left16_by(half, shift_), multiplier_);
-            correction = Isa::narrow_to_u8(h[0], h[1]);
-        } else
-            correction = corrections_.look_up(Isa::narrow_to_u8(h[0], h[1]));
+        const vector correction =
+            Source == fusm_source::table ? corrections_.look_up(Isa::narrow_to_u8(h[0], h[1])) : on_ramp(h);
         const vector result = Isa::choose8(sign, Isa::subtract_saturated_u8(samples, correction),
                                            Isa::add_saturated_u8(samples, correction));
         Isa::store(s.out + i, Isa::min_u8(result, s.limits != nullptr ? Isa::load(s.limits + i) : top_));
@@ -112,6 +112,22 @@ public:
 private:
     // Vectors of 64 bytes read tables by two permutations each, which takes less.
     static constexpr bool slopes = Isa::size < 64;
+
+    vector on_ramp(const vector (&magnitudes)[2]) const noexcept
+    {
+        vector corrections[2];
+        for (int half = 0; half < 2; ++half)
+            corrections[half] = Isa::multiply_high_u16(Isa::shift_left16_by(magnitudes[half], shift_), multiplier_);
+        vector correction = Isa::narrow_to_u8(corrections[0], corrections[1]);
+        if (Source == fusm_source::repaired_ramp) {
+            // Magnitudes after a row count from 128 on, and a shuffle gives 0.
+            const vector bytes = Isa::narrow_to_u8(magnitudes[0], magnitudes[1]);
+            for (int row = 0; row < repairs_; ++row)
+                correction ^= Isa::shuffle8(Isa::repeat(repair_rows_ + fusm_row * row),
+                                            Isa::add_saturated_u8(bytes, Isa::all8(128 - fusm_row * (row + 1))));
+        }
+        return correction;
+    }
 
     void reduce(vector samples, vector (&h)[2]) const noexcept
     {
@@ -145,7 +161,8 @@ private:
 
     bool levels_;
     bool slope_;
-    bool ramp_;
+    int repairs_;
+    const std::uint8_t *repair_rows_;
     int shift_;
     vector multiplier_;
     vector last_;
@@ -288,8 +305,8 @@ std::ptrdiff_t fusm_pieces(const Kernel &kernel, const fusm_line<Sample> &line, 
     return first;
 }
 
-template <class Kernel, class Sample, int Radius>
-void fusm_sharpen(const fusm_curve &curve, const fusm_line<Sample> &line) noexcept
+template <class Kernel, int Radius, class Sample>
+void fusm_sharpen_by(const fusm_curve &curve, const fusm_line<Sample> &line) noexcept
 {
     const std::ptrdiff_t border = line.border;
     const std::ptrdiff_t inner = line.width - 2 * border;
@@ -314,15 +331,31 @@ void fusm_sharpen(const fusm_curve &curve, const fusm_line<Sample> &line) noexce
     fusm_pixels(Radius, curve, line, done, line.width);
 }
 
+// Each source of corrections has loops of its own: a choice within them would cost up to a tenth.
+template <class Isa, int Radius>
+void fusm_sharpen_bytes(const fusm_curve &curve, const fusm_bytes &line) noexcept
+{
+    // Vectors of 64 bytes read a table by two permutations.
+    if constexpr (Isa::size < 64) {
+        if (curve.byte_ramp.fits && curve.byte_repairs == 0)
+            return fusm_sharpen_by<fusm_byte_kernel<Isa, Radius, fusm_source::ramp>, Radius>(curve, line);
+        if (curve.byte_ramp.fits)
+            return fusm_sharpen_by<fusm_byte_kernel<Isa, Radius, fusm_source::repaired_ramp>, Radius>(curve, line);
+    }
+    fusm_sharpen_by<fusm_byte_kernel<Isa, Radius, fusm_source::table>, Radius>(curve, line);
+}
+
+template <class Isa, int Radius>
+void fusm_sharpen_words(const fusm_curve &curve, const fusm_words &line) noexcept
+{
+    fusm_sharpen_by<fusm_word_kernel<Isa, Radius>, Radius>(curve, line);
+}
+
 template <class ForBytes, class ForWords>
 void fusm_install(fusm_kernels &table) noexcept
 {
-    table = {{fusm_sharpen<fusm_byte_kernel<ForBytes, 0>, std::uint8_t, 0>,
-              fusm_sharpen<fusm_byte_kernel<ForBytes, 1>, std::uint8_t, 1>,
-              fusm_sharpen<fusm_byte_kernel<ForBytes, 2>, std::uint8_t, 2>},
-             {fusm_sharpen<fusm_word_kernel<ForWords, 0>, std::uint16_t, 0>,
-              fusm_sharpen<fusm_word_kernel<ForWords, 1>, std::uint16_t, 1>,
-              fusm_sharpen<fusm_word_kernel<ForWords, 2>, std::uint16_t, 2>}};
+    table = {{fusm_sharpen_bytes<ForBytes, 0>, fusm_sharpen_bytes<ForBytes, 1>, fusm_sharpen_bytes<ForBytes, 2>},
+             {fusm_sharpen_words<ForWords, 0>, fusm_sharpen_words<ForWords, 1>, fusm_sharpen_words<ForWords, 2>}};
 }
 
 }  // namespace

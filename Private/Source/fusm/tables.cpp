@@ -6,6 +6,8 @@
 //
 //     table[d] = d * multiplier >> shift      for all d, or the table is used
 //
+// Bytes need that only from some d on: what coring takes away is repaired in the rows of 16 entries before it.
+//
 // A multiplier fits when table[d] * 2^shift <= d * multiplier < (table[d] + 1) * 2^shift, so all that fit lie between
 // two bounds. Example: strength 1.0, radius 1, V = 255, shift 16: 3 wants 21846 at least, 254 wants 21931 at most.
 
@@ -73,9 +75,10 @@ void fill_table(uint16_t *table, int top, double g, double noise)
 }
 
 // The form of the table that is one multiplication by a number of so many bits, for samples up to `largest`. There is
-// none for magnitudes of more than 16 bits: their products would not fit. Every entry narrows the multipliers to those
-// between low and high; a correction that reaches `largest` has no upper bound, because it is cut.
-fusm_ramp find_ramp(const uint16_t *table, int last, double g, int bits, int largest)
+// none for magnitudes of more than 16 bits: their products would not fit. Every entry from `first` on, at least 1,
+// narrows the multipliers to those between low and high; a correction that reaches `largest` has no upper bound,
+// because it is cut.
+fusm_ramp find_ramp(const uint16_t *table, int first, int last, double g, int bits, int largest)
 {
     // Gains from 1 on take some of the bits. From 128 on products would leave the lanes of a vector.
     int shift = bits;
@@ -85,7 +88,7 @@ fusm_ramp find_ramp(const uint16_t *table, int last, double g, int bits, int lar
     }
     uint64_t low = 0;
     uint64_t high = (uint64_t{1} << bits) - 1;
-    for (uint64_t d = 1; d <= static_cast<uint64_t>(last) && low <= high; ++d) {
+    for (auto d = static_cast<uint64_t>(first); d <= static_cast<uint64_t>(last) && low <= high; ++d) {
         const uint64_t wanted = std::min<uint64_t>(table[d], static_cast<uint64_t>(largest));
         low = std::max(low, ((wanted << shift) + d - 1) / d);
         if (wanted < static_cast<uint64_t>(largest))
@@ -94,13 +97,32 @@ fusm_ramp find_ramp(const uint16_t *table, int last, double g, int bits, int lar
     return {.fits = low <= high && last <= UINT16_MAX, .multiplier = static_cast<uint32_t>(low), .shift = shift};
 }
 
+// The ramp of bytes that leaves the least number of rows to repairs.
+void find_byte_ramp(fusm_curve &curve, double g)
+{
+    const int last = std::min(curve.last, UINT8_MAX);
+    int rows = 0;
+    do
+        curve.byte_ramp = find_ramp(curve.table, std::max(rows * fusm_row, 1), last, g, 16, UINT8_MAX);
+    while (!curve.byte_ramp.fits && ++rows <= fusm_most_repairs);
+    curve.byte_repairs = curve.byte_ramp.fits ? rows : 0;
+    // From the end: each row takes back those after it.
+    uint8_t after[fusm_row] = {};
+    for (int d = curve.byte_repairs * fusm_row - 1; d >= 0; --d) {
+        const uint32_t ramp = static_cast<uint32_t>(std::min(d, last)) * curve.byte_ramp.multiplier;
+        const uint32_t wrong = std::min<uint32_t>(ramp >> curve.byte_ramp.shift, UINT8_MAX) ^ curve.bytes[d];
+        curve.repairs[d] = static_cast<uint8_t>(wrong ^ after[d % fusm_row]);
+        after[d % fusm_row] = static_cast<uint8_t>(wrong);
+    }
+}
+
 // The other two forms of a table.
 void fill_vector_forms(fusm_curve &curve, double g)
 {
     for (int d = 0; d < byte_values; ++d)
         curve.bytes[d] = static_cast<uint8_t>(std::min<int>(curve.table[std::min(d, curve.last)], UINT8_MAX));
-    curve.byte_ramp = find_ramp(curve.table, std::min(curve.last, UINT8_MAX), g, 16, UINT8_MAX);
-    curve.ramp = find_ramp(curve.table, curve.last, g, 32, UINT16_MAX);
+    find_byte_ramp(curve, g);
+    curve.ramp = find_ramp(curve.table, 1, curve.last, g, 32, UINT16_MAX);
 }
 
 size_t row_length(const corrections &c) { return static_cast<size_t>(c.top) + 1; }
