@@ -4,8 +4,7 @@
 // memory: with a step of 3 those of the other components are sharpened too, and left out when the results are handed
 // on. Only the columns at both ends, and what is less than a vector, are left to the definition.
 //
-//   High-pass  Two neighbours of each sample are brought side by side and multiplied by their weights together. Bytes
-//              give sums of 16 bits. Words are moved down by 32768 to become signed, which sums of weight zero undo.
+//   High-pass  fusm_sums.h.
 //   Levels     factor * h >> 8 is factor * (h >> 8) + (factor * (h & 255) >> 8): 32 bits suffice for words, and bytes
 //              need them only up to the shift. Factors of bytes on a line are one multiplication.
 //   Ramp       One multiplication in place of the table, where the table allows it. Of bytes it may be wrong in the
@@ -18,7 +17,7 @@
 #ifndef TESKA_FUSM_VECTOR_H
 #define TESKA_FUSM_VECTOR_H
 
-#include "Kernels/fusm_window.h"
+#include "Kernels/fusm_sums.h"
 #include "Kernels/kernels.h"
 
 namespace teska
@@ -26,38 +25,6 @@ namespace teska
 
 namespace
 {
-
-// A stretch of adjacent samples of all components, those of interest `distance` apart.
-template <class Sample>
-struct fusm_stretch {
-    const Sample *rows[5];
-    const Sample *samples;
-    const Sample *limits;  // null: top
-    Sample *out;
-    std::ptrdiff_t distance;  // from a sample to its neighbour in the row
-    std::ptrdiff_t count;     // at least a vector
-};
-
-// The pointers from which the taps of a window are read.
-template <int Radius, class Sample>
-struct fusm_neighbours {
-    const Sample *at[fusm_window<Radius>::count + 1];
-
-    explicit fusm_neighbours(const fusm_stretch<Sample> &s) noexcept
-    {
-        for (int t = 0; t < fusm_window<Radius>::count; ++t) {
-            const fusm_tap &tap = fusm_window<Radius>::taps[t];
-            at[t] = s.rows[fusm_reach(Radius) + tap.row] + tap.column * s.distance;
-        }
-        at[fusm_window<Radius>::count] = at[0];
-    }
-
-    // The last tap of a window is paired with one of weight 0.
-    static constexpr int weight(int t) noexcept
-    {
-        return t < fusm_window<Radius>::count ? fusm_window<Radius>::taps[t].weight : 0;
-    }
-};
 
 // Where corrections of bytes come from.
 enum class fusm_source { table, ramp, repaired_ramp };
@@ -70,6 +37,7 @@ class fusm_byte_kernel
 
 public:
     static constexpr int lanes = static_cast<int>(sizeof(vector));
+    using sums_lanes = fusm_byte_lanes<Isa>;
 
     explicit fusm_byte_kernel(const fusm_curve &curve) noexcept
         : levels_(curve.factors != nullptr), slope_(slopes && curve.slope.fits), repairs_(curve.byte_repairs),
@@ -84,19 +52,12 @@ public:
     static bool serves(const fusm_curve &curve) noexcept { return curve.last <= 255 && curve.top <= 255; }
 
     // The vector of samples from i on.
-    [[gnu::always_inline]] void sharpen_vector(const stretch &s, const fusm_neighbours<Radius, std::uint8_t> &from,
-                                               std::ptrdiff_t i) const noexcept
+    template <class Sums>
+    [[gnu::always_inline]] void sharpen_vector(const stretch &s, const Sums &sums, std::ptrdiff_t i) const noexcept
     {
         const vector samples = Isa::load(s.samples + i);
-        vector h[2] = {Isa::zero(), Isa::zero()};
-#pragma GCC unroll 16
-        for (int t = 0; t < fusm_window<Radius>::count; t += 2) {
-            const vector a = Isa::load(from.at[t] + i);
-            const vector b = Isa::load(from.at[t + 1] + i);
-            const vector weights = Isa::all16((from.weight(t) & 255) | from.weight(t + 1) * 256);
-            h[0] = Isa::add16(h[0], Isa::pair_products_u8_s8(Isa::zip_low8(a, b), weights));
-            h[1] = Isa::add16(h[1], Isa::pair_products_u8_s8(Isa::zip_high8(a, b), weights));
-        }
+        vector h[2];
+        sums.high_pass(i, h);
         if (levels_)
             reduce(samples, h);
         const vector sign = Isa::narrow_to_s8(h[0], h[1]);
@@ -182,6 +143,7 @@ class fusm_word_kernel
 
 public:
     static constexpr int lanes = static_cast<int>(sizeof(vector) / 2);
+    using sums_lanes = fusm_word_lanes<Isa>;
 
     explicit fusm_word_kernel(const fusm_curve &curve) noexcept
         : curve_(curve), shift_(curve.ramp.shift), multiplier_(Isa::all32(curve.ramp.multiplier)),
@@ -192,20 +154,12 @@ public:
     static bool serves(const fusm_curve &) noexcept { return true; }
 
     // The vector of samples from i on.
-    [[gnu::always_inline]] void sharpen_vector(const stretch &s, const fusm_neighbours<Radius, std::uint16_t> &from,
-                                               std::ptrdiff_t i) const noexcept
+    template <class Sums>
+    [[gnu::always_inline]] void sharpen_vector(const stretch &s, const Sums &sums, std::ptrdiff_t i) const noexcept
     {
-        const vector offset = Isa::all16(0x8000);
         const vector samples = Isa::load(s.samples + i);
-        vector h[2] = {Isa::zero(), Isa::zero()};
-#pragma GCC unroll 16
-        for (int t = 0; t < fusm_window<Radius>::count; t += 2) {
-            const vector a = Isa::load(from.at[t] + i) ^ offset;
-            const vector b = Isa::load(from.at[t + 1] + i) ^ offset;
-            const vector weights = Isa::all32((from.weight(t) & 65535) | from.weight(t + 1) * 65536);
-            h[0] = Isa::add32(h[0], Isa::pair_products_s16(Isa::zip_low16(a, b), weights));
-            h[1] = Isa::add32(h[1], Isa::pair_products_s16(Isa::zip_high16(a, b), weights));
-        }
+        vector h[2];
+        sums.high_pass(i, h);
         const vector wide[2] = {Isa::zip_low16(samples, Isa::zero()), Isa::zip_high16(samples, Isa::zero())};
         for (int half = 0; half < 2; ++half) {
             if (curve_.factors != nullptr)
@@ -247,15 +201,16 @@ private:
 
 // A whole stretch of at least a vector: what is less than one at its end is computed together with samples before it.
 // Always inline, as what it calls: the kernel's vectors then stay in registers, a quarter of the time of small windows.
-template <int Radius, class Kernel, class Sample>
+template <class Sums, class Kernel, class Sample>
 [[gnu::always_inline]] inline void fusm_sharpen_stretch(const Kernel &kernel, const fusm_stretch<Sample> &s) noexcept
 {
-    const fusm_neighbours<Radius, Sample> from(s);
-    std::ptrdiff_t i = 0;
-    for (; i + Kernel::lanes <= s.count; i += Kernel::lanes)
-        kernel.sharpen_vector(s, from, i);
-    if (i < s.count)
-        kernel.sharpen_vector(s, from, s.count - Kernel::lanes);
+    const Sums sums(s);
+    const std::ptrdiff_t last = s.count - Kernel::lanes;
+    for (std::ptrdiff_t i = 0;; i = i + Kernel::lanes < last ? i + Kernel::lanes : last) {
+        kernel.sharpen_vector(s, sums, i);
+        if (i == last)
+            break;
+    }
 }
 
 constexpr std::ptrdiff_t fusm_stage = 1024;  // samples of a piece, those between the ones of interest counted
@@ -297,7 +252,7 @@ std::ptrdiff_t fusm_pieces(const Kernel &kernel, const fusm_line<Sample> &line, 
             fusm_move(line.samples + first * line.step, line.step, samples, distance, count);
         if (line.limits != nullptr)
             fusm_move(line.limits + first * line.limit_step, line.limit_step, limits, distance, count);
-        fusm_sharpen_stretch<Radius>(kernel, piece);
+        fusm_sharpen_stretch<fusm_distant_sums<typename Kernel::sums_lanes, Radius>>(kernel, piece);
         fusm_move(static_cast<const Sample *>(results), distance, line.out + first * line.out_step, line.out_step,
                   count);
         first += count;
@@ -324,7 +279,10 @@ void fusm_sharpen_by(const fusm_curve &curve, const fusm_line<Sample> &line) noe
             whole.rows[row] = line.rows[row] + border;
         if (line.limits != nullptr)
             whole.limits = line.limits + border;
-        fusm_sharpen_stretch<Radius>(kernel, whole);
+        if (line.distance == 1)
+            fusm_sharpen_stretch<fusm_adjacent_sums<typename Kernel::sums_lanes, Radius>>(kernel, whole);
+        else
+            fusm_sharpen_stretch<fusm_distant_sums<typename Kernel::sums_lanes, Radius>>(kernel, whole);
     } else
         done = fusm_pieces<Radius>(kernel, line, border, border + inner);
     fusm_pixels(Radius, curve, line, 0, border);
