@@ -17,17 +17,27 @@ struct fusm_ramp {
     int shift;
 };
 
-// Level factors of bytes that lie on a line: factors[min(sample, top)] is (sample * multiplier + offset) >>
-// fusm_slope_shift for every sample.
-struct fusm_slope {
-    bool fits;  // the rest means nothing otherwise
-    std::int32_t multiplier;
-    std::int32_t offset;
-};
-
-constexpr int fusm_slope_shift = 20;
 constexpr int fusm_row = 16;          // entries of a table that a shuffle reads
 constexpr int fusm_most_repairs = 8;  // rows
+
+// Level factors of bytes, all within 4.0 of 0, in rows of 16 samples. Between the points of a curve factors lie on
+// lines. Entry i of row r is, in 32nds of the unit of factors and modulo 2^16,
+//
+//     start[r] + 32 * ((i * slope[r] + offset[r]) >> 8)
+//
+// Rows that are no line, and zeros by this formula, are repaired: each has all its entries, to be put in place by
+// exclusive or. Numbers of 16 bits are split, low bytes before high ones.
+struct fusm_factor_rows {
+    bool fits;  // the rest means nothing otherwise
+    std::uint8_t start[2][fusm_row];
+    std::uint8_t slope[2][fusm_row];
+    std::uint8_t offset[fusm_row];
+    int repairs;
+    std::uint8_t repaired[fusm_most_repairs];  // first samples of these rows
+    std::uint8_t repair[fusm_most_repairs][2][fusm_row];
+};
+
+constexpr int fusm_factor_shift = 5;
 
 // How one component is corrected. Tables are followed by two readable bytes, so that a word may be read at any entry.
 struct fusm_curve {
@@ -39,10 +49,10 @@ struct fusm_curve {
     // The same for samples of 8 bits, where last and top are at most 255.
     std::uint8_t bytes[256];            // min(table[min(d, last)], 255)
     std::uint8_t factor_bytes[2][256];  // low and high byte of factors[min(sample, top)]
-    fusm_slope slope;
+    fusm_factor_rows factor_rows;
     fusm_ramp byte_ramp;  // multiplier below 2^16, shift 9 .. 16; wrong in the rows repaired
     int byte_repairs;     // rows from the first on
-    // By exclusive or with min(ramp, 255): entry d is changed by row d / 16 and all later ones, in each by entry d % 16.
+    // By exclusive or with min(ramp, 255): entry d is changed by row d / 16 and all after it, by entry d % 16 of each.
     std::uint8_t repairs[fusm_most_repairs * fusm_row];
     fusm_ramp ramp;  // for samples of 16 bits; shift 25 .. 32
 };

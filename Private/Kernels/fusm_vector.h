@@ -6,7 +6,8 @@
 //
 //   High-pass  fusm_sums.h.
 //   Levels     factor * h >> 8 is factor * (h >> 8) + (factor * (h & 255) >> 8): 32 bits suffice for words, and bytes
-//              need them only up to the shift. Factors of bytes on a line are one multiplication.
+//              need them only up to the shift, or not at all when factors are small. Between the points of a curve
+//              factors of bytes lie on lines, one multiplication for all.
 //   Ramp       One multiplication in place of the table, where the table allows it. Of bytes it may be wrong in the
 //              first rows of 16, which are then repaired, a shuffle each.
 //   Bytes      Magnitudes above 255 count as 255, no table being longer, and corrections stop at 255: both are bytes,
@@ -40,12 +41,12 @@ public:
     using sums_lanes = fusm_byte_lanes<Isa>;
 
     explicit fusm_byte_kernel(const fusm_curve &curve) noexcept
-        : levels_(curve.factors != nullptr), slope_(slopes && curve.slope.fits), repairs_(curve.byte_repairs),
-          repair_rows_(curve.repairs), shift_(16 - curve.byte_ramp.shift),
+        : levels_(curve.factors != nullptr), rows_(by_rows && curve.factor_rows.fits ? &curve.factor_rows : nullptr),
+          repairs_(curve.byte_repairs), repair_rows_(curve.repairs), shift_(16 - curve.byte_ramp.shift),
           multiplier_(Isa::all16(static_cast<int>(curve.byte_ramp.multiplier))), last_(Isa::all16(curve.last)),
           top_(Isa::all8(curve.top)), corrections_(curve.bytes, Source == fusm_source::table),
-          slope_multiplier_(Isa::all32(curve.slope.multiplier)), slope_offset_(Isa::all32(curve.slope.offset)),
-          low_(curve.factor_bytes[0], levels_ && !slope_), high_(curve.factor_bytes[1], levels_ && !slope_)
+          low_(curve.factor_bytes[0], levels_ && rows_ == nullptr),
+          high_(curve.factor_bytes[1], levels_ && rows_ == nullptr)
     {
     }
 
@@ -72,7 +73,7 @@ public:
 
 private:
     // Vectors of 64 bytes read tables by two permutations each, which takes less.
-    static constexpr bool slopes = Isa::size < 64;
+    static constexpr bool by_rows = Isa::size < 64;
 
     vector on_ramp(const vector (&magnitudes)[2]) const noexcept
     {
@@ -92,16 +93,49 @@ private:
 
     void reduce(vector samples, vector (&h)[2]) const noexcept
     {
-        vector factors[2];
-        if (slopes && slope_) {
-            factors[0] = factors_on_slope(Isa::zip_low8(samples, Isa::zero()));
-            factors[1] = factors_on_slope(Isa::zip_high8(samples, Isa::zero()));
-        } else {
-            const vector low = low_.look_up(samples);
-            const vector high = high_.look_up(samples);
-            factors[0] = Isa::zip_low8(low, high);
-            factors[1] = Isa::zip_high8(low, high);
+        if (by_rows && (Source != fusm_source::table || rows_ != nullptr))
+            reduce_by_rows(samples, h);
+        else
+            reduce_by_tables(samples, h);
+    }
+
+    // The products of factors * 32 and h * 8, which both fit, lose 16 bits.
+    void reduce_by_rows(vector samples, vector (&h)[2]) const noexcept
+    {
+        const vector row = Isa::mask8(Isa::shift_right_u16(samples, 4), 15);
+        const vector column = Isa::mask8(samples, 15);
+        const auto of_row = [row](const std::uint8_t *numbers) noexcept {
+            return Isa::shuffle8(Isa::repeat(numbers), row);
+        };
+        const vector start[2] = {of_row(rows_->start[0]), of_row(rows_->start[1])};
+        const vector slope[2] = {of_row(rows_->slope[0]), of_row(rows_->slope[1])};
+        const vector offset = of_row(rows_->offset);
+        vector repair[2] = {Isa::zero(), Isa::zero()};
+        for (int r = 0; r < rows_->repairs; ++r) {
+            const vector entry = Isa::add_saturated_u8(Isa::subtract8(samples, Isa::all8(rows_->repaired[r])),
+                                                       Isa::all8(128 - fusm_row));
+            for (int byte = 0; byte < 2; ++byte)
+                repair[byte] ^= Isa::shuffle8(Isa::repeat(rows_->repair[r][byte]), entry);
         }
+        const auto reduced = [](vector high_pass, vector from, vector along, vector by, vector more,
+                                vector change) noexcept {
+            const vector rise = Isa::shift_right_s16(Isa::add16(Isa::multiply_low16(along, by), more), 3);
+            const vector factor = Isa::add16(from, Isa::mask16(rise, 0x10000 - 32)) ^ change;
+            return Isa::multiply_high_s16(Isa::shift_left16(high_pass, 3), factor);
+        };
+        h[0] = reduced(h[0], Isa::zip_low8(start[0], start[1]), Isa::zip_low8(column, Isa::zero()),
+                       Isa::zip_low8(slope[0], slope[1]), Isa::zip_low8(offset, Isa::zero()),
+                       Isa::zip_low8(repair[0], repair[1]));
+        h[1] = reduced(h[1], Isa::zip_high8(start[0], start[1]), Isa::zip_high8(column, Isa::zero()),
+                       Isa::zip_high8(slope[0], slope[1]), Isa::zip_high8(offset, Isa::zero()),
+                       Isa::zip_high8(repair[0], repair[1]));
+    }
+
+    void reduce_by_tables(vector samples, vector (&h)[2]) const noexcept
+    {
+        const vector low = low_.look_up(samples);
+        const vector high = high_.look_up(samples);
+        const vector factors[2] = {Isa::zip_low8(low, high), Isa::zip_high8(low, high)};
         for (int half = 0; half < 2; ++half) {
             const vector product_low = Isa::multiply_low16(factors[half], h[half]);
             const vector product_high = Isa::multiply_high_s16(factors[half], h[half]);
@@ -110,18 +144,8 @@ private:
         }
     }
 
-    vector factors_on_slope(vector samples) const noexcept
-    {
-        const auto factor = [this](vector wide) noexcept {
-            return Isa::shift_right_s32(Isa::add32(Isa::multiply_low32(wide, slope_multiplier_), slope_offset_),
-                                        fusm_slope_shift);
-        };
-        return Isa::narrow_to_s16(factor(Isa::zip_low16(samples, Isa::zero())),
-                                  factor(Isa::zip_high16(samples, Isa::zero())));
-    }
-
     bool levels_;
-    bool slope_;
+    const fusm_factor_rows *rows_;
     int repairs_;
     const std::uint8_t *repair_rows_;
     int shift_;
@@ -129,8 +153,6 @@ private:
     vector last_;
     vector top_;
     typename Isa::byte_table corrections_;
-    vector slope_multiplier_;
-    vector slope_offset_;
     typename Isa::byte_table low_;
     typename Isa::byte_table high_;
 };
@@ -295,9 +317,10 @@ void fusm_sharpen_bytes(const fusm_curve &curve, const fusm_bytes &line) noexcep
 {
     // Vectors of 64 bytes read a table by two permutations.
     if constexpr (Isa::size < 64) {
-        if (curve.byte_ramp.fits && curve.byte_repairs == 0)
+        const bool ramp = curve.byte_ramp.fits && (curve.factors == nullptr || curve.factor_rows.fits);
+        if (ramp && curve.byte_repairs == 0)
             return fusm_sharpen_by<fusm_byte_kernel<Isa, Radius, fusm_source::ramp>, Radius>(curve, line);
-        if (curve.byte_ramp.fits)
+        if (ramp)
             return fusm_sharpen_by<fusm_byte_kernel<Isa, Radius, fusm_source::repaired_ramp>, Radius>(curve, line);
     }
     fusm_sharpen_by<fusm_byte_kernel<Isa, Radius, fusm_source::table>, Radius>(curve, line);

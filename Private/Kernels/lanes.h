@@ -29,6 +29,7 @@ struct integer_lanes {
     typedef std::uint16_t lanes16 __attribute__((vector_size(sizeof(vector))));
     typedef std::uint32_t lanes32 __attribute__((vector_size(sizeof(vector))));
     typedef std::uint64_t lanes64 __attribute__((vector_size(sizeof(vector))));
+    typedef std::int16_t signed_lanes16 __attribute__((vector_size(sizeof(vector))));
     typedef std::int32_t signed_lanes32 __attribute__((vector_size(sizeof(vector))));
 
     template <class To, class From>
@@ -63,6 +64,7 @@ struct integer_lanes {
     static vector shift_right_u16(vector a, int by) noexcept { return as<vector>(as<lanes16>(a) >> by); }
     static vector shift_right_u32(vector a, int by) noexcept { return as<vector>(as<lanes32>(a) >> by); }
     static vector shift_right_u64(vector a, int by) noexcept { return as<vector>(as<lanes64>(a) >> by); }
+    static vector shift_right_s16(vector a, int by) noexcept { return as<vector>(as<signed_lanes16>(a) >> by); }
     static vector shift_right_s32(vector a, int by) noexcept { return as<vector>(as<signed_lanes32>(a) >> by); }
 };
 

@@ -199,39 +199,88 @@ bool fill_factors(int16_t *row, int top, int points, const double *levels, const
     return true;
 }
 
-// The line through the factors of bytes. For a multiplier m entry i wants an offset of at least f[i] 2^shift - i m, and
-// entry j one below (f[j] + 1) 2^shift - j m. Where those cross, m is too large if j is the later entry, or else too
-// small: the multipliers that fit, if there are any, are found by halving.
-fusm_slope find_slope(const fusm_curve &curve)
+struct factor_line {
+    bool fits;
+    int slope;   // in 256ths of a factor's unit
+    int offset;  // likewise
+};
+
+// The line through a row of factors of bytes. For a slope m entry i wants an offset of at least 256 f[i] - i m, and
+// entry j one below 256 (f[j] + 1) - j m. Where those cross, m is too large if j is the later entry, or else too small:
+// the slopes that fit, if there are any, are found by halving.
+factor_line find_line(const int *factors)
 {
-    constexpr int64_t unit = int64_t{1} << fusm_slope_shift;
-    constexpr int64_t steepest = 8 * unit;  // sums then stay within 32 bits
-    const auto factor = [&curve](int sample) { return curve.factors[std::min(sample, curve.top)]; };
-    for (int64_t low = -steepest, high = steepest; low <= high;) {
-        const int64_t m = (low + high) / 2;
-        int64_t least = INT64_MIN, most = INT64_MAX;
+    constexpr int unit = 256;
+    constexpr int steepest = 2150;
+    static_assert((fusm_row - 1) * steepest + unit - 1 <= INT16_MAX, "kernels add in 16 bits");
+    for (int low = -steepest, high = steepest; low <= high;) {
+        const int slope = (low + high) / 2;
+        int least = INT_MIN, most = INT_MAX;
         int latest_least = 0, latest_most = 0;
-        for (int sample = 0; sample < byte_values; ++sample) {
-            const int64_t from = factor(sample) * unit - sample * m;
+        for (int i = 0; i < fusm_row; ++i) {
+            const int from = factors[i] * unit - i * slope;
             if (from > least) {
                 least = from;
-                latest_least = sample;
+                latest_least = i;
             }
             if (from + unit - 1 < most) {
                 most = from + unit - 1;
-                latest_most = sample;
+                latest_most = i;
             }
         }
         if (least <= most)
-            return {.fits = std::abs(factor(0)) < 2000 && std::abs(factor(byte_values - 1)) < 2000,
-                    .multiplier = static_cast<std::int32_t>(m),
-                    .offset = static_cast<std::int32_t>(least)};
+            return {.fits = true, .slope = slope, .offset = least};
         if (latest_most > latest_least)
-            high = m - 1;
+            high = slope - 1;
         else
-            low = m + 1;
+            low = slope + 1;
     }
     return {};
+}
+
+// The low and the high byte of a number.
+void split(int number, uint8_t &low, uint8_t &high)
+{
+    low = static_cast<uint8_t>(number);
+    high = static_cast<uint8_t>(static_cast<unsigned>(number) >> 8);
+}
+
+// A row of factors, which has no line yet. False when it would be one repair too many, or a factor is too large.
+bool add_row(fusm_factor_rows &rows, int row, const int *factors)
+{
+    constexpr int unit = 1 << fusm_factor_shift;
+    constexpr int largest = INT16_MAX / unit;
+    const auto too_large = [](int factor) { return factor < -largest || factor > largest; };
+    if (std::any_of(factors, factors + fusm_row, too_large))
+        return false;
+    const factor_line line = find_line(factors);
+    if (line.fits) {
+        split(factors[0] * unit, rows.start[0][row], rows.start[1][row]);
+        split(line.slope, rows.slope[0][row], rows.slope[1][row]);
+        rows.offset[row] = static_cast<uint8_t>(line.offset);
+        return true;
+    }
+    // The line of zeros, and the factors themselves.
+    if (rows.repairs == fusm_most_repairs)
+        return false;
+    const int r = rows.repairs++;
+    rows.repaired[r] = static_cast<uint8_t>(row * fusm_row);
+    for (int i = 0; i < fusm_row; ++i)
+        split(factors[i] * unit, rows.repair[r][0][i], rows.repair[r][1][i]);
+    return true;
+}
+
+fusm_factor_rows find_factor_rows(const fusm_curve &curve)
+{
+    fusm_factor_rows rows{};
+    rows.fits = true;
+    for (int row = 0; row < byte_values / fusm_row && rows.fits; ++row) {
+        int factors[fusm_row];
+        for (int i = 0; i < fusm_row; ++i)
+            factors[i] = curve.factors[std::min(row * fusm_row + i, curve.top)];
+        rows.fits = add_row(rows, row, factors);
+    }
+    return rows;
 }
 
 void use_factors(corrections &c)
@@ -244,7 +293,7 @@ void use_factors(corrections &c)
             curve.factor_bytes[0][v] = static_cast<uint8_t>(bits);
             curve.factor_bytes[1][v] = static_cast<uint8_t>(bits >> 8);
         }
-        curve.slope = curve.factors != nullptr ? find_slope(curve) : fusm_slope{};
+        curve.factor_rows = curve.factors != nullptr ? find_factor_rows(curve) : fusm_factor_rows{};
     }
 }
 
