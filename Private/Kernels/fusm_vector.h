@@ -30,36 +30,36 @@ namespace
 // Where corrections of bytes come from.
 enum class fusm_source { table, ramp, repaired_ramp };
 
-template <class Isa, int Radius, fusm_source Source>
+// With a ramp, level factors lie in rows.
+template <class Isa, fusm_source Source, bool Levels>
 class fusm_byte_kernel
 {
     using vector = typename Isa::vector;
-    using stretch = fusm_stretch<std::uint8_t>;
 
 public:
-    static constexpr int lanes = static_cast<int>(sizeof(vector));
+    using sample = std::uint8_t;
+    static constexpr int lanes = Isa::size;
     using sums_lanes = fusm_byte_lanes<Isa>;
 
     explicit fusm_byte_kernel(const fusm_curve &curve) noexcept
-        : levels_(curve.factors != nullptr), rows_(by_rows && curve.factor_rows.fits ? &curve.factor_rows : nullptr),
-          repairs_(curve.byte_repairs), repair_rows_(curve.repairs), shift_(16 - curve.byte_ramp.shift),
+        : rows_(by_rows && curve.factor_rows.fits ? &curve.factor_rows : nullptr), repairs_(curve.byte_repairs),
+          repair_rows_(curve.repairs), shift_(16 - curve.byte_ramp.shift),
           multiplier_(Isa::all16(static_cast<int>(curve.byte_ramp.multiplier))), last_(Isa::all16(curve.last)),
           top_(Isa::all8(curve.top)), corrections_(curve.bytes, Source == fusm_source::table),
-          low_(curve.factor_bytes[0], levels_ && rows_ == nullptr),
-          high_(curve.factor_bytes[1], levels_ && rows_ == nullptr)
+          low_(curve.factor_bytes[0], Levels && rows_ == nullptr),
+          high_(curve.factor_bytes[1], Levels && rows_ == nullptr)
     {
     }
 
-    static bool serves(const fusm_curve &curve) noexcept { return curve.last <= 255 && curve.top <= 255; }
-
     // The vector of samples from i on.
     template <class Sums>
-    [[gnu::always_inline]] void sharpen_vector(const stretch &s, const Sums &sums, std::ptrdiff_t i) const noexcept
+    [[gnu::always_inline]] void sharpen_vector(const fusm_stretch<sample> &s, const Sums &sums,
+                                               std::ptrdiff_t i) const noexcept
     {
         const vector samples = Isa::load(s.samples + i);
         vector h[2];
         sums.high_pass(i, h);
-        if (levels_)
+        if constexpr (Levels)
             reduce(samples, h);
         const vector sign = Isa::narrow_to_s8(h[0], h[1]);
         for (vector &half : h)
@@ -82,7 +82,8 @@ private:
             corrections[half] = Isa::multiply_high_u16(Isa::shift_left16_by(magnitudes[half], shift_), multiplier_);
         vector correction = Isa::narrow_to_u8(corrections[0], corrections[1]);
         if (Source == fusm_source::repaired_ramp) {
-            // Magnitudes after a row count from 128 on, and a shuffle gives 0.
+            // Magnitudes after a row are moved to 128 and above, where a shuffle gives 0.
+            static_assert(fusm_most_repairs * fusm_row <= 128);
             const vector bytes = Isa::narrow_to_u8(magnitudes[0], magnitudes[1]);
             for (int row = 0; row < repairs_; ++row)
                 correction ^= Isa::shuffle8(Isa::repeat(repair_rows_ + fusm_row * row),
@@ -144,7 +145,6 @@ private:
         }
     }
 
-    bool levels_;
     const fusm_factor_rows *rows_;
     int repairs_;
     const std::uint8_t *repair_rows_;
@@ -157,14 +157,14 @@ private:
     typename Isa::byte_table high_;
 };
 
-template <class Isa, int Radius>
+template <class Isa>
 class fusm_word_kernel
 {
     using vector = typename Isa::vector;
-    using stretch = fusm_stretch<std::uint16_t>;
 
 public:
-    static constexpr int lanes = static_cast<int>(sizeof(vector) / 2);
+    using sample = std::uint16_t;
+    static constexpr int lanes = Isa::size / 2;
     using sums_lanes = fusm_word_lanes<Isa>;
 
     explicit fusm_word_kernel(const fusm_curve &curve) noexcept
@@ -173,11 +173,10 @@ public:
     {
     }
 
-    static bool serves(const fusm_curve &) noexcept { return true; }
-
     // The vector of samples from i on.
     template <class Sums>
-    [[gnu::always_inline]] void sharpen_vector(const stretch &s, const Sums &sums, std::ptrdiff_t i) const noexcept
+    [[gnu::always_inline]] void sharpen_vector(const fusm_stretch<sample> &s, const Sums &sums,
+                                               std::ptrdiff_t i) const noexcept
     {
         const vector samples = Isa::load(s.samples + i);
         vector h[2];
@@ -222,17 +221,34 @@ private:
 };
 
 // A whole stretch of at least a vector: what is less than one at its end is computed together with samples before it.
-// Always inline, as what it calls: the kernel's vectors then stay in registers, a quarter of the time of small windows.
-template <class Sums, class Kernel, class Sample>
-[[gnu::always_inline]] inline void fusm_sharpen_stretch(const Kernel &kernel, const fusm_stretch<Sample> &s) noexcept
+// Kernel and stretch are this function's own, so that storing results changes neither: their vectors stay in registers,
+// a quarter of the time of small windows.
+template <template <class, int> class Sums, class Kernel, int Radius>
+void fusm_sharpen_stretch(const fusm_curve &curve, const fusm_stretch<typename Kernel::sample> s) noexcept
 {
-    const Sums sums(s);
+    const Kernel kernel(curve);
+    const Sums<typename Kernel::sums_lanes, Radius> sums(s);
     const std::ptrdiff_t last = s.count - Kernel::lanes;
     for (std::ptrdiff_t i = 0;; i = i + Kernel::lanes < last ? i + Kernel::lanes : last) {
         kernel.sharpen_vector(s, sums, i);
         if (i == last)
             break;
     }
+}
+
+// What a kernel does with stretches whose neighbours lie side by side, and with all others.
+template <class Sample>
+struct fusm_loops {
+    void (*adjacent)(const fusm_curve &curve, fusm_stretch<Sample> s) noexcept;
+    void (*distant)(const fusm_curve &curve, fusm_stretch<Sample> s) noexcept;
+    int lanes;
+};
+
+template <class Kernel, int Radius>
+fusm_loops<typename Kernel::sample> fusm_loops_of() noexcept
+{
+    return {fusm_sharpen_stretch<fusm_adjacent_sums, Kernel, Radius>,
+            fusm_sharpen_stretch<fusm_distant_sums, Kernel, Radius>, Kernel::lanes};
 }
 
 constexpr std::ptrdiff_t fusm_stage = 1024;  // samples of a piece, those between the ones of interest counted
@@ -250,9 +266,9 @@ void fusm_move(const Sample *from, std::ptrdiff_t step, Sample *to, std::ptrdiff
 
 // The pixels first .. end - 1, which the window reaches, in pieces: results go through a buffer, and so does what does
 // not lie as the rows do. Returns the first pixel not done: the last piece may be less than a vector.
-template <int Radius, class Kernel, class Sample>
-std::ptrdiff_t fusm_pieces(const Kernel &kernel, const fusm_line<Sample> &line, std::ptrdiff_t first,
-                           std::ptrdiff_t end) noexcept
+template <int Radius, class Sample>
+std::ptrdiff_t fusm_pieces(const fusm_loops<Sample> &loops, const fusm_curve &curve, const fusm_line<Sample> &line,
+                           std::ptrdiff_t first, std::ptrdiff_t end) noexcept
 {
     Sample samples[fusm_stage] = {};
     Sample limits[fusm_stage] = {};
@@ -264,7 +280,7 @@ std::ptrdiff_t fusm_pieces(const Kernel &kernel, const fusm_line<Sample> &line, 
     while (first < end) {
         const std::ptrdiff_t count = end - first < pixels ? end - first : pixels;
         piece.count = (count - 1) * distance + 1;
-        if (piece.count < Kernel::lanes)
+        if (piece.count < loops.lanes)
             break;
         for (int row = 0; row < 2 * fusm_reach(Radius) + 1; ++row)
             piece.rows[row] = line.rows[row] + first * distance;
@@ -274,7 +290,7 @@ std::ptrdiff_t fusm_pieces(const Kernel &kernel, const fusm_line<Sample> &line, 
             fusm_move(line.samples + first * line.step, line.step, samples, distance, count);
         if (line.limits != nullptr)
             fusm_move(line.limits + first * line.limit_step, line.limit_step, limits, distance, count);
-        fusm_sharpen_stretch<fusm_distant_sums<typename Kernel::sums_lanes, Radius>>(kernel, piece);
+        loops.distant(curve, piece);
         fusm_move(static_cast<const Sample *>(results), distance, line.out + first * line.out_step, line.out_step,
                   count);
         first += count;
@@ -282,17 +298,15 @@ std::ptrdiff_t fusm_pieces(const Kernel &kernel, const fusm_line<Sample> &line, 
     return first;
 }
 
-template <class Kernel, int Radius, class Sample>
-void fusm_sharpen_by(const fusm_curve &curve, const fusm_line<Sample> &line) noexcept
+template <int Radius, class Sample>
+void fusm_sharpen(const fusm_loops<Sample> &loops, const fusm_curve &curve, const fusm_line<Sample> &line) noexcept
 {
     const std::ptrdiff_t border = line.border;
     const std::ptrdiff_t inner = line.width - 2 * border;
-    if (!Kernel::serves(curve) || line.row_step < 1 || line.row_step > fusm_widest_step ||
-        (inner - 1) * line.row_step + 1 < Kernel::lanes) {
+    if (line.row_step < 1 || line.row_step > fusm_widest_step || (inner - 1) * line.row_step + 1 < loops.lanes) {
         fusm_pixels(Radius, curve, line, 0, line.width);
         return;
     }
-    const Kernel kernel(curve);
     std::ptrdiff_t done = border + inner;
     if (line.row_step == 1 && line.step == 1 && line.out_step == 1 &&
         (line.limits == nullptr || line.limit_step == 1)) {
@@ -301,35 +315,42 @@ void fusm_sharpen_by(const fusm_curve &curve, const fusm_line<Sample> &line) noe
             whole.rows[row] = line.rows[row] + border;
         if (line.limits != nullptr)
             whole.limits = line.limits + border;
-        if (line.distance == 1)
-            fusm_sharpen_stretch<fusm_adjacent_sums<typename Kernel::sums_lanes, Radius>>(kernel, whole);
-        else
-            fusm_sharpen_stretch<fusm_distant_sums<typename Kernel::sums_lanes, Radius>>(kernel, whole);
+        (line.distance == 1 ? loops.adjacent : loops.distant)(curve, whole);
     } else
-        done = fusm_pieces<Radius>(kernel, line, border, border + inner);
+        done = fusm_pieces<Radius>(loops, curve, line, border, border + inner);
     fusm_pixels(Radius, curve, line, 0, border);
     fusm_pixels(Radius, curve, line, done, line.width);
 }
 
-// Each source of corrections has loops of its own: a choice within them would cost up to a tenth.
+// Each way to corrections has loops of its own, with level factors and without: choices within a loop, and what they
+// keep in registers, would cost up to a third.
+template <class Isa, int Radius, bool Levels>
+fusm_loops<std::uint8_t> fusm_byte_loops(const fusm_curve &curve) noexcept
+{
+    // Vectors of 64 bytes read a table by two permutations.
+    if constexpr (Isa::size < 64)
+        if (curve.byte_ramp.fits && (!Levels || curve.factor_rows.fits))
+            return curve.byte_repairs == 0
+                       ? fusm_loops_of<fusm_byte_kernel<Isa, fusm_source::ramp, Levels>, Radius>()
+                       : fusm_loops_of<fusm_byte_kernel<Isa, fusm_source::repaired_ramp, Levels>, Radius>();
+    return fusm_loops_of<fusm_byte_kernel<Isa, fusm_source::table, Levels>, Radius>();
+}
+
 template <class Isa, int Radius>
 void fusm_sharpen_bytes(const fusm_curve &curve, const fusm_bytes &line) noexcept
 {
-    // Vectors of 64 bytes read a table by two permutations.
-    if constexpr (Isa::size < 64) {
-        const bool ramp = curve.byte_ramp.fits && (curve.factors == nullptr || curve.factor_rows.fits);
-        if (ramp && curve.byte_repairs == 0)
-            return fusm_sharpen_by<fusm_byte_kernel<Isa, Radius, fusm_source::ramp>, Radius>(curve, line);
-        if (ramp)
-            return fusm_sharpen_by<fusm_byte_kernel<Isa, Radius, fusm_source::repaired_ramp>, Radius>(curve, line);
-    }
-    fusm_sharpen_by<fusm_byte_kernel<Isa, Radius, fusm_source::table>, Radius>(curve, line);
+    if (curve.last > 255 || curve.top > 255)
+        fusm_pixels(Radius, curve, line, 0, line.width);
+    else
+        fusm_sharpen<Radius>(curve.factors != nullptr ? fusm_byte_loops<Isa, Radius, true>(curve)
+                                                      : fusm_byte_loops<Isa, Radius, false>(curve),
+                             curve, line);
 }
 
 template <class Isa, int Radius>
 void fusm_sharpen_words(const fusm_curve &curve, const fusm_words &line) noexcept
 {
-    fusm_sharpen_by<fusm_word_kernel<Isa, Radius>, Radius>(curve, line);
+    fusm_sharpen<Radius>(fusm_loops_of<fusm_word_kernel<Isa>, Radius>(), curve, line);
 }
 
 template <class ForBytes, class ForWords>
