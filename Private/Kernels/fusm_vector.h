@@ -157,7 +157,8 @@ private:
     typename Isa::byte_table high_;
 };
 
-template <class Isa>
+// Plain: without level factors, and with a ramp.
+template <class Isa, bool Plain>
 class fusm_word_kernel
 {
     using vector = typename Isa::vector;
@@ -183,12 +184,12 @@ public:
         sums.high_pass(i, h);
         const vector wide[2] = {Isa::zip_low16(samples, Isa::zero()), Isa::zip_high16(samples, Isa::zero())};
         for (int half = 0; half < 2; ++half) {
-            if (curve_.factors != nullptr)
+            if (!Plain && curve_.factors != nullptr)
                 h[half] = reduce(wide[half], h[half]);
             const vector sign = Isa::shift_right_s32(h[half], 31);
             const vector size = Isa::min_s32(Isa::abs32(h[half]), last_);
-            const vector correction =
-                curve_.ramp.fits ? multiply_wide(size, multiplier_, shift_) : Isa::shorts_at(curve_.table, size);
+            const vector correction = Plain || curve_.ramp.fits ? multiply_wide(size, multiplier_, shift_)
+                                                                : Isa::shorts_at(curve_.table, size);
             h[half] = Isa::add32(wide[half], Isa::subtract32(correction ^ sign, sign));
         }
         const vector result = Isa::narrow_to_u16(h[0], h[1]);
@@ -350,7 +351,10 @@ void fusm_sharpen_bytes(const fusm_curve &curve, const fusm_bytes &line) noexcep
 template <class Isa, int Radius>
 void fusm_sharpen_words(const fusm_curve &curve, const fusm_words &line) noexcept
 {
-    fusm_sharpen<Radius>(fusm_loops_of<fusm_word_kernel<Isa>, Radius>(), curve, line);
+    const bool plain = curve.ramp.fits && curve.factors == nullptr;
+    fusm_sharpen<Radius>(plain ? fusm_loops_of<fusm_word_kernel<Isa, true>, Radius>()
+                               : fusm_loops_of<fusm_word_kernel<Isa, false>, Radius>(),
+                         curve, line);
 }
 
 template <class ForBytes, class ForWords>
