@@ -116,8 +116,12 @@ int streambufExt::mode_bits(std::ios_base::openmode open_mode)
     const struct {
         ios_base::openmode standard;
         int ours;
-    } bits[] = {{ios_base::in, in},   {ios_base::out, out},     {ios_base::ate, ate},
-                {ios_base::app, app}, {ios_base::trunc, trunc}, {ios_base::binary, binary}};
+    } bits[] = {{ios_base::in, in},
+                {ios_base::out, out},
+                {ios_base::ate, ate},
+                {ios_base::app, app},
+                {ios_base::trunc, mode_bit::trunc},
+                {ios_base::binary, binary}};
     int sum = 0;
     for (const auto &bit : bits)
         if ((open_mode & bit.standard) != ios_base::openmode())

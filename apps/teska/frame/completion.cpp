@@ -27,7 +27,7 @@ std::string replaced(const std::string &text, char what, const std::string &by)
 }
 
 // Text between apostrophes, as bash and zsh read it.
-std::string quoted(const std::string &text) { return "'" + replaced(text, '\'', "'\\''") + "'"; }
+std::string in_quotes(const std::string &text) { return "'" + replaced(text, '\'', "'\\''") + "'"; }
 
 std::string bash_completion()
 {
@@ -98,7 +98,7 @@ std::string zsh_completion()
     std::string commands;
     std::string cases;
     for (const command *known : all_commands()) {
-        commands += "        " + quoted(known->name + ":" + replaced(known->summary, ':', "\\:")) + "\n";
+        commands += "        " + in_quotes(known->name + ":" + replaced(known->summary, ':', "\\:")) + "\n";
         cases += "    " + known->name + ")\n        _arguments -S";
         const options take = described(*known);
         for (const option &shown : take.all()) {
@@ -111,14 +111,14 @@ std::string zsh_completion()
                 else if (shown.completion == completes::files)
                     line += "_files";
             }
-            cases += " \\\n            " + quoted(line);
+            cases += " \\\n            " + in_quotes(line);
         }
         int place = 0;
         for (const operand &shown : take.operands()) {
             ++place;
             const std::string where = shown.most > 1 ? "*" : std::to_string(place);
             const std::string what = shown.choices.empty() ? "_files" : "(" + joined(shown.choices) + ")";
-            cases += " \\\n            " + quoted(where + ":" + zsh_text(shown.name) + ":" + what);
+            cases += " \\\n            " + in_quotes(where + ":" + zsh_text(shown.name) + ":" + what);
         }
         cases += "\n        ;;\n";
     }
