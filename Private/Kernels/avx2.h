@@ -72,6 +72,8 @@ struct avx2 : integer_lanes<avx2_register> {
     static vector zip_high32(vector a, vector b) noexcept { return _mm256_unpackhi_epi32(a, b); }
     static vector zip_low64(vector a, vector b) noexcept { return _mm256_unpacklo_epi64(a, b); }
     static vector zip_high64(vector a, vector b) noexcept { return _mm256_unpackhi_epi64(a, b); }
+    static vector zip_order_low(vector a, vector b) noexcept { return join_lower(a, b); }
+    static vector zip_order_high(vector a, vector b) noexcept { return join_upper(a, b); }
     static vector unzip64(vector a) noexcept { return _mm256_permute4x64_epi64(a, 0xD8); }
     static vector pick32(vector a, vector lane) noexcept { return _mm256_permutevar8x32_epi32(a, lane); }
 
@@ -82,7 +84,9 @@ struct avx2 : integer_lanes<avx2_register> {
 
     static vector widen_8_to_32(const void *at) noexcept { return _mm256_cvtepu8_epi32(v128::load_8_bytes(at)); }
     static vector widen_8_to_16(v128::vector a) noexcept { return _mm256_cvtepu8_epi16(a); }
+    static vector widen_8_to_16(const void *at) noexcept { return widen_8_to_16(v128::load(at)); }
     static vector widen_16_to_32(v128::vector a) noexcept { return _mm256_cvtepu16_epi32(a); }
+    static vector widen_16_to_32(const void *at) noexcept { return widen_16_to_32(v128::load(at)); }
 
     static vector shuffle8(vector a, vector control) noexcept { return _mm256_shuffle_epi8(a, control); }
     static vector choose8(vector sign, vector yes, vector no) noexcept { return _mm256_blendv_epi8(no, yes, sign); }

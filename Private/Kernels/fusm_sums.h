@@ -1,6 +1,7 @@
 // fusm_sums - the high-pass of many adjacent samples at a time
 //
-// Two samples are brought side by side and multiplied by their weights together. There are two ways to pairs:
+// Two samples are brought side by side and multiplied by their weights together. There are two ways to pairs, and for
+// radius 2, where whole columns have like weights, a third way to sums:
 //
 //   Zipped    Two loads from anywhere in the window are zipped: pairs of the lower and of the higher samples.
 //   As found  Where neighbours lie side by side in memory a load has pairs already. Even and odd samples are summed
@@ -9,6 +10,13 @@
 //
 //                 even     a b   c d   e 0
 //                 odd      0 a   b c   d e
+//
+//   Columns   With a the sum of the outermost samples of a column, b that of those next to the middle c, and for every
+//             column p = 2 c - a and q = 2 c + b, the high-pass in column x is
+//
+//                 2 (p[x] + q[x]) + p[x - 1] + p[x + 1] - q[x - 2] - q[x + 2]
+//
+//             p and q are written down for some hundred columns at a time and read again from five places.
 //
 // Bytes give sums of 16 bits. Words are moved down by 32768 to become signed, which sums of weight zero undo.
 //
@@ -28,6 +36,8 @@ namespace teska
 namespace
 {
 
+constexpr std::ptrdiff_t fusm_widest_step = 10;
+
 // A stretch of adjacent samples of all components, those of interest `distance` apart.
 template <class Sample>
 struct fusm_stretch {
@@ -44,12 +54,15 @@ template <class Isa>
 struct fusm_byte_lanes {
     using isa = Isa;
     using sample = std::uint8_t;
+    using sum = std::uint16_t;
     using vector = typename Isa::vector;
 
     static vector load(const sample *at) noexcept { return Isa::load(at); }
     static vector weights(int first, int second) noexcept { return Isa::all16((first & 255) | second * 256); }
     static vector products(vector pairs, vector by) noexcept { return Isa::pair_products_u8_s8(pairs, by); }
+    static vector widen(const sample *at) noexcept { return Isa::widen_8_to_16(at); }
     static vector add(vector a, vector b) noexcept { return Isa::add16(a, b); }
+    static vector subtract(vector a, vector b) noexcept { return Isa::subtract16(a, b); }
     static vector zip_low(vector a, vector b) noexcept { return Isa::zip_low8(a, b); }
     static vector zip_high(vector a, vector b) noexcept { return Isa::zip_high8(a, b); }
     static vector zip_low_sums(vector a, vector b) noexcept { return Isa::zip_low16(a, b); }
@@ -60,12 +73,15 @@ template <class Isa>
 struct fusm_word_lanes {
     using isa = Isa;
     using sample = std::uint16_t;
+    using sum = std::uint32_t;
     using vector = typename Isa::vector;
 
     static vector load(const sample *at) noexcept { return Isa::load(at) ^ Isa::all16(0x8000); }
     static vector weights(int first, int second) noexcept { return Isa::all32((first & 65535) | second * 65536); }
     static vector products(vector pairs, vector by) noexcept { return Isa::pair_products_s16(pairs, by); }
+    static vector widen(const sample *at) noexcept { return Isa::widen_16_to_32(at); }
     static vector add(vector a, vector b) noexcept { return Isa::add32(a, b); }
+    static vector subtract(vector a, vector b) noexcept { return Isa::subtract32(a, b); }
     static vector zip_low(vector a, vector b) noexcept { return Isa::zip_low16(a, b); }
     static vector zip_high(vector a, vector b) noexcept { return Isa::zip_high16(a, b); }
     static vector zip_low_sums(vector a, vector b) noexcept { return Isa::zip_low32(a, b); }
@@ -97,7 +113,10 @@ public:
         at_[window::count] = at_[0];
     }
 
-    // Those of the samples from i on, the lower and the higher ones of every 16 bytes.
+    // Makes the vectors of samples from `first` to the one that it returns ready, which is not after `last`.
+    static std::ptrdiff_t prepare(std::ptrdiff_t /*first*/, std::ptrdiff_t last) noexcept { return last; }
+
+    // Sums of the samples from i on, the lower and the higher ones of every 16 bytes.
     [[gnu::always_inline]] void high_pass(std::ptrdiff_t i, vector (&h)[2]) const noexcept
     {
         h[0] = h[1] = Lanes::isa::zero();
@@ -128,6 +147,8 @@ public:
         for (int row = -reach; row <= reach; ++row)
             rows_[reach + row] = s.rows[reach + row];
     }
+
+    static std::ptrdiff_t prepare(std::ptrdiff_t /*first*/, std::ptrdiff_t last) noexcept { return last; }
 
     [[gnu::always_inline]] void high_pass(std::ptrdiff_t i, vector (&h)[2]) const noexcept
     {
@@ -184,6 +205,70 @@ private:
     }
 
     const sample *rows_[2 * reach + 1];
+};
+
+// Radius 2, neighbours at any distance.
+template <class Lanes>
+class fusm_column_sums
+{
+    using vector = typename Lanes::vector;
+    using sample = typename Lanes::sample;
+
+public:
+    explicit fusm_column_sums(const fusm_stretch<sample> &s) noexcept : distance_(s.distance)
+    {
+        for (int row = 0; row < 5; ++row)
+            rows_[row] = s.rows[row];
+    }
+
+    std::ptrdiff_t prepare(std::ptrdiff_t first, std::ptrdiff_t last) noexcept
+    {
+        const std::ptrdiff_t end = last - first < block - 2 * half ? last : first + block - 2 * half;
+        const std::ptrdiff_t begin = first - 2 * distance_;
+        const std::ptrdiff_t last_column = end + 2 * half + 2 * distance_ - begin - half;
+        for (std::ptrdiff_t column = 0;; column = column + half < last_column ? column + half : last_column) {
+            const std::ptrdiff_t i = begin + column;
+            const vector middle = Lanes::widen(rows_[2] + i);
+            const vector twice = Lanes::add(middle, middle);
+            const vector outermost = Lanes::add(Lanes::widen(rows_[0] + i), Lanes::widen(rows_[4] + i));
+            const vector next = Lanes::add(Lanes::widen(rows_[1] + i), Lanes::widen(rows_[3] + i));
+            Lanes::isa::store(p_ + column, Lanes::subtract(twice, outermost));
+            Lanes::isa::store(q_ + column, Lanes::add(twice, next));
+            if (column == last_column)
+                break;
+        }
+        begin_ = begin;
+        return end;
+    }
+
+    [[gnu::always_inline]] void high_pass(std::ptrdiff_t i, vector (&h)[2]) const noexcept
+    {
+        const vector lower = sum(i - begin_);
+        const vector upper = sum(i - begin_ + half);
+        h[0] = Lanes::isa::zip_order_low(lower, upper);
+        h[1] = Lanes::isa::zip_order_high(lower, upper);
+    }
+
+private:
+    static constexpr std::ptrdiff_t half = Lanes::isa::size / static_cast<int>(sizeof(typename Lanes::sum));
+    static constexpr std::ptrdiff_t block = 512;  // samples
+
+    vector sum(std::ptrdiff_t column) const noexcept
+    {
+        const auto load = [](const typename Lanes::sum *at) noexcept { return Lanes::isa::load(at); };
+        const typename Lanes::sum *p = p_ + column;
+        const typename Lanes::sum *q = q_ + column;
+        const vector middle = Lanes::add(load(p), load(q));
+        const vector inner = Lanes::add(load(p - distance_), load(p + distance_));
+        const vector outer = Lanes::add(load(q - 2 * distance_), load(q + 2 * distance_));
+        return Lanes::subtract(Lanes::add(Lanes::add(middle, middle), inner), outer);
+    }
+
+    const sample *rows_[5];
+    std::ptrdiff_t distance_;
+    std::ptrdiff_t begin_ = 0;  // the column in p_[0] and q_[0]
+    typename Lanes::sum p_[block + 4 * fusm_widest_step];
+    typename Lanes::sum q_[block + 4 * fusm_widest_step];
 };
 
 }  // namespace

@@ -224,15 +224,23 @@ private:
 // A whole stretch of at least a vector: what is less than one at its end is computed together with samples before it.
 // Kernel and stretch are this function's own, so that storing results changes neither: their vectors stay in registers,
 // a quarter of the time of small windows.
-template <template <class, int> class Sums, class Kernel, int Radius>
+template <class Sums, class Kernel>
 void fusm_sharpen_stretch(const fusm_curve &curve, const fusm_stretch<typename Kernel::sample> s) noexcept
 {
     const Kernel kernel(curve);
-    const Sums<typename Kernel::sums_lanes, Radius> sums(s);
+    Sums sums(s);
     const std::ptrdiff_t last = s.count - Kernel::lanes;
-    for (std::ptrdiff_t i = 0;; i = i + Kernel::lanes < last ? i + Kernel::lanes : last) {
-        kernel.sharpen_vector(s, sums, i);
-        if (i == last)
+    const auto next = [](std::ptrdiff_t i, std::ptrdiff_t end) noexcept {
+        return i + Kernel::lanes < end ? i + Kernel::lanes : end;
+    };
+    for (std::ptrdiff_t i = 0;; i = next(i, last)) {
+        const std::ptrdiff_t end = sums.prepare(i, last);
+        for (;; i = next(i, end)) {
+            kernel.sharpen_vector(s, sums, i);
+            if (i == end)
+                break;
+        }
+        if (end == last)
             break;
     }
 }
@@ -248,12 +256,17 @@ struct fusm_loops {
 template <class Kernel, int Radius>
 fusm_loops<typename Kernel::sample> fusm_loops_of() noexcept
 {
-    return {fusm_sharpen_stretch<fusm_adjacent_sums, Kernel, Radius>,
-            fusm_sharpen_stretch<fusm_distant_sums, Kernel, Radius>, Kernel::lanes};
+    using lanes = typename Kernel::sums_lanes;
+    // Vectors of 64 bytes, most of whose loads cross lines of the cache, are faster with fewer of them.
+    if constexpr (Radius == 2 && Kernel::sums_lanes::isa::size < 64)
+        return {fusm_sharpen_stretch<fusm_column_sums<lanes>, Kernel>,
+                fusm_sharpen_stretch<fusm_column_sums<lanes>, Kernel>, Kernel::lanes};
+    else
+        return {fusm_sharpen_stretch<fusm_adjacent_sums<lanes, Radius>, Kernel>,
+                fusm_sharpen_stretch<fusm_distant_sums<lanes, Radius>, Kernel>, Kernel::lanes};
 }
 
 constexpr std::ptrdiff_t fusm_stage = 1024;  // samples of a piece, those between the ones of interest counted
-constexpr std::ptrdiff_t fusm_widest_step = 10;
 
 // Every step-th sample of a line to every distance-th place.
 template <class Sample>
@@ -304,7 +317,7 @@ void fusm_sharpen(const fusm_loops<Sample> &loops, const fusm_curve &curve, cons
 {
     const std::ptrdiff_t border = line.border;
     const std::ptrdiff_t inner = line.width - 2 * border;
-    if (line.row_step < 1 || line.row_step > fusm_widest_step || (inner - 1) * line.row_step + 1 < loops.lanes) {
+    if (line.row_step < 1 || line.distance > fusm_widest_step || (inner - 1) * line.row_step + 1 < loops.lanes) {
         fusm_pixels(Radius, curve, line, 0, line.width);
         return;
     }

@@ -92,6 +92,9 @@ struct v128 : integer_lanes<v128_register> {
     static vector zip_high32(vector a, vector b) noexcept { return _mm_unpackhi_epi32(a, b); }
     static vector zip_low64(vector a, vector b) noexcept { return _mm_unpacklo_epi64(a, b); }
     static vector zip_high64(vector a, vector b) noexcept { return _mm_unpackhi_epi64(a, b); }
+    // Of lanes that were widened in order, a before b: what zips with zero give.
+    static vector zip_order_low(vector a, vector /*b*/) noexcept { return a; }
+    static vector zip_order_high(vector /*a*/, vector b) noexcept { return b; }
     // Lanes of 64 bits: the even ones, then the odd ones.
     static vector unzip64(vector a) noexcept { return a; }
 
@@ -103,6 +106,7 @@ struct v128 : integer_lanes<v128_register> {
 
     // Unsigned lanes: the lower ones of a vector, or as many from memory as fill one.
     static vector widen_8_to_32(vector a) noexcept { return _mm_cvtepu8_epi32(a); }
+    static vector widen_8_to_16(const void *at) noexcept { return _mm_cvtepu8_epi16(load_8_bytes(at)); }
     static vector widen_16_to_32(const void *at) noexcept { return _mm_cvtepu16_epi32(load_8_bytes(at)); }
     static vector widen_8_to_32(const void *at) noexcept { return widen_8_to_32(load_4_bytes(at)); }
 
