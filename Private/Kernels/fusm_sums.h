@@ -18,8 +18,8 @@
 //
 //             p and q are written down for some hundred columns at a time and read again from five places.
 //
-// Bytes give sums of 16 bits, words of 32. In pairs words are moved down by 32768 to become signed, which sums of weight
-// zero undo.
+// Bytes give sums of 16 bits, words of 32. In pairs words are moved down by 32768 to become signed, which weights that
+// sum to zero undo.
 //
 // In an unnamed namespace on purpose: every kernel source gets a copy of its own, built for its instruction set.
 
