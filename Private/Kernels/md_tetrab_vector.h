@@ -15,6 +15,10 @@
 //
 // With gathers a vector of pixels runs through in registers. Without, places and vertices are read one by one between
 // arrays in the fast cache. A block is read before it is stored, which conversion in place needs.
+//
+// What is left of a line is a block too, of fewer pixels. Its bytes are copied to and from room for a whole block, so
+// that it is sorted and stored like one; only as many vectors as it needs are converted. After its pixels come zeros,
+// then results that nobody reads.
 
 #ifndef TESKA_MD_TETRAB_VECTOR_H
 #define TESKA_MD_TETRAB_VECTOR_H
@@ -41,6 +45,10 @@ struct md_tetrab_line {
     template <int N>
     using path = md_tetrab_path<Isa, N>;
     static constexpr int lanes = Isa::size / 4;  // of 32 bits
+    // So many pixels or fewer take less time by places: positions are found of 4 * lanes at once.
+    static constexpr int few_pixels = lanes < 16 ? 3 * lanes : 2 * lanes;
+    // Fewer outputs than these take less time through their curves one by one.
+    static constexpr int least_curved = Isa::reads_byte_tables ? 1 : lanes == 4 ? block_pixels : block_pixels / 2;
 
     // What a block has on its way.
     struct buffers {
@@ -73,37 +81,88 @@ struct md_tetrab_line {
         }
     }
 
+    // ---- Copies -----------------------------------------------------------------------------------------------------
+
+    // Part to 2 * Part bytes.
+    template <int Part>
+    static void copy_ends(const uint8_t *from, ptrdiff_t size, uint8_t *to) noexcept
+    {
+        __builtin_memcpy(to, from, Part);
+        __builtin_memcpy(to + size - Part, from + size - Part, Part);
+    }
+
+    // At least one byte. Copies are so short that a call would take longer.
+    static void copy(const uint8_t *from, ptrdiff_t size, uint8_t *to) noexcept
+    {
+        if (size >= 16) {
+            for (ptrdiff_t i = 0; i + 16 < size; i += 16)
+                v128::store(to + i, v128::load(from + i));
+            v128::store(to + size - 16, v128::load(from + size - 16));
+        } else if (size >= 8) {
+            copy_ends<8>(from, size, to);
+        } else if (size >= 4) {
+            copy_ends<4>(from, size, to);
+        } else if (size >= 2) {
+            copy_ends<2>(from, size, to);
+        } else {
+            *to = *from;
+        }
+    }
+
+    // `room` is a multiple of 16.
+    static void copy_before_zeros(const uint8_t *from, ptrdiff_t size, uint8_t *to, int room) noexcept
+    {
+        for (int i = 0; i < room; i += 16)
+            v128::store(to + i, v128::zero());
+        copy(from, size, to);
+    }
+
     // ---- Fetch ------------------------------------------------------------------------------------------------------
 
-    // Sets planes[d] to the bytes of input d of `count` pixels from `first` on; after them come others or zeros.
+    static void split(const uint8_t *pixels, ptrdiff_t step, uint8_t *const *planes) noexcept
+    {
+        step == 3 ? split_3(pixels, planes) : split_4(pixels, planes);
+    }
+
+    static void fetch_packed(const md_tetrab_run &run, const pixel_layout &layout, int n, ptrdiff_t first, int count,
+                             uint8_t (*bytes)[block_pixels]) noexcept
+    {
+        uint8_t unused[block_pixels];
+        uint8_t *targets[4];
+        for (int k = 0; k < 4; ++k)
+            targets[k] = layout.line[k] >= 0 ? bytes[layout.line[k]] : unused;
+        const uint8_t *pixels = run.in[0] + layout.first + first * run.in_step;
+        // A pixel of 4 bytes with 3 inputs may end with its third byte, if it is the last one.
+        const int missing = n < run.in_step && layout.line[3] < 0 && first + count == run.end ? 1 : 0;
+        uint8_t block[4 * block_pixels];
+        if (count < block_pixels || missing != 0) {
+            copy_before_zeros(pixels, count * run.in_step - missing, block, 4 * block_pixels);
+            pixels = block;
+        }
+        split(pixels, run.in_step, targets);
+    }
+
+    // Sets planes[d] to the bytes of input d of `count` pixels from `first` on; after them come zeros.
     static void fetch(const md_tetrab_run &run, const pixel_layout &layout, int n, ptrdiff_t first, int count,
                       uint8_t (*bytes)[block_pixels], const uint8_t **planes) noexcept
     {
         for (int d = 0; d < n; ++d)
             planes[d] = bytes[d];
-        if (count == block_pixels) {
-            // A pixel of 4 bytes with 3 inputs may end with its third byte, if it is the last one.
-            if (layout.packed && (n == run.in_step || first + count < run.end)) {
-                uint8_t unused[block_pixels];
-                uint8_t *targets[4];
-                for (int k = 0; k < 4; ++k)
-                    targets[k] = layout.line[k] >= 0 ? bytes[layout.line[k]] : unused;
-                const uint8_t *const pixels = run.in[0] + layout.first + first * run.in_step;
-                return run.in_step == 3 ? split_3(pixels, targets) : split_4(pixels, targets);
-            }
-            if (run.in_step == 1) {
-                for (int d = 0; d < n; ++d)
-                    planes[d] = run.in[d] + first;
-                return;
-            }
-        }
+        if (layout.packed)
+            return fetch_packed(run, layout, n, first, count, bytes);
         for (int d = 0; d < n; ++d) {
             const uint8_t *line = run.in[d] + first * run.in_step;
-            int p = 0;
-            for (; p < count; ++p, line += run.in_step)
-                bytes[d][p] = *line;
-            for (; p < block_pixels; ++p)
-                bytes[d][p] = 0;
+            if (run.in_step == 1 && count == block_pixels) [[likely]] {
+                planes[d] = line;
+            } else if (run.in_step == 1) {
+                copy_before_zeros(line, count, bytes[d], block_pixels);
+            } else {
+                int p = 0;
+                for (; p < count; ++p, line += run.in_step)
+                    bytes[d][p] = *line;
+                for (; p < block_pixels; ++p)
+                    bytes[d][p] = 0;
+            }
         }
     }
 
@@ -193,41 +252,63 @@ struct md_tetrab_line {
 
     // ---- Put --------------------------------------------------------------------------------------------------------
 
-    // Up to four outputs of 64 pixels by way of planes; planar lines, or packed ones of 3 or 4 outputs.
-    static void put_planes(const md_tetrab_table &table, const md_tetrab_run &run, const pixel_layout &layout,
-                           ptrdiff_t first, int channel, const uint32_t *result) noexcept
+    // Up to four outputs of 64 pixels, from `channel` on, to planes.
+    static void split_outputs(const md_tetrab_table &table, int channel, const uint32_t *result,
+                              uint8_t (*planes)[block_pixels]) noexcept
     {
-        uint8_t planes[4][block_pixels];
         uint8_t *const targets[] = {planes[0], planes[1], planes[2], planes[3]};
         split_4(reinterpret_cast<const uint8_t *>(result), targets);
-        for (int c = channel; c < table.outputs && c < channel + 4; ++c) {
-            uint8_t *const plane = planes[c - channel];
-            if (table.curved_outputs)
-                through_curve(table.out_curves + 256 * c, plane, plane);
-            if (!layout.packed && run.out[c] != nullptr)
-                __builtin_memcpy(run.out[c] + first, plane, block_pixels);
-        }
-        if (layout.packed) {
-            const uint8_t *sources[4];
-            for (int k = 0; k < table.outputs; ++k)
-                sources[k] = planes[layout.line[k]];
-            uint8_t *const pixels = run.out[0] + layout.first + first * run.out_step;
-            table.outputs == 3 ? join_3(sources, pixels) : join_4(sources, pixels);
+        for (int c = channel; table.curved_outputs && c < table.outputs && c < channel + 4; ++c)
+            through_curve(table.out_curves + 256 * c, planes[c - channel], planes[c - channel]);
+    }
+
+    // To 64 pixels of 3 or 4 bytes.
+    static void join_outputs(const md_tetrab_table &table, const pixel_layout &layout, const uint32_t *result,
+                             uint8_t *pixels) noexcept
+    {
+        if (!table.curved_outputs)
+            return store_packed(result, v128::load(layout.control), table.outputs, pixels);
+        uint8_t planes[4][block_pixels];
+        split_outputs(table, 0, result, planes);
+        const uint8_t *sources[4];
+        for (int k = 0; k < table.outputs; ++k)
+            sources[k] = planes[layout.line[k]];
+        table.outputs == 3 ? join_3(sources, pixels) : join_4(sources, pixels);
+    }
+
+    // To lines of step 1.
+    static void put_planes(const md_tetrab_table &table, const md_tetrab_run &run, ptrdiff_t first, int count,
+                           const uint32_t (*result)[block_pixels]) noexcept
+    {
+        for (int channel = 0; channel < table.outputs; channel += 4) {
+            uint8_t planes[4][block_pixels];
+            split_outputs(table, channel, result[channel / 4], planes);
+            for (int c = channel; c < table.outputs && c < channel + 4; ++c) {
+                if (run.out[c] == nullptr)
+                    continue;
+                if (count == block_pixels) [[likely]]  // a size that the compiler knows
+                    __builtin_memcpy(run.out[c] + first, planes[c - channel], block_pixels);
+                else
+                    copy(planes[c - channel], count, run.out[c] + first);
+            }
         }
     }
 
     static void put(const md_tetrab_table &table, const md_tetrab_run &run, const pixel_layout &layout, ptrdiff_t first,
                     int count, const uint32_t (*result)[block_pixels]) noexcept
     {
-        if (count == block_pixels && layout.packed && !table.curved_outputs) {
-            return store_packed(result[0], v128::load(layout.control), run.out_step,
-                                run.out[0] + layout.first + first * run.out_step);
-        }
-        if (count == block_pixels && (layout.packed || run.out_step == 1)) {
-            for (int c = 0; c < table.outputs; c += 4)
-                put_planes(table, run, layout, first, c, result[c / 4]);
+        const bool by_planes = !table.curved_outputs || count >= least_curved;
+        if (layout.packed && by_planes) {
+            uint8_t *const pixels = run.out[0] + layout.first + first * run.out_step;
+            if (count == block_pixels) [[likely]]
+                return join_outputs(table, layout, result[0], pixels);
+            uint8_t block[4 * block_pixels];
+            join_outputs(table, layout, result[0], block);
+            copy(block, count * run.out_step, pixels);
             return;
         }
+        if (run.out_step == 1 && by_planes)
+            return put_planes(table, run, first, count, result);
         for (int c = 0; c < table.outputs; ++c) {
             if (run.out[c] == nullptr)
                 continue;
@@ -261,21 +342,21 @@ struct md_tetrab_line {
     static void convert_block(const md_tetrab_table &table, const uint8_t **planes, int count, buffers &b) noexcept
     {
         const int n = N != 0 ? N : table.inputs;
-        if (count == block_pixels && uniform(planes, n)) {
-            convert_places<N>(table, planes, 1, b);
-            for (int c = 0; c < table.outputs; c += 4)
-                for (int p = 0; p < block_pixels; p += lanes)
-                    Isa::store(b.result[c / 4] + p, Isa::all32(*b.result[c / 4]));
-        } else if (N != 0 && has_positions(table)) {
-            if (!Isa::reads_byte_tables && table.curved_inputs)
-                for (int d = 0; d < n; ++d) {
-                    through_curve(table.in_curves + 256 * d, planes[d], b.bytes[d]);
-                    planes[d] = b.bytes[d];
-                }
-            convert_positions<N != 0 ? N : 3>(table, planes, count, b);
-        } else {
-            convert_places<N>(table, planes, count, b);
+        const bool alike = count == block_pixels && uniform(planes, n);
+        if (N == 0 || alike || count <= few_pixels || !has_positions(table)) {
+            convert_places<N>(table, planes, alike ? 1 : count, b);
+            if (alike)
+                for (int c = 0; c < table.outputs; c += 4)
+                    for (int p = 0; p < block_pixels; p += lanes)
+                        Isa::store(b.result[c / 4] + p, Isa::all32(*b.result[c / 4]));
+            return;
         }
+        if (!Isa::reads_byte_tables && table.curved_inputs)
+            for (int d = 0; d < n; ++d) {
+                through_curve(table.in_curves + 256 * d, planes[d], b.bytes[d]);
+                planes[d] = b.bytes[d];
+            }
+        convert_positions<N != 0 ? N : 3>(table, planes, count, b);
     }
 
     template <int N>

@@ -146,14 +146,24 @@ TEST(MdTetrabInterp, ConvertsLinesOfAnyLayoutAsTheModelDoes)
         for (int lines = 0; lines < 24; ++lines) {
             const auto use = lines < 12 ? teska::gather_use::never : teska::gather_use::always;
             const teska::gather_use before = teska::gather_limit(use);
-            if (lines % 2 == 0)
-                table.randomize_curves(random);
-            else
-                table.reset_curves();
+            lines % 2 == 0 ? table.randomize_curves(random) : table.reset_curves();
             expect_conversion(table, random);
             teska::gather_limit(before);
         }
     }
+}
+
+TEST(MdTetrabInterp, ReadsNothingAfterTheLastSample)
+{
+    const Table table({3, 3, 17});
+    for (std::size_t pixels = 1; pixels <= 130; ++pixels)
+        at_every_level([&](teska::simd_level) {
+            Bytes fours(4 * pixels - 1), x(pixels, 9), y(x), z(x);  // what is read after them, a sanitizer sees
+            unsigned char *in[] = {&fours[0], &fours[1], &fours[2]}, *planes[] = {&x[0], &y[0], &z[0]}, *none[3] = {};
+            md_tetrab_interp(table.get(), planes, 1, none, 1, static_cast<int>(pixels), nullptr, 0);
+            md_tetrab_interp(table.get(), in, 4, planes, 1, static_cast<int>(pixels), nullptr, 0);
+            EXPECT_EQ(z, Bytes(pixels));
+        });
 }
 
 TEST(MdTetrabVertexGet, KeptRoundsInputBytesInDoubles)
