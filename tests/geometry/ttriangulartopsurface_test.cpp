@@ -184,9 +184,11 @@ TEST(Dump, WritesThePartAndNothingForUnknownOnes)
     const teska_test::Folder folder;
     std::FILE *file = std::fopen(folder.path("dump").c_str(), "wb");
     using T = TTriangularTopSurface;
+    Reports reports;
     for (const auto dump : {&T::DumpGrid, &T::DumpFP, &T::DumpFirstDer, &T::DumpSecDer})
         for (const int part : {-1, 0, 1})
             EXPECT_EQ((top.*dump)(file, part), 0) << part;
+    EXPECT_EQ(reports.take(), lines());
     std::fclose(file);
     EXPECT_EQ(folder.read("dump"), "1 1 100 0 0\n1 0.5 80 -15 0\n1 0 60 -30 0\n"
                                    "0.5 1 80 15 5\n0.5 0.5 60 0 5\n0.5 0 40 -15 5\n"
