@@ -1,8 +1,9 @@
 // What outlives a call when memory is short: hidden room, the registry, the queue of reports, the place in record text,
-// a lost point, the tree for nearest points
+// a lost point, the tree for nearest points, how far a step may go
 #include "dynar.h"
 #include "faults/sweep.h"
 #include "list.h"
+#include "restriction.h"
 #include "rom.h"
 #include "str_zuk.h"
 #include "tconvexhull.h"
@@ -186,6 +187,24 @@ TEST(TetraVolume, FindsTheSamePointWhenMemoryIsShort)
         EXPECT_EQ(tetra_volume_nearest(v.get(), above, nullptr, nullptr, &plane, nullptr), 0);
         EXPECT_EQ(plane, 6);
         EXPECT_EQ(dist, 93);
+        return fired;
+    });
+}
+
+// Without a restriction alpha says whether the step is free, 1, or memory was short.
+TEST(Restriction, HoldsTheStepWhenMemoryIsShort)
+{
+    const double half[] = {1, 0.5}, start = 0, step = 1;  // x <= 0.5
+    const std::shared_ptr<restriction> limit(restriction_new(1, 0, nullptr, 1, half), restriction_kill);
+    each_allocation(2, [&](const auto &fire) {
+        Reports reports;
+        double alpha = 2;
+        fire();
+        const bool stopped = made(restriction_new_check(limit.get(), nullptr, &start, &step, &alpha), restriction_kill);
+        const bool fired = disarm() > 0;
+        EXPECT_EQ(stopped, !fired);
+        EXPECT_EQ(alpha, fired ? 0 : 0.5);
+        EXPECT_EQ(reports.take(), fired ? lines{"restriction_new: malloc failed"} : lines{});
         return fired;
     });
 }
