@@ -100,48 +100,53 @@ private:
             reduce_by_tables(samples, h);
     }
 
+    // Numbers of all samples in lanes of 16 bits, in the order of the high-pass, from their low and high bytes.
+    struct wide_numbers {
+        vector half[2];
+    };
+    static wide_numbers zip(vector low, vector high) noexcept
+    {
+        return {{Isa::zip_low8(low, high), Isa::zip_high8(low, high)}};
+    }
+
     // The products of factors * 32 and h * 8, which both fit, lose 16 bits.
     void reduce_by_rows(vector samples, vector (&h)[2]) const noexcept
     {
+        constexpr int unit = 1 << fusm_factor_shift;
+        constexpr int spare_bits = 8 - fusm_factor_shift;
         const vector row = Isa::mask8(Isa::shift_right_u16(samples, 4), 15);
-        const vector column = Isa::mask8(samples, 15);
         const auto of_row = [row](const std::uint8_t *numbers) noexcept {
             return Isa::shuffle8(Isa::repeat(numbers), row);
         };
-        const vector start[2] = {of_row(rows_->start[0]), of_row(rows_->start[1])};
-        const vector slope[2] = {of_row(rows_->slope[0]), of_row(rows_->slope[1])};
-        const vector offset = of_row(rows_->offset);
-        vector repair[2] = {Isa::zero(), Isa::zero()};
+        const wide_numbers start = zip(of_row(rows_->start[0]), of_row(rows_->start[1]));
+        const wide_numbers slope = zip(of_row(rows_->slope[0]), of_row(rows_->slope[1]));
+        const wide_numbers offset = zip(of_row(rows_->offset), Isa::zero());
+        const wide_numbers column = zip(Isa::mask8(samples, 15), Isa::zero());
+        vector changes[2] = {Isa::zero(), Isa::zero()};
         for (int r = 0; r < rows_->repairs; ++r) {
+            // Samples of other rows are moved to 128 and above, where a shuffle gives 0.
             const vector entry = Isa::add_saturated_u8(Isa::subtract8(samples, Isa::all8(rows_->repaired[r])),
                                                        Isa::all8(128 - fusm_row));
             for (int byte = 0; byte < 2; ++byte)
-                repair[byte] ^= Isa::shuffle8(Isa::repeat(rows_->repair[r][byte]), entry);
+                changes[byte] ^= Isa::shuffle8(Isa::repeat(rows_->repair[r][byte]), entry);
         }
-        const auto reduced = [](vector high_pass, vector from, vector along, vector by, vector more,
-                                vector change) noexcept {
-            const vector rise = Isa::shift_right_s16(Isa::add16(Isa::multiply_low16(along, by), more), 3);
-            const vector factor = Isa::add16(from, Isa::mask16(rise, 0x10000 - 32)) ^ change;
-            return Isa::multiply_high_s16(Isa::shift_left16(high_pass, 3), factor);
-        };
-        h[0] = reduced(h[0], Isa::zip_low8(start[0], start[1]), Isa::zip_low8(column, Isa::zero()),
-                       Isa::zip_low8(slope[0], slope[1]), Isa::zip_low8(offset, Isa::zero()),
-                       Isa::zip_low8(repair[0], repair[1]));
-        h[1] = reduced(h[1], Isa::zip_high8(start[0], start[1]), Isa::zip_high8(column, Isa::zero()),
-                       Isa::zip_high8(slope[0], slope[1]), Isa::zip_high8(offset, Isa::zero()),
-                       Isa::zip_high8(repair[0], repair[1]));
+        const wide_numbers change = zip(changes[0], changes[1]);
+        for (int i = 0; i < 2; ++i) {
+            const vector on_line = Isa::add16(Isa::multiply_low16(column.half[i], slope.half[i]), offset.half[i]);
+            const vector rise = Isa::mask16(Isa::shift_right_s16(on_line, spare_bits), 0x10000 - unit);
+            const vector factor = Isa::add16(start.half[i], rise) ^ change.half[i];
+            h[i] = Isa::multiply_high_s16(Isa::shift_left16(h[i], spare_bits), factor);
+        }
     }
 
     void reduce_by_tables(vector samples, vector (&h)[2]) const noexcept
     {
-        const vector low = low_.look_up(samples);
-        const vector high = high_.look_up(samples);
-        const vector factors[2] = {Isa::zip_low8(low, high), Isa::zip_high8(low, high)};
-        for (int half = 0; half < 2; ++half) {
-            const vector product_low = Isa::multiply_low16(factors[half], h[half]);
-            const vector product_high = Isa::multiply_high_s16(factors[half], h[half]);
-            h[half] = Isa::narrow_to_s16(Isa::shift_right_s32(Isa::zip_low16(product_low, product_high), 8),
-                                         Isa::shift_right_s32(Isa::zip_high16(product_low, product_high), 8));
+        const wide_numbers factors = zip(low_.look_up(samples), high_.look_up(samples));
+        for (int i = 0; i < 2; ++i) {
+            const vector product_low = Isa::multiply_low16(factors.half[i], h[i]);
+            const vector product_high = Isa::multiply_high_s16(factors.half[i], h[i]);
+            h[i] = Isa::narrow_to_s16(Isa::shift_right_s32(Isa::zip_low16(product_low, product_high), 8),
+                                      Isa::shift_right_s32(Isa::zip_high16(product_low, product_high), 8));
         }
     }
 
@@ -258,7 +263,7 @@ fusm_loops<typename Kernel::sample> fusm_loops_of() noexcept
 {
     using lanes = typename Kernel::sums_lanes;
     // Vectors of 64 bytes, most of whose loads cross lines of the cache, are faster with fewer of them.
-    if constexpr (Radius == 2 && Kernel::sums_lanes::isa::size < 64)
+    if constexpr (Radius == 2 && lanes::isa::size < 64)
         return {fusm_sharpen_stretch<fusm_column_sums<lanes>, Kernel>,
                 fusm_sharpen_stretch<fusm_column_sums<lanes>, Kernel>, Kernel::lanes};
     else
@@ -287,8 +292,7 @@ std::ptrdiff_t fusm_pieces(const fusm_loops<Sample> &loops, const fusm_curve &cu
     Sample samples[fusm_stage] = {};
     Sample limits[fusm_stage] = {};
     Sample results[fusm_stage];
-    const std::ptrdiff_t distance =
-        line.distance;  // the step of the rows as well: what lies side by side needs no pieces
+    const std::ptrdiff_t distance = line.distance;  // the step of the rows too: components side by side come whole
     const std::ptrdiff_t pixels = (fusm_stage - 1) / distance + 1;
     fusm_stretch<Sample> piece{{}, samples, line.limits != nullptr ? limits : nullptr, results, distance, 0};
     while (first < end) {
