@@ -114,7 +114,8 @@ public:
         at_[window::count] = at_[0];
     }
 
-    // Makes the vectors of samples from `first` to the one that it returns ready, which is not after `last`.
+    // Called before high_pass, for vectors that begin at samples from `first` to `last`. Returns up to which high_pass
+    // may now be called; the rest needs a further call.
     static std::ptrdiff_t prepare(std::ptrdiff_t /*first*/, std::ptrdiff_t last) noexcept { return last; }
 
     // Sums of the samples from i on, the lower and the higher ones of every 16 bytes.
@@ -222,6 +223,7 @@ public:
             rows_[row] = s.rows[row];
     }
 
+    // Writes down the columns of a block, from two distances before its first sample to two after its last one.
     std::ptrdiff_t prepare(std::ptrdiff_t first, std::ptrdiff_t last) noexcept
     {
         const std::ptrdiff_t end = last - first < block - 2 * half ? last : first + block - 2 * half;
@@ -268,6 +270,7 @@ private:
     const sample *rows_[5];
     std::ptrdiff_t distance_;
     std::ptrdiff_t begin_ = 0;  // the column in p_[0] and q_[0]
+    // The samples of a block, and two distances at either end.
     typename Lanes::sum p_[block + 4 * fusm_widest_step];
     typename Lanes::sum q_[block + 4 * fusm_widest_step];
 };
