@@ -1,8 +1,8 @@
 // fusm/tables - the numbers by which a component is sharpened (image)
 //
-// Corrections and level factors are tables of V + 1 entries. For the kernels with vectors there are two more forms:
-// bytes have tables of 256 entries, with corrections cut to 255, which no result shows; and a table without coring is
-// mostly one multiplication, as are level factors of bytes when they lie on a line:
+// Corrections and level factors are tables of V + 1 entries. For the kernels with vectors there are more forms. Bytes
+// have tables of 256 entries, with corrections cut to 255, which no result shows. Level factors of bytes are a line for
+// each row of 16 samples, but for a few rows with bends. And corrections without coring are mostly one multiplication:
 //
 //     table[d] = d * multiplier >> shift      for all d, or the table is used
 //
@@ -75,9 +75,9 @@ void fill_table(uint16_t *table, int top, double g, double noise)
 }
 
 // The form of the table that is one multiplication by a number of so many bits, for samples up to `largest`. There is
-// none for magnitudes of more than 16 bits: their products would not fit. Every entry from `first` on, at least 1,
-// narrows the multipliers to those between low and high; a correction that reaches `largest` has no upper bound,
-// because it is cut.
+// none for magnitudes of more than 16 bits: their products would not fit. Every entry from `first` on narrows the
+// multipliers to those between low and high; a correction that reaches `largest` has no upper bound, because it is cut.
+// Entry 0 is 0 with any multiplier, so that `first` is at least 1; it may be after `last`, and all multipliers fit.
 fusm_ramp find_ramp(const uint16_t *table, int first, int last, double g, int bits, int largest)
 {
     // Gains from 1 on take some of the bits. From 128 on products would leave the lanes of a vector.
@@ -100,19 +100,20 @@ fusm_ramp find_ramp(const uint16_t *table, int first, int last, double g, int bi
 // The ramp of bytes that leaves the least number of rows to repairs.
 void find_byte_ramp(fusm_curve &curve, double g)
 {
-    const int last = std::min(curve.last, UINT8_MAX);
+    const int last = std::min(curve.last, UINT8_MAX);  // bytes with longer tables go to the definition
     int rows = 0;
     do
         curve.byte_ramp = find_ramp(curve.table, std::max(rows * fusm_row, 1), last, g, 16, UINT8_MAX);
     while (!curve.byte_ramp.fits && ++rows <= fusm_most_repairs);
     curve.byte_repairs = curve.byte_ramp.fits ? rows : 0;
-    // From the end: each row takes back those after it.
+    // From the end: each row takes back those after it. The ramp is below 255 here: it is as flat as later entries, of
+    // at most 255, allow.
     uint8_t after[fusm_row] = {};
     for (int d = curve.byte_repairs * fusm_row - 1; d >= 0; --d) {
-        const uint32_t ramp = static_cast<uint32_t>(std::min(d, last)) * curve.byte_ramp.multiplier;
-        const uint32_t wrong = std::min<uint32_t>(ramp >> curve.byte_ramp.shift, UINT8_MAX) ^ curve.bytes[d];
+        const uint32_t ramp = static_cast<uint32_t>(d) * curve.byte_ramp.multiplier >> curve.byte_ramp.shift;
+        const auto wrong = static_cast<uint8_t>(ramp ^ curve.bytes[d]);
         curve.repairs[d] = static_cast<uint8_t>(wrong ^ after[d % fusm_row]);
-        after[d % fusm_row] = static_cast<uint8_t>(wrong);
+        after[d % fusm_row] = wrong;
     }
 }
 
