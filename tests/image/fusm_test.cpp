@@ -181,7 +181,7 @@ void expect_as_modelled(Job j, Generator &random)
 Job random_job(Generator &random, int largest, int lanes)
 {
     const auto one_of = [&](const auto &values) { return values[random.below(static_cast<int>(std::size(values)))]; };
-    const int tops[] = {largest, largest, largest, largest / 2, 255, 100, 1, 0, largest + 40};
+    const int tops[] = {largest, largest, largest, largest / 2, 255, 100, 1, 0, largest + 1};
     const double strengths[] = {1, 0.3, 3, 2.7, 1.5, -1, 0, 40, 700, NAN},
                  noises[] = {0, 0, 0, 0.004, 0.02, 0.3, 0.5, 0.55, 1, -0.5, NAN};
     const double factors[] = {1, 0.5, 0, -0.7, 3, 7.9, -40, 200};
@@ -214,8 +214,8 @@ Job random_job(Generator &random, int largest, int lanes)
     j.list.resize(4);
     std::generate(j.list.begin(), j.list.end(), [&] { return random.below(j.C); });
     j.height = line ? 5 + random.below(4) : 1 + random.below(8);
-    j.width = random.below(2 * lanes + 6) + (random.below(25) == 0 ? 1000 : 0);
-    const int steps[] = {1, 1, j.K, j.K, j.K + 1, 2, 5, -1, -3, 0, 11};
+    j.width = random.below(2 * lanes + 6) + (random.below(25) == 0 ? 1024 : 0);
+    const int steps[] = {1, 1, j.K, j.K, j.K + 1, 2, 5, 10, -1, -3, 0, 11};
     j.in_step = one_of(steps);
     j.out_step = random.below(2) == 0 ? j.in_step : one_of(steps);
     j.limit_step = random.below(2) == 0 ? 1 : one_of(steps);
@@ -260,6 +260,14 @@ TEST(FusmDo, SharpensAsTheRuleInFloatingPointAtEveryLevel)
             for (int i = 0; i < 300 && !testing::Test::HasFailure(); ++i) {
                 expect_as_modelled<Byte>(random_job(random, 255, 64), random);
                 expect_as_modelled<Word>(random_job(random, i % 8 == 0 ? 65535 : 1023, 32), random);
+            }
+            // Nearly one multiplication, the least factor of too many bits, a bend; whole blocks, steps 9 to 11.
+            for (const auto &[radius, noise, first, last] :
+                 {std::tuple{0, 0.01, 1.0, 1.0}, {1, 0.0716, 1, 1}, {1, 0, 4, 4}, {2, 0, 1.1, 3}}) {
+                Job j{.radius = radius, .noise = {noise}, .levels = {0, 0.3, 1}, .factors = {first, last, first}};
+                j.width = 999, j.in_step = 10;
+                expect_as_modelled<Byte>(j, random);
+                j.top = 65536, j.in_step = 9 + radius, expect_as_modelled<Word>(j, random);
             }
             teska::gather_limit(before);
         }
