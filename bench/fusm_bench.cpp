@@ -169,9 +169,11 @@ int main(int argc, char **argv)
 {
     cv::setNumThreads(1);
     cv::ocl::setUseOpenCL(false);
+    // "Any table" has coring, which no single multiplication gives. Bytes need more noise for that: at this strength
+    // the table of 0.05 is, rounded down, the one without coring.
     for (const Settings &s : {Settings{"8 bits, radius 1, no coring", CV_8U, 1, 1, 0, false},
-                              {"8 bits, radius 1, any table", CV_8U, 1, 1, 0.05, false},
-                              {"8 bits, radius 1, any table, levels", CV_8U, 1, 1, 0.05, true},
+                              {"8 bits, radius 1, any table", CV_8U, 1, 1, 0.2, false},
+                              {"8 bits, radius 1, any table, levels", CV_8U, 1, 1, 0.2, true},
                               {"8 bits, radius 1, 3 interleaved", CV_8U, 3, 1, 0, false},
                               {"8 bits, radius 0, no coring", CV_8U, 1, 0, 0, false},
                               {"8 bits, radius 2, no coring", CV_8U, 1, 2, 0, false},
