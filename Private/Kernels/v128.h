@@ -92,7 +92,8 @@ struct v128 : integer_lanes<v128_register> {
     static vector zip_high32(vector a, vector b) noexcept { return _mm_unpackhi_epi32(a, b); }
     static vector zip_low64(vector a, vector b) noexcept { return _mm_unpacklo_epi64(a, b); }
     static vector zip_high64(vector a, vector b) noexcept { return _mm_unpackhi_epi64(a, b); }
-    // Of lanes that were widened in order, a before b: what zips with zero give.
+    // a and b hold the lanes of one vector, widened in order: brought to the places where zips of that vector with zero
+    // have them.
     static vector zip_order_low(vector a, vector /*b*/) noexcept { return a; }
     static vector zip_order_high(vector /*a*/, vector b) noexcept { return b; }
     // Lanes of 64 bits: the even ones, then the odd ones.
