@@ -30,8 +30,10 @@ namespace
 // Where corrections of bytes come from.
 enum class fusm_source { table, ramp, repaired_ramp };
 
-// With a ramp, level factors lie in rows.
-template <class Isa, fusm_source Source, bool Levels>
+// Where level factors of bytes come from, if there are any.
+enum class fusm_levels { none, rows, tables };
+
+template <class Isa, fusm_source Source, fusm_levels Levels>
 class fusm_byte_kernel
 {
     using vector = typename Isa::vector;
@@ -42,12 +44,12 @@ public:
     using sums_lanes = fusm_byte_lanes<Isa>;
 
     explicit fusm_byte_kernel(const fusm_curve &curve) noexcept
-        : rows_(by_rows && curve.factor_rows.fits ? &curve.factor_rows : nullptr), repairs_(curve.byte_repairs),
-          repair_rows_(curve.repairs), shift_(16 - curve.byte_ramp.shift),
-          multiplier_(Isa::all16(static_cast<int>(curve.byte_ramp.multiplier))), last_(Isa::all16(curve.last)),
-          top_(Isa::all8(curve.top)), corrections_(curve.bytes, Source == fusm_source::table),
-          low_(curve.factor_bytes[0], Levels && rows_ == nullptr),
-          high_(curve.factor_bytes[1], Levels && rows_ == nullptr)
+        : rows_(&curve.factor_rows), repairs_(curve.byte_repairs), repair_rows_(curve.repairs),
+          shift_(16 - curve.byte_ramp.shift), multiplier_(Isa::all16(static_cast<int>(curve.byte_ramp.multiplier))),
+          last_(Isa::all16(curve.last)), top_(Isa::all8(curve.top)),
+          corrections_(curve.bytes, Source == fusm_source::table),
+          low_(curve.factor_bytes[0], Levels == fusm_levels::tables),
+          high_(curve.factor_bytes[1], Levels == fusm_levels::tables)
     {
     }
 
@@ -59,8 +61,10 @@ public:
         const vector samples = Isa::load(s.samples + i);
         vector h[2];
         sums.high_pass(i, h);
-        if constexpr (Levels)
-            reduce(samples, h);
+        if constexpr (Levels == fusm_levels::rows)
+            reduce_by_rows(samples, h);
+        else if constexpr (Levels == fusm_levels::tables)
+            reduce_by_tables(samples, h);
         const vector sign = Isa::narrow_to_s8(h[0], h[1]);
         for (vector &half : h)
             half = Isa::min_u16(Isa::abs16(half), last_);
@@ -72,9 +76,6 @@ public:
     }
 
 private:
-    // Vectors of 64 bytes read tables by two permutations each, which takes less.
-    static constexpr bool by_rows = Isa::size < 64;
-
     vector on_ramp(const vector (&magnitudes)[2]) const noexcept
     {
         vector corrections[2];
@@ -90,14 +91,6 @@ private:
                                             Isa::add_saturated_u8(bytes, Isa::all8(128 - fusm_row * (row + 1))));
         }
         return correction;
-    }
-
-    void reduce(vector samples, vector (&h)[2]) const noexcept
-    {
-        if (by_rows && (Source != fusm_source::table || rows_ != nullptr))
-            reduce_by_rows(samples, h);
-        else
-            reduce_by_tables(samples, h);
     }
 
     // Numbers of all samples in lanes of 16 bits, in the order of the high-pass, from their low and high bytes.
@@ -340,18 +333,29 @@ void fusm_sharpen(const fusm_loops<Sample> &loops, const fusm_curve &curve, cons
     fusm_pixels(Radius, curve, line, done, line.width);
 }
 
-// Each way to corrections has loops of its own, with level factors and without: choices within a loop, and what they
-// keep in registers, would cost up to a third.
-template <class Isa, int Radius, bool Levels>
-fusm_loops<std::uint8_t> fusm_byte_loops(const fusm_curve &curve) noexcept
+// Each way to corrections and to level factors has loops of its own: choices within a loop, and what they keep in
+// registers, would cost up to a third. Vectors of 64 bytes read a table by two permutations, which takes less than
+// anything else.
+template <class Isa, int Radius, fusm_levels Levels>
+fusm_loops<std::uint8_t> fusm_leveled_loops(const fusm_curve &curve) noexcept
 {
-    // Vectors of 64 bytes read a table by two permutations.
     if constexpr (Isa::size < 64)
-        if (curve.byte_ramp.fits && (!Levels || curve.factor_rows.fits))
+        if (curve.byte_ramp.fits)
             return curve.byte_repairs == 0
                        ? fusm_loops_of<fusm_byte_kernel<Isa, fusm_source::ramp, Levels>, Radius>()
                        : fusm_loops_of<fusm_byte_kernel<Isa, fusm_source::repaired_ramp, Levels>, Radius>();
     return fusm_loops_of<fusm_byte_kernel<Isa, fusm_source::table, Levels>, Radius>();
+}
+
+template <class Isa, int Radius>
+fusm_loops<std::uint8_t> fusm_byte_loops(const fusm_curve &curve) noexcept
+{
+    if (curve.factors == nullptr)
+        return fusm_leveled_loops<Isa, Radius, fusm_levels::none>(curve);
+    if constexpr (Isa::size < 64)
+        if (curve.factor_rows.fits)
+            return fusm_leveled_loops<Isa, Radius, fusm_levels::rows>(curve);
+    return fusm_leveled_loops<Isa, Radius, fusm_levels::tables>(curve);
 }
 
 template <class Isa, int Radius>
@@ -360,9 +364,7 @@ void fusm_sharpen_bytes(const fusm_curve &curve, const fusm_bytes &line) noexcep
     if (curve.last > 255 || curve.top > 255)
         fusm_pixels(Radius, curve, line, 0, line.width);
     else
-        fusm_sharpen<Radius>(curve.factors != nullptr ? fusm_byte_loops<Isa, Radius, true>(curve)
-                                                      : fusm_byte_loops<Isa, Radius, false>(curve),
-                             curve, line);
+        fusm_sharpen<Radius>(fusm_byte_loops<Isa, Radius>(curve), curve, line);
 }
 
 template <class Isa, int Radius>
