@@ -1,5 +1,6 @@
 // What outlives a call when memory is short: hidden room, the registry, the queue of reports, the place in record text,
-// a lost point, the tree for nearest points, how far a step may go
+// a lost point, the tree for nearest points, how far a step may go, a tiling
+#include "clg.h"
 #include "dynar.h"
 #include "faults/sweep.h"
 #include "list.h"
@@ -205,6 +206,24 @@ TEST(Restriction, HoldsTheStepWhenMemoryIsShort)
         EXPECT_EQ(stopped, !fired);
         EXPECT_EQ(alpha, fired ? 0 : 0.5);
         EXPECT_EQ(reports.take(), fired ? lines{"restriction_new: malloc failed"} : lines{});
+        return fired;
+    });
+}
+
+TEST(Clg, IsBuiltWholeOrNotAtAllWhenMemoryIsShort)
+{
+    each_allocation(8, [](const auto &fire) {
+        Reports reports;
+        const std::shared_ptr<clg> cube(clg_new(3, 3, 0, 1), clg_kill);
+        for (int i = 0; i < 8; ++i) {
+            const double corner[] = {i % 2 * 1.0, i / 2 % 2 * 1.0, i / 4 * 1.0};
+            clg_add(cube.get(), corner, corner);
+        }
+        fire();
+        const int built = clg_build(cube.get());
+        const bool fired = disarm() > 0;
+        EXPECT_EQ(built, fired ? -1 : 0);
+        EXPECT_EQ(clg_num_cells(cube.get()), fired ? 0 : 6);
         return fired;
     });
 }
