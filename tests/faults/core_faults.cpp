@@ -197,23 +197,24 @@ TEST(Restriction, HoldsTheStepWhenMemoryIsShort)
 {
     const double half[] = {1, 0.5}, start = 0, step = 1;  // x <= 0.5
     const std::shared_ptr<restriction> limit(restriction_new(1, 0, nullptr, 1, half), restriction_kill);
+    Reports reports;
     each_allocation(2, [&](const auto &fire) {
-        Reports reports;
         double alpha = 2;
         fire();
         const bool stopped = made(restriction_new_check(limit.get(), nullptr, &start, &step, &alpha), restriction_kill);
         const bool fired = disarm() > 0;
         EXPECT_EQ(stopped, !fired);
         EXPECT_EQ(alpha, fired ? 0 : 0.5);
-        EXPECT_EQ(reports.take(), fired ? lines{"restriction_new: malloc failed"} : lines{});
         return fired;
     });
+    const lines all = reports.take();
+    EXPECT_EQ(std::set(all.begin(), all.end()), std::set<std::string>{"restriction_new: malloc failed"});
 }
 
 TEST(Clg, IsBuiltWholeOrNotAtAllWhenMemoryIsShort)
 {
+    const Reports quiet;
     each_allocation(8, [](const auto &fire) {
-        Reports reports;
         const std::shared_ptr<clg> cube(clg_new(3, 3, 0, 1), clg_kill);
         for (int i = 0; i < 8; ++i) {
             const double corner[] = {i % 2 * 1.0, i / 2 % 2 * 1.0, i / 4 * 1.0};
