@@ -120,7 +120,7 @@ int streambufExt::mode_bits(std::ios_base::openmode open_mode)
                 {ios_base::out, out},
                 {ios_base::ate, ate},
                 {ios_base::app, app},
-                {ios_base::trunc, mode_bit::trunc},
+                {ios_base::trunc, mode_bit::trunc},  // <cmath> has the name, too
                 {ios_base::binary, binary}};
     int sum = 0;
     for (const auto &bit : bits)

@@ -454,6 +454,7 @@ TEST(PolyBezierFit, FindsTheCornersAndRoundsTheJoint)
     }
     for (const bool closed : {false, true})
         EXPECT_EQ(poly_bezier_num(square.fit(0.01, 45, closed)), 4);
+    EXPECT_NEAR(poly_bezier_area(square.fit(0.01, 45, true)), 1, 1e-9);
     const Chain smooth = square.fit(0.01, 180, true);
     EXPECT_EQ(poly_bezier_closed(smooth), 1);
     EXPECT_LT(turn(smooth, 99, 0), 1e-9);

@@ -8,7 +8,6 @@
 #include "tquadtree.h"
 #include "ttriangulartopsurface.h"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
