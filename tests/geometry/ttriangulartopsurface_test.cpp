@@ -55,18 +55,20 @@ TEST(DetermineNormCoord, PenalisesByTheDistanceAndNotForTheHeight)
     const device of = lab_display(0.01);
     Surface top(of);
     const auto [phi, teta, height] = top.edge_at(0.2);
-    double norm[12], penalty[4];
+    double norm[18], penalty[6];
     const double radius = 50.0 * std::tan(teta * 1.3);
     const double beyond[3] = {50.0, radius * std::cos(phi), radius * std::sin(phi)};
     ASSERT_EQ(top.DetermineNormCoord(beyond, norm, penalty, 1), 0);
     EXPECT_NEAR(penalty[0], -0.3, 1e-6);
     EXPECT_EQ(norm[0], 1.0);
-    const double apart[] = {500.0, 0.0, 0.0, 40.0, 0.0, 0.0, -5.0, 0.1, 0.0, 0.0, 0.0, 0.0};
-    ASSERT_EQ(top.DetermineNormCoord(apart, norm, penalty, 4), 0);
+    const double apart[] = {500, 0, 0, 40, 0, 0, -5, 0.1, 0, 0, 0, 0, 1e-200, 5, 0, 1e-310, 5, 0};
+    ASSERT_EQ(top.DetermineNormCoord(apart, norm, penalty, 6), 0);
     EXPECT_EQ((std::array{norm[1], norm[2], norm[3], norm[11]}), (std::array{0.0, 1.0, 0.0, 0.0}));
     EXPECT_DOUBLE_EQ(norm[5], 40.0 / top.VTMax);
     EXPECT_EQ((std::array{penalty[0], penalty[1]}), (std::array{0.0, 0.0}));
     EXPECT_LT(penalty[2], -0.5);
+    EXPECT_DOUBLE_EQ(norm[14], norm[17]) << "nearly black: the tangent passes all numbers";
+    EXPECT_TRUE(norm[17] > 0.0 && norm[17] < 1.0) << norm[17];
 }
 
 // The whole circle, where a part crosses its start; then presets of a derived class: range 1 .. 3 and beyond.

@@ -149,7 +149,7 @@ int TTriangularTopSurface::DetermineNormCoord(double const *xyz, double *norm, d
         }
         // Kept: the height belongs to the colour's own angle, whatever becomes of tetar.
         const double tangent = vertical > 0.0 ? radius / vertical : std::tan(teta);
-        const double vtr = vertical / height_at_tangent(tangent, edge, VTMax);
+        const double vtr = share_of_line(vertical, radius, tangent, edge, VTMax);
         norm[0] = tetar;
         norm[1] = phir;
         norm[2] = vtr > 1.0 ? 1.0 : vtr;

@@ -33,6 +33,17 @@ inline double height_at(double teta, edge_point edge, double apex)
     return height_at_tangent(std::tan(teta), edge, apex);
 }
 
+// A colour's height by that of the line at its angle, tangent = radius / vertical. A colour that is nearly black has a
+// tangent beyond all numbers: its share then follows from where it is below the line, height = apex - fall * radius.
+inline double share_of_line(double vertical, double radius, double tangent, edge_point edge, double apex)
+{
+    const double height = height_at_tangent(tangent, edge, apex);
+    if (std::abs(height) > 0.0 || std::isnan(tangent))
+        return vertical / height;
+    const double fall = (apex - edge.height) / (std::tan(edge.tetamax) * edge.height);
+    return (fall > 0.0 ? vertical + radius * fall : vertical) / apex;
+}
+
 // The two curves of an edge laid out for a run of colours: both are evaluated at the knots that a hue's cell leads to,
 // with the bits of lin_interp_double_inextp.
 class edge_curve
