@@ -30,7 +30,7 @@ const HostileRows rows({
     row<mat_solve_set>(kept, out(3)),
     row<rdither_new>(one_of(0, 1, 255, 65535, 65536, -1), one_of(0, 1, 15, 254, 65534, -1)),
     row<rdither_val>(live, usual, usual, one_of(0, 1, 128, 255)),
-    row<restriction_new>(about(1, 3), one_of(0, 1, 2, -1), in(8), one_of(0, 1, 2, -1), in(8)),
+    row<restriction_new>(about(1, 3), one_of(0, 1, 2, -1), in(10), one_of(0, 1, 2, -1), in(10)),
     row<restriction_get_num_of_var>(or_null(live)),
     row<restriction_new_check>(live, or_null(live), in(3), in(3), out(1)),
     by<restriction_get_back>([](Draw &draw) {
