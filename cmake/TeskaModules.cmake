@@ -42,6 +42,7 @@ function(teska_subsystem key title)
   source_group("${title}" FILES ${sources} ${headers})
   set_property(GLOBAL APPEND PROPERTY TESKA_SUBSYSTEMS ${key})
   set_property(GLOBAL PROPERTY TESKA_MODULES_${key} ${ARGN})
+  set_property(GLOBAL PROPERTY TESKA_SOURCES_${key} ${sources})
   set_property(GLOBAL APPEND PROPERTY TESKA_SOURCES ${sources})
 endfunction()
 

@@ -120,8 +120,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     TTriangularTopSurface copy(top);
     expect(copy.ErrNo() == error && copy.GetNrDifferentPrimCombs() == top.GetNrDifferentPrimCombs());
     if (error == 0) {
-        expect_conversions(top, device);
         expect_parts(copy, device.colorants);
+        if (fuzz::in_bulk && size % 2 != 0)  // the edge takes most of the time
+            return 0;
+        expect_conversions(top, device);
         double angle = 0, height = 0;
         for (const double hue : {0.0, input.number()})
             if (top.UmbrellaEdge(hue, &angle, &height) == 0)
