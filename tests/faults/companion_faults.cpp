@@ -1,6 +1,5 @@
 // Lock files with a host that fails, and a host that refuses to open
 #include "support/child.h"
-#include "support/folder.h"
 #include "support/test.h"
 
 #include "faults/sweep.h"

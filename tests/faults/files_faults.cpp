@@ -1,5 +1,4 @@
 // Streams, lock files, digests and serial lines: allocations, and calls of the host that refuse, break off or are cut
-#include "support/folder.h"
 #include "support/test.h"
 
 #include "faults/sweep.h"

@@ -121,6 +121,7 @@ public:
     void call(Call made, Received received)
     {
         for (bool again = true; again;) {
+            has_given = false;
             if (observer != nullptr)
                 observer->before();
             made();
@@ -133,6 +134,7 @@ public:
 
     static inline Observer *observer = nullptr;
     bool in_folder = false;  // that of hostile_path
+    bool has_given = false;  // the call, an object
     std::vector<Lent> lent;
     std::vector<std::string_view> arrays;  // their bytes
 
@@ -473,7 +475,11 @@ template <class Call, class... Given>
 void calling(Draw &draw, Call call, Given... given)
 {
     decltype(call()) result{};
-    draw.call([&] { result = call(); }, [&] { return (same(result, given) || ...) ? 0 : receive(result); });
+    const auto received = [&] {
+        draw.has_given = Known<std::remove_pointer_t<decltype(result)>> && result != decltype(result){};
+        return (same(result, given) || ...) ? 0 : receive(result);
+    };
+    draw.call([&] { result = call(); }, received);
 }
 
 // Calls a function with one argument of each; the braces draw them in order.
