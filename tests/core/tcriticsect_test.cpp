@@ -1,12 +1,10 @@
 #include "tcriticsect.h"
 
-#include "support/folder.h"
 #include "support/test.h"
 
 #include "teska_time.h"
 
 #include <stdexcept>
-#include <thread>
 
 using teska_test::Folder;
 

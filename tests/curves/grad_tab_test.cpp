@@ -1,6 +1,5 @@
 #include "grad_tab.h"
 
-#include "support/folder.h"
 #include "support/test.h"
 
 namespace

@@ -2,7 +2,6 @@
 // page, or says in one line what it cannot use. What the jobs check themselves ends the program.
 
 #include "support/failure.h"
-#include "support/folder.h"
 #include "support/png_file.h"
 #include "support/test.h"
 

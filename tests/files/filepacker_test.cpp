@@ -1,6 +1,5 @@
 #include "filepacker.h"
 
-#include "support/folder.h"
 #include "support/test.h"
 
 #include <new>

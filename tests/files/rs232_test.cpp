@@ -6,7 +6,6 @@
 #include "support/test.h"
 
 #include <chrono>
-#include <thread>
 
 #ifdef _WIN32
 #    include <windows.h>

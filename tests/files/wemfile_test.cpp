@@ -1,6 +1,5 @@
 #include "wemfile.h"
 
-#include "support/folder.h"
 #include "support/test.h"
 
 #include <wem.h>

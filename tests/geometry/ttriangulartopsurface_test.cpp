@@ -1,13 +1,11 @@
 #include "ttriangulartopsurface.h"
 
-#include "support/folder.h"
 #include "support/test.h"
 
 #include "geometry/top_surface.h"
 
 #include <atomic>
 #include <iomanip>
-#include <thread>
 
 using namespace examples;
 using namespace teska_test;

@@ -1,6 +1,5 @@
 #include "volume_export.h"
 
-#include "support/folder.h"
 #include "support/test.h"
 
 #include <cstdio>

@@ -4,6 +4,7 @@
 #define TESKA_TESTS_TEST_H
 
 #include "Support/memory.h"
+#include "support/folder.h"
 #include "support/generator.h"
 #include "support/reports.h"
 
@@ -31,6 +32,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>

@@ -1,6 +1,5 @@
 #include "file_double.h"
 
-#include "support/folder.h"
 #include "support/test.h"
 
 using teska_test::lines, teska_test::Reports;

@@ -1,7 +1,6 @@
 // lopra - UTF-8 file calls, through the library's face
 #include "lopra.h"
 
-#include "support/folder.h"
 #include "support/test.h"
 
 #include <ctime>
