@@ -9,7 +9,6 @@
 #include "support/test.h"
 
 #include "error_mess.h"
-
 #include "faults/sweep.h"
 #include "hostile/hostile.h"
 
