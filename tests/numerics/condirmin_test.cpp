@@ -43,6 +43,11 @@ Outcome search(condirmin_function f, Values start, double ftol)
 
 double constant(void *, void *, const double *) { return 5; }
 double slope(void *, void *, const double *x) { return x[0]; }
+// The parabola through the first three points leads to one as low as the second.
+double pits(void *, void *, const double *x)
+{
+    return std::fabs(x[0] - 2.62) < 0.05 ? 0 : std::fabs(x[0] - 1.92) < 0.05 || std::fabs(x[0] - 1) < 0.05 ? 1 : 9;
+}
 template <int sign>
 double not_a_number(void *evaluations, void *, const double *)
 {
@@ -80,6 +85,7 @@ TEST_F(Condirmin, EndsWithoutAMinimumToo)
         {not_a_number<1>, {0}, 0, 0, 6600, {"condirmin: maxiter"}},
         {not_a_number<-1>, {0}, 0, 0, 6600, {"condirmin: maxiter"}},
         {constant, {}, 1, 5, 0, {}},
+        {pits, {0}, 1, 0, 0, {}},
     };
     for (const auto &[f, start, result, least, evaluations, reported] : rows) {
         const Outcome o = search(f, start, 1e-8);
