@@ -43,7 +43,7 @@ void divided(Draw &draw, T *curve)
     T *halves[2] = {};
     const double at = draw.chance(2) ? draw.number() : draw.random.unit();
     draw.call([&] { divide(curve, at, &halves[0], &halves[1]); },
-              [&] { return receive(halves[0]) + 3 * receive(halves[1]); });
+              [&] { return receive(draw, halves[0]) + 3 * receive(draw, halves[1]); });
 }
 
 // A chain of three segments from where another one ends.
@@ -85,7 +85,8 @@ const HostileRows rows({
         bezier *b = lend<bezier>(draw, true);
         const double bound = drawable_bound(draw, b);
         dynar *points = nullptr;
-        draw.call([&] { bezier_vector(b, bound, &points); }, [&] { return receive(std::exchange(points, nullptr)); });
+        draw.call([&] { bezier_vector(b, bound, &points); },
+                  [&] { return receive(draw, std::exchange(points, nullptr)); });
     }),
     row<func_new>(one_of(0, 1, 10, -1, INT_MIN), one_of(8), one_of(8, 1, 65535), orders()),
     row<func_insert>(live, in<double>(1), in<double>(1)),

@@ -29,7 +29,7 @@ constexpr From of_four{[]<class T>(Draw &draw, T **) -> T * {
         table = md_tetrab_new(inputs, outputs, 3);
     else
         table = md_tetrad_new(inputs, outputs, 3, draw.number(), draw.number());
-    draw.later([table] { receive(table); });
+    draw.later([&draw, table] { receive(draw, table); });
     return table;
 }};
 
@@ -92,7 +92,7 @@ const HostileRows rows({
         const tetra_volume *const v = draw.chance(6) ? nullptr : lend<tetra_volume>(draw, true);
         list_rec *points = nullptr;
         draw.call([&] { tetra_volume_get_border_points(v, nullptr, &points); },
-                  [&] { return receive(std::exchange(points, nullptr)); });
+                  [&] { return receive(draw, std::exchange(points, nullptr)); });
     }),
     row<tetra_volume_nearest>(no_volume(), point(), nearest(), distance(), or_null(out(1)), or_null(out(3))),
     by<tetra_volume_view>([](Draw &draw) {

@@ -150,6 +150,7 @@ void quiet()
     wem_set_typefl(nobody);
     wem_set_errexit(nobody);
     error_set(0);
+    teska_warn_level(INT_MAX);
     error_set_handler([](void *, const char *) {}, nullptr, nullptr);
 }
 

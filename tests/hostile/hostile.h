@@ -447,7 +447,7 @@ struct HostileRow {
 
 // What a call gave: an object is asked and freed. Returns what tells it from another, but for addresses.
 template <class Result>
-std::uint64_t receive(Result result)
+std::uint64_t receive(Draw &draw, Result result)
 {
     Digest digest;
     if constexpr (std::is_arithmetic_v<Result>)
@@ -456,6 +456,7 @@ std::uint64_t receive(Result result)
         digest.put(result == nullptr);
     if constexpr (Known<std::remove_pointer_t<Result>>)
         if (result != nullptr) {
+            draw.has_given = true;
             digest.put(Kind<std::remove_pointer_t<Result>>::answers(result));
             Kind<std::remove_pointer_t<Result>>::free(result);
         }
@@ -475,11 +476,7 @@ template <class Call, class... Given>
 void calling(Draw &draw, Call call, Given... given)
 {
     decltype(call()) result{};
-    const auto received = [&] {
-        draw.has_given = Known<std::remove_pointer_t<decltype(result)>> && result != decltype(result){};
-        return (same(result, given) || ...) ? 0 : receive(result);
-    };
-    draw.call([&] { result = call(); }, received);
+    draw.call([&] { result = call(); }, [&] { return (same(result, given) || ...) ? 0 : receive(draw, result); });
 }
 
 // Calls a function with one argument of each; the braces draw them in order.
