@@ -150,6 +150,7 @@ struct TConvexHullTest {
             else
                 edge.endpts[0] = edge.endpts[1];
             EXPECT_EQ(hull.CheckEndpts(), 0) << damage;
+            EXPECT_TRUE(damage == 1 || hull.Consistency() == 0) << damage;
             face = whole;
             edge = sound;
             EXPECT_EQ(hull.CheckEndpts(), 1) << damage;

@@ -391,7 +391,7 @@ TEST(TPrimComb, KeptEndsTheWalkOverFurtherColorantsBelowOne)
     ASSERT_EQ(reversed->GetDevCoord(coords, values), 0);
     EXPECT_EQ(values[0], 0.75);
     Reports reports;
-    for (const int refused : {2, 0, 3}) {
+    for (const int refused : {2, 0, 3, -1}) {
         EXPECT_EQ(part->AddFurther(refused), -1);
         EXPECT_EQ(reports.take(), lines{"TPrimCoord: Invalid data"}) << refused;
     }

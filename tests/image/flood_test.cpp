@@ -81,11 +81,17 @@ TEST(FloodDo, FillsRandomRegionsToTheirEnds)
             for (char &pixel : pixels)
                 pixel = random.below(10) < round % 7 ? '#' : '.';
         d.at(0, 0) = '.';
+        // The edges of the plane are walls.
+        const int width = static_cast<int>(row.size()), height = static_cast<int>(d.rows.size());
+        const bool low = round % 2 == 0;
+        Drawing edge{d.rows, low ? INT_MIN : INT_MAX - width + 1, low ? INT_MIN : INT_MAX - height + 1};
+        edge.fill_from(edge.left, edge.top);
         d.fill_from(0, 0);
+        EXPECT_EQ(edge.rows, d.rows);
         calls.add(d.log.data(), d.log.size());
         EXPECT_EQ(d.at(0, 0), 'o');
-        for (int y = 0; y < static_cast<int>(d.rows.size()); ++y)
-            for (int x = 0; x < static_cast<int>(row.size()); ++x)
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
                 for (const char beside : {d.at(x - 1, y), d.at(x + 1, y), d.at(x, y - 1), d.at(x, y + 1)})
                     EXPECT_TRUE(d.at(x, y) != 'o' || beside != '.') << x << ", " << y;
     }

@@ -196,24 +196,12 @@ Job random_job(Generator &random, int largest, int lanes)
     };
     per_component(j.strengths, 1, [&](int) { return one_of(strengths); });
     per_component(j.noise, 1, [&](int) { return one_of(noises); });
-    const bool line = largest == 255 && random.below(3) == 0;
-    const int points = line ? 2 : random.below(3) == 0 ? 2 + random.below(3) : 0;
+    const int points = random.below(3) == 0 ? 2 + random.below(3) : 0;
     per_component(j.levels, points, [&](int p) { return (p + random.unit() / 2) / points; });
     per_component(j.factors, points, [&](int) { return one_of(factors); });
-    if (line) {
-        // A line, whose factors lie on one or nearly: steep, flat, beyond what a factor can be, cut at V.
-        const auto K = static_cast<std::ptrdiff_t>(j.K);
-        const double low = 0.1 * random.below(3), high = 1 - 0.2 * random.below(4), noise = 0.02 * random.below(2);
-        const double first = one_of(factors), last = one_of(factors);
-        j.top = random.below(8) == 0 ? 250 : 255;
-        j.strengths.assign(j.strengths.size(), 1);
-        j.noise.assign(j.noise.size(), noise);
-        std::fill_n(std::fill_n(j.levels.begin(), K, low), K, high);
-        std::fill_n(std::fill_n(j.factors.begin(), K, first), K, last);
-    }
     j.list.resize(4);
     std::generate(j.list.begin(), j.list.end(), [&] { return random.below(j.C); });
-    j.height = line ? 5 + random.below(4) : 1 + random.below(8);
+    j.height = 1 + random.below(8);
     j.width = random.below(2 * lanes + 6) + (random.below(25) == 0 ? 1024 : 0);
     const int steps[] = {1, 1, j.K, j.K, j.K + 1, 2, 5, 10, -1, -3, 0, 11};
     j.in_step = one_of(steps);
@@ -260,6 +248,19 @@ TEST(FusmDo, SharpensAsTheRuleInFloatingPointAtEveryLevel)
             for (int i = 0; i < 300 && !testing::Test::HasFailure(); ++i) {
                 expect_as_modelled<Byte>(random_job(random, 255, 64), random);
                 expect_as_modelled<Word>(random_job(random, i % 8 == 0 ? 65535 : 1023, 32), random);
+            }
+            // All ways to corrections and to factors, for neighbours side by side or apart, with limits and without.
+            // Factors lie on a line or nearly: steep, flat, beyond what a factor can be, cut at V.
+            for (int i = 0; i < 216 && !testing::Test::HasFailure(); ++i) {
+                Job j{.radius = i % 3, .top = random.below(8) == 0 ? 250 : 255, .height = 6, .width = 150};
+                j.noise = {i % 9 < 3 ? 0.02 * random.below(2) : 0.45 * (i / 3 % 3)};
+                const double factors[] = {1, 0.5, 0, -0.7, 3, 7.9, -40, 200}, last = factors[random.below(5)];
+                if (i / 9 % 3 != 0)
+                    j.levels = {0.1 * random.below(3), 1 - 0.2 * random.below(4)},
+                    j.factors = {i / 9 % 3 == 1 ? factors[random.below(5)] : factors[5 + random.below(3)], last};
+                j.in_step = 1 + i / 27 % 2, j.limited = i / 54 % 2 == 1;
+                expect_as_modelled<Byte>(j, random);
+                j.top = 65535, expect_as_modelled<Word>(j, random);
             }
             // Nearly one multiplication, the least factor of too many bits, a bend; whole blocks, steps 9 to 11.
             for (const auto &[radius, noise, first, last] :

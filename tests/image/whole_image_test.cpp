@@ -184,8 +184,10 @@ TEST(WholeImageFlood, MarksWhatIsConnectedAndOfItsColour)
             for (const int beside : {p % width > 0 ? p - 1 : p, p >= width ? p - width : p})
                 ASSERT_TRUE(region.data()[beside] == region.data()[p] || !fits(p) || !fits(beside)) << round;
         }
-        ASSERT_EQ(whole_image_flood(&from.image, -1, 0, tolerance, region.data()), 1);
-        ASSERT_EQ(std::count(region.begin(), region.end(), 0), width * height);
+        for (const auto &[x, y] : {std::pair(-1, 0), {0, -1}, {width, 0}, {0, height}}) {
+            ASSERT_EQ(whole_image_flood(&from.image, x, y, tolerance, region.data()), 1);
+            ASSERT_EQ(std::count(region.begin(), region.end(), 0), width * height);
+        }
     }
 }
 
@@ -208,8 +210,10 @@ TEST(WholeImage, RefusesWhatIsNoImage)
         EXPECT_EQ(reports.take(), (lines{"whole_image_flood: illegal image", "whole_image_resize: illegal image",
                                          "whole_image_sharpen: illegal image"}));
     }
-    EXPECT_EQ(whole_image_resize(9, &fine, &fine, nullptr, 0, 2), 0);
-    EXPECT_EQ(reports.take(), lines{"izat_new: illegal kernel"});
+    const whole_image planes{byte, 2, 2, 2, 8, 2, 1, 4};
+    EXPECT_EQ(whole_image_resize(9, &planes, &planes, nullptr, 0, 2), 0);
+    EXPECT_EQ(whole_image_flood(&planes, 0, 0, -1, byte), 0);
+    EXPECT_EQ(reports.take(), (lines{"izat_new: illegal kernel", "whole_image_flood: illegal image"}));
     for (const auto &[first, count] : {std::pair(-1, 1), {0, 0}, {0, 3}, {1, 2}}) {
         EXPECT_EQ(whole_image_resize(IZAT_AREA, &fine, &fine, nullptr, first, count), 0);
         EXPECT_EQ(whole_image_sharpen(&how, &fine, &fine, first, count), 0);
