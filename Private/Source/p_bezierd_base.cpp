@@ -315,7 +315,6 @@ int poly_bezier_transform(poly_bezier *p, const double matrix[6]) TESKA_NOTHROW
 {
     chain_segment start;
     start.set(0, p->start);
-    start.set(1, p->start);
     const chain_segment moved = mapped(start, matrix);
     const auto stays_finite = [=](const chain_segment &segment) {
         const chain_segment image = mapped(segment, matrix);

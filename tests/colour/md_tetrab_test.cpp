@@ -143,6 +143,7 @@ TEST(MdTetrabInterp, ConvertsLinesOfAnyLayoutAsTheModelDoes)
         const Table table(s);
         table.randomize(random);
         SCOPED_TRACE(testing::Message() << s.N << " to " << s.M << ", " << s.R << " points");
+        EXPECT_EQ(md_tetrab_get_nrpoints(table.get()), std::pow(s.R, s.N));
         for (int lines = 0; lines < 24; ++lines) {
             const auto use = lines < 12 ? teska::gather_use::never : teska::gather_use::always;
             const teska::gather_use before = teska::gather_limit(use);

@@ -2,6 +2,7 @@
 #include "Source/fir/fir_priv.h"
 
 #include "faults/sweep.h"
+#include "flood.h"
 
 using namespace teska_test;
 
@@ -30,6 +31,17 @@ TEST(FirLines, AllocateNothing)
     teska::fir_set_kernel(filter.get(), kernel);
     EXPECT_LE(filter_failing_at(0, filter.get()), 1) << "none on a processor without variants";
     EXPECT_EQ(filter_failing_at(1, filter.get()), 0);
+}
+
+TEST(FloodDo, ReportsThatItHasLostItsSeed)
+{
+    const std::unique_ptr<flood, int (*)(flood *)> record(
+        flood_new([](void *, int, int) { return 0; }, [](void *, int, int, int) {}), flood_kill);
+    Reports reports;
+    arm(fault_kind::memory, 0, true);
+    EXPECT_EQ(flood_do(record.get(), nullptr, 0, 0), 1);
+    disarm();
+    EXPECT_EQ(reports.take(), (lines{"flood_do: new_shdw failed", "new_shdw: malloc failure"}));
 }
 
 }  // namespace

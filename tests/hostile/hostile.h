@@ -21,6 +21,8 @@
 
 #include <list>
 
+struct bezier;
+
 namespace teska_test
 {
 
@@ -241,7 +243,13 @@ template <class T, auto kill, auto... query>
 struct Made {
     T *object;
 
-    static void free(T *object) { kill(object); }
+    static void free(T *object)
+    {
+        if constexpr (std::is_void_v<decltype(kill(object))>)
+            kill(object);
+        else
+            EXPECT_EQ(!kill(object), (!std::is_same_v<T, bezier>)) << "0 for the handle, but for these";
+    }
     static std::uint64_t answers([[maybe_unused]] T *object)
     {
         Digest digest;

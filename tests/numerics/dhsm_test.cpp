@@ -50,6 +50,12 @@ double hole(void *evaluations, void *, const double *x)
     return ++*static_cast<int *>(evaluations), x[0] == 0 ? 0 : x[0] < 0 ? 6 : 5;
 }
 
+// Rises from 1 to either side but for one place, which only the built-in test looks at.
+double pitted(void *evaluations, void *, const double *x)
+{
+    return ++*static_cast<int *>(evaluations), x[0] == 1 - 0.005 ? -1 : std::fabs(x[0] - 1);
+}
+
 }  // namespace
 
 TEST(DhsmSolve, EndsAtAKnownMinimum)
@@ -76,6 +82,7 @@ TEST(DhsmSolve, TakesTheStepsOfTheMethodAsManyAsItIsAllowed)
         {constant, {0, 0}, 0, 5, -1, 3 + 2 * 6},
         {hole, {0}, 0, 1, -1, 2 + 2 * 3},  // a contraction that gains nothing shrinks
         {teska_test::undefined, {0, 0}, 0, INT_MAX, 0, any},
+        {pitted, {1}, 1e-3, 50, -1, any},
         // Counted in a plain form of the method, with a point for every vertex; it counts each of its terms.
         {teska_test::rosenbrock, {-1.2, 1, -1.2, 1}, 1e-3, 0, 0, 4 * 387},
     };

@@ -31,6 +31,7 @@ TEST(RestrictionNew, MakesCoordinatesDependOnTheOthers)
         {{1, 1, 1, 6, 2, 2, 2, 12}, 2, {2, 3}, {1, 2, 3}},  // the second says nothing new
         {{1, 1, 1, 6, 1, -1, 0, -1, 0, 0, 4, 12}, 0, {}, {1, 2, 3}},
         {{1, 2, -8, 0}, 2, {1, 2}, {1, 2, 0.625}},  // the largest magnitude is the pivot
+        {{1, 1, 0x1p20, 0x1p20 + 5, 1, 1 + 0x1p-30, 0x1p20, 0x1p20 + 5}, 2, {2, 3}, {2, 3, 1}},  // beside it, nothing
     };
     for (const auto &[eq, free, free_vars, x] : rows) {
         const Restriction r = restricted(3, eq, {});
@@ -53,9 +54,11 @@ TEST(RestrictionNewCheck, StopsAStepAtTheFirstInequality)
     // y <= 4, y + z <= 6, 2 y <= 8, and one that follows from x = 1.
     const Restriction r = restricted(3, {1, 0, 0, 1}, {0, 1, 0, 4, 0, 1, 1, 6, 0, 2, 0, 8, 1, 0, 0, 1});
     // The reduced restriction with its one free variable 5; empty when nothing stops.
-    const std::tuple<Values, double, Values> rows[] = {{{1, 1}, 1, {}},           {{4, 0}, 1, {}},
-                                                       {{8, -8}, 0.5, {1, 4, 5}}, {{0, 12}, 0.5, {1, 1, 5}},
-                                                       {{8, 4}, 0.5, {1, 4, 5}},  {{-100, 5}, 1, {}}};
+    const std::tuple<Values, double, Values> rows[] = {
+        {{1, 1}, 1, {}},           {{4, 0}, 1, {}},
+        {{8, -8}, 0.5, {1, 4, 5}}, {{0, 12}, 0.5, {1, 1, 5}},
+        {{8, 4}, 0.5, {1, 4, 5}},  {{-100, 5}, 1, {}},
+        {{4 + 0x1p-38, 0}, 1, {}}, {{4 + 0x1p-36, 0}, 4 / (4 + 0x1p-36), {1, 4, 5}}};
     for (const auto &[step, expected, x] : rows) {
         double alpha = -9;
         const Restriction reduced(restriction_new_check(r.get(), nullptr, Values{0, 0}.data(), step.data(), &alpha),

@@ -10,11 +10,22 @@
 namespace teska_test
 {
 
-Reports::Reports() : previous_(error_set(1)) { testing::internal::CaptureStdout(); }
+// Writes a line as it would be written, and leaves a reason of its own, as a log may.
+static void write(void *, const char *line)
+{
+    std::cout << line << std::endl;
+    errno = EXDEV;
+}
+
+Reports::Reports() : previous_(error_set(1)), handler_(error_set_handler(write, nullptr, nullptr))
+{
+    testing::internal::CaptureStdout();
+}
 
 Reports::~Reports()
 {
     collect();
+    error_set_handler(handler_, nullptr, nullptr);
     error_set(previous_);
 }
 

@@ -28,6 +28,7 @@ private:
     static lines collect();
 
     int previous_;
+    void (*handler_)(void *context, const char *line);
 };
 
 }  // namespace teska_test

@@ -73,11 +73,10 @@ int TTriangularTopSurface::DeterminePosPhiMinPosDeltaPhi()
     for (const TDumEl &interval : elements<TDumEl>(&intervals)) {
         if (interval.width <= 0.0)  // nothing seen
             continue;
-        if (!any || interval.value < from) {
-            width += any ? from - interval.value : 0.0;
+        // They are in order.
+        if (!any)
             from = interval.value;
-            any = true;
-        }
+        any = true;
         width = std::max(width, interval.value + interval.width - from);
     }
     if (!any)
