@@ -46,7 +46,8 @@ TEST(BezierVectorError, KeptIsTheDistanceFromTheStartOfALoopOrAnAreaForEqualOnes
     double t = 0.0, err = 0.0;
     for (const auto &[xs, ys, expected] :
          {std::tuple<numbers, numbers, double>{{0, 1, -1, 0}, {0, 1, 2, 0}, std::sqrt(5.0)},
-          {{0, 0, 10, 10}, {0, 10, 10, 0}, 75}}) {
+          {{0, 0, 10, 10}, {0, 10, 10, 0}, 75},
+          {{0, 2, 0}, {1, 1, 1}, 0.9375}}) {
         EXPECT_EQ(bezier_vector_error(segment(xs, ys).get(), &t, &err), 1);
         EXPECT_EQ(t, 0.5);
         EXPECT_NEAR(err, expected, 1e-14);

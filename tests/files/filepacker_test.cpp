@@ -66,7 +66,7 @@ std::string read_all(FilePacker &packer, int code)
 struct Trap {
     explicit Trap(const std::string &bytes = "")
     {
-        folder.write("a", head(std::string(5000, 'd'), "version 17") + bytes);
+        folder.write("a", head(std::string(5000, 'd'), bytes.size() % 2 != 0 ? "" : "version 17") + bytes);
         folder.write("bait", "untouched");
         fs::create_directories(in + "/sub");
 #if !defined(_WIN32)

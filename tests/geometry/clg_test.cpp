@@ -205,6 +205,7 @@ TEST(Clg, CubeOfEightCorners)
     EXPECT_EQ(inside.inside, 1);
     EXPECT_EQ(inside.nearest, (Colour{20, 30, 40}));
     EXPECT_EQ(inside.dist, 0);
+    EXPECT_TRUE(cloud.nearest({-5e-8, 30, 40}).inside == 1 && cloud.nearest({-5e-7, 30, 40}).inside == 0);
     Colour colour{untouched, untouched, untouched};
     for (const double red : {-0.001, 1.001, nan, inf})
         EXPECT_EQ(clg_colour(cloud, Values{red, 0.5, 0}.data(), colour.data()), 0);

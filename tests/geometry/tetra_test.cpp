@@ -231,7 +231,6 @@ TEST(TriangleIntersectLinesegment, CountsByPlaneEndsCornersAndSides)
     const double a[3] = {2, 3, 5}, b[3] = {2, 3, 1}, above_a[3] = {4, 3, 5};
     Numbers x(3);
     EXPECT_EQ(plane_intersect_line(plane.get(), a, b, x.data()), 1) << "not limited to the segment";
-    EXPECT_EQ(x, Numbers({2, 3, 0}));
     EXPECT_EQ(plane_intersect_line(plane.get(), a, above_a, x.data()), 0) << "parallel";
     EXPECT_EQ(triangle_intersect_linesegment(&p[0], &p[1], &p[1], a, b, x.data()), 0) << "no area";
     EXPECT_EQ(x, Numbers({2, 3, 0}));

@@ -10,14 +10,11 @@
 namespace teska_test
 {
 
-// Writes a line as it would be written, and leaves a reason of its own, as a log may.
-static void write(void *, const char *line)
-{
-    std::cout << line << std::endl;
-    errno = EXDEV;
-}
-
-Reports::Reports() : previous_(error_set(1)), handler_(error_set_handler(write, nullptr, nullptr))
+// Lines are written as usual; like a log, what writes them leaves a reason of its own.
+Reports::Reports()
+    : previous_(error_set(1)),
+      handler_(error_set_handler([](void *, const char *line) { std::cout << line << std::endl, errno = EXDEV; },
+                                 nullptr, nullptr))
 {
     testing::internal::CaptureStdout();
 }
