@@ -7,9 +7,7 @@ using namespace teska_test;
 namespace
 {
 
-class Hostile : public testing::TestWithParam<HostileRow>
-{
-};
+using Hostile = testing::TestWithParam<HostileRow>;
 
 TEST_P(Hostile, ArgumentsAreAnswered)
 {

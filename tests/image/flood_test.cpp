@@ -84,8 +84,7 @@ TEST(FloodDo, FillsRandomRegionsToTheirEnds)
         d.at(0, 0) = '.';
         // The edges of the plane are walls.
         const int width = static_cast<int>(row.size()), height = static_cast<int>(d.rows.size());
-        const bool low = round % 2 == 0;
-        Drawing edge{d.rows, low ? INT_MIN : INT_MAX - width + 1, low ? INT_MIN : INT_MAX - height + 1};
+        Drawing edge{d.rows, round % 2 ? INT_MIN : INT_MAX - width + 1, round % 2 ? INT_MIN : INT_MAX - height + 1};
         edge.fill_from(edge.left, edge.top);
         d.fill_from(0, 0);
         EXPECT_EQ(edge.rows, d.rows);

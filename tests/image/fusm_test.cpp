@@ -249,8 +249,7 @@ TEST(FusmDo, SharpensAsTheRuleInFloatingPointAtEveryLevel)
                 expect_as_modelled<Byte>(random_job(random, 255, 64), random);
                 expect_as_modelled<Word>(random_job(random, i % 8 == 0 ? 65535 : 1023, 32), random);
             }
-            // All ways to corrections and to factors, for neighbours side by side or apart, with limits and without.
-            // Factors lie on a line or nearly: steep, flat, beyond what a factor can be, cut at V.
+            // Every way to corrections and to factors: lines that are steep, flat, too long, cut at V.
             for (int i = 0; i < 216 && !testing::Test::HasFailure(); ++i) {
                 Job j{.radius = i % 3, .top = random.below(8) == 0 ? 250 : 255, .height = 6, .width = 150};
                 j.noise = {i % 9 < 3 ? 0.02 * random.below(2) : 0.45 * (i / 3 % 3)};
