@@ -450,6 +450,7 @@ TEST(ClgWide, SubtractsOverBothHalves)
         const auto a = static_cast<std::int64_t>(input.next()) >> 1, b = static_cast<std::int64_t>(input.next()) >> 1;
         const auto c = static_cast<std::int64_t>(input.next()) >> i % 60;
         EXPECT_EQ(sign(product(a + b, c) - product(a, c) - product(b, c)), 0);
+        EXPECT_EQ(sign(product(a, c)), ((a > 0) - (a < 0)) * ((c > 0) - (c < 0)));
     }
 }
 

@@ -431,7 +431,6 @@ TEST(MaskAndPrune, LooksAgainAtWhatADroppedPartHid)
     }
 }
 
-// Black is left out of the directions by its share of the lightness.
 TEST(TopSurface, DoesNotDependOnTheUnitOfItsColours)
 {
     const device usual = printer("CMYK"), small = {"small", 4, [&](const double *v, double *c) {

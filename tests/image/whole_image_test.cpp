@@ -167,7 +167,7 @@ TEST(WholeImageFlood, MarksWhatIsConnectedAndOfItsColour)
 {
     Generator random(19);
     for (int round = 0; round < 100; ++round) {
-        Picture from(random, 1 + random.below(20), 1 + random.below(20), 1 + random.below(2), 8);
+        Picture from(random, 1 + random.below(20), 1 + random.below(20), 1 + random.below(2), 8 << random.below(2));
         from.put(random, 3);
         const int tolerance = random.below(2), n = from.components, width = from.width, height = from.height;
         const int seed = random.below(width * height);
