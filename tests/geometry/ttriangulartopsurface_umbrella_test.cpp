@@ -144,7 +144,8 @@ void convert_and_return(Surface &top, const std::vector<double> &xyz, double far
         std::vector<colour> beyond(norm), alone(norm);
         for (colour &n : beyond)
             n[1] = 3.0 * n[1] - 1.0;
-        ASSERT_EQ((top.*back)(beyond[0].data(), again[0].data(), nullptr, count), 0);
+        ASSERT_EQ((top.*back)(beyond[0].data(), again[0].data(), penalty.data(), count), 0);
+        EXPECT_EQ(penalty, std::vector<double>(norm.size()));
         for (std::size_t i = 0; i < norm.size(); i += 100) {
             ASSERT_EQ((top.*there)(&xyz[3 * i], alone[i].data(), nullptr, 1), 0);
             EXPECT_EQ(alone[i], norm[i]) << i;
