@@ -152,25 +152,10 @@ TEST(MdTetrabInterp, ConvertsLinesOfAnyLayoutAsTheModelDoes)
             teska::gather_limit(before);
         }
     }
-}
-
-// Not allowed, and yet the same bits from every kernel: those of one pixel after the other.
-TEST(MdTetrabInterp, ReadsWhatItWroteWhereLinesOverlap)
-{
-    Generator random(63);
-    const Table table({3, 3, 17});
-    table.randomize(random);
-    for (const auto &[shift, in_step, out_step] : {std::tuple{3, 3, 3}, {-3, 3, 3}, {1, 3, 3}, {0, 3, 4}, {0, 4, 3}}) {
-        Bytes line(300);
-        std::generate(line.begin(), line.end(), [&] { return random.byte(); });
-        Bytes expected = line;
-        unsigned char *in[] = {&line[9], &line[10], &line[11]}, *out[] = {in[0] + shift, in[1] + shift, in[2] + shift};
-        for (std::ptrdiff_t p = 0; p < 64; ++p) {
-            const auto from = expected.begin() + 9 + p * in_step;
-            std::ranges::copy(model(table, Bytes(from, from + 3)), expected.begin() + 9 + shift + p * out_step);
-        }
-        EXPECT_EQ(md_tetrab_interp(table.get(), in, in_step, out, out_step, 64, nullptr, 0), 1);
-        EXPECT_EQ(line, expected) << shift << ", " << in_step << ", " << out_step;
+    for (int R = 2; R < 60; ++R) {
+        const Table table({3, 1, R});
+        table.randomize(random);
+        expect_conversion(table, random);
     }
 }
 

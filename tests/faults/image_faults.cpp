@@ -3,6 +3,7 @@
 
 #include "faults/sweep.h"
 #include "flood.h"
+#include "whole_image.h"
 
 using namespace teska_test;
 
@@ -42,6 +43,23 @@ TEST(FloodDo, ReportsThatItHasLostItsSeed)
     EXPECT_EQ(flood_do(record.get(), nullptr, 0, 0), 1);
     disarm();
     EXPECT_EQ(reports.take(), (lines{"flood_do: new_shdw failed", "new_shdw: malloc failure"}));
+}
+
+// Kept: without memory for its tables, the third block, a filter does nothing and does not say so.
+TEST(WholeImageSharpen, KeptReturns0WheneverOtherMemoryIsShort)
+{
+    Reports reports;
+    std::string results;
+    each_fault(fault_kind::memory, false, {}, [&](const auto &fire) {
+        unsigned char pixel = 1;
+        const double numbers[] = {0, 1};
+        const whole_image image{&pixel, 1, 1, 1, 8, 1, 1, 1};
+        const whole_image_sharpening how{0, numbers, nullptr, 2, numbers, numbers};
+        fire();
+        results += std::to_string(whole_image_sharpen(&how, &image, &image, 0, 1));
+        return disarm() > 0;
+    });
+    EXPECT_EQ(results, "001000000001");
 }
 
 }  // namespace

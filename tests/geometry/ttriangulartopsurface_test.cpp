@@ -97,7 +97,7 @@ TEST(ScanDifferentPrimCombs, KeptSaysMinusOneWhereThereIsAPart)
     EXPECT_EQ(values[1], -1.0);
     top.umbrella->Destroy();
     EXPECT_EQ(top.ScanDifferentPrimCombs(0, values), 0);
-    EXPECT_EQ(top.cursorPrimCombs, 1);
+    EXPECT_EQ(Surface(top).cursorPrimCombs, 1);
     EXPECT_EQ(top.ScanDifferentPrimCombs(1, values), 0);
     EXPECT_EQ(top.cursorPrimCombs, 1) << "from the start";
 }

@@ -66,7 +66,6 @@ TEST(Gammq, AgreesWithAReferenceTableOrReportsAndGoesOn)
         {1, 800, 0, 0, {}},
         {2000, 2000, 0.51, 0.01, {"a too large, ITMAX too small in routine gser"}},
         {1e6, 1e6 + 1, 0.8, 0.1, {"a too large, ITMAX too small in gcf"}}};
-    EXPECT_EQ(reports.take(), lines());
     for (const auto &[a, x, q, error, reported] : cases) {
         EXPECT_NEAR(teska::gammq(a, x), q, error) << a << ", " << x;
         EXPECT_EQ(reports.take(), reported) << a << ", " << x;
