@@ -120,6 +120,7 @@ TEST(FilePackerAdd, WritesTheFormatAndSkipsNamesItHas)
     EXPECT_EQ(packer.AddFile(folder.path("missing").c_str(), "x"), 2);
     EXPECT_EQ(error_of(packer), error(2, "Cannot open file: " + folder.path("missing")));
     folder.write("huge", "");
+    EXPECT_EQ(packer.AddFile(folder.path("huge").c_str(), "empty"), 0);
     fs::resize_file(folder.path("huge"), 0x80000000U);
     EXPECT_EQ(packer.AddFile(folder.path("huge").c_str(), "x"), 8);
     EXPECT_EQ(error_of(packer), error(8, "Cannot read from file: " + folder.path("huge")));
@@ -130,7 +131,7 @@ TEST(FilePackerAdd, WritesTheFormatAndSkipsNamesItHas)
     EXPECT_EQ(packer.AddFileAsBuffer("x", -1, "x"), 7);
     EXPECT_EQ(error_of(packer), error(7, "Cannot write output file: " + archive));
     EXPECT_EQ(packer.Unpack("."), 1);
-    EXPECT_EQ(folder.read("a"), added);
+    EXPECT_EQ(folder.read("a"), added + entry("empty", ""));
 }
 
 TEST(FilePackerOpen, SaysWhatIsNoArchive)

@@ -318,7 +318,7 @@ TEST(IzatStart, RefusesInOrderAndIgnoresLinesUntilItSucceeds)
     for (const int kernel : {-1, 5})
         EXPECT_EQ(izat_new(kernel), nullptr);
     EXPECT_EQ(start(z.get(), 1, {INT_MAX, 4}, {1, 4}, nullptr, nullptr, 1, 1), 0);
-    izat_strip_set(z.get(), 3, 2);
+    EXPECT_EQ(izat_strip_set(z.get(), 3, 2), 1);
     EXPECT_EQ(start(z.get(), 1, {4, 4}, {4, 4}, nullptr, nullptr, 1, 1), 0);
     EXPECT_EQ(reports.take(), (lines{"izat_new: illegal kernel", "izat_new: illegal kernel",
                                      "izat_start: illegal strip", "izat_start: insufficient memory"}));

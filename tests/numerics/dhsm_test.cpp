@@ -50,7 +50,6 @@ double hole(void *evaluations, void *, const double *x)
     return ++*static_cast<int *>(evaluations), x[0] == 0 ? 0 : x[0] < 0 ? 6 : 5;
 }
 
-// Rises from 1 to either side but for one place, which only the built-in test looks at.
 double pitted(void *evaluations, void *, const double *x)
 {
     return ++*static_cast<int *>(evaluations), x[0] == 1 - 0.005 ? -1 : std::fabs(x[0] - 1);

@@ -12,7 +12,7 @@ TEST(VectSums, GoFromTheFirstValueOn)
     EXPECT_EQ(vect_calc_norm(Values{3, 4}.data(), 2), 5);
     EXPECT_EQ(vect_Min(odd.data(), 4), 1);
     EXPECT_EQ(vect_Max(odd.data(), 4), 3);
-    EXPECT_EQ(vect_Max(nullptr, 0), 0);
+    EXPECT_EQ(vect_Min(nullptr, 0) + vect_Max(nullptr, 0), 0);
 }
 
 TEST(VectVectorProduct, StandsAtRightAnglesUpToThePivotsThatReplaceZero)
