@@ -278,7 +278,8 @@ TEST(FilePackerRaw, ReadsWhatItWrote)
     EXPECT_EQ(again.ReadBinaryData(text, 0), 0);
     EXPECT_EQ(text[0], '\0') << "kept: cleared also when nothing is read";
     FilePacker none(folder.path("none").c_str(), 1, nullptr);
-    EXPECT_EQ(none.ReadString(text) | none.ReadBinaryData(text, 0) | none.WriteBinaryData("x", -1), 4);
+    const std::array codes{none.ReadString(text), none.ReadBinaryData(text, 0), none.WriteBinaryData("x", -1)};
+    EXPECT_EQ(codes, (std::array{4, 4, 4}));
 }
 
 TEST(FilePackerCopy, KeptSharesTheArchive)

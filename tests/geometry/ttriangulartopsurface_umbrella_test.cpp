@@ -451,10 +451,10 @@ TEST(TPrimComb, TellsOfDiscardedTrianglesWhenDebugging)
 {
     const int before = dbg_set(1);
     testing::internal::CaptureStdout();
-    for (const double fold : {0.0, 0.5}) {
-        const device of = {"cell", 2, [=](const double *v, double *c) {
+    for (const auto &[fold, first] : {std::pair(0.0, 0), {0.5, 0}, {0.5, 1}}) {
+        const device of = {"cell", 2, [fold = fold, first = first](const double *v, double *c) {
                                c[0] = 1.0;
-                               c[1] = v[0];
+                               c[1] = v[first];
                                c[2] = fold * v[0] * v[1];
                            }};
         const auto part = part_of(of, 2, {-1.0, -1.0});
@@ -466,7 +466,9 @@ TEST(TPrimComb, TellsOfDiscardedTrianglesWhenDebugging)
         testing::internal::GetCapturedStdout(),
         "DEBUG : 'Discard Triangles 0.0 0 1: \n 1.00 1.00 \n 0.00, 1.00 \n 0.00 0.00 \n\n, 1.00 1.00 \n 0.00, 0.00 \n"
         " 1.00 0.00 \n\n'\nDEBUG : 'Double Concave Surfaces not supported'\n"
-        "DEBUG : 'Discard Triangles 0.0 0: \n 1.00 1.00 \n 0.00 1.00 \n 0.00 0.00 \n\n'\n");
+        "DEBUG : 'Discard Triangles 0.0 0: \n 1.00 1.00 \n 0.00 1.00 \n 0.00 0.00 \n\n'\n"
+        "DEBUG : 'Double Concave Surfaces not supported'\n"
+        "DEBUG : 'Discard Triangles 0.0 0: \n 1.00 1.00 \n 0.00 0.00 \n 1.00 0.00 \n\n'\n");
 }
 
 // A polygon of 15 corners loses one of them: what is left goes on as two, which have room for later cuts.

@@ -32,7 +32,7 @@ TEST(RestrictionNew, MakesCoordinatesDependOnTheOthers)
         {{1, 1, 1, 6, 1, -1, 0, -1, 0, 0, 4, 12}, 0, {}, {1, 2, 3}},
         {{0, 0x1p-60, 0, 0x1p-59}, 2, {1, 3}, {1, 2, 3}},
         {{1, 2, -8, 0}, 2, {1, 2}, {1, 2, 0.625}},  // the largest magnitude is the pivot
-        {{1, 1, 0x1p20, 0x1p20 + 5, 1, 1 + 0x1p-30, 0x1p20, 0x1p20 + 5}, 2, {2, 3}, {2, 3, 1}},  // beside it, nothing
+        {{1, 1, 0x1p20, 0x1p20 + 5, 1, 1 + 0x1p-30, 0x1p20, 0x1p20 + 5}, 2, {2, 3}, {2, 3, 1}},  // rounding beside 2^20
     };
     for (const auto &[eq, free, free_vars, x] : rows) {
         const Restriction r = restricted(3, eq, {});

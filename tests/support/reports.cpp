@@ -11,18 +11,17 @@ namespace teska_test
 {
 
 // Lines are written as usual; like a log, what writes them leaves a reason of its own.
-Reports::Reports()
-    : previous_(error_set(1)),
-      handler_(error_set_handler([](void *, const char *line) { std::cout << line << std::endl, errno = EXDEV; },
-                                 nullptr, nullptr))
+Reports::Reports() : previous_(error_set(1))
 {
+    error_set_handler([](void *, const char *line) { std::cout << line << std::endl, errno = EXDEV; }, nullptr,
+                      nullptr);
     testing::internal::CaptureStdout();
 }
 
 Reports::~Reports()
 {
     collect();
-    error_set_handler(handler_, nullptr, nullptr);
+    error_set_handler(nullptr, nullptr, nullptr);
     error_set(previous_);
 }
 

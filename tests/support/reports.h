@@ -12,7 +12,7 @@ namespace teska_test
 using lines = std::vector<std::string>;
 
 // Collects what the printing mode writes on standard output: the queue would hold equal lines once. The reporting mode
-// is put back at the end of the object's life. One object at a time.
+// is put back at the end of the object's life, and no handler is set then. One object at a time.
 class Reports
 {
 public:
@@ -28,7 +28,6 @@ private:
     static lines collect();
 
     int previous_;
-    void (*handler_)(void *context, const char *line);
 };
 
 }  // namespace teska_test
