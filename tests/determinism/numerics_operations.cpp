@@ -85,6 +85,38 @@ void directions(Generator &input, Digest &digest)
     teska_warn_level(level);
 }
 
+// Bowls from afar, with kinks and saw teeth; every point that is asked for counts.
+double rough(void *points, void *shape, const double *x)
+{
+    const auto &all = *static_cast<const Values *>(shape);
+    static_cast<Digest *>(points)->add(x, all.size() / 4 * sizeof(double));
+    double sum = 0.0;
+    for (const double *s = all.data(); s != all.data() + all.size(); s += 4) {
+        const double d = *x++ - 1000 * s[0] * s[0] * s[0];
+        sum += (2 + s[1]) * std::sqrt(1 + d * d) + std::max(s[2], 0.0) * std::fabs(d - std::floor(d) - 0.5) +
+               (s[3] < 0.5 ? 0 : d * d);
+    }
+    return sum;
+}
+
+void walks(Generator &input, Digest &digest)
+{
+    const int level = teska_warn_level(1);
+    for (int round = 0; round < 200; ++round) {
+        const int n = 1 + round % 4;
+        Values shape = between(input, 4 * n), x = between(input, n, -2, 2), y = x, z = x, row = between(input, n + 1);
+        double least = 0.0;
+        int passes = 0;
+        const auto half = shared(restriction_new(n, 0, nullptr, 1, row.data()), restriction_kill);
+        const auto d = shared(dhsm_new(rough, nullptr, n), dhsm_kill);
+        const int results[] = {condirmin(x.data(), n, 1e-6, &passes, &least, rough, &digest, &shape),
+                               condirmin_restr(y.data(), n, 1e-6, half.get(), nullptr, nullptr, rough, &digest, &shape),
+                               dhsm_solve(d.get(), &digest, &shape, 1e-6, z.data(), 2000, &least)};
+        digest.put(results);
+    }
+    teska_warn_level(level);
+}
+
 void sequences(Generator &input, Digest &digest)
 {
     const int seed = input.below(2000000000);
@@ -117,6 +149,7 @@ const Operation operations[] = {
     {"vect_vector_product, vect_distance and vect_scalar_product", vectors},
     {"dhsm_solve, rosenbrock in 2 to 6 variables", simplex},
     {"condirmin, rosenbrock in 2 to 6 variables", directions},
+    {"condirmin, condirmin_restr and dhsm_solve, all points", walks},
     {"random_val, TRan3 and rdither_new", sequences},
     {"gaussd, fthird_order_eq, gsect_min and least_square_fit", solvers},
 };

@@ -209,6 +209,8 @@ struct Good {
 
 // ---- The calls of the host fail
 
+int links_refused;
+
 // Every one in turn. Returns how many failures made no difference.
 int sweep(const Operation &operation, const Good &good, bool sticky, file_fault fault)
 {
@@ -235,6 +237,7 @@ int sweep(const Operation &operation, const Good &good, bool sticky, file_fault 
         const lines reported = reports.take();
         EXPECT_EQ(reported.size(), result != 0 && reports_failures(operation) ? 1U : 0U);
         EXPECT_TRUE(reported.empty() || reported[0].starts_with(operation.report)) << reported[0];
+        links_refused += reported == lines{"rsys_copy: cannot make link"};
         EXPECT_TRUE(result == 0 || operation.report == nullptr || error == fault.error || error == ENOENT ||
                     error == EBUSY || error == ENOTEMPTY)
             << error;
@@ -265,6 +268,26 @@ TEST(FileSweep, LeavesTheOldOrTheNewWhateverFailsAndWheneverThePowerIsCut)
                 sweep(operation, good, sticky, fault);
         EXPECT_GE(sweep(operation, good, false, {.error = EINTR}), operation.interrupted);
     }
+    EXPECT_EQ(links_refused, 9) << "those that are made, not those that cannot be read";
+}
+
+// Also where the host cannot rename without replacing.
+TEST(FileSweep, LeavesWhatTookTheNameWhileItWasCopied)
+{
+    const auto take = [](const char *, long long, long long, void *tree) {
+        static_cast<const Tree *>(tree)->write("to", "mine");
+        return 0;
+    };
+    each_fault(fault_kind::files, false, {.error = ENOSYS}, [&](const auto &fire) {
+        Tree tree;
+        Reports reports;
+        fire();
+        EXPECT_EQ(rsys_copy(tree.path("from/h").c_str(), tree.path("to").c_str(), 0, take, &tree), -1);
+        const bool fired = disarm() > 0;
+        EXPECT_TRUE(!fs::exists(tree.path("to")) || tree.read("to") == "mine");
+        EXPECT_TRUE(fired || reports.take() == lines{"rsys_copy: target exists"});
+        return fired;
+    });
 }
 
 // ---- The process is killed

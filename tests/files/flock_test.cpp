@@ -33,6 +33,7 @@ void wait_for(const std::string &path)
 // Returns their number.
 const ChildRole holder("hold", [](const std::string &ready) {
     const std::string folder = ready.substr(0, ready.rfind('/') + 1);
+    std::fclose(stdin);  // so that the first lock gets descriptor 0
     std::vector<Lock> held;
     for (int i = 0; i < files; ++i)
         if (Lock lock = take(folder + std::to_string(i)))

@@ -77,7 +77,7 @@ TEST_F(Rs232, SetsSpeedStopBitsAndFlowControl)
         const bool no_flow = ++code % 2 == 0, two_stops = code % 3 == 1;
         EXPECT_EQ(setflowrs232(no_flow), std::exchange(flow_before, no_flow));
         const std::string expected =
-            std::string(baud) + ' ' + baud + (two_stops ? " 2 " : " 1 ") + (no_flow ? "0 0 17 19" : "1 1 17 19");
+            std::string(baud) + ' ' + baud + (two_stops ? " 2 " : " 1 ") + (no_flow ? "0 0" : "1 1") + " 17 19 120";
         EXPECT_EQ(settings(opened(code, two_stops ? 64 : 0)), expected);
     }
 }
@@ -166,7 +166,7 @@ TEST_F(Rs232, CountsTheBytesThatWaitAndSetsALostLineUpAgain)
     outbrs232(port.get(), '!');
     expect_soon(inrs232rdy, port, -1);
     EXPECT_EQ(reports.take(), lines(2, "Cannot read from comm port."));
-    EXPECT_EQ(settings(port), "115200 115200 2 1 1 17 19");
+    EXPECT_EQ(settings(port), "115200 115200 2 1 1 17 19 120");
 }
 
 TEST(Rs232NoPort, IsAnsweredWithTheFailureValueAlone)

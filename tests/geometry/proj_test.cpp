@@ -72,6 +72,7 @@ void expect(Function f, const std::vector<Row> &rows)
 
 const Values right{0, 0, 0, 10, 0, 0, 0, 10, 0};
 const Values needle{0, 0, 0, 10, 0, 0, 9, 1, 0};
+const Values edgeless{0, 0, 0, 1e-21, 0, 0, 0, -1000, 0};
 const Values corner{0, 0, 0, 10, 0, 0, 0, 10, 0, 0, 0, 10};
 
 // A row that gives -1, for what the distance then is.
@@ -146,7 +147,8 @@ TEST(ProjOnTriangle, KeptGivesTheFirstEdgeThatThePointIsBeyond)
 {
     expect(plain<proj_on_triangle>, {{right, {2, 3, 5}, {2, 3, 0}, {0.5, 0.2, 0.3}, 25},
                                      {needle, {11, 1.5, 0}, {9, 1, 0}, {0, 0, 1}, 4.25},
-                                     refused({0, 0, 0, 1e-21, 0, 0, 0, -1000, 0})});
+                                     refused(edgeless)});
+    expect(proj_on_triangle_par, {refused(edgeless), refused(edgeless, {1, 0, 1})});
     const Values apart{2, 0, 0, 0, 2, 0, 0, 0, 2};
     expect(plain<proj_on_triangle_bound>, {{needle, {11, 1.5, 0}, {9.75, 0.25, 0}, {0, 0.75, 0.25}, 3.125},
                                            {apart, {0, 0, 0}, {0, 1, 1}, {0, 0.5, 0.5}, 2}});

@@ -96,8 +96,10 @@ TEST(ScanDifferentPrimCombs, KeptSaysMinusOneWhereThereIsAPart)
     EXPECT_EQ(top.ScanDifferentPrimCombs(0, values), -1);
     EXPECT_EQ(values[1], -1.0);
     top.umbrella->Destroy();
+    EXPECT_EQ(top.PhirToPhi(0.5, values), -1);
     EXPECT_EQ(top.ScanDifferentPrimCombs(0, values), 0);
-    EXPECT_EQ(Surface(top).cursorPrimCombs, 1);
+    top.VTMax = 7;
+    EXPECT_EQ(Surface(top).VTMax + Surface(top).cursorPrimCombs, 8);
     EXPECT_EQ(top.ScanDifferentPrimCombs(1, values), 0);
     EXPECT_EQ(top.cursorPrimCombs, 1) << "from the start";
 }

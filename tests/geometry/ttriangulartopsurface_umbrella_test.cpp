@@ -258,7 +258,8 @@ TEST(TopSurface, OfOtherAxesDiffersInNothingButTheOrder)
     }
 }
 
-// Half of a fourth colorant shines beyond the umbrella, all of it is dark: it is neither redundant nor darkening.
+// Half of a fourth colorant shines beyond the umbrella, all of it is dark; another one hides black: neither
+// is redundant or darkening.
 TEST(TopSurface, KeepsAColorantOfWhichTheFirstLevelSticksOut)
 {
     const device base = linear_display();
@@ -267,7 +268,14 @@ TEST(TopSurface, KeepsAColorantOfWhichTheFirstLevelSticksOut)
                            for (int k = 0; k < 3; ++k)
                                c[k] *= v[3] == 0.5 ? 1.3 : v[3] > 0.5 ? 1.0 : 0.3;
                        }};
+    const device grey = {"opaque grey", 4, [&](const double *v, double *c) {
+                             base.convert(v, c);
+                             for (int k = 0; k < 3; ++k)
+                                 c[k] *= v[3];
+                             c[0] += 0.5 * (1 - v[3]);
+                         }};
     EXPECT_EQ(Surface(of, {.levels = {0.5, 1.0, 0.0}}).roles(), "0002");
+    EXPECT_EQ(Surface(grey).roles(), "0002");
 }
 
 namespace

@@ -42,7 +42,8 @@ Outcome search(condirmin_function f, Values start, double ftol)
 }
 
 double constant(void *, void *, const double *) { return 5; }
-double slope(void *, void *, const double *x) { return x[0]; }
+double drop(void *values, void *, const double *x) { return static_cast<double *>(values)[x[0] == 0 ? 0 : 1]; }
+double slope(void *evaluations, void *, const double *x) { return ++*static_cast<int *>(evaluations), x[0]; }
 // The parabola through the first three points leads to one as low as the second.
 double pits(void *, void *, const double *x)
 {
@@ -77,12 +78,24 @@ TEST_F(Condirmin, EndsAtAKnownMinimum)
     EXPECT_EQ(search(pits, {0}, 1e-8).least, 0);
 }
 
+TEST_F(Condirmin, ConvergesWhenAPassChangesTheValueByLittle)
+{
+    const double rows[][4] = {{3, 1, 1, 1}, {3, 1, 0.99, 2}, {-1, -3, 1, 1},     {-1, -3, 0.99, 2},
+                              {1, 0, 1, 1}, {1, 0, 0.99, 2}, {1.5, 0.25, 1.3, 2}};
+    for (const auto &[before, after, ftol, expected] : rows) {
+        double values[] = {before, after}, x = 0, least = 9;
+        int passes = -9;
+        EXPECT_EQ(condirmin(&x, 1, ftol, &passes, &least, drop, values, nullptr), 1);
+        EXPECT_EQ(passes, expected) << before << " " << ftol;
+    }
+}
+
 TEST_F(Condirmin, EndsWithoutAMinimumToo)
 {
     teska_test::Reports reports;
     // The sign of what is no number must not lead the search.
     const std::tuple<condirmin_function, Values, int, double, int, lines> rows[] = {
-        {slope, {0}, 1, -HUGE_VAL, 0, {"brent: too many iter"}},
+        {slope, {0}, 1, -HUGE_VAL, 1678, {"brent: too many iter"}},
         {not_a_number<1>, {0}, 0, 0, 6600, {"condirmin: maxiter"}},
         {not_a_number<-1>, {0}, 0, 0, 6600, {"condirmin: maxiter"}},
         {constant, {}, 1, 5, 0, {}},
@@ -158,7 +171,8 @@ TEST_F(Condirmin, EndsAtTheMinimumThatTheRestrictionsLeave)
     // A function that falls for ever ends where it is stopped.
     const Restriction half = restricted({}, {-1, 0, 0, 3});
     Values low{0, 0, 0};
-    EXPECT_EQ(condirmin_restr(low.data(), 3, 1e-8, half.get(), nullptr, nullptr, slope, nullptr, nullptr), 1);
+    int calls = 0;
+    EXPECT_EQ(condirmin_restr(low.data(), 3, 1e-8, half.get(), nullptr, nullptr, slope, &calls, nullptr), 1);
     EXPECT_EQ(low[0], -3);
     for (const double coordinate : low)
         EXPECT_TRUE(std::isfinite(coordinate)) << coordinate;

@@ -81,11 +81,15 @@ TEST(RestrictionNewCheck, StopsAStepAtTheFirstInequality)
         restriction_kill);
     EXPECT_EQ(alpha, 0);
     EXPECT_EQ(full(stuck, {5}, 3), (Values{1, -1, 5}));
-    // So does one that comes nearer, but not far enough; and one at infinity. No step aside does.
-    for (const auto &[from, step, part] :
-         {std::tuple{Values{0, 0}, Values{-0.5, 0}, 0}, {{-HUGE_VAL, 0}, {HUGE_VAL, 0}, 0}, {{3, 0}, {0, 1}, 1}}) {
+    // So does one that comes nearer, but not far enough; and one at infinity. No step aside does, nor what is none.
+    const std::tuple<Values, Values, double> starts[] = {{{0, 0}, {-0.5, 0}, 0},
+                                                         {{-HUGE_VAL, 0}, {HUGE_VAL, 0}, 0},
+                                                         {{3, 0}, {0, 1}, 1},
+                                                         {{0, 0}, {9.9e-21, 0}, 1},
+                                                         {{0, 0}, {1.01e-20, 0}, 0}};
+    for (const auto &[from, step, part] : starts) {
         restriction_kill(restriction_new_check(r.get(), tighter.get(), from.data(), step.data(), &alpha));
-        EXPECT_EQ(alpha, part) << from[0];
+        EXPECT_EQ(alpha, part) << from[0] << " " << step[0];
     }
     Values row(41), step(40);  // more coordinates than there is room for on the stack
     row[39] = row[40] = step[39] = 4;

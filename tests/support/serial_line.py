@@ -4,7 +4,7 @@
 The line is a pseudo terminal, which a Windows program could not make; TESKA_TEST_LINE names it. The device at its other
 end sends back what it gets, but for three commands:
 
-    ?  answers with the line's speeds in and out, stop bits, flow control out and in, XON and XOFF characters
+    ?  answers with the line's speeds in and out, stop bits, flow control out and in, XON, XOFF and interrupt characters
     H  holds the line for 3.5 s
     !  hangs up; the line comes back under the same name
 """
@@ -33,7 +33,7 @@ class Device:
         self.master, slave = pty.openpty()
         os.set_blocking(self.master, False)
         mode = termios.tcgetattr(slave)
-        mode[6][termios.VSTART] = mode[6][termios.VSTOP] = b"x"  # so that somebody has to set them
+        mode[6][termios.VSTART] = mode[6][termios.VSTOP] = mode[6][termios.VINTR] = b"x"  # to be set, set, and kept
         termios.tcsetattr(slave, termios.TCSANOW, mode)
         if os.path.lexists(self.link):
             os.unlink(self.link)
@@ -44,9 +44,9 @@ class Device:
 
     def settings(self):
         i, _, c, _, ispeed, ospeed, cc = termios.tcgetattr(self.master)
-        return "%s %s %d %d %d %d %d\n" % (SPEEDS[ispeed], SPEEDS[ospeed], 2 if c & termios.CSTOPB else 1,
+        return "%s %s %d %d %d %d %d %d\n" % (SPEEDS[ispeed], SPEEDS[ospeed], 2 if c & termios.CSTOPB else 1,
                                            bool(i & termios.IXON), bool(i & termios.IXOFF),
-                                           ord(cc[termios.VSTART]), ord(cc[termios.VSTOP]))
+                                           *(ord(cc[k]) for k in (termios.VSTART, termios.VSTOP, termios.VINTR)))
 
     def take(self, byte):
         if byte == b"?":

@@ -80,8 +80,9 @@ public:
         return exact_sign<D, false>(rows);
     }
 
-    // The same for a finite cell, first in doubles: of 3 dimensions and less they are exact.
-    int orientation(const cell<D> &c, int place, int p) const
+    // Whether that is negative, for a finite cell: the face opposite the place hides p. First in doubles: of 3
+    // dimensions and less they are exact.
+    bool hides(const cell<D> &c, int place, int p) const
     {
         double rows[most_free][D];
         double normal[D];
@@ -104,8 +105,8 @@ public:
             value = -value;
         const double square = largest * largest;
         if (D < 4 || std::fabs(value) > error_factor * square * square)
-            return (value > 0.0 ? 1 : 0) - (value < 0.0 ? 1 : 0);
-        return exact_orientation(c.corner, place, p);
+            return value < 0.0;
+        return exact_orientation(c.corner, place, p) < 0;
     }
 
     // The plane of a finite cell.

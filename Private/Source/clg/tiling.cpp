@@ -186,7 +186,7 @@ private:
         while (!holds(cells_[at], p)) {
             const cell<D> &c = cells_[at];
             int face = 0;
-            while (face < D && sides_.orientation(c, face, p) >= 0)
+            while (face < D && !sides_.hides(c, face, p))
                 ++face;
             at = c.next[face];
         }
