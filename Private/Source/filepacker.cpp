@@ -208,7 +208,6 @@ int FilePacker::AddFile(const char *source_path, const char *entry_name) noexcep
         return ThrowError(6, nullptr);
     if (std::fread(content.get(), 1, size, source.get()) != size)
         return ThrowError(8, source_path);
-    source.reset();
     return AddEntry(stored, given, content.get(), static_cast<long>(length));
 }
 

@@ -96,7 +96,7 @@ double rough(void *points, void *shape, const double *x)
         sum += (2 + s[1]) * std::sqrt(1 + d * d) + std::max(s[2], 0.0) * std::fabs(d - std::floor(d) - 0.5) +
                (s[3] < 0.5 ? 0 : d * d);
     }
-    return sum;
+    return all[1] < 0 ? sum : std::floor(sum);  // also on terraces
 }
 
 void walks(Generator &input, Digest &digest)

@@ -29,6 +29,8 @@ const Promise promises[] = {
 
 // Texts of the common rules that a member of a class has to report.
 const Promise of_members[] = {{"", "TTriangularTopSurface_TTriangularTopSurface", "Not enough memory"},
+                              {"", "TTriangularTopSurface_TTriangularTopSurface", "No more memory"},
+                              {"", "TTriangularTopSurface_TTriangularTopSurface", "no Memory"},
                               {"", "TTriangularTopSurface_UmbrellaEdge", "Out of memory"},
                               {"", "TTriangularTopSurface_UmbrellaEdge", "No More Memory"},
                               {"", "TTriangularTopSurface_DetermineXYZMinGam", "out of memory"},

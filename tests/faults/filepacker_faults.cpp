@@ -4,6 +4,9 @@
 #include "faults/sweep.h"
 #include "filepacker.h"
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <filesystem>
 #include <optional>
 
@@ -93,6 +96,21 @@ TEST(FilePackerFaults, AnArchiveHoldsWhatWasAddedWithoutAnErrorAndNothingElse)
         EXPECT_TRUE(!closed || sticky);
         return fired;
     });
+}
+
+TEST(FilePackerFaults, AFullDiskLeavesTheArchiveAsItWas)
+{
+    Packed packed(0);
+    const auto size = [&] { return std::filesystem::file_size(packed.archive); };
+    const auto before = size();
+    rlimit usual, full{before + 5000, RLIM_INFINITY};
+    std::signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &usual);
+    full.rlim_max = usual.rlim_max;
+    setrlimit(RLIMIT_FSIZE, &full);
+    EXPECT_EQ(packed.packer->WriteBinaryData(long_text.data(), 20000), 7);
+    setrlimit(RLIMIT_FSIZE, &usual);
+    EXPECT_EQ(size(), before);
 }
 
 TEST(FilePackerFaults, ALengthThatLiesAllocatesNothing)

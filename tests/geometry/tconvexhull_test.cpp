@@ -406,30 +406,30 @@ TEST(TConvexHullCopy, SharesTheListsWithItsSource)
 TEST(TConvexHullPrint, WritesThePictureOfTheFacesAboveAndTheLists)
 {
     TConvexHull hull;
-    add(hull, tetrahedron);
+    add(hull, {{2, -30, 0}, {12, -30, 0}, {2, -10, 0}, {7, -25, 10}});
     hull.Construct();
     EXPECT_EQ(TConvexHullTest::picture(hull),
-              "%!PS\n%%BoundingBox: 0 0 10 20\n%%HiResBoundingBox: 0 0 10 20\n0 setlinewidth\n"
-              "0.000000 0.000000 translate\n\n%% Vertices:\tV = 4\n%% index:\tx\ty\tz\n"
-              "%%     3:\t5.000\t5.000\t10.000\n%%     0:\t0.000\t0.000\t0.000\n"
-              "%%     1:\t10.000\t0.000\t0.000\n%%     2:\t0.000\t20.000\t0.000\n\n"
+              "%!PS\n%%BoundingBox: 2 -30 12 -10\n%%HiResBoundingBox: 2 -30 12 -10\n0 setlinewidth\n"
+              "-2.000000 30.000000 translate\n\n%% Vertices:\tV = 4\n%% index:\tx\ty\tz\n"
+              "%%     3:\t7.000\t-25.000\t10.000\n%%     0:\t2.000\t-30.000\t0.000\n"
+              "%%     1:\t12.000\t-30.000\t0.000\n%%     2:\t2.000\t-10.000\t0.000\n\n"
               "%% Faces:\tF = 4\n%% Visible faces only: \n"
-              "%% vnums:  0  1  3\nnewpath\n0.000\t0.000\tmoveto\n10.000\t0.000\tlineto\n"
-              "5.000\t5.000\tlineto\nclosepath stroke\n\n"
-              "%% vnums:  1  2  3\nnewpath\n10.000\t0.000\tmoveto\n0.000\t20.000\tlineto\n"
-              "5.000\t5.000\tlineto\nclosepath stroke\n\n"
-              "%% vnums:  2  0  3\nnewpath\n0.000\t20.000\tmoveto\n0.000\t0.000\tlineto\n"
-              "5.000\t5.000\tlineto\nclosepath stroke\n\n"
+              "%% vnums:  0  1  3\nnewpath\n2.000\t-30.000\tmoveto\n12.000\t-30.000\tlineto\n"
+              "7.000\t-25.000\tlineto\nclosepath stroke\n\n"
+              "%% vnums:  1  2  3\nnewpath\n12.000\t-30.000\tmoveto\n2.000\t-10.000\tlineto\n"
+              "7.000\t-25.000\tlineto\nclosepath stroke\n\n"
+              "%% vnums:  2  0  3\nnewpath\n2.000\t-10.000\tmoveto\n2.000\t-30.000\tlineto\n"
+              "7.000\t-25.000\tlineto\nclosepath stroke\n\n"
               "%% List of all faces: \n%%\tv0\tv1\tv2\t(vertex indices)\n%%\t2\t1\t0\n%%\t0\t1\t3\n"
               "%%\t1\t2\t3\n%%\t2\t0\t3\n\n%% Edges:\tE = 6\n\nshowpage\n\n"
-              "\t5.000\t5.000\t10.000\n");
+              "\t7.000\t-25.000\t10.000\n");
     // Kept: the number of vertex 0 is blank.
     EXPECT_EQ(TConvexHullTest::lists(hull),
               "\nHead vertex 3 =# :\nVertex List\n"
-              "  addr#\t  vnum    3   ( 5.000, 5.000,10.000)   active:  0   dup:    0   mark: 1\n"
-              "  addr#\t  vnum    0   ( 0.000, 0.000, 0.000)   active:  0   dup:    0   mark: 1\n"
-              "  addr#\t  vnum    1   (10.000, 0.000, 0.000)   active:  0   dup:    0   mark: 1\n"
-              "  addr#\t  vnum    2   ( 0.000,20.000, 0.000)   active:  0   dup:    0   mark: 1\n"
+              "  addr#\t  vnum    3   ( 7.000,-25.000,10.000)   active:  0   dup:    0   mark: 1\n"
+              "  addr#\t  vnum    0   ( 2.000,-30.000, 0.000)   active:  0   dup:    0   mark: 1\n"
+              "  addr#\t  vnum    1   (12.000,-30.000, 0.000)   active:  0   dup:    0   mark: 1\n"
+              "  addr#\t  vnum    2   ( 2.000,-10.000, 0.000)   active:  0   dup:    0   mark: 1\n"
               "Edge List\n"
               "  addr:#\tadj:##  endpts:       1  del:  0\n  addr:#\tadj:##  endpts:   1   2  del:  0\n"
               "  addr:#\tadj:##  endpts:   2      del:  0\n  addr:#\tadj:##  endpts:       3  del:  0\n"

@@ -255,7 +255,7 @@ TEST(Izoom, PicksThePixelInWhichTheCentreLies)
         const int left = input.below(from.width), top = input.below(from.lines);
         const int width = 1 + input.below(from.width - left), height = 1 + input.below(from.lines - top);
         const Size to{1 + input.below(20), round % 4 == 0 ? (1 + input.below(4)) * width : 1 + input.below(40)};
-        izoom_window_set(z.get(), left, top, width, height);
+        EXPECT_EQ(izoom_window_set(z.get(), left, top, width, height), 1);
         std::vector<unsigned short> expected;
         for (int y = 0; y < to.lines; ++y)
             for (int x = 0; x < to.width; ++x) {

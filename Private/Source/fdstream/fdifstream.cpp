@@ -23,7 +23,7 @@ fdifstream::fdifstream(const char *path, std::ios_base::openmode mode) : fdifstr
 {
 }
 
-fdifstream::~fdifstream() { close(); }
+fdifstream::~fdifstream() = default;
 
 int fdifstream::close() { return buf.closefile(); }
 

@@ -23,7 +23,7 @@ fdofstream::fdofstream(const char *path, std::ios_base::openmode mode) : fdofstr
 {
 }
 
-fdofstream::~fdofstream() { close(); }
+fdofstream::~fdofstream() = default;
 
 int fdofstream::close() { return buf.closefile(); }
 
