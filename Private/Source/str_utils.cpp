@@ -155,9 +155,7 @@ char *strstr_ci(const char *text, const char *pattern) TESKA_NOTHROW
 
 void str_go_to_next_line(const char **cursor) TESKA_NOTHROW
 {
-    const char *at = *cursor;
-    while (*at != 0 && !is_line_end(*at))
-        ++at;
+    const char *at = *cursor + std::strcspn(*cursor, "\r\n");
     if (*at == '\r')
         ++at;
     if (*at == '\n')

@@ -62,7 +62,13 @@ constinit thread_local found_places cache;
 
 const char *end_of(const char *text) { return text + std::strlen(text); }
 
-const char *skip_blanks(const char *at) { return at + std::strspn(at, " \t"); }
+// There are few of them.
+const char *skip_blanks(const char *at)
+{
+    while (*at == ' ' || *at == '\t')
+        ++at;
+    return at;
+}
 
 // Without trailing blanks and tabs.
 std::string_view trimmed(const char *first, const char *last)
@@ -160,14 +166,29 @@ bool topic_ends_before(const char *at, const char *equals)
     return close <= equals;
 }
 
+// Whether the text goes on with a name: most lines are told apart by their first characters.
+bool begins_with(const char *at, const char *name)
+{
+    while (*name != 0 && *at == *name) {
+        ++at;
+        ++name;
+    }
+    return *name == 0;
+}
+
+// The topic ends after its next topic line, which is an item line too. It is looked for where a bracket opens.
 bool has_item(const char *at, const char *item, char *value)
 {
-    const char *next = next_topic(at).items;
-    const char *end = next != nullptr ? next : end_of(at);
-    for (; at < end; str_go_to_next_line(&at)) {
+    const char *end = nullptr;
+    while (*at != 0 && (end == nullptr || at < end)) {
+        if (end == nullptr && *skip_blanks(at) == '[') {
+            end = next_topic(at).items;
+            end = end != nullptr ? end : end_of(at);
+        }
         const char *line = at;
-        if (str_get_zuk_item(&line, item, value) == 0)
+        if (begins_with(at, item) && str_get_zuk_item(&line, item, value) == 0)
             return true;
+        str_go_to_next_line(&at);
     }
     return false;
 }

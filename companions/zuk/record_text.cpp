@@ -2,6 +2,7 @@
 #include "record_text.h"
 
 #include <algorithm>
+#include <cstring>
 #include <initializer_list>
 #include <utility>
 
@@ -33,6 +34,23 @@ bool begins_with_bracket(std::string_view line)
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
+// A multiple of each eight characters by the golden ratio, its upper half over the lower one.
+template <class Fold>
+std::uint64_t hash_of(std::string_view name, Fold fold)
+{
+    std::uint64_t hash = name.size();
+    for (std::size_t i = 0; i < name.size(); i += sizeof hash) {
+        std::uint64_t bytes = 0;
+        if (i + sizeof bytes <= name.size())
+            std::memcpy(&bytes, name.data() + i, sizeof bytes);
+        else
+            std::memcpy(&bytes, name.data() + i, name.size() - i);
+        hash = (hash ^ fold(bytes)) * 0x9e3779b97f4a7c15U;
+        hash ^= hash >> 32;
+    }
+    return hash;
+}
+
 std::string joined(std::initializer_list<std::string_view> pieces)
 {
     std::string text;
@@ -58,7 +76,7 @@ item &append(topic &owner, std::string_view name, std::string line)
     owner.items.push_back(std::make_unique<item>(item{std::string(name), std::move(line), {}}));
     item *added = owner.items.back().get();
     try {
-        owner.by_name.emplace(added->name, added);
+        owner.by_name.add(added->name, added);
     } catch (...) {
         owner.items.pop_back();
         throw;
@@ -75,19 +93,14 @@ bool is_one_line(std::string_view text) { return text.find_first_of(line_ends) =
 
 }  // namespace
 
-const item *topic::find(std::string_view item_name) const
-{
-    const auto found = by_name.find(item_name);
-    return found != by_name.end() ? found->second : nullptr;
-}
+const item *topic::find(std::string_view item_name) const { return by_name.find(item_name); }
 
 bool topic::set(std::string_view item_name, std::string_view value)
 {
     std::string text = joined({item_name, " = ", without_blanks(value), "\n"});
-    const auto found = by_name.find(item_name);
-    if (found != by_name.end()) {
-        const bool differs = found->second->line != text;
-        found->second->line.swap(text);
+    if (item *const found = by_name.find(item_name)) {
+        const bool differs = found->line != text;
+        found->line.swap(text);
         return differs;
     }
     // Items are kept together: lines at the end of the topic stay at its end.
@@ -96,9 +109,30 @@ bool topic::set(std::string_view item_name, std::string_view value)
     return true;
 }
 
-bool less_without_case::operator()(std::string_view left, std::string_view right) const
+hashed_name exactly::hashed(std::string_view name)
 {
-    return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
+    return {hash_of(name, [](std::uint64_t bytes) { return bytes; }), name};
+}
+
+bool exactly::operator()(const hashed_name &left, const hashed_name &right) const
+{
+    return left.hash != right.hash ? left.hash < right.hash : left.name < right.name;
+}
+
+// Letters in either case have the same hash, and so have a few other pairs.
+hashed_name without_case::hashed(std::string_view name)
+{
+    return {hash_of(name, [](std::uint64_t bytes) { return bytes | 0x2020202020202020U; }), name};
+}
+
+bool without_case::operator()(const hashed_name &left, const hashed_name &right) const
+{
+    if (left.hash != right.hash)
+        return left.hash < right.hash;
+    // Spelled alike, as most are.
+    if (left.name == right.name)
+        return false;
+    return std::lexicographical_compare(left.name.begin(), left.name.end(), right.name.begin(), right.name.end(),
                                         [](char l, char r) { return lower(l) < lower(r); });
 }
 
@@ -123,11 +157,7 @@ std::string record_text::write() const
     return text;
 }
 
-topic *record_text::find(std::string_view name) const
-{
-    const auto found = by_name_.find(name);
-    return found != by_name_.end() ? found->second : nullptr;
-}
+topic *record_text::find(std::string_view name) const { return by_name_.find(name); }
 
 void record_text::add(std::string_view name, std::string_view comment)
 {
@@ -163,7 +193,7 @@ void record_text::open_topic(std::string line, std::string_view name)
     try {
         added->name = name;
         added->line = std::move(line);
-        by_name_.emplace(added->name, added);
+        by_name_.add(added->name, added);
     } catch (...) {
         topics_.pop_back();
         throw;
@@ -181,7 +211,7 @@ std::string &record_text::kept_at_end()
 std::string_view value_of(const item &item)
 {
     std::string_view value = item.line;
-    value.remove_prefix(value.find('=') + 1);
+    value.remove_prefix(value.find('=', item.name.size()) + 1);
     value.remove_suffix(1);  // the line end
     return without_end_blanks(without_blanks(value).substr(0, value_length_max));
 }

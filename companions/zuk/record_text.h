@@ -7,16 +7,19 @@
 //     topic.line  topic.kept    the topic line, then lines up to the first item
 //     item.line   item.kept     an item line, then lines up to the next item or topic
 //
-// Items and topics are found by search trees, not by hashing: names come from files, and no choice of names may make a
-// search slow. What changes the text may throw std::bad_alloc and then leaves it as it was; finding allocates nothing.
+// Items and topics are found by hashes of their names, in buckets that are search trees: most hold one name, and still
+// no choice of names, which come from files, may make a search slow. What changes the text may throw std::bad_alloc and
+// then leaves it as it was; finding allocates nothing.
 #ifndef ZUK_RECORD_TEXT_H
 #define ZUK_RECORD_TEXT_H
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace zuk
@@ -31,22 +34,75 @@ struct item {
     std::string kept;
 };
 
+// A name and a hash of it.
+struct hashed_name {
+    std::uint64_t hash;
+    std::string_view name;
+};
+
+struct exactly {
+    static hashed_name hashed(std::string_view name);
+    bool operator()(const hashed_name &left, const hashed_name &right) const;
+};
+
+// The case of ASCII letters ignored.
+struct without_case {
+    static hashed_name hashed(std::string_view name);
+    bool operator()(const hashed_name &left, const hashed_name &right) const;
+};
+
+// Values by names, which are owned elsewhere and stay where they are. Order says how names are hashed and compared.
+template <class Order, class Value>
+class name_table
+{
+public:
+    // Null when the name is not there.
+    Value *find(std::string_view name) const
+    {
+        const hashed_name wanted = Order::hashed(name);
+        const bucket &place = buckets_[wanted.hash & (buckets_.size() - 1)];
+        const auto found = place.find(wanted);
+        return found != place.end() ? found->second : nullptr;
+    }
+
+    // A name that is there already keeps its value.
+    void add(std::string_view name, Value *value)
+    {
+        const hashed_name key = Order::hashed(name);
+        if (count_ == buckets_.size())
+            grow();
+        count_ += buckets_[key.hash & (buckets_.size() - 1)].emplace(key, value).second ? 1 : 0;
+    }
+
+private:
+    using bucket = std::map<hashed_name, Value *, Order>;
+
+    void grow()
+    {
+        std::vector<bucket> wider(2 * buckets_.size());
+        for (bucket &old : buckets_)
+            while (!old.empty()) {
+                auto name = old.extract(old.begin());
+                wider[name.key().hash & (wider.size() - 1)].insert(std::move(name));
+            }
+        buckets_.swap(wider);
+    }
+
+    std::size_t count_ = 0;
+    std::vector<bucket> buckets_ = std::vector<bucket>(1);  // as many as a power of two
+};
+
 struct topic {
     std::string name;
     std::string line;
     std::string kept;
     std::vector<std::unique_ptr<item>> items;  // of different names
-    std::map<std::string_view, item *> by_name;
+    name_table<exactly, item> by_name;
 
     const item *find(std::string_view item_name) const;
 
     // Adds an item after the last one or replaces the line of the one with that name; false when it is the same line.
     bool set(std::string_view item_name, std::string_view value);
-};
-
-// Orders names with the case of ASCII letters ignored.
-struct less_without_case {
-    bool operator()(std::string_view left, std::string_view right) const;
 };
 
 class record_text
@@ -68,7 +124,7 @@ private:
 
     std::string preamble_;
     std::vector<std::unique_ptr<topic>> topics_;
-    std::map<std::string_view, topic *, less_without_case> by_name_;
+    name_table<without_case, topic> by_name_;
 };
 
 // The value in an item's line: at most value_length_max characters.

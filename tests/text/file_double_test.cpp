@@ -2,6 +2,8 @@
 
 #include "support/test.h"
 
+#include "str_zuk.h"
+
 using teska_test::lines, teska_test::Reports;
 
 namespace
@@ -111,6 +113,22 @@ TEST(StrFromVd, KeptMayAddADigitByRounding)
         char text[160] = "x";
         EXPECT_EQ(str_from_vd(values.data(), static_cast<int>(values.size()), text), 0);
         EXPECT_EQ(text, expected);
+    }
+}
+
+TEST(VdFromStr, ReadsDecimalsOfAnyLengthAsTheCLibraryDoes)
+{
+    teska_test::Generator random(7);
+    for (int round = 0; round < 100000; ++round) {
+        std::string text = round % 3 == 0 ? "-" : round % 7 == 0 ? "+" : "";
+        for (int length = random.below(round % 2 == 0 ? 8 : 24); length >= 0; --length)
+            text += "0123456789.e"[random.below(round % 5 == 0 ? 12 : 11)];
+        char *end = nullptr;
+        double found = 99, expected = std::strtod(text.c_str(), &end);
+        if (end == text.c_str())
+            expected = 99;
+        str_double_from_itemstr(text.c_str(), 1, &found);
+        EXPECT_EQ(std::memcmp(&found, &expected, sizeof found), 0) << text;
     }
 }
 

@@ -3,6 +3,8 @@
 
 #include "support/folder.h"
 
+#include "record_text.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -104,6 +106,39 @@ TEST_F(Zuk, AsksTheTopmostFileThatHasTheTopicInAnyCase)
     EXPECT_EQ(list("az{") + search("az[", "k"), "k=2;(none)");
     EXPECT_EQ(saved(), "[aZ{]\nk = 1\nlow = 1\n");
     EXPECT_EQ(folder.read("g"), "[Az{]\nk = 2\n");
+}
+
+TEST(ZukNames, AreFoundWhateverTheirHashesAre)
+{
+    struct alike {
+        static zuk::hashed_name hashed(std::string_view name) { return {7, name}; }
+        bool operator()(const zuk::hashed_name &a, const zuk::hashed_name &b) const { return a.name < b.name; }
+    };
+    zuk::name_table<alike, const std::string> table;
+    std::vector<std::string> names;
+    for (int i = 0; i < 1000; ++i)
+        names.push_back("name" + std::to_string(i));
+    for (const std::string &name : names)
+        table.add(name, &name);
+    table.add(names[3], nullptr);
+    for (const std::string &name : names)
+        EXPECT_EQ(table.find(name), &name);
+    EXPECT_EQ(table.find("name"), nullptr);
+}
+
+TEST_F(Zuk, FindsEachOfManyTopicsAndItems)
+{
+    std::string text;
+    for (int i = 0; i < 250; ++i)
+        text += "[@Topic`{" + std::to_string(i) + "}]\nitem = x\n" + std::string(static_cast<std::size_t>(i), 'n') +
+                "1=" + std::to_string(i) + "\n";
+    ASSERT_NE(push(text), nullptr);
+    for (int i = 0; i < 250; ++i)
+        EXPECT_EQ(
+            search(("@tOPIC`{" + std::to_string(i) + "}").c_str(), std::string(static_cast<std::size_t>(i), 'n') + "1"),
+            std::to_string(i));
+    EXPECT_EQ(search("`tOPIC`{1}", "n1") + search("@tOPIC@{1}", "n1") + search("@tOPIC`[1}", "n1"),
+              "(none)(none)(none)");
 }
 
 TEST_F(Zuk, CutsWhatIsTooLongOnlyWhenItIsRead)
