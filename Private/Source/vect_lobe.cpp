@@ -267,7 +267,7 @@ double vect_lobe_limit(const vect_lobe *lobe, const double *shift) TESKA_NOTHROW
     for (int i = 0; i < n; ++i)
         in_ball[i] = across_part(*lobe, scaled, p, i);
     const double length = vect_normalise(in_ball, n + 1);
-    return length != 0.0 ? std::ldexp(safe_shift / length, -exponent) : HUGE_VAL;
+    return std::ldexp(safe_shift / length, -exponent);  // infinite for 0
 }
 
 // ---- Process --------------------------------------------------------------------------------------------------------

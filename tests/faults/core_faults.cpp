@@ -195,13 +195,16 @@ TEST(TetraVolume, FindsTheSamePointWhenMemoryIsShort)
 // Without a restriction alpha says whether the step is free, 1, or memory was short.
 TEST(Restriction, HoldsTheStepWhenMemoryIsShort)
 {
-    const double half[] = {1, 0.5}, start = 0, step = 1;  // x <= 0.5
-    const std::shared_ptr<restriction> limit(restriction_new(1, 0, nullptr, 1, half), restriction_kill);
+    std::vector<double> half(41), start(40), step(40);  // x <= 0.5, of more coordinates than there is room for
+    half[0] = step[0] = 1;
+    half[40] = 0.5;
+    const std::shared_ptr<restriction> limit(restriction_new(40, 0, nullptr, 1, half.data()), restriction_kill);
     Reports reports;
     each_allocation(2, [&](const auto &fire) {
         double alpha = 2;
         fire();
-        const bool stopped = made(restriction_new_check(limit.get(), nullptr, &start, &step, &alpha), restriction_kill);
+        const bool stopped =
+            made(restriction_new_check(limit.get(), nullptr, start.data(), step.data(), &alpha), restriction_kill);
         const bool fired = disarm() > 0;
         EXPECT_EQ(stopped, !fired);
         EXPECT_EQ(alpha, fired ? 0 : 0.5);

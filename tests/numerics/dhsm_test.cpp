@@ -55,6 +55,14 @@ double pitted(void *evaluations, void *, const double *x)
     return ++*static_cast<int *>(evaluations), x[0] == 1 - 0.005 ? -1 : std::fabs(x[0] - 1);
 }
 
+// 0 at (0.5, beside), but for a pit that is looked for there when the second coordinate counts as 0.
+double beside;
+double hollow(void *evaluations, void *, const double *x)
+{
+    ++*static_cast<int *>(evaluations);
+    return x[0] == 0.5 && x[1] == 0.0025 ? -1 : std::fabs(x[0] - 0.5) + std::fabs(x[1] - beside);
+}
+
 }  // namespace
 
 TEST(DhsmSolve, EndsAtAKnownMinimum)
@@ -91,6 +99,14 @@ TEST(DhsmSolve, TakesTheStepsOfTheMethodAsManyAsItIsAllowed)
         EXPECT_EQ(evaluations == any ? any : run.evaluations, evaluations) << max_iter;
     }
     EXPECT_EQ(Search(gentle, 2, never).solve({0, 0}, 0, 0).result, -1);
+    const auto measure = [](dhsm *, void *, void *at, int, int) {
+        return *static_cast<int *>(at) == 2 ? 0.99e-7 : 1.01e-7;
+    };
+    for (const std::size_t n : {2U, 3U})
+        EXPECT_EQ(Search(constant, n, measure).solve(Values(n), 0, 0).result, n == 2 ? 0 : -1)
+            << "1e-7 for no tolerance";
+    for (const double near : {0.0, 9.9e-21, 1.01e-20})
+        EXPECT_EQ(Search(hollow, 2).solve({0.5, beside = near}, 1e-3, 50).result, near < 1e-20 ? -1 : 0) << near;
 }
 
 TEST(DhsmSolve, TakesTheFirstSimplexFromTheStartOrFromInit)

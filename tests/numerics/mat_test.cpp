@@ -85,6 +85,7 @@ TEST(MatInvert, FillsOneObjectAnewAfterEveryChange)
     EXPECT_EQ(mat_invert(m.get(), &flag), inverse.get());
     EXPECT_EQ(elements()[0], 7) << "nothing changed: nothing is computed";
     mat_set_element(m.get(), 1, 0, 1);
+    EXPECT_EQ(mat_invert(m.get(), &flag), inverse.get());
     EXPECT_EQ(mat_set_row(m.get(), 0, Values{2, 0}.data()), 0);
     EXPECT_EQ(mat_invert(m.get(), &flag), inverse.get());
     EXPECT_EQ(elements(), (Values{0.5, 0, -0.125, 0.25}));
@@ -136,6 +137,7 @@ TEST(MatGetElement, KeptComparesTheColumnWithTheRows)
     // Not square: what there is of it, and zeros.
     EXPECT_EQ(solve(wide.get(), {1, 1}).determinant, -3);
     EXPECT_EQ(solve(tall.get(), Values(5)).flag, -2);
+    EXPECT_EQ(solve(Matrix(mat_gen_new(Values{1, 2}.data(), 2, 1), mat_kill).get(), {1, 1}).flag, -2);
     const Matrix column(mat_gen_new(Values{1, NAN}.data(), 2, 1), mat_kill);
     EXPECT_EQ(solve(column.get(), {1, 1}).flag, -1) << "Kept: beside the zeros NaN does not count";
 }

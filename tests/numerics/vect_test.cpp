@@ -43,9 +43,10 @@ TEST(VectLocate, FindsTheFirstValueThatIsNotLess)
         for (short x = -1; x < 10; ++x) {
             unsigned in_ints = 99, in_doubles = 99;
             short in_shorts = 99;
-            vect_locate_in_array(a.data(), x, n, &in_ints);
-            vect_locate_in_double_array(doubles.data(), x, n, &in_doubles);
-            vect_locate_in_sh_array(shorts.data(), x, static_cast<unsigned short>(n), &in_shorts);
+            const int results = vect_locate_in_array(a.data(), x, n, &in_ints) |
+                                vect_locate_in_double_array(doubles.data(), x, n, &in_doubles) |
+                                vect_locate_in_sh_array(shorts.data(), x, static_cast<unsigned short>(n), &in_shorts);
+            EXPECT_EQ(results, 0);
             const std::vector<std::int64_t> found{in_ints, in_doubles, in_shorts};
             EXPECT_EQ(found, std::vector<std::int64_t>(3, std::lower_bound(a.begin(), a.end(), x) - a.begin())) << x;
         }
