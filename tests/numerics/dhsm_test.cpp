@@ -125,6 +125,7 @@ TEST(DhsmSolve, TakesTheFirstSimplexFromTheStartOrFromInit)
         const Outcome run = search.solve({77, 77}, 0, 0);
         EXPECT_DOUBLE_EQ(run.x[0], best);
         EXPECT_EQ(run.x[1], 1);
+        EXPECT_EQ(search.solve({0, 0}, 0, 0).x, (Values{0.1, 0})) << "init serves one search";
     }
     EXPECT_EQ(Search(gentle, 2, always_zero).solve({0, 0}, 0, 0).x, (Values{0.1, 0}));
     EXPECT_EQ(Search(gentle, 2, always_zero).solve({3, 1}, 0, 0).x, (Values{3, 1}));

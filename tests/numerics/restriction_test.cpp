@@ -72,9 +72,9 @@ TEST(RestrictionNewCheck, StopsAStepAtTheFirstInequality)
         Values back(2);
         EXPECT_EQ(restriction_get_back(reduced.get(), r.get(), Values{5}.data(), back.data()), 0);
         EXPECT_EQ(back, Values(x.begin() + 1, x.end()));
-        const Restriction twice(
-            restriction_new_check(reduced.get(), nullptr, Values{-9}.data(), Values{36}.data(), &alpha),
-            restriction_kill);
+        const Restriction twice(restriction_new_check(reduced.get(), nullptr, Values{2}.data(),
+                                                      Values{x[1] == 4 ? 36.0 : -36.0}.data(), &alpha),
+                                restriction_kill);
         EXPECT_NE(twice, nullptr) << "the other inequalities hold too";
     }
     // Other limits count instead; a start that violates one goes nowhere.
