@@ -1,4 +1,4 @@
-// records_bench - record text and record files beside GLib's key files, numbers in text beside the C library, one thread
+// records_bench - record text and files beside GLib's key files, numbers in text beside the C library, one thread
 //
 // A text of 40 topics with 20 items each, as the description of a printer has. GLib keeps a hash table of
 // each group. In order: every item of the text is asked for by topic and name; by chance: as many of them, from a file
