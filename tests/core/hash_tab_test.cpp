@@ -51,6 +51,8 @@ TEST(HashTabNew, TakesThePrimeFromTwentyPercentMoreOnAndFillsToTheLastSlot)
         int key = 1;
         for (int i = 0; i < slots; ++i, key += slots)
             EXPECT_EQ(hash_tab_insert(table.get(), &key, &i), slots > 1 ? (i + 1) % slots : 0);
+        const int last = key - slots;
+        EXPECT_EQ(hash_tab_put(table.get(), &last, &last), slots > 0 ? 0 : -1);
         EXPECT_EQ(hash_tab_insert(table.get(), &key, nullptr), -1);
         EXPECT_EQ(Host::take(), lines{"Hash_table  full "});
         EXPECT_EQ(hash_tab_nr_items(table.get()), slots);

@@ -13,6 +13,7 @@ using Archive = std::unique_ptr<archive, archive *(*)(archive *)>;
 TEST(Archive, GivesBackWhatWasAddedAndSaysWhatFails)
 {
     const teska_test::Folder folder;
+    teska_test::Reports reports;
     const std::string path = folder.path("a.fp"), file = folder.path("f");
     folder.write("f", "from a file");
     char *bytes = nullptr, text[ARCHIVE_NAME_SIZE];
@@ -31,7 +32,6 @@ TEST(Archive, GivesBackWhatWasAddedAndSaysWhatFails)
         EXPECT_EQ(text + (' ' + std::string(bytes, static_cast<std::size_t>(length))), entry);
     }
     EXPECT_EQ(archive_next(a.get(), &bytes, &length, text), 9);
-    teska_test::Reports reports;
     EXPECT_EQ(archive_open(folder.path("missing").c_str(), &codes[1]), nullptr);
     EXPECT_EQ(archive_open(file.c_str(), &codes[2]), nullptr);
     EXPECT_EQ(archive_create(folder.path("no/folder").c_str(), "", &codes[3]), nullptr);

@@ -188,14 +188,17 @@ TEST(Proj, RefusesOtherNumbersAndLeavesNanOutside)
 TEST(ProjPlanes, GiveKnownAnswers)
 {
     const Values slant{0, 3, 4, -25}, x{1, 3, 4};
-    expect(plain<proj_on_plane, 3>, {{slant, {1, 0, 0}, x, {}, 25}, {slant, x, x, {}}, refused({1e-21, 0, 0, 1})});
+    expect(plain<proj_on_plane, 3>, {{slant, {1, 0, 0}, x, {}, 25},
+                                     {{3, 0, 4, -25}, {0, 7, 0}, {3, 7, 4}, {}, 25},
+                                     {slant, x, x, {}},
+                                     refused({1e-21, 0, 0, 1})});
     expect(plain<proj_on_plane_abcd>, {{slant, {1, 0, 0}, x, {}, 25}, refused({1e-11, 0, 0, 1})});
     expect(plain<proj_on_plane_par>, {{slant, {1, 0, 4}, x, {}, 9, {0, 0, 2}}, refused(slant, {0, 6, 8})});
     expect(plain<proj_on_plane_parline>, {{slant, {1, 3, 0}, x, {}, 16, {0, 0, 2}}, refused(slant, {1, 0, 0}, 1e20)});
     for (const Function f : {plain<proj_on_line_segm>, plain<proj_on_tetra_bound>, plain<proj, 2>, plain<proj, 4>})
         EXPECT_EQ(Outcome(f, {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1}, {0.1, 0.2, 0.3}, {}).code, 0);
     expect(plain<proj_on_line>,
-           {{{2, 0, 0, 5, 0, 0}, {9, 3, 4}, {9, 0, 0}, {}, 25}, {{2, 0, 0, 2, 0, 0}, {2, 3, 4}, {2, 0, 0}, {}, 25}});
+           {{{2, 1, 0, 5, 1, 0}, {9, 4, 4}, {9, 1, 0}, {}, 25}, {{2, 0, 0, 2, 0, 0}, {2, 3, 4}, {2, 0, 0}, {}, 25}});
     double point[3], abcd[4], dir[3];
     EXPECT_EQ(proj_plane_intersect(slant.data(), Values{1, 0, 0, -2}.data(), dir, point), 0);
     expect_near(point, {2, 3, 4}, "point");
