@@ -60,7 +60,7 @@ public:
     Value *find(std::string_view name) const
     {
         const hashed_name wanted = Order::hashed(name);
-        const bucket &place = buckets_[wanted.hash & (buckets_.size() - 1)];
+        const bucket &place = buckets_[place_in(buckets_, wanted)];
         const auto found = place.find(wanted);
         return found != place.end() ? found->second : nullptr;
     }
@@ -71,11 +71,16 @@ public:
         const hashed_name key = Order::hashed(name);
         if (count_ == buckets_.size())
             grow();
-        count_ += buckets_[key.hash & (buckets_.size() - 1)].emplace(key, value).second ? 1 : 0;
+        count_ += buckets_[place_in(buckets_, key)].emplace(key, value).second ? 1 : 0;
     }
 
 private:
     using bucket = std::map<hashed_name, Value *, Order>;
+
+    static std::size_t place_in(const std::vector<bucket> &buckets, const hashed_name &name)
+    {
+        return static_cast<std::size_t>(name.hash) & (buckets.size() - 1);
+    }
 
     void grow()
     {
@@ -83,7 +88,7 @@ private:
         for (bucket &old : buckets_)
             while (!old.empty()) {
                 auto name = old.extract(old.begin());
-                wider[name.key().hash & (wider.size() - 1)].insert(std::move(name));
+                wider[place_in(wider, name.key())].insert(std::move(name));
             }
         buckets_.swap(wider);
     }
