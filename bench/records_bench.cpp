@@ -1,8 +1,8 @@
 // records_bench - record text and files beside GLib's key files, numbers in text beside the C library, one thread
 //
-// A text of 40 topics with 20 items each, as the description of a printer has. GLib keeps a hash table of
-// each group. In order: every item of the text is asked for by topic and name; by chance: as many of them, from a file
-// that was loaded before. Loading is from memory to the first answer.
+// A text of 40 topics with 20 items each, as the description of a printer has. GLib keeps a hash table of each group.
+// In order: every item of the text is asked for by topic and name; GLib loads the text each time, ours keeps nothing of
+// it. By chance: as many items of a file that both have loaded.
 
 #include "support/pairs.h"
 

@@ -15,6 +15,8 @@
 namespace teska
 {
 
+inline bool is_digit(char c) noexcept { return c >= '0' && c <= '9'; }
+
 // Writes the number, correctly rounded, without padding and without a zero at the end; returns the end of its text.
 //
 // out       room for it; a double has up to 309 digits before the point
@@ -29,7 +31,6 @@ inline char *put_fixed(std::span<char> out, double number, int decimals) noexcep
     char *const end = out.data() + std::clamp(length, 0, static_cast<int>(out.size()) - 1);
     if (decimals == 0 || !std::isfinite(number))
         return end;
-    const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
     char *const point = std::find_if_not(out.data() + (out[0] == '-' ? 1 : 0), end, is_digit);
     *point = '.';
     return std::copy(end - decimals, end, point + 1);

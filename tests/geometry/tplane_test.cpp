@@ -81,9 +81,11 @@ TEST(TPlane, KeepsToIntegersWhateverItIsGiven)
                 const TPlane plane(size, size, TPlane::ConstLPlane, high, 0, high, 0, high);
                 EXPECT_NE(pixel(plane, {v, v, v}, true)[0], INT_MIN);
                 EXPECT_EQ(pixel(plane, {v, v, NAN}, true)[1], 0);
-                int lines = 0, steps = 0;
-                EXPECT_NE(plane.GetXGridPoints(&lines, &steps), nullptr);
-                EXPECT_EQ(lines, 11);
+                for (const auto points : {&TPlane::GetXGridPoints, &TPlane::GetYGridPoints}) {
+                    int lines = 0, steps = 0;
+                    EXPECT_NE((plane.*points)(&lines, &steps), nullptr);
+                    EXPECT_EQ(lines, 11);
+                }
             }
     const TPlane three(3, 3, TPlane::ConstLPlane, 0, 0, 1, 0, 1);
     EXPECT_EQ(pixel(three, {0, 1e308, 1e308}, true), (Ints{INT_MAX, -INT_MAX}));

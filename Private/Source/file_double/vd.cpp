@@ -22,6 +22,10 @@
 
 #include "file_double.h"
 
+#if __has_include(<langinfo.h>)
+#    include <langinfo.h>
+#endif
+
 #include <algorithm>
 #include <charconv>
 #include <clocale>
@@ -93,33 +97,35 @@ constexpr int plain_digits = 15;
 constexpr double powers_of_ten[plain_digits + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                     1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
 
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
-
 // Reads digits with or without a point among them. False for whatever else a number may be, which is left to others.
 bool read_plain(const char *text, double *number)
 {
     const bool negative = *text == '-';
     const char *at = text + (negative || *text == '+' ? 1 : 0);
-    const char *const first = at;
     std::int64_t digits = 0;
-    for (; is_digit(*at) && at - first < plain_digits; ++at)
+    int count = 0;
+    for (; teska::is_digit(*at) && count < plain_digits; ++at, ++count)
         digits = 10 * digits + (*at - '0');
-    int count = static_cast<int>(at - first);
     int decimals = 0;
     if (*at == '.')
-        for (++at; is_digit(*at) && count < plain_digits; ++at, ++count, ++decimals)
+        for (++at; teska::is_digit(*at) && count < plain_digits; ++at, ++count, ++decimals)
             digits = 10 * digits + (*at - '0');
     // More digits, an exponent, or the x of a hexadecimal number.
-    if (count == 0 || is_digit(*at) || (*at >= 'A' && *at <= 'z'))
+    if (count == 0 || teska::is_digit(*at) || (*at >= 'A' && *at <= 'z'))
         return false;
     const double magnitude = static_cast<double>(digits) / powers_of_ten[decimals];
     *number = negative ? -magnitude : magnitude;
     return true;
 }
 
+// Asked of the thread's locale. On POSIX localeconv fills one record for all threads.
 bool point_is_plain()
 {
+#if __has_include(<langinfo.h>)
+    const char *const point = nl_langinfo(RADIXCHAR);
+#else
     const char *const point = std::localeconv()->decimal_point;
+#endif
     return point[0] == '.' && point[1] == 0;
 }
 
