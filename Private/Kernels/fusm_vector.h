@@ -361,7 +361,7 @@ fusm_loops<std::uint8_t> fusm_byte_loops(const fusm_curve &curve) noexcept
 template <class Isa, int Radius>
 void fusm_sharpen_bytes(const fusm_curve &curve, const fusm_bytes &line) noexcept
 {
-    if (curve.last > 255 || curve.top > 255)
+    if (curve.top > 255)
         fusm_pixels(Radius, curve, line, 0, line.width);
     else
         fusm_sharpen<Radius>(fusm_byte_loops<Isa, Radius>(curve), curve, line);

@@ -119,9 +119,7 @@ TTriangularTopSurface::TTriangularTopSurface(int primCount, double const **level
     horAxis2 = vertical == 2 ? 1 : 2;
     if (CopyLevels(primCount, levelsOf, levelCounts) != 0)
         return;
-    if (MakeSortedPrimList() != 0)
-        errNo = 1;
-    else if ((DetermineTopUmbrella() != 0 || FindDarkeningPrimaries() != 0) && errNo == 0)
+    if ((DetermineTopUmbrella() != 0 || FindDarkeningPrimaries() != 0) && errNo == 0)
         errNo = 1;
 }
 

@@ -65,7 +65,8 @@ TEST(CacheGet, GoesRoundLikeAClockPastWhatIsLocked)
 {
     Cache items(4, {0, 15, 15, 15, 15, 40, 41, 0, INT_MIN, 10, 10});
     // Items 6 to 8 have sizes that do not fit. Kept: a count below 0 locks as well.
-    expect(items, "L1:0 L2:20 L3:0 g2:20 L4:20 L2:0 g6:-1 g7:-1 g8:-1 L9:20 L4:0 L5:0 L9:0 L1:10 f0:1 L4:0 l1:0 L1:20 "
+    expect(items, "L10:0 f0:1 L10:0 f0:1 "
+                  "L1:0 L2:20 L3:0 g2:20 L4:20 L2:0 g6:-1 g7:-1 g8:-1 L9:20 L4:0 L5:0 L9:0 L1:10 f0:1 L4:0 l1:0 L1:20 "
                   "l1:1 l1:1 u1:1 L2:0 L3:0 g5:-1 l3:1 g9:-1 d3:1 d3:0 L9:0 u1:1 L5:0 u1:0 L1:0 L2:20 u2:1 L3:0 g2:20 "
                   "L9:0 g5:-1 f0:1 L5:0 d5:1 L9:0 l9:1 L3:10 L1:10 L2:10 g9:0 f0:1 L1:0 f0:1 L1:0 L4:20 L9:0 L1:10 "
                   "L4:0 L9:20 L10:30 g4:0 f0:1 L1:0 l1:1 L2:20 L3:20 g1:0");

@@ -86,7 +86,7 @@ TEST(HashTab, KeptDoesAsDescribedStepByStep)
     std::istringstream steps("i5=5 i5=10 i18=2 i13=0 i26=4 i-3=7 g5=5:0 g18=2:2 g26=4:4 g6=-1 g0=8:0 g-3=7:5 p18=2 "
                              "p6=-1 g18=2:12 d5=5 g5=10:1 g18=2:12 d6=-1 x5=0 r5=0 s5=-1:0 i31=5 g31=5:22 x8=0 r8=0 "
                              "x10=1 x13=0 x-1=0 g5=-1 g18=2:12 u10=1 g18=-1 s10=10:1 u13=0 r2=1 s2=2:35 s13=-1 s-1=-1 "
-                             "r-1=0 i44=10 x10=1 i57=10 s10=10:42 ");
+                             "r-1=0 i44=10 x10=1 i57=10 s10=10:42 g13=0:3 d13=0 s0=-1:0 ");
     hash_tab *t = table.get();
     char action = 0, mark = 0;
     for (int key = 0, result = 0, number = 0; steps >> action >> key >> mark >> result; ++number) {

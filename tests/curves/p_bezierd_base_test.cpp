@@ -304,6 +304,12 @@ TEST(PolyBezierGetY, FindsEveryXOfARisingChainToTheLastDigits)
     EXPECT_EQ(y, 2);
     EXPECT_EQ(poly_bezier_get_y(p, std::nextafter(x, inf), &y), 2);
     EXPECT_EQ(y, at(p, 31).y);
+    Reports reports;
+    EXPECT_EQ(poly_bezier_reverse(p), 1);
+    EXPECT_EQ(poly_bezier_get_y(p, 0, &y), 0);
+    EXPECT_EQ(reports.take(), lines{"poly_bezier_get_y: chain does not rise in x"});
+    EXPECT_EQ(poly_bezier_get_y(transformed(p, {-1, 0, 0, 0, 1, 0}), 1, &y), 1);
+    EXPECT_EQ(y, 2);
 }
 
 TEST(PolyBezierLength, IsRightAtCuspsOverTurningLinesAndBetweenLongSegments)
@@ -389,6 +395,10 @@ TEST(PolyBezierWinding, CountsTheCrossingsOfARayAndTheAreaIsSigned)
                                     poly_bezier_winding(round, nan_value, 0), poly_bezier_winding(step, 0.5, 1),
                                     poly_bezier_winding(step, 1.5, 1.5)};
     EXPECT_EQ(found, (std::vector{1, 0, 0, 1, 0}));
+    // It turns twice in y, at 0.8 and only just after its end.
+    const Chain late = chain({3}, {0, 0, 1 / 3.0, -0.28, 2 / 3.0, -0.755 / 3, 1, -0.745 / 3});
+    EXPECT_EQ(poly_bezier_winding(late, 0.90, -0.2495), 1);
+    EXPECT_EQ(poly_bezier_winding(late, 0.95, -0.2495), 0);
 }
 
 TEST(PolyBezierVector, KeepsTheBoundAndTheEnds)

@@ -1,6 +1,7 @@
 // What outlives a call when memory is short: hidden room, the registry, the queue of reports, the place in record text,
-// a lost point, the tree for nearest points, how far a step may go, a tiling
+// a lost point, why there is no hull, the tree for nearest points, how far a step may go, a tiling
 #include "clg.h"
+#include "convex_hull.h"
 #include "dynar.h"
 #include "faults/sweep.h"
 #include "list.h"
@@ -171,6 +172,29 @@ TEST(TConvexHull, RemembersALostPoint)
     });
 }
 
+// The points of the first call lie in one plane, those of the second do not.
+TEST(ConvexHullConstruct, SaysThatMemoryIsShortAndNotThatPointsAreInOnePlane)
+{
+    each_allocation(8, [](const auto &fire) {
+        Reports reports;
+        const std::shared_ptr<convex_hull> hull(convex_hull_new(), convex_hull_kill);
+        for (int i = 0; i < 40; ++i) {
+            if (i == 4) {
+                EXPECT_EQ(convex_hull_construct(hull.get()), -1);
+            }
+            const double point[] = {i * i * 1.0, i * 1.0, i < 4 ? 0.0 : i % 7};
+            convex_hull_add(hull.get(), point);
+        }
+        EXPECT_EQ(reports.take(), lines{"convex_hull_construct: points in one plane"});
+        fire();
+        convex_hull_construct(hull.get());
+        const bool fired = disarm() > 0;
+        EXPECT_EQ(reports.take(), fired ? lines{"convex_hull_construct: insufficient memory"} : lines{});
+        EXPECT_EQ(convex_hull_construct(hull.get()), 0) << "when tried again";
+        return fired;
+    });
+}
+
 TEST(TetraVolume, FindsTheSamePointWhenMemoryIsShort)
 {
     each_allocation(4, [](const auto &fire) {
@@ -188,6 +212,27 @@ TEST(TetraVolume, FindsTheSamePointWhenMemoryIsShort)
         EXPECT_EQ(tetra_volume_nearest(v.get(), above, nullptr, nullptr, &plane, nullptr), 0);
         EXPECT_EQ(plane, 6);
         EXPECT_EQ(dist, 93);
+        return fired;
+    });
+}
+
+// A far point, late, sees many small faces.
+TEST(TetraVolume, IsCutWholeOrNotAtAllWhenMemoryIsShort)
+{
+    const std::shared_ptr<list_rec> points(list_new(1000, sizeof(tetra_point), nullptr), list_kill);
+    for (int i = 0; i < 100; ++i) {
+        const double z = 1 - i / 49.5, r = std::sqrt(1 - z * z), turn = 2.4 * i;
+        const tetra_point p = {r * std::cos(turn), r * std::sin(turn), z, 0};
+        list_insert(points.get(), &p);
+    }
+    const Reports quiet;
+    each_allocation(40, [&](const auto &fire) {
+        fire();
+        tetra_volume *const cut = tetra_volume_new(points.get());
+        const bool fired = disarm() > 0;
+        EXPECT_TRUE(fired || cut != nullptr);
+        EXPECT_EQ(cut != nullptr ? cut->nr_planes : 196, 196);
+        tetra_volume_kill(cut);
         return fired;
     });
 }

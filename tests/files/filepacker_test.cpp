@@ -250,7 +250,7 @@ TEST(FilePackerRaw, ReadsWhatItWrote)
     const Folder folder;
     FilePacker writer(folder.path("a").c_str(), 0, nullptr);
     EXPECT_EQ(writer.WriteString("te\1xt"), 0);
-    EXPECT_EQ(writer.WriteBinaryData("aabaabaac\nxaaby\nend-\n!", 22), 0);
+    EXPECT_EQ(writer.WriteBinaryData("aabaabaac\nxaaby\nend-\naab-!", 26), 0);
     EXPECT_EQ(writer.WriteBinaryData("x", -1), 7);
     FilePacker packer(folder.path("a").c_str(), 1, nullptr);
     EXPECT_EQ(packer.WriteString("no"), 7);
@@ -258,12 +258,9 @@ TEST(FilePackerRaw, ReadsWhatItWrote)
     EXPECT_EQ(packer.ReadString(text), 0);
     EXPECT_STREQ(text, "te\1xt");
     // Delimiters that overlap with themselves; "" takes one byte; 0: without a buffer.
-    const std::tuple<int, const char *, int, std::string> cases[] = {{16, "aabaac", 0, "aabaabaac"},
-                                                                     {1, "", 0, ""},
-                                                                     {2, "aab", 0, "aa"},
-                                                                     {2, "by", 0, "by"},
-                                                                     {0, "end", 0, ""},
-                                                                     {4, "?", 5, "\n!"}};
+    const std::tuple<int, const char *, int, std::string> cases[] = {
+        {16, "aabaac", 0, "aabaabaac"}, {1, "", 0, ""},  {2, "aab", 0, "aa"}, {2, "by", 0, "by"}, {0, "end", 0, ""},
+        {9, "ab", 0, "\naab"},          {4, "?", 5, "!"}};
     for (const auto &[size, delimiter, code, expected] : cases) {
         std::string buffer(16, '?');
         const auto room = static_cast<std::size_t>(size);
@@ -278,8 +275,10 @@ TEST(FilePackerRaw, ReadsWhatItWrote)
     EXPECT_EQ(again.ReadBinaryData(text, 0), 0);
     EXPECT_EQ(text[0], '\0') << "kept: cleared also when nothing is read";
     FilePacker none(folder.path("none").c_str(), 1, nullptr);
+    text[0] = '?';
     const std::array codes{none.ReadString(text), none.ReadBinaryData(text, 0), none.WriteBinaryData("x", -1)};
     EXPECT_EQ(codes, (std::array{4, 4, 4}));
+    EXPECT_STREQ(text, "");
 }
 
 TEST(FilePackerCopy, KeptSharesTheArchive)

@@ -148,6 +148,7 @@ TEST(ProjOnTriangle, KeptGivesTheFirstEdgeThatThePointIsBeyond)
     expect(plain<proj_on_triangle>, {{right, {2, 3, 5}, {2, 3, 0}, {0.5, 0.2, 0.3}, 25},
                                      {needle, {11, 1.5, 0}, {9, 1, 0}, {0, 0, 1}, 4.25},
                                      refused(edgeless)});
+    expect(plain<proj, 3>, {refused(edgeless)});
     expect(proj_on_triangle_par, {refused(edgeless), refused(edgeless, {1, 0, 1})});
     const Values apart{2, 0, 0, 0, 2, 0, 0, 0, 2};
     expect(plain<proj_on_triangle_bound>, {{needle, {11, 1.5, 0}, {9.75, 0.25, 0}, {0, 0.75, 0.25}, 3.125},

@@ -217,6 +217,11 @@ TEST(TQuadTree, RefusesWhatIsNoBoxAndNoQuestion)
     EXPECT_EQ(hit.item, item_of(9));
     EXPECT_EQ(tree.Remove(0.0, -0.0, nullptr), 0);
     EXPECT_EQ(tree.Remove(quiet, 0, nullptr), -1);
+    // Squares this small are rounded to whole multiples of the least double.
+    TQuadTree one;
+    EXPECT_EQ(one.Insert(2e-162, 0, &hit), 0);
+    EXPECT_EQ(one.Nearest(0, 0, 1.8e-162, &hit), 0);
+    EXPECT_EQ(one.Nearest(0, 0, 3e-162, &hit), 1);
 }
 
 // Were one of the insertions O(n), this would take minutes.

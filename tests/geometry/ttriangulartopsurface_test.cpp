@@ -13,6 +13,8 @@ using namespace teska_test;
 namespace
 {
 
+using T = TTriangularTopSurface;
+
 // Three channels whose hues are 4.1, 5 and 6; two whose hues are on either side of 0.
 const device partial_range = {"partial", 3, [](const double *v, double *c) {
                                   c[0] = 0.5 * (v[0] + v[1]) + 0.2 * v[2];
@@ -114,7 +116,6 @@ TEST(TopSurfaceThreads, AreInTheCallbackOneAtATime)
                            --inside;
                        }};
     Surface shared(of);
-    using T = TTriangularTopSurface;
     std::vector<std::thread> threads;
     for (const Convert question :
          {&T::DetermineNormCoord, &T::DetermineXYZ, &T::DetermineNormCoordMinGam, &T::DetermineXYZMinGam})
@@ -147,6 +148,34 @@ TEST(TopSurfaceCopy, SharesNothing)
     assigned = *&assigned;
     for (TTriangularTopSurface *top : {&early, &copy, &assigned})
         EXPECT_EQ(answers(*top), expected);
+}
+
+// Stopped anywhere, a scan goes on in a copy, and begins anew.
+TEST(TopSurfaceCopy, ScansOnFromWhereTheOtherStands)
+{
+    const device press = printer("CMYKog");
+    Surface top(press, {.levels = {0.0, 0.5, 1.0}, .steps = 31});
+    using Both = std::array<double, 18>;  // places and own coordinates
+    for (const bool hidden : {false, true}) {
+        std::vector<Both> all;
+        const auto next = [=](T &of, int first) {
+            Triangle t = {};
+            Both both = {};
+            if ((hidden ? of.ScanMaskedTriangles(first, t.xyz) : of.ScanTriangles(first, t.xyz, t.own)) >= 0)
+                std::copy_n(t.own[0], 9, std::copy_n(t.xyz[0], 9, both.begin()));
+            return both;
+        };
+        for (int first = 1; first != 0 || all.back() != Both{}; first = 0)
+            all.push_back(next(top, first));
+        EXPECT_GT(all.size(), 30U);
+        for (std::size_t stop = 1; stop < std::min<std::size_t>(all.size(), 40); ++stop) {
+            for (std::size_t i = 0; i < stop; ++i)
+                EXPECT_EQ(next(top, i == 0 ? 1 : 0), all[i]) << stop << " " << i;
+            Surface copy(top);
+            for (std::size_t i = stop; i < all.size(); ++i)
+                EXPECT_EQ(next(copy, 0), all[i]) << stop << " " << i;
+        }
+    }
 }
 
 TEST(Export, WritesAScriptOrSaysWhyNot)
@@ -184,7 +213,6 @@ TEST(Dump, WritesThePartAndNothingForUnknownOnes)
     Surface top(two_inks, {.levels = even_levels(3)});
     const teska_test::Folder folder;
     std::FILE *file = std::fopen(folder.path("dump").c_str(), "wb");
-    using T = TTriangularTopSurface;
     Reports reports;
     for (const auto dump : {&T::DumpGrid, &T::DumpFP, &T::DumpFirstDer, &T::DumpSecDer})
         for (const int part : {-1, 0, 1})

@@ -181,7 +181,7 @@ void expect_as_modelled(Job j, Generator &random)
 Job random_job(Generator &random, int largest, int lanes)
 {
     const auto one_of = [&](const auto &values) { return values[random.below(static_cast<int>(std::size(values)))]; };
-    const int tops[] = {largest, largest, largest, largest / 2, 255, 100, 1, 0, largest + 1};
+    const int tops[] = {largest, largest, largest, largest / 2, 255, 100, 2 + random.below(60), 2, 1, 0, largest + 1};
     const double strengths[] = {1, 0.3, 3, 2.7, 1.5, -1, 0, 40, 700, NAN},
                  noises[] = {0, 0, 0, 0.004, 0.02, 0.3, 0.5, 0.55, 1, -0.5, NAN};
     const double factors[] = {1, 0.5, 0, -0.7, 3, 7.9, -40, 200};

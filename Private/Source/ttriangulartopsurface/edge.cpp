@@ -175,11 +175,7 @@ void bridge(indexed<knot> &knots)
 {
     const auto covered = [](const knot &k) { return k.covered; };
     for (auto k = knots.begin(); k != knots.end();) {
-        if (k->covered) {
-            ++k;
-            continue;
-        }
-        // The knots from k to the next covered one lie on the line between that one and the one before k.
+        // The knots from k to the next covered one, if any, lie on the line between that one and the one before k.
         const auto end = std::find_if(k, knots.end(), covered);
         const knot &right = end != knots.end() ? *end : *(k - 1);
         const knot left = k != knots.begin() ? *(k - 1) : right;
@@ -188,6 +184,7 @@ void bridge(indexed<knot> &knots)
             k->edge.tetamax = left.edge.tetamax + t * (right.edge.tetamax - left.edge.tetamax);
             k->edge.height = left.edge.height + t * (right.edge.height - left.edge.height);
         }
+        k = std::find_if_not(k, knots.end(), covered);
     }
 }
 

@@ -139,6 +139,7 @@ std::string said(int value, Function... function)
 TEST(Texts, AreEnglishFollowTheCalendarAndHaveTwoDigitsOfTime)
 {
     EXPECT_EQ(said(20240229, cvtdta, dayweek), "0 29-Feb-2024 0 Thursday ");
+    EXPECT_EQ(said(20000229, cvtdta, dayweek), "0 29-Feb-2000 0 Tuesday ");
     EXPECT_EQ(said(19691231, cvtdta, dayweek), "0 31-Dec-1969 0 Wednesday ");
     EXPECT_EQ(said(10101, cvtdta, dayweek), "0 01-Jan-0001 0 Monday ");
     EXPECT_EQ(said(99991231, cvtdta, dayweek), "0 31-Dec-9999 0 Friday ");
