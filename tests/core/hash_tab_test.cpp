@@ -56,6 +56,7 @@ TEST(HashTabNew, TakesThePrimeFromTwentyPercentMoreOnAndFillsToTheLastSlot)
         EXPECT_EQ(hash_tab_insert(table.get(), &key, nullptr), -1);
         EXPECT_EQ(Host::take(), lines{"Hash_table  full "});
         EXPECT_EQ(hash_tab_nr_items(table.get()), slots);
+        EXPECT_EQ(hash_tab_get(table.get(), &key, nullptr), -1);
         // A deleted slot ends no search either.
         const int first = 1;
         EXPECT_EQ(hash_tab_delete(table.get(), &first), slots > 1 ? 1 : slots - 1);

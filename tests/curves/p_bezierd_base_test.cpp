@@ -318,6 +318,7 @@ TEST(PolyBezierLength, IsRightAtCuspsOverTurningLinesAndBetweenLongSegments)
     EXPECT_NEAR(poly_bezier_length(arch, 0.25, 0), 0.59375, 1e-14);
     EXPECT_NEAR(poly_bezier_length(cusp, 0, 1), 2 * std::numbers::sqrt2 - 1, 2e-9);
     EXPECT_EQ(poly_bezier_at_length(cusp, nan_value), 0);
+    EXPECT_NEAR(poly_bezier_at_length(arch, 0.59375), 0.25, 1e-9);
     EXPECT_NEAR(poly_bezier_length(chain({2}, {0, 0, 3, 0, 0, 0}), 0, 1), 3, 3e-9);
     // A short segment after long ones keeps its digits.
     const Chain p = chain({1, 1, 2, 1}, {0, 0, 1e9, 1e9, 1e9, 3, 1e9, 4, 1e9 + 2, 3, 7, 8});

@@ -3,6 +3,8 @@
 
 #include "support/test.h"
 
+#include <unistd.h>
+
 #include <stdexcept>
 
 namespace
@@ -69,7 +71,7 @@ TEST(ErrexitDeathTest, GivesTheHandlersResultOrItsExceptionAndOtherwiseLeaves)
     EXPECT_EQ(wem_set_errexit(throw_line), keep_line);
     EXPECT_THROW(errexit("second"), std::runtime_error);
     EXPECT_EQ(wem_set_errexit(nullptr), throw_line);
-    EXPECT_EXIT(errexit("fatal"), testing::ExitedWithCode(1), "");
+    EXPECT_EXIT((dup2(2, 1), errexit("fatal")), testing::ExitedWithCode(1), "fatal");
 }
 
 std::string translated(const std::string &name)
