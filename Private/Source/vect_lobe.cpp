@@ -210,7 +210,7 @@ vect_lobe *vect_lobe_new(int n, const double *centre, const double *axis, double
     }
     lobe->n = n;
     lobe->along = along;
-    lobe->across = n == 1 ? along : across;
+    lobe->across = across;
     std::copy_n(centre, n, lobe->centre);
     if (axis != nullptr) {
         std::copy_n(axis, n, lobe->axis);

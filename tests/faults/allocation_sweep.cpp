@@ -233,8 +233,8 @@ private:
     Outcome outcome(Draw &draw, std::uint64_t result) const
     {
         Digest arrays, answers;
-        for (const std::string_view bytes : draw.arrays)
-            arrays.add(bytes.data(), bytes.size());
+        for (const auto &array : draw.arrays)
+            array(arrays);
         for (Lent &one : draw.lent)
             answers.put(one.now = excepted(row_.name, Exception::answers) ? one.before : one.answers());
         return {.result = result,

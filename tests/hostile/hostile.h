@@ -89,7 +89,7 @@ public:
         for (int i = 0; i < n; ++i)
             made[i] = value<T>();
         if constexpr (std::is_arithmetic_v<T>)
-            arrays.emplace_back(reinterpret_cast<const char *>(made), sizeof(T) * static_cast<std::size_t>(n));
+            arrays.push_back([=](Digest &digest) { digest.add(made, sizeof(T) * static_cast<std::size_t>(n)); });
         last_ = made;
         return made;
     }
@@ -138,7 +138,7 @@ public:
     bool in_folder = false;  // that of hostile_path
     bool has_given = false;  // the call, an object
     std::vector<Lent> lent;
-    std::vector<std::string_view> arrays;  // their bytes
+    std::vector<std::function<void(Digest &)>> arrays;  // that tell what is in them
 
     // After the call, the latest first.
     void later(std::function<void()> check) { later_.push_back(std::move(check)); }

@@ -1,6 +1,7 @@
 #include "support/generator.h"
 
 #include <bit>
+#include <cmath>
 #include <cstdlib>
 
 namespace teska_test
@@ -16,6 +17,19 @@ std::uint64_t Generator::next()
 }
 
 bool runs_slowly() { return std::getenv("TESKA_SLOW") != nullptr; }
+
+// What is next to 0 is 0, and all that is not a number is one.
+std::int64_t Digest::six_digits(double number)
+{
+    if (std::isnan(number) || std::fabs(number) < 1e-12)
+        return std::isnan(number) ? 1 : 0;
+    int exponent = 9999;
+    const double fraction = std::isinf(number) ? std::copysign(0.5, number) : std::frexp(number, &exponent);
+    std::int64_t digits = std::llround(fraction * 0x1p20);
+    if (std::llabs(digits) == 0x100000)
+        digits /= 2, ++exponent;
+    return digits * 65536 + exponent;
+}
 
 void Digest::add_bytes(const unsigned char *bytes, std::size_t size, std::size_t number_size)
 {

@@ -48,8 +48,17 @@ public:
     {
         using Given = std::conditional_t<std::is_void_v<Number>, std::remove_all_extents_t<T>, Number>;
         static_assert(std::is_arithmetic_v<Given>);
+        if constexpr (std::is_floating_point_v<Given>)
+            if (coarse) {
+                for (std::size_t i = 0; i < size / sizeof(Given); ++i)
+                    put(six_digits(static_cast<double>(reinterpret_cast<const Given *>(numbers)[i])));
+                return;
+            }
         add_bytes(reinterpret_cast<const unsigned char *>(numbers), size, sizeof(Given));
     }
+
+    // Floating-point numbers count by six digits only: where the C library has a part in them.
+    static inline bool coarse = false;
 
     template <class Number, std::size_t n>
     void add(const std::array<Number, n> *numbers, std::size_t size)
@@ -72,6 +81,7 @@ public:
     [[nodiscard]] std::uint64_t value() const { return value_; }
 
 private:
+    static std::int64_t six_digits(double number);
     void add_bytes(const unsigned char *bytes, std::size_t size, std::size_t number_size);
 
     std::uint64_t value_ = 0xcbf29ce484222325U;
