@@ -28,7 +28,7 @@ constexpr From of_four{[]<class T>(Draw &draw, T **) -> T * {
     if constexpr (std::is_same_v<T, md_tetrab>)
         table = md_tetrab_new(inputs, outputs, 3);
     else
-        table = md_tetrad_new(inputs, outputs, 3, draw.number(), draw.number());
+        table = in_order(md_tetrad_new, std::tuple{inputs, outputs, 3, draw.number(), draw.number()});
     draw.later([&draw, table] { receive(draw, table); });
     return table;
 }};
@@ -98,8 +98,8 @@ const HostileRows rows({
     by<tetra_volume_view>([](Draw &draw) {
         const tetra_volume *v = lend<tetra_volume>(draw, true);
         int *const flags = draw.room<int>(7 * v->nr_planes);
-        tetra_volume_view(draw.chance(6) ? nullptr : v, draw.values<double>(3),
-                          draw.chance(6) ? nullptr : reinterpret_cast<int(*)[7]>(flags));
+        in_order(tetra_volume_view, std::tuple{draw.chance(6) ? nullptr : v, draw.values<double>(3),
+                                               draw.chance(6) ? nullptr : reinterpret_cast<int(*)[7]>(flags)});
     }),
     row<writeVRML>(no_volume(), or_null(path()), or_null(path())),
     row<tetra_volume_dump_to_file>(no_volume(), point(), or_null(path())),

@@ -471,6 +471,13 @@ std::uint64_t receive(Draw &draw, Result result)
     return digest.value();
 }
 
+// f(..) with arguments that are drawn one after the other, which a call alone does not promise.
+template <class Function, class... Argument>
+auto in_order(Function function, std::tuple<Argument...> arguments)
+{
+    return std::apply(function, arguments);
+}
+
 template <class Result, class T>
 bool same(Result result, T argument)
 {

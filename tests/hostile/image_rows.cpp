@@ -32,7 +32,8 @@ const whole_image *image_of(Draw &draw, int n, int depth, int width, int height)
 int extent(Draw &draw) { return draw.chance(2) ? 8 : 1 + draw.random.below(8); }  // the room ends where 8 do
 
 constexpr From image{[](Draw &draw, const whole_image **) {
-    return image_of(draw, 1 + draw.random.below(4), draw.chance(2) ? 8 : 16, extent(draw), extent(draw));
+    return in_order(image_of, std::tuple<Draw &, int, int, int, int>{
+                                  draw, 1 + draw.random.below(4), draw.chance(2) ? 8 : 16, extent(draw), extent(draw)});
 }};
 constexpr From alike{[](Draw &draw, const whole_image **) {
     const whole_image &last = *draw.last<const whole_image>();
@@ -40,7 +41,8 @@ constexpr From alike{[](Draw &draw, const whole_image **) {
 }};
 constexpr From resized{[](Draw &draw, const whole_image **) {
     const whole_image &last = *draw.last<const whole_image>();
-    return image_of(draw, last.components, last.depth, extent(draw), extent(draw));
+    return in_order(image_of, std::tuple<Draw &, int, int, int, int>{draw, last.components, last.depth, extent(draw),
+                                                                     extent(draw)});
 }};
 constexpr From how{[](Draw &draw, const whole_image_sharpening **) {
     whole_image_sharpening *const made = draw.values<whole_image_sharpening>(1);
@@ -73,9 +75,9 @@ const HostileRows rows({
     by<izat_start>([](Draw &draw) {
         izat *record = lend<izat>(draw, false);
         if (draw.chance(2))
-            izat_window_set(record, draw.number(), draw.number(), draw.number(), draw.number());
+            in_order(izat_window_set, std::tuple{record, draw.number(), draw.number(), draw.number(), draw.number()});
         if (draw.chance(2))
-            izat_strip_set(record, draw.random.below(4) - 1, draw.value<int>());
+            in_order(izat_strip_set, std::tuple{record, draw.random.below(4) - 1, draw.value<int>()});
         const auto side = [&] { return draw.chance(8) ? draw.random.below(3) - 2 : 1 + draw.random.below(9); };
         const int n = side(), from_lines = side(), from_width = side(), to_lines = side(), to_width = side();
         calling(draw, [=] {

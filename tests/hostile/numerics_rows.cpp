@@ -36,8 +36,8 @@ const HostileRows rows({
     by<restriction_get_back>([](Draw &draw) {
         const restriction *current = lend<restriction>(draw, true);
         double alpha;
-        restriction *reduced =
-            restriction_new_check(current, nullptr, draw.values<double>(3), draw.values<double>(3), &alpha);
+        restriction *reduced = in_order(restriction_new_check, std::tuple{current, nullptr, draw.values<double>(3),
+                                                                          draw.values<double>(3), &alpha});
         restriction_get_back(reduced != nullptr ? reduced : current, current, draw.values<double>(3),
                              draw.room<double>(3));
         restriction_kill(reduced);

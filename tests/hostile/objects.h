@@ -56,8 +56,8 @@ inline auto make(Draw &draw, restriction *)
 
 inline auto make(Draw &draw, vect_lobe *)
 {
-    return made<vect_lobe_kill, vect_lobe_weight>(
-        vect_lobe_new(3, draw.values<double>(3), draw.values<double>(3), draw.number(), draw.number()));
+    return made<vect_lobe_kill, vect_lobe_weight>(in_order(
+        vect_lobe_new, std::tuple{3, draw.values<double>(3), draw.values<double>(3), draw.number(), draw.number()}));
 }
 
 // ---- Curves ---------------------------------------------------------------------------------------------------------
@@ -65,7 +65,7 @@ inline auto make(Draw &draw, vect_lobe *)
 inline auto make(Draw &draw, bezier *)
 {
     bezier *b = bezier_new(2 + draw.random.below(3), 0, 0, 0, 0);
-    bezier_set_control_poly(b, draw.values<double>(5), draw.values<double>(5));
+    in_order(bezier_set_control_poly, std::tuple{b, draw.values<double>(5), draw.values<double>(5)});
     return made<bezier_kill, bezier_get>(b);
 }
 
@@ -78,9 +78,10 @@ inline void segments(const poly_bezier *p, double *out)
 // Few segments, or about as many as the first block has room for.
 inline auto make(Draw &draw, poly_bezier *)
 {
-    poly_bezier *p = poly_bezier_new(draw.number(), draw.number());
+    poly_bezier *p = in_order(poly_bezier_new, std::tuple{draw.number(), draw.number()});
     for (int i = draw.chance(4) ? 12 + draw.random.below(6) : draw.random.below(4); i > 0 && p != nullptr; --i)
-        poly_bezier_add(p, 1 + draw.random.below(3), draw.values<double>(3), draw.values<double>(3));
+        in_order(poly_bezier_add,
+                 std::tuple{p, 1 + draw.random.below(3), draw.values<double>(3), draw.values<double>(3)});
     return made<poly_bezier_kill, poly_bezier_get, poly_bezier_area, segments>(p);
 }
 
@@ -100,7 +101,7 @@ inline auto make(Draw &draw, func *)
 {
     func *f = func_new(1, sizeof(double), sizeof(double), draw.chance(4) ? nullptr : after);
     for (int i = draw.random.below(6); i > 0; --i)
-        func_insert(f, draw.values<double>(1), draw.values<double>(1));
+        in_order(func_insert, std::tuple{f, draw.values<double>(1), draw.values<double>(1)});
     return made<func_kill, func_num, func_pos, func_points>(f);
 }
 
@@ -114,14 +115,14 @@ inline auto make(Draw &draw, lin_interp_double *)
 {
     lin_interp_double *li = lin_interp_double_new(1, draw.chance(4) ? after : nullptr);
     for (int i = draw.random.below(6); i > 0; --i)
-        lin_interp_double_insert(li, draw.number(), draw.number());
+        in_order(lin_interp_double_insert, std::tuple{li, draw.number(), draw.number()});
     return made<lin_interp_double_kill, lin_interp_double_inter, curve_points>(li);
 }
 
 inline auto make(Draw &draw, grad_tab *)
 {
-    return made<grad_tab_kill, grad_tab_do>(
-        grad_tab_new_points(draw.values<double>(6), draw.random.below(4), draw.number(), draw.number()));
+    return made<grad_tab_kill, grad_tab_do>(in_order(
+        grad_tab_new_points, std::tuple{draw.values<double>(6), draw.random.below(4), draw.number(), draw.number()}));
 }
 
 inline auto make(Draw &draw, hist *)
@@ -160,7 +161,7 @@ inline auto make(Draw &draw, md_tetrab *)
 inline auto make(Draw &draw, md_tetrad *)
 {
     return made<md_tetrad_kill, md_tetrad_interp>(
-        filled<md_tetrad_dataptr>(draw, md_tetrad_new(3, 2, 3, draw.number(), draw.number())));
+        filled<md_tetrad_dataptr>(draw, in_order(md_tetrad_new, std::tuple{3, 2, 3, draw.number(), draw.number()})));
 }
 
 inline auto make(Draw &draw, md_tetras *)
@@ -184,10 +185,10 @@ inline int a_step(Draw &draw) { return draw.random.below(9) - 4; }
 
 inline auto make(Draw &draw, fir *)
 {
-    fir *record = fir_new(draw.random.below(4), draw.value<int>() & INT_MAX);
-    return made<fir_kill, fir_start, fir_mono_b>(fir_start_with(record, 1 + draw.random.below(4),
-                                                                1 + draw.random.below(6), draw.random.below(7), handed,
-                                                                nullptr, a_step(draw), a_step(draw)));
+    fir *record = in_order(fir_new, std::tuple{draw.random.below(4), draw.value<int>() & INT_MAX});
+    return made<fir_kill, fir_start, fir_mono_b>(
+        in_order(fir_start_with, std::tuple{record, 1 + draw.random.below(4), 1 + draw.random.below(6),
+                                            draw.random.below(7), &handed, nullptr, a_step(draw), a_step(draw)}));
 }
 
 inline auto make(Draw &, flood *)
@@ -198,14 +199,14 @@ inline auto make(Draw &, flood *)
 // Two of four components are sharpened; lines of bytes and of words fit.
 inline auto make(Draw &draw, fusm *)
 {
-    fusm *record =
-        fusm_new(draw.random.below(3), draw.random.below(300), 2, 4, nullptr, draw.chance(4) ? converted : nullptr);
+    fusm *record = in_order(fusm_new, std::tuple{draw.random.below(3), draw.random.below(300), 2, 4, nullptr,
+                                                 draw.chance(4) ? converted : nullptr});
     fusm_stren_set(record, draw.values<double>(2));
     fusm_noise_red_set(record, draw.values<double>(2));
     if (draw.chance(2))
-        fusm_level_red_set(record, 2, draw.values<double>(4), draw.values<double>(4));
-    fusm_start_with(record, draw.random.below(8), draw.random.below(7), handed, nullptr, a_step(draw), a_step(draw),
-                    a_step(draw));
+        in_order(fusm_level_red_set, std::tuple{record, 2, draw.values<double>(4), draw.values<double>(4)});
+    in_order(fusm_start_with, std::tuple{record, draw.random.below(8), draw.random.below(7), &handed, nullptr,
+                                         a_step(draw), a_step(draw), a_step(draw)});
     return made<fusm_kill, fusm_start, fusm_b_do>(record);
 }
 
@@ -214,7 +215,8 @@ template <auto start>
 auto *scaling(Draw &draw, auto *record)
 {
     const auto few = [&] { return 1 + draw.random.below(6); };
-    start(record, 1 + draw.random.below(4), few(), few(), few(), few(), handed, nullptr, a_step(draw), a_step(draw));
+    in_order(start, std::tuple{record, 1 + draw.random.below(4), few(), few(), few(), few(), &handed, nullptr,
+                               a_step(draw), a_step(draw)});
     return record;
 }
 
@@ -390,7 +392,8 @@ inline auto make(Draw &draw, hash_tab *)
     hash_tab *table = hash_tab_new(texts ? 20 : 4, texts ? -2 : 4, texts ? -1 : 8, hash_of, same_key, no_key,
                                    draw.random.below(9), nullptr);
     for (int i = texts ? 12 : draw.random.below(7); i > 0; --i)
-        hash_tab_insert(table, texts ? text.data() : draw.values<char>(4), texts ? text.data() : draw.values<char>(8));
+        in_order(hash_tab_insert, std::tuple{table, texts ? text.data() : draw.values<char>(4),
+                                             texts ? text.data() : draw.values<char>(8)});
     return made<hash_tab_kill, hash_tab_nr_items, hash_tab_get, slots, key_pool>(table);
 }
 
