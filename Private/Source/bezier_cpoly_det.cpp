@@ -19,8 +19,9 @@
 namespace
 {
 
-// Finds the inner control values of one coordinate; rhs receives them.
-bool solve_coordinate(int n, const double *given, double *matrix, double *rhs)
+// Finds the inner control values of one coordinate; rhs receives them. There always are some: a polynomial of degree n
+// goes through any n + 1 values.
+void solve_coordinate(int n, const double *given, double *matrix, double *rhs)
 {
     for (int i = 1; i < n; ++i) {
         const double t = static_cast<double>(i) / n;
@@ -29,7 +30,7 @@ bool solve_coordinate(int n, const double *given, double *matrix, double *rhs)
         rhs[i - 1] = given[i] - teska::B_poly(n, 0, t) * given[0] - teska::B_poly(n, n, t) * given[n];
     }
     const int inner = n - 1;
-    return gaussd(matrix - inner * inner, rhs, inner) != 0;
+    gaussd(matrix - inner * inner, rhs, inner);
 }
 
 }  // namespace
@@ -46,8 +47,7 @@ int bezier_cpoly_det(bezier *b, const double *xs, const double *ys) TESKA_NOTHRO
     for (const auto &[given, control] : {std::pair{xs, b->x}, {ys, b->y}}) {
         control[0] = given[0];
         control[b->degree] = given[b->degree];
-        if (!solve_coordinate(b->degree, given, work.get(), rhs))
-            return 0;
+        solve_coordinate(b->degree, given, work.get(), rhs);
         std::copy_n(rhs, inner, control + 1);
     }
     b->coef_made.discard();

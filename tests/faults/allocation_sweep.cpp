@@ -206,6 +206,8 @@ public:
     }
 
     std::set<std::string> seen;
+    std::set<std::uint64_t> refusals;  // digests of what is given when memory is short
+    bool in_folder = false;            // where it is not always asked for: names differ in length
 
 private:
     void run(std::uint64_t seed, int n, bool sticky)
@@ -252,6 +254,9 @@ private:
         for (std::string line; std::getline(lines, line);)
             EXPECT_TRUE(!seen.insert(line).second || promised_for(row_.name, line)) << line;
         const bool refused = now.result != expected.result && !draw.has_given;
+        if (refused)
+            refusals.insert(now.result);
+        in_folder = in_folder || draw.in_folder;
         const bool told = refused || !expected.reports.empty() || !now.reports.empty();
         EXPECT_TRUE(told || excepted(row_.name, Exception::untold)) << "the failure is not told";
         EXPECT_TRUE(silent_ || of_memory(now.reports)) << "memory is not what is reported: " << now.reports;
@@ -279,6 +284,31 @@ private:
     int n_ = 0, injected_ = 0;
     std::size_t at_ = 0;
 };
+
+// What a call gives when memory is short, as in tests/data/refusals.txt.
+std::string word_for(const std::set<std::uint64_t> &refusals)
+{
+    const auto digest_of = [](const auto &result) {
+        Digest digest;
+        digest.put(result);
+        return digest.value();
+    };
+    if (refusals.size() > 1)
+        return "several";
+    for (int code = -999; code < 1000; ++code)
+        if (*refusals.begin() == digest_of(code))
+            return std::to_string(code);
+    return *refusals.begin() == digest_of(true) ? "null" : "another";
+}
+
+std::string word_in_file(const std::string &name)
+{
+    std::ifstream file(TESKA_REFUSALS);
+    for (std::string function, word; file >> function >> word;)
+        if (function == name)
+            return word;
+    return "none";
+}
 
 using Memory = testing::TestWithParam<HostileRow>;
 
@@ -312,6 +342,10 @@ TEST_P(Memory, FailuresAreCleanAndReported)
     }
     EXPECT_EQ(missing, std::set<std::string_view>{}) << "promised, but not seen";
     EXPECT_EQ(open_descriptors(), descriptors);
+    if (const std::string word = word_in_file(name);
+        !calls.refusals.empty() && word != "several" && !(calls.in_folder && word == "none")) {
+        EXPECT_EQ(word_for(calls.refusals), word);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Functions, Memory, testing::ValuesIn(HostileRows::all()),

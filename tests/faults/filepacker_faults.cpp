@@ -80,6 +80,7 @@ TEST(FilePackerFaults, UnpacksAllOrSaysThatMemoryIsShort)
 TEST(FilePackerFaults, AnArchiveHoldsWhatWasAddedWithoutAnErrorAndNothingElse)
 {
     each_file_call([](const auto &fire, bool sticky) {
+        const std::ptrdiff_t descriptors = open_descriptors();
         Packed packed(0);
         fire();
         const int first = packed.add_file();
@@ -94,6 +95,8 @@ TEST(FilePackerFaults, AnArchiveHoldsWhatWasAddedWithoutAnErrorAndNothingElse)
         EXPECT_EQ(count, 3 + (first == 0) + (second == 0) + (closed ? 0 : first == 0 ? 1 : 2));
         EXPECT_TRUE(code == 9 || (closed && code == 5)) << code;
         EXPECT_TRUE(!closed || sticky);
+        packed.packer.reset();
+        EXPECT_EQ(open_descriptors(), descriptors);
         return fired;
     });
 }

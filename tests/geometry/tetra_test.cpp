@@ -212,10 +212,11 @@ TEST(TriangleIntersectLinesegment, CountsByPlaneEndsCornersAndSides)
     const tetra_point p[] = {{0, 0, 0, 0}, {10, 0, 0, 0}, {0, 10, 0, 0}};
     const std::shared_ptr<tetra_plane> plane(plane_new2(&p[0], &p[1], &p[2]), plane_kill);
     // From (x, y, top) to (x, y, bottom), and whether that meets the triangle.
-    const Numbers rows[] = {{2, 3, 5, -5, 1},         {2, 3, 5, 1, 0},      {2, 3, 5, 0, 1},
-                            {2, 3, 9, .001, 1},       {2, 3, 9, .0012, 0},  {5, 5, 1, -1, 1},
-                            {0, 4, 1, -1, 1},         {-1e-4, 4, 1, -1, 0}, {-.005, -.005, 1, -1, 1},
-                            {-.006, -.005, 1, -1, 0}, {5, 5.001, 1, -1, 0}, {1, 1, 1, 1, 0}};
+    const Numbers rows[] = {{2, 3, 5, -5, 1},      {2, 3, 5, 1, 0},          {2, 3, 5, 0, 1},
+                            {2, 3, 9, .001, 1},    {2, 3, 9, .0012, 0},      {5, 5, 1, -1, 1},
+                            {0, 4, 1, -1, 1},      {-1e-4, 4, 1, -1, 0},     {-.005, -.005, 1, -1, 1},
+                            {-.005, 10, 1, -1, 1}, {-.006, -.005, 1, -1, 0}, {5, 5.001, 1, -1, 0},
+                            {1, 1, 1, 1, 0}};
     for (const Numbers &row : rows) {
         SCOPED_TRACE(&row - rows);
         const double a[3] = {row[0], row[1], row[2]}, b[3] = {row[0], row[1], row[3]};

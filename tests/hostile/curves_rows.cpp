@@ -85,8 +85,9 @@ const HostileRows rows({
         bezier *b = lend<bezier>(draw, true);
         const double bound = drawable_bound(draw, b);
         dynar *points = nullptr;
-        draw.call([&] { bezier_vector(b, bound, &points); },
-                  [&] { return receive(draw, std::exchange(points, nullptr)); });
+        int sections = 0;
+        draw.call([&] { sections = bezier_vector(b, bound, &points); },
+                  [&] { return receive(draw, sections) ^ receive(draw, std::exchange(points, nullptr)); });
     }),
     row<func_new>(one_of(0, 1, 10, -1, INT_MIN), one_of(8), one_of(8, 1, 65535), orders()),
     row<func_insert>(live, in<double>(1), in<double>(1)),
