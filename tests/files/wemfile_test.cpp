@@ -2,6 +2,7 @@
 
 #include "support/test.h"
 
+#include <lopra.h>
 #include <wem.h>
 #include <zuk.h>
 
@@ -68,8 +69,15 @@ TEST_F(Wemfile, LoadsTheFirstThatExistsOrAllOfThem)
     EXPECT_EQ(open(name, search.c_str(), 0), "teska_wemopen_file: file not found");
     EXPECT_EQ(errno, ENOENT);
     write(system, "b");
+    const auto next_descriptor = [&] {
+        const int next = open_utf8(folder.path(system).c_str(), LOPRA_O_RDONLY);
+        close_utf8(next);
+        return next;
+    };
+    const int descriptor = next_descriptor();
     for (const int mode : {0, 1, 2, 4, 6})
         EXPECT_EQ(open(name, search.c_str(), mode), system + " b=" + system);
+    EXPECT_EQ(next_descriptor(), descriptor);
     write(user, "a");
     EXPECT_EQ(open(name, search.c_str(), 0), user + " a=" + user);
     EXPECT_EQ(open(name, search.c_str(), 4), user + " a=" + user + " b=" + system);

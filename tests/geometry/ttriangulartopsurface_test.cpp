@@ -131,14 +131,18 @@ TEST(TopSurfaceThreads, AreInTheCallbackOneAtATime)
 TEST(TopSurfaceCopy, SharesNothing)
 {
     const auto answers = [](TTriangularTopSurface &top) {
-        colour c = {0.5, 0.05, -0.1};
+        colour c = {-0.1, 0.5, 0.05};
         EXPECT_EQ(top.DetermineNormCoordMinGam(c.data(), c.data(), nullptr, 1), 0);
         std::vector<double> all(c.begin(), c.end());
         for (const Triangle &t : triangles_of(top))
             all.insert(all.end(), &t.xyz[0][0], &t.xyz[0][0] + 9);
         return all;
     };
-    auto source = std::make_unique<Surface>(partial_range);
+    const device turned = {"turned", 3, [](const double *v, double *c) {
+                               partial_range.convert(v, c);
+                               std::rotate(c, c + 2, c + 3);
+                           }};
+    auto source = std::make_unique<Surface>(turned, teska_test::Setup{.vertical = 1});
     TTriangularTopSurface early(*source);
     const std::vector<double> expected = answers(*source);
     TTriangularTopSurface copy(*source), assigned = Surface(two_inks);
