@@ -130,28 +130,31 @@ TEST(TopSurfaceThreads, AreInTheCallbackOneAtATime)
 
 TEST(TopSurfaceCopy, SharesNothing)
 {
-    const auto answers = [](TTriangularTopSurface &top) {
-        colour c = {-0.1, 0.5, 0.05};
-        EXPECT_EQ(top.DetermineNormCoordMinGam(c.data(), c.data(), nullptr, 1), 0);
-        std::vector<double> all(c.begin(), c.end());
-        for (const Triangle &t : triangles_of(top))
-            all.insert(all.end(), &t.xyz[0][0], &t.xyz[0][0] + 9);
-        return all;
-    };
-    const device turned = {"turned", 3, [](const double *v, double *c) {
-                               partial_range.convert(v, c);
-                               std::rotate(c, c + 2, c + 3);
-                           }};
-    auto source = std::make_unique<Surface>(turned, teska_test::Setup{.vertical = 1});
-    TTriangularTopSurface early(*source);
-    const std::vector<double> expected = answers(*source);
-    TTriangularTopSurface copy(*source), assigned = Surface(two_inks);
-    answers(assigned);  // its tables go with the next line
-    assigned = *source;
-    source.reset();
-    assigned = *&assigned;
-    for (TTriangularTopSurface *top : {&early, &copy, &assigned})
-        EXPECT_EQ(answers(*top), expected);
+    for (const int vertical : {0, 1}) {
+        const auto answers = [=](TTriangularTopSurface &top) {
+            colour c = {0.5, 0.05, -0.1};
+            std::rotate(c.begin(), c.end() - vertical, c.end());
+            EXPECT_EQ(top.DetermineNormCoordMinGam(c.data(), c.data(), nullptr, 1), 0);
+            std::vector<double> all(c.begin(), c.end());
+            for (const Triangle &t : triangles_of(top))
+                all.insert(all.end(), &t.xyz[0][0], &t.xyz[0][0] + 9);
+            return all;
+        };
+        const device turned = {"turned", 3, [=](const double *v, double *c) {
+                                   partial_range.convert(v, c);
+                                   std::rotate(c, c + 3 - vertical, c + 3);
+                               }};
+        auto source = std::make_unique<Surface>(turned, teska_test::Setup{.vertical = vertical});
+        TTriangularTopSurface early(*source);
+        const std::vector<double> expected = answers(*source);
+        TTriangularTopSurface copy(*source), assigned = Surface(two_inks);
+        answers(assigned);  // its tables go with the next line
+        assigned = *source;
+        source.reset();
+        assigned = *&assigned;
+        for (TTriangularTopSurface *top : {&early, &copy, &assigned})
+            EXPECT_EQ(answers(*top), expected);
+    }
 }
 
 // Stopped anywhere, a scan goes on in a copy, and begins anew.
