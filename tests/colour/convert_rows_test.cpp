@@ -115,6 +115,8 @@ TEST(ConvertRows, EqualsTheTablePixelByPixelInAnyLayout)
         const Kind &kind = tables.kinds.at(static_cast<std::size_t>(number));
         std::vector<std::int64_t> shape(static_cast<std::size_t>(random.below(4)));
         std::generate(shape.begin(), shape.end(), [&] { return 1 + random.below(random.below(4) == 0 ? 60 : 5); });
+        if (round % 50 == 7)
+            shape = {3000};  // longer than the masks that are gathered at a time
         Place in(random, shape, inputs, kind.in_size), out(random, shape, outputs, kind.out_size);
         const Place mask(random, shape, 1, 1);
         if (!shape.empty() && random.below(5) == 0)
