@@ -195,7 +195,7 @@ int TConvexHull::Construct()
 bool TConvexHull::Prepare()
 {
     FreeSurface();
-    store->flat = false;
+    store->flat = vertices->next->next == vertices;
     teska::vec3 low = teska::position(vertices);
     teska::vec3 high = low;
     store->all.clear();
@@ -218,7 +218,6 @@ bool TConvexHull::Prepare()
     store->half = {std::max(below.x, above.x), std::max(below.y, above.y), std::max(below.z, above.z)};
     store->extent = std::max({store->half.x, store->half.y, store->half.z});
     store->pieces_grown = 0;
-    store->flat = store->all.size() < 3;
     return !store->flat && store->inside.reserve(store->all.size());
 }
 

@@ -1,7 +1,6 @@
 // What outlives a call when memory is short: hidden room, the registry, the queue of reports, the place in record text,
-// a lost point, why there is no hull, the tree for nearest points, how far a step may go, a tiling
+// a lost point, the tree for nearest points, how far a step may go, a tiling
 #include "clg.h"
-#include "convex_hull.h"
 #include "dynar.h"
 #include "faults/sweep.h"
 #include "list.h"
@@ -172,34 +171,6 @@ TEST(TConvexHull, RemembersALostPoint)
     });
 }
 
-// The points of the first call lie in one plane, those of the second do not.
-TEST(ConvexHullConstruct, SaysThatMemoryIsShortAndNotThatPointsAreInOnePlane)
-{
-    Reports reports;
-    std::ptrdiff_t rounds = 0, failed = 0;
-    each_allocation(8, [&](const auto &fire) {
-        const std::shared_ptr<convex_hull> hull(convex_hull_new(), convex_hull_kill);
-        for (int i = 0; i < 40; ++i) {
-            if (i == 4) {
-                EXPECT_EQ(convex_hull_construct(hull.get()), -1);
-            }
-            const double point[] = {i * i * 1.0, i * 1.0, i < 4 ? 0.0 : i % 7};
-            convex_hull_add(hull.get(), point);
-        }
-        fire();
-        const int made = convex_hull_construct(hull.get());
-        const bool fired = disarm() > 0;
-        EXPECT_EQ(made, fired ? -1 : 0);
-        EXPECT_EQ(convex_hull_construct(hull.get()), 0) << "when tried again";
-        ++rounds;
-        failed += fired ? 1 : 0;
-        return fired;
-    });
-    const lines all = reports.take();
-    EXPECT_EQ(std::ranges::count(all, "convex_hull_construct: points in one plane"), rounds);
-    EXPECT_EQ(std::ranges::count(all, "convex_hull_construct: insufficient memory"), failed);
-}
-
 TEST(TetraVolume, FindsTheSamePointWhenMemoryIsShort)
 {
     each_allocation(4, [](const auto &fire) {
@@ -217,27 +188,6 @@ TEST(TetraVolume, FindsTheSamePointWhenMemoryIsShort)
         EXPECT_EQ(tetra_volume_nearest(v.get(), above, nullptr, nullptr, &plane, nullptr), 0);
         EXPECT_EQ(plane, 6);
         EXPECT_EQ(dist, 93);
-        return fired;
-    });
-}
-
-// A far point, late, sees many small faces.
-TEST(TetraVolume, IsCutWholeOrNotAtAllWhenMemoryIsShort)
-{
-    const std::shared_ptr<list_rec> points(list_new(1000, sizeof(tetra_point), nullptr), list_kill);
-    for (int i = 0; i < 100; ++i) {
-        const double z = 1 - i / 49.5, r = std::sqrt(1 - z * z), turn = 2.4 * i;
-        const tetra_point p = {r * std::cos(turn), r * std::sin(turn), z, 0};
-        list_insert(points.get(), &p);
-    }
-    const Reports quiet;
-    each_allocation(40, [&](const auto &fire) {
-        fire();
-        tetra_volume *const cut = tetra_volume_new(points.get());
-        const bool fired = disarm() > 0;
-        EXPECT_TRUE(fired || cut != nullptr);
-        EXPECT_EQ(cut != nullptr ? cut->nr_planes : 196, 196);
-        tetra_volume_kill(cut);
         return fired;
     });
 }

@@ -110,8 +110,8 @@ const std::string &hostile_path(Draw &draw)
         return made;
     }();
     const std::string file = folder.path("file");
-    // The same for equal draws where they are watched, or else what calls left there.
-    if (Draw::observer != nullptr && !draw.in_folder)
+    // The same for equal draws where that is asked for, or else what calls left there.
+    if (Draw::observer != nullptr && Draw::observer->empties_folder && !draw.in_folder)
         for (const auto &one : std::filesystem::directory_iterator(folder.path()))
             std::filesystem::remove_all(one.path());
     draw.in_folder = true;
@@ -152,6 +152,15 @@ void quiet()
     error_set(0);
     teska_warn_level(INT_MAX);
     error_set_handler([](void *, const char *) {}, nullptr, nullptr);
+}
+
+std::string word_for(const std::string &name, const char *file)
+{
+    std::ifstream words(file);
+    for (std::string one, word; words >> one >> word;)
+        if (one == name)
+            return word;
+    return "none";
 }
 
 std::uint64_t seed_of(const HostileRow &row)

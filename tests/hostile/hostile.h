@@ -57,6 +57,7 @@ struct Observer {
     virtual void after() = 0;
     // Of what a call gave, which is freed by now. Returns whether it is to be made once more.
     virtual bool again(Draw &draw, std::uint64_t result) = 0;
+    bool empties_folder = true;  // before a draw that works in it
 };
 
 // An object that was lent to a call, and how it answers.
@@ -586,6 +587,9 @@ public:
 };
 
 std::uint64_t seed_of(const HostileRow &row);
+
+// What is kept of a function in a file of names, each with a word; "none".
+std::string word_for(const std::string &name, const char *file);
 
 // Nothing that is reported, shown or fatal reaches anybody.
 void quiet();

@@ -356,7 +356,7 @@ inline auto make(Draw &draw, itemfifo *)
 inline auto make(Draw &draw, list_rec *)
 {
     list_rec *list = list_new(1, sizeof(tetra_point), draw.chance(2) ? after : nullptr);
-    for (int i = draw.random.below(10); i > 0; --i)
+    for (int i = draw.chance(12) ? 70 : draw.random.below(10); i > 0; --i)
         list_insert(list, draw.values<tetra_point>(1));
     return made<list_kill, list_num, list_pos, elements>(list);
 }
