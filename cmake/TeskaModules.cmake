@@ -166,7 +166,7 @@ endfunction()
 # The results of a GoogleTest program go to a report in the build tree, from which the total is counted; the path is
 # relative, because a Windows program does not know the host's.
 function(teska_test_entry program label)
-  add_test(NAME "${label}.${program}" COMMAND ${program} "--gtest_output=xml:reports/${program}.xml"
+  add_test(NAME "${label}.${program}" COMMAND ${program} "--gtest_output=xml:reports/${label}.${program}.xml"
            WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
   set_tests_properties("${label}.${program}" PROPERTIES LABELS "${label}" TIMEOUT 600)
   if(TESKA_SANITIZE OR "${CMAKE_CROSSCOMPILING_EMULATOR}" MATCHES "qemu")

@@ -21,7 +21,7 @@
  *   process-wide, guarded by one lock. Lines of different threads are never mixed within a line; lines that one failing
  *   call reports may have those of another thread between them. A thread that needs exactly the lines of its own calls,
  *   as a language binding does, asks for a mode of its own: error_set_thread.
- *   Numbers that the library writes and reads as text need the C locale's decimal point; it never calls setlocale.
+ *   Numbers that the library writes and reads as text have a point whatever the locale; it never calls setlocale.
  */
 #ifndef TESKA_ERROR_MESS_H
 #define TESKA_ERROR_MESS_H

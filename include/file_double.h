@@ -12,8 +12,7 @@
  * A table is the topic "patches" of one record file; each of its items is a vector of the table's length, kept to about
  * four digits. zuk.h describes the files and how they are saved.
  *
- * Numbers are read with the decimal point of the locale: LC_NUMERIC must be "C", as it is until a program changes it.
- * They are written with a point whatever the locale.
+ * Numbers are read and written with a point whatever the locale.
  * Tables are independent of each other; each is used by one thread at a time. The other functions use their arguments
  * alone.
  */

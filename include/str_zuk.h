@@ -31,7 +31,7 @@
  * each thread that searched it calls str_search_zuk_cache_reset. All functions may be called by any number of threads
  * at the same time, with the same text too.
  * Pointers must not be null. Nothing is reported. Outputs are untouched on failure except where a block says so.
- * Numbers are read with the decimal point of the locale: LC_NUMERIC must be "C", as it is until a program changes it.
+ * Numbers are read and written with a point whatever the locale.
  */
 #ifndef TESKA_STR_ZUK_H
 #define TESKA_STR_ZUK_H

@@ -49,8 +49,6 @@ constexpr layout scene_coordinate{.width = 10, .decimals = 2};
 constexpr layout scene_colour{.width = 0, .decimals = 6};
 constexpr layout dump_coordinate{.width = 7, .decimals = 1};
 
-constexpr std::size_t room = 320;  // the largest double has 309 digits before the point
-
 // A text file that is being written.
 class text_file
 {
@@ -66,7 +64,7 @@ public:
 
     void put(double number, layout shape)
     {
-        char digits[room];
+        char digits[teska::number_room];
         const char *end = teska::put_fixed(digits, number, shape.decimals);
         for (std::ptrdiff_t i = end - digits; i < shape.width; ++i)
             put(" ");
@@ -75,8 +73,8 @@ public:
 
     void put(int number)
     {
-        char digits[room];
-        write(digits, static_cast<std::size_t>(std::to_chars(digits, digits + room, number).ptr - digits));
+        char digits[12];
+        write(digits, static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, number).ptr - digits));
     }
 
     // Three numbers, with a blank between, and what ends the line.

@@ -21,7 +21,7 @@
  * - Any number of threads may call any of these functions at the same time. Handlers and logical names are
  *   shared by the whole process: a handler may be called by several threads at once, and what a name
  *   translates to is the last translation that any thread gave it. Pools have a lock each.
- * - Numbers are printed by the C library: the host leaves the locale category LC_NUMERIC at "C".
+ * - Numbers are printed with a point whatever the locale.
  */
 #ifndef WEM_H
 #define WEM_H
@@ -57,7 +57,8 @@ typedef int (*wem_line_fn)(const char *line);
 /* ---- Lines -------------------------------------------------------------------------------------------
  *
  * Templates: '#' is replaced by the next argument, an int, as "%d" prints it; '%' by the next argument, a
- * double, as "%g" prints it. Everything else is copied. There is no way to write the marks themselves.
+ * double, as "%g" prints it in the C locale. Everything else is copied. There is no way to write the
+ * marks themselves.
  */
 
 /* fmtstr - build a line from a template and its values.

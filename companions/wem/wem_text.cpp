@@ -16,6 +16,7 @@
 #include "wem.h"
 
 #include <atomic>
+#include <charconv>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
@@ -69,6 +70,16 @@ bool leaves_quote_open(const char *templ)
     return open;
 }
 
+// As "%g", with a point in every locale where the C++ library knows how.
+void print_general(char (&out)[number_size], double number)
+{
+#if defined(__cpp_lib_to_chars)
+    *std::to_chars(out, out + sizeof out - 1, number, std::chars_format::general, 6).ptr = 0;
+#else
+    std::snprintf(out, sizeof out, "%g", number);
+#endif
+}
+
 // Copies the template and takes one value from the list for each mark.
 void expand(line_buffer &line, const char *templ, std::va_list values)
 {
@@ -78,7 +89,7 @@ void expand(line_buffer &line, const char *templ, std::va_list values)
             std::snprintf(number, sizeof number, "%d", va_arg(values, int));
             line.add(number);
         } else if (*p == '%') {
-            std::snprintf(number, sizeof number, "%g", va_arg(values, double));
+            print_general(number, va_arg(values, double));
             line.add(number);
         } else {
             line.add(p, 1);

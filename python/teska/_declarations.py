@@ -1,4 +1,4 @@
-MD5 = '5768945cb28927fd7b0c5f77330606a1'
+MD5 = 'b8d6befb1555a005050017bb55b14cc6'
 """The C declarations of the library, written by tools/python_declarations.py from these headers."""
 
 HEADERS = (

@@ -3,6 +3,7 @@
 // Records are named by the lower 32 bits of their addresses, which is what a debugger session of one process needs.
 
 #include "Source/tconvexhull/volume.h"
+#include "Support/digits.h"
 
 #include "tconvexhull.h"
 
@@ -14,6 +15,15 @@
 
 namespace
 {
+
+teska::number_text text_of(double coordinate) { return teska::fixed_text(coordinate, 3); }
+
+void print_point(const tVertexStructure *p)
+{
+    for (const double coordinate : p->v)
+        std::printf("\t%4s", text_of(coordinate).data());
+    std::printf("\n");
+}
 
 unsigned address(const void *record) { return static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(record)); }
 
@@ -65,9 +75,9 @@ void print_picture_of(const tFaceStructure *f)
 {
     std::printf("%%%% vnums:  %d  %d  %d\n", f->vertex[0]->vnum, f->vertex[1]->vnum, f->vertex[2]->vnum);
     std::printf("newpath\n");
-    std::printf("%4.3f\t%4.3f\tmoveto\n", f->vertex[0]->v[0], f->vertex[0]->v[1]);
-    for (int i = 1; i < 3; ++i)
-        std::printf("%4.3f\t%4.3f\tlineto\n", f->vertex[i]->v[0], f->vertex[i]->v[1]);
+    for (int i = 0; i < 3; ++i)
+        std::printf("%4s\t%4s\t%s\n", text_of(f->vertex[i]->v[0]).data(), text_of(f->vertex[i]->v[1]).data(),
+                    i == 0 ? "moveto" : "lineto");
     std::printf("closepath stroke\n\n");
 }
 
@@ -75,12 +85,7 @@ void print_picture_of(const tFaceStructure *f)
 
 // ---- Output ---------------------------------------------------------------------------------------------------------
 
-void TConvexHull::PrintPoint(tVertexStructure *p) const
-{
-    for (const double coordinate : p->v)
-        std::printf("\t%4.3f", coordinate);
-    std::printf("\n");
-}
+void TConvexHull::PrintPoint(tVertexStructure *p) const { print_point(p); }
 
 void TConvexHull::PrintOut(tVertexStructure *v) const
 {
@@ -96,7 +101,8 @@ void TConvexHull::PrintVertices() const
     each(vertices, [](const tVertexStructure *v) {
         std::fprintf(stderr, "  addr %6x\t", address(v));
         std::fprintf(stderr, "  vnum %4d", v->vnum);
-        std::fprintf(stderr, "   (%6.3f,%6.3f,%6.3f)", v->v[0], v->v[1], v->v[2]);
+        std::fprintf(stderr, "   (%6s,%6s,%6s)", text_of(v->v[0]).data(), text_of(v->v[1]).data(),
+                     text_of(v->v[2]).data());
         std::fprintf(stderr, "   active:%3d", v->onhull);
         std::fprintf(stderr, "   dup:%5x", address(v->duplicate));
         std::fprintf(stderr, "   mark:%2d\n", v->mark);
@@ -143,11 +149,13 @@ void TConvexHull::Print() const
     std::printf("%%%%BoundingBox: %d %d %d %d\n", whole(x.low), whole(y.low), whole(x.high), whole(y.high));
     std::printf("%%%%HiResBoundingBox: %d %d %d %d\n", whole(x.low), whole(y.low), whole(x.high), whole(y.high));
     std::printf("0 setlinewidth\n");
-    std::printf("%f %f translate\n", 0.0 - x.low, 0.0 - y.low);
+    std::printf("%s %s translate\n", teska::fixed_text(0.0 - x.low, 6).data(),
+                teska::fixed_text(0.0 - y.low, 6).data());
     std::printf("\n%%%% Vertices:\tV = %d\n", length(vertices));
     std::printf("%%%% index:\tx\ty\tz\n");
     each(vertices, [](const tVertexStructure *v) {
-        std::printf("%%%% %5d:\t%4.3f\t%4.3f\t%4.3f\n", v->vnum, v->v[0], v->v[1], v->v[2]);
+        std::printf("%%%% %5d:", v->vnum);
+        print_point(v);
     });
     std::printf("\n%%%% Faces:\tF = %d\n", length(faces));
     std::printf("%%%% Visible faces only: \n");

@@ -15,6 +15,7 @@
 
 #include "Source/ttriangulartopsurface/elements.h"
 #include "Source/ttriangulartopsurface/tprimcomb.h"
+#include "Support/digits.h"
 #include "Support/report.h"
 
 #include "fdstream.h"
@@ -172,6 +173,11 @@ const TPrimComb *part_at(const TList *umbrella, int part)
 }
 
 // Differences along the two outer bounds, as often as `order` says.
+void print_colour(std::FILE *file, double x, double y, double z, const char *note)
+{
+    std::fprintf(file, "%s %s %s%s\n", general_text(x).data(), general_text(y).data(), general_text(z).data(), note);
+}
+
 void dump_bounds(std::FILE *file, const TPrimComb &part, int order)
 {
     for (const int colorant : {part.Second(), part.First()}) {
@@ -185,7 +191,7 @@ void dump_bounds(std::FILE *file, const TPrimComb &part, int order)
         }
         std::fprintf(file, "colorant %d\n", colorant);
         for (const vec3 &row : rows)
-            std::fprintf(file, "%g %g %g\n", row.x, row.y, row.z);
+            print_colour(file, row.x, row.y, row.z, "");
     }
 }
 
@@ -210,10 +216,14 @@ int TTriangularTopSurface::DumpGrid(std::FILE *file, int part)
         return 0;
     for (const grid_point &p : found->Points()) {
         for (int i = 0; i < nrPrims; ++i)
-            std::fprintf(file, "%g ", i == found->First() ? p.u : i == found->Second() ? p.v : found->Device()[i]);
+            std::fprintf(file, "%s ",
+                         general_text(i == found->First()    ? p.u
+                                      : i == found->Second() ? p.v
+                                                             : found->Device()[i])
+                             .data());
         double xyz[3];
         from_axes(p.colour, vertAxis, xyz);
-        std::fprintf(file, "%g %g %g%s\n", xyz[0], xyz[1], xyz[2], p.valid ? "" : " no direction");
+        print_colour(file, xyz[0], xyz[1], xyz[2], p.valid ? "" : " no direction");
     }
     return 0;
 }
