@@ -13,6 +13,7 @@
 
 #include "condirmin.h"
 
+#include "Support/digits.h"
 #include "Support/memory.h"
 #include "Support/report.h"
 #include "Support/restriction_priv.h"
@@ -365,7 +366,7 @@ void trace_pass(int pass)
 void trace_line(int j, double value)
 {
     char text[512];
-    std::snprintf(text, sizeof text, "  dir %d -> meddE = %lf\n", j, value);
+    std::snprintf(text, sizeof text, "  dir %d -> meddE = %s\n", j, teska::fixed_text(value, 6).data());
     teska_warn(1, text);
 }
 

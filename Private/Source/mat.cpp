@@ -265,7 +265,6 @@ int mat_kill(mat *m) TESKA_NOTHROW
 int mat_set_mat(mat *m, const double *values) TESKA_NOTHROW
 {
     std::copy_n(values, count_of(*m) * static_cast<std::size_t>(m->cols), m->data.get());
-    m->parity = 1.0;
     changed(*m);
     return 0;
 }

@@ -97,7 +97,7 @@ int reduce(const restriction &r, double *row)
         const double factor = row[r.pivots[k]];
         for (int c = 0; c <= r.nx; ++c)
             row[c] -= factor * equality(r, k)[c];
-        row[r.pivots[k]] = 0.0;
+        row[r.pivots[k]] = 0.0;  // also where a sum has overflowed
     }
     int pivot = -1;
     for (int c = 0; c < r.nx; ++c)
@@ -117,7 +117,7 @@ void append(restriction &r, int pivot)
         const double factor = equality(r, k)[pivot];
         for (int c = 0; c <= r.nx; ++c)
             equality(r, k)[c] -= factor * row[c];
-        equality(r, k)[pivot] = 0.0;
+        equality(r, k)[pivot] = 0.0;  // also where a sum has overflowed
     }
     r.pivots[r.equalities++] = pivot;
     r.dependent[pivot] = 1;

@@ -114,11 +114,6 @@ hashed_name exactly::hashed(std::string_view name)
     return {hash_of(name, [](std::uint64_t bytes) { return bytes; }), name};
 }
 
-bool exactly::operator()(const hashed_name &left, const hashed_name &right) const
-{
-    return left.hash != right.hash ? left.hash < right.hash : left.name < right.name;
-}
-
 // Letters in either case have the same hash, and so have a few other pairs.
 hashed_name without_case::hashed(std::string_view name)
 {

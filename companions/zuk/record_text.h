@@ -42,7 +42,10 @@ struct hashed_name {
 
 struct exactly {
     static hashed_name hashed(std::string_view name);
-    bool operator()(const hashed_name &left, const hashed_name &right) const;
+    bool operator()(const hashed_name &left, const hashed_name &right) const
+    {
+        return left.hash != right.hash ? left.hash < right.hash : left.name < right.name;
+    }
 };
 
 // The case of ASCII letters ignored.

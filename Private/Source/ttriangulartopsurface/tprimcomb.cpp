@@ -9,6 +9,7 @@
 #include "Source/ttriangulartopsurface/tprimcomb.h"
 
 #include "Source/ttriangulartopsurface/elements.h"
+#include "Support/digits.h"
 #include "Support/report.h"
 
 #include "error_mess.h"
@@ -274,23 +275,27 @@ diagonal choose_diagonal(const cell &p)
     return whole13 ? diagonal::from_1_to_3 : diagonal::from_0_to_2;
 }
 
+number_text text_of(double x) { return fixed_text(x, 2); }
+
 void tell_discarded(int i, int j, const triangle &a)
 {
-    char text[200];
-    std::snprintf(text, sizeof text,
-                  "Discard Triangles %3.1lf %d: \n %4.2lf %4.2lf \n %4.2lf %4.2lf \n %4.2lf %4.2lf \n\n",
-                  static_cast<double>(i), j, a[0]->u, a[0]->v, a[1]->u, a[1]->v, a[2]->u, a[2]->v);
+    char text[7 * number_room + 100];
+    std::snprintf(text, sizeof text, "Discard Triangles %3s %d: \n %4s %4s \n %4s %4s \n %4s %4s \n\n",
+                  fixed_text(i, 1).data(), j, text_of(a[0]->u).data(), text_of(a[0]->v).data(), text_of(a[1]->u).data(),
+                  text_of(a[1]->v).data(), text_of(a[2]->u).data(), text_of(a[2]->v).data());
     dbg(text);
 }
 
 void tell_both_discarded(int i, int j, const triangle &a, const triangle &b)
 {
-    char text[300];
+    char text[13 * number_room + 100];
     std::snprintf(text, sizeof text,
-                  "Discard Triangles %3.1lf %d %d: \n %4.2lf %4.2lf \n %4.2lf, %4.2lf \n %4.2lf %4.2lf \n\n, %4.2lf "
-                  "%4.2lf \n %4.2lf, %4.2lf \n %4.2lf %4.2lf \n\n",
-                  static_cast<double>(i), j, j + 1, a[0]->u, a[0]->v, a[1]->u, a[1]->v, a[2]->u, a[2]->v, b[0]->u,
-                  b[0]->v, b[1]->u, b[1]->v, b[2]->u, b[2]->v);
+                  "Discard Triangles %3s %d %d: \n %4s %4s \n %4s, %4s \n %4s %4s \n\n, %4s "
+                  "%4s \n %4s, %4s \n %4s %4s \n\n",
+                  fixed_text(i, 1).data(), j, j + 1, text_of(a[0]->u).data(), text_of(a[0]->v).data(),
+                  text_of(a[1]->u).data(), text_of(a[1]->v).data(), text_of(a[2]->u).data(), text_of(a[2]->v).data(),
+                  text_of(b[0]->u).data(), text_of(b[0]->v).data(), text_of(b[1]->u).data(), text_of(b[1]->v).data(),
+                  text_of(b[2]->u).data(), text_of(b[2]->v).data());
     dbg(text);
 }
 

@@ -1,13 +1,9 @@
 // zuk - record files, through the library's face
 #include "zuk.h"
 
-#include "support/folder.h"
+#include "support/test.h"
 
 #include "record_text.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
 
 namespace
 {
@@ -110,9 +106,8 @@ TEST_F(Zuk, AsksTheTopmostFileThatHasTheTopicInAnyCase)
 
 TEST(ZukNames, AreFoundWhateverTheirHashesAre)
 {
-    struct alike {
+    struct alike : zuk::exactly {
         static zuk::hashed_name hashed(std::string_view name) { return {7, name}; }
-        bool operator()(const zuk::hashed_name &a, const zuk::hashed_name &b) const { return a.name < b.name; }
     };
     zuk::name_table<alike, const std::string> table;
     std::vector<std::string> names;
