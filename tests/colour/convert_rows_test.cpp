@@ -7,7 +7,7 @@
 #include "md_tetrad.h"
 #include "md_tetras.h"
 
-using teska_test::Generator, teska_test::lines, teska_test::Reports;
+using teska_test::Generator, teska_test::Reports;
 
 namespace
 {
@@ -161,24 +161,19 @@ TEST(ConvertRows, RefusesWhatIsNoLayout)
     Generator random(9);
     const Tables tables(random);
     const std::int64_t three[] = {3}, none[] = {0}, fewer[] = {-1}, even[] = {2};
-    const convert_rows_layout bad[] = {{33, three, even, even, nullptr, nullptr},
-                                       {1, fewer, even, even, nullptr, nullptr},
-                                       {1, three, three, even, nullptr, nullptr},
-                                       {1, three, even, three, nullptr, nullptr}};
     std::vector<void *> at(3, nullptr);
-    const auto call = [&](int kind, void *table, const convert_rows_layout &layout) {
-        return teska_convert_rows(kind, table, inputs, at.data(), outputs, at.data(), &layout);
+    const auto refusal = [&](int kind, void *table, int rank, auto *shape, auto *in_strides, auto *out_strides) {
+        const convert_rows_layout layout{rank, shape, in_strides, out_strides, nullptr, nullptr};
+        return reports.refusal(teska_convert_rows(kind, table, inputs, at.data(), outputs, at.data(), &layout));
     };
-    const convert_rows_layout empty{1, none, even, even, nullptr, nullptr};
-    EXPECT_EQ(call(-1, tables.s.get(), empty), 0);
-    EXPECT_EQ(call(7, tables.s.get(), empty), 0);
-    EXPECT_EQ(call(CONVERT_ROWS_TETRAS, nullptr, empty), 0);
-    EXPECT_EQ(reports.take(), lines(3, "teska_convert_rows: illegal kind"));
-    for (const convert_rows_layout &layout : bad)
-        EXPECT_EQ(call(CONVERT_ROWS_TETRAS, tables.s.get(), layout), 0);
-    EXPECT_EQ(reports.take(), lines(4, "teska_convert_rows: illegal layout"));
-    EXPECT_EQ(call(CONVERT_ROWS_TETRAS, tables.s.get(), empty), 1);
-    EXPECT_EQ(reports.take(), lines{});
+    void *const table = tables.s.get();
+    for (const int kind : {-1, 7})
+        EXPECT_EQ(refusal(kind, table, 1, none, even, even), "teska_convert_rows: illegal kind");
+    EXPECT_EQ(refusal(CONVERT_ROWS_TETRAS, nullptr, 1, none, even, even), "teska_convert_rows: illegal kind");
+    for (const auto &[rank, shape, in, out] :
+         {std::tuple(33, three, even, even), {1, fewer, even, even}, {1, three, three, even}, {1, three, even, three}})
+        EXPECT_EQ(refusal(CONVERT_ROWS_TETRAS, table, rank, shape, in, out), "teska_convert_rows: illegal layout");
+    EXPECT_EQ(refusal(CONVERT_ROWS_TETRAS, table, 1, none, even, even), "not refused");
 }
 
 }  // namespace

@@ -71,10 +71,9 @@ TEST(HashTabNew, ReportsTablesThatCannotBeAllocated)
         {-5, 4, -6}, {INT_MIN, 4, INT_MIN}, {1, INT_MAX, 1}, {10, INT_MAX, 13}, {INT_MAX, INT_MAX, INT_MAX}};
     for (const auto &[items, key_size, slots] : cases) {
         int size = -1;
-        EXPECT_EQ(hash_tab_new(items, key_size, 1, hash, match, empty, 1, &size), nullptr);
+        EXPECT_EQ(reports.refusal(hash_tab_new(items, key_size, 1, hash, match, empty, 1, &size)),
+                  "Hash_tab_new : allocation of table failed nr_items = " + std::to_string(slots));
         EXPECT_EQ(size, 0);
-        EXPECT_EQ(reports.take(),
-                  lines{"Hash_tab_new : allocation of table failed nr_items = " + std::to_string(slots)});
     }
 }
 

@@ -4,15 +4,11 @@
 
 #include <deque>
 
-using teska_test::lines, teska_test::Reports;
-
 TEST(ItemfifoNew, RefusesPartitionsThatCannotBeCounted)
 {
-    Reports reports;
-    EXPECT_EQ(itemfifo_new(0, 4), nullptr);
-    EXPECT_EQ(itemfifo_new(INT_MAX / 10 + 1, -1), nullptr) << "10 items";
-    EXPECT_EQ(itemfifo_new(1 << 16, 1 << 15), nullptr);
-    EXPECT_EQ(reports.take(), lines(3, "itemfifo_new: Unable to create new itemfifo"));
+    teska_test::Reports reports;
+    for (const auto &[size, items] : {std::pair{0, 4}, {INT_MAX / 10 + 1, -1}, {1 << 16, 1 << 15}})  // -1: 10
+        EXPECT_EQ(reports.refusal(itemfifo_new(size, items)), "itemfifo_new: Unable to create new itemfifo") << size;
 }
 
 TEST(ItemfifoGet, GivesTheItemsInTheOrderTheyWerePut)

@@ -39,24 +39,9 @@ void expect_near(const numbers &found, const numbers &expected, const numbers &o
 
 }  // namespace
 
-TEST(BezierNew, AndTheOthersRefuseDegreesAndIndices)
+TEST(BPoly, RefusesOtherDegreesAndIndices)
 {
     Reports reports;
-    EXPECT_EQ(bezier_new(1, 0, 0, 1, 1), nullptr);
-    EXPECT_EQ(bezier_new(5, 0, 0, 1, 1), nullptr);
-    EXPECT_EQ(reports.take(), lines(2, "Bezier_new : illegal degree"));
-    const Segment b(bezier_new(3, 1, 2, 3, 4));
-    double x = 77.0;
-    for (const int i : {-1, 2}) {
-        for (const int result : {bezier_set_endp(b.get(), i, 0, 0), bezier_get_endp(b.get(), i, &x, &x),
-                                 bezier_set_controlp(b.get(), i, 0, 0), bezier_get_controlp(b.get(), i, &x, &x)})
-            EXPECT_EQ(result, 0) << i;
-        EXPECT_EQ(reports.take(), (lines{"Bezier_get_controlp : illegal ind", "Bezier_get_endp : illegal index",
-                                         "Bezier_set_controlp : illegal ind", "Bezier_set_endp : illegal index"}));
-    }
-    numbers p(10, x);
-    EXPECT_EQ(bezier_get_control_poly(b.get(), p.data(), &p[5]), 1);
-    EXPECT_EQ(p, (numbers{1, 0, 0, 3, 77, 2, 0, 0, 4, 77}));
     for (const auto &[n, i] : {std::pair{2, 3}, {3, 4}, {4, -1}, {5, 0}})
         EXPECT_EQ(teska::B_poly(n, i, 0.5), -1.0);
     EXPECT_EQ(reports.take(), (lines{"B_poly : illegal degree ", "B_poly : illegal index", "B_poly : illegal index ",

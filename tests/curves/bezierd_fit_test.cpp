@@ -57,21 +57,6 @@ protected:
 
 }  // namespace
 
-TEST_F(BezierFit, RefusesOtherDegreesAndTooFewPoints)
-{
-    const Segment curves[] = {segment({1, 2, 3}, {1, 2, 3}), segment({1, 2, 3, 4}, {1, 2, 3, 4})};
-    double e[] = {77, 77};
-    for (const int n : {1, 0, std::numeric_limits<int>::min()})
-        for (const Segment &b : curves)
-            EXPECT_EQ(bezier_fit(b.get(), n, nullptr, nullptr, 0, 0, 0, 0, 0, 0, &e[0], &e[1], 1), 0);
-    lines expected(3, "Bezier_fit : degrees other than 3 not implemented yet");
-    expected.insert(expected.end(), 3, "Bezier_fit : nr_points too small ");
-    EXPECT_EQ(reports.take(), expected);
-    EXPECT_EQ(Host::take(), lines(3, "Bezier_fit"));
-    EXPECT_EQ(numbers(e, e + 2), numbers(2, 77));
-    EXPECT_EQ(numbers(curves[1]->x, curves[1]->x + 4), (numbers{1, 2, 3, 4}));
-}
-
 TEST_F(BezierFit, KeptAnswersThreePointsByTheCurveThroughThemOrAStraightSegmentOfApproximateLength)
 {
     const double off = 0.05 / (15 / 8.0 + 15 / 32.0);

@@ -15,17 +15,6 @@ using Array = teska::handle<dynar, dynar_kill>;
 
 constexpr double shortest = 0.9375;  // what a length of 1 is taken for at least
 
-Points fvector(const Segment &b, double max_error)
-{
-    double *points = b->x;
-    const int sections = bezier_fvector(b.get(), max_error, &points);
-    Points line;
-    for (int i = 0; points != nullptr && i <= sections; ++i)
-        line.push_back({points[2 * i], points[2 * i + 1]});
-    std::free(points);
-    return line;
-}
-
 // Into an array that has been used before.
 Points vector(const Segment &b, double max_error)
 {
@@ -96,31 +85,8 @@ TEST(BezierFvectorLen, BoundsTheSecondDerivative)
     dbg_set(before);
 }
 
-TEST(BezierFvector, AndTheOthersRefuseWhatTheyCannotDo)
-{
-    Reports reports;
-    const Segment b = segment({0, 1, 2, 3, 4}, {0, 1, 0, 5, 2});
-    dynar *array = nullptr;
-    for (const double bound : {0.0, -1.0, std::nan("")}) {
-        EXPECT_TRUE(fvector(b, bound).empty());
-        EXPECT_EQ(bezier_vector(b.get(), bound, &array), 0);
-        EXPECT_EQ(array, nullptr);
-    }
-    EXPECT_EQ(reports.take(), lines(3, "Bezier_fvector_len: illegal error bound"));
-    EXPECT_TRUE(fvector(b, 1).empty());
-    double out[2] = {77, 77};
-    for (const auto &[sections, stride] : {std::pair{1, 16U}, {0, 16U}, {0, 15U}})
-        EXPECT_EQ(bezier_vector_fd(b.get(), out, sections, stride), 0) << sections;
-    EXPECT_EQ(bezier_vector_error(b.get(), &out[0], &out[1]), 0);
-    EXPECT_EQ(numbers(out, out + 2), numbers(2));
-    EXPECT_EQ(vector(b, 0.1).at(1) - point({3, 5}), 0.0) << "Kept: control point 3";
-    EXPECT_EQ(reports.take(), (lines{"Bezier_fvector_len: illegal degree", "Bezier_vector_error : illegal degree",
-                                     "Bezier_vector_error : illegal degree", "Bezier_vector_fd: illegal degree",
-                                     "Bezier_vector_fd: illegal itemsize", "Bezier_vector_fd: illegal nr_sect"}));
-}
-
 // That the vertices lie on the curve, as dense as the bound asks for, is in the hashes.
-TEST(BezierVector, KeptGoesToZeroForDegree2AndEndsForAnyBoundAndCoordinates)
+TEST(BezierVector, KeptGoesToControlPoint3AndEndsForAnyBoundAndCoordinates)
 {
     for (const auto &[bound, segments] : {std::pair{5.0, 1U}, {0.5, 3U}, {0.05, 37U}})
         EXPECT_EQ(vector(segment({0, 1, 2}, {0, 2, 0}), bound).size(), segments + 1);
@@ -130,5 +96,8 @@ TEST(BezierVector, KeptGoesToZeroForDegree2AndEndsForAnyBoundAndCoordinates)
                                                           {{0, 1, 2, 3}, {0, 1, -1, 0}, INFINITY}};
     for (const auto &[xs, ys, bound] : cases)
         EXPECT_LT(vector(segment(xs, ys), bound).size(), 100000U);
+    Reports reports;
     EXPECT_EQ(vector(segment({1, 1, 2}, {1, 2, 0}), 0.1).back() - point({0, 0}), 0.0);
+    EXPECT_EQ(vector(segment({0, 1, 2, 3, 4}, {0, 1, 0, 5, 2}), 0.1).at(1) - point({3, 5}), 0.0);
+    EXPECT_EQ(reports.take(), lines{"Bezier_vector_error : illegal degree"});
 }

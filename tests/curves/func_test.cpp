@@ -32,6 +32,7 @@ Points contents(const Func &f)
     void *x = nullptr, *y = nullptr;
     for (int i = 0; func_get_point(f.get(), i, &x, &y) == 0; ++i)
         points.emplace_back(as_x(x), as_y(y));
+    EXPECT_TRUE(points.empty() || (x != nullptr && y != nullptr)) << "the point that is not there changes neither";
     EXPECT_EQ(func_num(f.get()), static_cast<int>(points.size()));
     return points;
 }
@@ -61,20 +62,15 @@ TEST(FuncInsert, AgreesWithAModelUnderRandomChangesForAnyGrowthStep)
     }
 }
 
-TEST(FuncChangep, KeptLeavesAMovedPointWhereItIsAndOnlyItReportsAMissingOne)
+TEST(FuncChangep, KeptLeavesAMovedPointWhereItIsAndReportsAMissingOne)
 {
     Reports reports;
     const Func f = filled(4, x_after, {{1, 10}, {2, 20}});
     const X moved = 9;
     const Y moved_y = 90;
     EXPECT_EQ(func_changep(f.get(), 0, &moved, &moved_y), 0);
-    for (const int index : {INT_MIN, -1, 2, INT_MAX}) {
-        void *untouched = &reports;
-        EXPECT_EQ(func_rem_point(f.get(), index), 0);
-        EXPECT_EQ(func_get_point(f.get(), index, &untouched, &untouched), -1);
-        EXPECT_EQ(untouched, &reports);
+    for (const int index : {INT_MIN, -1, 2, INT_MAX})
         EXPECT_EQ(func_changep(f.get(), index, &moved, &moved_y), -1);
-    }
     EXPECT_EQ(reports.take(), lines(4, "list_changep : index out of bound"));
     EXPECT_EQ(func_alloc(f.get(), 65536), 0) << "Kept: also without room";
     EXPECT_EQ(reports.take(), lines(2, "list_insert : Unable to extend list, insufficient resources"));

@@ -107,17 +107,3 @@ TEST(GradTabNewPoints, HasItsInverseAtOnceAndAllDigits)
     EXPECT_EQ(grad_tab_save(g.get()), -1);
     EXPECT_EQ(reports.take(), teska_test::lines{"grad_tab_save: table without a file"});
 }
-
-TEST(GradTabNewPoints, RefusesWhatIsNoPointAndHasNoValuesWithoutTwo)
-{
-    teska_test::Reports reports;
-    const double points[] = {0, 1, HUGE_VAL, 2};
-    EXPECT_EQ(grad_tab_new_points(points, 2, 1, 0), nullptr);
-    EXPECT_EQ(grad_tab_new_points(points, -1, 1, 0), nullptr);
-    EXPECT_EQ(reports.take(), teska_test::lines(2, "grad_tab_new_points: illegal points"));
-    const Table none(grad_tab_new_points(nullptr, 0, 1, 0));
-    double y = 7;
-    EXPECT_EQ(grad_tab_do(none.get(), points, 1, &y, 1, 1), -1);
-    EXPECT_EQ(reports.take(), teska_test::lines{"lin_interp : too little function points"});
-    EXPECT_EQ(y, 7);
-}

@@ -122,14 +122,13 @@ TEST(LinInterpDouble, KeptRefusesASinglePointAndLeavesAMovedOneWhereItIs)
         for (const Evaluate evaluate : {lin_interp_double_inter, lin_interp_double_inextp})
             EXPECT_EQ(bits(evaluate, curve(points), 1), bits(none));
     EXPECT_EQ(reports.take(), lines(4, "lin_interp : too little function points"));
+    EXPECT_EQ(lin_interp_double_num(nullptr), -1);
+    EXPECT_EQ(lin_interp_double_subst(nullptr, 1, 2, 3), 0);
+    EXPECT_EQ(reports.take(), lines(2, "lin_interp_double_getp : Not properly initialized"));
     const Curve li = curve({{1, 10}, {2, 20}, {3, 30}});
     EXPECT_EQ(lin_interp_double_changep(li.get(), 2, 0, 5), 0);
-    for (const int index : {-1, 3}) {
-        double untouched = 7;
-        EXPECT_EQ(lin_interp_double_getp(li.get(), index, &untouched, &untouched), -1);
-        EXPECT_EQ(untouched, 7);
+    for (const int index : {-1, 3})
         EXPECT_EQ(lin_interp_double_changep(li.get(), index, 0, 0), -1);
-    }
     EXPECT_EQ(reports.take(), lines(2, "list_changep : index out of bound"));
     EXPECT_EQ(contents(li), (Points{{1, 10}, {2, 20}, {0, 5}}));
 }
@@ -156,19 +155,4 @@ TEST(LinInterpDoubleInvert, TakesAnOrderOfTheCaller)
 {
     const Curve falling(lin_interp_double_invert(curve({{3, 1}, {2, 4}, {1, 1}}).get(), descending));
     EXPECT_EQ(contents(falling), (Points{{4, 2}, {1, 1}, {1, 3}}));
-}
-
-TEST(LinInterpDoubleGetp, KeptIsNamedInTheReportOfEveryFunctionThatFindsANullCurve)
-{
-    Reports reports;
-    double y = 7;
-    const std::vector<int> results = {
-        lin_interp_double_insert(nullptr, 1, 2),    lin_interp_double_changep(nullptr, 0, 1, 2),
-        lin_interp_double_getp(nullptr, 0, &y, &y), lin_interp_double_num(nullptr),
-        lin_interp_double_inter(nullptr, 1, &y),    lin_interp_double_inextp(nullptr, 1, &y),
-        lin_interp_double_subst(nullptr, 1, 2, 3)};
-    EXPECT_EQ(results, (std::vector{-1, -1, -1, -1, -1, -1, 0}));
-    EXPECT_EQ(reports.take(), lines(7, "lin_interp_double_getp : Not properly initialized"));
-    EXPECT_EQ(lin_interp_double_invert(nullptr, nullptr), nullptr);
-    EXPECT_EQ(reports.take(), lines{"lin_interp_double : cannot create inverted object"});
 }

@@ -1,14 +1,7 @@
 // The rows of tests/hostile with plain arguments, every allocation of their calls failing in turn
 //
-// A draw is made with memory first, which shows what its calls give. Then it is made again with the n-th allocation
-// failing, for every n (from 32 on for fewer, where programs run slowly), once with only that one failing and once with
-// all later ones too. A call that comes out as with memory and reports nothing did without. Any other has failed, and
-// tells so by its result, which is no object then, or a report. Then: what is reported is promised by its header or by
-// one that its module uses; the objects answer as before; and called again it comes out as with memory. At the end
-// nothing is leaked. All memory texts of a function's block have been reported.
-#include "support/test.h"
-
-#include "error_mess.h"
+// docs/testing.md says what must be true then. A call that comes out as with memory and reports nothing did without;
+// any other has failed, and tells so by its result, which is no object then, or a report.
 #include "faults/sweep.h"
 #include "hostile/hostile.h"
 

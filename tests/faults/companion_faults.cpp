@@ -1,6 +1,5 @@
 // Lock files with a host that fails, and a host that refuses to open
 #include "support/child.h"
-#include "support/test.h"
 
 #include "faults/sweep.h"
 #include "lopra.h"
@@ -65,18 +64,44 @@ TEST(LockFile, HoldsWithEveryFileCallFailingOrIsNotThere)
     }
 }
 
-TEST(Companions, KeepNothingWhenTheHostRefusesToOpen)
+TEST(Companions, KeepNothingOfWhatTheHostRefuses)
 {
-    constexpr const char *name = "companion_faults.tmp";
-    track_memory();
-    arm(fault_kind::files, 0, true);
-    EXPECT_EQ(open_utf8(name, LOPRA_O_CREAT | LOPRA_O_RDWR | LOPRA_O_TEMPORARY, LOPRA_S_IWRITE), -1);
-    EXPECT_EQ(errno, EIO);
-    EXPECT_EQ(fopen_utf8(name, "wb"), nullptr);
-    EXPECT_EQ(CreateFile_utf8(name, LOPRA_GENERIC_WRITE, 0, nullptr, LOPRA_OPEN_ALWAYS, 0, nullptr),
-              LOPRA_INVALID_HANDLE);
-    EXPECT_EQ(disarm(), 3);
-    EXPECT_EQ(live_blocks(), 0);
+    int all_refused = 0;
+    for (const fault_kind kind : {fault_kind::memory, fault_kind::files})
+        each_fault(kind, false, {}, [&](const auto &fire) {
+            const Folder folder;
+            const std::string path = folder.path("f");
+            const int lowest = dup(2);
+            close(lowest);
+            track_memory();
+            fire();
+            int refused = 0;
+            const auto given = [&](bool opened) {
+                refused += !opened;
+                EXPECT_TRUE(opened || errno == (kind == fault_kind::memory ? ENOMEM : EIO)) << errno;
+                return opened;
+            };
+            const int temporary =
+                open_utf8(path.c_str(), LOPRA_O_CREAT | LOPRA_O_RDWR | LOPRA_O_TEMPORARY, LOPRA_S_IWRITE);
+            EXPECT_GE(temporary, -1);
+            if (given(temporary >= 0))
+                close_utf8(temporary);
+            FILE *const stream = fopen_utf8(path.c_str(), "wb");
+            if (given(stream))
+                std::fclose(stream);
+            const lopra_handle handle =
+                CreateFile_utf8(path.c_str(), LOPRA_GENERIC_WRITE, 0, nullptr, LOPRA_OPEN_ALWAYS, 0, nullptr);
+            if (given(handle != LOPRA_INVALID_HANDLE))
+                CloseFile_utf8(handle);
+            const bool fired = disarm() > 0;
+            EXPECT_LE(refused, fired);
+            all_refused += refused;
+            EXPECT_EQ(live_blocks(), 0);
+            EXPECT_EQ(dup(2), lowest);
+            close(lowest);
+            return fired;
+        });
+    EXPECT_GT(all_refused, 9);
 }
 
 }  // namespace

@@ -10,8 +10,6 @@
 #include "tconvexhull.h"
 #include "tetra.h"
 
-#include <cstdlib>
-
 using namespace teska_test;
 
 namespace

@@ -6,16 +6,9 @@
 #ifndef TESKA_TESTS_DISK_H
 #define TESKA_TESTS_DISK_H
 
-#include "faults/injector.h"
+#include "support/test.h"
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <map>
-#include <memory>
-#include <set>
-#include <sstream>
-#include <utility>
+#include "faults/injector.h"
 
 namespace teska_test
 {

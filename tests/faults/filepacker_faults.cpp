@@ -1,14 +1,10 @@
 // FilePacker: every file call of packing and unpacking failing in turn
-#include "support/folder.h"
-
 #include "faults/sweep.h"
 #include "filepacker.h"
 
 #include <sys/resource.h>
 
 #include <csignal>
-#include <filesystem>
-#include <optional>
 
 using namespace teska_test;
 
@@ -140,7 +136,7 @@ TEST(FilePackerFaults, UnpackedFilesAreWholeOrNotThere)
         EXPECT_EQ(packed.packer->GetError(text), code);
         const std::string written = "FilePacker error 7: Cannot write output file: " + packed.target + "\\";
         EXPECT_EQ(std::string(text).starts_with(written), code == 7) << text;
-        EXPECT_TRUE(fired || code == 0);
+        EXPECT_TRUE(code == 0 || (fired && (code == 2 || code == 5 || code == 7))) << code;
         unnoticed += fired && code == 0;
         for (unsigned i = 0; i < 3; ++i) {
             std::error_code missing;

@@ -10,34 +10,31 @@ using namespace teska_test;
 namespace
 {
 
-// Filters an image while all allocations from the n-th on fail. Returns how many did.
-int filter_failing_at(int n, fir *filter)
-{
-    static unsigned char in[50], out[50];
-    unsigned char *holder = out;
-    arm(fault_kind::memory, n, true);
-    fir_start(
-        filter, 1, 1000, 50, [](int) {}, 1, 1);
-    for (int y = 0; y < 1000; ++y)
-        fir_mono_b(filter, in, &holder);
-    return disarm();
-}
-
 // What comes out without the rows of words is what comes out at the scalar level, which has none: see fir_test.
 TEST(FirLines, AllocateNothing)
 {
     const double kernel[9] = {0.1, 0.2, 0.3, 0, 0.1, 0, 0.1, 0, 0.1};
-    const std::unique_ptr<fir, int (*)(fir *)> filter(fir_new(1, 255), fir_kill);
-    EXPECT_EQ(filter_failing_at(0, filter.get()), 0) << "of a kernel of zeros";
+    const teska::handle<fir, fir_kill> filter(fir_new(1, 255));
+    // An image while all allocations from the n-th on fail: how many did.
+    const auto failures_from = [&](int n) {
+        unsigned char in[50] = {}, out[50], *holder = out;
+        arm(fault_kind::memory, n, true);
+        fir_start(
+            filter.get(), 1, 1000, 50, [](int) {}, 1, 1);
+        for (int y = 0; y < 1000; ++y)
+            fir_mono_b(filter.get(), in, &holder);
+        return disarm();
+    };
+    EXPECT_EQ(failures_from(0), 0) << "of a kernel of zeros";
     teska::fir_set_kernel(filter.get(), kernel);
-    EXPECT_LE(filter_failing_at(0, filter.get()), 1) << "none on a processor without variants";
-    EXPECT_EQ(filter_failing_at(1, filter.get()), 0);
+    EXPECT_LE(failures_from(0), 1) << "none on a processor without variants";
+    EXPECT_EQ(failures_from(1), 0);
 }
 
 TEST(FloodDo, ReportsThatItHasLostItsSeed)
 {
-    const std::unique_ptr<flood, int (*)(flood *)> record(
-        flood_new([](void *, int, int) { return 0; }, [](void *, int, int, int) {}), flood_kill);
+    const teska::handle<flood, flood_kill> record(
+        flood_new([](void *, int, int) { return 0; }, [](void *, int, int, int) {}));
     Reports reports;
     arm(fault_kind::memory, 0, true);
     EXPECT_EQ(flood_do(record.get(), nullptr, 0, 0), 1);

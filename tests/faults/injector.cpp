@@ -277,6 +277,7 @@ WRAPPED(fstatat, file_call, (int folder, const char *name, struct stat *status, 
 WRAPPED(statx, file_call, (int at, const char *name, int flags, unsigned mask, struct statx *to), at, name, flags, mask,
         to)
 WRAPPED(fchmod, file_call, (int descriptor, mode_t mode), descriptor, mode)
+WRAPPED(fdopen, file_call, (int descriptor, const char *mode), descriptor, mode)
 WRAPPED(fdopendir, file_call, (int descriptor), descriptor)
 WRAPPED(readdir, file_call, (DIR * stream), stream)
 WRAPPED(readlinkat, file_call, (int at, const char *name, char *content, std::size_t size), at, name, content, size)

@@ -3,19 +3,11 @@
 #ifndef TESKA_TESTS_SWEEP_H
 #define TESKA_TESTS_SWEEP_H
 
-#include "support/reports.h"
+#include "support/test.h"
 
 #include "error_mess.h"
 #include "faults/injector.h"
 #include "wem.h"
-
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <iterator>
-#include <memory>
-#include <set>
-#include <string>
 
 namespace teska_test
 {

@@ -1,9 +1,6 @@
 #include "archive.h"
 
-#include "support/folder.h"
-#include "support/reports.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace
 {

@@ -2,31 +2,21 @@
 
 #include <gtest/gtest.h>
 
-namespace
-{
-
-const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
-std::string encoded(const char *bytes, int n)
-{
-    char out[] = "????";
-    EXPECT_EQ(encodeToBase64(reinterpret_cast<const unsigned char *>(bytes), out, n), out[3]);
-    return out;
-}
-
-}  // namespace
-
 TEST(EncodeToBase64, KeptEncodesTheByteAfterAShortGroup)
 {
     const std::tuple<const char *, int, const char *> cases[] = {
         {"M\0", 1, "TQ=="}, {"Ma\0", 2, "TWE="}, {"Man", 3, "TWFu"},  {"Ma\xff", 2, "TWH="},
         {"Ma", 1, "TW=="},  {"M\0", 0, "TQ=="},  {"Man", 99, "TWFu"}, {"\xff\xef\xbe", 3, "/+++"}};
-    for (const auto &[bytes, n, text] : cases)
-        EXPECT_EQ(encoded(bytes, n), text) << n;
+    for (const auto &[bytes, n, text] : cases) {
+        char out[] = "????";
+        EXPECT_EQ(encodeToBase64(reinterpret_cast<const unsigned char *>(bytes), out, n), text[3]) << text;
+        EXPECT_STREQ(out, text) << n;
+    }
 }
 
 TEST(DecodeFromBase64, KeptTakesOtherCharactersAsEightSetBits)
 {
+    const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     for (int code = 0; code < 256; ++code) {
         const char text[] = {'T', static_cast<char>(code), 'F', static_cast<char>(code)};
         const unsigned at = static_cast<unsigned>(alphabet.find(text[1])), v = at < 64 ? at : 255;

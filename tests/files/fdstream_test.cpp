@@ -1,11 +1,8 @@
 #include "fdstream.h"
 
-#include "support/folder.h"
-#include "support/generator.h"
+#include "support/test.h"
 
 #include <lopra.h>
-
-#include <gtest/gtest.h>
 
 using teska_test::Folder, teska_test::Generator;
 

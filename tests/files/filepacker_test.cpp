@@ -249,14 +249,17 @@ TEST(FilePackerRaw, ReadsWhatItWrote)
 {
     const Folder folder;
     FilePacker writer(folder.path("a").c_str(), 0, nullptr);
-    EXPECT_EQ(writer.WriteString("te\1xt"), 0);
+    for (const char *text : {"", "te\1xt"})
+        EXPECT_EQ(writer.WriteString(text), 0);
     EXPECT_EQ(writer.WriteBinaryData("aabaabaac\nxaaby\nend-\naab-!", 26), 0);
     EXPECT_EQ(writer.WriteBinaryData("x", -1), 7);
     FilePacker packer(folder.path("a").c_str(), 1, nullptr);
     EXPECT_EQ(packer.WriteString("no"), 7);
     char text[16] = "????";
-    EXPECT_EQ(packer.ReadString(text), 0);
-    EXPECT_STREQ(text, "te\1xt");
+    for (const char *written : {"", "te\1xt"}) {
+        EXPECT_EQ(packer.ReadString(text), 0);
+        EXPECT_STREQ(text, written);
+    }
     // Delimiters that overlap with themselves; "" takes one byte; 0: without a buffer.
     const std::tuple<int, const char *, int, std::string> cases[] = {
         {16, "aabaac", 0, "aabaabaac"}, {1, "", 0, ""},  {2, "aab", 0, "aa"}, {2, "by", 0, "by"}, {0, "end", 0, ""},

@@ -1,13 +1,9 @@
 #include "flock.h"
 
 #include "support/child.h"
-#include "support/folder.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 #include <chrono>
-#include <fstream>
-#include <thread>
 
 using teska_test::Child, teska_test::ChildRole, teska_test::Folder;
 

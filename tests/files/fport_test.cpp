@@ -1,10 +1,8 @@
 #include "fport.h"
 
-#include "support/reports.h"
+#include "support/test.h"
 
 #include <wem.h>
-
-#include <gtest/gtest.h>
 
 using teska_test::lines, teska_test::Reports;
 
@@ -14,11 +12,9 @@ namespace
 // What fport leaves in a destination of x's, up to the zero.
 std::string translated(const std::string &source, int size)
 {
-    char destination[302];
-    std::fill_n(destination, 301, 'x');
-    destination[301] = 0;
-    EXPECT_EQ(fport(destination, size, source.c_str()), 0);
-    return destination;
+    std::string destination(301, 'x');
+    EXPECT_EQ(fport(destination.data(), size, source.c_str()), 0);
+    return destination.c_str();
 }
 
 }  // namespace

@@ -169,20 +169,6 @@ TEST_F(Rs232, CountsTheBytesThatWaitAndSetsALostLineUpAgain)
     EXPECT_EQ(settings(port), "115200 115200 2 1 1 17 19 120");
 }
 
-TEST(Rs232NoPort, IsAnsweredWithTheFailureValueAlone)
-{
-    Reports reports;
-    alignas(std::max_align_t) char zeros[1024] = {};
-    for (rs232_rec *port : {static_cast<rs232_rec *>(nullptr), reinterpret_cast<rs232_rec *>(zeros)}) {
-        for (const int given :
-             {outstringrs232(port, "a", 1), outbrs232(port, 'a'), inrs232rdy(port), outrs232rdy(port)})
-            EXPECT_EQ(given, -1);
-        EXPECT_EQ(inbrs232(port), no_byte);
-        closers232(port);
-    }
-    EXPECT_EQ(reports.take(), lines{});
-}
-
 #ifdef _WIN32
 // A pseudo terminal has eight bits and no parity, whatever it is set to; POSIX is checked in tests/faults.
 TEST(Rs232ControlBlock, TakesTheSettings)

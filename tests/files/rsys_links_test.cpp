@@ -3,9 +3,6 @@
 
 #include "files/rsys_site.h"
 
-#include <cerrno>
-#include <filesystem>
-
 namespace fs = std::filesystem;
 
 using teska_test::everything, teska_test::lines, teska_test::Links, teska_test::Reports, teska_test::Site,

@@ -5,9 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <filesystem>
-
 namespace fs = std::filesystem;
 
 using teska_test::lines, teska_test::Reports, teska_test::Site;

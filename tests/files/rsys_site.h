@@ -3,16 +3,9 @@
 #ifndef TESKA_TESTS_RSYS_SITE_H
 #define TESKA_TESTS_RSYS_SITE_H
 
-#include "support/folder.h"
-#include "support/reports.h"
+#include "support/test.h"
 
 #include "rsys.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <limits>
-#include <memory>
 
 namespace teska_test
 {

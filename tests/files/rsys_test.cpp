@@ -1,14 +1,9 @@
 #include "rsys.h"
 
-#include "support/generator.h"
-
 #include "files/rsys_links.h"
 #include "files/rsys_site.h"
 
-#include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <filesystem>
 
 namespace fs = std::filesystem;
 
@@ -228,17 +223,15 @@ TEST(RsysMakeFolder, MakesAllThatAreMissing)
 
 // ---- Copies
 
-TEST(RsysCopy, CopiesFilesWithPermissionAndTimeAndTellsHowFarItIs)
+TEST(RsysCopy, CopiesFilesOfAnySizeAndTellsHowFarItIs)
 {
-    constexpr long long mega = 1 << 20, hours = 3600000;
+    constexpr long long mega = 1 << 20;
     for (const long long size : {0LL, 1LL, mega - 1, mega, mega + 1, 3 * mega}) {
         const Site site;
         std::string content(static_cast<std::size_t>(size), 'x');
         for (std::size_t i = 0; i < content.size(); i += 997)
             content[i] = static_cast<char>(i / 997);
         site.write("f", content);
-        fs::permissions(site.path("f"), fs::perms::owner_read);
-        make_older(site.path("f"), 10000);
         std::vector<std::string> expected;
         for (long long done = 0; done < size + mega; done += mega)
             expected.push_back("f " + std::to_string(std::min(done, size)) + "/" + std::to_string(size));
@@ -246,17 +239,11 @@ TEST(RsysCopy, CopiesFilesWithPermissionAndTimeAndTellsHowFarItIs)
         EXPECT_EQ(site.copy("f", "g", 0, &watch), 0);
         EXPECT_EQ(watch.calls, expected);
         EXPECT_EQ(site.read("g"), content);
-        EXPECT_EQ(fs::status(site.path("g")).permissions(), fs::status(site.path("f")).permissions());
         EXPECT_EQ(site.listing(), "f g");
-        const auto now = std::chrono::system_clock::now().time_since_epoch() / std::chrono::milliseconds(1);
-        const auto dir = site.list("", "", 0);
-        EXPECT_LT(std::abs(now - 10000 * hours - rsys_dir_get(dir.get(), 0)->time), hours / 6);
-        EXPECT_EQ(rsys_dir_get(dir.get(), 1)->time, rsys_dir_get(dir.get(), 0)->time);
-        EXPECT_EQ(site.remove("g"), 0) << "read-only";
     }
 }
 
-TEST(RsysCopy, CopiesTreesWholeOrLeavesNothingWhenItIsStopped)
+TEST(RsysCopy, CopiesTreesWithPermissionsAndTimesOrLeavesNothingWhenItIsStopped)
 {
     const Site site;
     fill(site, "from");
@@ -266,6 +253,9 @@ TEST(RsysCopy, CopiesTreesWholeOrLeavesNothingWhenItIsStopped)
         make_older(site.path(name), 100);
     fs::permissions(site.path("from/a"), fs::perms::owner_read | fs::perms::owner_exec);
     fs::permissions(site.path("from/b.txt"), fs::perms::owner_read);
+    const auto now = std::chrono::system_clock::now().time_since_epoch() / std::chrono::milliseconds(1);
+    const long long then = rsys_dir_get(site.list("from/a", "c.txt", 0).get(), 0)->time;
+    EXPECT_LT(std::abs(now - 100 * 3600000LL - then), 600000) << "100 hours ago";
     const std::string before = image(site, "from");
     const std::tuple<const char *, const char *, std::size_t> cases[] = {{"from", "to", 11}, {"from/z", "old", 4}};
     for (const auto &[from, to, calls] : cases)
@@ -275,7 +265,7 @@ TEST(RsysCopy, CopiesTreesWholeOrLeavesNothingWhenItIsStopped)
             EXPECT_EQ(watch.calls.size(), stop);
             EXPECT_EQ(site.read("old") + site.listing(), "oldfrom/ old");
         }
-    Watch watch;
+    Watch watch{.act = [](const std::string &path) { EXPECT_TRUE(fs::is_regular_file(path)) << path; }};
     EXPECT_EQ(site.copy("from/", "to\\", 0, &watch), 0);
     EXPECT_EQ(image(site, "to"), before);
     EXPECT_EQ(watch.calls.front() + watch.calls.back(), ".h 0/3145839z 3145839/3145839");
@@ -319,11 +309,10 @@ TEST(RsysCopy, NoticesASourceThatChanges)
     site.write("f", std::string(2 << 20, 'x'));
     for (const std::uintmax_t size : {(3U << 20), (1U << 20)}) {
         Reports reports;
-        Watch watch;
-        watch.act = [&](const std::string &path) {
+        Watch watch{.act = [&](const std::string &path) {
             if (watch.calls.size() == 2)
                 fs::resize_file(path, size);
-        };
+        }};
         EXPECT_EQ(site.copy("f", "g", 0, &watch), -1);
         EXPECT_EQ(reports.take(), lines{"rsys_copy: source changed while it was copied"});
         EXPECT_EQ(site.listing(), "f");

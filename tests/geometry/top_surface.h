@@ -74,7 +74,6 @@ struct Surface : TTriangularTopSurface {
         EXPECT_EQ(darkening->Count(), std::count(text.begin(), text.end(), '1'));
         return text;
     }
-    int colorants() const { return nrPrims; }
     Edge edge_at(double phir)
     {
         Edge edge = {};
@@ -94,9 +93,9 @@ struct Surface : TTriangularTopSurface {
 
     using TTriangularTopSurface::AddToUmbrella, TTriangularTopSurface::cursorPrimCombs,
         TTriangularTopSurface::DeterminePhirVTrTetar, TTriangularTopSurface::FindDarkeningPrimaries,
-        TTriangularTopSurface::PhirToPhi, TTriangularTopSurface::PhiToPhir, TTriangularTopSurface::PosDeltaPhi,
-        TTriangularTopSurface::PosPhiMin, TTriangularTopSurface::primaries, TTriangularTopSurface::tabTetar,
-        TTriangularTopSurface::umbrella, TTriangularTopSurface::VTMax;
+        TTriangularTopSurface::nrPrims, TTriangularTopSurface::PhirToPhi, TTriangularTopSurface::PhiToPhir,
+        TTriangularTopSurface::PosDeltaPhi, TTriangularTopSurface::PosPhiMin, TTriangularTopSurface::primaries,
+        TTriangularTopSurface::tabTetar, TTriangularTopSurface::umbrella, TTriangularTopSurface::VTMax;
 };
 
 using Convert = int (TTriangularTopSurface::*)(const double *, double *, double *, int);

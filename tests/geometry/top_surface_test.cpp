@@ -19,21 +19,17 @@ int ink(void *, const double *device, double *colour)
 
 int fails(void *, const double *, double *) { return -1; }
 
-struct Press {
-    const double ramp[3] = {1.0, 0.5, 0.0};
-    const double *levels[4] = {ramp, ramp, ramp, ramp};
-    const int counts[4] = {3, 3, 3, 3};
-};
+const double ramp[3] = {1.0, 0.5, 0.0};
+const double *levels[4] = {ramp, ramp, ramp, ramp};
+const int counts[4] = {3, 3, 3, 3};
 
 using T = TTriangularTopSurface;
 
 TEST(TopSurface, SaysWhatTheClassSays)
 {
-    Press press;
-    const teska::handle<top_surface, top_surface_kill> top(
-        top_surface_new(4, press.levels, press.counts, 0, ink, nullptr, 61));
+    const teska::handle<top_surface, top_surface_kill> top(top_surface_new(4, levels, counts, 0, ink, nullptr, 61));
     ASSERT_NE(top, nullptr);
-    T model(4, press.levels, press.counts, &press, 0, ink, 61, 61);
+    T model(4, levels, counts, levels, 0, ink, 61, 61);
     const int parts = model.GetNrDifferentPrimCombs();
     EXPECT_EQ(top_surface_get_nr_parts(top.get()), parts);
     std::array<double, 21> a{}, b{};  // what either says
@@ -66,11 +62,10 @@ TEST(TopSurface, SaysWhatTheClassSays)
 
 TEST(TopSurface, SaysWhyThereIsNone)
 {
-    Press press;
     Reports reports;
-    EXPECT_EQ(top_surface_new(4, press.levels, press.counts, 3, ink, nullptr, 61), nullptr);
+    EXPECT_EQ(top_surface_new(4, levels, counts, 3, ink, nullptr, 61), nullptr);
     EXPECT_EQ(reports.take(), lines{"Invalid Parameters, nrphisteps and nrtetasteps still need to be the same"});
-    EXPECT_EQ(top_surface_new(4, press.levels, press.counts, 0, fails, nullptr, 61), nullptr);
+    EXPECT_EQ(top_surface_new(4, levels, counts, 0, fails, nullptr, 61), nullptr);
     EXPECT_EQ(reports.take(), lines{"top_surface_new: the device failed"});
 }
 

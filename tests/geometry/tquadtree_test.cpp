@@ -49,18 +49,11 @@ struct Visits {
     }
 };
 
-Rows in_circle(const TQuadTree &tree, double x, double y, double radius)
+template <class Query, class... Where>
+Rows visited(const TQuadTree &tree, Query query, const Where &...where)
 {
     Visits visits;
-    const int count = tree.InCircle(x, y, radius, Visits::add, &visits);
-    EXPECT_EQ(count, static_cast<int>(visits.rows.size()));
-    return sorted(visits.rows);
-}
-
-Rows in_box(const TQuadTree &tree, const TQuadBox &box)
-{
-    Visits visits;
-    const int count = tree.InBox(box, Visits::add, &visits);
+    const int count = (tree.*query)(where..., Visits::add, &visits);
     EXPECT_EQ(count, static_cast<int>(visits.rows.size()));
     return sorted(visits.rows);
 }
@@ -121,7 +114,7 @@ void compare(const TQuadTree &tree, const Rows &entries, const Family &family, G
     std::ranges::stable_sort(near, {}, [&](const Row &e) { return square(e, x, y); });
     for (Row &e : near)
         e[5] = std::sqrt(square(e, x, y));
-    EXPECT_EQ(in_circle(tree, x, y, reach), sorted(near));
+    EXPECT_EQ(visited(tree, &TQuadTree::InCircle, x, y, reach), sorted(near));
     const int k = 1 + input.below(12);
     near.resize(std::min(near.size(), static_cast<std::size_t>(k)));
     EXPECT_EQ(nearest(tree, x, y, reach, k), near);
@@ -130,7 +123,7 @@ void compare(const TQuadTree &tree, const Rows &entries, const Family &family, G
                        input.below(9) == 0 ? HUGE_VAL : std::max(from.y1, other.y1)};
     Rows in = entries;
     std::erase_if(in, [&](const Row &e) { return e[1] > box.x1 || box.x0 > e[3] || e[2] > box.y1 || box.y0 > e[4]; });
-    EXPECT_EQ(in_box(tree, box), sorted(in));
+    EXPECT_EQ(visited(tree, &TQuadTree::InBox, box), sorted(in));
 }
 
 // Bounds are tight, whatever was removed; each is visited once; a visit ends the walk where it wants to.
@@ -206,13 +199,13 @@ TEST(TQuadTree, RefusesWhatIsNoBoxAndNoQuestion)
     for (const auto &[x, y, reach] :
          {std::array{quiet, 0.0, 1.0}, {0.0, quiet, 1.0}, {0.0, 0.0, quiet}, {0.0, 0.0, -1.0}}) {
         EXPECT_EQ(tree.Nearest(x, y, reach, &hit), 0);
-        EXPECT_EQ(in_circle(tree, x, y, reach), Rows());
+        EXPECT_EQ(visited(tree, &TQuadTree::InCircle, x, y, reach), Rows());
     }
     for (const int k : {0, -1, INT_MIN})
         EXPECT_EQ(tree.Nearest(0, 0, 1, k, &hit), 0);
     for (const TQuadBox &box : {TQuadBox{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, quiet, 0}, {quiet, quiet, quiet, quiet}}) {
         EXPECT_EQ(tree.Insert(box, nullptr), -1);
-        EXPECT_EQ(in_box(tree, box), Rows());
+        EXPECT_EQ(visited(tree, &TQuadTree::InBox, box), Rows());
     }
     EXPECT_EQ(hit.item, item_of(9));
     EXPECT_EQ(tree.Remove(0.0, -0.0, nullptr), 0);
@@ -238,20 +231,14 @@ TEST(TQuadTree, TakesAnyNumberAtOnePlaceAndAnySequence)
         ASSERT_EQ(nearest(rising, i, 1, 0.5, 1), (Rows{{1.0 * i, 1.0 * i, 1, 1.0 * i, 1, 0}}));
 }
 
-// Far apart, side by side, and as near as doubles can be; just below zero.
-TEST(TQuadTreeCells, AreTheSmallestThatHoldBoth)
+// Where the scaled coordinate is -0, and where it is beyond whole numbers.
+TEST(TQuadTreeCells, HoldWhatIsJustBelowZeroAndWhatIsFarAway)
 {
     using namespace teska::quad;
-    const struct {
-        place low, high;
-        std::array<double, 3> smallest;  // corner and side
-    } rows[] = {{{5, 1}, {6, 1}, {4, 0, 4}},
-                {{-6, -1}, {-5, -1}, {-6, -2, 2}},
-                {{0x1p400, -1e-300}, {0x1.8p400, -1e-300}, {0x1p400, -0x1p400, 0x1p400}},
-                {{0, 1e150}, {5e-324, 1e150}, {0, 1e150, 1e-323}},
-                {{-1, 3}, {1, 3}, {-0x1p500, -0x1p500, 0x1p501}}};
-    for (const auto &[low, high, smallest] : rows) {
+    const auto smallest = [](place low, place high) {
         const cell found = common_cell(low, high);
-        EXPECT_EQ((std::array{found.low.x, found.low.y, found.side}), smallest);
-    }
+        return std::array{found.low.x, found.low.y, found.side};
+    };
+    EXPECT_EQ(smallest({0x1p400, -1e-300}, {0x1.8p400, -1e-300}), (std::array{0x1p400, -0x1p400, 0x1p400}));
+    EXPECT_EQ(smallest({0, 1e150}, {5e-324, 1e150}), (std::array{0.0, 1e150, 1e-323}));
 }

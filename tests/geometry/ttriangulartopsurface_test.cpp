@@ -237,37 +237,19 @@ TEST(Dump, WritesThePartAndNothingForUnknownOnes)
 
 TEST(TopSurfaceConstructor, RefusesWhatItCannotUse)
 {
-    constexpr char range[] = "Invalid Parameters, nrphisteps and nrtetasteps still need to be the same";
-    static const double fine[] = {1.0, 0.0}, outside[] = {1.0, 1.5};
-    static const double *good[] = {fine, fine}, *missing[] = {fine, nullptr}, *wrong[] = {fine, outside};
-    static const int two[] = {2, 2}, one[] = {2, 1};
-    struct Arguments {
-        const char *report;
-        int n = 2, vertical = 0, phi = 9;
-        const double **levels = good;
-        const int *counts = two;
-        const device *user = &two_inks;
-        int (*callback)(void *, const double *, double *) = device::answer;
-    };
-    const Arguments table[] = {
-        {.report = range, .n = 0},
-        {.report = range, .vertical = 3},
-        {.report = range, .user = nullptr},
-        {.report = range, .callback = nullptr},
-        {.report = range, .phi = 10, .levels = nullptr},
-        {.report = "Invalid Parameters", .counts = one},
-        {.report = "Invalid Parameters", .levels = missing},
-        {.report = "Invalid Parameters", .levels = nullptr},
-        {.report = "Invalid Parameters", .counts = nullptr},
-        {.report = "TPrimCoord: Invalid data", .levels = wrong},
-    };
-    for (const Arguments &row : table) {
-        SCOPED_TRACE(&row - table);
+    for (int k = 0; k < 10; ++k) {  // each argument in turn
+        SCOPED_TRACE(k);
+        const double ramp[] = {1.0, k == 9 ? 1.5 : 0.0}, *levels[] = {ramp, k == 6 ? nullptr : ramp};
+        const int counts[] = {2, k == 5 ? 1 : 2};
         Reports reports;
-        TTriangularTopSurface top(row.n, row.levels, row.counts, const_cast<device *>(row.user), row.vertical,
-                                  row.callback, row.phi, 9);
+        TTriangularTopSurface top(k == 0 ? 0 : 2, k == 4 || k == 7 ? nullptr : levels, k == 8 ? nullptr : counts,
+                                  k == 2 ? nullptr : const_cast<device *>(&two_inks), k == 1 ? 3 : 0,
+                                  k == 3 ? nullptr : device::answer, k == 4 ? 10 : 9, 9);
         EXPECT_EQ(top.ErrNo(), 2);
-        EXPECT_EQ(reports.take(), lines{row.report});
+        EXPECT_EQ(reports.take(),
+                  lines{k < 5   ? "Invalid Parameters, nrphisteps and nrtetasteps still need to be the same"
+                        : k < 9 ? "Invalid Parameters"
+                                : "TPrimCoord: Invalid data"});
         double c[3] = {}, teta = 0.0, height = 0.0;
         EXPECT_EQ(top.DetermineNormCoord(c, c, c, 1), -1);
         EXPECT_EQ(top.UmbrellaEdge(0.0, &teta, &height), -1);
@@ -304,12 +286,11 @@ TEST(TopSurfaceConstructor, SurvivesCallbacksThatAreNoDevice)
         {.reports = {}, .error = 0, .result = 0, .hole = true},
     };
     const std::vector<double> levels = even_levels(9);
-    const double *of[] = {levels.data(), levels.data(), levels.data(), levels.data()};
-    const int counts[] = {9, 9, 9, 9};
     for (Odd &row : table) {
         SCOPED_TRACE(&row - table);
         Reports reports;
-        TTriangularTopSurface top(4, of, counts, &row, 0, Odd::answer, 31, 31);
+        TTriangularTopSurface top(4, Surface::each(row.good, levels.data()).data(), Surface::each(row.good, 9).data(),
+                                  &row, 0, Odd::answer, 31, 31);
         double c[3] = {50.0, 3.0, 3.0};
         EXPECT_EQ(top.ErrNo(), row.error);
         EXPECT_EQ(top.DetermineNormCoord(c, c, nullptr, 1), row.result);

@@ -87,7 +87,7 @@ std::vector<Segment> segments_of_faces(const std::vector<vec3> &colours, int col
 void check_edge(Surface &top, const std::vector<Triangle> &triangles, const std::vector<vec3> &of_faces, int steps)
 {
     const std::vector<Segment> seen = sides_of(triangles);
-    const std::vector<Segment> faces = segments_of_faces(of_faces, top.colorants(), teska::darkest_share * top.VTMax);
+    const std::vector<Segment> faces = segments_of_faces(of_faces, top.nrPrims, teska::darkest_share * top.VTMax);
     for (int k = 0; k < steps; k += (steps - 1) / 30) {
         const auto [phi, teta, height] = top.edge_at(k / (steps - 1.0));
         const double own = std::tan(top.own_rim(phi)), slope = (top.VTMax / height - 1.0) / std::tan(teta);

@@ -83,13 +83,9 @@ TEST(VolumeExport, KeptMissesOnlyTheFirstFile)
     const std::string good = folder.path("a"), bad = folder.path("none/b");
     const double eye[3] = {0, 0, 9};
     EXPECT_EQ(writeVRML(v.get(), good.c_str(), bad.c_str()), 0);
-    for (const int failed :
-         {writeVRML(v.get(), bad.c_str(), folder.path("c").c_str()), writeVRML(nullptr, good.c_str(), good.c_str()),
-          writeVRML(v.get(), nullptr, good.c_str()), writeVRML(v.get(), good.c_str(), nullptr),
-          tetra_volume_dump_to_file(v.get(), eye, bad.c_str()), tetra_volume_dump_to_file(v.get(), eye, nullptr),
-          tetra_volume_dump_to_file(nullptr, eye, folder.path("c").c_str()), tetra_volume_view(nullptr, eye, nullptr),
-          tetra_volume_view(v.get(), eye, nullptr)})
-        EXPECT_EQ(failed, -1);
+    EXPECT_EQ(writeVRML(v.get(), bad.c_str(), folder.path("c").c_str()), -1);
+    EXPECT_EQ(tetra_volume_dump_to_file(v.get(), eye, bad.c_str()), -1);
+    EXPECT_EQ(tetra_volume_view(v.get(), eye, nullptr), -1);
     EXPECT_EQ(folder.listing(), "a");
 }
 

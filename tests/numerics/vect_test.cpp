@@ -105,6 +105,4 @@ TEST(VectNextPointSelection, VisitsEverySubsetInOrder)
             EXPECT_EQ(mask, Ints(mask.size()));
             EXPECT_EQ(selection, chosen);
         }
-    for (const auto &[m, n] : {std::pair{3, 2}, {-1, 2}, {0, -1}})
-        EXPECT_EQ(vect_next_point_selection(m, n, 1, nullptr, nullptr), -2);
 }

@@ -24,6 +24,14 @@ public:
     // The messages reported since the last call, in ascending order, without prefix and quotes.
     lines take();
 
+    // The line of a call that gave 0 or null, the only one since the last call.
+    template <class Result>
+    std::string refusal(const Result &result)
+    {
+        const lines said = take();
+        return result ? "not refused" : said.size() != 1 ? std::to_string(said.size()) + " lines" : said[0];
+    }
+
 private:
     static lines collect();
 

@@ -5,7 +5,6 @@
 
 #include "support/levels.h"
 #include "support/samples.h"
-#include "support/test.h"
 
 namespace teska_test
 {
@@ -61,6 +60,15 @@ void check_run(const Run &run, Generator &random, auto any, auto model, auto con
         ASSERT_EQ(results, after);
         ASSERT_EQ(from, in.at);
     });
+}
+
+// A single point through a conversion.
+template <class T>
+std::vector<T> converted(auto *table, const std::vector<T> &point, int outputs, auto convert, auto... mask)
+{
+    Samples<T> in(point), out(std::vector<T>(static_cast<std::size_t>(outputs)));
+    EXPECT_EQ(convert(table, in.at.data(), 1, out.at.data(), 1, 1, mask...), 1);
+    return out.buffer;
 }
 
 // Bytes as 16-bit samples and back.

@@ -44,6 +44,14 @@ struct Samples {
     std::vector<T *> at;
 };
 
+// A line through that one of three functions which takes so many components.
+int feed(int components, auto *record, auto *const *in, auto **out, auto mono, auto rgb, auto cmyk)
+{
+    return components == 1   ? mono(record, in[0], out)
+           : components == 3 ? rgb(record, in[0], in[1], in[2], out, out + 1, out + 2)
+                             : cmyk(record, in[0], in[1], in[2], in[3], out, out + 1, out + 2, out + 3);
+}
+
 }  // namespace teska_test
 
 #endif

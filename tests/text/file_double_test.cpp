@@ -29,12 +29,12 @@ protected:
     // Names and first numbers of all items that can be read.
     static std::string list(const Table &table)
     {
-        std::string text;
+        std::ostringstream text;
         vector values(30);
         for (int state = 0, before = -1; before != state;)
             if (before = state; const char *name = file_double_list(table.get(), &state, values.data()))
-                text += std::string(name) + " " + std::to_string(values[0]).substr(0, 3) + "; ";
-        return text;
+                text << name << ' ' << values[0] << "; ";
+        return text.str();
     }
 
     teska_test::Folder folder;
@@ -51,8 +51,8 @@ TEST_F(FileDouble, KeepsVectorsInAFile)
     EXPECT_EQ(add(table, "cyan", {0.5, 150.0, -1234.4}), 0);
     EXPECT_EQ(file_double_save(table.get()), 0);
     EXPECT_EQ(folder.read("t.rec"), "[patches]\ncyan = 0.500  150.0  -1234\ncyan 2 = 1.000  0.000  10.000\n");
-    EXPECT_EQ(list(open(3)), "cyan 0.5; cyan 2 1.0; ");
-    EXPECT_EQ(list(open(0)), "cyan 0.0; cyan 2 0.0; ");
+    EXPECT_EQ(list(open(3)), "cyan 0.5; cyan 2 1; ");
+    EXPECT_EQ(list(open(0)), "cyan 0; cyan 2 0; ");
     EXPECT_EQ(list(open(1, 1)), "");
     EXPECT_EQ(folder.read("t.rec"), "");
     std::filesystem::remove(folder.path("t.rec"));
@@ -67,7 +67,7 @@ TEST_F(FileDouble, KeptSkipsBookkeepingNamesThatItAddsAndListsOnBehindBadItems)
     folder.write("t.rec", "[Patches]\n_INTERNAL_ = x\na = 1 2\nb = 3\nc = 4 5 6\n_internal = 7 8\n");
     const Table table = open(2);
     EXPECT_EQ(add(table, "_Internal_", {1, 2}), 0);
-    EXPECT_EQ(list(table), "a 1.0; c 4.0; _internal 7.0; ");
+    EXPECT_EQ(list(table), "a 1; c 4; _internal 7; ");
     EXPECT_EQ(reports.take(), lines{"Error bad item string for double conversions"});
     const Table empty = open(1, 1);
     int state = 2;
@@ -130,6 +130,48 @@ TEST(VdFromStr, ReadsDecimalsOfAnyLengthAsTheCLibraryDoes)
         str_double_from_itemstr(text.c_str(), 1, &found);
         EXPECT_EQ(std::memcmp(&found, &expected, sizeof found), 0) << text;
     }
+}
+
+TEST(VdFromStr, KnowsOtherFormsOfNumbersAndTheirLimits)
+{
+    const std::string zeros(400, '0');
+    // A number, and what its text ends with that is passed over.
+    const std::pair<std::string, double> rows[] = {{"1e400", HUGE_VAL},
+                                                   {"-1e-400", -0.0},
+                                                   {"1e+99999999999999999999", HUGE_VAL},
+                                                   {"1e-99999999999999999999", 0},
+                                                   {"1" + zeros, HUGE_VAL},
+                                                   {"." + zeros + "1", 0},
+                                                   {"0." + zeros + "1e401", 1},
+                                                   {"0." + zeros + "1e800", HUGE_VAL},
+                                                   {zeros + "1" + zeros + "e-800", 0},
+                                                   {"4.9e-324", 4.9406564584124654e-324},
+                                                   {"1.7976931348623159e308", HUGE_VAL},
+                                                   {"0x1.8P+3,5", 12},
+                                                   {"-0X.8", -0.5},
+                                                   {"0x1p1024", HUGE_VAL},
+                                                   {"0x" + zeros + "1p-1080", 0},
+                                                   {"0x." + zeros + "1P2700", HUGE_VAL},
+                                                   {"0x1p+-5", 1},
+                                                   {"0x.g", 0},
+                                                   {"+Infinity", HUGE_VAL},
+                                                   {"-inf.", -HUGE_VAL},
+                                                   {"nan(12)x", NAN},
+                                                   {"1e+", 1},
+                                                   {"1,5", 1}};
+    for (const auto &[text, number] : rows) {
+        double found = 99;
+        EXPECT_EQ(vd_from_str(text.c_str(), 1, &found), 0) << text;
+        EXPECT_TRUE(std::isnan(number) ? std::isnan(found) : found == number) << text << ": " << found;
+        EXPECT_EQ(std::signbit(found), std::signbit(number)) << text;
+    }
+    Reports reports;
+    for (const char *text : {"0x", "0xg", "infin", "+-1", "--1", "- 1", "+\t1", ".e1", "x1", "\t"}) {
+        double found = 99;
+        EXPECT_EQ(vd_from_str(text, 1, &found), -1) << text;
+        EXPECT_EQ(found, 99) << text;
+    }
+    EXPECT_EQ(reports.take(), lines(10, "Error bad item string for double conversions"));
 }
 
 TEST(VdFmtD, CountsIntegerDigitsByTheLogarithm)
