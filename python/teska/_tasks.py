@@ -96,14 +96,19 @@ class Tasks:
 
     def _handle(self, batch: list[Any]) -> Iterator[tuple[int, Any]]:
         """The outcomes of what has finished; KilledWorker for what the scheduler gave up."""
-        good = [future for future in batch if future.status == 'finished']
+        good = []
         for future in batch:
-            if future.status == 'finished':
+            status = future.status  # it changes meanwhile
+            if status == 'finished':
+                good.append(future)
                 continue
             number = self._flying.pop(future.key)[1]
-            if future.status != 'error':
+            if status == 'lost':  # what it gave was on a worker that has died since
+                self._send(number)
+            elif status == 'error':
+                yield number, future.exception(timeout=_PATIENCE)
+            else:
                 raise TeskaError(f'the scheduler is lost, or has dropped a {self._what}')
-            yield number, future.exception(timeout=_PATIENCE)
         values: list[Any] = []
         if good:
             with suppress(OSError, asyncio.TimeoutError):

@@ -14,7 +14,7 @@ import numpy as np
 import pytest
 from conftest import LIMIT, filled, refused
 
-from teska import ByteTable, DoubleTable, ShortTable, TeskaError, TeskaFileError, _stores, _tiff
+from teska import ByteTable, DoubleTable, ShortTable, TeskaError, TeskaFileError, _stores, _tasks, _tiff
 
 dask = pytest.importorskip('dask')
 dask_distributed = pytest.importorskip('distributed')
@@ -165,6 +165,22 @@ def test_a_worker_killed_in_mid_run_changes_nothing_but_time(client, tmp_path, p
     assert done.retried >= 1 and done.tiles == 16
     assert np.array_equal(np.load(tmp_path / 'o.npy'), table(pixels))
     assert left_in(tmp_path) == ['in.npy', 'killed', 'o.npy']
+
+
+def test_a_tile_whose_result_died_with_its_worker_is_made_again(client, tmp_path, source, pixels, rng, monkeypatch):
+    batch, lost = _tasks.Tasks._batch, []
+
+    def losing_the_first(tasks):
+        futures = batch(tasks)
+        if futures and not lost:
+            lost.append(futures[0].key)
+            client._handle_lost_data(futures[0].key)  # what the scheduler's message calls
+        return futures
+
+    monkeypatch.setattr(_tasks.Tasks, '_batch', losing_the_first)
+    table = filled(ByteTable, rng)
+    assert converted(client, source, tmp_path / 'o.npy', table).tiles == 16 and len(lost) == 1
+    assert np.array_equal(np.load(tmp_path / 'o.npy'), table(pixels))
 
 
 def test_the_tile_that_kills_its_workers_is_named(client, tmp_path, pixels, rng):
