@@ -172,12 +172,12 @@ const TPrimComb *part_at(const TList *umbrella, int part)
     return umbrella != nullptr && part >= 0 ? static_cast<const TPrimComb *>(umbrella->Get(part)) : nullptr;
 }
 
-// Differences along the two outer bounds, as often as `order` says.
 void print_colour(std::FILE *file, double x, double y, double z, const char *note)
 {
     std::fprintf(file, "%s %s %s%s\n", general_text(x).data(), general_text(y).data(), general_text(z).data(), note);
 }
 
+// Differences along the two outer bounds, as often as `order` says.
 void dump_bounds(std::FILE *file, const TPrimComb &part, int order)
 {
     for (const int colorant : {part.Second(), part.First()}) {
